@@ -1,0 +1,42 @@
+# What a user may switch, and the flags that our own code (and only our own code) is built with.
+set(VOXTREL_PLATFORM "host" CACHE STRING
+    "host: build the PC stand-in of the platform; system: use the device's own")
+set_property(CACHE VOXTREL_PLATFORM PROPERTY STRINGS host system)
+if(NOT VOXTREL_PLATFORM MATCHES "^(host|system)$")
+  message(FATAL_ERROR "VOXTREL_PLATFORM is '${VOXTREL_PLATFORM}'; it takes 'host' or 'system'.")
+endif()
+
+option(VOXTREL_BUILD_PROGRAMS "Build the reference service and the command line" ON)
+option(VOXTREL_BUILD_TESTS "Build the tests" ON)
+option(VOXTREL_BUILD_BENCH "Build the benchmarks" OFF)
+option(VOXTREL_BUILD_FUZZERS "Build the libFuzzer targets (clang only)" OFF)
+option(VOXTREL_COVERAGE "Instrument the build for gcovr" OFF)
+set(VOXTREL_SANITIZE "" CACHE STRING "Sanitizers for the whole build, e.g. address,undefined")
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(VOXTREL_CCACHE ccache)
+if(VOXTREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${VOXTREL_CCACHE}")
+endif()
+
+include(GNUInstallDirs)
+find_package(Threads REQUIRED)
+
+# Instrumentation must cover every object of a program, so it is the one thing set for all targets.
+if(VOXTREL_SANITIZE)
+  add_compile_options("-fsanitize=${VOXTREL_SANITIZE}" -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options("-fsanitize=${VOXTREL_SANITIZE}")
+endif()
+if(VOXTREL_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
+add_library(voxtrel_warnings INTERFACE)
+target_compile_options(voxtrel_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)

@@ -1,0 +1,18 @@
+# voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
+#
+# One test program; each of its tests becomes a test of its own for ctest, in a process of its own.
+function(voxtrel_test name)
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  if(NOT TEST_TIMEOUT)
+    set(TEST_TIMEOUT 120)
+  endif()
+  if(NOT TEST_LABELS)
+    set(TEST_LABELS unit)
+  endif()
+  add_executable(${name} ${TEST_SOURCES})
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE ${TEST_LINK} voxtrel_warnings GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       TEST_PREFIX "${name}:"
+                       PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+endfunction()
