@@ -1,0 +1,91 @@
+# Shared by ./dev and the scripts behind it; sourced, never run. The caller stands in the root.
+
+say() { printf '%s\n' "$*"; }
+say_step() { printf '\n== %s\n' "$*"; }
+
+declare -A PACKAGES=(
+    [build]="g++ clang-14 cmake ninja-build ccache pkg-config libgtest-dev libgmock-dev
+             libbenchmark-dev libespeak-ng-dev espeak-ng-data libsndfile1-dev libasound2-dev
+             libcli11-dev nlohmann-json3-dev python3 util-linux"
+    [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
+    [bench]="libsystemd-dev dbus dbus-daemon valgrind"
+    [fuzz]="libclang-rt-14-dev"
+    [coverage]="gcovr"
+    [lint]="clang-format-14 clang-tidy-14"
+    [terminal]="tmux"
+    [docs]="doxygen"
+)
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        echo "dev: '$*' needs root; run it as root, then run ./dev again" >&2
+        return 1
+    fi
+}
+
+# need_packages GROUP...: installs what is missing of these groups, and says so.
+need_packages() {
+    command -v dpkg-query >/dev/null || return 0 # not Debian: the developer sees to it
+    local group package missing=()
+    for group in "$@"; do
+        for package in ${PACKAGES[$group]}; do
+            dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+                missing+=("$package")
+        done
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    say_step "installing: ${missing[*]}"
+    as_root apt-get update -qq
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        "${missing[@]}" >/dev/null
+}
+
+jobs_here() { nproc; }
+
+# Sources that are ours to format and lint.
+own_sources() {
+    git ls-files '*.h' '*.cpp' 2>/dev/null
+}
+
+build_preset() {
+    cmake --preset "$1" >"build-$1.log" 2>&1 || { cat "build-$1.log"; rm -f "build-$1.log"; return 1; }
+    rm -f "build-$1.log"
+    cmake --build --preset "$1" -j "$(jobs_here)"
+}
+
+PASSED=0
+FAILED=0
+
+# run_ctest PRESET [ctest arguments]: runs its tests and adds them to PASSED and FAILED.
+run_ctest() {
+    local preset=$1 log summary
+    shift
+    log="build/$preset/ctest.log"
+    ctest --test-dir "build/$preset" -j "$(jobs_here)" --output-on-failure --no-tests=error "$@" \
+        >"$log" 2>&1 || true
+    summary=$(grep -E 'tests passed, [0-9]+ tests failed out of [0-9]+' "$log" || true)
+    if [ -z "$summary" ]; then
+        cat "$log"
+        FAILED=$((FAILED + 1))
+        return 0
+    fi
+    local failed total
+    failed=$(sed -E 's/.*, ([0-9]+) tests failed out of ([0-9]+).*/\1/' <<<"$summary")
+    total=$(sed -E 's/.*, ([0-9]+) tests failed out of ([0-9]+).*/\2/' <<<"$summary")
+    PASSED=$((PASSED + total - failed))
+    FAILED=$((FAILED + failed))
+    if [ "$failed" -gt 0 ]; then
+        grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed|^ *Start ' "$log"
+    fi
+    say "$preset: $((total - failed)) passed, $failed failed"
+}
+
+# The last line of every command that runs tests; its exit status is theirs.
+closing_line() {
+    say "$PASSED passed, $FAILED failed"
+    [ "$FAILED" -eq 0 ] && [ "$PASSED" -gt 0 ]
+}
