@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "profile/TtsSetting.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <utility>
+
+#include "vocabulary/Language.h"
+
+namespace TTS {
+
+TtsSetting::TtsSetting(std::string name)
+    : mName(std::move(name)),
+      mSpeed(65535),
+      mVolume(65535.0F),
+      mMediaVolume(65535),
+      mTtsVolume(65535),
+      mVoice(65535),
+      mPitch(65535.0F),
+      mLang(langId2Str(LANG_NA)),
+      mVerbosity(0),
+      mEnable(1),
+      mSpeedEnable(1),
+      mPitchEnable(1),
+      mVoiceEnable(1),
+      mVolumeEnable(1),
+      mMediaVolumeEnable(1),
+      mTtsVolumeEnable(1),
+      mSampleRate(48000),
+      mChannels(2),
+      mMixerPath(1),
+      mVersion(2),
+      mLongBreakDuration(0),
+      mShortBreakDuration(0) {}
+
+std::string TtsSetting::fileOf(const char* path) const {
+    return path != nullptr ? path : "/Customer/" + mName + ".ini";
+}
+
+bool TtsSetting::isExistProfile(const char* path) const {
+    struct stat status {};
+    return stat(fileOf(path).c_str(), &status) == 0;
+}
+
+void TtsSetting::removeProfile(const char* path) const {
+    (void)unlink(fileOf(path).c_str());  // a profile that is not there is as good as removed
+}
+
+void TtsSetting::copyProfile(const char* destination, const char* source) const {
+    std::ifstream from;
+    if (source != nullptr) {
+        from.open(source, std::ios::binary);
+    }
+    std::ofstream to(fileOf(destination), std::ios::binary | std::ios::trunc);
+    to << from.rdbuf();
+    to.flush();
+}
+
+}  // namespace TTS
