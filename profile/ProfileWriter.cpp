@@ -51,7 +51,9 @@ bool TtsSetting::serialize(const char* path) const {
         return false;
     }
     writeLines(file, *this);
-    std::ignore = std::system("/bin/sync");  // there is nothing to do about a failure
+    // What is unsafe is to fork while other threads hold locks; the child only starts a shell. There
+    // is nothing to do about a failure.
+    std::ignore = std::system("/bin/sync");  // NOLINT(concurrency-mt-unsafe)
     file.close();
     return true;
 }
