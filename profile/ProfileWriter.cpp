@@ -43,7 +43,7 @@ void writeLines(std::ostream& file, const TtsSetting& setting) {
 bool TtsSetting::serialize(const char* path) const {
     const std::string name = fileOf(path);
     std::fstream file;
-    // An application's own locale would put commas and thousands marks into the numbers.
+    // An application's own locale may put commas and thousands marks into the numbers.
     file.imbue(std::locale::classic());
     file.open(name, std::ios::in | std::ios::out | std::ios::trunc);
     if (!file.is_open()) {
@@ -51,8 +51,7 @@ bool TtsSetting::serialize(const char* path) const {
         return false;
     }
     writeLines(file, *this);
-    // What is unsafe is to fork while other threads hold locks; the child only starts a shell. There
-    // is nothing to do about a failure.
+    // Safe between threads with the device's C library; there is nothing to do about a failure.
     std::ignore = std::system("/bin/sync");  // NOLINT(concurrency-mt-unsafe)
     file.close();
     return true;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <locale>
 #include <utility>
 
 #include "vocabulary/Language.h"
@@ -49,11 +50,15 @@ void TtsSetting::removeProfile(const char* path) const {
 }
 
 void TtsSetting::copyProfile(const char* destination, const char* source) const {
+    // An application's own locale may convert what passes through a file; a copy is the same bytes.
     std::ifstream from;
+    from.imbue(std::locale::classic());
     if (source != nullptr) {
-        from.open(source, std::ios::binary);
+        from.open(source);
     }
-    std::ofstream to(fileOf(destination), std::ios::binary | std::ios::trunc);
+    std::ofstream to;
+    to.imbue(std::locale::classic());
+    to.open(fileOf(destination));
     to << from.rdbuf();
     to.flush();
 }

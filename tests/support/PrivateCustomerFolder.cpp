@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/PrivateCustomerFolder.h"
 
-#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>

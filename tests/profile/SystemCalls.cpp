@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/profile/SystemCalls.h"
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "tests/support/TempFolder.h"
+
+namespace voxtrel_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+SystemCalls* gRecorder = nullptr;
+
+int openFlagsOf(const std::string& file) {
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;  // the iterator's own descriptor
+        if (fs::read_symlink(entry.path(), gone) == file) {
+            return fcntl(std::stoi(entry.path().filename()), F_GETFL);
+        }
+    }
+    return -1;
+}
+
+}  // namespace
+
+SystemCalls::SystemCalls(std::string watched, int commandResult)
+    : mWatched(std::move(watched)), mCommandResult(commandResult) {
+    gRecorder = this;
+}
+
+SystemCalls::~SystemCalls() {
+    gRecorder = nullptr;
+}
+
+int SystemCalls::noteCommand(const char* text) {
+    const int flags = openFlagsOf(mWatched);  // before the file is opened once more to be read
+    commands.push_back({text, readFile(mWatched), flags});
+    return mCommandResult;
+}
+
+}  // namespace voxtrel_test
+
+extern "C" {
+
+int system(const char* command) {
+    using voxtrel_test::gRecorder;
+    return gRecorder != nullptr ? gRecorder->noteCommand(command) : 0;
+}
+
+ssize_t write(int descriptor, const void* data, size_t size) {
+    if (voxtrel_test::gRecorder != nullptr) {
+        voxtrel_test::gRecorder->writes.emplace_back(static_cast<const char*>(data), size);
+    }
+    return syscall(SYS_write, descriptor, data, size);
+}
+
+ssize_t writev(int descriptor, const iovec* parts, int count) {
+    if (voxtrel_test::gRecorder != nullptr) {
+        std::string all;
+        for (int i = 0; i < count; ++i) {
+            all.append(static_cast<const char*>(parts[i].iov_base), parts[i].iov_len);
+        }
+        voxtrel_test::gRecorder->writes.push_back(all);
+    }
+    return syscall(SYS_writev, descriptor, parts, count);
+}
+
+}  // extern "C"
