@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/IInterface.h"
+
+namespace android {
+
+sp<IBinder> IInterface::asBinder(const IInterface* interface) {
+    // Being asked for its binder changes nothing in an interface; the virtual is not const.
+    return interface != nullptr ? const_cast<IInterface*>(interface)->onAsBinder() : nullptr;
+}
+
+sp<IBinder> IInterface::asBinder(const sp<IInterface>& interface) {
+    return asBinder(interface.get());
+}
+
+}  // namespace android

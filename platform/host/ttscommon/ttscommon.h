@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TTSCOMMON_TTSCOMMON_H
+#define VOXTREL_TTSCOMMON_TTSCOMMON_H
+
+/// Writes one formatted line, as it is (no newline is added), when `level` is at or below the
+/// threshold. On a PC: to standard error; the threshold is $VOXTREL_LOG_LEVEL, read once, or 0, so
+/// that only warnings show. Called on: any thread.
+extern "C" void dbgPrint(int level, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+
+/// The device's filter of languages and voices, NUL-terminated. On a PC: the value that
+/// $VOXTREL_LANGUAGE_WITH_VOICES had when the library was loaded, or the empty text.
+extern const char* INI_LANGUAGE_WITH_VOICES;
+
+#endif

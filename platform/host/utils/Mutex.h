@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_UTILS_MUTEX_H
+#define VOXTREL_UTILS_MUTEX_H
+
+#include <mutex>
+
+#if defined(__clang__)
+#define VOXTREL_THREAD_ATTRIBUTE(x) __attribute__((x))
+#else
+#define VOXTREL_THREAD_ATTRIBUTE(x)
+#endif
+
+/// What -Wthread-safety checks: the annotated member is touched only with `lock` held.
+#define VOXTREL_GUARDED_BY(lock) VOXTREL_THREAD_ATTRIBUTE(guarded_by(lock))
+#define VOXTREL_REQUIRES(lock) VOXTREL_THREAD_ATTRIBUTE(requires_capability(lock))
+#define VOXTREL_EXCLUDES(lock) VOXTREL_THREAD_ATTRIBUTE(locks_excluded(lock))
+
+namespace android {
+
+/// A plain, non-recursive lock that the compiler's thread-safety analysis understands.
+class VOXTREL_THREAD_ATTRIBUTE(capability("mutex")) Mutex {
+public:
+    Mutex() = default;
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void lock() VOXTREL_THREAD_ATTRIBUTE(acquire_capability()) { mLock.lock(); }
+    void unlock() VOXTREL_THREAD_ATTRIBUTE(release_capability()) { mLock.unlock(); }
+
+    /// Holds the lock for a scope.
+    class VOXTREL_THREAD_ATTRIBUTE(scoped_lockable) Autolock {
+    public:
+        explicit Autolock(Mutex& mutex) VOXTREL_THREAD_ATTRIBUTE(acquire_capability(mutex))
+            : mMutex(mutex) {
+            mMutex.lock();
+        }
+        ~Autolock() VOXTREL_THREAD_ATTRIBUTE(release_capability()) { mMutex.unlock(); }
+        Autolock(const Autolock&) = delete;
+        Autolock& operator=(const Autolock&) = delete;
+
+    private:
+        Mutex& mMutex;
+    };
+
+private:
+    std::mutex mLock;
+};
+
+}  // namespace android
+
+#endif
