@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ipc/BpCallback.h"
+
+namespace TTS {
+
+BpCallback::BpCallback(const android::sp<android::IBinder>& remote)
+    : android::BpInterface<ICallback>(remote) {}
+
+bool BpCallback::notify(unsigned int a, unsigned int b, unsigned int c) {
+    if (remote() == nullptr) {
+        return false;
+    }
+    android::Parcel request;
+    android::Parcel reply;
+    for (const unsigned int value : {a, b, c}) {
+        request.writeInt32(static_cast<int32_t>(value));
+    }
+    // A dead client is the death notice's business; here its reply just stays empty.
+    (void)remote()->transact(kNotify, request, &reply, android::IBinder::FLAG_ONEWAY);
+    return reply.readInt32() != 0;
+}
+
+}  // namespace TTS

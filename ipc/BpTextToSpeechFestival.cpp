@@ -1,0 +1,315 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ipc/BpTextToSpeechFestival.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "ipc/ConfigValue.h"
+#include "ipc/TransactionCodes.h"
+
+namespace TTS {
+namespace {
+
+using android::IBinder;
+using android::Parcel;
+
+constexpr uint32_t kTwoWay = 0;
+constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
+
+/// A text that travels as its length and its bytes, without a terminator.
+struct CountedText {
+    const char* text;
+};
+
+// Keys and languages go through the first of these as the integers they are, flags as 0 or 1.
+void put(Parcel& request, int32_t value) {
+    request.writeInt32(value);
+}
+
+void put(Parcel& request, uint32_t value) {
+    request.writeInt32(static_cast<int32_t>(value));
+}
+
+void put(Parcel& request, float value) {
+    request.writeFloat(value);
+}
+
+void put(Parcel& request, const std::string& text) {
+    request.writeCString(text.c_str());
+}
+
+void put(Parcel& request, const CountedText& value) {
+    const size_t length = std::strlen(value.text);
+    request.writeInt32(static_cast<int32_t>(length));
+    request.write(value.text, length);
+}
+
+void put(Parcel& request, const android::sp<IBinder>& binder) {
+    request.writeStrongBinder(binder);
+}
+
+template <typename... Values>
+void send(IBinder& remote, uint32_t code, uint32_t flags, Parcel& reply, const Values&... values) {
+    Parcel request;
+    (put(request, values), ...);
+    // A transaction that failed leaves the reply empty, and that reads as zeros.
+    (void)remote.transact(code, request, &reply, flags);
+}
+
+/// Sends the values and gives the reply's one int32, or `noRemote` where there is none to ask.
+template <typename... Values>
+int32_t ask(IBinder* remote, uint32_t code, uint32_t flags, int32_t noRemote,
+            const Values&... values) {
+    if (remote == nullptr) {
+        return noRemote;
+    }
+    Parcel reply;
+    send(*remote, code, flags, reply, values...);
+    return reply.readInt32();
+}
+
+bool readFlag(const Parcel& reply) {
+    return reply.readInt32() != 0;
+}
+
+void skip(const Parcel& reply, size_t bytes) {
+    char dropped[64];
+    while (bytes > 0) {
+        const size_t step = std::min(bytes, sizeof dropped);
+        if (reply.read(dropped, step) != android::NO_ERROR) {
+            return;
+        }
+        bytes -= step;
+    }
+}
+
+void readText(const Parcel& reply, void* out) {
+    const int32_t length = reply.readInt32();
+    if (length <= 0) {
+        return;
+    }
+    // Both are multiples of 4, so no piece but the last is followed by padding.
+    static_assert(kLanguageOutSize % 4 == 0, "");
+    const size_t kept = std::min(static_cast<size_t>(length), kLanguageOutSize);
+    if (reply.read(out, kept) == android::NO_ERROR) {
+        skip(reply, static_cast<size_t>(length) - kept);
+    }
+}
+
+void readConfigValue(const Parcel& reply, VOXTRELAPI_GCONF key, void* out) {
+    switch (configValueOf(key)) {
+        case ConfigValue::kInteger:
+            *static_cast<int32_t*>(out) = reply.readInt32();
+            break;
+        case ConfigValue::kFloat:
+            *static_cast<float*>(out) = reply.readFloat();
+            break;
+        case ConfigValue::kText:
+            readText(reply, out);
+            break;
+        case ConfigValue::kNone:
+            break;
+    }
+}
+
+void readControls(const Parcel& reply, Capabilities& caps) {
+    caps.pitchSupported = readFlag(reply);
+    caps.pitchMin = reply.readFloat();
+    caps.pitchMax = reply.readFloat();
+    caps.volumeSupported = readFlag(reply);
+    caps.volumeMin = reply.readFloat();
+    caps.volumeMax = reply.readFloat();
+    caps.speedSupported = readFlag(reply);
+    caps.speedMin = static_cast<uint32_t>(reply.readInt32());
+    caps.speedMax = static_cast<uint32_t>(reply.readInt32());
+    caps.ready = readFlag(reply);
+    caps.permitted = readFlag(reply);
+}
+
+void readLists(const Parcel& reply, Capabilities& caps) {
+    constexpr int32_t kLanguages = LANG_NA;
+    caps.languages.clear();
+    caps.voicesNum.clear();
+    caps.voices.clear();
+    for (int32_t i = 0; i < kLanguages; ++i) {
+        caps.languages.push_back(reply.readInt32() == 1);  // not any non-zero value, as elsewhere
+    }
+    for (int32_t i = 0; i < kLanguages; ++i) {
+        caps.voicesNum.push_back(reply.readInt32());
+    }
+    VoiceInfo voice{};
+    for (int32_t left = reply.readInt32(); left > 0; --left) {
+        if (reply.read(&voice, sizeof voice) != android::NO_ERROR) {
+            return;  // the count is the sender's word, the data is not
+        }
+        caps.voices.push_back(voice);
+    }
+}
+
+}  // namespace
+
+BpTextToSpeechFestival::BpTextToSpeechFestival(const android::sp<IBinder>& remote)
+    : android::BpInterface<ITextToSpeechFestival>(remote) {}
+
+int BpTextToSpeechFestival::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
+                                float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
+                                float pitch, EN_VOXTREL_LANGUAGE language) {
+    return ask(remote(), transaction::kSay, kOneWay, kNoService, pid, id, text, speed, volume,
+               voice, bgVolume, ttsVolume, pitch, language);
+}
+
+int BpTextToSpeechFestival::silence(unsigned pid, unsigned first, unsigned second,
+                                    unsigned bgVolume) {
+    return ask(remote(), transaction::kSilence, kOneWay, kNoService, pid, first, second, bgVolume);
+}
+
+int BpTextToSpeechFestival::stopAndFlush(unsigned pid, unsigned arg) {
+    return ask(remote(), transaction::kStopAndFlush, kOneWay, kNoService, pid, arg);
+}
+
+int BpTextToSpeechFestival::setEnable(unsigned pid, bool enable) {
+    return ask(remote(), transaction::kSetEnable, kTwoWay, kNoService, pid, enable);
+}
+
+int BpTextToSpeechFestival::setVerbosity(unsigned pid, int verbosity) {
+    return ask(remote(), transaction::kSetVerbosity, kTwoWay, kNoService, pid, verbosity);
+}
+
+int BpTextToSpeechFestival::setGlobalRate(unsigned pid, unsigned rate) {
+    return ask(remote(), transaction::kSetGlobalRate, kTwoWay, kNoService, pid, rate);
+}
+
+int BpTextToSpeechFestival::setEnable2(unsigned pid, VOXTRELAPI_GCONF key, bool enable) {
+    return ask(remote(), transaction::kSetEnable2, kTwoWay, kNoService, pid, key, enable);
+}
+
+int BpTextToSpeechFestival::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    if (out == nullptr) {
+        return kBadParameter;
+    }
+    Parcel reply;
+    send(*remote(), transaction::kEnabled2, kTwoWay, reply, pid, key);
+    *static_cast<bool*>(out) = readFlag(reply);
+    return reply.readInt32();
+}
+
+int BpTextToSpeechFestival::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* value) {
+    constexpr uint32_t code = transaction::kSetGlobalConfig;
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    if (value == nullptr) {
+        return kBadParameter;
+    }
+    switch (configValueOf(key)) {
+        case ConfigValue::kInteger:
+            return ask(remote(), code, kTwoWay, kNoService, pid, key,
+                       *static_cast<const int32_t*>(value));
+        case ConfigValue::kFloat:
+            return ask(remote(), code, kTwoWay, kNoService, pid, key,
+                       *static_cast<const float*>(value));
+        case ConfigValue::kText:
+            return ask(remote(), code, kTwoWay, kNoService, pid, key,
+                       CountedText{static_cast<const char*>(value)});
+        case ConfigValue::kNone:
+            break;
+    }
+    return kBadParameter;
+}
+
+int BpTextToSpeechFestival::globalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    if (out == nullptr) {
+        return kBadParameter;
+    }
+    Parcel reply;
+    send(*remote(), transaction::kGlobalConfig, kTwoWay, reply, pid, key);
+    readConfigValue(reply, key, out);
+    return reply.readInt32();
+}
+
+bool BpTextToSpeechFestival::enabled() const {
+    return ask(remote(), transaction::kEnabled, kTwoWay, 0) != 0;
+}
+
+int BpTextToSpeechFestival::verbosity() {
+    return ask(remote(), transaction::kVerbosity, kTwoWay, kNoService);
+}
+
+int BpTextToSpeechFestival::globalRate() {
+    return ask(remote(), transaction::kGlobalRate, kTwoWay, kNoService);
+}
+
+int BpTextToSpeechFestival::factoryReset(unsigned pid) {
+    return ask(remote(), transaction::kFactoryReset, kTwoWay, kNoService, pid);
+}
+
+int BpTextToSpeechFestival::registerCallback(unsigned pid, const android::sp<ICallback>& cb) {
+    return ask(remote(), transaction::kRegisterCallback, kTwoWay, kNoService, pid,
+               android::IInterface::asBinder(cb));
+}
+
+int BpTextToSpeechFestival::deregisterCallback(unsigned pid) {
+    return ask(remote(), transaction::kDeregisterCallback, kTwoWay, kNoService, pid);
+}
+
+int BpTextToSpeechFestival::lock(unsigned pid) {
+    return ask(remote(), transaction::kLock, kOneWay, kNoService, pid);
+}
+
+int BpTextToSpeechFestival::unlock(unsigned pid) {
+    return ask(remote(), transaction::kUnlock, kOneWay, kNoService, pid);
+}
+
+bool BpTextToSpeechFestival::locked() {
+    return ask(remote(), transaction::kLocked, kOneWay, 1) != 0;
+}
+
+int BpTextToSpeechFestival::getCapabilities(Capabilities& caps) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    Parcel reply;
+    send(*remote(), transaction::kGetCapabilities, kTwoWay, reply);
+    readControls(reply, caps);
+    readLists(reply, caps);
+    return 0;
+}
+
+int BpTextToSpeechFestival::language() {
+    return ask(remote(), transaction::kLanguage, kTwoWay, 0);
+}
+
+int BpTextToSpeechFestival::pitch(float& out) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    Parcel reply;
+    send(*remote(), transaction::kPitch, kTwoWay, reply);
+    out = reply.readFloat();
+    return 0;
+}
+
+int BpTextToSpeechFestival::voice(unsigned& out) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    out = static_cast<unsigned>(ask(remote(), transaction::kVoice, kTwoWay, kNoService));
+    return 0;
+}
+
+int BpTextToSpeechFestival::speed(unsigned& out) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
+    out = static_cast<unsigned>(ask(remote(), transaction::kSpeed, kTwoWay, kNoService));
+    return 0;
+}
+
+}  // namespace TTS
