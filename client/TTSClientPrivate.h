@@ -28,9 +28,9 @@ namespace TTS {
 /// -5 with an empty `gttsbinder`. *Lock rule*: unless this client holds the service lock, the
 /// service is asked whether it is locked, and a locked service gives -7.
 ///
-/// Values behind `void*` are read and written by address, as the type that the comment names; they
-/// need no alignment. A null address where a value is needed is refused with -3, before the trace
-/// (there is no value to show), and nothing is read or written.
+/// Values behind `void*` are read and written by address, as the type that the comment names. A
+/// null address where a value is needed is refused with -3 and nothing is read or written; where
+/// the trace shows the value, none is logged then.
 ///
 /// Called on: one application thread at a time; the application serialises its calls. Locks:
 /// `Clientmutex` in `getService` and `connect`, nothing elsewhere. The notification function is
@@ -208,8 +208,8 @@ public:
 
     /// Checks a service-wide value and forwards it. Nothing of this client changes.
     ///
-    /// Refuses: no service -5; a null `value` for a numeric key -3; the key's own checks; lock rule
-    /// -7. The key's own checks, in order:
+    /// Refuses: no service -5; the key's own checks; lock rule -7. The key's own checks, in order,
+    /// after -3 for a null `value` of a key with a number:
     /// - `GCONF_SPEED`, `GCONF_PITCH`, `GCONF_VOLUME`, `GCONF_BG_VOLUME`, `GCONF_TTS_VOLUME`: out
     ///   of range -3 (65535 has no exception here; NaN passes); the result of `enabled2`; flag off
     ///   or capability missing -9.
@@ -222,9 +222,9 @@ public:
     /// - every other key: none.
     int setGlobalConfig(VOXTRELAPI_GCONF key, void* value);
 
-    /// Reads a service-wide value into `out`. Refuses: no service -5; null `out` for a key that
-    /// carries a value -3. For `GCONF_LANGUAGE`, `out` is a zero-filled buffer of 16 characters;
-    /// the code is copied without a terminator.
+    /// Reads a service-wide value into `out`. Refuses: no service -5; null `out` -3. For
+    /// `GCONF_LANGUAGE`, `out` is a zero-filled buffer of 16 characters; the code is copied without
+    /// a terminator.
     int globalConfig(VOXTRELAPI_GCONF key, void* out);
 
     /// Switches a feature on or off for everybody. Refuses: no service -5; lock rule -7.

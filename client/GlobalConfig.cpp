@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "client/CurrentLanguage.h"
+#include "client/DeviceFilter.h"
+#include "client/Log.h"
+#include "client/Operations.h"
+#include "client/Status.h"
+#include "client/TTSClientPrivate.h"
+#include "client/Values.h"
+
+namespace TTS {
+namespace {
+
+/// What a numeric key's value must satisfy; T is the type of the value behind the pointer.
+template <typename T>
+struct Requirement {
+    T min;
+    T max;
+    const char* rejectionFormat;
+    VOXTRELAPI_GCONF flagKey;
+    bool capable;
+};
+
+/// Floats are compared by the two ordered tests, so NaN is in every range.
+template <typename T>
+int checkNumber(TTSClientPrivate& client, const void* address, const Requirement<T>& requirement) {
+    if (address == nullptr) {
+        return status::kBadParameter;
+    }
+    const T value = load<T>(address);
+    if (value < requirement.min || value > requirement.max) {
+        dbgPrint(kLogRejected, requirement.rejectionFormat, value);
+        return status::kBadParameter;
+    }
+    return refusalOfFeature(client, requirement.flagKey, requirement.capable);
+}
+
+int checkVoice(TTSClientPrivate& client, const void* address) {
+    if (address == nullptr) {
+        return status::kBadParameter;
+    }
+    const auto voice = load<uint32_t>(address);
+    EN_VOXTREL_LANGUAGE language = LANG_NA;
+    const int failure = askGlobalLanguage(
+        client, VOXTREL_DEBUG_LINE("TTSClientPrivate(), setGlobalConfig, get global language = %s"),
+        &language);
+    if (failure != 0 || language >= LANG_NA) {
+        return failure;  // a service that speaks none of our languages judges its voices itself
+    }
+    const int32_t count = voiceCount(client.mCapabilities, language);
+    if (static_cast<uint32_t>(count) < voice) {
+        // A whole number under "%f": it is handed over as the double that the format reads.
+        dbgPrint(kLogRejected, "setGlobalVoice: %f, bad parameter\n", static_cast<double>(voice));
+        return status::kBadParameter;
+    }
+    const int refusal = refusalOfFeature(client, GCONF_VOICE_ENABLE, count != 0);
+    return refusal != 0 ? refusal : refusalOfVoice(client.mCapabilities, language, voice);
+}
+
+int checkLanguage(TTSClientPrivate& client, const void* value) {
+    const std::string code(static_cast<const char*>(value));
+    const EN_VOXTREL_LANGUAGE language = langStr2Id(code);
+    if (!speaks(client.mCapabilities, language)) {
+        dbgPrint(kLogRejected, "setLanguage: %s, %d, not support \n", code.c_str(), language);
+        return status::kNotSupported;
+    }
+    if (isFilteredOut(language)) {
+        dbgPrint(kLogRejected, "setLanguage: %s, %d, not support because of filter\n", code.c_str(),
+                 language);
+        return status::kNotSupported;
+    }
+    return status::kOk;
+}
+
+int checkValue(TTSClientPrivate& client, VOXTRELAPI_GCONF key, const void* value) {
+    const Capabilities& caps = client.mCapabilities;
+    switch (key) {
+        case GCONF_SPEED:
+            return checkNumber<uint32_t>(
+                client, value,
+                {caps.speedMin, caps.speedMax, "setGlobalRate: %d, bad parameter\n",
+                 GCONF_SPEED_ENABLE, caps.speedSupported});
+        case GCONF_PITCH:
+            return checkNumber<float>(
+                client, value,
+                {caps.pitchMin, caps.pitchMax, "setGlobalPitch: %f, bad parameter\n",
+                 GCONF_PITCH_ENABLE, caps.pitchSupported});
+        case GCONF_VOLUME:
+            return checkNumber<float>(
+                client, value,
+                {caps.volumeMin, caps.volumeMax, "setGlobalVolume: %f, bad parameter\n",
+                 GCONF_VOLUME_ENABLE, caps.volumeSupported});
+        case GCONF_BG_VOLUME:
+            return checkNumber<uint32_t>(
+                client, value,
+                {kVolumePercentMin, kVolumePercentMax, "setBgVolume: %d, bad parameter\n",
+                 GCONF_BG_VOLUME_ENABLE, true});
+        case GCONF_TTS_VOLUME:
+            return checkNumber<uint32_t>(
+                client, value,
+                {kVolumePercentMin, kVolumePercentMax, "setTtsVolume: %d, bad parameter\n",
+                 GCONF_TTS_VOLUME_ENABLE, true});
+        case GCONF_VOICE:
+            return checkVoice(client, value);
+        case GCONF_LANGUAGE:
+            return checkLanguage(client, value);
+        default:
+            return status::kOk;
+    }
+}
+
+void traceKey(const char* operation, VOXTRELAPI_GCONF key) {
+    dbgPrint(kLogTrace, "[Client] %s(), global config = %d\n", operation, key);
+}
+
+}  // namespace
+
+int TTSClientPrivate::setGlobalConfig(VOXTRELAPI_GCONF key, void* value) {
+    traceKey("setGlobalConfig", key);
+    const android::sp<ITextToSpeechFestival> service = currentService();
+    if (service == nullptr) {
+        return status::kNoService;
+    }
+    int refusal = checkValue(*this, key, value);
+    if (refusal == 0) {
+        refusal = refusalToChange(*this, service);
+    }
+    return refusal != 0 ? refusal : service->setGlobalConfig(mPid, key, value);
+}
+
+int TTSClientPrivate::globalConfig(VOXTRELAPI_GCONF key, void* out) {
+    traceKey("globalConfig", key);
+    const android::sp<ITextToSpeechFestival> service = currentService();
+    return service != nullptr ? service->globalConfig(mPid, key, out) : status::kNoService;
+}
+
+int TTSClientPrivate::setEnable2(VOXTRELAPI_GCONF key, bool enable) {
+    dbgPrint(kLogTrace, "[Client] %s(), global config = %d enable = %d\n", "setEnable2", key,
+             enable);
+    const android::sp<ITextToSpeechFestival> service = currentService();
+    const int refusal = refusalToChange(*this, service);
+    return refusal != 0 ? refusal : service->setEnable2(mPid, key, enable);
+}
+
+int TTSClientPrivate::enabled2(VOXTRELAPI_GCONF key, void* out) {
+    traceKey("enabled2", key);
+    const android::sp<ITextToSpeechFestival> service = currentService();
+    return service != nullptr ? service->enabled2(mPid, key, out) : status::kNoService;
+}
+
+}  // namespace TTS

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "client/Mutex.h"
+
+namespace TTS {
+
+Mutex::Mutex() {
+    pthread_mutex_init(&mMutex, nullptr);
+}
+
+Mutex::~Mutex() {
+    pthread_mutex_destroy(&mMutex);
+}
+
+}  // namespace TTS
