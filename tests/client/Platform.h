@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_CLIENT_PLATFORM_H
+#define VOXTREL_TESTS_CLIENT_PLATFORM_H
+
+#include <functional>
+#include <string>
+
+namespace platform {
+
+// This program takes the platform calls of the client over, by defining them itself, and notes each
+// in the journal: `dbgPrint` as `logged` says; `usleep(n)`, which returns at once, as "pause n"; a
+// death link made to or taken off a local binder as "link RECIPIENT" and "unlink RECIPIENT"; and
+// `IPCThreadState::flushCommands` as "flush".
+
+/// The journal's line for a log line, with its format as it was given and the text it makes.
+std::string logged(int level, const std::string& format, const std::string& text);
+
+/// Called in each pause.
+void onPause(std::function<void()> action);
+
+/// Called at each log line, before it is noted.
+void onLog(std::function<void()> action);
+
+}  // namespace platform
+
+#endif
