@@ -69,6 +69,19 @@ int32_t ask(IBinder* remote, uint32_t code, uint32_t flags, int32_t noRemote,
     return reply.readInt32();
 }
 
+// Callers hand on what an application pointed to, and that may be unaligned.
+template <typename Value>
+Value load(const void* from) {
+    Value value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+template <typename Value>
+void store(Value value, void* to) {
+    std::memcpy(to, &value, sizeof value);
+}
+
 bool readFlag(const Parcel& reply) {
     return reply.readInt32() != 0;
 }
@@ -100,10 +113,10 @@ void readText(const Parcel& reply, void* out) {
 void readConfigValue(const Parcel& reply, VOXTRELAPI_GCONF key, void* out) {
     switch (configValueOf(key)) {
         case ConfigValue::kInteger:
-            *static_cast<int32_t*>(out) = reply.readInt32();
+            store(reply.readInt32(), out);
             break;
         case ConfigValue::kFloat:
-            *static_cast<float*>(out) = reply.readFloat();
+            store(reply.readFloat(), out);
             break;
         case ConfigValue::kText:
             readText(reply, out);
@@ -207,11 +220,9 @@ int BpTextToSpeechFestival::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, 
     }
     switch (configValueOf(key)) {
         case ConfigValue::kInteger:
-            return ask(remote(), code, kTwoWay, kNoService, pid, key,
-                       *static_cast<const int32_t*>(value));
+            return ask(remote(), code, kTwoWay, kNoService, pid, key, load<int32_t>(value));
         case ConfigValue::kFloat:
-            return ask(remote(), code, kTwoWay, kNoService, pid, key,
-                       *static_cast<const float*>(value));
+            return ask(remote(), code, kTwoWay, kNoService, pid, key, load<float>(value));
         case ConfigValue::kText:
             return ask(remote(), code, kTwoWay, kNoService, pid, key,
                        CountedText{static_cast<const char*>(value)});
@@ -225,7 +236,7 @@ int BpTextToSpeechFestival::globalConfig(unsigned pid, VOXTRELAPI_GCONF key, voi
     if (remote() == nullptr) {
         return kNoService;
     }
-    if (out == nullptr) {
+    if (out == nullptr && configValueOf(key) != ConfigValue::kNone) {
         return kBadParameter;
     }
     Parcel reply;

@@ -46,7 +46,7 @@ public:
     /// @param out for `GCONF_LANGUAGE` the bytes of the code are stored without a NUL, and never
     /// more than 16 of them: a longer answer is cut, one that the reply does not hold in full is
     /// not relied on.
-    /// @return -3 for a null `out`, without a transaction.
+    /// @return -3 without a transaction for a null `out` where the key carries a value.
     int globalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* out) override;
 
     bool enabled() const override;

@@ -240,4 +240,36 @@ TEST(ANullPointer, IsRefusedByTheProxyAndSendsNothing) {
     EXPECT_EQ(-5, alone->enabled2(1, GCONF_SPEED_ENABLE, nullptr));
 }
 
+TEST(ANullPointer, IsNoReasonToKeepARefusedKeyFromTheService) {
+    const sp<RecordingRemote> remote = new RecordingRemote;
+    remote->answerWith(fromHex("fd ff ff ff"));
+    const sp<TTS::BpTextToSpeechFestival> proxy = new TTS::BpTextToSpeechFestival(remote);
+    EXPECT_EQ(-3, proxy->globalConfig(1, GCONF_SPEED_ENABLE, nullptr));
+    ASSERT_EQ(1U, remote->sent().size());
+    EXPECT_EQ(21U, remote->sent()[0].code);
+}
+
+TEST(AnUnalignedValue, IsSentAndStoredByItsBytes) {
+    const sp<RecordingRemote> remote = new RecordingRemote;
+    const sp<TTS::BpTextToSpeechFestival> proxy = new TTS::BpTextToSpeechFestival(remote);
+    std::vector<char> storage(1 + sizeof(float));
+    char* const odd = storage.data() + 1;
+    const float pitch = 1.5F;
+    std::memcpy(odd, &pitch, sizeof pitch);
+    remote->answerWith(fromHex("00 00 00 00"));
+    EXPECT_EQ(0, proxy->setGlobalConfig(1, GCONF_PITCH, odd));
+    ASSERT_EQ(1U, remote->sent().size());
+    EXPECT_EQ(fromHex("01 00 00 00  04 00 00 00  00 00 c0 3f"), remote->sent()[0].request);
+
+    remote->answerWith(fromHex("00 00 20 40  00 00 00 00"));
+    EXPECT_EQ(0, proxy->globalConfig(1, GCONF_VOLUME, odd));
+    float volume = 0.0F;
+    std::memcpy(&volume, odd, sizeof volume);
+    EXPECT_EQ(2.5F, volume);
+
+    remote->answerWith(fromHex("04 03 02 01  00 00 00 00"));
+    EXPECT_EQ(0, proxy->globalConfig(1, GCONF_SPEED, odd));
+    EXPECT_EQ(fromHex("04 03 02 01"), support::Bytes(odd, odd + 4));
+}
+
 }  // namespace
