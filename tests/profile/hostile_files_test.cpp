@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "profile/TtsSetting.h"
 #include "tests/profile/SettingText.h"
@@ -117,6 +120,37 @@ TEST(AFullDisk, EndsTheWritingAtTheFirstLineThatFails) {
     ASSERT_TRUE(allChanged().serialize("/dev/full"));
     ASSERT_FALSE(calls.writes.empty());
     EXPECT_EQ(std::vector<std::string>(calls.writes.size(), "\n"), calls.writes);
+}
+
+/// While it lives, no file of this process can grow beyond the limit: a disk that fills up.
+class DiskOf {
+public:
+    explicit DiskOf(rlim_t bytes) : mOldHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &mOldLimit);
+        const rlimit limit{bytes, mOldLimit.rlim_max};
+        EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+    }
+    ~DiskOf() {
+        setrlimit(RLIMIT_FSIZE, &mOldLimit);
+        std::signal(SIGXFSZ, mOldHandler);
+    }
+    DiskOf(const DiskOf&) = delete;
+    DiskOf& operator=(const DiskOf&) = delete;
+
+private:
+    void (*mOldHandler)(int);
+    rlimit mOldLimit{};
+};
+
+TEST(AFullDisk, LeavesTheFileCutWhereTheRoomEnded) {
+    const TempFolder folder;
+    const std::string path = folder.path("p.ini");
+    writeFile(path, std::string(5000, 'x'));
+    {
+        const DiskOf disk(20);
+        EXPECT_TRUE(allChanged().serialize(path.c_str()));
+    }
+    EXPECT_EQ("\nversion=2\nspeed_ena", readFile(path));
 }
 
 TEST(AFullDisk, IsNotReportedByACopy) {

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <regex>
+#include <sstream>
 
 #include "profile/TtsSetting.h"
 #include "tests/profile/SettingText.h"
@@ -131,6 +133,38 @@ TEST(AWrittenProfile, NeverHoldsWhatIsOnlyRead) {
     for (const char* key : {"sample_rate", "channels", "mixer_path", "break_duration"}) {
         EXPECT_FALSE(has(text, key)) << key;
     }
+}
+
+/// The bytes of the guide's dump: rows of an offset, two blanks, and bytes in hexadecimal.
+std::string dumpInTheGuide() {
+    std::istringstream guide(readFile(VOXTREL_SOURCE_DIR "/docs/profile-format.md"));
+    const std::regex row("([0-9a-f]{4})  ((?:[0-9a-f]{2} )+) .*");
+    std::string bytes;
+    std::smatch match;
+    for (std::string line; std::getline(guide, line);) {
+        if (std::regex_match(line, match, row)) {
+            EXPECT_EQ(bytes.size(), std::stoul(match[1], nullptr, 16)) << line;
+            std::istringstream hex(match[2]);
+            for (std::string byte; hex >> byte;) {
+                bytes.push_back(static_cast<char>(std::stoul(byte, nullptr, 16)));
+            }
+        }
+    }
+    return bytes;
+}
+
+TEST(AWrittenProfile, IsTheOneThatTheGuideShows) {
+    TtsSetting s("x");
+    s.mSpeed = 300;
+    s.mVolume = 1.5F;
+    s.mMediaVolume = 50;
+    s.mMediaVolumeEnable = 0;
+    s.mTtsVolume = 100;
+    s.mVoice = 0;
+    s.mPitch = 200;
+    s.mLang = "en_US";
+    EXPECT_EQ(217U, dumpInTheGuide().size());
+    EXPECT_EQ(dumpInTheGuide(), written(s));
 }
 
 TEST(WritingAProfile, ReplacesALongerFile) {
