@@ -80,9 +80,9 @@ int32_t setText(Service& service, unsigned pid, VOXTRELAPI_GCONF key, const Parc
     if (length < 0 || static_cast<size_t>(length) >= kTextSize) {
         return kBadParameter;
     }
-    char text[kTextSize] = {};
-    (void)request.read(text, static_cast<size_t>(length));  // a short request leaves it empty
-    text[length] = '\0';
+    char text[kTextSize] =
+        {};  // its zeros are the terminator, and all of it if the request is short
+    (void)request.read(text, static_cast<size_t>(length));
     return service.setGlobalConfig(pid, key, text);
 }
 
