@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Arguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include "tools/Errors.h"
+#include "tools/Settings.h"
+
+namespace voxtrelctl {
+namespace {
+
+constexpr const char* kSpeak = "Speaking";
+constexpr const char* kLook = "Looking";
+constexpr const char* kChange = "Settings";
+
+constexpr const char* kFooter =
+    "Examples:\n"
+    "  voxtrelctl say --wait \"Hello, world.\"\n"
+    "  fortune | voxtrelctl say --lang fr_FR --speed 200\n"
+    "  voxtrelctl lock -- ./record-a-call.sh\n"
+    "  voxtrelctl get --json\n"
+    "No sound? voxtrelctl doctor says why.\n"
+    "Exit status: 0, or 1 with one line on standard error.";
+
+/// Builds the subcommands; each sets `Options::command` when the line names it.
+class Grammar {
+public:
+    explicit Grammar(Options& options)
+        : mOptions(options), mApp("Makes the device speak.", "voxtrelctl") {
+        mApp.require_subcommand(1);
+        mApp.footer(kFooter);
+        mApp.set_version_flag("--version", std::string("voxtrelctl ") + VOXTREL_VERSION);
+        addVerbose(mApp);
+        addSpeaking();
+        addLooking();
+        addSettings();
+        addProfiles();
+    }
+
+    CLI::App& app() { return mApp; }
+
+private:
+    void addVerbose(CLI::App& app) {
+        app.add_flag("-v,--verbose", mOptions.verbose,
+                     "Show what the client library logs, on standard error");
+    }
+
+    CLI::App* add(CLI::App& parent, const char* name, const char* help, Command command,
+                  const char* group) {
+        CLI::App* sub = parent.add_subcommand(name, help)->group(group);
+        sub->callback([this, command] { mOptions.command = command; });
+        sub->footer("");
+        addVerbose(*sub);
+        return sub;
+    }
+
+    CLI::App* addPrinting(CLI::App& parent, const char* name, const char* help, Command command,
+                          const char* group) {
+        CLI::App* sub = add(parent, name, help, command, group);
+        sub->add_flag("--json", mOptions.json, "Print JSON");
+        return sub;
+    }
+
+    void addProsody(CLI::App& sub) {
+        Prosody& prosody = mOptions.prosody;
+        sub.add_option("--lang", prosody.language, "Language to speak, as in fr_FR");
+        sub.add_option("--voice", prosody.voice,
+                       "Voice: its number or name, see voxtrelctl voices");
+        for (const char* name : {"speed", "pitch", "volume", "bg-volume", "tts-volume"}) {
+            sub.add_option_function<std::string>(
+                   std::string("--") + name,
+                   [&prosody, name](const std::string& text) { prosody.values[name] = text; },
+                   findSetting(name)->help)
+                ->type_name("NUMBER");
+        }
+        sub.add_option("--profile", prosody.profile,
+                       "Read the other values from this profile first");
+    }
+
+    void addSpeaking() {
+        CLI::App* say = addPrinting(mApp, "say", "Speak a text", Command::Say, kSpeak);
+        say->add_option("TEXT", mOptions.words,
+                        "What to say; without it, and without --file, standard input is read");
+        say->add_option("-f,--file", mOptions.file, "Speak this file; - is standard input");
+        say->add_flag("-w,--wait", mOptions.wait,
+                      "Stay until all is spoken, and show the words as they are spoken");
+        addProsody(*say);
+
+        CLI::App* silence = add(mApp, "silence", "Queue a pause", Command::Silence, kSpeak);
+        silence->add_option("MILLISECONDS", mOptions.milliseconds, "How long")->required();
+        silence->add_flag("-w,--wait", mOptions.wait, "Stay until the pause is over");
+
+        add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak);
+
+        CLI::App* lock =
+            add(mApp, "lock", "Keep every other client from speaking while a command runs",
+                Command::Lock, kSpeak);
+        lock->add_option("COMMAND", mOptions.words, "After --: the command and its arguments")
+            ->required();
+    }
+
+    void addLooking() {
+        addPrinting(mApp, "status", "Show what the service is doing", Command::Status, kLook);
+        addPrinting(mApp, "languages", "List the languages", Command::Languages, kLook);
+        CLI::App* voices = addPrinting(mApp, "voices", "List the voices", Command::Voices, kLook);
+        voices->add_option("LANGUAGE", mOptions.language, "Only this language, as in fr_FR");
+        CLI::App* monitor =
+            addPrinting(mApp, "monitor", "Show events as they come", Command::Monitor, kLook);
+        monitor->add_option("--count", mOptions.count, "Leave after so many events");
+        addPrinting(mApp, "doctor", "Explain why there is no sound", Command::Doctor, kLook);
+    }
+
+    void addSettings() {
+        addPrinting(mApp, "get", "Show settings of the service", Command::Get, kChange)
+            ->add_option("NAME", mOptions.words, "Only these");
+        CLI::App* set = add(mApp, "set", "Change a setting of the service", Command::Set, kChange);
+        set->add_option("NAME", mOptions.name,
+                        "One of: " + settingNames([](const Setting&) { return true; }))
+            ->required();
+        set->add_option("VALUE", mOptions.value, "The new value")->required();
+        addSwitch("enable", "Switch speech or a feature on", Command::Enable);
+        addSwitch("disable", "Switch speech or a feature off", Command::Disable);
+    }
+
+    void addSwitch(const char* name, const char* help, Command command) {
+        add(mApp, name, help, command, kChange)
+            ->add_option("FEATURE", mOptions.name,
+                         "speech (when left out), " + settingNames(&hasFlag));
+    }
+
+    void addProfiles() {
+        CLI::App* profile =
+            mApp.add_subcommand("profile", "Work with settings profiles")->group(kChange);
+        profile->require_subcommand(1);
+        profile->footer("");
+        addProfile(*profile, "show", "Print a profile", Command::ProfileShow)
+            ->add_flag("--json", mOptions.json, "Print JSON");
+        addProfile(*profile, "save", "Write the service's settings to a profile",
+                   Command::ProfileSave);
+        addProfile(*profile, "load", "Give the service the settings of a profile",
+                   Command::ProfileLoad);
+        addProfile(*profile, "copy", "Copy a profile", Command::ProfileCopy)
+            ->add_option("DESTINATION", mOptions.value, "The new profile")
+            ->required();
+        addProfile(*profile, "remove", "Delete a profile", Command::ProfileRemove);
+    }
+
+    CLI::App* addProfile(CLI::App& parent, const char* name, const char* help, Command command) {
+        CLI::App* sub = add(parent, name, help, command, "Subcommands");
+        sub->add_option("PROFILE", mOptions.name,
+                        "A path, or the bare name of a profile in /Customer")
+            ->required();
+        return sub;
+    }
+
+    Options& mOptions;
+    CLI::App mApp;
+};
+
+std::string explain(const CLI::App& app, const CLI::ParseError& error, int argc,
+                    const char* const* argv) {
+    if (app.get_subcommands().empty() && argc > 1 && argv[1][0] != '-') {
+        return std::string("there is no command \"") + argv[1] + "\"";
+    }
+    return error.what();
+}
+
+/// "voxtrelctl profile copy" for the subcommand that the line got to.
+std::string deepest(const CLI::App& app) {
+    const auto subs = app.get_subcommands();
+    return app.get_name() + (subs.empty() ? "" : " " + deepest(*subs.front()));
+}
+
+}  // namespace
+
+Options parseArguments(int argc, const char* const* argv) {
+    Options options;
+    Grammar grammar(options);
+    CLI::App& app = grammar.app();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wish) {
+        std::ostringstream out;
+        app.exit(wish, out, out);
+        options.command = Command::Help;
+        options.helpText = out.str();
+    } catch (const CLI::ParseError& error) {
+        throw Failure(kBadParameter, explain(app, error, argc, argv),
+                      "see " + deepest(app) + " --help");
+    }
+    return options;
+}
+
+}  // namespace voxtrelctl

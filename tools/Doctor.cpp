@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Doctor.h"
+
+#include <algorithm>
+
+#include "tools/Errors.h"
+
+namespace voxtrelctl {
+namespace {
+
+struct Step {
+    Reach stopsAt;
+    const char* subject;
+    const char* good;
+    const char* bad;
+    const char* remedy;
+    int code;
+};
+
+/// What must be so before the service can be asked for more, in this order.
+constexpr Step kSteps[] = {
+    {Reach::NoServiceManager, "service manager", "running", "absent",
+     "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)", kNotFound},
+    {Reach::NoService, "service", "registered", "absent", "start it with: voxtreld", kNotFound},
+    {Reach::NoAnswer, "answer", "the service answers", "the service does not answer",
+     "it hangs or is stopped; end it and start voxtreld again", kNoConnection},
+    {Reach::NotReady, "voices", "loaded", "the service is not ready",
+     "wait a moment; if it stays so, see what voxtreld prints about its engine", kNoConnection},
+    {Reach::NotPermitted, "permission", "this user is admitted", "this user is not admitted",
+     "start voxtreld with --allow-uid, or without --deny-uid, for this uid", kNotPermitted},
+};
+
+Finding good(const char* subject, const std::string& seen) {
+    return {subject, Verdict::Good, seen, "", 0};
+}
+
+Finding speech(const Symptoms& symptoms) {
+    if (symptoms.enabled) {
+        return good("speech", "enabled");
+    }
+    return {"speech", Verdict::Bad, "disabled", "switch it on with: voxtrelctl enable speech",
+            kDisabled};
+}
+
+Finding lock(const Symptoms& symptoms) {
+    if (!symptoms.lockedByOther) {
+        return good("lock", "free");
+    }
+    return {"lock", Verdict::Bad, "held by another client", meaningOf(kLocked).remedy, kLocked};
+}
+
+Finding language(const LanguageReport& report) {
+    const Verdict severity = report.isGlobal ? Verdict::Bad : Verdict::Perhaps;
+    if (report.filtered) {
+        return {"language", severity, report.code + " is taken away by the device's filter",
+                "choose another with --lang or voxtrelctl set language, or change the filter",
+                kNotSupported};
+    }
+    return {"language", severity, "the service does not speak " + report.code,
+            "install the engine's data for it, or choose another language", kNotSupported};
+}
+
+std::vector<Finding> languages(const Symptoms& symptoms) {
+    std::vector<Finding> findings;
+    std::string spoken;
+    for (const LanguageReport& report : symptoms.languages) {
+        if (report.spoken && !report.filtered) {
+            spoken += (spoken.empty() ? "" : ", ") + report.code;
+        } else {
+            findings.push_back(language(report));
+        }
+    }
+    if (!spoken.empty()) {
+        findings.insert(findings.begin(), good("languages", spoken));
+    }
+    return findings;
+}
+
+/// The settings that silence speech when they are 0.
+std::vector<Finding> volumes(const Symptoms& symptoms) {
+    std::vector<Finding> findings;
+    for (const SettingReport& setting : symptoms.settings) {
+        const bool counts = setting.name == "volume" || setting.name == "tts-volume";
+        if (!counts) {
+            continue;
+        }
+        const std::string value = valueText(setting.value);
+        if (value == "0") {
+            findings.push_back({setting.name, Verdict::Bad, "is 0",
+                                "raise it with: voxtrelctl set " + setting.name + " 100", 0});
+        } else {
+            findings.push_back(good(setting.name.c_str(), value));
+        }
+    }
+    return findings;
+}
+
+Finding soundCard(const Symptoms& symptoms) {
+    if (symptoms.hasSoundCard) {
+        return good("sound card", "present");
+    }
+    return {"sound card", Verdict::Perhaps, "none on this machine",
+            "have it write a file instead: voxtreld --sink wav:FILE", 0};
+}
+
+void append(std::vector<Finding>& findings, const std::vector<Finding>& more) {
+    findings.insert(findings.end(), more.begin(), more.end());
+}
+
+}  // namespace
+
+std::vector<Finding> diagnose(const Symptoms& symptoms) {
+    std::vector<Finding> findings;
+    for (const Step& step : kSteps) {
+        if (symptoms.reach == step.stopsAt) {
+            findings.push_back({step.subject, Verdict::Bad, step.bad, step.remedy, step.code});
+            break;
+        }
+        findings.push_back(good(step.subject, step.good));
+    }
+    if (symptoms.reach == Reach::Connected) {
+        append(findings, {speech(symptoms), lock(symptoms)});
+        append(findings, languages(symptoms));
+        append(findings, volumes(symptoms));
+    }
+    findings.push_back(soundCard(symptoms));
+    return findings;
+}
+
+}  // namespace voxtrelctl

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Errors.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace voxtrelctl {
+namespace {
+
+constexpr StatusMeaning kMeanings[] = {
+    {0, "success", "nothing to do"},
+    {kDisabled, "speech is disabled", "switch it on with: voxtrelctl enable speech"},
+    {kBadParameter, "bad parameter", "see voxtrelctl --help for the values a command takes"},
+    {kNoConnection, "no connection to the service",
+     "it went away; start voxtreld again and repeat the command"},
+    {kProfile, "profile could not be read or written",
+     "check that the file exists and that its folder is yours to write"},
+    {kLocked, "the service is locked by another client",
+     "wait until that client unlocks or leaves; voxtrelctl monitor shows when"},
+    {kNotFound, "service not found",
+     "is voxtreld running? start it with: voxtreld (voxtrelctl doctor looks further)"},
+    {kNotSupported, "not supported, switched off, or refused by the language filter",
+     "voxtrelctl doctor lists what is switched off or filtered"},
+    {kNotPermitted, "permission denied",
+     "the service does not admit this user; ask whoever started voxtreld to admit your uid"},
+    {kNoLanguage, "the client has no language of its own", "name one with --lang"},
+    {kQueueFull, "the service's queue is full", "say it again when some of it has been spoken"},
+    {kAudioFailed, "the engine or the audio output failed",
+     "look at the output of voxtreld for the reason"},
+};
+
+std::string compose(int code, const std::string& detail, const std::string& remedy) {
+    std::string line = std::to_string(code) + " " + meaningOf(code).meaning + ": ";
+    if (!detail.empty()) {
+        line += detail + ": ";
+    }
+    line += remedy;
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return line;
+}
+
+}  // namespace
+
+StatusMeaning meaningOf(int code) {
+    const auto* found = std::find_if(std::begin(kMeanings), std::end(kMeanings),
+                                     [code](const StatusMeaning& m) { return m.code == code; });
+    if (found != std::end(kMeanings)) {
+        return *found;
+    }
+    return {code, "the service answered with a status of its own",
+            "look at the output of voxtreld for the reason"};
+}
+
+std::string errorLine(int code, const std::string& detail) {
+    return compose(code, detail, meaningOf(code).remedy);
+}
+
+Failure::Failure(int code, const std::string& detail)
+    : std::runtime_error(errorLine(code, detail)), mCode(code) {}
+
+Failure::Failure(int code, const std::string& detail, const std::string& remedy)
+    : std::runtime_error(compose(code, detail, remedy)), mCode(code) {}
+
+void check(int status, const std::string& detail) {
+    if (status != 0) {
+        throw Failure(status, detail);
+    }
+}
+
+}  // namespace voxtrelctl

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TOOLS_ERRORS_H
+#define VOXTREL_TOOLS_ERRORS_H
+
+#include <stdexcept>
+#include <string>
+
+namespace voxtrelctl {
+
+/// What a status code tells a person at a terminal.
+struct StatusMeaning {
+    int code;
+    const char* meaning;  ///< a few words, as in "service not found"
+    const char* remedy;   ///< what to do next
+};
+
+/// The meaning of a status code of the client library; a code the library does not name gets a
+/// general entry with that code. Called on: any thread. Locks: none.
+StatusMeaning meaningOf(int code);
+
+/// "-8 service not found: DETAIL: REMEDY" (without "DETAIL: " when there is none); one line, no
+/// line end. A line break inside `detail` becomes a blank, so that scripts can rely on one line.
+std::string errorLine(int code, const std::string& detail = "");
+
+/// A command that cannot go on. `main` prints its line and leaves with status 1.
+class Failure : public std::runtime_error {
+public:
+    explicit Failure(int code, const std::string& detail = "");
+
+    /// Replaces the remedy of the table where the caller knows a better next step.
+    Failure(int code, const std::string& detail, const std::string& remedy);
+
+    int code() const { return mCode; }
+
+private:
+    int mCode;
+};
+
+/// Throws `Failure(status, detail)` unless `status` is 0.
+void check(int status, const std::string& detail);
+
+// The codes of client/Status.h, and after them two that the service gives as the reason of a stop.
+constexpr int kDisabled = -1;
+constexpr int kBadParameter = -3;
+constexpr int kNoConnection = -5;
+constexpr int kProfile = -6;
+constexpr int kLocked = -7;
+constexpr int kNotFound = -8;
+constexpr int kNotSupported = -9;
+constexpr int kNotPermitted = -10;
+constexpr int kNoLanguage = -11;
+constexpr int kQueueFull = -12;
+constexpr int kAudioFailed = -13;
+
+}  // namespace voxtrelctl
+
+#endif

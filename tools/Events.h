@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TOOLS_EVENTS_H
+#define VOXTREL_TOOLS_EVENTS_H
+
+#include <cstdint>
+#include <string>
+
+namespace voxtrelctl {
+
+/// What the first number of a notification says.
+enum class EventKind : uint32_t {
+    Unknown = 0,
+    Started = 1,
+    Finished = 2,
+    Stopped = 3,
+    Word = 4,
+    State = 5,
+    Setting = 6,  ///< this client's own change; the service never sends it
+};
+
+/// Second numbers of a state event that are no keys of global settings.
+constexpr uint32_t kStateSpeech = 0;
+constexpr uint32_t kStateVerbosity = 1;
+constexpr uint32_t kStateLock = 15;  ///< third number: process id of the holder, 0 when free
+constexpr uint32_t kStateReady = 16;
+constexpr uint32_t kStateReset = 17;
+
+/// One notification, as its three numbers.
+struct Event {
+    uint32_t first = 0;
+    uint32_t second = 0;
+    uint32_t third = 0;
+};
+
+/// Unknown for a number this program does not know.
+EventKind kindOf(const Event& event);
+
+/// The last event of an utterance: finished or stopped.
+bool isTerminal(const Event& event);
+
+/// True for the events that name an utterance in their second number.
+bool isOfUtterance(const Event& event);
+
+/// The third number of a stopped event as the status it is: 0 for a flush, else the reason.
+int statusOf(const Event& event);
+
+/// One word for the kind, as JSON and plain lines show it: "started", "word", "unknown" and so on.
+const char* kindName(EventKind kind);
+
+/// What a state event is about: "lock", "speech", "speed", "speed-enable"; a number that this
+/// program does not know is given in decimal.
+std::string stateName(uint32_t second);
+
+/// The new value of a state event for a person: "on", "off", a language code, a number.
+std::string stateValue(uint32_t second, uint32_t third);
+
+/// The event in one line for a person, without a line end.
+std::string describe(const Event& event);
+
+}  // namespace voxtrelctl
+
+#endif

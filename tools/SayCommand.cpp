@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "tools/ClientSettings.h"
+#include "tools/Commands.h"
+#include "tools/Errors.h"
+#include "tools/Settle.h"
+#include "tools/Speech.h"
+#include "tools/Text.h"
+
+namespace voxtrelctl {
+namespace {
+
+constexpr unsigned kFlushEverything = 0;
+
+std::string readAll(std::istream& in) {
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string text = readAll(in);
+    if (!in.is_open() || in.bad()) {
+        throw Failure(kBadParameter, "cannot read " + path + " (" + std::strerror(errno) + ")",
+                      "name a text file, or - for standard input");
+    }
+    return text;
+}
+
+std::string textOf(const Options& options) {
+    if (!options.words.empty() && !options.file.empty()) {
+        throw Failure(kBadParameter, "both a text and a file are given", "give one of them");
+    }
+    if (options.words.empty()) {
+        return options.file.empty() || options.file == "-" ? readAll(std::cin)
+                                                           : readFile(options.file);
+    }
+    std::string text;
+    for (const std::string& word : options.words) {
+        text += (text.empty() ? "" : " ") + word;
+    }
+    return text;
+}
+
+EventPrinter::Style styleOf(const Options& options, const Terminal& terminal) {
+    if (options.json) {
+        return EventPrinter::Style::Json;
+    }
+    return terminal.isInteractive() ? EventPrinter::Style::Words : EventPrinter::Style::Lines;
+}
+
+/// Gives the service all of it and leaves; what is queued is spoken all the same.
+void handOver(Session& session, const std::vector<std::string>& pieces) {
+    for (size_t n = 0; n < pieces.size(); ++n) {
+        check(session.client().say(static_cast<unsigned>(n + 1), pieces[n]), "");
+    }
+    settle(session);
+}
+
+}  // namespace
+
+int runSay(const Options& options, Terminal& terminal) {
+    const std::vector<std::string> pieces = cutIntoPieces(textOf(options));
+    if (pieces.empty()) {
+        throw Failure(kBadParameter, "there is nothing to say",
+                      "give a text, --file FILE, or pipe a text into standard input");
+    }
+    Session session(terminal);
+    applyProsody(session, options.prosody);
+    if (options.wait || options.json) {
+        const auto printer =
+            EventPrinter::make(styleOf(options, terminal),
+                               [&terminal](const std::string& text) { terminal.print(text); });
+        Speech(session, *printer).say(pieces);
+    } else {
+        handOver(session, pieces);
+    }
+    return 0;
+}
+
+int runSilence(const Options& options, Terminal& terminal) {
+    Session session(terminal);
+    if (options.wait) {
+        const auto printer = EventPrinter::make(EventPrinter::Style::Silent, nullptr);
+        Speech(session, *printer).pause(options.milliseconds);
+    } else {
+        check(session.client().silence(1, options.milliseconds), "");
+        settle(session);
+    }
+    return 0;
+}
+
+int runStop(const Options&, Terminal& terminal) {
+    Session session(terminal);
+    check(session.client().stopAndFlush(kFlushEverything), "");
+    settle(session);
+    return 0;
+}
+
+}  // namespace voxtrelctl

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Session.h"
+
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "tools/Errors.h"
+#include "tools/Platform.h"
+
+namespace voxtrelctl {
+namespace {
+
+using Clock = EventQueue::Clock;
+
+constexpr auto kPatience = std::chrono::milliseconds(400);
+constexpr auto kProgressStep = std::chrono::seconds(1);
+
+class Obituary : public android::IBinder::DeathRecipient {
+public:
+    void binderDied(const android::wp<android::IBinder>&) override {
+        EventQueue::instance().post({Notice::Source::ServiceDied, {}, 0});
+    }
+};
+
+Notice awaitConnected(Clock::time_point deadline) {
+    return EventQueue::instance().next(
+        deadline, [](const Notice& n) { return n.source == Notice::Source::Connected; });
+}
+
+void showProgress(Terminal& terminal, std::chrono::seconds passed) {
+    terminal.progress(isServiceRegistered()
+                          ? "the service is there and loads its voices (up to 60 s)"
+                          : "looking for the service for up to 15 s; is voxtreld running?",
+                      std::to_string(passed.count()) + " s");
+}
+
+}  // namespace
+
+Session::Session(Terminal& terminal)
+    : mClient(std::make_unique<TTS::TTSClientPrivate>(kAppName, &EventQueue::onEvent)) {
+    startBinderThreads();
+    connect(terminal);
+    watchService();
+}
+
+Session::~Session() {
+    // -5 after the service's death: there is nobody left to take leave of.
+    (void)mClient->disconnect();
+}
+
+void Session::connect(Terminal& terminal) {
+    // The search sleeps inside the library, so it gets a thread of its own and this one stays free
+    // to show progress and to hear Ctrl-C.
+    std::thread search([this] {
+        EventQueue::instance().post({Notice::Source::Connected, {}, mClient->connect()});
+    });
+    const auto begin = Clock::now();
+    Notice notice = awaitConnected(begin + kPatience);
+    while (notice.source == Notice::Source::TimedOut) {
+        showProgress(terminal,
+                     std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - begin));
+        notice = awaitConnected(Clock::now() + kProgressStep);
+    }
+    terminal.endProgress();
+    if (notice.source == Notice::Source::Interrupted) {
+        std::_Exit(EXIT_FAILURE);
+    }
+    search.join();
+    if (notice.status != 0) {
+        throw Failure(notice.status);
+    }
+}
+
+void Session::watchService() {
+    mObituary = new Obituary;
+    const auto service = android::IInterface::asBinder(mClient->getService());
+    if (service == nullptr || service->linkToDeath(mObituary, nullptr, 0) != android::OK) {
+        throw Failure(kNoConnection);
+    }
+}
+
+}  // namespace voxtrelctl

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TOOLS_SESSION_H
+#define VOXTREL_TOOLS_SESSION_H
+
+#include <memory>
+
+#include "client/TTSClientPrivate.h"
+#include "tools/EventQueue.h"
+#include "tools/Terminal.h"
+
+namespace voxtrelctl {
+
+/// One connection to the service, from finding it to leaving it. While it lives, what the service
+/// sends and its death arrive in EventQueue.
+/// Called on: the main thread. Locks: none.
+class Session {
+public:
+    /// Connects. The client library searches up to 15 s for the service and waits up to 60 s for it
+    /// to be ready; what is waited for is shown on `terminal` once it takes noticeably long.
+    /// Throws Failure with -8 (not found) or -10 (not admitted); Ctrl-C meanwhile ends the process
+    /// with status 1, because the search cannot be called off.
+    explicit Session(Terminal& terminal);
+
+    /// Leaves the service, unless it died before.
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    TTS::TTSClientPrivate& client() { return *mClient; }
+    const TTS::Capabilities& capabilities() const { return mClient->mCapabilities; }
+
+private:
+    void connect(Terminal& terminal);
+    void watchService();
+
+    std::unique_ptr<TTS::TTSClientPrivate> mClient;
+    android::sp<android::IBinder::DeathRecipient> mObituary;
+};
+
+}  // namespace voxtrelctl
+
+#endif

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Speech.h"
+
+#include "tools/Errors.h"
+
+namespace voxtrelctl {
+namespace {
+
+constexpr unsigned kFlushOwn = 1;
+constexpr size_t kAhead = 3;  ///< requests with the service at a time
+constexpr auto kFlushPatience = std::chrono::seconds(2);
+
+}  // namespace
+
+void Speech::say(const std::vector<std::string>& texts) {
+    mTexts = texts;
+    feed();
+    finish();
+}
+
+void Speech::pause(uint32_t milliseconds) {
+    mTexts = {""};
+    mSent = 1;
+    check(mSession.client().silence(1, milliseconds), "");
+    finish();
+}
+
+void Speech::feed() {
+    while (mSent < mTexts.size() && mSent - mEnded < kAhead) {
+        const std::string& text = mTexts[mSent++];
+        check(mSession.client().say(static_cast<unsigned>(mSent), text), "");
+    }
+}
+
+void Speech::finish() {
+    while (!isOver()) {
+        const Notice notice = EventQueue::instance().next();
+        switch (notice.source) {
+            case Notice::Source::Service:
+                onEvent(notice.event);
+                break;
+            case Notice::Source::ServiceDied:
+                throw Failure(kNoConnection, "it died while speaking");
+            case Notice::Source::Interrupted:
+                flush();
+                throw Interrupted();
+            default:
+                break;
+        }
+    }
+}
+
+void Speech::onEvent(const Event& event) {
+    if (!isOfUtterance(event) || event.second == 0 || event.second > mSent) {
+        return;
+    }
+    mPrinter.show(event, mTexts[event.second - 1]);
+    if (!isTerminal(event)) {
+        return;
+    }
+    ++mEnded;
+    if (kindOf(event) == EventKind::Stopped && statusOf(event) != 0) {
+        throw Failure(statusOf(event));
+    }
+    feed();
+}
+
+void Speech::flush() {
+    (void)mSession.client().stopAndFlush(kFlushOwn);
+    const auto deadline = EventQueue::Clock::now() + kFlushPatience;
+    while (mEnded < mSent) {
+        const Notice notice =
+            EventQueue::instance().next(deadline, [](const Notice&) { return true; });
+        if (notice.source != Notice::Source::Service) {
+            return;  // a second Ctrl-C, a service that died or does not answer: leave all the same
+        }
+        if (isTerminal(notice.event)) {
+            mPrinter.show(notice.event, "");
+            ++mEnded;
+        }
+    }
+}
+
+}  // namespace voxtrelctl

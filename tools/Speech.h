@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TOOLS_SPEECH_H
+#define VOXTREL_TOOLS_SPEECH_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/EventPrinter.h"
+#include "tools/Session.h"
+#include "tools/Settle.h"
+
+namespace voxtrelctl {
+
+/// Speaks texts one after the other and stays until the last of them is over.
+///
+/// Only a few requests are with the service at a time, so that a book neither fills its queue nor
+/// keeps others from speaking between the pages. Called on: the main thread. Locks: none.
+class Speech {
+public:
+    /// Both must outlive this object.
+    Speech(Session& session, EventPrinter& printer) : mSession(session), mPrinter(printer) {}
+
+    /// Speaks `texts` in order. Throws Failure with the service's reason when it refuses one, with
+    /// -5 when it dies, and Interrupted on Ctrl-C, after what was queued has been flushed.
+    void say(const std::vector<std::string>& texts);
+
+    /// Queues a pause and stays until it is over. Throws as say().
+    void pause(uint32_t milliseconds);
+
+private:
+    void feed();
+    void finish();
+    void onEvent(const Event& event);
+    void flush();
+    bool isOver() const { return mEnded == mTexts.size(); }
+
+    Session& mSession;
+    EventPrinter& mPrinter;
+    std::vector<std::string> mTexts;  ///< utterance n is entry n - 1
+    size_t mSent = 0;
+    size_t mEnded = 0;
+};
+
+}  // namespace voxtrelctl
+
+#endif

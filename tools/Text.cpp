@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Text.h"
+
+#include <algorithm>
+
+namespace voxtrelctl {
+namespace {
+
+constexpr const char* kWhite = " \t\r\n\f\v";
+
+bool isContinuation(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+bool isWhite(char byte) {
+    return std::string(kWhite).find(byte) != std::string::npos;
+}
+
+/// The first byte after the last sentence that ends in [begin, end), or `begin`.
+size_t afterSentence(const std::string& text, size_t begin, size_t end) {
+    for (size_t at = end - 1; at > begin; --at) {
+        if (isWhite(text[at]) && std::string(".!?\n").find(text[at - 1]) != std::string::npos) {
+            return at + 1;
+        }
+    }
+    return begin;
+}
+
+size_t afterWhite(const std::string& text, size_t begin, size_t end) {
+    const size_t white = text.find_last_of(kWhite, end - 1);
+    return white == std::string::npos || white < begin ? begin : white + 1;
+}
+
+size_t beforeCharacter(const std::string& text, size_t begin, size_t end) {
+    size_t cut = end;
+    while (cut > begin && end - cut < 3 && isContinuation(text[cut])) {
+        --cut;
+    }
+    return cut == begin || isContinuation(text[cut]) ? end : cut;
+}
+
+size_t cutAt(const std::string& text, size_t begin, size_t most) {
+    const size_t end = begin + most;
+    if (end >= text.size()) {
+        return text.size();
+    }
+    for (const auto find : {&afterSentence, &afterWhite}) {
+        const size_t cut = find(text, begin, end);
+        if (cut > begin) {
+            return cut;
+        }
+    }
+    return beforeCharacter(text, begin, end);
+}
+
+}  // namespace
+
+std::vector<std::string> cutIntoPieces(std::string text, size_t most) {
+    std::replace(text.begin(), text.end(), '\0', ' ');
+    std::vector<std::string> pieces;
+    for (size_t begin = 0; begin < text.size();) {
+        const size_t end = cutAt(text, begin, most);
+        std::string piece = text.substr(begin, end - begin);
+        if (piece.find_first_not_of(kWhite) != std::string::npos) {
+            pieces.push_back(std::move(piece));
+        }
+        begin = end;
+    }
+    return pieces;
+}
+
+std::string forTerminal(std::string text) {
+    for (char& byte : text) {
+        const auto value = static_cast<unsigned char>(byte);
+        if ((value < 0x20U && byte != '\n' && byte != '\t') || value == 0x7FU) {
+            byte = ' ';
+        }
+    }
+    return text;
+}
+
+size_t WordCursor::byteOf(uint32_t offset) const {
+    size_t byte = 0;
+    for (uint32_t character = 0; character < offset && byte < mText.size(); ++character) {
+        for (++byte; byte < mText.size() && isContinuation(mText[byte]); ++byte) {
+        }
+    }
+    return byte;
+}
+
+size_t WordCursor::endOfWord(size_t byte) const {
+    const size_t word = std::min(mText.find_first_not_of(kWhite, byte), mText.size());
+    return std::min(mText.find_first_of(kWhite, word), mText.size());
+}
+
+std::string WordCursor::advanceTo(uint32_t offset) {
+    const size_t end = endOfWord(byteOf(offset));
+    if (end <= mDone) {
+        return "";
+    }
+    const std::string spoken = mText.substr(mDone, end - mDone);
+    mDone = end;
+    return spoken;
+}
+
+std::string WordCursor::rest() {
+    const std::string left = mText.substr(mDone);
+    mDone = mText.size();
+    return left;
+}
+
+std::string WordCursor::wordAt(uint32_t offset) const {
+    const size_t begin = std::min(mText.find_first_not_of(kWhite, byteOf(offset)), mText.size());
+    return mText.substr(begin, endOfWord(begin) - begin);
+}
+
+}  // namespace voxtrelctl

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TOOLS_TEXT_H
+#define VOXTREL_TOOLS_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace voxtrelctl {
+
+/// The most bytes of text that go to the service in one request; a request of 1 MiB would be lost.
+constexpr size_t kPieceBytes = 32 * 1024;
+
+/// Cuts `text` into pieces of at most `most` bytes, at the last end of a sentence, else the last
+/// white space, else the last whole UTF-8 character of each piece. Joined they are the text, but
+/// for NUL characters, which would end a request early and become blanks; pieces of nothing but
+/// white space are left out. `most` is at least 4.
+std::vector<std::string> cutIntoPieces(std::string text, size_t most = kPieceBytes);
+
+/// `text` for a terminal: control characters but line feed and tab become blanks, so that a spoken
+/// file cannot steer the terminal.
+std::string forTerminal(std::string text);
+
+/// Follows the voice through a text: gives what has been spoken since the last call.
+///
+/// Offsets count UTF-8 characters from 0, as the service's word events do; a byte that is no part
+/// of a valid character counts as one. Offsets beyond the end stand for the end.
+class WordCursor {
+public:
+    explicit WordCursor(std::string text) : mText(std::move(text)) {}
+
+    /// The text up to the end of the word that begins at `offset`, from where the last call
+    /// ended; empty for an offset that was passed already.
+    std::string advanceTo(uint32_t offset);
+
+    /// All that is left.
+    std::string rest();
+
+    /// Only the word at `offset`, without moving.
+    std::string wordAt(uint32_t offset) const;
+
+private:
+    size_t byteOf(uint32_t offset) const;
+    size_t endOfWord(size_t byte) const;
+
+    std::string mText;
+    size_t mDone = 0;
+};
+
+}  // namespace voxtrelctl
+
+#endif

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "tools/Arguments.h"
+#include "tools/Commands.h"
+#include "tools/Platform.h"
+
+namespace {
+
+using namespace voxtrelctl;
+
+using Run = int (*)(const Options&, Terminal&);
+
+struct Entry {
+    Command command;
+    Run run;
+};
+
+constexpr Entry kCommands[] = {
+    {Command::Say, &runSay},
+    {Command::Silence, &runSilence},
+    {Command::Stop, &runStop},
+    {Command::Lock, &runLock},
+    {Command::Status, &runStatus},
+    {Command::Languages, &runLanguages},
+    {Command::Voices, &runVoices},
+    {Command::Get, &runGet},
+    {Command::Set, &runSet},
+    {Command::Enable, &runSwitch},
+    {Command::Disable, &runSwitch},
+    {Command::ProfileShow, &runProfileShow},
+    {Command::ProfileSave, &runProfileSave},
+    {Command::ProfileLoad, &runProfileLoad},
+    {Command::ProfileCopy, &runProfileCopy},
+    {Command::ProfileRemove, &runProfileRemove},
+    {Command::Monitor, &runMonitor},
+    {Command::Doctor, &runDoctor},
+};
+
+int run(const Options& options) {
+    if (options.command == Command::Help) {
+        std::cout << options.helpText;
+        return EXIT_SUCCESS;
+    }
+    quietLog(options.verbose);
+    Terminal terminal(options.verbose);
+    for (const Entry& entry : kCommands) {
+        if (entry.command == options.command) {
+            return entry.run(options, terminal);
+        }
+    }
+    return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(parseArguments(argc, argv));
+    } catch (const std::exception& error) {
+        std::cerr << "voxtrelctl: " << error.what() << "\n";
+        return EXIT_FAILURE;
+    }
+}
