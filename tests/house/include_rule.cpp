@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/house/include_rule.h"
+
+#include <algorithm>
+#include <regex>
+
+namespace house {
+namespace {
+
+bool startsWith(const std::string& text, const std::string& prefix) {
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+bool isGuarded(const std::string& target) {
+    static const std::vector<std::string> folders = {
+        "vocabulary/", "ipc/",   "profile/", "client/", "platform/",  "service/", "tools/",
+        "examples/",   "tests/", "bench/",   "fuzz/",   "ttscommon/", "binder/",  "utils/"};
+    return std::any_of(folders.begin(), folders.end(),
+                       [&](const std::string& folder) { return startsWith(target, folder); });
+}
+
+bool isPlatform(const std::string& target) {
+    return startsWith(target, "binder/") || startsWith(target, "utils/");
+}
+
+bool isLibrary(const std::string& folder) {
+    return folder == "vocabulary" || folder == "ipc" || folder == "profile" || folder == "client";
+}
+
+}  // namespace
+
+const std::vector<Room>& rooms() {
+    static const std::vector<Room> all = {
+        {"vocabulary", {"vocabulary/"}},
+        {"ipc", {"ipc/", "vocabulary/", "binder/", "utils/"}},
+        {"profile", {"profile/", "vocabulary/"}},
+        {"client", {"client/", "profile/", "ipc/", "vocabulary/", "ttscommon/"}},
+        {"platform", {"binder/", "utils/", "ttscommon/", "platform/"}},
+        {"service",
+         {"service/", "vocabulary/", "ipc/", "profile/", "binder/", "utils/", "ttscommon/"}},
+        {"tools", {"tools/", "client/", "vocabulary/", "binder/", "utils/", "ttscommon/"}},
+        {"examples", {"client/", "ipc/", "profile/", "vocabulary/", "binder/", "utils/"}},
+    };
+    return all;
+}
+
+std::vector<std::string> includesOf(const std::string& source) {
+    static const std::regex directive(R"re((?:^|\n)[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">])re");
+    std::vector<std::string> targets;
+    for (std::sregex_iterator it(source.begin(), source.end(), directive), end; it != end; ++it) {
+        targets.push_back((*it)[1]);
+    }
+    return targets;
+}
+
+bool mayInclude(const Room& room, const std::string& path, const std::string& target) {
+    if (target.find("..") != std::string::npos) {
+        return false;
+    }
+    if (isLibrary(room.folder) && isPlatform(target)) {
+        return path == "ipc/BinderHeaders.h";
+    }
+    return !isGuarded(target) ||
+           std::any_of(room.doors.begin(), room.doors.end(),
+                       [&](const std::string& door) { return startsWith(target, door); });
+}
+
+}  // namespace house

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/house/include_rule.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string read(const fs::path& file) {
+    std::ifstream in(file);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+bool isSource(const fs::path& file) {
+    return file.extension() == ".h" || file.extension() == ".cpp";
+}
+
+std::vector<fs::path> sourcesOf(const fs::path& folder) {
+    std::vector<fs::path> files;
+    if (fs::exists(folder)) {
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            if (entry.is_regular_file() && isSource(entry.path())) {
+                files.push_back(entry.path());
+            }
+        }
+    }
+    return files;
+}
+
+const house::Room& roomNamed(const std::string& name) {
+    for (const house::Room& room : house::rooms()) {
+        if (room.folder == name) {
+            return room;
+        }
+    }
+    throw std::invalid_argument(name);
+}
+
+TEST(EveryRoom, IncludesOnlyThroughItsDoors) {
+    const fs::path root = VOXTREL_SOURCE_DIR;
+    size_t seen = 0;
+    for (const house::Room& room : house::rooms()) {
+        for (const fs::path& file : sourcesOf(root / room.folder)) {
+            const std::string path = fs::relative(file, root).string();
+            for (const std::string& target : house::includesOf(read(file))) {
+                ++seen;
+                EXPECT_TRUE(house::mayInclude(room, path, target))
+                    << path << " must not include " << target;
+            }
+        }
+    }
+    EXPECT_GT(seen, 20U) << "the sources were not found under " << root;
+}
+
+TEST(EverySource, OpensWithItsLicence) {
+    const fs::path root = VOXTREL_SOURCE_DIR;
+    for (const char* folder : {"vocabulary", "ipc", "profile", "client", "platform", "service",
+                               "tools", "examples", "tests", "bench", "fuzz"}) {
+        for (const fs::path& file : sourcesOf(root / folder)) {
+            EXPECT_EQ(0U, read(file).find("// SPDX-License-Identifier: Apache-2.0\n")) << file;
+        }
+    }
+}
+
+TEST(EveryTestFile, StandsInAFolderThatBuildsItsTests) {
+    const fs::path root = fs::path(VOXTREL_SOURCE_DIR) / "tests";
+    for (const fs::path& file : sourcesOf(root)) {
+        const std::string name = file.filename().string();
+        if (name.size() > 9 && name.compare(name.size() - 9, 9, "_test.cpp") == 0) {
+            EXPECT_TRUE(fs::exists(file.parent_path() / "CMakeLists.txt")) << file;
+            EXPECT_EQ(root, file.parent_path().parent_path()) << file << " lies too deep";
+        }
+    }
+}
+
+TEST(TheIncludeRule, SeesBothSpellingsOfADirective) {
+    const std::string source =
+        "#include \"ipc/ICallback.h\"\n  #  include <binder/Parcel.h>\nint x;\n";
+    EXPECT_EQ((std::vector<std::string>{"ipc/ICallback.h", "binder/Parcel.h"}),
+              house::includesOf(source));
+}
+
+TEST(TheIncludeRule, RefusesAnArrowThatRunsBack) {
+    EXPECT_FALSE(house::mayInclude(roomNamed("vocabulary"), "vocabulary/a.h", "ipc/ICallback.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("profile"), "profile/a.h", "ipc/ICallback.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("ipc"), "ipc/a.h", "client/Mutex.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.h", "service/Engine.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("tools"), "tools/a.h", "profile/TtsSetting.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("platform"), "platform/a.h", "ipc/ICallback.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("ipc"), "ipc/a.h", "../client/Mutex.h"));
+}
+
+TEST(TheIncludeRule, OpensThePlatformToOneHeaderOfTheLibrary) {
+    const house::Room& ipc = roomNamed("ipc");
+    EXPECT_TRUE(house::mayInclude(ipc, "ipc/BinderHeaders.h", "binder/Parcel.h"));
+    EXPECT_FALSE(house::mayInclude(ipc, "ipc/ICallback.h", "binder/Parcel.h"));
+    EXPECT_FALSE(
+        house::mayInclude(roomNamed("client"), "client/DeathNotifier.h", "utils/RefBase.h"));
+    EXPECT_TRUE(
+        house::mayInclude(roomNamed("client"), "client/Speech.cpp", "ttscommon/ttscommon.h"));
+}
+
+}  // namespace
