@@ -32,13 +32,13 @@ namespace TTS {
 /// null address where a value is needed is refused with -3 and nothing is read or written; where
 /// the trace shows the value, none is logged then.
 ///
-/// Called on: one application thread at a time; the application serialises its calls. Locks:
-/// `Clientmutex` in `getService` and `connect`, nothing elsewhere. The notification function is
-/// called on binder threads for the service's events, and inside the setters, on their thread, for
-/// local changes: there it may call the client again. It must not call `connect`, which waits for
-/// a service that may be waiting for the function. Events and death notices arrive only when the
-/// process runs binder threads (`ProcessState::self()->startThreadPool()`). docs/threading.md says
-/// what is left unlocked and why.
+/// Called on: one application thread at a time; docs/threading.md says what else must take turns,
+/// and which races remain. Locks: `Clientmutex` in `getService` and `connect`, nothing elsewhere.
+/// The notification function is called on binder threads for the service's events, and inside the
+/// setters, on their thread, for local changes: there it may call the client again, but not
+/// `connect` or `getService`, whose mutex may be held by a thread that waits for the service.
+/// Events and death notices arrive only when the process runs binder threads
+/// (`ProcessState::self()->startThreadPool()`).
 ///
 /// The data members are open to the wrapper that an application's own library puts around this
 /// class, and to diagnostics; change them only through the operations.
