@@ -70,6 +70,12 @@ TEST_F(ACallback, DeliversATransactionThroughItsBinder) {
     EXPECT_EQ(1, reply.readInt32());
 }
 
+TEST_F(ACallback, IsReachedThroughProxyParcelAndStub) {
+    const sp<TTS::BpCallback> proxy = new TTS::BpCallback(binder);
+    EXPECT_TRUE(proxy->notify(7, 0x80000000U, 0xffffffffU));
+    EXPECT_EQ((std::vector<Event>{{7, 0x80000000U, 0xffffffffU}}), events);
+}
+
 TEST_F(ACallback, DeliversARequestThatIsTooShort) {
     support::fill(request, fromHex("07 00 00 00 08 00 00 00"));
     EXPECT_EQ(android::NO_ERROR, callback->onTransact(1, request, &reply, 1));
