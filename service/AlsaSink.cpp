@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "service/AlsaSink.h"
+
+#include <alsa/asoundlib.h>
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace voxtreld {
+namespace {
+
+constexpr unsigned kBufferMicroseconds = 80'000;
+constexpr int kPollMilliseconds = 5;
+
+/// ALSA prints its own complaints on standard error by default; ours says what to do instead.
+void discardMessage(const char*, int, const char*, int, const char*, ...) {}
+
+}  // namespace
+
+AlsaSink::~AlsaSink() {
+    if (mPcm != nullptr) {
+        snd_pcm_close(mPcm);
+    }
+}
+
+bool AlsaSink::open(unsigned rate, std::string& error) {
+    snd_lib_error_set_handler(discardMessage);
+    int result = snd_pcm_open(&mPcm, mDevice.c_str(), SND_PCM_STREAM_PLAYBACK, SND_PCM_NONBLOCK);
+    if (result == 0) {
+        constexpr unsigned kMono = 1;
+        constexpr int kMayResample = 1;
+        result = snd_pcm_set_params(mPcm, SND_PCM_FORMAT_S16, SND_PCM_ACCESS_RW_INTERLEAVED, kMono,
+                                    rate, kMayResample, kBufferMicroseconds);
+    }
+    if (result < 0) {
+        error = "no sound on the audio device '" + mDevice + "' (" + snd_strerror(result) +
+                "): name another with --sink alsa:DEVICE, or write files with --sink wav:FILE";
+        return false;
+    }
+    return true;
+}
+
+bool AlsaSink::begin(uint32_t /*pid*/, uint32_t /*id*/) {
+    return mPcm != nullptr && snd_pcm_prepare(mPcm) == 0;
+}
+
+bool AlsaSink::waitForRoom() {
+    const int result = snd_pcm_wait(mPcm, kPollMilliseconds);
+    return result >= 0 || snd_pcm_recover(mPcm, result, 1) == 0;
+}
+
+bool AlsaSink::write(const int16_t* samples, size_t count, const Cancel& cancel) {
+    while (count > 0 && !cancel) {
+        const snd_pcm_sframes_t taken = snd_pcm_writei(mPcm, samples, count);
+        if (taken == -EAGAIN) {
+            if (!waitForRoom()) {
+                return false;
+            }
+            continue;
+        }
+        if (taken < 0) {
+            if (snd_pcm_recover(mPcm, static_cast<int>(taken), 1) != 0) {
+                return false;
+            }
+            continue;
+        }
+        samples += taken;
+        count -= static_cast<size_t>(taken);
+    }
+    return true;
+}
+
+bool AlsaSink::end(const Cancel& cancel) {
+    // A short text may not have filled the buffer enough to start the card by itself.
+    if (!cancel && snd_pcm_state(mPcm) == SND_PCM_STATE_PREPARED) {
+        snd_pcm_start(mPcm);
+    }
+    snd_pcm_sframes_t waiting = 0;
+    while (!cancel && snd_pcm_state(mPcm) == SND_PCM_STATE_RUNNING &&
+           snd_pcm_delay(mPcm, &waiting) == 0 && waiting > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(kPollMilliseconds));
+    }
+    return snd_pcm_drop(mPcm) == 0;
+}
+
+}  // namespace voxtreld

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_ALSASINK_H
+#define VOXTREL_SERVICE_ALSASINK_H
+
+#include <string>
+
+#include "service/Sink.h"
+
+struct _snd_pcm;
+
+namespace voxtreld {
+
+/// A sound card. Its buffer is kept short, so that what is in it does not outlive a stop.
+class AlsaSink : public Sink {
+public:
+    /// @param device as ALSA names it: "default", "plughw:1,0", ...
+    explicit AlsaSink(std::string device) : mDevice(std::move(device)) {}
+    ~AlsaSink() override;
+    AlsaSink(const AlsaSink&) = delete;
+    AlsaSink& operator=(const AlsaSink&) = delete;
+
+    bool open(unsigned rate, std::string& error) override;
+    bool begin(uint32_t pid, uint32_t id) override;
+    bool write(const int16_t* samples, size_t count, const Cancel& cancel) override;
+    bool end(const Cancel& cancel) override;
+
+private:
+    bool waitForRoom();
+
+    std::string mDevice;
+    _snd_pcm* mPcm = nullptr;
+};
+
+}  // namespace voxtreld
+
+#endif

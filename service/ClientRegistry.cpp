@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "service/ClientRegistry.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace voxtreld {
+namespace {
+
+/// How many dead processes are remembered: far more than can have requests on their way.
+constexpr size_t kDeadRemembered = 256;
+
+}  // namespace
+
+/// Told by the runtime of the death of one callback. The runtime may still hold it when the
+/// registry is gone, hence `retire`.
+class ClientRegistry::Obituary : public android::IBinder::DeathRecipient {
+public:
+    Obituary(ClientRegistry& registry, uint32_t pid) : mRegistry(&registry), mPid(pid) {}
+
+    void binderDied(const android::wp<android::IBinder>& /*who*/) override {
+        const MutexLock lock(mMutex);
+        if (mRegistry != nullptr) {
+            mRegistry->died(mPid, this);
+        }
+    }
+
+    void retire() {
+        const MutexLock lock(mMutex);
+        mRegistry = nullptr;
+    }
+
+private:
+    Mutex mMutex;
+    ClientRegistry* mRegistry VOXTRELD_GUARDED_BY(mMutex);
+    const uint32_t mPid;
+};
+
+ClientRegistry::ClientRegistry(EventOutbox& outbox, Died died)
+    : mOutbox(outbox), mDied(std::move(died)) {}
+
+ClientRegistry::~ClientRegistry() {
+    std::unordered_map<uint32_t, Client> clients;
+    {
+        const MutexLock lock(mMutex);
+        clients.swap(mClients);
+    }
+    for (const auto& [pid, client] : clients) {
+        client.obituary->retire();
+        unlink(client);
+    }
+}
+
+void ClientRegistry::unlink(const Client& client) {
+    // Refused when the binder is dead or local, and then there is nothing to unlink.
+    (void)android::IInterface::asBinder(client.callback)
+        ->unlinkToDeath(client.obituary, nullptr, 0, nullptr);
+}
+
+bool ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
+    const Client client = {uid, callback, new Obituary(*this, pid)};
+    Client replaced;
+    {
+        const MutexLock lock(mMutex);
+        replaced = std::exchange(mClients[pid], client);
+        mDead.erase(std::remove(mDead.begin(), mDead.end(), pid), mDead.end());
+    }
+    if (replaced.callback != nullptr) {
+        unlink(replaced);
+    }
+    // Linked after it is stored, so that a death in between is not missed. A local callback refuses
+    // the link and cannot die before this process does.
+    const android::status_t linked =
+        android::IInterface::asBinder(callback)->linkToDeath(client.obituary, nullptr, 0);
+    if (linked == android::DEAD_OBJECT) {
+        died(pid, client.obituary.get());
+        return false;
+    }
+    return true;
+}
+
+bool ClientRegistry::remove(uint32_t pid) {
+    Client removed;
+    {
+        const MutexLock lock(mMutex);
+        const auto found = mClients.find(pid);
+        if (found == mClients.end()) {
+            return false;
+        }
+        removed = found->second;
+        mClients.erase(found);
+    }
+    unlink(removed);
+    return true;
+}
+
+bool ClientRegistry::contains(uint32_t pid) const {
+    const MutexLock lock(mMutex);
+    return mClients.count(pid) != 0;
+}
+
+bool ClientRegistry::isUser(uint32_t pid, uint32_t uid) const {
+    const MutexLock lock(mMutex);
+    const auto found = mClients.find(pid);
+    return found != mClients.end() && found->second.uid == uid;
+}
+
+bool ClientRegistry::isDead(uint32_t pid) const {
+    const MutexLock lock(mMutex);
+    return std::find(mDead.begin(), mDead.end(), pid) != mDead.end();
+}
+
+void ClientRegistry::tell(uint32_t pid, Event event, uint32_t second, uint32_t third) {
+    const MutexLock lock(mMutex);
+    const auto found = mClients.find(pid);
+    if (found != mClients.end()) {
+        mOutbox.post(found->second.callback, event, second, third);
+    }
+}
+
+void ClientRegistry::tellAll(Event event, uint32_t second, uint32_t third) {
+    const MutexLock lock(mMutex);
+    for (const auto& [pid, client] : mClients) {
+        mOutbox.post(client.callback, event, second, third);
+    }
+}
+
+void ClientRegistry::remember(uint32_t deadPid) {
+    mDead.push_back(deadPid);
+    if (mDead.size() > kDeadRemembered) {
+        mDead.pop_front();
+    }
+}
+
+void ClientRegistry::died(uint32_t pid, const Obituary* obituary) {
+    {
+        const MutexLock lock(mMutex);
+        const auto found = mClients.find(pid);
+        if (found == mClients.end() || found->second.obituary.get() != obituary) {
+            return;  // the process registered another callback meanwhile, or left
+        }
+        mClients.erase(found);
+        remember(pid);
+    }
+    mDied(pid);
+}
+
+}  // namespace voxtreld

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_CLIENTREGISTRY_H
+#define VOXTREL_SERVICE_CLIENTREGISTRY_H
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <unordered_map>
+
+#include "ipc/ICallback.h"
+#include "service/EventOutbox.h"
+#include "service/Listener.h"
+#include "service/Locking.h"
+
+namespace voxtreld {
+
+/// The clients that registered a callback, by process id, and those that died lately.
+///
+/// Called on: any thread. Locks: its own, never while it calls out.
+class ClientRegistry : public Listener {
+public:
+    /// Called on a binder thread after a client's callback died and was forgotten.
+    using Died = std::function<void(uint32_t pid)>;
+
+    ClientRegistry(EventOutbox& outbox, Died died);
+    ~ClientRegistry() override;
+    ClientRegistry(const ClientRegistry&) = delete;
+    ClientRegistry& operator=(const ClientRegistry&) = delete;
+
+    /// Registers a client, in the place of an earlier callback of the same process.
+    /// @return false, with the client forgotten, if the callback is dead already.
+    bool add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
+
+    /// @return false if the process had registered nothing.
+    bool remove(uint32_t pid);
+
+    bool contains(uint32_t pid) const;
+
+    /// True if the process is registered and belongs to the user.
+    bool isUser(uint32_t pid, uint32_t uid) const;
+
+    /// True for a process whose callback died and that did not register again. Its last requests
+    /// may still be on their way.
+    bool isDead(uint32_t pid) const;
+
+    /// To one client; dropped if the process is not registered.
+    void tell(uint32_t pid, Event event, uint32_t second, uint32_t third) override;
+
+    /// To every client.
+    void tellAll(Event event, uint32_t second, uint32_t third);
+
+private:
+    class Obituary;
+    struct Client {
+        uint32_t uid = 0;
+        android::sp<TTS::ICallback> callback;
+        android::sp<Obituary> obituary;
+    };
+
+    void died(uint32_t pid, const Obituary* obituary);
+    void remember(uint32_t deadPid) VOXTRELD_REQUIRES(mMutex);
+    static void unlink(const Client& client);
+
+    EventOutbox& mOutbox;
+    const Died mDied;
+    mutable Mutex mMutex;
+    std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);
+    std::deque<uint32_t> mDead VOXTRELD_GUARDED_BY(mMutex);
+};
+
+}  // namespace voxtreld
+
+#endif

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "service/Options.h"
+
+#include <CLI/CLI.hpp>
+
+namespace voxtreld {
+namespace {
+
+constexpr const char* kFooter =
+    "Clients find the service through the service manager, which must run first. Settings are "
+    "kept\n"
+    "in the profile and survive a restart. SIGTERM and SIGINT end the service in order.";
+
+}  // namespace
+
+bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
+    CLI::App app("Voxtrel's text-to-speech service.", "voxtreld");
+    app.set_version_flag("-V,--version", std::string("voxtreld ") + VOXTREL_VERSION);
+    app.add_option("--profile", options.profile, "File that keeps the settings")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--sink", options.sink,
+                   "Where sound goes: alsa, alsa:DEVICE, wav:FILE (all in one file), "
+                   "wavdir:FOLDER (a file an utterance) or none")
+        ->type_name("SINK")
+        ->capture_default_str();
+    app.add_flag("--real-time", options.realTime,
+                 "Let wav, wavdir and none take as long as a loudspeaker would");
+    app.add_option("--background", options.background,
+                   "Sound file to play beneath speech, at the background volume")
+        ->type_name("FILE");
+    app.add_option("--queue", options.limits.utterancesPerClient,
+                   "How many utterances of one client may wait")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1'000'000))
+        ->capture_default_str();
+    app.add_option("--deny-uid", options.admission.denied, "User that is not admitted")
+        ->type_name("UID");
+    app.add_option("--allow-uid", options.admission.allowed,
+                   "User that is admitted; with this, all others are not")
+        ->type_name("UID");
+    app.footer(kFooter);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& outcome) {
+        exitStatus = app.exit(outcome);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace voxtreld

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_OPTIONS_H
+#define VOXTREL_SERVICE_OPTIONS_H
+
+#include <string>
+
+#include "service/Admission.h"
+#include "service/SpeechQueue.h"
+
+namespace voxtreld {
+
+/// What the command line asks for.
+struct Options {
+    std::string profile = "/Customer/voxtrel.ini";
+    std::string sink = "alsa";
+    std::string background;  ///< empty: none
+    bool realTime = false;
+    Admission admission;
+    QueueLimits limits;
+};
+
+/// Reads the command line. Help, version and complaints are printed here.
+/// @return true to go on; else `exitStatus` says how to leave.
+bool parseOptions(int argc, char** argv, Options& options, int& exitStatus);
+
+}  // namespace voxtreld
+
+#endif

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_SPEAKER_H
+#define VOXTREL_SERVICE_SPEAKER_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "service/Engine.h"
+#include "service/Listener.h"
+#include "service/Mixer.h"
+#include "service/Sink.h"
+#include "service/SpeechQueue.h"
+
+namespace voxtreld {
+
+/// Turns what the queue gives into sound and events. Everything that an accepted utterance causes
+/// is told from here, in the order in which it happens.
+///
+/// Called on: the speech thread. The parts it is given outlive it.
+class Speaker : private SpeechReceiver {
+public:
+    Speaker(Engine& engine, Sink& sink, Mixer& mixer, SpeechQueue& queue, Listener& listener)
+        : mEngine(engine), mSink(sink), mMixer(mixer), mQueue(queue), mListener(listener) {}
+
+    /// Speaks until the queue is closed and its last event has been told.
+    void run();
+
+private:
+    void word(size_t offset) override;
+    bool samples(const int16_t* samples, size_t count) override;
+
+    void reportDropped(const std::vector<SpeechQueue::Dropped>& dropped);
+    void speak(const Utterance& utterance);
+    bool speakText(const Utterance& utterance);
+    bool pause(uint32_t milliseconds);
+    void tellStarted();
+    void tell(Event event, uint32_t third);
+
+    Engine& mEngine;
+    Sink& mSink;
+    Mixer& mMixer;
+    SpeechQueue& mQueue;
+    Listener& mListener;
+
+    // Of the utterance that sounds.
+    const Utterance* mCurrent = nullptr;
+    bool mStarted = false;
+    bool mSinkFailed = false;
+    size_t mPieceOffset = 0;            ///< characters before the piece that the engine has
+    std::vector<uint32_t> mEarlyWords;  ///< announced before the first sample
+};
+
+}  // namespace voxtreld
+
+#endif

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "service/SpeechQueue.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "service/Events.h"
+
+namespace voxtreld {
+
+bool SpeechQueue::hasRoomFor(const Utterance& utterance) {
+    const auto found = mShares.find(utterance.pid);
+    const Share share = found == mShares.end() ? Share{} : found->second;
+    return !mClosed && mWaiting.size() < mLimits.clients * mLimits.utterancesPerClient &&
+           share.utterances < mLimits.utterancesPerClient &&
+           share.textBytes + utterance.text.size() <= mLimits.textPerClient;
+}
+
+void SpeechQueue::account(const Utterance& utterance) {
+    Share& share = mShares[utterance.pid];
+    ++share.utterances;
+    share.textBytes += utterance.text.size();
+}
+
+void SpeechQueue::discount(const Utterance& utterance) {
+    const auto found = mShares.find(utterance.pid);
+    if (--found->second.utterances == 0) {
+        mShares.erase(found);
+        return;
+    }
+    found->second.textBytes -= utterance.text.size();
+}
+
+bool SpeechQueue::push(Utterance utterance) {
+    {
+        const MutexLock lock(mMutex);
+        if (!hasRoomFor(utterance)) {
+            return false;
+        }
+        account(utterance);
+        mWaiting.push_back(std::move(utterance));
+    }
+    mChanged.notify_one();
+    return true;
+}
+
+void SpeechQueue::dropLocked(std::optional<uint32_t> pid, int32_t status, bool report) {
+    const auto isMeant = [&](uint32_t owner) { return !pid || *pid == owner; };
+    const auto kept =
+        std::stable_partition(mWaiting.begin(), mWaiting.end(),
+                              [&](const Utterance& utterance) { return !isMeant(utterance.pid); });
+    for (auto dropped = kept; dropped != mWaiting.end(); ++dropped) {
+        discount(*dropped);
+        if (report) {
+            mDropped.push_back({dropped->pid, dropped->id, status});
+        }
+    }
+    mWaiting.erase(kept, mWaiting.end());
+    if (mSoundingPid && isMeant(*mSoundingPid) && !mCancelled) {
+        mCancelStatus = status;
+        mCancelled = true;
+    }
+}
+
+void SpeechQueue::drop(std::optional<uint32_t> pid, int32_t status) {
+    {
+        const MutexLock lock(mMutex);
+        dropLocked(pid, status, true);
+    }
+    mChanged.notify_one();
+}
+
+void SpeechQueue::forget(uint32_t pid) {
+    const MutexLock lock(mMutex);
+    dropLocked(pid, STATUS_OK, false);
+}
+
+bool SpeechQueue::hasWork() const {
+    return !mWaiting.empty() || !mDropped.empty();
+}
+
+bool SpeechQueue::wait(Work& work) {
+    MutexLock lock(mMutex);
+    while (!hasWork() && !mClosed) {
+        lock.wait(mChanged);
+    }
+    work.dropped = std::exchange(mDropped, {});
+    work.next.reset();
+    if (!mWaiting.empty()) {
+        discount(mWaiting.front());
+        work.next = std::move(mWaiting.front());
+        mWaiting.pop_front();
+        mSoundingPid = work.next->pid;
+        mCancelled = false;
+    }
+    return work.next.has_value() || !work.dropped.empty();
+}
+
+std::optional<int32_t> SpeechQueue::finish() {
+    const MutexLock lock(mMutex);
+    mSoundingPid.reset();
+    return mCancelled ? std::optional<int32_t>(mCancelStatus) : std::nullopt;
+}
+
+void SpeechQueue::close() {
+    {
+        const MutexLock lock(mMutex);
+        mClosed = true;
+        dropLocked(std::nullopt, STATUS_OK, true);
+    }
+    mChanged.notify_one();
+}
+
+size_t SpeechQueue::waiting() const {
+    const MutexLock lock(mMutex);
+    return mWaiting.size();
+}
+
+}  // namespace voxtreld

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_SPEECHQUEUE_H
+#define VOXTREL_SERVICE_SPEECHQUEUE_H
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "service/Locking.h"
+#include "service/Sink.h"
+#include "service/Utterance.h"
+
+namespace voxtreld {
+
+/// How much may wait. One client can fill its own share only, so that the others are still heard.
+struct QueueLimits {
+    size_t utterancesPerClient = 2048;
+    size_t clients = 8;                ///< shares that may be full at one time
+    size_t textPerClient = 4U << 20U;  ///< bytes
+};
+
+/// What waits to be spoken, in the order of acceptance, whoever asked.
+///
+/// Every utterance that `push` accepted comes out of `wait` once: as the next to speak, or as
+/// dropped. The speech thread reports both, so nothing is reported twice or not at all.
+///
+/// Called on: any thread; `wait` and `finish` on the speech thread only. Locks: its own.
+class SpeechQueue {
+public:
+    /// An utterance that was dropped before its turn.
+    struct Dropped {
+        uint32_t pid;
+        uint32_t id;
+        int32_t status;  ///< why
+    };
+
+    /// What the speech thread does next: report `dropped`, then speak `next`.
+    struct Work {
+        std::vector<Dropped> dropped;
+        std::optional<Utterance> next;
+    };
+
+    explicit SpeechQueue(const QueueLimits& limits) : mLimits(limits) {}
+
+    /// @return false, with nothing changed, when the client's share or the whole queue is full, or
+    ///     the queue is closed.
+    bool push(Utterance utterance);
+
+    /// Drops what waits and cancels what sounds.
+    ///
+    /// @param pid only what this client asked for; empty: everything.
+    /// @param status reported with each.
+    void drop(std::optional<uint32_t> pid, int32_t status);
+
+    /// As `drop` for a client that is gone: nobody is left to be told.
+    void forget(uint32_t pid);
+
+    /// Waits for work. What it gives as `next` counts as sounding until `finish`.
+    /// @return false once the queue is closed and nothing is left.
+    bool wait(Work& work);
+
+    /// Ends the utterance that sounds. @return the reason if it was cancelled.
+    std::optional<int32_t> finish();
+
+    /// Set while the utterance that sounds is to be cut short.
+    const Cancel& cancelled() const { return mCancelled; }
+
+    /// Drops everything; `wait` gives what is left, then false.
+    void close();
+
+    /// How many wait for their turn.
+    size_t waiting() const;
+
+private:
+    struct Share {
+        size_t utterances = 0;
+        size_t textBytes = 0;
+    };
+
+    bool hasRoomFor(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
+    void account(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
+    void discount(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
+    void dropLocked(std::optional<uint32_t> pid, int32_t status, bool report)
+        VOXTRELD_REQUIRES(mMutex);
+    bool hasWork() const VOXTRELD_REQUIRES(mMutex);
+
+    const QueueLimits mLimits;
+    mutable Mutex mMutex;
+    std::condition_variable mChanged;
+    std::deque<Utterance> mWaiting VOXTRELD_GUARDED_BY(mMutex);
+    std::vector<Dropped> mDropped VOXTRELD_GUARDED_BY(mMutex);
+    std::unordered_map<uint32_t, Share> mShares VOXTRELD_GUARDED_BY(mMutex);
+    std::optional<uint32_t> mSoundingPid VOXTRELD_GUARDED_BY(mMutex);
+    int32_t mCancelStatus VOXTRELD_GUARDED_BY(mMutex) = 0;
+    bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;
+    Cancel mCancelled{false};
+};
+
+}  // namespace voxtreld
+
+#endif

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "service/VoxtrelService.h"
+
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include "service/Text.h"
+
+namespace voxtreld {
+namespace {
+
+constexpr size_t kLanguageCount = LANG_NA;
+
+/// Longest pause of one request: beyond it a mistyped number would silence a device for weeks.
+constexpr uint32_t kLongestPauseMs = 60'000;
+
+enum FlushScope : uint32_t { FLUSH_EVERYTHING = 0, FLUSH_OWN = 1 };
+
+/// What a client can do before the voices are known: wait.
+TTS::Capabilities emptyCapabilities() {
+    TTS::Capabilities caps;
+    caps.pitchSupported = caps.volumeSupported = caps.speedSupported = true;
+    caps.pitchMin = kPitchMin;
+    caps.pitchMax = kPitchMax;
+    caps.volumeMin = kVolumeMin;
+    caps.volumeMax = kVolumeMax;
+    caps.speedMin = kSpeedMin;
+    caps.speedMax = kSpeedMax;
+    caps.languages.assign(kLanguageCount, false);
+    caps.voicesNum.assign(kLanguageCount, 0);
+    return caps;
+}
+
+}  // namespace
+
+VoxtrelService::VoxtrelService(const Parts& parts)
+    : mQueue(parts.queue),
+      mProfile(parts.profile),
+      mOutbox(parts.outbox),
+      mAdmission(parts.admission),
+      mCaller(parts.caller),
+      mLog(parts.log),
+      mSettings(parts.profile->load()),
+      mCapabilities(emptyCapabilities()),
+      mClients(*parts.outbox, [this](uint32_t pid) { clientDied(pid); }) {
+    const MutexLock lock(mMutex);
+    mProfile->save(mSettings.profile());  // a fresh or repaired profile is on disk from the start
+}
+
+void VoxtrelService::announceVoices(const std::vector<EngineVoice>& voices) {
+    const MutexLock lock(mMutex);
+    for (const EngineVoice& voice : voices) {
+        const auto index = static_cast<size_t>(voice.language);
+        if (index >= kLanguageCount) {
+            continue;
+        }
+        TTS::VoiceInfo info = {};
+        info.langId = voice.language;
+        info.id = static_cast<uint32_t>(++mCapabilities.voicesNum[index]);
+        std::snprintf(info.name, sizeof info.name, "%s", voice.name.c_str());
+        mCapabilities.voices.push_back(info);
+        mCapabilities.languages[index] = true;
+    }
+    mCapabilities.ready = true;
+    mSettings.setVoiceCounts(mCapabilities.voicesNum);
+    mClients.tellAll(EVENT_STATE, STATE_READY, 1);
+}
+
+android::status_t VoxtrelService::onTransact(uint32_t code, const android::Parcel& data,
+                                             android::Parcel* reply, uint32_t flags) {
+    try {
+        return BnTextToSpeechFestival::onTransact(code, data, reply, flags);
+    } catch (const std::exception& failure) {
+        mLog("request " + std::to_string(code) + " is broken: " + failure.what());
+        return android::BAD_VALUE;
+    }
+}
+
+bool VoxtrelService::isFrom(const Caller& caller, unsigned pid) const {
+    // A kernel's driver does not name the sender of a one-way call; the user it came from must do.
+    return caller.pid == pid || (caller.pid == 0 && mClients.isUser(pid, caller.uid));
+}
+
+int VoxtrelService::admit(unsigned pid, const char* operation) const {
+    const Caller caller = mCaller();
+    if (!isFrom(caller, pid)) {
+        mLog(std::string(operation) + ": process " + std::to_string(caller.pid) +
+             " gave the process id " + std::to_string(pid) + ", refused");
+        return STATUS_PERMISSION_DENIED;
+    }
+    if (!mAdmission.permits(caller.uid)) {
+        mLog(std::string(operation) + ": user " + std::to_string(caller.uid) +
+             " is not admitted, refused");
+        return STATUS_PERMISSION_DENIED;
+    }
+    return STATUS_OK;
+}
+
+int VoxtrelService::admitChange(unsigned pid, const char* operation) {
+    const int status = admit(pid, operation);
+    if (status != STATUS_OK) {
+        return status;
+    }
+    if (mClients.isDead(pid)) {
+        return STATUS_PERMISSION_DENIED;  // the last words of a client that is being forgotten
+    }
+    return mLockOwner == 0 || mLockOwner == pid ? STATUS_OK : STATUS_LOCKED;
+}
+
+int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
+                            const char* operation) {
+    const uint32_t id = utterance.id;
+    const MutexLock lock(mMutex);
+    int status = admitChange(utterance.pid, operation);
+    if (status == STATUS_OK && !mSettings.enabled()) {
+        status = STATUS_DISABLED;
+    }
+    if (status == STATUS_OK && utterance.pauseMs > kLongestPauseMs) {
+        status = STATUS_BAD_PARAMETER;
+    }
+    if (status == STATUS_OK) {
+        status = resolve(asked, mSettings, utterance);
+    }
+    if (status == STATUS_OK && !mQueue->push(std::move(utterance))) {
+        status = STATUS_QUEUE_FULL;
+    }
+    if (status != STATUS_OK) {
+        mClients.tell(mCaller().pid, EVENT_STOPPED, id, static_cast<uint32_t>(status));
+    }
+    return status;
+}
+
+int VoxtrelService::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
+                        float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
+                        float pitch, EN_VOXTREL_LANGUAGE language) {
+    Utterance utterance;
+    utterance.pid = pid;
+    utterance.id = id;
+    utterance.text = validUtf8(text);
+    return enqueue(std::move(utterance),
+                   {speed, volume, voice, bgVolume, ttsVolume, pitch, language}, "say");
+}
+
+int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsigned bgVolume) {
+    Utterance utterance;
+    utterance.pid = pid;
+    utterance.id = first;
+    utterance.pauseMs = second;
+    SpeechSettings asked;
+    asked.bgVolume = bgVolume;
+    return enqueue(std::move(utterance), asked, "silence");
+}
+
+int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
+    const MutexLock lock(mMutex);
+    const int status = admitChange(pid, "stopAndFlush");
+    if (status == STATUS_LOCKED) {
+        mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
+    }
+    if (status != STATUS_OK) {
+        return status;
+    }
+    if (arg == FLUSH_EVERYTHING) {
+        mQueue->drop(std::nullopt, STATUS_OK);
+    } else if (arg == FLUSH_OWN) {
+        mQueue->drop(pid, STATUS_OK);
+    } else {
+        return STATUS_BAD_PARAMETER;
+    }
+    return STATUS_OK;
+}
+
+int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallback>& cb) {
+    const int status = admit(pid, "registerCallback");
+    if (status != STATUS_OK) {
+        return status;
+    }
+    const bool registered = cb != nullptr && mClients.add(pid, mCaller().uid, cb);
+    return registered ? STATUS_OK : STATUS_BAD_PARAMETER;
+}
+
+int VoxtrelService::deregisterCallback(unsigned pid) {
+    const int status = admit(pid, "deregisterCallback");
+    if (status != STATUS_OK) {
+        return status;
+    }
+    (void)mClients.remove(pid);  // leaving twice is leaving
+    const MutexLock lock(mMutex);
+    if (mLockOwner == pid) {
+        setLockOwner(0);
+    }
+    return STATUS_OK;
+}
+
+void VoxtrelService::clientDied(uint32_t pid) {
+    const MutexLock lock(mMutex);
+    mQueue->forget(pid);
+    if (mLockOwner == pid) {
+        setLockOwner(0);
+    }
+}
+
+void VoxtrelService::setLockOwner(uint32_t pid) {
+    mLockOwner = pid;
+    mClients.tellAll(EVENT_STATE, STATE_LOCK, pid);
+}
+
+int VoxtrelService::lock(unsigned pid) {
+    const MutexLock lock(mMutex);
+    const int status = admitChange(pid, "lock");
+    if (status == STATUS_LOCKED) {
+        mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
+    }
+    if (status != STATUS_OK) {
+        return status;
+    }
+    if (!mClients.contains(pid)) {
+        return STATUS_PERMISSION_DENIED;  // nothing would free the lock when this process dies
+    }
+    if (mLockOwner == pid) {
+        return 1;
+    }
+    setLockOwner(pid);
+    return STATUS_OK;
+}
+
+int VoxtrelService::unlock(unsigned pid) {
+    const MutexLock lock(mMutex);
+    const int status = admitChange(pid, "unlock");
+    if (status != STATUS_OK) {
+        return status;
+    }
+    if (mLockOwner == 0) {
+        return 1;
+    }
+    setLockOwner(0);
+    return STATUS_OK;
+}
+
+bool VoxtrelService::locked() {
+    const MutexLock lock(mMutex);
+    return mLockOwner != 0;
+}
+
+int VoxtrelService::getCapabilities(TTS::Capabilities& caps) {
+    const bool permitted = mAdmission.permits(mCaller().uid);
+    const MutexLock lock(mMutex);
+    caps = mCapabilities;
+    caps.permitted = permitted;
+    return STATUS_OK;
+}
+
+}  // namespace voxtreld

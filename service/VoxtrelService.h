@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_VOXTRELSERVICE_H
+#define VOXTREL_SERVICE_VOXTRELSERVICE_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "ipc/BnTextToSpeechFestival.h"
+#include "service/Admission.h"
+#include "service/ClientRegistry.h"
+#include "service/Engine.h"
+#include "service/GlobalSettings.h"
+#include "service/Locking.h"
+#include "service/ProfileStore.h"
+#include "service/SpeechQueue.h"
+#include "service/SpeechSettings.h"
+
+namespace voxtreld {
+
+/// The speech service: decides which requests are good, resolves their settings and queues them.
+/// docs/service.md has a table of what each operation takes and answers.
+///
+/// Every request with a process id is first refused with -10 if that is not the caller's own or the
+/// caller's user is not admitted; one that changes something is then refused with -7 while another
+/// client holds the lock. The lock is enforced here because `locked` over the wire is always false.
+/// `say` and `silence` travel one way, so what becomes of them is told by events.
+///
+/// Called on: binder threads, any number at once; no request waits for sound, disks or clients.
+/// Locks: one of its own, taken before those of its parts. The runtime may hold the
+/// service longer than its maker does, so it keeps its parts itself.
+class VoxtrelService : public TTS::BnTextToSpeechFestival {
+public:
+    using CallerSource = std::function<Caller()>;
+    using Log = std::function<void(const std::string& line)>;
+
+    struct Parts {
+        std::shared_ptr<SpeechQueue> queue;
+        std::shared_ptr<ProfileStore> profile;
+        std::shared_ptr<EventOutbox> outbox;
+        Admission admission;
+        CallerSource caller;  ///< who sent the request that this thread serves
+        Log log;              ///< takes one line, without a line end
+    };
+
+    /// Starts with the settings of the profile, which it loads, and without voices.
+    explicit VoxtrelService(const Parts& parts);
+
+    /// Fills the capabilities; from now on clients find the service ready.
+    void announceVoices(const std::vector<EngineVoice>& voices);
+
+    /// Where the speech thread reports to.
+    Listener& listener() { return mClients; }
+
+    /// A request that makes the stub throw (`say` without a text) is answered with BAD_VALUE.
+    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                                 uint32_t flags) override;
+
+    int say(unsigned pid, unsigned id, const std::string& text, unsigned speed, float volume,
+            unsigned voice, unsigned bgVolume, unsigned ttsVolume, float pitch,
+            EN_VOXTREL_LANGUAGE language) override;
+    int silence(unsigned pid, unsigned first, unsigned second, unsigned bgVolume) override;
+    int stopAndFlush(unsigned pid, unsigned arg) override;
+    int setEnable(unsigned pid, bool enable) override;
+    int setVerbosity(unsigned pid, int verbosity) override;
+    int setGlobalRate(unsigned pid, unsigned rate) override;
+    int setEnable2(unsigned pid, VOXTRELAPI_GCONF key, bool enable) override;
+    int enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) override;
+    int setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* value) override;
+    int globalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* out) override;
+    bool enabled() const override;
+    int verbosity() override;
+    int globalRate() override;
+    int factoryReset(unsigned pid) override;
+    int registerCallback(unsigned pid, const android::sp<TTS::ICallback>& cb) override;
+    int deregisterCallback(unsigned pid) override;
+    int lock(unsigned pid) override;
+    int unlock(unsigned pid) override;
+    bool locked() override;
+    int getCapabilities(TTS::Capabilities& caps) override;
+
+private:
+    using Change = std::function<int(GlobalSettings& settings)>;
+
+    bool isFrom(const Caller& caller, unsigned pid) const;
+    int admit(unsigned pid, const char* operation) const;
+    int admitChange(unsigned pid, const char* operation) VOXTRELD_REQUIRES(mMutex);
+    int enqueue(Utterance utterance, const SpeechSettings& asked, const char* operation);
+    int change(unsigned pid, const char* operation, uint32_t state, const Change& apply);
+    int switchSpeech(unsigned pid, const char* operation, bool on);
+    void keep(uint32_t state) VOXTRELD_REQUIRES(mMutex);
+    void setLockOwner(uint32_t pid) VOXTRELD_REQUIRES(mMutex);
+    void clientDied(uint32_t pid);
+
+    const std::shared_ptr<SpeechQueue> mQueue;
+    const std::shared_ptr<ProfileStore> mProfile;
+    const std::shared_ptr<EventOutbox> mOutbox;
+    const Admission mAdmission;
+    const CallerSource mCaller;
+    const Log mLog;
+    mutable Mutex mMutex;
+    GlobalSettings mSettings VOXTRELD_GUARDED_BY(mMutex);
+    TTS::Capabilities mCapabilities VOXTRELD_GUARDED_BY(mMutex);
+    uint32_t mLockOwner VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< 0: nobody
+    ClientRegistry mClients;
+};
+
+}  // namespace voxtreld
+
+#endif

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <set>
+
+#include "service/EspeakEngine.h"
+#include "service/Text.h"
+
+namespace voxtreld {
+namespace {
+
+/// Keeps the sound and the words, and can refuse more after some samples.
+class Ear : public SpeechReceiver {
+public:
+    void word(size_t offset) override {
+        words.push_back(offset);
+        wordsAt.push_back(samplesHeard.size());
+    }
+    bool samples(const int16_t* samples, size_t count) override {
+        ++blocks;
+        samplesHeard.insert(samplesHeard.end(), samples, samples + count);
+        return samplesHeard.size() < enough;
+    }
+    int loudest() const {
+        int peak = 0;
+        for (const int16_t sample : samplesHeard) {
+            peak = std::max(peak, std::abs(static_cast<int>(sample)));
+        }
+        return peak;
+    }
+
+    std::vector<size_t> words;
+    std::vector<size_t> wordsAt;  ///< samples before each word
+    std::vector<int16_t> samplesHeard;
+    size_t blocks = 0;
+    size_t enough = SIZE_MAX;
+};
+
+class TheEspeakEngine : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string error;
+        ASSERT_TRUE(engine.load(error)) << error;
+    }
+    Ear hear(const std::string& text, const Prosody& prosody) {
+        Ear ear;
+        EXPECT_TRUE(engine.speak(text, prosody, ear));
+        return ear;
+    }
+    Prosody prosodyOf(EN_VOXTREL_LANGUAGE language, uint32_t voice = 1) {
+        Prosody prosody;
+        prosody.language = language;
+        prosody.voice = voice;
+        return prosody;
+    }
+
+    EspeakEngine engine;
+};
+
+constexpr EN_VOXTREL_LANGUAGE kLanguages[] = {LANG_EN_US, LANG_FR_FR, LANG_ES_ES, LANG_KO_KR,
+                                              LANG_PT_PT};
+
+TEST_F(TheEspeakEngine, OffersSeveralDifferentlyNamedVoicesInEachOfTheFiveLanguages) {
+    std::map<EN_VOXTREL_LANGUAGE, std::set<std::string>> names;
+    size_t count = 0;
+    for (const EngineVoice& voice : engine.voices()) {
+        names[voice.language].insert(voice.name);
+        ++count;
+        EXPECT_EQ(std::string::npos, voice.name.find_first_of(",.")) << voice.name;
+        EXPECT_LT(voice.name.size(), 64U);
+    }
+    EXPECT_EQ(5U, names.size());
+    size_t unique = 0;
+    for (const EN_VOXTREL_LANGUAGE language : kLanguages) {
+        EXPECT_GE(names[language].size(), 2U) << language;
+        unique += names[language].size();
+    }
+    EXPECT_EQ(count, unique);
+}
+
+TEST_F(TheEspeakEngine, SpeaksEveryVoiceOfEveryLanguageAudibly) {
+    std::map<EN_VOXTREL_LANGUAGE, uint32_t> numbers;
+    for (const EngineVoice& voice : engine.voices()) {
+        const Ear ear = hear("Radio 1 2 3.", prosodyOf(voice.language, ++numbers[voice.language]));
+        EXPECT_GT(ear.samplesHeard.size(), engine.sampleRate() / 4) << voice.name;
+        EXPECT_GT(ear.loudest(), 1000) << voice.name;
+    }
+}
+
+TEST_F(TheEspeakEngine, GivesAnotherVoiceAnotherSound) {
+    for (const EN_VOXTREL_LANGUAGE language : kLanguages) {
+        const Ear first = hear("Radio.", prosodyOf(language, 1));
+        const Ear second = hear("Radio.", prosodyOf(language, 2));
+        EXPECT_NE(first.samplesHeard, second.samplesHeard) << language;
+    }
+}
+
+struct Sentence {
+    EN_VOXTREL_LANGUAGE language;
+    const char* text;
+    std::vector<size_t> words;  ///< offsets in characters
+};
+
+TEST_F(TheEspeakEngine, AnnouncesWordsByTheirOffsetInCharacters) {
+    const Sentence kSentences[] = {
+        {LANG_EN_US, "Hello, wide world.", {0, 7, 12}},
+        {LANG_FR_FR, "\xC3\x89t\xC3\xA9 \xC3\xA0 c\xC3\xB4t\xC3\xA9.", {0, 4, 6}},
+        {LANG_ES_ES,
+         "Ma\xC3\xB1"
+         "ana ser\xC3\xA1.",
+         {0, 7}},
+        {LANG_KO_KR, "\xEC\x95\x88\xEB\x85\x95 \xEC\x84\xB8\xEA\xB3\x84.", {0, 3}},
+        {LANG_PT_PT, "Amanh\xC3\xA3 n\xC3\xA3o.", {0, 7}},
+    };
+    for (const Sentence& sentence : kSentences) {
+        const Ear ear = hear(sentence.text, prosodyOf(sentence.language));
+        EXPECT_EQ(sentence.words, ear.words) << sentence.text;
+        EXPECT_TRUE(std::is_sorted(ear.wordsAt.begin(), ear.wordsAt.end()));
+        EXPECT_LT(ear.wordsAt.back(), ear.samplesHeard.size());
+    }
+}
+
+TEST_F(TheEspeakEngine, NamesNoWordTwiceAndGoesForwardOnly) {
+    const Ear ear =
+        hear("In 1999 the 3 dogs cost $125.50, see http://x.y/z now. End!", prosodyOf(LANG_EN_US));
+    for (size_t i = 1; i < ear.words.size(); ++i) {
+        EXPECT_LT(ear.words[i - 1], ear.words[i]);
+    }
+    EXPECT_EQ(55U, ear.words.back());
+}
+
+TEST_F(TheEspeakEngine, SpeaksFasterAtAHigherSpeed) {
+    Prosody prosody = prosodyOf(LANG_EN_US);
+    const std::string text = "The quick brown fox jumps over the lazy dog.";
+    size_t previous = SIZE_MAX;
+    for (const uint32_t speed : {kSpeedMin, 150U, 300U, 600U, kSpeedMax}) {
+        prosody.speed = speed;
+        const size_t length = hear(text, prosody).samplesHeard.size();
+        EXPECT_LT(length, previous) << speed;
+        previous = length;
+    }
+}
+
+/// The pitch in Hz: the delay at which the middle of the sound is most like itself.
+double pitchOf(const Ear& ear, unsigned rate) {
+    const std::vector<int16_t>& sound = ear.samplesHeard;
+    const size_t begin = sound.size() / 4;
+    const size_t end = sound.size() / 2;
+    size_t best = 0;
+    double most = 0;
+    for (size_t delay = rate / 250; delay < rate / 50; ++delay) {
+        double likeness = 0;
+        for (size_t i = begin; i < end; ++i) {
+            likeness += static_cast<double>(sound[i]) * sound[i + delay];
+        }
+        if (likeness > most) {
+            most = likeness;
+            best = delay;
+        }
+    }
+    return best == 0 ? 0 : static_cast<double>(rate) / static_cast<double>(best);
+}
+
+TEST_F(TheEspeakEngine, SpeaksHigherAtAHigherPitch) {
+    Prosody prosody = prosodyOf(LANG_EN_US);
+    prosody.speed = 100;
+    double previous = 1;
+    for (const float pitch : {kPitchMin, 200.0F, kPitchMax}) {
+        prosody.pitch = pitch;
+        const double hertz = pitchOf(hear("Ah.", prosody), engine.sampleRate());
+        EXPECT_GT(hertz, previous * 1.1) << pitch;
+        previous = hertz;
+    }
+}
+
+TEST_F(TheEspeakEngine, NamesPunctuationWhenAsked) {
+    Prosody prosody = prosodyOf(LANG_EN_US);
+    const size_t plain = hear("Yes (no)?", prosody).samplesHeard.size();
+    prosody.punctuation = true;
+    const size_t named = hear("Yes (no)?", prosody).samplesHeard.size();
+    prosody.punctuation = false;
+    EXPECT_GT(named, plain * 5 / 4);
+    EXPECT_LT(hear("Yes (no)?", prosody).samplesHeard.size(), plain * 9 / 8);
+}
+
+TEST_F(TheEspeakEngine, KeepsSpeedAndPitchWhenTheVoiceChangesInBetween) {
+    Prosody slow = prosodyOf(LANG_EN_US);
+    slow.speed = 100;
+    const size_t before = hear("One two three.", slow).samplesHeard.size();
+    Prosody other = prosodyOf(LANG_FR_FR, 2);
+    hear("Un deux.", other);
+    const size_t after = hear("One two three.", slow).samplesHeard.size();
+    EXPECT_NEAR(static_cast<double>(before), static_cast<double>(after),
+                static_cast<double>(before) * 0.05);
+}
+
+TEST_F(TheEspeakEngine, StopsMakingSoundAtOnceWhenTheReceiverHasEnough) {
+    Ear ear;
+    ear.enough = 1;
+    EXPECT_TRUE(engine.speak("A long sentence that nobody wants to hear to its very end.",
+                             prosodyOf(LANG_EN_US), ear));
+    EXPECT_EQ(1U, ear.blocks);
+    // and the next text is not disturbed by the one that was cut
+    EXPECT_GT(hear("Again.", prosodyOf(LANG_EN_US)).loudest(), 1000);
+}
+
+TEST_F(TheEspeakEngine, RefusesAVoiceThatDoesNotExist) {
+    Ear ear;
+    EXPECT_FALSE(engine.speak("x", prosodyOf(LANG_EN_US, 0), ear));
+    EXPECT_FALSE(engine.speak("x", prosodyOf(LANG_EN_US, 1000), ear));
+    EXPECT_FALSE(engine.speak("x", prosodyOf(LANG_NA), ear));
+    EXPECT_EQ(0U, ear.blocks);
+}
+
+TEST_F(TheEspeakEngine, DoesNotTakeTextForMarkup) {
+    const Ear plain = hear("a b", prosodyOf(LANG_EN_US));
+    const Ear marked = hear("<break time=\"60s\"/> [[a]] b", prosodyOf(LANG_EN_US));
+    EXPECT_LT(marked.samplesHeard.size(), engine.sampleRate() * 20U);
+    EXPECT_GT(marked.samplesHeard.size(), plain.samplesHeard.size());
+}
+
+TEST_F(TheEspeakEngine, SpeaksTextsWithoutWordsWithoutComplaint) {
+    for (const char* text : {"", " ", "...", "\xEF\xBF\xBD\xEF\xBF\xBD", "\n\n", "\x01\x02"}) {
+        Ear ear;
+        EXPECT_TRUE(engine.speak(text, prosodyOf(LANG_EN_US), ear));
+    }
+}
+
+}  // namespace
+}  // namespace voxtreld

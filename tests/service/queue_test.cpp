@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "service/SpeechQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+namespace voxtreld {
+namespace {
+
+Utterance utteranceOf(uint32_t pid, uint32_t id, const std::string& text = "text") {
+    Utterance utterance;
+    utterance.pid = pid;
+    utterance.id = id;
+    utterance.text = text;
+    return utterance;
+}
+
+QueueLimits limitsOf(size_t perClient, size_t clients = 8) {
+    QueueLimits limits;
+    limits.utterancesPerClient = perClient;
+    limits.clients = clients;
+    return limits;
+}
+
+TEST(ASpeechQueue, GivesUtterancesInTheOrderOfAcceptanceWhoeverAsked) {
+    SpeechQueue queue{QueueLimits{}};
+    for (const auto& [pid, id] : {std::pair{1U, 10U}, {2U, 20U}, {1U, 11U}}) {
+        ASSERT_TRUE(queue.push(utteranceOf(pid, id)));
+    }
+    SpeechQueue::Work work;
+    for (const uint32_t id : {10U, 20U, 11U}) {
+        ASSERT_TRUE(queue.wait(work));
+        EXPECT_EQ(id, work.next->id);
+        EXPECT_EQ(std::nullopt, queue.finish());
+    }
+}
+
+TEST(AFullShare, RefusesItsClientOnly) {
+    SpeechQueue queue(limitsOf(2));
+    EXPECT_TRUE(queue.push(utteranceOf(1, 1)));
+    EXPECT_TRUE(queue.push(utteranceOf(1, 2)));
+    EXPECT_FALSE(queue.push(utteranceOf(1, 3)));
+    EXPECT_TRUE(queue.push(utteranceOf(2, 1)));
+}
+
+TEST(AFullShare, HasRoomAgainWhenAnUtteranceGetsItsTurn) {
+    SpeechQueue queue(limitsOf(1));
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_FALSE(queue.push(utteranceOf(1, 2)));
+    ASSERT_TRUE(queue.wait(work));
+    EXPECT_TRUE(queue.push(utteranceOf(1, 3)));
+}
+
+TEST(AFullQueue, RefusesEveryone) {
+    SpeechQueue queue(limitsOf(2, 1));
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_TRUE(queue.push(utteranceOf(2, 1)));
+    EXPECT_FALSE(queue.push(utteranceOf(3, 1)));
+}
+
+TEST(AShare, IsBoundedInTextToo) {
+    QueueLimits limits;
+    limits.textPerClient = 10;
+    SpeechQueue queue(limits);
+    EXPECT_TRUE(queue.push(utteranceOf(1, 1, "123456")));
+    EXPECT_FALSE(queue.push(utteranceOf(1, 2, "12345")));
+    EXPECT_TRUE(queue.push(utteranceOf(1, 3, "1234")));
+    queue.drop(1, 0);
+    EXPECT_TRUE(queue.push(utteranceOf(1, 4, "1234567890")));
+}
+
+TEST(DroppingAClient, GivesBackItsUtterancesWithTheReasonAndKeepsTheOthers) {
+    SpeechQueue queue{QueueLimits{}};
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_TRUE(queue.push(utteranceOf(2, 7)));
+    ASSERT_TRUE(queue.push(utteranceOf(1, 2)));
+    queue.drop(1, -1);
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.wait(work));
+    ASSERT_EQ(2U, work.dropped.size());
+    EXPECT_EQ(1U, work.dropped[0].id);
+    EXPECT_EQ(2U, work.dropped[1].id);
+    EXPECT_EQ(-1, work.dropped[1].status);
+    EXPECT_EQ(7U, work.next->id);
+}
+
+TEST(Dropping, CancelsTheUtteranceThatSounds) {
+    SpeechQueue queue{QueueLimits{}};
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_TRUE(queue.wait(work));
+    queue.drop(2, 0);
+    EXPECT_FALSE(queue.cancelled());
+    queue.drop(std::nullopt, -1);
+    EXPECT_TRUE(queue.cancelled());
+    queue.drop(1, 0);  // the first reason counts
+    EXPECT_EQ(-1, queue.finish());
+}
+
+TEST(ACancelledUtterance, DoesNotTaintTheNext) {
+    SpeechQueue queue{QueueLimits{}};
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_TRUE(queue.wait(work));
+    queue.drop(1, 0);
+    ASSERT_TRUE(queue.push(utteranceOf(1, 2)));
+    queue.finish();
+    ASSERT_TRUE(queue.wait(work));
+    EXPECT_FALSE(queue.cancelled());
+    EXPECT_EQ(std::nullopt, queue.finish());
+}
+
+TEST(AForgottenClient, LeavesNothingToReport) {
+    SpeechQueue queue{QueueLimits{}};
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_TRUE(queue.wait(work));
+    ASSERT_TRUE(queue.push(utteranceOf(1, 2)));
+    ASSERT_TRUE(queue.push(utteranceOf(2, 3)));
+    queue.forget(1);
+    EXPECT_TRUE(queue.cancelled());
+    queue.finish();
+    ASSERT_TRUE(queue.wait(work));
+    EXPECT_TRUE(work.dropped.empty());
+    EXPECT_EQ(3U, work.next->id);
+    EXPECT_EQ(0U, queue.waiting());
+}
+
+TEST(AClosedQueue, GivesWhatWasWaitingAsDroppedAndThenEnds) {
+    SpeechQueue queue{QueueLimits{}};
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    queue.close();
+    EXPECT_FALSE(queue.push(utteranceOf(1, 2)));
+    ASSERT_TRUE(queue.wait(work));
+    EXPECT_EQ(1U, work.dropped.size());
+    EXPECT_FALSE(work.next.has_value());
+    EXPECT_FALSE(queue.wait(work));
+}
+
+}  // namespace
+}  // namespace voxtreld
