@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Speaks one sentence and leaves when it has been spoken.
+#include <binder/ProcessState.h>
+
+#include <cstdio>
+#include <future>
+
+#include "client/TTSClientPrivate.h"
+
+namespace {
+
+std::promise<unsigned> ended;
+
+// Called on a thread of the binder runtime, with what became of an utterance and its number.
+void onEvent(unsigned event, unsigned utterance, unsigned /*detail*/) {
+    const bool isOver = event == 2 || event == 3;  // finished, or stopped
+    if (isOver && utterance == 1) {
+        ended.set_value(event);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    android::ProcessState::self()->startThreadPool();  // or no event ever arrives
+    TTS::TTSClientPrivate client("hello", &onEvent);
+    int status = client.connect();
+    if (status == 0) {
+        status = client.say(1, argc > 1 ? argv[1] : "Hello, world.");
+    }
+    if (status != 0) {
+        std::fprintf(stderr, "hello: the service refuses with %d\n", status);
+        return 1;
+    }
+    const bool finished = ended.get_future().get() == 2;
+    client.disconnect();
+    std::puts(finished ? "spoken" : "stopped");
+    return finished ? 0 : 1;
+}
