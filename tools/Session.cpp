@@ -2,6 +2,7 @@
 #include "tools/Session.h"
 
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <thread>
 
@@ -64,6 +65,7 @@ void Session::connect(Terminal& terminal) {
     }
     terminal.endProgress();
     if (notice.source == Notice::Source::Interrupted) {
+        std::cerr << "voxtrelctl: interrupted\n";
         std::_Exit(EXIT_FAILURE);
     }
     search.join();
