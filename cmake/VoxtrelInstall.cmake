@@ -11,6 +11,8 @@ foreach(room IN LISTS VOXTREL_ROOMS)
 endforeach()
 
 if(VOXTREL_PLATFORM STREQUAL "host")
+  target_include_directories(voxtrel_platform INTERFACE
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/voxtrel-platform>")
   install(TARGETS voxtrel_platform EXPORT voxtrel-client-targets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
   foreach(part IN ITEMS utils binder ttscommon)
