@@ -3,6 +3,7 @@
 
 #include "binder/IInterface.h"
 #include "binder/Parcel.h"
+#include "binder/transport/LocalNodes.h"
 
 namespace android {
 
@@ -18,7 +19,11 @@ BpBinder* IBinder::remoteBinder() {
     return nullptr;
 }
 
-BBinder::~BBinder() = default;
+BBinder::~BBinder() {
+    if (mRecord != nullptr) {
+        transport::forgetRecord(mRecord);
+    }
+}
 
 const String16& BBinder::getInterfaceDescriptor() const {
     static const String16* const none = new String16();

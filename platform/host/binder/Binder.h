@@ -2,9 +2,16 @@
 #ifndef VOXTREL_BINDER_BINDER_H
 #define VOXTREL_BINDER_BINDER_H
 
+#include <atomic>
+
 #include "binder/IBinder.h"
 
 namespace android {
+
+namespace transport {
+class NodeAccess;
+struct NodeRecord;
+}  // namespace transport
 
 /// An object of this process that other processes may call once they hold a reference to it.
 ///
@@ -35,6 +42,12 @@ protected:
     /// `UNKNOWN_TRANSACTION`.
     virtual status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply,
                                 uint32_t flags = 0);
+
+private:
+    friend class transport::NodeAccess;
+
+    /// Null until the object is first sent to another process.
+    std::atomic<transport::NodeRecord*> mRecord{nullptr};
 };
 
 /// Holds the binder behind a proxy object.

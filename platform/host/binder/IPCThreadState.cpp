@@ -3,8 +3,8 @@
 
 #include <unistd.h>
 
-#include <condition_variable>
-#include <mutex>
+#include "binder/ProcessState.h"
+#include "binder/transport/Transport.h"
 
 namespace android {
 
@@ -29,15 +29,15 @@ void IPCThreadState::restoreCallingIdentity(int64_t token) {
     mCallingUid = static_cast<uid_t>(bits >> 32);
 }
 
+// Letting go of a reference closes its sockets at once: nothing is ever held back.
 void IPCThreadState::flushCommands() {}
 
 void IPCThreadState::joinThreadPool(bool /*isMain*/) {
-    std::mutex lock;
-    std::condition_variable never;
-    std::unique_lock<std::mutex> held(lock);
-    for (;;) {
-        never.wait(held);
-    }
+    transport::transport().serveForever();
+}
+
+void IPCThreadState::setTheContextObject(const sp<BBinder>& manager) {
+    ProcessState::self()->offerContextObject(manager);
 }
 
 }  // namespace android

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "binder/Binder.h"
 #include "utils/Errors.h"
 
 namespace android {
@@ -27,6 +28,9 @@ public:
     void flushCommands();
     /// Serves calls and death notices on this thread; does not return.
     void joinThreadPool(bool isMain = true);
+
+    /// The node that `ProcessState::becomeContextManager` makes the service manager's.
+    void setTheContextObject(const sp<BBinder>& manager);
 
     IPCThreadState(const IPCThreadState&) = delete;
     IPCThreadState& operator=(const IPCThreadState&) = delete;

@@ -1,47 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/IServiceManager.h"
 
-#include <map>
-
 #include "binder/Parcel.h"
+#include "binder/ProcessState.h"
 #include "utils/Mutex.h"
 
 namespace android {
 
 namespace {
 
-// The services of one process, for the processes that stay alone.
-class Registry : public BnInterface<IServiceManager> {
-public:
-    sp<IBinder> getService(const String16& name) const override {
-        Mutex::Autolock held(mLock);
-        const auto found = mServices.find(name);
-        return found != mServices.end() ? found->second : nullptr;
-    }
-    sp<IBinder> checkService(const String16& name) const override { return getService(name); }
-    status_t addService(const String16& name, const sp<IBinder>& service,
-                        bool /*allowIsolated*/) override {
-        if (name.size() == 0 || name.size() > 127 || service == nullptr) {
-            return BAD_VALUE;
-        }
-        Mutex::Autolock held(mLock);
-        mServices[name] = service;
-        return OK;
-    }
-    Vector<String16> listServices() override {
-        Mutex::Autolock held(mLock);
-        Vector<String16> names;
-        for (const auto& service : mServices) {
-            names.push_back(service.first);
-        }
-        return names;
-    }
-
-private:
-    mutable Mutex mLock;
-    std::map<String16, sp<IBinder>> mServices VOXTREL_GUARDED_BY(mLock);
-};
-
+// Asks for the manager's node at each call, so that one that was started again is found again.
 class BpServiceManager : public BpInterface<IServiceManager> {
 public:
     explicit BpServiceManager(const sp<IBinder>& remote) : BpInterface(remote) {}
@@ -50,23 +18,25 @@ public:
         Parcel data;
         Parcel reply;
         data.writeString16(name);
-        (void)remote()->transact(GET_SERVICE_TRANSACTION, data, &reply);
+        (void)ask(GET_SERVICE_TRANSACTION, data, &reply);  // no reply reads as no service
         return reply.readStrongBinder();
     }
+
     sp<IBinder> checkService(const String16& name) const override { return getService(name); }
+
     status_t addService(const String16& name, const sp<IBinder>& service,
                         bool /*allowIsolated*/) override {
         Parcel data;
         Parcel reply;
         data.writeString16(name);
         data.writeStrongBinder(service);
-        const status_t status = remote()->transact(ADD_SERVICE_TRANSACTION, data, &reply);
+        const status_t status = ask(ADD_SERVICE_TRANSACTION, data, &reply);
         return status == OK ? reply.readInt32() : status;
     }
+
     Vector<String16> listServices() override {
-        Parcel data;
         Parcel reply;
-        (void)remote()->transact(LIST_SERVICES_TRANSACTION, data, &reply);
+        (void)ask(LIST_SERVICES_TRANSACTION, Parcel(), &reply);  // no reply reads as no services
         Vector<String16> names;
         String16 name;
         for (int32_t left = reply.readInt32(); left > 0 && reply.readString16(&name) == OK;
@@ -75,11 +45,27 @@ public:
         }
         return names;
     }
+
+private:
+    status_t ask(uint32_t code, const Parcel& data, Parcel* reply) const {
+        if (remote() != nullptr) {
+            return remote()->transact(code, data, reply);
+        }
+        status_t status = DEAD_OBJECT;
+        for (int attempt = 0; status == DEAD_OBJECT && attempt < 2; ++attempt) {
+            const sp<IBinder> manager = ProcessState::self()->getContextObject(nullptr);
+            if (manager == nullptr) {
+                return DEAD_OBJECT;
+            }
+            status = manager->transact(code, data, reply);
+        }
+        return status;
+    }
 };
 
 struct DefaultManager {
     Mutex lock;
-    sp<IServiceManager> manager VOXTREL_GUARDED_BY(lock);
+    sp<IServiceManager> manager PLATFORM_GUARDED_BY(lock);
 };
 
 // Never destroyed: threads of the runtime may still ask while the process exits.
@@ -96,7 +82,7 @@ sp<IServiceManager> defaultServiceManager() {
     DefaultManager& instance = defaultManager();
     Mutex::Autolock held(instance.lock);
     if (instance.manager == nullptr) {
-        instance.manager = new Registry();
+        instance.manager = new BpServiceManager(nullptr);
     }
     return instance.manager;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/ProcessState.h"
 
+#include "binder/transport/Transport.h"
+
 namespace android {
 
 sp<ProcessState> ProcessState::self() {
@@ -8,10 +10,31 @@ sp<ProcessState> ProcessState::self() {
     return *state;
 }
 
-void ProcessState::startThreadPool() {}
+void ProcessState::startThreadPool() {
+    transport::transport().startThreads();
+}
 
-status_t ProcessState::setThreadPoolMaxThreadCount(size_t /*maxThreads*/) {
+status_t ProcessState::setThreadPoolMaxThreadCount(size_t maxThreads) {
+    transport::transport().setMostThreads(maxThreads);
     return OK;
+}
+
+sp<IBinder> ProcessState::getContextObject(const sp<IBinder>& /*caller*/) {
+    return transport::transport().contextObject();
+}
+
+bool ProcessState::becomeContextManager() {
+    sp<BBinder> manager;
+    {
+        Mutex::Autolock held(mLock);
+        manager = mOffered;
+    }
+    return manager != nullptr && transport::transport().becomeContext(manager);
+}
+
+void ProcessState::offerContextObject(const sp<BBinder>& manager) {
+    Mutex::Autolock held(mLock);
+    mOffered = manager;
 }
 
 }  // namespace android

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/BpBinder.h"
+
+#include <algorithm>
+
+#include "binder/Parcel.h"
+#include "binder/transport/Reference.h"
+
+namespace android {
+
+BpBinder::BpBinder(std::unique_ptr<transport::Reference> reference)
+    : mReference(std::move(reference)) {}
+
+BpBinder::~BpBinder() = default;
+
+const String16& BpBinder::getInterfaceDescriptor() const {
+    static const String16* const unknown = new String16();
+    {
+        Mutex::Autolock held(mLock);
+        if (mDescriptor != nullptr) {
+            return *mDescriptor;
+        }
+    }
+    const Parcel data;
+    Parcel reply;
+    if (mReference->call(INTERFACE_TRANSACTION, data, &reply, 0) != OK) {
+        return *unknown;
+    }
+    Mutex::Autolock held(mLock);
+    if (mDescriptor == nullptr) {
+        mDescriptor = std::make_unique<const String16>(reply.readString16());
+    }
+    return *mDescriptor;
+}
+
+bool BpBinder::isBinderAlive() const {
+    return mAlive;
+}
+
+status_t BpBinder::pingBinder() {
+    const Parcel data;
+    Parcel reply;
+    return transact(PING_TRANSACTION, data, &reply);
+}
+
+status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
+    if (!mAlive) {
+        return DEAD_OBJECT;
+    }
+    const status_t status = mReference->call(code, data, reply, flags);
+    if (status == DEAD_OBJECT) {
+        mAlive = false;
+    }
+    return status;
+}
+
+status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie, uint32_t flags) {
+    if (recipient == nullptr) {
+        return BAD_VALUE;
+    }
+    Mutex::Autolock held(mLock);
+    if (mReported) {
+        return DEAD_OBJECT;
+    }
+    const status_t status = mReference->watch(wp<BpBinder>(this));
+    if (status == OK) {
+        mLinks.push_back({recipient, cookie, flags});
+    } else if (status == DEAD_OBJECT) {
+        mAlive = false;
+    }
+    return status;
+}
+
+status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie, uint32_t flags,
+                                 wp<DeathRecipient>* outRecipient) {
+    Mutex::Autolock held(mLock);
+    if (mReported) {
+        return DEAD_OBJECT;
+    }
+    const auto same = [&](const Link& link) {
+        const bool named =
+            recipient == nullptr ? link.cookie == cookie : link.recipient == recipient;
+        return named && link.flags == flags;
+    };
+    const auto found = std::find_if(mLinks.begin(), mLinks.end(), same);
+    if (found == mLinks.end()) {
+        return NAME_NOT_FOUND;
+    }
+    if (outRecipient != nullptr) {
+        *outRecipient = found->recipient;
+    }
+    mLinks.erase(found);
+    if (mLinks.empty()) {
+        mReference->unwatch();
+    }
+    return OK;
+}
+
+void BpBinder::reportDeath() {
+    mAlive = false;
+    std::vector<Link> links;
+    {
+        Mutex::Autolock held(mLock);
+        mReported = true;
+        links.swap(mLinks);
+    }
+    for (const Link& link : links) {
+        const sp<DeathRecipient> recipient = link.recipient.promote();
+        if (recipient != nullptr) {
+            recipient->binderDied(wp<IBinder>(this));
+        }
+    }
+}
+
+BpBinder* BpBinder::remoteBinder() {
+    return this;
+}
+
+}  // namespace android

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Dispatch.h"
+
+#include <exception>
+
+#include "binder/IPCThreadState.h"
+#include "binder/transport/Log.h"
+#include "binder/transport/Objects.h"
+
+namespace android {
+
+/// The thread acts for the sender of a message while it serves it.
+class CallingIdentity {
+public:
+    CallingIdentity(pid_t pid, uid_t uid)
+        : mState(*IPCThreadState::self()), mPid(mState.mCallingPid), mUid(mState.mCallingUid) {
+        mState.mCallingPid = pid;
+        mState.mCallingUid = uid;
+    }
+    ~CallingIdentity() {
+        mState.mCallingPid = mPid;
+        mState.mCallingUid = mUid;
+    }
+    CallingIdentity(const CallingIdentity&) = delete;
+    CallingIdentity& operator=(const CallingIdentity&) = delete;
+
+private:
+    IPCThreadState& mState;
+    const pid_t mPid;
+    const uid_t mUid;
+};
+
+namespace transport {
+
+namespace {
+
+// An exception that an implementation lets out would end the whole process for one bad request.
+status_t run(BBinder& node, Incoming& incoming, Parcel* reply) {
+    const Header& header = incoming.envelope.header();
+    const CallingIdentity identity(incoming.envelope.senderPid(), incoming.envelope.senderUid());
+    status_t status = UNKNOWN_ERROR;
+    try {
+        status = node.transact(header.code, incoming.parcel, reply, header.flags);
+    } catch (const std::exception& error) {
+        logLine("call %u from process %d ended with an exception: %s", header.code,
+                static_cast<int>(incoming.envelope.senderPid()), error.what());
+    }
+    // The caller may rely on it that what it sent along has been let go when the reply is there.
+    incoming.parcel.freeData();
+    return status;
+}
+
+status_t statusOf(status_t status, const Parcel& reply, Attachments* attachments) {
+    if (status == OK) {
+        status = reply.errorCheck();
+    }
+    if (status == OK && reply.dataSize() > largestPayload(Kind::Reply)) {
+        status = FAILED_TRANSACTION;
+    }
+    return status == OK ? detachBinders(reply, attachments) : status;
+}
+
+}  // namespace
+
+Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket) {
+    if (!attachBinders(incoming.envelope, incoming.parcel)) {
+        return Served::Badly;
+    }
+    Parcel reply;
+    Attachments attachments;
+    const status_t status = statusOf(run(node, incoming, &reply), reply, &attachments);
+    Header header = {0, Kind::Reply, 0, status, 0, 0, 0, 0};
+    if (status != OK) {
+        reply.freeData();
+        attachments = {};
+    }
+    return sendMessage(socket, header, reply, attachments) == OK ? Served::Well : Served::InVain;
+}
+
+Served serveOneWay(BBinder& node, Incoming& incoming) {
+    if (!attachBinders(incoming.envelope, incoming.parcel)) {
+        return Served::Badly;
+    }
+    Parcel unread;
+    (void)run(node, incoming, &unread);  // nobody waits for its status
+    return Served::Well;
+}
+
+}  // namespace transport
+
+}  // namespace android

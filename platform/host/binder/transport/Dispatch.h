@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_DISPATCH_H
+#define VOXTREL_BINDER_TRANSPORT_DISPATCH_H
+
+#include "binder/Binder.h"
+#include "binder/transport/Incoming.h"
+
+namespace android::transport {
+
+/// How a received call went.
+enum class Served {
+    Well,
+    Badly,   ///< what came along made no sense
+    InVain,  ///< the caller does not take its reply
+};
+
+/// Carries out a received call in the name of its sender, and answers it on `socket`.
+Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket);
+
+/// Carries out a received one-way call in the name of its sender.
+Served serveOneWay(BBinder& node, Incoming& incoming);
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/DoorEnd.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include "binder/transport/CallEnd.h"
+#include "binder/transport/LaneEnd.h"
+#include "binder/transport/Log.h"
+
+namespace android::transport {
+
+namespace {
+
+// How long a thread that has served a socket sleeps on it for more.
+constexpr suseconds_t kStayMicroseconds = 5000;
+
+bool prepare(const Fd& socket) {
+    const int on = 1;
+    const timeval stay = {0, kStayMicroseconds};
+    return isPeerSocket(socket) &&
+           setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0 &&
+           setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &stay, sizeof(stay)) == 0;
+}
+
+std::shared_ptr<Source> makeEnd(Role role, Fd socket, const sp<BBinder>& node, Lease lease) {
+    switch (role) {
+        case Role::Door:
+            return std::make_shared<DoorEnd>(std::move(socket), node, std::move(lease));
+        case Role::Calls:
+            return std::make_shared<CallEnd>(std::move(socket), node, std::move(lease));
+        case Role::Lane:
+            return std::make_shared<LaneEnd>(std::move(socket), node, std::move(lease));
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+void DoorEnd::onReady() {
+    for (;;) {
+        Incoming incoming;
+        const Received received =
+            receiveMessage(socket(), false, incoming.parcel, incoming.envelope);
+        if (received != Received::Message) {
+            if (survives(received, incoming.envelope)) {
+                reactor().rearm(*this);
+            }
+            return;
+        }
+        if (!adopt(incoming.envelope)) {
+            refuse("a message out of place", incoming.envelope);
+            return;
+        }
+    }
+}
+
+bool DoorEnd::adopt(Envelope& envelope) {
+    if (envelope.header().kind != Kind::Adopt) {
+        return false;
+    }
+    Fd end = envelope.takeFd(0);
+    if (!prepare(end)) {
+        return false;
+    }
+    Lease lease(envelope.senderPid(), end.get());
+    if (!lease.granted()) {
+        logLine("process %d has too many connections: another one is refused",
+                static_cast<int>(envelope.senderPid()));
+        return true;
+    }
+    const auto role = static_cast<Role>(envelope.header().code);
+    const auto source = makeEnd(role, std::move(end), node(), std::move(lease));
+    // What cannot be waited for is dropped, and its peer sees it hang up.
+    (void)reactor().add(source);
+    return true;
+}
+
+}  // namespace android::transport

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_DOOREND_H
+#define VOXTREL_BINDER_TRANSPORT_DOOREND_H
+
+#include "binder/transport/ServedEnd.h"
+
+namespace android::transport {
+
+/// The served end of a reference. Its peer sends further sockets through it that are to be served
+/// for the same node.
+class DoorEnd final : public ServedEnd {
+public:
+    using ServedEnd::ServedEnd;
+    void onReady() override;
+
+private:
+    /// False when the message is none that may come through a door.
+    bool adopt(Envelope& envelope);
+};
+
+}  // namespace android::transport
+
+#endif

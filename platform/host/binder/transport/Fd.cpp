@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Fd.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "binder/transport/Log.h"
+
+namespace android::transport {
+
+namespace {
+
+constexpr size_t kWordBits = 64;
+constexpr size_t kTracked = 65536;
+
+// Read in a forked child, where a lock could be held for ever: bits, set and cleared atomically.
+std::array<std::atomic<uint64_t>, kTracked / kWordBits> gOpen{};
+std::atomic<bool> gForked{false};
+std::atomic<bool> gSaid{false};
+
+uint64_t bitOf(int fd) {
+    return uint64_t{1} << (static_cast<size_t>(fd) % kWordBits);
+}
+
+std::atomic<uint64_t>* wordOf(int fd) {
+    const auto index = static_cast<size_t>(fd);
+    return index < kTracked ? &gOpen[index / kWordBits] : nullptr;
+}
+
+void closeAllInChild() {
+    gForked = true;
+    for (size_t index = 0; index < gOpen.size(); ++index) {
+        const uint64_t word = gOpen[index].exchange(0);
+        for (size_t bit = 0; word != 0 && bit < kWordBits; ++bit) {
+            if (((word >> bit) & 1U) != 0) {
+                close(static_cast<int>(index * kWordBits + bit));
+            }
+        }
+    }
+}
+
+}  // namespace
+
+Fd::Fd(int fd) : mFd(fd) {
+    if (fd >= 0 && wordOf(fd) != nullptr) {
+        wordOf(fd)->fetch_or(bitOf(fd), std::memory_order_relaxed);
+    }
+}
+
+Fd& Fd::operator=(Fd&& other) noexcept {
+    if (this != &other) {
+        reset();
+        mFd = std::exchange(other.mFd, -1);
+    }
+    return *this;
+}
+
+void Fd::reset() {
+    const int fd = std::exchange(mFd, -1);
+    if (fd < 0 || gForked.load(std::memory_order_relaxed)) {
+        return;
+    }
+    if (wordOf(fd) != nullptr) {
+        wordOf(fd)->fetch_and(~bitOf(fd), std::memory_order_relaxed);
+    }
+    close(fd);
+}
+
+void armForkGuard() {
+    // Only fails for want of memory at start-up; the children are then merely not warned.
+    static const int armed = pthread_atfork(nullptr, nullptr, &closeAllInChild);
+    (void)armed;
+}
+
+bool refusedAfterFork() {
+    if (!gForked.load(std::memory_order_relaxed)) {
+        return false;
+    }
+    if (!gSaid.exchange(true)) {
+        logLine(
+            "this process was forked from one that had used the binder runtime, and cannot use "
+            "it: start a new program instead");
+    }
+    return true;
+}
+
+}  // namespace android::transport

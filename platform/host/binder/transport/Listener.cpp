@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Listener.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "binder/transport/DoorEnd.h"
+#include "binder/transport/Log.h"
+#include "binder/transport/SocketPath.h"
+
+namespace android::transport {
+
+namespace {
+
+constexpr int kBacklog = 128;
+// A service manager that is alive but does not get round to answering.
+constexpr int kConnectAttempts = 100;
+
+bool fill(const std::string& path, sockaddr_un* address) {
+    *address = {};
+    address->sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address->sun_path)) {
+        logLine("the socket path is too long: %s", path.c_str());
+        return false;
+    }
+    std::memcpy(address->sun_path, path.data(), path.size());
+    return true;
+}
+
+Fd spare() {
+    return Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
+// The file lock, not the socket, says who is the service manager: a socket outlives its process.
+Fd takeLock(const std::string& path) {
+    Fd lock(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!lock.valid()) {
+        logLine("cannot make %s.lock: %s", path.c_str(), std::strerror(errno));
+    } else if (flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        logLine("there is a service manager already at %s", path.c_str());
+        lock.reset();
+    }
+    return lock;
+}
+
+bool nameSender(const Fd& socket) {
+    const int on = 1;
+    return setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
+}
+
+pid_t peerPid(const Fd& socket) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    return getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
+}  // namespace
+
+std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBinder>& manager) {
+    makeFolderOf(path);
+    sockaddr_un address;
+    if (!fill(path, &address)) {
+        return nullptr;
+    }
+    if (!folderIsTrusted(path)) {
+        logLine("the folder of %s is not this user's alone", path.c_str());
+        return nullptr;
+    }
+    Fd lock = takeLock(path);
+    if (!lock.valid()) {
+        return nullptr;
+    }
+    (void)unlink(path.c_str());  // of a service manager that has died
+    Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket.valid() || !nameSender(socket) ||
+        bind(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
+        listen(socket.get(), kBacklog) != 0) {
+        logLine("cannot listen at %s: %s", path.c_str(), std::strerror(errno));
+        return nullptr;
+    }
+    auto listener = std::make_shared<Listener>(std::move(socket), std::move(lock), manager);
+    return reactor().add(listener) ? listener : nullptr;
+}
+
+Listener::Listener(Fd socket, Fd lock, const sp<BBinder>& manager)
+    : Source(std::move(socket)), mLock(std::move(lock)), mSpare(spare()), mManager(manager) {}
+
+void Listener::onReady() {
+    for (;;) {
+        Fd door(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (door.valid()) {
+            admit(std::move(door));
+        } else if (errno == EMFILE || errno == ENFILE) {
+            turnOneAway();
+        } else if (errno != EINTR && errno != ECONNABORTED) {
+            break;
+        }
+    }
+    reactor().rearm(*this);
+}
+
+void Listener::admit(Fd door) const {
+    const pid_t peer = peerPid(door);
+    Lease lease(peer, door.get());
+    if (!lease.granted()) {
+        logLine("process %d has too many connections: another one is refused",
+                static_cast<int>(peer));
+        return;
+    }
+    if (nameSender(door)) {
+        // What cannot be waited for is dropped, and its peer sees it hang up.
+        (void)reactor().add(std::make_shared<DoorEnd>(std::move(door), mManager, std::move(lease)));
+    }
+}
+
+void Listener::turnOneAway() {
+    mSpare.reset();
+    Fd unlucky(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
+    logLine("out of file descriptors: a connection is refused");
+    unlucky.reset();
+    mSpare = spare();
+}
+
+Fd connectTo(const std::string& path) {
+    sockaddr_un address;
+    if (!fill(path, &address) || !folderIsTrusted(path)) {
+        return Fd();
+    }
+    Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    for (int attempt = 0; socket.valid() && attempt < kConnectAttempts; ++attempt) {
+        if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
+            return socket;
+        }
+        if (errno != EAGAIN && errno != EINTR) {
+            return Fd();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return Fd();
+}
+
+}  // namespace android::transport

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_MESSAGE_H
+#define VOXTREL_BINDER_TRANSPORT_MESSAGE_H
+
+#include <sys/types.h>
+
+#include <vector>
+
+#include "binder/Parcel.h"
+#include "binder/transport/Fd.h"
+#include "binder/transport/Wire.h"
+
+namespace android::transport {
+
+/// How long a sender waits for a receiver that does not drain its socket.
+constexpr int kSendPatienceMs = 100;
+
+/// The two ends of a new connection; `served` tells the kernel to name each sender.
+struct SocketPair {
+    Fd served;
+    Fd held;
+};
+/// Both invalid when the process is out of descriptors.
+SocketPair makeSocketPair();
+
+/// Is this a connected SOCK_SEQPACKET socket of the local kind? Anything may arrive in a message.
+bool isPeerSocket(const Fd& fd);
+/// Has the other side closed the socket for good?
+bool hasHungUp(const Fd& fd);
+/// Waits at most `patienceMs` for that.
+bool hangsUpWithin(const Fd& fd, int patienceMs);
+
+/// What travels beside a parcel's bytes: a record and a descriptor for each binder in it.
+struct Attachments {
+    std::vector<ObjectRecord> records;
+    std::vector<Fd> fds;
+};
+
+/// Sends `parcel` behind `header`, whose sizes and options are filled in here. `OK`;
+/// `DEAD_OBJECT` when nobody is left at the other end; `FAILED_TRANSACTION` when it is too large,
+/// or the receiver did not make room within `kSendPatienceMs`.
+status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
+                     const Attachments& attachments);
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end);
+
+/// Everything about a received message but its payload. Closes the descriptors nobody took.
+class Envelope {
+public:
+    Envelope() = default;  // NOLINT: filled by receiveMessage
+    ~Envelope() { closeFds(); }
+    Envelope(const Envelope&) = delete;
+    Envelope& operator=(const Envelope&) = delete;
+
+    const Header& header() const { return mHeader; }
+    pid_t senderPid() const { return mPid; }
+    uid_t senderUid() const { return mUid; }
+    const ObjectRecord& record(size_t index) const { return mRecords[index]; }
+    /// The descriptor of the binder `index`, or of an Adopt (0).
+    Fd takeFd(size_t index);
+
+private:
+    friend class Receiver;
+    void closeFds();
+
+    Header mHeader;
+    pid_t mPid;
+    uid_t mUid;
+    size_t mFirstFd;  // of the binders: a memfd comes before them
+    size_t mFdCount = 0;
+    int mFds[kMostFds];
+    ObjectRecord mRecords[kMostObjects];
+};
+
+enum class Received { Message, Nothing, HungUp, Malformed };
+
+/// Takes one message off `socket`. `parcel` must be empty; it holds the payload afterwards, its
+/// binders are not attached yet. `Nothing`: none is there (`wait` false), or the socket's own time
+/// limit passed. Small messages cost no allocation.
+Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope);
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Objects.h"
+
+#include <unordered_map>
+
+#include "binder/Binder.h"
+#include "binder/BpBinder.h"
+#include "binder/transport/DoorEnd.h"
+#include "binder/transport/LocalNodes.h"
+#include "binder/transport/Log.h"
+#include "binder/transport/ParcelFrame.h"
+#include "binder/transport/SocketReference.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+namespace {
+
+struct KnownProxy {
+    wp<BpBinder> proxy;
+    const SocketReference* reference;
+};
+
+struct KnownProxies {
+    Mutex lock;
+    std::unordered_map<NodeId, KnownProxy, NodeIdHash> byId PLATFORM_GUARDED_BY(lock);
+};
+
+// Never destroyed: proxies may outlive the end of main.
+KnownProxies& proxies() {
+    static auto* const instance = new KnownProxies();
+    return *instance;
+}
+
+Fd exportNode(BBinder& node) {
+    SocketPair pair = makeSocketPair();
+    if (!pair.held.valid()) {
+        return Fd();
+    }
+    const auto door =
+        std::make_shared<DoorEnd>(std::move(pair.served), sp<BBinder>(&node), Lease());
+    return reactor().add(door) ? std::move(pair.held) : Fd();
+}
+
+status_t detach(const sp<IBinder>& binder, NodeId* id, Fd* reference) {
+    if (BBinder* local = binder->localBinder()) {
+        *id = recordOf(*local).id;
+        *reference = exportNode(*local);
+    } else {
+        auto* remote = binder->remoteBinder();
+        auto* known =
+            remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
+        if (known == nullptr) {
+            return BAD_TYPE;
+        }
+        *id = known->id();
+        *reference = known->share();
+    }
+    return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
+}
+
+sp<IBinder> proxyOf(const NodeId& id, Fd door) {
+    sp<BpBinder> dead;  // let go outside of the lock
+    KnownProxies& known = proxies();
+    Mutex::Autolock held(known.lock);
+    KnownProxy& entry = known.byId[id];
+    sp<BpBinder> proxy = entry.proxy.promote();
+    if (proxy != nullptr && proxy->isBinderAlive()) {
+        return proxy;
+    }
+    dead = std::move(proxy);
+    auto reference = std::make_unique<SocketReference>(id, std::move(door));
+    entry.reference = reference.get();
+    proxy = new BpBinder(std::move(reference));
+    entry.proxy = proxy;
+    return proxy;
+}
+
+}  // namespace
+
+status_t detachBinders(const Parcel& parcel, Attachments* out) {
+    ParcelFrame frame(parcel);
+    if (frame.objectCount() == 0) {
+        return OK;
+    }
+    if (frame.objectCount() > kMostObjects) {
+        return FAILED_TRANSACTION;
+    }
+    frame.sortObjects();
+    for (size_t i = 0; i < frame.objectCount(); ++i) {
+        ObjectRecord record = {static_cast<uint32_t>(frame.objectOffset(i)), 0, {}};
+        Fd reference;
+        const status_t status = record.offset % 4 == 0
+                                    ? detach(frame.objectBinder(i), &record.id, &reference)
+                                    : static_cast<status_t>(BAD_VALUE);
+        if (status != OK) {
+            return status;
+        }
+        out->records.push_back(record);
+        out->fds.push_back(std::move(reference));
+    }
+    return OK;
+}
+
+bool attachBinders(Envelope& envelope, Parcel& parcel) {
+    for (size_t i = 0; i < envelope.header().objectCount; ++i) {
+        const ObjectRecord& record = envelope.record(i);
+        Fd door = envelope.takeFd(i);
+        if (!isPeerSocket(door)) {
+            return false;
+        }
+        sp<IBinder> binder = findLocalNode(record.id);
+        if (binder == nullptr) {
+            binder = proxyOf(record.id, std::move(door));
+        }
+        ParcelFrame(parcel).attach(record.offset, binder);
+    }
+    return true;
+}
+
+sp<IBinder> wrapReference(Fd door) {
+    return proxyOf(makeNodeId(), std::move(door));
+}
+
+void forgetReference(const NodeId& id, const SocketReference* reference) {
+    KnownProxies& known = proxies();
+    Mutex::Autolock held(known.lock);
+    const auto found = known.byId.find(id);
+    if (found != known.byId.end() && found->second.reference == reference) {
+        known.byId.erase(found);
+    }
+}
+
+}  // namespace android::transport

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_OBJECTS_H
+#define VOXTREL_BINDER_TRANSPORT_OBJECTS_H
+
+#include "binder/Parcel.h"
+#include "binder/transport/Message.h"
+
+namespace android::transport {
+
+class SocketReference;
+
+/// Makes a reference of its own, for the receiver, to each binder in `parcel`. `OK`, also for nodes
+/// that have died; else why the parcel cannot be sent.
+status_t detachBinders(const Parcel& parcel, Attachments* out);
+
+/// Puts the binders of a received message into its parcel. An object of this process comes home as
+/// itself, a node that is known here already as the proxy it has. False for a descriptor that is no
+/// reference.
+bool attachBinders(Envelope& envelope, Parcel& parcel);
+
+/// The proxy of a node whose reference has no name that others know.
+sp<IBinder> wrapReference(Fd door);
+
+/// The proxy of this reference is gone.
+void forgetReference(const NodeId& id, const SocketReference* reference);
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Reactor.h"
+
+#include <sys/epoll.h>
+
+#include <cerrno>
+
+namespace android::transport {
+
+namespace {
+
+bool control(int epoll, int operation, int fd, uint64_t token) {
+    epoll_event event = {};
+    event.events = EPOLLIN | EPOLLRDHUP | EPOLLONESHOT;
+    event.data.u64 = token;
+    return epoll_ctl(epoll, operation, fd, &event) == 0;
+}
+
+}  // namespace
+
+Reactor::Reactor() : mEpoll(epoll_create1(EPOLL_CLOEXEC)) {}
+
+bool Reactor::add(const std::shared_ptr<Source>& source) {
+    return add(source, source->socket());
+}
+
+bool Reactor::add(const std::shared_ptr<Source>& source, const Fd& socket) {
+    Mutex::Autolock held(mLock);
+    source->mWaitedFd = socket.get();
+    source->mToken = ++mLastToken;
+    mSources[source->mToken] = source;
+    if (control(mEpoll.get(), EPOLL_CTL_ADD, source->mWaitedFd, source->mToken)) {
+        return true;
+    }
+    mSources.erase(source->mToken);
+    return false;
+}
+
+void Reactor::rearm(const Source& source) {
+    // Fails only for a source that another thread has removed meanwhile.
+    (void)control(mEpoll.get(), EPOLL_CTL_MOD, source.mWaitedFd, source.mToken);
+}
+
+void Reactor::remove(const Source& source) {
+    std::shared_ptr<Source> last;  // destroyed outside of the lock
+    Mutex::Autolock held(mLock);
+    const auto found = mSources.find(source.mToken);
+    if (found != mSources.end()) {
+        (void)control(mEpoll.get(), EPOLL_CTL_DEL, source.mWaitedFd, source.mToken);
+        last = std::move(found->second);
+        mSources.erase(found);
+    }
+}
+
+std::shared_ptr<Source> Reactor::wait() {
+    epoll_event event = {};
+    if (epoll_wait(mEpoll.get(), &event, 1, -1) != 1) {
+        return nullptr;
+    }
+    Mutex::Autolock held(mLock);
+    const auto found = mSources.find(event.data.u64);
+    return found != mSources.end() ? found->second : nullptr;
+}
+
+Reactor& reactor() {
+    static auto* const instance = new Reactor();
+    return *instance;
+}
+
+}  // namespace android::transport

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_REACTOR_H
+#define VOXTREL_BINDER_TRANSPORT_REACTOR_H
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+
+#include "binder/transport/Fd.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// Something with a descriptor that threads of the pool wait for.
+///
+/// It is armed for one event at a time, so one thread at most is in `onReady`; the source is armed
+/// again (`Reactor::rearm`) or taken out (`Reactor::remove`) at the end of it.
+class Source {
+public:
+    explicit Source(Fd socket) : mSocket(std::move(socket)) {}
+    virtual ~Source() = default;
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    /// Called on: a thread of the pool. Locks: none.
+    virtual void onReady() = 0;
+
+    const Fd& socket() const { return mSocket; }
+
+private:
+    friend class Reactor;
+    Fd mSocket;
+    int mWaitedFd = -1;
+    uint64_t mToken = 0;
+};
+
+/// The one place where idle threads of the process wait. Called on: any thread.
+class Reactor {
+public:
+    Reactor();
+
+    /// Keeps the source, and arms it. False when the kernel will not have it.
+    bool add(const std::shared_ptr<Source>& source);
+    /// The same for a descriptor that somebody else owns and removes before it is closed.
+    bool add(const std::shared_ptr<Source>& source, const Fd& socket);
+    void rearm(const Source& source);
+    /// Lets the source go; it is destroyed when nobody uses it any more.
+    void remove(const Source& source);
+
+    /// Sleeps until a source is ready. Null once in a while, when it has been removed meanwhile.
+    std::shared_ptr<Source> wait();
+
+private:
+    Fd mEpoll;
+    Mutex mLock;
+    // Events name sources by number: a source may go while an event for it is on its way.
+    std::unordered_map<uint64_t, std::shared_ptr<Source>> mSources PLATFORM_GUARDED_BY(mLock);
+    uint64_t mLastToken PLATFORM_GUARDED_BY(mLock) = 0;
+};
+
+/// The process's reactor; never destroyed.
+Reactor& reactor();
+
+}  // namespace android::transport
+
+#endif

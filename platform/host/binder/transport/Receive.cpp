@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "binder/transport/Memfd.h"
+#include "binder/transport/Message.h"
+#include "binder/transport/ParcelFrame.h"
+
+namespace android::transport {
+
+namespace {
+
+constexpr int kScmPidfd = 4;  // SCM_PIDFD, which older headers do not name
+
+// What does not fit into a parcel's own room lands here first, once a thread.
+uint8_t* overflowRoom() {
+    static thread_local std::unique_ptr<uint8_t[]> room;
+    if (room == nullptr) {
+        room.reset(new uint8_t[kLargestPacket]);
+    }
+    return room.get();
+}
+
+}  // namespace
+
+Fd Envelope::takeFd(size_t index) {
+    return Fd(std::exchange(mFds[mFirstFd + index], -1));
+}
+
+void Envelope::closeFds() {
+    for (size_t i = 0; i < mFdCount; ++i) {
+        if (mFds[i] >= 0) {
+            close(mFds[i]);
+        }
+    }
+    mFdCount = 0;
+}
+
+// Fills one envelope and one parcel from one packet.
+class Receiver {
+public:
+    Receiver(Parcel& parcel, Envelope& envelope) : mFrame(parcel), mEnvelope(envelope) {}
+
+    Received run(const Fd& socket, bool wait) {
+        mEnvelope.closeFds();
+        mParts[0] = {mFrame.block(), ParcelFrame::kOwnRoom};
+        mParts[1] = {overflowRoom(), kLargestPacket};
+        const ssize_t got = take(socket, wait);
+        if (got < 0) {
+            const bool none = errno == EAGAIN || errno == EWOULDBLOCK;
+            return none ? Received::Nothing : Received::HungUp;
+        }
+        readControl();
+        if (got == 0) {
+            return mEnvelope.mFdCount == 0 ? Received::HungUp : Received::Malformed;
+        }
+        const bool cut = (mMessage.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0;
+        return !cut && unpack(static_cast<size_t>(got)) ? Received::Message : Received::Malformed;
+    }
+
+private:
+    ssize_t take(const Fd& socket, bool wait) {
+        const int flags = MSG_CMSG_CLOEXEC | (wait ? 0 : MSG_DONTWAIT);
+        for (;;) {
+            mMessage = {};
+            mMessage.msg_iov = mParts;
+            mMessage.msg_iovlen = 2;
+            mMessage.msg_control = mControl;
+            mMessage.msg_controllen = sizeof(mControl);
+            const ssize_t got = recvmsg(socket.get(), &mMessage, flags);
+            // A reset says that the other side left replies unread; what it sent is still there.
+            if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
+                return got;
+            }
+        }
+    }
+
+    void readControl() {
+        mEnvelope.mPid = 0;
+        mEnvelope.mUid = static_cast<uid_t>(-1);
+        for (cmsghdr* part = CMSG_FIRSTHDR(&mMessage); part != nullptr;
+             part = CMSG_NXTHDR(&mMessage, part)) {
+            if (part->cmsg_type == SCM_CREDENTIALS) {
+                ucred sender;
+                std::memcpy(&sender, CMSG_DATA(part), sizeof(sender));
+                mEnvelope.mPid = sender.pid;
+                mEnvelope.mUid = sender.uid;
+            } else if (part->cmsg_type == SCM_RIGHTS) {
+                const size_t bytes = part->cmsg_len - CMSG_LEN(0);
+                std::memcpy(mEnvelope.mFds, CMSG_DATA(part), bytes);
+                mEnvelope.mFdCount = bytes / sizeof(int);
+            } else if (part->cmsg_type == kScmPidfd) {
+                // Nobody here asks for it, but who made the socket may have: a stray descriptor.
+                int stray = -1;
+                std::memcpy(&stray, CMSG_DATA(part), sizeof(stray));
+                close(stray);
+            }
+        }
+    }
+
+    bool unpack(size_t size) {
+        if (size > ParcelFrame::kOwnRoom) {
+            if (!mFrame.reserve(size, ParcelFrame::kOwnRoom)) {
+                return false;
+            }
+            std::memcpy(mFrame.block() + ParcelFrame::kOwnRoom, mParts[1].iov_base,
+                        size - ParcelFrame::kOwnRoom);
+        }
+        Layout layout;
+        if (!decode(mFrame.block(), size, mEnvelope.mFdCount, &layout)) {
+            return false;
+        }
+        mEnvelope.mHeader = layout.header;
+        for (size_t i = 0; i < layout.header.objectCount; ++i) {
+            mEnvelope.mRecords[i] = recordAt(mFrame.block(), layout, i);
+        }
+        return fetchPayload(layout);
+    }
+
+    bool fetchPayload(const Layout& layout) {
+        const size_t size = layout.header.payloadSize;
+        const bool apart = (layout.header.options & kPayloadInMemfd) != 0;
+        mEnvelope.mFirstFd = apart ? 1 : 0;
+        if (apart) {
+            const Fd memfd(std::exchange(mEnvelope.mFds[0], -1));
+            if (!mFrame.reserve(sizeof(Header) + size, 0) ||
+                !readSealed(memfd, mFrame.block() + sizeof(Header), size)) {
+                return false;
+            }
+        }
+        mFrame.setContents(size);
+        return true;
+    }
+
+    static constexpr size_t kControlSize =
+        CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(int) * kMostFds);
+
+    ParcelFrame mFrame;
+    Envelope& mEnvelope;
+    iovec mParts[2];
+    msghdr mMessage;
+    alignas(cmsghdr) char mControl[kControlSize];
+};
+
+Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope) {
+    return Receiver(parcel, envelope).run(socket, wait);
+}
+
+}  // namespace android::transport

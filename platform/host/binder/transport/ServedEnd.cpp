@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/ServedEnd.h"
+
+#include "binder/transport/Log.h"
+
+namespace android::transport {
+
+void ServedEnd::refuse(const char* what, const Envelope& envelope) {
+    logLine("%s from process %d: its connection is closed", what,
+            static_cast<int>(envelope.senderPid()));
+    reactor().remove(*this);
+}
+
+bool ServedEnd::survives(Received received, const Envelope& envelope) {
+    if (received == Received::Nothing) {
+        return true;
+    }
+    if (received == Received::Malformed) {
+        refuse("a malformed message", envelope);
+    } else {
+        reactor().remove(*this);
+    }
+    return false;
+}
+
+}  // namespace android::transport

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_SERVEDEND_H
+#define VOXTREL_BINDER_TRANSPORT_SERVEDEND_H
+
+#include "binder/Binder.h"
+#include "binder/transport/Incoming.h"
+#include "binder/transport/Lease.h"
+#include "binder/transport/Reactor.h"
+
+namespace android::transport {
+
+/// The end of a connection that this process serves; holds the node for its peer.
+class ServedEnd : public Source {
+public:
+    ServedEnd(Fd socket, sp<BBinder> node, Lease lease)
+        : Source(std::move(socket)), mNode(std::move(node)), mLease(std::move(lease)) {}
+
+    const sp<BBinder>& node() const { return mNode; }
+
+    /// A message of the peer's that makes no sense, or that it may not send: only the peer suffers.
+    void refuse(const char* what, const Envelope& envelope);
+    /// What to do with a socket that had no message: true, keep it; false, it has been let go.
+    bool survives(Received received, const Envelope& envelope);
+
+private:
+    const sp<BBinder> mNode;
+    const Lease mLease;
+};
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_SOCKETPATH_H
+#define VOXTREL_BINDER_TRANSPORT_SOCKETPATH_H
+
+#include <string>
+
+namespace android::transport {
+
+/// Where the service manager listens: $VOXTREL_BINDER_SOCKET, else $XDG_RUNTIME_DIR/voxtrel/binder,
+/// else voxtrel-<uid>/binder under /tmp. Read anew at each call.
+std::string socketPath();
+
+/// Makes the folder of `path` for this user alone, where it is not there.
+void makeFolderOf(const std::string& path);
+
+/// Is the folder of `path` one that no other user can have put there, or that the user named?
+/// Under /tmp everybody may make folders of any name.
+bool folderIsTrusted(const std::string& path);
+
+}  // namespace android::transport
+
+#endif

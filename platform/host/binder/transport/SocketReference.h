@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_SOCKETREFERENCE_H
+#define VOXTREL_BINDER_TRANSPORT_SOCKETREFERENCE_H
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "binder/transport/Message.h"
+#include "binder/transport/Reactor.h"
+#include "binder/transport/Reference.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// A reference that is a socket, the door: whoever holds this end may call the node, and its
+/// closing lets the node go. Calls travel on sockets of their own, opened through the door when
+/// they are first needed: one for all one-way calls, which keeps them in order, and one for each
+/// two-way call that is under way at the same time, so that its caller sleeps on its own reply.
+class SocketReference final : public Reference {
+public:
+    SocketReference(const NodeId& id, Fd door);
+    ~SocketReference() override;
+    SocketReference(const SocketReference&) = delete;
+    SocketReference& operator=(const SocketReference&) = delete;
+
+    status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
+    status_t watch(const wp<BpBinder>& proxy) override;
+    void unwatch() override;
+
+    const NodeId& id() const { return mId; }
+    /// A new reference to the same node, to be given away: a door that the node's process serves,
+    /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
+    /// node's process does not listen.
+    Fd share();
+
+private:
+    class Watch;
+
+    status_t callTwoWay(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags);
+    status_t callOneWay(uint32_t code, const Parcel& data, uint32_t flags);
+    status_t receiveReply(Fd& socket, Parcel* reply) const;
+    status_t open(Role role, Fd* out) const;
+    status_t takeCallSocket(Fd* out);
+    void giveBack(Fd socket);
+    const Fd* lane(status_t* status);
+    status_t whyClosed() const;
+
+    const NodeId mId;
+    const Fd mDoor;
+
+    // The socket that a lone caller uses again and again; -1 while it is in use.
+    std::atomic<int> mFirstIdle{-1};
+    Mutex mLock;
+    std::vector<Fd> mIdle PLATFORM_GUARDED_BY(mLock);
+    std::shared_ptr<Watch> mWatch PLATFORM_GUARDED_BY(mLock);
+    // Opened under the lock, once; then it stays, and is used without.
+    Fd mLane;
+    std::atomic<bool> mLaneIsOpen{false};
+};
+
+}  // namespace android::transport
+
+#endif

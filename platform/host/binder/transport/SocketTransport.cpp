@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "binder/transport/Fd.h"
+#include "binder/transport/Listener.h"
+#include "binder/transport/Objects.h"
+#include "binder/transport/SocketPath.h"
+#include "binder/transport/ThreadPool.h"
+#include "binder/transport/Transport.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+namespace {
+
+// A reference costs a descriptor or two at either end; the usual first limit of 1024 is for
+// programs that use select(), which the runtime does not.
+void raiseDescriptorLimit() {
+    constexpr rlim_t kEnough = 65536;
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < kEnough) {
+        limit.rlim_cur = std::min(limit.rlim_max, kEnough);
+        (void)setrlimit(RLIMIT_NOFILE, &limit);  // as it was, otherwise
+    }
+}
+
+/// Calls travel over sockets between the processes themselves; see docs/transport.md.
+class SocketTransport final : public Transport {
+public:
+    SocketTransport() {
+        armForkGuard();
+        raiseDescriptorLimit();
+    }
+
+    sp<IBinder> contextObject() override {
+        if (refusedAfterFork()) {
+            return nullptr;
+        }
+        Mutex::Autolock held(mLock);
+        if (mManager != nullptr) {
+            return mManager;
+        }
+        if (mContext == nullptr || !mContext->isBinderAlive()) {
+            Fd door = connectTo(socketPath());
+            mContext = door.valid() ? wrapReference(std::move(door)) : nullptr;
+        }
+        return mContext;
+    }
+
+    bool becomeContext(const sp<BBinder>& manager) override {
+        if (refusedAfterFork()) {
+            return false;
+        }
+        Mutex::Autolock held(mLock);
+        mListener = Listener::open(socketPath(), manager);
+        mManager = mListener != nullptr ? manager : nullptr;
+        return mManager != nullptr;
+    }
+
+    void startThreads() override {
+        if (!refusedAfterFork()) {
+            threadPool().start();
+        }
+    }
+    void setMostThreads(size_t count) override { threadPool().setMost(count); }
+    void serveForever() override { threadPool().serveForever(); }
+
+private:
+    Mutex mLock;
+    sp<IBinder> mContext PLATFORM_GUARDED_BY(mLock);
+    sp<BBinder> mManager PLATFORM_GUARDED_BY(mLock);
+    std::shared_ptr<Listener> mListener PLATFORM_GUARDED_BY(mLock);
+};
+
+}  // namespace
+
+Transport& transport() {
+    static auto* const instance = new SocketTransport();
+    return *instance;
+}
+
+}  // namespace android::transport

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Wire.h"
+
+#include <cstring>
+
+namespace android::transport {
+
+namespace {
+
+constexpr uint32_t kOneWayFlag = 1;
+
+bool kindIsSound(const Header& header, size_t fdCount) {
+    switch (header.kind) {
+        case Kind::Request:
+            return (header.flags & kOneWayFlag) == 0 && header.status == 0;
+        case Kind::OneWay:
+            return (header.flags & kOneWayFlag) != 0 && header.status == 0;
+        case Kind::Reply:
+            return header.code == 0 && header.flags == 0;
+        case Kind::Adopt:
+            return header.code >= static_cast<uint32_t>(Role::Door) &&
+                   header.code <= static_cast<uint32_t>(Role::Lane) && header.payloadSize == 0 &&
+                   header.objectCount == 0 && header.options == 0 && fdCount == 1;
+    }
+    return false;
+}
+
+bool fdsAreSound(const Header& header, size_t fdCount) {
+    if (header.kind == Kind::Adopt) {
+        return fdCount == 1;
+    }
+    const size_t memfds = (header.options & kPayloadInMemfd) != 0 ? 1 : 0;
+    return header.objectCount <= kMostObjects && fdCount == memfds + header.objectCount;
+}
+
+bool recordsAreSound(const uint8_t* packet, const Layout& layout) {
+    size_t free = 0;
+    for (size_t i = 0; i < layout.header.objectCount; ++i) {
+        const ObjectRecord record = recordAt(packet, layout, i);
+        if (record.reserved != 0 || record.offset % 4 != 0 || record.offset < free ||
+            layout.header.payloadSize < kBinderBytes ||
+            record.offset > layout.header.payloadSize - kBinderBytes) {
+            return false;
+        }
+        free = record.offset + kBinderBytes;
+    }
+    return true;
+}
+
+}  // namespace
+
+size_t largestPayload(Kind kind) {
+    return kind == Kind::OneWay ? kLargestOneWay : kLargestRequest;
+}
+
+bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
+    if (size < sizeof(Header)) {
+        return false;
+    }
+    Layout layout{};
+    std::memcpy(&layout.header, packet, sizeof(Header));
+    const Header& header = layout.header;
+    if (header.magic != kMagic || (header.options & ~kPayloadInMemfd) != 0 ||
+        header.payloadSize > largestPayload(header.kind) || !kindIsSound(header, fdCount) ||
+        !fdsAreSound(header, fdCount)) {
+        return false;
+    }
+    layout.inlinePayload = (header.options & kPayloadInMemfd) != 0 ? 0 : header.payloadSize;
+    layout.records = sizeof(Header) + layout.inlinePayload;
+    if (size != layout.records + header.objectCount * sizeof(ObjectRecord) ||
+        !recordsAreSound(packet, layout)) {
+        return false;
+    }
+    *out = layout;
+    return true;
+}
+
+ObjectRecord recordAt(const uint8_t* packet, const Layout& layout, size_t index) {
+    ObjectRecord record;
+    std::memcpy(&record, packet + layout.records + index * sizeof(record), sizeof(record));
+    return record;
+}
+
+}  // namespace android::transport

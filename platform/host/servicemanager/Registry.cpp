@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "servicemanager/Registry.h"
+
+#include <utility>
+
+#include "binder/IPCThreadState.h"
+#include "binder/Parcel.h"
+
+namespace android {
+
+namespace {
+
+constexpr size_t kLongestName = 127;
+constexpr size_t kMostServices = 1024;
+
+// For the log: what is not printable ASCII shows as a question mark.
+std::string printable(const String16& name) {
+    std::string text;
+    for (size_t i = 0; i < name.size(); ++i) {
+        const char16_t unit = static_cast<const char16_t*>(name)[i];
+        text.push_back(unit >= 0x20 && unit < 0x7F ? static_cast<char>(unit) : '?');
+    }
+    return text;
+}
+
+// Without asking the service, which may take its time.
+bool isDead(const sp<IBinder>& service, const sp<IBinder::DeathRecipient>& probe) {
+    const status_t status = service->linkToDeath(probe);
+    if (status == OK) {
+        (void)service->unlinkToDeath(probe);  // it may have died between the two
+    }
+    return status == DEAD_OBJECT;
+}
+
+}  // namespace
+
+// One registration's link to the death of its service.
+class Registry::Notice : public IBinder::DeathRecipient {
+public:
+    Notice(const sp<Registry>& registry, const String16& name) : mRegistry(registry), mName(name) {}
+
+    void binderDied(const wp<IBinder>& /*who*/) override {
+        const sp<Registry> registry = mRegistry.promote();
+        if (registry != nullptr) {
+            registry->forget(mName, this);
+        }
+    }
+
+private:
+    const wp<Registry> mRegistry;
+    const String16 mName;
+};
+
+Registry::Registry(std::function<void(const std::string&)> report) : mReport(std::move(report)) {}
+
+Registry::~Registry() = default;
+
+sp<IBinder> Registry::getService(const String16& name) const {
+    Mutex::Autolock held(mLock);
+    const auto found = mEntries.find(name);
+    return found != mEntries.end() ? found->second.service : nullptr;
+}
+
+sp<IBinder> Registry::checkService(const String16& name) const {
+    return getService(name);
+}
+
+status_t Registry::addService(const String16& name, const sp<IBinder>& service,
+                              bool /*allowIsolated*/) {
+    if (name.size() == 0 || name.size() > kLongestName || service == nullptr) {
+        return BAD_VALUE;
+    }
+    const uid_t owner = IPCThreadState::self()->getCallingUid();
+    const pid_t pid = IPCThreadState::self()->getCallingPid();
+    const sp<Notice> notice = new Notice(sp<Registry>(this), name);
+    Entry old = {};  // let go outside of the lock
+    {
+        Mutex::Autolock held(mLock);
+        const auto found = mEntries.find(name);
+        if (found != mEntries.end() && found->second.owner != owner &&
+            !isDead(found->second.service, notice)) {
+            return PERMISSION_DENIED;
+        }
+        if (found == mEntries.end() && mEntries.size() >= kMostServices) {
+            return NO_MEMORY;
+        }
+        // A service of this very process cannot die before its registry.
+        const status_t linked = service->linkToDeath(notice);
+        if (linked != OK && linked != INVALID_OPERATION) {
+            return linked;
+        }
+        if (found != mEntries.end()) {
+            old = found->second;
+        }
+        mEntries[name] = {service, notice, owner, pid};
+    }
+    if (old.service != nullptr) {
+        (void)old.service->unlinkToDeath(old.notice);  // it may have died meanwhile
+    }
+    mReport((old.service != nullptr ? "replaced " : "added ") + printable(name) + " (process " +
+            std::to_string(pid) + ", user " + std::to_string(owner) + ")");
+    return OK;
+}
+
+Vector<String16> Registry::listServices() {
+    Mutex::Autolock held(mLock);
+    Vector<String16> names;
+    for (const auto& entry : mEntries) {
+        names.push_back(entry.first);
+    }
+    return names;
+}
+
+void Registry::forget(const String16& name, const Notice* notice) {
+    Entry gone = {};
+    {
+        Mutex::Autolock held(mLock);
+        const auto found = mEntries.find(name);
+        if (found == mEntries.end() || found->second.notice.get() != notice) {
+            return;
+        }
+        gone = found->second;
+        mEntries.erase(found);
+    }
+    mReport("removed " + printable(name) + ": process " + std::to_string(gone.pid) + " has died");
+}
+
+status_t Registry::listTo(Parcel* reply) {
+    const Vector<String16> names = listServices();
+    reply->writeInt32(static_cast<int32_t>(names.size()));
+    for (const String16& name : names) {
+        reply->writeString16(name);
+    }
+    return reply->errorCheck();
+}
+
+status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
+    switch (code) {
+        case GET_SERVICE_TRANSACTION:
+        case CHECK_SERVICE_TRANSACTION:
+            return reply->writeStrongBinder(getService(data.readString16()));
+        case ADD_SERVICE_TRANSACTION: {
+            const String16 name = data.readString16();
+            return reply->writeInt32(addService(name, data.readStrongBinder()));
+        }
+        case LIST_SERVICES_TRANSACTION:
+            return listTo(reply);
+        default:
+            return BBinder::onTransact(code, data, reply, flags);
+    }
+}
+
+}  // namespace android

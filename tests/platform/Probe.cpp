@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/platform/Probe.h"
+
+#include <binder/IPCThreadState.h>
+#include <binder/ProcessState.h>
+#include <dirent.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <stdexcept>
+
+#include "tests/support/Eventually.h"
+#include "tests/support/Roles.h"
+
+namespace probe {
+
+using android::BBinder;
+using android::IBinder;
+using android::IPCThreadState;
+using android::OK;
+using android::Parcel;
+using android::sp;
+using android::status_t;
+using android::String16;
+
+namespace {
+
+class Made : public BBinder {
+public:
+    Made() { ++living(); }
+
+protected:
+    ~Made() override { --living(); }
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
+        if (code != kAdd) {
+            return BBinder::onTransact(code, data, reply, flags);
+        }
+        const int32_t a = data.readInt32();
+        return reply->writeInt32(a + data.readInt32());
+    }
+};
+
+class Node : public BBinder {
+protected:
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
+        switch (code) {
+            case kAdd: {
+                const int32_t a = data.readInt32();
+                return reply->writeInt32(a + data.readInt32());
+            }
+            case kEcho:
+                return reply->write(data.data(), data.dataSize());
+            case kWho:
+                reply->writeInt32(IPCThreadState::self()->getCallingPid());
+                reply->writeInt32(static_cast<int32_t>(IPCThreadState::self()->getCallingUid()));
+                return reply->writeInt32(getpid());
+            case kNote:
+                return note(data);
+            case kNotes:
+                return notes(reply);
+            case kBlock:
+                return block();
+            case kUnblock:
+                return unblock();
+            case kBlocked:
+                return reply->writeInt32(mBlockedCalls);
+            case kFail:
+                reply->writeInt32(1);
+                return -42;
+            case kThrow:
+                throw std::runtime_error("on purpose");
+            case kBig:
+                return reply->writeInplace(static_cast<size_t>(data.readInt32())) != nullptr
+                           ? OK
+                           : android::NO_MEMORY;
+            default:
+                return onBinders(code, data, reply, flags);
+        }
+    }
+
+private:
+    status_t onBinders(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
+        switch (code) {
+            case kKeep:
+                return keep(data.readStrongBinder());
+            case kGive:
+                return reply->writeStrongBinder(kept());
+            case kLetGo:
+                return keep(nullptr);
+            case kIsKept:
+                return reply->writeInt32(data.readStrongBinder() == kept() ? 1 : 0);
+            case kCallBack:
+                return callBack(data, reply);
+            case kMake:
+                return reply->writeStrongBinder(new Made());
+            case kLiving:
+                return reply->writeInt32(living());
+            case kDescriptors:
+                return reply->writeInt32(descriptors());
+            default:
+                return BBinder::onTransact(code, data, reply, flags);
+        }
+    }
+
+    status_t callBack(const Parcel& data, Parcel* reply) {
+        const sp<IBinder> other = data.readStrongBinder();
+        const int32_t depth = data.readInt32();
+        if (depth == 0) {
+            return reply->writeInt32(0);
+        }
+        Call call;
+        call.data.writeStrongBinder(this);
+        call.data.writeInt32(depth - 1);
+        const status_t status = call.to(other, kCallBack);
+        return status == OK ? reply->writeInt32(call.reply.readInt32() + 1) : status;
+    }
+
+    status_t keep(const sp<IBinder>& binder) {
+        const std::lock_guard<std::mutex> held(mLock);
+        mKept = binder;
+        return OK;
+    }
+
+    sp<IBinder> kept() {
+        const std::lock_guard<std::mutex> held(mLock);
+        return mKept;
+    }
+
+    status_t note(const Parcel& data) {
+        if (mInside.exchange(true)) {
+            ++mAtOnce;
+        }
+        const int32_t caller = data.readInt32();
+        const int32_t number = data.readInt32();
+        {
+            const std::lock_guard<std::mutex> held(mLock);
+            mOutOfOrder += mNext[caller] == number ? 0 : 1;
+            mNext[caller] = number + 1;
+            ++mCount;
+        }
+        mInside = false;
+        return OK;
+    }
+
+    status_t notes(Parcel* reply) {
+        const std::lock_guard<std::mutex> held(mLock);
+        reply->writeInt32(mCount);
+        reply->writeInt32(mOutOfOrder);
+        return reply->writeInt32(mAtOnce);
+    }
+
+    status_t block() {
+        std::unique_lock<std::mutex> held(mLock);
+        ++mBlockedCalls;
+        const int generation = mGeneration;
+        mChanged.wait(held, [this, generation] { return mGeneration != generation; });
+        --mBlockedCalls;
+        return OK;
+    }
+
+    status_t unblock() {
+        const std::lock_guard<std::mutex> held(mLock);
+        ++mGeneration;
+        mChanged.notify_all();
+        return OK;
+    }
+
+    std::mutex mLock;
+    std::condition_variable mChanged;
+    int mGeneration = 0;
+    std::atomic<int> mBlockedCalls{0};
+    sp<IBinder> mKept;
+    std::map<int32_t, int32_t> mNext;
+    int32_t mCount = 0;
+    int32_t mOutOfOrder = 0;
+    std::atomic<int32_t> mAtOnce{0};
+    std::atomic<bool> mInside{false};
+};
+
+// A process that offers a test node under a name, until its input ends.
+const voxtrel_test::Role kServer("server", [](const voxtrel_test::Arguments& arguments) {
+    const std::string name = arguments.empty() ? kName : arguments[0];
+    android::ProcessState::self()->startThreadPool();
+    const status_t status =
+        android::defaultServiceManager()->addService(String16(name.c_str()), makeNode());
+    voxtrel_test::tell(status == OK ? "ready" : "failed");
+    while (!voxtrel_test::hear().empty()) {
+    }
+    return 0;
+});
+
+}  // namespace
+
+std::atomic<int>& living() {
+    static std::atomic<int> count{0};
+    return count;
+}
+
+sp<IBinder> makeNode() {
+    return new Node();
+}
+
+sp<IBinder> find(const std::string& name) {
+    sp<IBinder> found;
+    (void)voxtrel_test::eventually([&] {
+        found = android::defaultServiceManager()->getService(String16(name.c_str()));
+        return found != nullptr;
+    });
+    return found;
+}
+
+int32_t ask(const sp<IBinder>& node, uint32_t code) {
+    Call call;
+    return call.to(node, code) == OK ? call.reply.readInt32() : -1;
+}
+
+int descriptors() {
+    int count = 0;
+    DIR* folder = opendir("/proc/self/fd");
+    while (folder != nullptr && readdir(folder) != nullptr) {  // NOLINT(concurrency-mt-unsafe)
+        ++count;
+    }
+    closedir(folder);
+    return count;
+}
+
+}  // namespace probe

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_PLATFORM_PROBE_H
+#define VOXTREL_TESTS_PLATFORM_PROBE_H
+
+#include <binder/Binder.h>
+#include <binder/IServiceManager.h>
+#include <binder/Parcel.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+namespace probe {
+
+/// What the test node of another process can be asked to do.
+enum Code : uint32_t {
+    kAdd = 1,   ///< int32 a, b -> int32 a + b
+    kEcho,      ///< any bytes -> the same bytes
+    kWho,       ///< -> int32 caller's pid, int32 caller's uid, int32 own pid
+    kKeep,      ///< binder: keeps it
+    kGive,      ///< -> the kept binder
+    kLetGo,     ///< lets go of the kept binder
+    kCallBack,  ///< binder, int32 depth: the binder is asked the same with depth - 1 -> int32
+    kNote,      ///< int32 caller, int32 number (one-way): remembered
+    kNotes,     ///< -> int32 count, int32 out of order, int32 at once
+    kBlock,     ///< waits until kUnblock
+    kUnblock,
+    kFail,         ///< -> status -42
+    kMake,         ///< -> a new node
+    kLiving,       ///< -> int32 number of nodes of kMake that live
+    kIsKept,       ///< binder -> int32 1 when it is the very object that is kept
+    kDescriptors,  ///< -> int32 open descriptors of the process
+    kThrow,        ///< ends with an exception
+    kBig,          ///< int32 n -> n bytes
+    kBlocked,      ///< -> int32 calls that wait in kBlock
+};
+
+inline constexpr const char* kName = "probe";
+
+/// How many nodes of `kMake` live in this process.
+std::atomic<int>& living();
+
+/// A new test node.
+android::sp<android::IBinder> makeNode();
+
+/// The node that some process has added under `name`; waits until it is there.
+android::sp<android::IBinder> find(const std::string& name = kName);
+
+/// One call; what it replied stands in `reply`.
+struct Call {
+    android::Parcel data;
+    android::Parcel reply;
+    android::status_t to(const android::sp<android::IBinder>& node, uint32_t code,
+                         uint32_t flags = 0) {
+        return node->transact(code, data, &reply, flags);
+    }
+};
+
+/// A call without arguments whose reply is one int32.
+int32_t ask(const android::sp<android::IBinder>& node, uint32_t code);
+
+/// Open descriptors of this process.
+int descriptors();
+
+}  // namespace probe
+
+#endif

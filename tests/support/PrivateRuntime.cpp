@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/support/PrivateRuntime.h"
+
+#include <binder/IBinder.h>
+#include <binder/ProcessState.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "tests/support/Eventually.h"
+
+namespace voxtrel_test {
+
+PrivateRuntime::PrivateRuntime(const std::string& program) : mProgram(program) {
+    char folder[] = "/tmp/voxtrel-test-XXXXXX";
+    mFolder = mkdtemp(folder) != nullptr ? folder : "/nonexistent";
+    setenv("VOXTREL_BINDER_SOCKET", socket().c_str(), 1);
+    startManager();
+}
+
+PrivateRuntime::~PrivateRuntime() {
+    killManager();
+    unlink(socket().c_str());
+    unlink((socket() + ".lock").c_str());
+    rmdir(mFolder.c_str());
+}
+
+void PrivateRuntime::killManager() {
+    mManager.reset();
+}
+
+void PrivateRuntime::startManager() {
+    mManager = std::make_unique<ChildProcess>(std::vector<std::string>{mProgram});
+    (void)eventually(
+        [] { return android::ProcessState::self()->getContextObject(nullptr) != nullptr; });
+}
+
+}  // namespace voxtrel_test
