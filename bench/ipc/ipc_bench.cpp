@@ -114,6 +114,8 @@ void capabilitiesThroughPlainBuffer(benchmark::State& state) {
 /// Prints as usual and keeps what the figures are made of.
 class KeepingReporter : public benchmark::ConsoleReporter {
 public:
+    KeepingReporter() : ConsoleReporter(OO_None) {}  // no colours: the output is kept in files
+
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration) {
