@@ -1,20 +1,23 @@
 #!/usr/bin/env bash
-# usage: compile_alone.sh COMPILER ROOT PLATFORM_DIR...
-# The four folders compile with nothing but the root and a platform on the include path: no define,
-# no generated header, whatever build system a device uses.
+# usage: compile_alone.sh COMPILER ROOT "FOLDER..." PLATFORM_DIR...
+# The folders compile with nothing but the root and a platform on the include path: no define, no
+# generated header, whatever build system a device uses.
 set -euo pipefail
 compiler=$1
 root=$2
-shift 2
+read -ra folders <<<"$3"
+shift 3
 includes=(-I "$root")
 for platform in "$@"; do
     includes+=(-I "$platform")
 done
 cd "$root"
 count=0
-for source in vocabulary/*.cpp ipc/*.cpp profile/*.cpp client/*.cpp; do
-    "$compiler" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "${includes[@]}" "$source"
-    count=$((count + 1))
+for folder in "${folders[@]}"; do
+    for source in "$folder"/*.cpp; do
+        "$compiler" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "${includes[@]}" "$source"
+        count=$((count + 1))
+    done
 done
 echo "$count sources compiled"
-[ "$count" -ge 10 ]
+[ "$count" -ge 5 ]

@@ -80,6 +80,14 @@ TEST(EveryTestFile, StandsInAFolderThatBuildsItsTests) {
     }
 }
 
+TEST(TheReadme, ShowsTheExampleAsItIsBuilt) {
+    const fs::path root = VOXTREL_SOURCE_DIR;
+    const std::string example = read(root / "examples/hello/hello.cpp");
+    const std::string program = example.substr(example.find('\n') + 1);
+    ASSERT_GT(program.size(), 500U);
+    EXPECT_NE(std::string::npos, read(root / "README.md").find("```cpp\n" + program + "```"));
+}
+
 TEST(TheIncludeRule, SeesBothSpellingsOfADirective) {
     const std::string source =
         "#include \"ipc/ICallback.h\"\n  #  include <binder/Parcel.h>\nint x;\n";
