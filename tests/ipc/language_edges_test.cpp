@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// A service that claims a longer language than its reply holds.
+// A language at its shortest, and one that claims to be longer than the reply that holds it.
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "ipc/BpTextToSpeechFestival.h"
 #include "tests/support/RecordingRemote.h"
+#include "tests/support/RecordingService.h"
 
 namespace {
 
@@ -36,6 +37,16 @@ TEST_F(ATooShortLanguageReply, StoresThe16BytesThatItHoldsAndReadsNoStatus) {
 TEST_F(ATooShortLanguageReply, StoresNothingOfLess) {
     ask("14 00 00 00 61 62 63 64 65 66 67 68");
     EXPECT_STREQ("----------------", out);
+}
+
+TEST(AnEmptyLanguageRequest, ReachesTheService) {
+    const sp<support::RecordingService> service = new support::RecordingService;
+    android::Parcel request;
+    support::fill(request, support::fromHex("01 00 00 00  0e 00 00 00  00 00 00 00"));
+    android::Parcel reply;
+    EXPECT_EQ(android::NO_ERROR, service->onTransact(12, request, &reply, 0));
+    EXPECT_EQ(std::vector<std::string>{R"(setGlobalConfig(1, 14, ""))"}, service->calls());
+    EXPECT_EQ("00 00 00 00\n", support::hex(support::bytesOf(reply)));
 }
 
 }  // namespace
