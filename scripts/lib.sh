@@ -51,10 +51,18 @@ own_sources() {
     git ls-files '*.h' '*.cpp' 2>/dev/null
 }
 
+# build_preset PRESET [cmake --build arguments]
 build_preset() {
-    cmake --preset "$1" >"build-$1.log" 2>&1 || { cat "build-$1.log"; rm -f "build-$1.log"; return 1; }
-    rm -f "build-$1.log"
-    cmake --build --preset "$1" -j "$(jobs_here)"
+    local preset=$1 log
+    shift
+    log=$(mktemp)
+    if ! cmake --preset "$preset" >"$log" 2>&1; then
+        cat "$log"
+        rm -f "$log"
+        return 1
+    fi
+    rm -f "$log"
+    cmake --build --preset "$preset" -j "$(jobs_here)" "$@"
 }
 
 PASSED=0

@@ -20,13 +20,15 @@ timed() {
 preset_step() {
     local preset=$1
     say_step "$preset: build"
-    if ! build_preset "$preset" >"/tmp/voxtrel-build-$$.log" 2>&1; then
-        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "/tmp/voxtrel-build-$$.log" || true
-        rm -f "/tmp/voxtrel-build-$$.log"
+    local log
+    log=$(mktemp)
+    if ! build_preset "$preset" >"$log" 2>&1; then
+        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "$log" || true
+        rm -f "$log"
         fail_step "$preset build"
         return 0
     fi
-    rm -f "/tmp/voxtrel-build-$$.log"
+    rm -f "$log"
     say_step "$preset: tests"
     run_ctest "$preset"
 }
