@@ -28,9 +28,9 @@ namespace TTS {
 /// -5 with an empty `gttsbinder`. *Lock rule*: unless this client holds the service lock, the
 /// service is asked whether it is locked, and a locked service gives -7.
 ///
-/// Values behind `void*` are read and written by address, as the type that the comment names. A
-/// null address where a value is needed is refused with -3 and nothing is read or written; where
-/// the trace shows the value, none is logged then.
+/// Values behind `void*` are read and written by address, as the type that the comment names; they
+/// need no alignment. A null address where a value is needed is refused with -3 and nothing is read
+/// or written; where the trace shows the value, none is logged then.
 ///
 /// Called on: one application thread at a time; docs/threading.md says what else must take turns,
 /// and which races remain. Locks: `Clientmutex` in `getService` and `connect`, nothing elsewhere.

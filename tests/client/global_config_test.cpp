@@ -415,6 +415,17 @@ TEST_F(AReadOfGlobalConfig, RefusesANullAddress) {
     EXPECT_EQ(-3, client.enabled2(GCONF_SPEED_ENABLE, nullptr));
 }
 
+TEST_F(AReadOfGlobalConfig, OfAKeyWithoutAValueIsLeftToTheService) {
+    service.status[support::kGlobalConfig] = -3;
+    uint32_t untouched = 77;
+    EXPECT_EQ(-3, client.globalConfig(GCONF_PITCH_ENABLE, &untouched));
+    EXPECT_EQ(77U, untouched);
+    EXPECT_EQ(-3, client.globalConfig(GCONF_PITCH_ENABLE, nullptr));
+    EXPECT_EQ(Lines({keyLine("globalConfig", 5), "ask globalConfig(pid, 5)",
+                     keyLine("globalConfig", 5), "ask globalConfig(pid, 5)"}),
+              takeNotes());
+}
+
 TEST_F(AReadOfGlobalConfig, GivesAFlagAndTheStatusOfTheService) {
     service.locked = true;
     service.flags[5] = false;
