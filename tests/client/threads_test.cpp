@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "tests/client/ClientTest.h"
 
@@ -114,6 +115,19 @@ TEST_F(Threads, OfTheRuntimeEmptyTheProxyWhileTheApplicationConnects) {
     EXPECT_EQ(2 * kRounds, joined);
     client.getService();
     EXPECT_EQ(0, client.say(1, "Hello")) << "the last connection works";
+}
+
+TEST_F(Threads, OfTheRuntimeEmptyTheProxyBetweenOperationsUnderTheMutex) {
+    const android::sp<TTS::DeathNotifier> notifier = TTS::gDeathNotifier;
+    const auto use = application([this](int round) {
+        client.connect();
+        const TTS::MutexLock lock(TTS::Clientmutex);
+        const int result = client.say(1, "Hello");
+        EXPECT_TRUE(result == 0 || result == -5) << result;
+        EXPECT_EQ(result == 0, client.enabled()) << "nobody empties the proxy in between";
+        const TTSClientPrivate passing("passing " + std::to_string(round), nullptr);
+    });
+    runTogether({use, use, binder([&notifier] { notifier->binderDied(nullptr); })});
 }
 
 TEST_F(Threads, OfTheApplicationMaySearchTogether) {
