@@ -17,7 +17,7 @@ public:
     /// @param reply may be null: the answer is dropped then.
     /// @return 0 for code 1, else the base's status.
     android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
-                                 uint32_t flags) override;
+                                 uint32_t flags = 0) override;
 };
 
 }  // namespace TTS

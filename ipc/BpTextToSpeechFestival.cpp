@@ -262,6 +262,9 @@ int BpTextToSpeechFestival::factoryReset(unsigned pid) {
 }
 
 int BpTextToSpeechFestival::registerCallback(unsigned pid, const android::sp<ICallback>& cb) {
+    if (remote() == nullptr) {
+        return kNoService;
+    }
     return ask(remote(), transaction::kRegisterCallback, kTwoWay, kNoService, pid,
                android::IInterface::asBinder(cb));
 }

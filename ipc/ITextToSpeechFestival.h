@@ -43,8 +43,10 @@ public:
     /// Switches speech. Reaches a service as `setEnable2(pid, enable ? 1 : 0, false)`.
     virtual int setEnable(unsigned pid, bool enable) = 0;
 
+    /// Sets how much the service announces, for all clients; the scale is the service's.
     virtual int setVerbosity(unsigned pid, int verbosity) = 0;
 
+    /// Sets the speech rate that serves every client without a speed of its own.
     virtual int setGlobalRate(unsigned pid, unsigned rate) = 0;
 
     /// Sets the enable flag `key`.
@@ -64,24 +66,33 @@ public:
     /// @return -3 for a key that carries no value, with `out` untouched.
     virtual int globalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* out) = 0;
 
+    /// Whether speech is switched on. A proxy without a remote says false.
     virtual bool enabled() const = 0;
 
+    /// The value that `setVerbosity` set last, for any client.
     virtual int verbosity() = 0;
 
+    /// The rate that `setGlobalRate` set last, for any client.
     virtual int globalRate() = 0;
 
+    /// Puts the service's own settings back to what it was delivered with.
     virtual int factoryReset(unsigned pid) = 0;
 
     /// Registers the object that the service notifies. An implementation keeps its own reference;
     /// `cb` may be null.
     virtual int registerCallback(unsigned pid, const android::sp<ICallback>& cb) = 0;
 
+    /// Forgets the callback of `pid`; nothing is notified to it from then on.
     virtual int deregisterCallback(unsigned pid) = 0;
 
+    /// Reserves the service for `pid`. One-way: over the wire a proxy reads 0 whatever came of it.
     virtual int lock(unsigned pid) = 0;
 
+    /// Gives the reservation of `pid` up. One-way, as `lock`.
     virtual int unlock(unsigned pid) = 0;
 
+    /// Whether some client has reserved the service. One-way: over the wire a proxy always reads
+    /// false; a proxy without a remote says true.
     virtual bool locked() = 0;
 
     /// Fills `caps`. An implementation stores exactly five `languages` and five `voicesNum`.
