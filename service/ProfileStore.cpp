@@ -38,7 +38,9 @@ TTS::TtsSetting ProfileStore::load() const {
         (void)std::remove(mNewPath.c_str());  // usually there is none
     }
     TTS::TtsSetting profile("voxtrel");
-    (void)profile.deserialize(mPath.c_str());  // says itself that a file is missing
+    if (profile.isExistProfile(mPath.c_str())) {
+        (void)profile.deserialize(mPath.c_str());  // says itself what it cannot read
+    }
     return profile;
 }
 

@@ -139,6 +139,12 @@ public:
     std::vector<std::string> calls() const {
         return mMonitor.read([&] { return mCalls; });
     }
+    /// Waits until an utterance of this client has begun and ended.
+    bool waitForEndOf(uint32_t pid) const {
+        const std::string begin = "begin " + std::to_string(pid) + " ";
+        return mMonitor.waitFor(
+            [&] { return mCalls.size() > 1 && mCalls[mCalls.size() - 2].rfind(begin, 0) == 0; });
+    }
     void refuseBegin(bool refuse) { mRefusesBegin = refuse; }
     void refuseWrite(bool refuse) { mRefusesWrite = refuse; }
 

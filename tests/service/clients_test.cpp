@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "ipc/BpCallback.h"
+#include "tests/service/ServiceFixture.h"
+#include "tests/support/RecordingRemote.h"
+
+namespace voxtreld {
+namespace {
+
+class AClient : public ServiceFixture {
+protected:
+    /// Registers a callback of another process, which the test can let die.
+    android::sp<support::RecordingRemote> joinRemotely(uint32_t pid) {
+        from(pid);
+        const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+        EXPECT_EQ(0, service->registerCallback(pid, new TTS::BpCallback(remote)));
+        return remote;
+    }
+};
+
+TEST_F(AClient, ThatGivesAnotherProcessIdIsRefusedEverywhereWithOneLogLineEach) {
+    const auto ann = join(kAnn);
+    service->announceVoices(engine.voices());
+    from(kBob);
+    uint32_t number = 100;
+    bool flag = true;
+    const std::vector<int> answers = {
+        service->say(kAnn, 1, "x", kUnset, 65535.0F, kUnset, kUnset, kUnset, 65535.0F, LANG_NA),
+        service->silence(kAnn, 1, 1, kUnset),
+        service->stopAndFlush(kAnn, 0),
+        service->setEnable(kAnn, false),
+        service->setEnable2(kAnn, GCONF_SPEED_ENABLE, false),
+        service->enabled2(kAnn, GCONF_SPEED_ENABLE, &flag),
+        service->setVerbosity(kAnn, 1),
+        service->setGlobalRate(kAnn, 100),
+        service->setGlobalConfig(kAnn, GCONF_SPEED, &number),
+        service->globalConfig(kAnn, GCONF_SPEED, &number),
+        service->factoryReset(kAnn),
+        service->registerCallback(kAnn, new RecordingCallback(kBob)),
+        service->deregisterCallback(kAnn),
+        service->lock(kAnn),
+        service->unlock(kAnn)};
+    EXPECT_EQ(std::vector<int>(answers.size(), STATUS_PERMISSION_DENIED), answers);
+    ASSERT_EQ(answers.size(), log.size());
+    EXPECT_EQ("say: process 202 gave the process id 101, refused", log.front());
+    EXPECT_TRUE(service->enabled());
+    EXPECT_FALSE(service->locked());
+    EXPECT_EQ(300, service->globalRate());
+    EXPECT_EQ(0U, queue->waiting());
+    EXPECT_EQ((Told{kAnn, EVENT_STATE, STATE_READY, 1}), toldTo(ann).back());
+}
+
+TEST_F(AClient, ThatTheRuntimeDoesNotNameIsKnownByItsUser) {
+    join(kAnn);
+    service->announceVoices(engine.voices());
+    caller = {0, kUser};
+    EXPECT_EQ(0, service->silence(kAnn, 1, 1, kUnset));
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(kBob, 1, 1, kUnset)) << "not registered";
+    caller = {0, kUser + 1};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(kAnn, 1, 1, kUnset));
+}
+
+TEST_F(AClient, OfADeniedUserIsNeitherPermittedNorServed) {
+    Admission admission;
+    admission.denied = {kUser};
+    makeService(admission);
+    from(kAnn);
+    TTS::Capabilities caps;
+    service->getCapabilities(caps);
+    EXPECT_FALSE(caps.permitted);
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->registerCallback(kAnn, new RecordingCallback(1)));
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->setVerbosity(kAnn, 1));
+    EXPECT_EQ("setVerbosity: user 1000 is not admitted, refused", log.back());
+    caller.uid = kUser + 1;
+    service->getCapabilities(caps);
+    EXPECT_TRUE(caps.permitted);
+}
+
+TEST_F(AClient, MustBeOnTheListWhereThereIsOne) {
+    Admission admission;
+    admission.allowed = {kUser, kUser + 2};
+    admission.denied = {kUser + 2};
+    EXPECT_TRUE(admission.permits(kUser));
+    EXPECT_FALSE(admission.permits(kUser + 1));
+    EXPECT_FALSE(admission.permits(kUser + 2)) << "denied counts more";
+    EXPECT_TRUE(Admission{}.permits(kUser));
+}
+
+TEST_F(AClient, WithoutACallbackCannotRegister) {
+    from(kAnn);
+    EXPECT_EQ(STATUS_BAD_PARAMETER, service->registerCallback(kAnn, nullptr));
+}
+
+TEST_F(AClient, WhoseCallbackIsDeadAlreadyCannotRegister) {
+    from(kAnn);
+    const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+    remote->answerLinksWith(android::DEAD_OBJECT);
+    EXPECT_EQ(STATUS_BAD_PARAMETER, service->registerCallback(kAnn, new TTS::BpCallback(remote)));
+}
+
+TEST_F(AClient, ThatRegistersAgainIsToldThroughItsNewCallbackOnly) {
+    const auto remote = joinRemotely(kAnn);
+    const auto second = join(kAnn);
+    EXPECT_EQ(0U, remote->links());
+    service->announceVoices(engine.voices());
+    EXPECT_EQ(1U, toldTo(second).size());
+    EXPECT_TRUE(remote->sent().empty());
+    remote->die();
+    EXPECT_EQ(0, service->lock(kAnn)) << "the old callback's death is nobody's";
+}
+
+TEST_F(AClient, ThatLeavesIsToldNothingMoreAndFreesItsLock) {
+    const auto ann = join(kAnn);
+    ASSERT_EQ(0, service->lock(kAnn));
+    const size_t before = toldTo(ann).size();
+    EXPECT_EQ(0, service->deregisterCallback(kAnn));
+    EXPECT_FALSE(service->locked());
+    service->announceVoices(engine.voices());
+    EXPECT_EQ(before, toldTo(ann).size());
+    EXPECT_EQ(0, service->deregisterCallback(kAnn)) << "leaving twice is leaving";
+}
+
+TEST_F(AClient, ThatDiesHasItsSpeechStoppedItsQueueDroppedAndItsLockFreed) {
+    const auto bob = join(kBob);
+    const auto remote = joinRemotely(kAnn);
+    engine.hold();
+    startSpeech();
+    ASSERT_EQ(0, say(kAnn, 1, "one two three"));
+    ASSERT_EQ(0, say(kAnn, 2, "never"));
+    ASSERT_EQ(0, service->lock(kAnn));
+    ASSERT_TRUE(engine.waitUntilHeld());
+    remote->die();
+    EXPECT_FALSE(service->locked());
+    EXPECT_EQ(0U, queue->waiting());
+    engine.release();
+    ASSERT_EQ(0, say(kBob, 3, "mine"));
+    const std::vector<Told> told = toldAtTheEndTo(bob);
+    EXPECT_EQ((Told{kBob, EVENT_FINISHED, 3, 0}), told.back());
+    EXPECT_NE(told.end(),
+              std::find(told.begin(), told.end(), Told{kBob, EVENT_STATE, STATE_LOCK, 0}));
+    EXPECT_EQ(ScriptedEngine::kWordSamples, sink.samples().size()) << "only what Bob said";
+}
+
+TEST_F(AClient, ThatDiedIsNotHeardThroughRequestsThatWereOnTheirWay) {
+    const auto remote = joinRemotely(kAnn);
+    service->announceVoices(engine.voices());
+    remote->die();
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, say(kAnn, 1));
+    join(kAnn);  // a new process can get the number of the dead one
+    EXPECT_EQ(0, say(kAnn, 2));
+}
+
+TEST_F(AClient, SendingARequestWithoutATextIsAnsweredAndTheServiceGoesOn) {
+    from(kAnn);
+    constexpr uint32_t kSay = 1;
+    const android::Parcel empty;
+    android::Parcel reply;
+    EXPECT_EQ(android::BAD_VALUE, service->onTransact(kSay, empty, &reply, 0));
+    EXPECT_EQ(1U, log.size());
+    EXPECT_TRUE(service->enabled());
+}
+
+class TheLock : public ServiceFixture {};
+
+TEST_F(TheLock, IsTakenOnceAndToldToAll) {
+    const auto ann = join(kAnn);
+    const auto bob = join(kBob);
+    from(kAnn);
+    EXPECT_EQ(0, service->lock(kAnn));
+    EXPECT_EQ(1, service->lock(kAnn)) << "held already";
+    EXPECT_TRUE(service->locked());
+    const std::vector<Told> expected = {{kBob, EVENT_STATE, STATE_LOCK, kAnn}};
+    EXPECT_EQ(expected, toldTo(bob));
+    EXPECT_EQ(0, service->unlock(kAnn));
+    EXPECT_EQ(1, service->unlock(kAnn)) << "free already";
+    EXPECT_EQ((Told{kBob, EVENT_STATE, STATE_LOCK, 0}), toldTo(bob).back());
+}
+
+TEST_F(TheLock, RefusesEveryChangeByAnotherClient) {
+    join(kAnn);
+    const auto bob = join(kBob);
+    service->announceVoices(engine.voices());
+    from(kAnn);
+    ASSERT_EQ(0, service->lock(kAnn));
+    from(kBob);
+    uint32_t number = 100;
+    const std::vector<int> answers = {service->stopAndFlush(kBob, 0),
+                                      service->setEnable(kBob, false),
+                                      service->setEnable2(kBob, GCONF_SPEED_ENABLE, false),
+                                      service->setVerbosity(kBob, 1),
+                                      service->setGlobalRate(kBob, 100),
+                                      service->setGlobalConfig(kBob, GCONF_SPEED, &number),
+                                      service->factoryReset(kBob),
+                                      service->lock(kBob),
+                                      service->unlock(kBob)};
+    EXPECT_EQ(std::vector<int>(answers.size(), STATUS_LOCKED), answers);
+    EXPECT_EQ((Told{kBob, EVENT_STATE, STATE_LOCK, kAnn}), toldTo(bob).back());
+    EXPECT_EQ(STATUS_LOCKED, say(kBob, 6));
+    EXPECT_EQ((Told{kBob, EVENT_STOPPED, 6, statusWord(STATUS_LOCKED)}), toldTo(bob).back());
+    EXPECT_EQ(0, say(kAnn, 7)) << "its holder speaks on";
+}
+
+TEST_F(TheLock, LetsOthersRead) {
+    join(kAnn);
+    ASSERT_EQ(0, service->lock(kAnn));
+    from(kBob);
+    bool flag = false;
+    float pitch = 0;
+    EXPECT_EQ(0, service->enabled2(kBob, GCONF_PITCH_ENABLE, &flag));
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(0, service->globalConfig(kBob, GCONF_PITCH, &pitch));
+    EXPECT_FLOAT_EQ(200.0F, pitch);
+}
+
+TEST_F(TheLock, IsNotGivenToAProcessWithoutACallback) {
+    from(kAnn);
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->lock(kAnn));
+    EXPECT_FALSE(service->locked());
+}
+
+}  // namespace
+}  // namespace voxtreld
