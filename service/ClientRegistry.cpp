@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace voxtreld {
 namespace {
@@ -36,8 +37,7 @@ private:
     const uint32_t mPid;
 };
 
-ClientRegistry::ClientRegistry(EventOutbox& outbox, Died died)
-    : mOutbox(outbox), mDied(std::move(died)) {}
+ClientRegistry::ClientRegistry(Died died) : mDied(std::move(died)) {}
 
 ClientRegistry::~ClientRegistry() {
     std::unordered_map<uint32_t, Client> clients;
@@ -58,7 +58,8 @@ void ClientRegistry::unlink(const Client& client) {
 }
 
 bool ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
-    const Client client = {uid, callback, new Obituary(*this, pid)};
+    const Client client = {uid, callback, new Obituary(*this, pid),
+                           std::make_shared<EventOutbox>(callback)};
     Client replaced;
     {
         const MutexLock lock(mMutex);
@@ -114,14 +115,29 @@ void ClientRegistry::tell(uint32_t pid, Event event, uint32_t second, uint32_t t
     const MutexLock lock(mMutex);
     const auto found = mClients.find(pid);
     if (found != mClients.end()) {
-        mOutbox.post(found->second.callback, event, second, third);
+        (void)found->second.outbox->post(event, second, third);
     }
 }
 
 void ClientRegistry::tellAll(Event event, uint32_t second, uint32_t third) {
     const MutexLock lock(mMutex);
     for (const auto& [pid, client] : mClients) {
-        mOutbox.post(client.callback, event, second, third);
+        (void)client.outbox->post(event, second, third);
+    }
+}
+
+void ClientRegistry::flush(std::chrono::milliseconds atMost) {
+    const auto deadline = std::chrono::steady_clock::now() + atMost;
+    std::vector<std::shared_ptr<EventOutbox>> outboxes;
+    {
+        const MutexLock lock(mMutex);
+        for (const auto& [pid, client] : mClients) {
+            outboxes.push_back(client.outbox);
+        }
+    }
+    for (const auto& outbox : outboxes) {
+        (void)outbox->flush(std::chrono::ceil<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now()));
     }
 }
 

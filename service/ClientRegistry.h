@@ -2,10 +2,13 @@
 #ifndef VOXTREL_SERVICE_CLIENTREGISTRY_H
 #define VOXTREL_SERVICE_CLIENTREGISTRY_H
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <unordered_map>
+#include <utility>
 
 #include "ipc/ICallback.h"
 #include "service/EventOutbox.h"
@@ -22,7 +25,7 @@ public:
     /// Called on a binder thread after a client's callback died and was forgotten.
     using Died = std::function<void(uint32_t pid)>;
 
-    ClientRegistry(EventOutbox& outbox, Died died);
+    explicit ClientRegistry(Died died);
     ~ClientRegistry() override;
     ClientRegistry(const ClientRegistry&) = delete;
     ClientRegistry& operator=(const ClientRegistry&) = delete;
@@ -49,19 +52,22 @@ public:
     /// To every client.
     void tellAll(Event event, uint32_t second, uint32_t third);
 
+    /// Returns when every client has been sent what it was told before, or the time is up.
+    void flush(std::chrono::milliseconds atMost);
+
 private:
     class Obituary;
     struct Client {
         uint32_t uid = 0;
         android::sp<TTS::ICallback> callback;
         android::sp<Obituary> obituary;
+        std::shared_ptr<EventOutbox> outbox;
     };
 
     void died(uint32_t pid, const Obituary* obituary);
     void remember(uint32_t deadPid) VOXTRELD_REQUIRES(mMutex);
     static void unlink(const Client& client);
 
-    EventOutbox& mOutbox;
     const Died mDied;
     mutable Mutex mMutex;
     std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);

@@ -2,9 +2,11 @@
 #ifndef VOXTREL_SERVICE_EVENTOUTBOX_H
 #define VOXTREL_SERVICE_EVENTOUTBOX_H
 
+#include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
-#include <thread>
+#include <memory>
 #include <vector>
 
 #include "ipc/ICallback.h"
@@ -13,41 +15,40 @@
 
 namespace voxtreld {
 
-/// Sends events to callbacks from a thread of its own, in the order in which they were posted, so
-/// that neither sound nor a request ever waits for a client to take its mail.
+/// The events on their way to one client, in the order in which they were posted, sent from a
+/// thread of their own: neither sound, nor a request, nor another client waits for this one to take
+/// its mail. A client that takes none is tried again until it does, dies, or is closed.
 ///
 /// Called on: any thread. Locks: its own.
 class EventOutbox {
 public:
-    EventOutbox();
-    /// Sends what has been posted, then ends its thread.
+    /// More than any client can have missed that will ever look again.
+    static constexpr size_t kMostWaiting = 65536;
+
+    explicit EventOutbox(const android::sp<TTS::ICallback>& to);
+    /// Closes, without waiting for a call to the client that is under way.
     ~EventOutbox();
     EventOutbox(const EventOutbox&) = delete;
     EventOutbox& operator=(const EventOutbox&) = delete;
 
-    void post(const android::sp<TTS::ICallback>& to, Event event, uint32_t second, uint32_t third);
+    /// Returns at once. @return false if the event is dropped because too many wait already.
+    bool post(Event event, uint32_t second, uint32_t third);
 
-    /// Returns when everything posted before the call has been sent.
-    void flush();
+    /// Returns when everything posted before the call has been sent, or the time is up.
+    /// @return true if it has been sent.
+    bool flush(std::chrono::milliseconds atMost);
 
 private:
     struct Letter {
-        android::sp<TTS::ICallback> to;
         Event event;
         uint32_t second;
         uint32_t third;
     };
 
-    void run();
-    std::vector<Letter> collect();
+    /// What the thread works on; it may outlive the outbox by one call to the client.
+    class Desk;
 
-    Mutex mMutex;
-    std::condition_variable mPosted;
-    std::condition_variable mEmptied;
-    std::vector<Letter> mLetters VOXTRELD_GUARDED_BY(mMutex);
-    bool mSending VOXTRELD_GUARDED_BY(mMutex) = false;
-    bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;
-    std::thread mThread;
+    const std::shared_ptr<Desk> mDesk;
 };
 
 }  // namespace voxtreld

@@ -39,6 +39,12 @@ public:
     /// Returns with the mutex held; may wake without cause, so callers loop on their condition.
     void wait(std::condition_variable& condition) { condition.wait(mLock); }
 
+    /// As `wait`, but not beyond the deadline. @return false when it has passed.
+    template <typename TimePoint>
+    bool waitUntil(std::condition_variable& condition, const TimePoint& deadline) {
+        return condition.wait_until(mLock, deadline) == std::cv_status::no_timeout;
+    }
+
 private:
     std::unique_lock<std::mutex> mLock;
 };

@@ -37,13 +37,12 @@ TTS::Capabilities emptyCapabilities() {
 VoxtrelService::VoxtrelService(const Parts& parts)
     : mQueue(parts.queue),
       mProfile(parts.profile),
-      mOutbox(parts.outbox),
       mAdmission(parts.admission),
       mCaller(parts.caller),
       mLog(parts.log),
       mSettings(parts.profile->load()),
       mCapabilities(emptyCapabilities()),
-      mClients(*parts.outbox, [this](uint32_t pid) { clientDied(pid); }) {
+      mClients([this](uint32_t pid) { clientDied(pid); }) {
     const MutexLock lock(mMutex);
     mProfile->save(mSettings.profile());  // a fresh or repaired profile is on disk from the start
 }

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_SERVICE_VOXTRELSERVICE_H
 #define VOXTREL_SERVICE_VOXTRELSERVICE_H
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -38,7 +39,6 @@ public:
     struct Parts {
         std::shared_ptr<SpeechQueue> queue;
         std::shared_ptr<ProfileStore> profile;
-        std::shared_ptr<EventOutbox> outbox;
         Admission admission;
         CallerSource caller;  ///< who sent the request that this thread serves
         Log log;              ///< takes one line, without a line end
@@ -52,6 +52,9 @@ public:
 
     /// Where the speech thread reports to.
     Listener& listener() { return mClients; }
+
+    /// Returns when every client has been sent what it was told before, or the time is up.
+    void flushEvents(std::chrono::milliseconds atMost) { mClients.flush(atMost); }
 
     /// A request that makes the stub throw (`say` without a text) is answered with BAD_VALUE.
     android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
@@ -95,7 +98,6 @@ private:
 
     const std::shared_ptr<SpeechQueue> mQueue;
     const std::shared_ptr<ProfileStore> mProfile;
-    const std::shared_ptr<EventOutbox> mOutbox;
     const Admission mAdmission;
     const CallerSource mCaller;
     const Log mLog;

@@ -4,6 +4,7 @@
 #include <binder/ProcessState.h>
 #include <ttscommon/ttscommon.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +14,6 @@
 #include <utility>
 
 #include "service/EspeakEngine.h"
-#include "service/EventOutbox.h"
 #include "service/Mixer.h"
 #include "service/Options.h"
 #include "service/ProfileStore.h"
@@ -64,9 +64,8 @@ int run(const Options& options) {
 
     const auto queue = std::make_shared<SpeechQueue>(options.limits);
     const auto profile = std::make_shared<ProfileStore>(options.profile);
-    const auto outbox = std::make_shared<EventOutbox>();
     const android::sp<VoxtrelService> service =
-        new VoxtrelService({queue, profile, outbox, options.admission, binderCaller, logLine});
+        new VoxtrelService({queue, profile, options.admission, binderCaller, logLine});
     EspeakEngine engine;
 
     // The sound path is opened on its own thread, beside the first clients' search for the service.
@@ -95,7 +94,7 @@ int run(const Options& options) {
     }
     queue->close();
     speech.join();
-    outbox->flush();
+    service->flushEvents(std::chrono::seconds(1));
     profile->flush();
     if (added != android::OK) {
         return fail("the service manager does not answer or refused the name: is it running?");

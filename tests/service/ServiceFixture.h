@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "ipc/BnCallback.h"
-#include "service/EventOutbox.h"
 #include "service/ProfileStore.h"
 #include "service/Speaker.h"
 #include "service/SpeechQueue.h"
@@ -56,8 +55,7 @@ protected:
         profile = nullptr;
         queue = std::make_shared<SpeechQueue>(limits);
         profile = std::make_shared<ProfileStore>(profilePath());
-        outbox = std::make_shared<EventOutbox>();
-        service = new VoxtrelService({queue, profile, outbox, admission, [this] { return caller; },
+        service = new VoxtrelService({queue, profile, admission, [this] { return caller; },
                                       [this](const std::string& line) { log.push_back(line); }});
     }
     void startSpeech() {
@@ -91,7 +89,7 @@ protected:
     }
     /// What a client was told when everything posted so far has arrived.
     std::vector<Told> toldTo(const android::sp<RecordingCallback>& callback) {
-        outbox->flush();
+        service->flushEvents(kPatience);
         return callback->told();
     }
     /// What a client was told when all that was accepted has been spoken.
@@ -106,7 +104,6 @@ protected:
     Mixer mixer{nullptr};
     std::shared_ptr<SpeechQueue> queue;
     std::shared_ptr<ProfileStore> profile;
-    std::shared_ptr<EventOutbox> outbox;
     android::sp<VoxtrelService> service;
     Caller caller{kAnn, kUser};
     std::vector<std::string> log;
