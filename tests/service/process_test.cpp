@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: Apache-2.0
+// The service as it runs: service manager, voxtreld and clients, each a process of its own.
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+#include "service/Events.h"
+#include "tests/service/ChildProcess.h"
+#include "tests/support/TempFolder.h"
+
+namespace voxtreld {
+namespace {
+
+using Lines = ChildProcess::Lines;
+using Process = std::unique_ptr<ChildProcess>;
+
+/// A line of `speech_client`.
+struct EventLine {
+    unsigned event = 0;
+    unsigned second = 0;
+    int third = 0;
+    bool isEvent = false;
+};
+
+EventLine parse(const std::string& line) {
+    std::istringstream in(line);
+    std::string word;
+    EventLine parsed;
+    in >> word >> parsed.event >> parsed.second >> parsed.third;
+    parsed.isEvent = word == "event" && !in.fail();
+    return parsed;
+}
+
+bool isTerminal(const EventLine& line) {
+    return line.isEvent && (line.event == EVENT_FINISHED || line.event == EVENT_STOPPED);
+}
+
+std::string eventLine(unsigned event, unsigned second, int third) {
+    return "event " + std::to_string(event) + " " + std::to_string(second) + " " +
+           std::to_string(third);
+}
+
+size_t residentKilobytes(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmRSS:", 0) == 0) {
+            return std::strtoul(line.c_str() + 6, nullptr, 10);
+        }
+    }
+    return 0;
+}
+
+class ARunningService : public testing::Test {
+protected:
+    ARunningService() {
+        setenv("VOXTREL_BINDER_SOCKET", folder.path("binder").c_str(), 1);
+        manager = std::make_unique<ChildProcess>(Lines{VOXTREL_SERVICE_MANAGER});
+        manager->readUntil("voxtrel-servicemanager: ready");
+    }
+
+    Process startService(const Lines& options) {
+        Lines command = {VOXTREL_SERVICE, "--profile", folder.path("voxtrel.ini")};
+        command.insert(command.end(), options.begin(), options.end());
+        return std::make_unique<ChildProcess>(command);
+    }
+    /// A client that has connected.
+    Process startClient() {
+        auto client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
+        client->tell("connect");
+        client->readUntil("connect 0");
+        return client;
+    }
+    /// Events until so many utterances have had their terminal event; `lines` were read before.
+    std::vector<EventLine> eventsUntilEnded(ChildProcess& client, size_t utterances,
+                                            Lines lines = {}) {
+        auto ended = static_cast<size_t>(
+            std::count_if(lines.begin(), lines.end(),
+                          [](const std::string& line) { return isTerminal(parse(line)); }));
+        const Lines rest = client.readUntil([&](const std::string& line) {
+            ended += isTerminal(parse(line)) ? 1 : 0;
+            return ended == utterances;
+        });
+        lines.insert(lines.end(), rest.begin(), rest.end());
+        std::vector<EventLine> events;
+        for (const std::string& line : lines) {
+            if (parse(line).isEvent) {
+                events.push_back(parse(line));
+            }
+        }
+        return events;
+    }
+    /// Each id from 1 to `count` has one start, then one end, of that kind.
+    void expectOneLifeEach(const std::vector<EventLine>& events, unsigned count, unsigned end) {
+        std::map<unsigned, int> starts;
+        std::map<unsigned, int> ends;
+        for (const EventLine& each : events) {
+            starts[each.second] += each.event == EVENT_STARTED ? 1 : 0;
+            if (isTerminal(each)) {
+                EXPECT_EQ(end, each.event) << each.second;
+                EXPECT_EQ(1, starts[each.second]) << "ended before it started";
+                ++ends[each.second];
+            }
+        }
+        for (unsigned id = 1; id <= count; ++id) {
+            EXPECT_EQ(1, starts[id]) << id;
+            EXPECT_EQ(1, ends[id]) << id;
+        }
+    }
+
+    voxtrel_test::TempFolder folder;
+    Process manager;
+};
+
+TEST_F(ARunningService, SpeaksIntoAFileThatIsWholeWhenTheUtteranceHasFinished) {
+    const std::string path = folder.path("speech.wav");
+    const Process service = startService({"--sink", "wav:" + path});
+    const Process client = startClient();
+    client->tell("say 5 Hello, wide world.");
+    client->readUntil(eventLine(EVENT_STARTED, 5, 0));
+    client->readUntil(eventLine(EVENT_WORD, 5, 7));
+    client->readUntil(eventLine(EVENT_FINISHED, 5, 0));
+    SF_INFO info = {};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    ASSERT_NE(nullptr, file);
+    EXPECT_EQ(22050, info.samplerate);
+    EXPECT_GT(info.frames, 22050 / 3);
+    std::vector<int16_t> samples(static_cast<size_t>(info.frames));
+    sf_read_short(file, samples.data(), info.frames);
+    sf_close(file);
+    EXPECT_GT(*std::max_element(samples.begin(), samples.end()), 1000);
+}
+
+TEST_F(ARunningService, HearsTwentyClientsWithFiftyUtterancesEach) {
+    const Process service = startService({"--sink", "none"});
+    std::vector<Process> clients;
+    for (int i = 0; i < 20; ++i) {
+        clients.push_back(startClient());
+    }
+    for (const Process& client : clients) {
+        client->tell("flood 1 50 Hello there.");
+    }
+    for (const Process& client : clients) {
+        const std::vector<EventLine> events = eventsUntilEnded(*client, 50);
+        expectOneLifeEach(events, 50, EVENT_FINISHED);
+        unsigned last = 0;
+        size_t words = 0;
+        for (const EventLine& each : events) {
+            EXPECT_LE(last, each.second) << "out of order";
+            last = each.event == EVENT_STATE ? last : each.second;
+            words += each.event == EVENT_WORD ? 1 : 0;
+        }
+        EXPECT_EQ(100U, words);
+    }
+}
+
+TEST_F(ARunningService, StopsAThousandUtterancesAndTellsOfEach) {
+    const Process service = startService({"--sink", "none", "--real-time"});
+    const Process client = startClient();
+    client->tell("flood 1 1000 This is one of very many sentences.");
+    client->tell("stop 0");
+    expectOneLifeEach(eventsUntilEnded(*client, 1000), 1000, EVENT_STOPPED);
+}
+
+TEST_F(ARunningService, ForgetsAClientThatIsKilledWhileItSpeaks) {
+    const Process service = startService({"--sink", "none", "--real-time"});
+    const Process bob = startClient();
+    const Process ann = startClient();
+    ann->tell("flood 1 100 Nobody will ever hear the end of this long sentence.");
+    ann->readUntil(eventLine(EVENT_STARTED, 1, 0));
+    ann->tell("lock");
+    bob->readUntil(eventLine(EVENT_STATE, STATE_LOCK, ann->pid()));
+    ann->signal(SIGKILL);
+    const auto killed = std::chrono::steady_clock::now();
+    bob->readUntil(eventLine(EVENT_STATE, STATE_LOCK, 0));
+    bob->tell("say 7 My turn.");
+    bob->readUntil(eventLine(EVENT_STARTED, 7, 0));
+    // The promise is 100 ms, which the benchmark measures; a busy machine gets more. What the other
+    // client had queued would have taken minutes.
+    EXPECT_LT(std::chrono::steady_clock::now() - killed, std::chrono::seconds(5));
+    bob->readUntil(eventLine(EVENT_FINISHED, 7, 0));
+}
+
+TEST_F(ARunningService, IsNotHeldUpByAClientThatTakesNoEvents) {
+    const Process service = startService({"--sink", "none"});
+    const Process stuck = startClient();
+    const Process bob = startClient();
+    stuck->tell("flood 1 1000 Words that nobody wants to be told about.");
+    const Lines before = stuck->readUntil("flood 0");
+    stuck->signal(SIGSTOP);
+    bob->tell("flood 1 50 Hello.");
+    expectOneLifeEach(eventsUntilEnded(*bob, 50), 50, EVENT_FINISHED);
+    stuck->signal(SIGCONT);
+    expectOneLifeEach(eventsUntilEnded(*stuck, 1000, before), 1000, EVENT_FINISHED);
+}
+
+TEST_F(ARunningService, KeepsItsSettingsWhenItIsKilledAndStartedAgain) {
+    Process service = startService({"--sink", "none", "--real-time"});
+    Process client = startClient();
+    client->tell("rate 123");
+    client->readUntil("rate 0");
+    client->tell("long 1 10000");
+    client->readUntil(eventLine(EVENT_STARTED, 1, 0));
+    service->signal(SIGKILL);
+    EXPECT_EQ(256 + SIGKILL, service->wait());
+    client->readUntil(
+        [](const std::string& line) { return line.find("binderDied") != std::string::npos; });
+    client->tell("which-rate");
+    client->readUntil("which-rate 0");
+    client->tell("stop 0");
+    client->readUntil("stop -5");
+    service = startService({"--sink", "none"});
+    client->tell("connect");
+    client->readUntil("connect 0");
+    client->tell("which-rate");
+    client->readUntil("which-rate 123");
+    client->tell("say 2 I am back.");
+    client->readUntil(eventLine(EVENT_FINISHED, 2, 0));
+}
+
+TEST_F(ARunningService, LeavesInOrderOnASignalAndTellsWhatItDrops) {
+    for (const int number : {SIGTERM, SIGINT}) {
+        const Process service = startService({"--sink", "none", "--real-time"});
+        const Process client = startClient();
+        client->tell("flood 1 3 A sentence that takes its time to be spoken.");
+        client->readUntil(eventLine(EVENT_STARTED, 1, 0));
+        service->signal(number);
+        for (int id = 1; id <= 3; ++id) {
+            client->readUntil(eventLine(EVENT_STOPPED, static_cast<unsigned>(id), 0));
+        }
+        EXPECT_EQ(0, service->wait());
+    }
+}
+
+TEST_F(ARunningService, DoesNotGrowWithTheLengthOfAText) {
+    const Process service = startService({"--sink", "none"});
+    const Process client = startClient();
+    client->tell("say 1 Warm up.");
+    client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
+    client->tell("long 2 500000");
+    client->readUntil(eventLine(EVENT_WORD, 2, 1300));
+    const size_t before = residentKilobytes(service->pid());
+    client->readUntil(eventLine(EVENT_WORD, 2, 52000));
+    const size_t after = residentKilobytes(service->pid());
+    client->tell("stop 0");
+    client->readUntil(eventLine(EVENT_STOPPED, 2, 0));
+    EXPECT_GT(before, 0U);
+    EXPECT_LT(after, before + 512) << "kilobytes";
+}
+
+TEST_F(ARunningService, DoesNotAdmitADeniedUser) {
+    const Process service =
+        startService({"--sink", "none", "--deny-uid", std::to_string(getuid())});
+    ChildProcess client({VOXTREL_SPEECH_CLIENT});
+    client.tell("connect");
+    client.readUntil("connect -10");
+}
+
+TEST_F(ARunningService, LetsAClientLeaveAndFinishesWhatItSaid) {
+    const std::string path = folder.path("speech.wav");
+    const Process service = startService({"--sink", "wavdir:" + folder.path("spoken")});
+    const Process ann = startClient();
+    ann->tell("say 1 Goodbye.");
+    ann->tell("disconnect");
+    ann->readUntil("disconnect 0");
+    ann->signal(SIGKILL);
+    const pid_t pid = ann->pid();
+    EXPECT_EQ(256 + SIGKILL, ann->wait());
+    const Process bob = startClient();
+    bob->tell("say 2 And now I.");
+    bob->readUntil(eventLine(EVENT_FINISHED, 2, 0));
+    const std::string file = "spoken/000001-" + std::to_string(pid) + "-1.wav";
+    EXPECT_GT(voxtrel_test::readFile(folder.path(file)).size(), 10'000U);
+}
+
+TEST_F(ARunningService, ThatCannotUseItsSinkSaysSoAndLeaves) {
+    const Process service = startService({"--sink", "wav:/nowhere/x.wav"});
+    service->readUntil([](const std::string& line) {
+        return line.find("voxtreld: cannot write the sound file '/nowhere/x.wav'") == 0;
+    });
+    EXPECT_EQ(1, service->wait());
+}
+
+TEST_F(ARunningService, WithoutAServiceManagerSaysSoAndLeaves) {
+    manager->signal(SIGKILL);
+    EXPECT_EQ(256 + SIGKILL, manager->wait());
+    const Process service = startService({"--sink", "none"});
+    service->readUntil([](const std::string& line) {
+        return line.find("voxtreld: the service manager does not answer") == 0;
+    });
+    EXPECT_EQ(1, service->wait());
+}
+
+}  // namespace
+}  // namespace voxtreld
