@@ -2,10 +2,10 @@
 #include "service/AlsaSink.h"
 
 #include <alsa/asoundlib.h>
+#include <poll.h>
 
 #include <cerrno>
 #include <chrono>
-#include <thread>
 
 namespace voxtreld {
 namespace {
@@ -45,16 +45,24 @@ bool AlsaSink::begin(uint32_t /*pid*/, uint32_t /*id*/) {
     return mPcm != nullptr && snd_pcm_prepare(mPcm) == 0;
 }
 
-bool AlsaSink::waitForRoom() {
-    const int result = snd_pcm_wait(mPcm, kPollMilliseconds);
-    return result >= 0 || snd_pcm_recover(mPcm, result, 1) == 0;
+bool AlsaSink::waitForRoom(const Cancel& cancel) {
+    // The card's own descriptors, and the one that ends the wait when nobody wants the sound.
+    constexpr unsigned kMost = 15;
+    pollfd requests[kMost + 1] = {};
+    const int count = snd_pcm_poll_descriptors(mPcm, requests, kMost);
+    if (count < 0) {
+        return false;
+    }
+    requests[count] = {cancel.descriptor(), POLLIN, 0};
+    (void)poll(requests, static_cast<nfds_t>(count) + 1, kPollMilliseconds);
+    return true;
 }
 
 bool AlsaSink::write(const int16_t* samples, size_t count, const Cancel& cancel) {
     while (count > 0 && !cancel) {
         const snd_pcm_sframes_t taken = snd_pcm_writei(mPcm, samples, count);
         if (taken == -EAGAIN) {
-            if (!waitForRoom()) {
+            if (!waitForRoom(cancel)) {
                 return false;
             }
             continue;
@@ -76,10 +84,12 @@ bool AlsaSink::end(const Cancel& cancel) {
     if (!cancel && snd_pcm_state(mPcm) == SND_PCM_STATE_PREPARED) {
         snd_pcm_start(mPcm);
     }
+    const auto pause = std::chrono::milliseconds(kPollMilliseconds);
     snd_pcm_sframes_t waiting = 0;
-    while (!cancel && snd_pcm_state(mPcm) == SND_PCM_STATE_RUNNING &&
+    bool goOn = true;
+    while (goOn && snd_pcm_state(mPcm) == SND_PCM_STATE_RUNNING &&
            snd_pcm_delay(mPcm, &waiting) == 0 && waiting > 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(kPollMilliseconds));
+        goOn = !cancel.sleepUntil(std::chrono::steady_clock::now() + pause);
     }
     return snd_pcm_drop(mPcm) == 0;
 }

@@ -25,7 +25,7 @@ public:
     bool end(const Cancel& cancel) override;
 
 private:
-    bool waitForRoom();
+    bool waitForRoom(const Cancel& cancel);
 
     std::string mDevice;
     _snd_pcm* mPcm = nullptr;

@@ -11,7 +11,8 @@
 namespace voxtreld {
 
 /// Slows another sink down to the speed of sound, so that events come when a listener at a
-/// loudspeaker would hear the words.
+/// loudspeaker would hear the words: what it takes is written at once, and what comes next waits
+/// until that would have been heard.
 class PacedSink : public Sink {
 public:
     explicit PacedSink(std::unique_ptr<Sink> inner) : mInner(std::move(inner)) {}

@@ -2,16 +2,14 @@
 #ifndef VOXTREL_SERVICE_SINK_H
 #define VOXTREL_SERVICE_SINK_H
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 
-namespace voxtreld {
+#include "service/Cancel.h"
 
-/// Set by any thread to ask a sink that is busy to give up at once.
-using Cancel = std::atomic<bool>;
+namespace voxtreld {
 
 /// Where sound goes: mono samples of 16 bits. Called on: the speech thread only.
 ///

@@ -58,7 +58,7 @@ void SpeechQueue::dropLocked(std::optional<uint32_t> pid, int32_t status, bool r
     mWaiting.erase(kept, mWaiting.end());
     if (mSoundingPid && isMeant(*mSoundingPid) && !mCancelled) {
         mCancelStatus = status;
-        mCancelled = true;
+        mCancelled.set();
     }
 }
 
@@ -91,7 +91,7 @@ bool SpeechQueue::wait(Work& work) {
         work.next = std::move(mWaiting.front());
         mWaiting.pop_front();
         mSoundingPid = work.next->pid;
-        mCancelled = false;
+        mCancelled.clear();
     }
     return work.next.has_value() || !work.dropped.empty();
 }

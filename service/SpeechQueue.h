@@ -2,7 +2,6 @@
 #ifndef VOXTREL_SERVICE_SPEECHQUEUE_H
 #define VOXTREL_SERVICE_SPEECHQUEUE_H
 
-#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -11,8 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "service/Cancel.h"
 #include "service/Locking.h"
-#include "service/Sink.h"
 #include "service/Utterance.h"
 
 namespace voxtreld {
@@ -98,7 +97,7 @@ private:
     std::optional<uint32_t> mSoundingPid VOXTRELD_GUARDED_BY(mMutex);
     int32_t mCancelStatus VOXTRELD_GUARDED_BY(mMutex) = 0;
     bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;
-    Cancel mCancelled{false};
+    Cancel mCancelled;
 };
 
 }  // namespace voxtreld
