@@ -18,14 +18,15 @@ namespace fs = std::filesystem;
 
 SystemCalls* gRecorder = nullptr;
 
-int openFlagsOf(const std::string& file) {
+std::vector<int> openFlagsOf(const std::string& file) {
+    std::vector<int> flags;
     for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code gone;  // the iterator's own descriptor
         if (fs::read_symlink(entry.path(), gone) == file) {
-            return fcntl(std::stoi(entry.path().filename()), F_GETFL);
+            flags.push_back(fcntl(std::stoi(entry.path().filename()), F_GETFL));
         }
     }
-    return -1;
+    return flags;
 }
 
 }  // namespace
@@ -40,7 +41,8 @@ SystemCalls::~SystemCalls() {
 }
 
 int SystemCalls::noteCommand(const char* text) {
-    const int flags = openFlagsOf(mWatched);  // before the file is opened once more to be read
+    const std::vector<int> flags =
+        openFlagsOf(mWatched);  // before the file is opened once more to be read
     commands.push_back({text, readFile(mWatched), flags});
     return mCommandResult;
 }

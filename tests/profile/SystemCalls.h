@@ -23,7 +23,8 @@ public:
     struct Command {
         std::string text;
         std::string content;  ///< of the watched file at that moment
-        int openFlags;        ///< of the watched file, as for `open`; -1 if it is not open
+        /// How often the watched file is open at that moment: the flags of each, as for `open`.
+        std::vector<int> openFlags;
     };
 
     std::vector<std::string> writes;  ///< the bytes of each write, in order

@@ -49,7 +49,7 @@ TEST(WritingAProfile, SyncsOnceWhenAllIsWrittenAndTheFileStillOpen) {
     ASSERT_EQ(1U, calls.commands.size());
     EXPECT_EQ("/bin/sync", calls.commands[0].text);
     EXPECT_EQ(readFile(path), calls.commands[0].content);
-    EXPECT_NE(-1, calls.commands[0].openFlags);
+    EXPECT_EQ(1U, calls.commands[0].openFlags.size());
 }
 
 TEST(WritingAProfile, OpensTheFileForReadingToo) {
@@ -58,7 +58,8 @@ TEST(WritingAProfile, OpensTheFileForReadingToo) {
     const SystemCalls calls(path);
     ASSERT_TRUE(TtsSetting("x").serialize(path.c_str()));
     ASSERT_EQ(1U, calls.commands.size());
-    EXPECT_EQ(O_RDWR, calls.commands[0].openFlags & O_ACCMODE);
+    ASSERT_EQ(1U, calls.commands[0].openFlags.size());
+    EXPECT_EQ(O_RDWR, calls.commands[0].openFlags[0] & O_ACCMODE);
 }
 
 TEST(WritingAProfile, IgnoresTheResultOfTheSync) {

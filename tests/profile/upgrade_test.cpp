@@ -138,6 +138,21 @@ TEST_F(ADefaultProfile, IsSyncedWhenItIsWrittenBack) {
     EXPECT_EQ(kUpgraded, calls.commands[0].content);
 }
 
+TEST_F(ADefaultProfile, IsNoLongerOpenForReadingWhenItIsWrittenBack) {
+    const SystemCalls calls(path);
+    (void)read(kUnset);
+    ASSERT_EQ(1U, calls.commands.size());
+    EXPECT_EQ(1U, calls.commands[0].openFlags.size());
+}
+
+TEST_F(ADefaultProfile, IsUpgradedWhateverElseItHolds) {
+    for (const char* line :
+         {"", "version", "version 2", "2", "=2", "lang=2", "Version=2", "speed=2"}) {
+        EXPECT_EQ("en_US", read("\n" + std::string(line) + "\n\nlang=na_NL\n").mLang) << line;
+        EXPECT_NE(std::string::npos, readFile(path).find("\nversion=2\n")) << line;
+    }
+}
+
 // The folder's name counts like the file's: what is searched is the whole path.
 TEST_F(ADefaultProfile, IsAnyPathThatContainsItsName) {
     std::filesystem::create_directory(folder.path("my-voxtrel.ini.d"));
