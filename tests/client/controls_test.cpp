@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <limits>
+#include <ostream>
 
 #include "tests/client/ClientTest.h"
 
@@ -18,6 +19,10 @@ struct Row {
     std::string trace;
     const char* request;
 };
+
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
 
 /// The operations that change the service under the lock rule and check nothing else.
 const std::vector<Row>& rows() {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <ttscommon/ttscommon.h>
 
+#include <ostream>
+#include <string>
+
 #include "tests/client/ClientTest.h"
 
 namespace {
@@ -24,6 +27,14 @@ std::string foundLine(const std::string& function, const std::string& code,
                      function + ", language : " + code + ", voice : " + voice);
 }
 
+/// `text` as it can stand in the name of a test.
+std::string printable(std::string text) {
+    for (char& c : text) {
+        c = c >= ' ' && c <= '~' ? c : '?';
+    }
+    return text;
+}
+
 /// A filter text, a question, and the whole answer.
 struct VoiceRow {
     const char* filter;
@@ -33,6 +44,10 @@ struct VoiceRow {
     bool listed;
     const char* code;  ///< of the item that was found, where it was
 };
+
+void PrintTo(const VoiceRow& row, std::ostream* out) {
+    *out << row.language << " '" << row.voice << "' in '" << printable(row.filter) << "'";
+}
 
 class AVoice : public support::ClientTest, public testing::WithParamInterface<VoiceRow> {};
 
@@ -145,6 +160,10 @@ struct LanguageRow {
     EN_VOXTREL_LANGUAGE language;
     const char* code;  ///< of the item that takes the language away; null where none does
 };
+
+void PrintTo(const LanguageRow& row, std::ostream* out) {
+    *out << row.language << " in '" << printable(row.filter) << "'";
+}
 
 class ALanguage : public support::ClientTest, public testing::WithParamInterface<LanguageRow> {};
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <ostream>
 #include <stdexcept>
 
 #include "tests/client/ClientTest.h"
@@ -26,6 +27,10 @@ struct NumberKey {
     double high;
     bool TTS::Capabilities::*capability;  ///< null when the feature has none
 };
+
+void PrintTo(const NumberKey& key, std::ostream* out) {
+    *out << key.name;
+}
 
 class AGlobalNumber : public support::JoinedClientTest,
                       public testing::WithParamInterface<NumberKey> {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 #include "tests/client/ClientTest.h"
 
@@ -27,6 +28,10 @@ struct Control {
     double high;
     bool TTS::Capabilities::*capability;  ///< null when the feature has none
 };
+
+void PrintTo(const Control& control, std::ostream* out) {
+    *out << control.name;
+}
 
 const std::vector<Control>& controls() {
     using Client = TTSClientPrivate;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <ostream>
+
 #include "tests/client/ClientTest.h"
 
 namespace {
@@ -20,6 +22,10 @@ struct Row {
     std::string trace;
     const char* request;
 };
+
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
 
 const std::vector<Row>& rows() {
     static const std::vector<Row> all = {

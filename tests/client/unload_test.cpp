@@ -35,7 +35,6 @@ protected:
 };
 
 TEST_F(TheEndOfTheProcess, UnlinksTheDeathNotifierBeforeTheProxyGoes) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(leaveConnected(), testing::ExitedWithCode(0), "unlinked with 0;released;");
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <ostream>
+
 #include "tests/client/ClientTest.h"
 
 namespace {
@@ -23,6 +25,10 @@ struct Row {
     int result;
     Lines notes;  ///< all that happens
 };
+
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
 
 /// Every operation that looks for the service, and its answer when there is none.
 const std::vector<Row>& rows() {
