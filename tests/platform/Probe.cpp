@@ -66,6 +66,8 @@ protected:
                 return unblock();
             case kBlocked:
                 return reply->writeInt32(mBlockedCalls);
+            case kBlockedEver:
+                return reply->writeInt32(mBlockedEver);
             case kFail:
                 reply->writeInt32(1);
                 return -42;
@@ -154,6 +156,7 @@ private:
     status_t block() {
         std::unique_lock<std::mutex> held(mLock);
         ++mBlockedCalls;
+        ++mBlockedEver;
         const int generation = mGeneration;
         mChanged.wait(held, [this, generation] { return mGeneration != generation; });
         --mBlockedCalls;
@@ -171,6 +174,7 @@ private:
     std::condition_variable mChanged;
     int mGeneration = 0;
     std::atomic<int> mBlockedCalls{0};
+    std::atomic<int> mBlockedEver{0};
     sp<IBinder> mKept;
     std::map<int32_t, int32_t> mNext;
     int32_t mCount = 0;
@@ -196,6 +200,10 @@ const voxtrel_test::Role kServer("server", [](const voxtrel_test::Arguments& arg
 std::atomic<int>& living() {
     static std::atomic<int> count{0};
     return count;
+}
+
+void startPool() {
+    android::ProcessState::self()->startThreadPool();
 }
 
 sp<IBinder> makeNode() {

@@ -33,6 +33,7 @@ enum Code : uint32_t {
     kThrow,        ///< ends with an exception
     kBig,          ///< int32 n -> n bytes
     kBlocked,      ///< -> int32 calls that wait in kBlock
+    kBlockedEver,  ///< -> int32 calls that have come to kBlock so far
 };
 
 inline constexpr const char* kName = "probe";
@@ -45,6 +46,9 @@ android::sp<android::IBinder> makeNode();
 
 /// The node that some process has added under `name`; waits until it is there.
 android::sp<android::IBinder> find(const std::string& name = kName);
+
+/// From here on this process serves calls and death notices.
+void startPool();
 
 /// One call; what it replied stands in `reply`.
 struct Call {

@@ -159,7 +159,7 @@ TEST(AnObjectBeingDestroyed, CanStillBeNamedWeaklyButNotHeld) {
 }
 
 TEST(PromotionUnderThreads, NeverRevivesAndNeverLosesAnObject) {
-    constexpr int kRounds = 2000;
+    constexpr int kRounds = 300;
     Diary diary;
     for (int round = 0; round < kRounds; ++round) {
         sp<Counted> strong = new Counted(diary);

@@ -34,22 +34,28 @@ const std::string& ownPath() {
     return path();
 }
 
-int runRoleOrTests(int argc, char** argv) {
+int runRoleOr(int argc, char** argv, int (*otherwise)(int argc, char** argv)) {
     char resolved[PATH_MAX];
     path() = realpath(argv[0], resolved) != nullptr ? resolved : argv[0];
-    signal(SIGPIPE, SIG_DFL);  // a runtime that raises it ends the test
+    signal(SIGPIPE, SIG_DFL);  // a runtime that raises it ends the program
     const std::string first = argc > 1 ? argv[1] : "";
     const std::string mark = kRoleArgument;
-    if (first.compare(0, mark.size(), mark) == 0) {
-        const auto role = roles().find(first.substr(mark.size()));
-        if (role == roles().end()) {
-            std::cerr << "no such role: " << first << std::endl;
-            return 2;
-        }
-        return role->second(Arguments(argv + 2, argv + argc));
+    if (first.compare(0, mark.size(), mark) != 0) {
+        return otherwise(argc, argv);
     }
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    const auto role = roles().find(first.substr(mark.size()));
+    if (role == roles().end()) {
+        std::cerr << "no such role: " << first << std::endl;
+        return 2;
+    }
+    return role->second(Arguments(argv + 2, argv + argc));
+}
+
+int runRoleOrTests(int argc, char** argv) {
+    return runRoleOr(argc, argv, [](int count, char** values) {
+        testing::InitGoogleTest(&count, values);
+        return RUN_ALL_TESTS();
+    });
 }
 
 void tell(const std::string& line) {

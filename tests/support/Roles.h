@@ -21,7 +21,9 @@ public:
 /// The program that is running.
 const std::string& ownPath();
 
-/// The main function of a program with roles: a role, or the tests.
+/// The main function of a program with roles: a role, or what the program is for.
+int runRoleOr(int argc, char** argv, int (*otherwise)(int argc, char** argv));
+/// The same where that is GoogleTest's tests.
 int runRoleOrTests(int argc, char** argv);
 
 /// For a role: one line to the test, and the next line from it (empty at its end).

@@ -147,7 +147,7 @@ void* Parcel::writeInplace(size_t length) {
     }
     const size_t end = mPosition + padded(length);
     if (end > mCapacity) {
-        mError = grow(std::min(std::max(end + end / 2, size_t{1024}), kLargest));
+        mError = grow(std::min(std::max(end + end / 2, size_t{2 * kInlineCapacity}), kLargest));
         if (mError != OK) {
             return nullptr;
         }
@@ -159,7 +159,9 @@ void* Parcel::writeInplace(size_t length) {
         dropObjectsFrom(mPosition, end);
     }
     uint8_t* where = bytes() + mPosition;
-    std::memset(where + length, 0, padded(length) - length);
+    for (size_t pad = length; pad < padded(length); ++pad) {
+        where[pad] = 0;
+    }
     mPosition = end;
     mSize = std::max(mSize, end);
     return where;
@@ -179,6 +181,13 @@ status_t Parcel::write(const void* from, size_t length) {
 template <typename T>
 status_t Parcel::writeScalar(T value) {
     static_assert(sizeof(T) % 4 == 0, "scalars need no padding");
+    if (mError == OK && mPosition == mSize && sizeof(T) <= mCapacity - mSize) {
+        // What nearly every write is: one more value at the end, where there is room.
+        std::memcpy(bytes() + mSize, &value, sizeof(T));
+        mSize += sizeof(T);
+        mPosition = mSize;
+        return OK;
+    }
     void* where = writeInplace(sizeof(T));
     if (where == nullptr) {
         return mError;

@@ -94,7 +94,7 @@ private:
     };
 
     static constexpr size_t kHeadroom = 32;
-    static constexpr size_t kInlineCapacity = 256;
+    static constexpr size_t kInlineCapacity = 1088;
 
     uint8_t* bytes() { return mBlock + kHeadroom; }
     status_t grow(size_t capacity);

@@ -1,56 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/CallEnd.h"
 
-#include "binder/transport/Dispatch.h"
-#include "binder/transport/ThreadPool.h"
+#include "binder/transport/Shift.h"
 
 namespace android::transport {
 
+CallEnd::CallEnd(Fd socket, const sp<BBinder>& node, Lease lease,
+                 std::shared_ptr<std::atomic<uint32_t>> oneWaysDone)
+    : ServedEnd(std::move(socket), node, std::move(lease)), mOneWaysDone(std::move(oneWaysDone)) {}
+
 void CallEnd::onReady() {
-    bool staying = false;
-    const bool kept = serve(staying);
-    if (staying) {
-        threadPool().endStay();
-    }
-    if (kept) {
-        reactor().rearm(*this);
-    }
+    Shift(shared_from_this()).run();
 }
 
-bool CallEnd::serve(bool& staying) {
-    Incoming incoming;
-    for (;;) {
-        const Received received =
-            receiveMessage(socket(), staying, incoming.parcel, incoming.envelope);
-        if (received != Received::Message) {
-            return survives(received, incoming.envelope);
-        }
-        if (!serveOne(incoming)) {
-            return false;
-        }
-        if (staying ? threadPool().nobodyWaits() : !threadPool().tryStay()) {
-            return true;
-        }
-        staying = true;
-    }
+uint32_t CallEnd::beginCall() {
+    const uint32_t call = (mProgress.load(std::memory_order_relaxed) + 2) | 1U;
+    mProgress.store(call, std::memory_order_relaxed);
+    return call;
 }
 
-bool CallEnd::serveOne(Incoming& incoming) {
-    if (incoming.envelope.header().kind != Kind::Request) {
-        refuse("a message out of place", incoming.envelope);
-        return false;
-    }
-    switch (serveRequest(*node(), incoming, socket())) {
-        case Served::Well:
-            return true;
-        case Served::Badly:
-            refuse("a descriptor that is no reference", incoming.envelope);
-            return false;
-        case Served::InVain:
-            reactor().remove(*this);
-            return false;
-    }
-    return false;
+bool CallEnd::finishCall(uint32_t call) {
+    return mProgress.compare_exchange_strong(call, call + 1);
+}
+
+bool CallEnd::lend(uint32_t call) {
+    // As finished: who began it finds out, and whoever takes the socket over counts on from there.
+    return mProgress.compare_exchange_strong(call, call + 1);
 }
 
 }  // namespace android::transport

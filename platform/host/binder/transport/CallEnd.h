@@ -2,22 +2,42 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_CALLEND_H
 #define VOXTREL_BINDER_TRANSPORT_CALLEND_H
 
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
 #include "binder/transport/ServedEnd.h"
 
 namespace android::transport {
 
-/// The served end of a socket for two-way calls. The thread that is woken by a request serves it
-/// and answers, and then sleeps on the socket itself for a while: a busy caller is served with one
-/// receive and one send a call.
-class CallEnd final : public ServedEnd {
+/// The served end of a socket for calls. The thread that is woken by a call serves it and answers,
+/// and then sleeps on the socket itself for a while: a busy caller is served with one receive and
+/// one send a call.
+///
+/// While that thread is in a call it does not read the socket. When the call takes long, the
+/// watchman lends the socket to the rest of the pool, so that what comes behind is not held up.
+class CallEnd final : public ServedEnd, public std::enable_shared_from_this<CallEnd> {
 public:
-    using ServedEnd::ServedEnd;
+    /// `oneWaysDone` counts for all sockets that came through one door.
+    CallEnd(Fd socket, const sp<BBinder>& node, Lease lease,
+            std::shared_ptr<std::atomic<uint32_t>> oneWaysDone);
     void onReady() override;
 
+    std::atomic<uint32_t>& oneWaysDone() const { return *mOneWaysDone; }
+
+    /// The calling thread is about to carry out a call; a number that `finishCall` wants back.
+    uint32_t beginCall();
+    /// False: the call took long, and the socket is another thread's now.
+    bool finishCall(uint32_t call);
+
+    /// For the watchman: the call under way, if any (odd), and taking the socket from it.
+    uint32_t progress() const { return mProgress.load(std::memory_order_relaxed); }
+    bool lend(uint32_t call);
+
 private:
-    /// Serves what comes until the thread is to go back to the reactor; true: the socket stays.
-    bool serve(bool& staying);
-    bool serveOne(Incoming& incoming);
+    const std::shared_ptr<std::atomic<uint32_t>> mOneWaysDone;
+    // Odd while a call is under way. Each call has a number of its own.
+    std::atomic<uint32_t> mProgress{0};
 };
 
 }  // namespace android::transport

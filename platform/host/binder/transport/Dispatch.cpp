@@ -62,19 +62,21 @@ status_t statusOf(status_t status, const Parcel& reply, Attachments* attachments
 
 }  // namespace
 
-Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket) {
+Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
+                    const std::atomic<uint32_t>& oneWaysDone) {
     if (!attachBinders(incoming.envelope, incoming.parcel)) {
         return Served::Badly;
     }
     Parcel reply;
     Attachments attachments;
     const status_t status = statusOf(run(node, incoming, &reply), reply, &attachments);
-    Header header = {0, Kind::Reply, 0, status, 0, 0, 0, 0};
+    const Header header = {0, Kind::Reply, oneWaysDone.load(), status, 0, 0, 0, 0};
     if (status != OK) {
         reply.freeData();
         attachments = {};
     }
-    return sendMessage(socket, header, reply, attachments) == OK ? Served::Well : Served::InVain;
+    const auto send = [&] { return sendMessage(socket, header, reply, attachments); };
+    return patiently(socket, send) == OK ? Served::Well : Served::InVain;
 }
 
 Served serveOneWay(BBinder& node, Incoming& incoming) {

@@ -2,6 +2,8 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_DISPATCH_H
 #define VOXTREL_BINDER_TRANSPORT_DISPATCH_H
 
+#include <atomic>
+
 #include "binder/Binder.h"
 #include "binder/transport/Incoming.h"
 
@@ -14,8 +16,10 @@ enum class Served {
     InVain,  ///< the caller does not take its reply
 };
 
-/// Carries out a received call in the name of its sender, and answers it on `socket`.
-Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket);
+/// Carries out a received call in the name of its sender, and answers it on `socket`; the answer
+/// also says how many one-way calls of the sender's are done.
+Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
+                    const std::atomic<uint32_t>& oneWaysDone);
 
 /// Carries out a received one-way call in the name of its sender.
 Served serveOneWay(BBinder& node, Incoming& incoming);

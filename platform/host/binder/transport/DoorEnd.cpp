@@ -5,7 +5,6 @@
 #include <sys/time.h>
 
 #include "binder/transport/CallEnd.h"
-#include "binder/transport/LaneEnd.h"
 #include "binder/transport/Log.h"
 
 namespace android::transport {
@@ -21,18 +20,6 @@ bool prepare(const Fd& socket) {
     return isPeerSocket(socket) &&
            setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0 &&
            setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &stay, sizeof(stay)) == 0;
-}
-
-std::shared_ptr<Source> makeEnd(Role role, Fd socket, const sp<BBinder>& node, Lease lease) {
-    switch (role) {
-        case Role::Door:
-            return std::make_shared<DoorEnd>(std::move(socket), node, std::move(lease));
-        case Role::Calls:
-            return std::make_shared<CallEnd>(std::move(socket), node, std::move(lease));
-        case Role::Lane:
-            return std::make_shared<LaneEnd>(std::move(socket), node, std::move(lease));
-    }
-    return nullptr;
 }
 
 }  // namespace
@@ -55,6 +42,13 @@ void DoorEnd::onReady() {
     }
 }
 
+std::shared_ptr<Source> DoorEnd::makeEnd(Role role, Fd socket, Lease lease) const {
+    if (role == Role::Door) {
+        return std::make_shared<DoorEnd>(std::move(socket), node(), std::move(lease));
+    }
+    return std::make_shared<CallEnd>(std::move(socket), node(), std::move(lease), mOneWaysDone);
+}
+
 bool DoorEnd::adopt(Envelope& envelope) {
     if (envelope.header().kind != Kind::Adopt) {
         return false;
@@ -70,7 +64,7 @@ bool DoorEnd::adopt(Envelope& envelope) {
         return true;
     }
     const auto role = static_cast<Role>(envelope.header().code);
-    const auto source = makeEnd(role, std::move(end), node(), std::move(lease));
+    const auto source = makeEnd(role, std::move(end), std::move(lease));
     // What cannot be waited for is dropped, and its peer sees it hang up.
     (void)reactor().add(source);
     return true;

@@ -2,6 +2,9 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_DOOREND_H
 #define VOXTREL_BINDER_TRANSPORT_DOOREND_H
 
+#include <atomic>
+#include <memory>
+
 #include "binder/transport/ServedEnd.h"
 
 namespace android::transport {
@@ -14,8 +17,13 @@ public:
     void onReady() override;
 
 private:
+    std::shared_ptr<Source> makeEnd(Role role, Fd socket, Lease lease) const;
+
     /// False when the message is none that may come through a door.
     bool adopt(Envelope& envelope);
+
+    const std::shared_ptr<std::atomic<uint32_t>> mOneWaysDone =
+        std::make_shared<std::atomic<uint32_t>>(0);
 };
 
 }  // namespace android::transport

@@ -25,16 +25,18 @@ Counts& counts() {
 }
 
 // Descriptors are numbered from below, so a high number says how many are in use.
-bool reaches(int fd) {
-    rlimit limit = {};
-    return getrlimit(RLIMIT_NOFILE, &limit) == 0 &&
-           static_cast<rlim_t>(fd) + kReserve >= limit.rlim_cur;
+bool usesReserve(int fd) {
+    static const rlim_t most = [] {
+        rlimit limit = {};
+        return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
+    }();
+    return static_cast<rlim_t>(fd) + kReserve >= most;
 }
 
 }  // namespace
 
 Lease::Lease(pid_t pid, int fd) : mPid(pid), mGranted(false) {
-    if (reaches(fd)) {
+    if (usesReserve(fd)) {
         mPid = 0;
         return;
     }

@@ -6,7 +6,8 @@
 #include <cstring>
 #include <unordered_map>
 
-#include "binder/transport/LaneEnd.h"
+#include "binder/transport/CallEnd.h"
+#include "binder/transport/Incoming.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {

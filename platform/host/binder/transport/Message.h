@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <vector>
 
 #include "binder/Parcel.h"
@@ -23,7 +24,7 @@ struct SocketPair {
 /// Both invalid when the process is out of descriptors.
 SocketPair makeSocketPair();
 
-/// Is this a connected SOCK_SEQPACKET socket of the local kind? Anything may arrive in a message.
+/// Is this a SOCK_SEQPACKET socket of the local kind? Anything may arrive in a message.
 bool isPeerSocket(const Fd& fd);
 /// Has the other side closed the socket for good?
 bool hasHungUp(const Fd& fd);
@@ -36,12 +37,37 @@ struct Attachments {
     std::vector<Fd> fds;
 };
 
-/// Sends `parcel` behind `header`, whose sizes and options are filled in here. `OK`;
-/// `DEAD_OBJECT` when nobody is left at the other end; `FAILED_TRANSACTION` when it is too large,
-/// or the receiver did not make room within `kSendPatienceMs`.
+/// Sends `parcel` behind `header`, whose sizes and options are filled in here; does not wait. `OK`;
+/// `DEAD_OBJECT` when nobody is left at the other end; `WOULD_BLOCK` when there is no room now;
+/// `FAILED_TRANSACTION` when it is too large.
 status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                      const Attachments& attachments);
 status_t sendAdopt(const Fd& socket, Role role, const Fd& end);
+
+/// The time that a sender waits at most, and what it waits for.
+class Patience {
+public:
+    /// Waits for room in `socket`; false when the time is up.
+    bool waitForRoom(const Fd& socket);
+
+private:
+    std::chrono::steady_clock::time_point mDeadline{};
+};
+
+/// Attempts again and again as long as there is no room: `FAILED_TRANSACTION` after
+/// `kSendPatienceMs`, else what `attempt` said.
+template <typename Attempt>
+status_t patiently(const Fd& socket, Attempt attempt) {
+    status_t status = attempt();
+    for (Patience patience; status == WOULD_BLOCK;) {
+        const bool more = patience.waitForRoom(socket);
+        status = attempt();
+        if (!more && status == WOULD_BLOCK) {
+            status = FAILED_TRANSACTION;
+        }
+    }
+    return status;
+}
 
 /// Everything about a received message but its payload. Closes the descriptors nobody took.
 class Envelope {

@@ -36,9 +36,16 @@ bool Reactor::add(const std::shared_ptr<Source>& source, const Fd& socket) {
     return false;
 }
 
-void Reactor::rearm(const Source& source) {
+void Reactor::rearm(Source& source) {
+    const int operation = source.mPaused.exchange(false) ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
     // Fails only for a source that another thread has removed meanwhile.
-    (void)control(mEpoll.get(), EPOLL_CTL_MOD, source.mWaitedFd, source.mToken);
+    (void)control(mEpoll.get(), operation, source.mWaitedFd, source.mToken);
+}
+
+void Reactor::pause(Source& source) {
+    if (!source.mPaused.exchange(true)) {
+        (void)control(mEpoll.get(), EPOLL_CTL_DEL, source.mWaitedFd, source.mToken);
+    }
 }
 
 void Reactor::remove(const Source& source) {

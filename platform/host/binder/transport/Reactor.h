@@ -2,6 +2,7 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_REACTOR_H
 #define VOXTREL_BINDER_TRANSPORT_REACTOR_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -32,6 +33,8 @@ private:
     Fd mSocket;
     int mWaitedFd = -1;
     uint64_t mToken = 0;
+    // Touched only by the thread that the source has been handed to.
+    std::atomic<bool> mPaused{false};
 };
 
 /// The one place where idle threads of the process wait. Called on: any thread.
@@ -43,7 +46,10 @@ public:
     bool add(const std::shared_ptr<Source>& source);
     /// The same for a descriptor that somebody else owns and removes before it is closed.
     bool add(const std::shared_ptr<Source>& source, const Fd& socket);
-    void rearm(const Source& source);
+    void rearm(Source& source);
+    /// Takes a source that is not armed out of the kernel's sight until it is armed again: while a
+    /// thread reads its socket directly, each message would cost a look at it.
+    void pause(Source& source);
     /// Lets the source go; it is destroyed when nobody uses it any more.
     void remove(const Source& source);
 

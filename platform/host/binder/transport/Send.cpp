@@ -19,40 +19,27 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kSendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
 
-// False when the time is up, or waiting is of no use.
-bool waitForRoom(const Fd& socket, Clock::time_point deadline) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) {
-        return false;
-    }
-    pollfd request = {socket.get(), POLLOUT, 0};
-    return poll(&request, 1, static_cast<int>(left)) >= 0 || errno == EINTR;
-}
-
 status_t statusOf(int error) {
-    const bool gone = error == EPIPE || error == ECONNRESET || error == ENOTCONN;
-    return gone ? static_cast<status_t>(DEAD_OBJECT) : static_cast<status_t>(FAILED_TRANSACTION);
+    switch (error) {
+        case EAGAIN:
+            return WOULD_BLOCK;
+        case EPIPE:
+        case ECONNRESET:
+        case ENOTCONN:
+            return DEAD_OBJECT;
+        default:
+            return FAILED_TRANSACTION;
+    }
 }
 
-// `attempt` makes the system call. The clock is looked at only when the first attempt finds no
-// room.
+// `attempt` makes the system call.
 template <typename Attempt>
-status_t insist(const Fd& socket, Attempt attempt) {
+status_t attemptOnce(Attempt attempt) {
     ssize_t sent = attempt();
-    if (sent >= 0) {
-        return OK;
-    }
-    const auto deadline = Clock::now() + std::chrono::milliseconds(kSendPatienceMs);
-    while (sent < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) {
-        if (errno != EINTR && !waitForRoom(socket, deadline)) {
-            // The last bit of room may have come with the last moment.
-            sent = attempt();
-            break;
-        }
+    while (sent < 0 && errno == EINTR) {
         sent = attempt();
     }
-    return sent >= 0 ? OK : statusOf(errno);
+    return sent >= 0 ? static_cast<status_t>(OK) : statusOf(errno);
 }
 
 struct Control {
@@ -76,7 +63,7 @@ status_t sendParts(const Fd& socket, iovec* parts, size_t count, Control& contro
     message.msg_iovlen = count;
     message.msg_control = control.size != 0 ? control.bytes : nullptr;
     message.msg_controllen = control.size;
-    return insist(socket, [&] { return sendmsg(socket.get(), &message, kSendFlags); });
+    return attemptOnce([&] { return sendmsg(socket.get(), &message, kSendFlags); });
 }
 
 status_t sendWithAttachments(const Fd& socket, Header header, uint8_t* block,
@@ -126,7 +113,7 @@ status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
         return sendWithAttachments(socket, header, block, attachments);
     }
     std::memcpy(block, &header, sizeof(header));
-    return insist(socket, [&] { return send(socket.get(), block, packet, kSendFlags); });
+    return attemptOnce([&] { return send(socket.get(), block, packet, kSendFlags); });
 }
 
 status_t sendAdopt(const Fd& socket, Role role, const Fd& end) {
@@ -135,7 +122,20 @@ status_t sendAdopt(const Fd& socket, Role role, const Fd& end) {
     control.add(0, end.get());
     control.finish(1);
     iovec part = {&header, sizeof(header)};
-    return sendParts(socket, &part, 1, control);
+    return patiently(socket, [&] { return sendParts(socket, &part, 1, control); });
+}
+
+bool Patience::waitForRoom(const Fd& socket) {
+    if (mDeadline == Clock::time_point{}) {
+        mDeadline = Clock::now() + std::chrono::milliseconds(kSendPatienceMs);
+    }
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(mDeadline - Clock::now()).count();
+    if (left <= 0) {
+        return false;
+    }
+    pollfd request = {socket.get(), POLLOUT, 0};
+    return poll(&request, 1, static_cast<int>(left)) >= 0 || errno == EINTR;
 }
 
 }  // namespace android::transport

@@ -34,8 +34,7 @@ SocketPair makeSocketPair() {
 
 bool isPeerSocket(const Fd& fd) {
     return socketOption(fd.get(), SO_DOMAIN) == AF_UNIX &&
-           socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET &&
-           socketOption(fd.get(), SO_ACCEPTCONN) == 0;
+           socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET;
 }
 
 bool hasHungUp(const Fd& fd) {

@@ -17,6 +17,10 @@ constexpr size_t kMostIdle = 16;
 // another socket has hung up.
 constexpr int kClosingMs = 100;
 
+// With so many one-way calls ahead that are not done, the other side may not be reading the main
+// socket (see Turns), and a two-way call goes beside it.
+constexpr uint32_t kMostAhead = 8;
+
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
 void waitForData(const Fd& socket) {
@@ -48,7 +52,6 @@ SocketReference::SocketReference(const NodeId& id, Fd door) : mId(id), mDoor(std
 SocketReference::~SocketReference() {
     unwatch();
     forgetReference(mId, this);
-    const Fd last(mFirstIdle.exchange(-1));
 }
 
 status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
@@ -59,40 +62,88 @@ status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply,
         return data.errorCheck();
     }
     if ((flags & kOneWay) != 0) {
-        return callOneWay(code, data, flags);
+        return callOneWay({0, Kind::OneWay, code, 0, flags, 0, 0, 0}, data);
     }
+    const Header header = {0, Kind::Request, code, 0, flags, 0, 0, 0};
     if (reply != nullptr) {
-        return callTwoWay(code, data, reply, flags);
+        return callTwoWay(header, data, reply);
     }
     Parcel unwanted;
-    return callTwoWay(code, data, &unwanted, flags);
+    return callTwoWay(header, data, &unwanted);
 }
 
-status_t SocketReference::callTwoWay(uint32_t code, const Parcel& data, Parcel* reply,
-                                     uint32_t flags) {
+status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, Parcel* reply) {
     Attachments attachments;
-    status_t status = detachBinders(data, &attachments);
-    Fd socket;
-    if (status == OK) {
-        status = takeCallSocket(&socket);
-    }
+    const status_t status = detachBinders(data, &attachments);
     if (status != OK) {
         return status;
     }
-    status = sendMessage(socket, {0, Kind::Request, code, 0, flags, 0, 0, 0}, data, attachments);
+    if (!mMainIsTaken.exchange(true)) {
+        const status_t onMain = callOnMain(header, data, attachments, reply);
+        if (onMain != WOULD_BLOCK) {
+            return onMain;
+        }
+    }
+    return callBeside(header, data, attachments, reply);
+}
+
+// `WOULD_BLOCK`: not sent, and the main socket is free again.
+status_t SocketReference::callOnMain(const Header& header, const Parcel& data,
+                                     const Attachments& attachments, Parcel* reply) {
+    status_t status = tryMain(header, data, attachments);
+    bool broken = status == DEAD_OBJECT;
     if (status == OK) {
-        status = receiveReply(socket, reply);
-    } else if (status == DEAD_OBJECT) {
-        socket.reset();
+        status = receiveReply(mMain, reply, &broken);
+    }
+    if (!broken) {
+        mMainIsTaken = false;
+    }
+    return status;
+}
+
+status_t SocketReference::callBeside(const Header& header, const Parcel& data,
+                                     const Attachments& attachments, Parcel* reply) {
+    Fd socket;
+    status_t status = takeIdle(&socket);
+    if (status != OK) {
+        return status;
+    }
+    status = patiently(socket, [&] { return sendMessage(socket, header, data, attachments); });
+    bool broken = status == DEAD_OBJECT;
+    if (status == OK) {
+        status = receiveReply(socket, reply, &broken);
+    } else if (broken) {
         status = whyClosed();
     }
-    if (socket.valid()) {
+    if (!broken) {
         giveBack(std::move(socket));
     }
     return status;
 }
 
-status_t SocketReference::receiveReply(Fd& socket, Parcel* reply) const {
+status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
+    Attachments attachments;
+    const status_t status = detachBinders(data, &attachments);
+    return status != OK ? status
+                        : patiently(mMain, [&] { return tryMain(header, data, attachments); });
+}
+
+status_t SocketReference::tryMain(const Header& header, const Parcel& data,
+                                  const Attachments& attachments) {
+    status_t status = openMain();
+    if (status == OK) {
+        Mutex::Autolock held(mSendLock);
+        const bool oneWay = header.kind == Kind::OneWay;
+        if (!oneWay && mOneWaysSent - mOneWaysDone.load() > kMostAhead) {
+            return WOULD_BLOCK;
+        }
+        status = sendMessage(mMain, header, data, attachments);
+        mOneWaysSent += oneWay && status == OK ? 1 : 0;
+    }
+    return status == DEAD_OBJECT ? whyClosed() : status;
+}
+
+status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
     reply->freeData();
     Envelope envelope;
     const ThreadPool::Blocked blocked;
@@ -103,6 +154,7 @@ status_t SocketReference::receiveReply(Fd& socket, Parcel* reply) const {
     }
     if (received == Received::Message && envelope.header().kind == Kind::Reply &&
         attachBinders(envelope, *reply)) {
+        noteDone(envelope.header().code);
         const status_t status = envelope.header().status;
         if (status != OK) {
             reply->freeData();
@@ -110,45 +162,36 @@ status_t SocketReference::receiveReply(Fd& socket, Parcel* reply) const {
         return status;
     }
     reply->freeData();
-    socket.reset();
+    *broken = true;
     if (received == Received::HungUp) {
         return whyClosed();
     }
-    logLine("a reply that makes no sense: its connection is closed");
+    logLine("a reply that makes no sense: its connection is not used any more");
     return FAILED_TRANSACTION;
 }
 
-status_t SocketReference::callOneWay(uint32_t code, const Parcel& data, uint32_t flags) {
-    Attachments attachments;
-    status_t status = detachBinders(data, &attachments);
-    const Fd* socket = status == OK ? lane(&status) : nullptr;
-    if (socket == nullptr) {
-        return status;
+// Replies may be read in another order than they were written.
+void SocketReference::noteDone(uint32_t done) {
+    uint32_t known = mOneWaysDone.load();
+    while (static_cast<int32_t>(done - known) > 0 &&
+           !mOneWaysDone.compare_exchange_weak(known, done)) {
     }
-    status = sendMessage(*socket, {0, Kind::OneWay, code, 0, flags, 0, 0, 0}, data, attachments);
-    return status == DEAD_OBJECT ? whyClosed() : status;
 }
 
-const Fd* SocketReference::lane(status_t* status) {
-    if (!mLaneIsOpen.load(std::memory_order_acquire)) {
-        Mutex::Autolock held(mLock);
-        if (!mLaneIsOpen.load(std::memory_order_relaxed)) {
-            *status = open(Role::Lane, &mLane);
-            if (*status != OK) {
-                return nullptr;
-            }
-            mLaneIsOpen.store(true, std::memory_order_release);
-        }
-    }
-    return &mLane;
-}
-
-status_t SocketReference::takeCallSocket(Fd* out) {
-    const int first = mFirstIdle.exchange(-1);
-    if (first >= 0) {
-        *out = Fd(first);
+status_t SocketReference::openMain() {
+    if (mMainIsOpen.load(std::memory_order_acquire)) {
         return OK;
     }
+    Mutex::Autolock held(mLock);
+    status_t status = OK;
+    if (!mMainIsOpen.load(std::memory_order_relaxed)) {
+        status = open(Role::Calls, &mMain);
+        mMainIsOpen.store(status == OK, std::memory_order_release);
+    }
+    return status;
+}
+
+status_t SocketReference::takeIdle(Fd* out) {
     {
         Mutex::Autolock held(mLock);
         if (!mIdle.empty()) {
@@ -161,11 +204,6 @@ status_t SocketReference::takeCallSocket(Fd* out) {
 }
 
 void SocketReference::giveBack(Fd socket) {
-    int none = -1;
-    if (mFirstIdle.compare_exchange_strong(none, socket.get())) {
-        (void)socket.release();  // mFirstIdle owns it now
-        return;
-    }
     Mutex::Autolock held(mLock);
     if (mIdle.size() < kMostIdle) {
         mIdle.push_back(std::move(socket));

@@ -37,26 +37,37 @@ public:
 private:
     class Watch;
 
-    status_t callTwoWay(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags);
-    status_t callOneWay(uint32_t code, const Parcel& data, uint32_t flags);
-    status_t receiveReply(Fd& socket, Parcel* reply) const;
+    status_t callTwoWay(const Header& header, const Parcel& data, Parcel* reply);
+    status_t callOneWay(const Header& header, const Parcel& data);
+    status_t tryMain(const Header& header, const Parcel& data, const Attachments& attachments);
+    status_t callOnMain(const Header& header, const Parcel& data, const Attachments& attachments,
+                        Parcel* reply);
+    status_t callBeside(const Header& header, const Parcel& data, const Attachments& attachments,
+                        Parcel* reply);
+    status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
+    void noteDone(uint32_t done);
     status_t open(Role role, Fd* out) const;
-    status_t takeCallSocket(Fd* out);
+    status_t openMain();
+    status_t takeIdle(Fd* out);
     void giveBack(Fd socket);
-    const Fd* lane(status_t* status);
     status_t whyClosed() const;
 
     const NodeId mId;
     const Fd mDoor;
 
-    // The socket that a lone caller uses again and again; -1 while it is in use.
-    std::atomic<int> mFirstIdle{-1};
     Mutex mLock;
     std::vector<Fd> mIdle PLATFORM_GUARDED_BY(mLock);
     std::shared_ptr<Watch> mWatch PLATFORM_GUARDED_BY(mLock);
-    // Opened under the lock, once; then it stays, and is used without.
-    Fd mLane;
-    std::atomic<bool> mLaneIsOpen{false};
+
+    // Opened under mLock, once; then it stays, and is used without.
+    Fd mMain;
+    std::atomic<bool> mMainIsOpen{false};
+    // A two-way call is under way on the main socket (or it has broken, and takes no more).
+    std::atomic<bool> mMainIsTaken{false};
+    // Held while a message is put into the main socket, so that a two-way call knows what is ahead.
+    Mutex mSendLock;
+    uint32_t mOneWaysSent PLATFORM_GUARDED_BY(mSendLock) = 0;
+    std::atomic<uint32_t> mOneWaysDone{0};
 };
 
 }  // namespace android::transport

@@ -3,29 +3,49 @@
 
 #include <utility>
 
-#include "binder/transport/LaneEnd.h"
+#include "binder/transport/CallEnd.h"
+#include "binder/transport/Incoming.h"
 
 namespace android::transport {
 
-bool Turns::enter(Turn& turn) {
+namespace {
+
+constexpr size_t kMostOfOneConnection = 16;
+constexpr size_t kMostBytes = kLargestOneWay;
+
+}  // namespace
+
+Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<Incoming>& message) {
     Mutex::Autolock held(mLock);
-    if (mBusy) {
-        mWaiting.push_back(std::move(turn));
-        return false;
+    if (!mBusy) {
+        mBusy = true;
+        return Place::Mine;
     }
-    mBusy = true;
-    return true;
+    const size_t size = message->parcel.dataSize();
+    mBytes += size;
+    mWaiting.push_back({end, std::move(message), size});
+    Share& share = mShares[end.get()];
+    ++share.messages;
+    share.full = share.messages >= kMostOfOneConnection || mBytes >= kMostBytes;
+    return share.full ? Place::Full : Place::Waiting;
 }
 
-std::optional<Turn> Turns::leave() {
+Turns::Next Turns::next() {
     Mutex::Autolock held(mLock);
     if (mWaiting.empty()) {
         mBusy = false;
-        return std::nullopt;
+        return {};
     }
-    Turn next = std::move(mWaiting.front());
+    Waiting first = std::move(mWaiting.front());
     mWaiting.pop_front();
-    return next;
+    mBytes -= first.size;
+    const auto share = mShares.find(first.end.get());
+    bool readOn = false;
+    if (--share->second.messages == 0) {
+        readOn = share->second.full;
+        mShares.erase(share);
+    }
+    return {std::move(first.message), std::move(first.end), readOn};
 }
 
 }  // namespace android::transport

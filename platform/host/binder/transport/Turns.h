@@ -2,38 +2,59 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_TURNS_H
 #define VOXTREL_BINDER_TRANSPORT_TURNS_H
 
+#include <cstddef>
 #include <deque>
 #include <memory>
-#include <optional>
+#include <unordered_map>
 
 #include "utils/Mutex.h"
 
 namespace android::transport {
 
-class LaneEnd;
+class CallEnd;
 struct Incoming;
 
-/// A lane that has, or may have, something to be served; with the message when it was taken off the
-/// socket already.
-struct Turn {
-    std::shared_ptr<LaneEnd> lane;
-    std::unique_ptr<Incoming> message;
-};
-
-/// One-way calls to a node are served one at a time: whoever comes while a thread is at it leaves
-/// its lane here, and that thread goes on with it. What was not received waits in the sockets, so
-/// that a slow node costs no memory here and its callers feel it.
+/// One-way calls to a node are served one at a time, in the order in which they were received. A
+/// thread that receives one while another is being served leaves it here, and the thread that is at
+/// it goes on with it.
+///
+/// What waits here is limited as the kernel's driver limits it: a connection whose share is used up
+/// is not read any further, so that its sender feels that the node is slow.
 class Turns {
 public:
-    /// True: it is the caller's turn, `turn` is still its own. False: `turn` has been left here.
-    bool enter(Turn& turn) PLATFORM_EXCLUDES(mLock);
-    /// Ends the caller's turn; it goes on with the one given, if any.
-    std::optional<Turn> leave() PLATFORM_EXCLUDES(mLock);
+    enum class Place {
+        Mine,     ///< it is the caller's turn; the message is still its own
+        Waiting,  ///< the message has been left here; the connection may be read on
+        Full,     ///< the message has been left here; the connection is not to be read until `next`
+                  ///< gives it back
+    };
+    Place enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<Incoming>& message)
+        PLATFORM_EXCLUDES(mLock);
+
+    struct Next {
+        std::unique_ptr<Incoming> message;  ///< to be served; null when the turn has ended
+        std::shared_ptr<CallEnd> end;       ///< where it came from
+        bool readOn = false;                ///< `end` was full and is to be read again
+    };
+    /// Ends the caller's turn unless something waits.
+    Next next() PLATFORM_EXCLUDES(mLock);
 
 private:
+    struct Waiting {
+        std::shared_ptr<CallEnd> end;
+        std::unique_ptr<Incoming> message;
+        size_t size;
+    };
+    struct Share {
+        size_t messages = 0;
+        bool full = false;
+    };
+
     Mutex mLock;
     bool mBusy PLATFORM_GUARDED_BY(mLock) = false;
-    std::deque<Turn> mWaiting PLATFORM_GUARDED_BY(mLock);
+    size_t mBytes PLATFORM_GUARDED_BY(mLock) = 0;
+    std::deque<Waiting> mWaiting PLATFORM_GUARDED_BY(mLock);
+    std::unordered_map<const CallEnd*, Share> mShares PLATFORM_GUARDED_BY(mLock);
 };
 
 }  // namespace android::transport

@@ -16,10 +16,10 @@ bool kindIsSound(const Header& header, size_t fdCount) {
         case Kind::OneWay:
             return (header.flags & kOneWayFlag) != 0 && header.status == 0;
         case Kind::Reply:
-            return header.code == 0 && header.flags == 0;
+            return header.flags == 0;
         case Kind::Adopt:
             return header.code >= static_cast<uint32_t>(Role::Door) &&
-                   header.code <= static_cast<uint32_t>(Role::Lane) && header.payloadSize == 0 &&
+                   header.code <= static_cast<uint32_t>(Role::Calls) && header.payloadSize == 0 &&
                    header.objectCount == 0 && header.options == 0 && fdCount == 1;
     }
     return false;

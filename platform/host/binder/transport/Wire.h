@@ -13,7 +13,7 @@ namespace android::transport {
 
 enum class Kind : uint32_t {
     Request = 1,  ///< a call whose caller waits
-    Reply = 2,
+    Reply = 2,    ///< `code` is how many one-way calls through the same door are done
     OneWay = 3,
     Adopt = 4,  ///< "serve this socket too": `code` is a Role, and one descriptor comes along
 };
@@ -21,8 +21,7 @@ enum class Kind : uint32_t {
 /// What a socket is for, as the end that serves it sees it.
 enum class Role : uint32_t {
     Door = 1,   ///< stands for the reference itself; carries Adopt only, and hangs up at the end
-    Calls = 2,  ///< requests and their replies, one at a time
-    Lane = 3,   ///< one-way calls, in order
+    Calls = 2,  ///< one-way calls, and requests, one at a time, with their replies
 };
 
 /// Names a node for as long as it lives, wherever references to it travel. Random, so that only who

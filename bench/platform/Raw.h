@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BENCH_PLATFORM_RAW_H
+#define VOXTREL_BENCH_PLATFORM_RAW_H
+
+#include <sys/types.h>
+
+#include <cstddef>
+
+namespace bench {
+
+/// A second process at the other end of a SOCK_SEQPACKET pair, with nothing in between: the least
+/// that a call across processes can cost.
+class RawPeer {
+public:
+    enum class Kind { Echo, Sink };
+    /// `Echo` sends each packet back; `Sink` takes packets with their sender's credentials.
+    explicit RawPeer(Kind kind);
+    ~RawPeer();
+    RawPeer(const RawPeer&) = delete;
+    RawPeer& operator=(const RawPeer&) = delete;
+
+    /// `size` bytes there and back.
+    void call(size_t size);
+    /// One packet with a header in a part of its own and SCM_CREDENTIALS.
+    void sendOneWay(size_t size);
+    /// Waits until everything has been taken.
+    void drain();
+    pid_t pid() const { return mPid; }
+    int socket() const { return mSocket; }
+
+private:
+    int mSocket = -1;
+    pid_t mPid = -1;
+};
+
+}  // namespace bench
+
+#endif

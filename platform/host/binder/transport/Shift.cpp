@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "binder/transport/Shift.h"
+
+#include <utility>
+
+#include "binder/transport/Dispatch.h"
+#include "binder/transport/LocalNodes.h"
+#include "binder/transport/ThreadPool.h"
+#include "binder/transport/Watchman.h"
+
+namespace android::transport {
+
+Shift::Shift(std::shared_ptr<CallEnd> end)
+    : mEnd(std::move(end)),
+      mMessage(std::make_unique<Incoming>()),
+      mTurns(recordOf(*mEnd->node()).oneWayTurns) {
+    watchman().enter(mEnd);
+}
+
+Shift::~Shift() {
+    watchman().leave(*mEnd);
+    if (mStaying) {
+        threadPool().endStay();
+    }
+}
+
+void Shift::run() {
+    After after = After::ReadOn;
+    while (after == After::ReadOn) {
+        const Received received =
+            receiveMessage(mEnd->socket(), mStaying, mMessage->parcel, mMessage->envelope);
+        after = handle(received);
+        if (after == After::ReadOn && !mayStay()) {
+            reactor().rearm(*mEnd);
+            after = After::Left;
+        }
+    }
+}
+
+bool Shift::mayStay() {
+    if (mStaying) {
+        reactor().pause(*mEnd);
+        return !threadPool().nobodyWaits();
+    }
+    mStaying = threadPool().tryStay();
+    return mStaying;
+}
+
+Shift::After Shift::handle(Received received) {
+    if (received == Received::Message) {
+        return serveOne();
+    }
+    if (mEnd->survives(received, mMessage->envelope)) {
+        reactor().rearm(*mEnd);
+    }
+    return After::Left;
+}
+
+Shift::After Shift::serveOne() {
+    switch (mMessage->envelope.header().kind) {
+        case Kind::Request:
+            return serveTwoWay();
+        case Kind::OneWay:
+            return enterOneWay();
+        case Kind::Reply:
+        case Kind::Adopt:
+            break;
+    }
+    return refuse("a message out of place");
+}
+
+Shift::After Shift::refuse(const char* what) {
+    mEnd->refuse(what, mMessage->envelope);
+    return After::Left;
+}
+
+Shift::After Shift::serveTwoWay() {
+    const uint32_t call = mEnd->beginCall();
+    const Served served =
+        serveRequest(*mEnd->node(), *mMessage, mEnd->socket(), mEnd->oneWaysDone());
+    const bool ours = mEnd->finishCall(call);
+    if (served == Served::Badly) {
+        return refuse("a descriptor that is no reference");
+    }
+    if (served == Served::InVain) {
+        reactor().remove(*mEnd);
+        return After::Left;
+    }
+    return ours ? After::ReadOn : After::Left;
+}
+
+Shift::After Shift::enterOneWay() {
+    switch (mTurns.enter(mEnd, mMessage)) {
+        case Turns::Place::Mine: {
+            const uint32_t call = mEnd->beginCall();
+            serveTurn();
+            return mEnd->finishCall(call) ? After::ReadOn : After::Left;
+        }
+        case Turns::Place::Waiting:
+            mMessage = std::make_unique<Incoming>();
+            return After::ReadOn;
+        case Turns::Place::Full:
+            break;
+    }
+    return After::Left;
+}
+
+void Shift::serveTurn() {
+    serveOneWayFrom(*mEnd, *mMessage);
+    for (Turns::Next next = mTurns.next(); next.message != nullptr; next = mTurns.next()) {
+        if (next.readOn) {
+            reactor().rearm(*next.end);
+        }
+        serveOneWayFrom(*next.end, *next.message);
+    }
+}
+
+void Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
+    if (serveOneWay(*end.node(), message) == Served::Badly) {
+        end.refuse("a descriptor that is no reference", message.envelope);
+    }
+    end.oneWaysDone().fetch_add(1, std::memory_order_relaxed);
+}
+
+}  // namespace android::transport

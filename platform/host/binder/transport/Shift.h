@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_SHIFT_H
+#define VOXTREL_BINDER_TRANSPORT_SHIFT_H
+
+#include <memory>
+
+#include "binder/transport/CallEnd.h"
+#include "binder/transport/Incoming.h"
+#include "binder/transport/Turns.h"
+
+namespace android::transport {
+
+/// One thread's stretch of work at one socket, from the event that brought it there until it goes
+/// back to the reactor.
+class Shift {
+public:
+    explicit Shift(std::shared_ptr<CallEnd> end);
+    ~Shift();
+    Shift(const Shift&) = delete;
+    Shift& operator=(const Shift&) = delete;
+
+    void run();
+
+private:
+    enum class After {
+        ReadOn,  ///< the socket is still this thread's
+        Left,    ///< somebody else reads it now, or nobody any more
+    };
+    After handle(Received received);
+    After serveOne();
+    After serveTwoWay();
+    After enterOneWay();
+    void serveTurn();
+    void serveOneWayFrom(CallEnd& end, Incoming& message);
+    bool mayStay();
+    After refuse(const char* what);
+
+    const std::shared_ptr<CallEnd> mEnd;
+    std::unique_ptr<Incoming> mMessage;
+    Turns& mTurns;
+    bool mStaying = false;
+};
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_TRANSPORT_WATCHMAN_H
+#define VOXTREL_BINDER_TRANSPORT_WATCHMAN_H
+
+#include <memory>
+#include <vector>
+
+#include "binder/transport/CallEnd.h"
+#include "binder/transport/Reactor.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// Looks every few milliseconds, while threads serve sockets, whether one of them has been in the
+/// same call since the last look, and then lends its socket to the others. So a call that takes
+/// long holds up what comes behind it on its socket for that time only, and a quick call pays
+/// nothing.
+class Watchman final : public Source {
+public:
+    explicit Watchman(Fd timer);
+
+    void enter(const std::shared_ptr<CallEnd>& end) PLATFORM_EXCLUDES(mLock);
+    void leave(const CallEnd& end) PLATFORM_EXCLUDES(mLock);
+    void onReady() override;
+
+private:
+    struct Watched {
+        std::shared_ptr<CallEnd> end;
+        uint32_t seen;
+    };
+    void look() PLATFORM_REQUIRES(mLock);
+    void setTimer(bool on) PLATFORM_REQUIRES(mLock);
+
+    Mutex mLock;
+    std::vector<Watched> mWatched PLATFORM_GUARDED_BY(mLock);
+    int mIdleLooks PLATFORM_GUARDED_BY(mLock) = 0;
+    bool mTicking PLATFORM_GUARDED_BY(mLock) = false;
+};
+
+/// The process's watchman; never destroyed.
+Watchman& watchman();
+
+}  // namespace android::transport
+
+#endif
