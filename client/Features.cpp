@@ -24,43 +24,43 @@ bool TTSClientPrivate::isTtsVolumeSupported() {
     return refusalOfFeature(*this, GCONF_TTS_VOLUME_ENABLE, true) == 0;
 }
 
-unsigned int TTSClientPrivate::speedMin() const {
+unsigned int TTSClientPrivate::speedMin() {
     return mCapabilities.speedMin;
 }
 
-unsigned int TTSClientPrivate::speedMax() const {
+unsigned int TTSClientPrivate::speedMax() {
     return mCapabilities.speedMax;
 }
 
-float TTSClientPrivate::pitchMin() const {
+float TTSClientPrivate::pitchMin() {
     return mCapabilities.pitchMin;
 }
 
-float TTSClientPrivate::pitchMax() const {
+float TTSClientPrivate::pitchMax() {
     return mCapabilities.pitchMax;
 }
 
-float TTSClientPrivate::volumeMin() const {
+float TTSClientPrivate::volumeMin() {
     return mCapabilities.volumeMin;
 }
 
-float TTSClientPrivate::volumeMax() const {
+float TTSClientPrivate::volumeMax() {
     return mCapabilities.volumeMax;
 }
 
-unsigned int TTSClientPrivate::bgVolumeMin() const {
+unsigned int TTSClientPrivate::bgVolumeMin() {
     return kVolumePercentMin;
 }
 
-unsigned int TTSClientPrivate::bgVolumeMax() const {
+unsigned int TTSClientPrivate::bgVolumeMax() {
     return kVolumePercentMax;
 }
 
-unsigned int TTSClientPrivate::ttsVolumeMin() const {
+unsigned int TTSClientPrivate::ttsVolumeMin() {
     return kVolumePercentMin;
 }
 
-unsigned int TTSClientPrivate::ttsVolumeMax() const {
+unsigned int TTSClientPrivate::ttsVolumeMax() {
     return kVolumePercentMax;
 }
 

@@ -116,31 +116,31 @@ int TTSClientPrivate::setTtsVolume(void* value) {
     return set(*this, kTtsVolume, kPercent, true, value);
 }
 
-int TTSClientPrivate::speed(void* out) const {
+int TTSClientPrivate::speed(void* out) {
     return copyOut(mSetting.mSpeed, out);
 }
 
-int TTSClientPrivate::pitch(void* out) const {
+int TTSClientPrivate::pitch(void* out) {
     return copyOut(mSetting.mPitch, out);
 }
 
-int TTSClientPrivate::volume(void* out) const {
+int TTSClientPrivate::volume(void* out) {
     return copyOut(mSetting.mVolume, out);
 }
 
-int TTSClientPrivate::bgvolume(void* out) const {
+int TTSClientPrivate::bgvolume(void* out) {
     return copyOut(mSetting.mMediaVolume, out);
 }
 
-int TTSClientPrivate::ttsvolume(void* out) const {
+int TTSClientPrivate::ttsvolume(void* out) {
     return copyOut(mSetting.mTtsVolume, out);
 }
 
-int TTSClientPrivate::voice(void* out) const {
+int TTSClientPrivate::voice(void* out) {
     return copyOut(mSetting.mVoice, out);
 }
 
-int TTSClientPrivate::language(void* out, unsigned int len) const {
+int TTSClientPrivate::language(void* out, unsigned int len) {
     if (out == nullptr) {
         return status::kBadParameter;
     }

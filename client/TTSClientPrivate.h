@@ -170,17 +170,19 @@ public:
     int setTtsVolume(void* value);  ///< `uint32_t`, 0 to 100
 
     // Copies of the client's current values: 0, or -3 for a null address. No trace, no service.
+    // Like the range queries below they are not `const`, so that wrappers can keep setters and
+    // getters in one table of member pointers; their symbols are part of the binary interface.
 
-    int speed(void* out) const;      ///< `uint32_t`
-    int pitch(void* out) const;      ///< `float`
-    int volume(void* out) const;     ///< `float`
-    int bgvolume(void* out) const;   ///< `uint32_t`
-    int ttsvolume(void* out) const;  ///< `uint32_t`
-    int voice(void* out) const;      ///< `uint32_t`
+    int speed(void* out);      ///< `uint32_t`
+    int pitch(void* out);      ///< `float`
+    int volume(void* out);     ///< `float`
+    int bgvolume(void* out);   ///< `uint32_t`
+    int ttsvolume(void* out);  ///< `uint32_t`
+    int voice(void* out);      ///< `uint32_t`
 
     /// Writes exactly `len` bytes to `out`: the first `len` of the language code, and zeros after
     /// its end. A `len` up to the length of the code therefore gives no terminator.
-    int language(void* out, unsigned int len) const;
+    int language(void* out, unsigned int len);
 
     // Whether a feature exists and is switched on. False without a log line when `enabled2` fails;
     // false with one (level 1) when the flag is off or the capability missing.
@@ -193,16 +195,16 @@ public:
 
     // Ranges as the service last told them; the volumes' 0 to 100 are fixed. No trace, no service.
 
-    unsigned int speedMin() const;
-    unsigned int speedMax() const;
-    float pitchMin() const;
-    float pitchMax() const;
-    float volumeMin() const;
-    float volumeMax() const;
-    unsigned int bgVolumeMin() const;
-    unsigned int bgVolumeMax() const;
-    unsigned int ttsVolumeMin() const;
-    unsigned int ttsVolumeMax() const;
+    unsigned int speedMin();
+    unsigned int speedMax();
+    float pitchMin();
+    float pitchMax();
+    float volumeMin();
+    float volumeMax();
+    unsigned int bgVolumeMin();
+    unsigned int bgVolumeMax();
+    unsigned int ttsVolumeMin();
+    unsigned int ttsVolumeMax();
 
     // --- Global configuration -----------------------------------------------------------------
 

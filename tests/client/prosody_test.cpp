@@ -19,7 +19,7 @@ struct Control {
     const char* name;
     bool isFloat;
     int (TTSClientPrivate::*set)(void* value);
-    int (TTSClientPrivate::*get)(void* out) const;
+    int (TTSClientPrivate::*get)(void* out);
     bool (TTSClientPrivate::*isSupported)();
     const char* shownAs;  ///< the value's name in the trace
     int32_t flagKey;
@@ -270,6 +270,47 @@ TEST_P(ASetter, LogsNothingWhenTheQuestionForItsFeatureFails) {
 
 INSTANTIATE_TEST_SUITE_P(Each, ASetter, testing::ValuesIn(controls()),
                          [](const auto& row) { return std::string(row.param.name); });
+
+class AWrappersTable : public support::ClientTest {};
+
+TEST_F(AWrappersTable, HoldsSettersAndGettersByOneTypeOfMemberPointer) {
+    using Client = TTSClientPrivate;
+    int (Client::*const entries[])(void*) = {
+        &Client::setSpeed,     &Client::speed,
+        &Client::setPitch,     &Client::pitch,
+        &Client::setVolume,    &Client::volume,
+        &Client::setBgVolume,  &Client::bgvolume,
+        &Client::setTtsVolume, &Client::ttsvolume,
+        &Client::setVoice,     &Client::voice,
+        &Client::setLanguage,  &Client::supportVoicesInfo,
+    };
+    for (const auto entry : entries) {
+        EXPECT_EQ(-3, (client.*entry)(nullptr));
+    }
+}
+
+TEST_F(AWrappersTable, HoldsTheQueriesOfARangeByOneTypeOfMemberPointer) {
+    using Client = TTSClientPrivate;
+    unsigned int (Client::*const whole[])() = {&Client::speedMin,     &Client::bgVolumeMin,
+                                               &Client::ttsVolumeMin, &Client::speedMax,
+                                               &Client::bgVolumeMax,  &Client::ttsVolumeMax};
+    unsigned int sum = 0;
+    for (const auto entry : whole) {
+        sum += (client.*entry)();
+    }
+    EXPECT_EQ(200U, sum) << "the two fixed percentages, and nothing yet from the service";
+
+    float (Client::*const real[])() = {&Client::pitchMin, &Client::pitchMax, &Client::volumeMin,
+                                       &Client::volumeMax};
+    for (const auto entry : real) {
+        EXPECT_EQ(0.0F, (client.*entry)());
+    }
+
+    int (Client::*const language)(void*, unsigned int) = &Client::language;
+    char code[6] = {};
+    EXPECT_EQ(0, (client.*language)(code, 5));
+    EXPECT_STREQ("na_NL", code);
+}
 
 class ARangeQuery : public support::JoinedClientTest {};
 
