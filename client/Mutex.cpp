@@ -4,11 +4,11 @@
 namespace TTS {
 
 Mutex::Mutex() {
-    pthread_mutex_init(&mMutex, nullptr);
+    pthread_mutex_init(&m, nullptr);
 }
 
 Mutex::~Mutex() {
-    pthread_mutex_destroy(&mMutex);
+    pthread_mutex_destroy(&m);
 }
 
 }  // namespace TTS

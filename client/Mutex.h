@@ -10,7 +10,7 @@ namespace TTS {
 
 /// Owner of one process-private, non-recursive pthread mutex.
 ///
-/// The class only creates and destroys it: users lock and unlock `mMutex` itself with
+/// The class only creates and destroys it: users lock and unlock `m` directly, with
 /// `pthread_mutex_lock` and `pthread_mutex_unlock`. A thread that locks it twice deadlocks.
 /// Destroying a locked mutex is undefined; the owner makes sure that nobody holds it.
 class VOXTREL_CAPABILITY("mutex") Mutex {
@@ -21,7 +21,7 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    pthread_mutex_t mMutex;  ///< the mutex to lock
+    pthread_mutex_t m;  ///< the mutex to lock
 };
 
 }  // namespace TTS

@@ -11,10 +11,10 @@ class VOXTREL_SCOPED_CAPABILITY MutexLock {
 public:
     explicit MutexLock(Mutex& mutex) VOXTREL_ACQUIRE(mutex) VOXTREL_NO_THREAD_ANALYSIS
         : mMutex(mutex) {
-        pthread_mutex_lock(&mMutex.mMutex);
+        pthread_mutex_lock(&mMutex.m);
     }
     ~MutexLock() VOXTREL_RELEASE() VOXTREL_NO_THREAD_ANALYSIS {
-        pthread_mutex_unlock(&mMutex.mMutex);
+        pthread_mutex_unlock(&mMutex.m);
     }
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;

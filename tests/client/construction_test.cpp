@@ -87,9 +87,9 @@ TEST_F(ADestroyedClient, LogsAndEmptiesOnlyTheSharedProxy) {
 
 TEST(TheMutex, IsAnOrdinaryOneThatItsUsersLockThemselves) {
     TTS::Mutex mutex;
-    EXPECT_EQ(0, pthread_mutex_lock(&mutex.mMutex));
-    EXPECT_EQ(EBUSY, pthread_mutex_trylock(&mutex.mMutex)) << "not a recursive one";
-    EXPECT_EQ(0, pthread_mutex_unlock(&mutex.mMutex));
+    EXPECT_EQ(0, pthread_mutex_lock(&mutex.m));
+    EXPECT_EQ(EBUSY, pthread_mutex_trylock(&mutex.m)) << "not a recursive one";
+    EXPECT_EQ(0, pthread_mutex_unlock(&mutex.m));
     static_assert(std::has_virtual_destructor<TTS::Mutex>::value, "may be derived from");
     static_assert(!std::is_copy_constructible<TTS::Mutex>::value, "owns the mutex");
 }

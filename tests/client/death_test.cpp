@@ -59,8 +59,8 @@ TEST_F(ADeadService, MayReleaseAServiceOfThisProcessThatTakesTheMutexAsItGoes) {
     public:
         using BpTextToSpeechFestival::BpTextToSpeechFestival;
         ~Proxy() override {
-            EXPECT_EQ(0, pthread_mutex_trylock(&TTS::Clientmutex.mMutex));
-            pthread_mutex_unlock(&TTS::Clientmutex.mMutex);
+            EXPECT_EQ(0, pthread_mutex_trylock(&TTS::Clientmutex.m));
+            pthread_mutex_unlock(&TTS::Clientmutex.m);
             support::note("released");
         }
     };
@@ -89,13 +89,13 @@ TEST_F(ADeadService, WaitsForARunningSearch) {
     testing::internal::CaptureStdout();
     service.onRequest = [&](uint32_t code) {
         if (code == support::kRegisterCallback) {
-            EXPECT_EQ(EBUSY, pthread_mutex_trylock(&TTS::Clientmutex.mMutex));
+            EXPECT_EQ(EBUSY, pthread_mutex_trylock(&TTS::Clientmutex.m));
             binderThread = std::thread([&] {
                 notifier->binderDied(nullptr);
                 told = true;
             });
         } else {
-            EXPECT_EQ(EBUSY, pthread_mutex_trylock(&TTS::Clientmutex.mMutex));
+            EXPECT_EQ(EBUSY, pthread_mutex_trylock(&TTS::Clientmutex.m));
             toldMeanwhile = told;
         }
     };
@@ -153,9 +153,9 @@ TEST_F(ADeadCallback, IsReportedAlsoWhenThereIsNone) {
 }
 
 TEST_F(ADeadCallback, IsReleasedWithoutTheMutex) {
-    pthread_mutex_lock(&TTS::Clientmutex.mMutex);
+    pthread_mutex_lock(&TTS::Clientmutex.m);
     printedBy(TTSClientPrivate::mCbDeathNotifier);
-    pthread_mutex_unlock(&TTS::Clientmutex.mMutex);
+    pthread_mutex_unlock(&TTS::Clientmutex.m);
     EXPECT_TRUE(TTSClientPrivate::m_cb == nullptr);
 }
 
