@@ -10,24 +10,25 @@ namespace {
 
 struct Step {
     Reach stopsAt;
+    int code;
     const char* subject;
     const char* good;
     const char* bad;
     const char* remedy;
-    int code;
 };
 
 /// What must be so before the service can be asked for more, in this order.
 constexpr Step kSteps[] = {
-    {Reach::NoServiceManager, "service manager", "running", "absent",
-     "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)", kNotFound},
-    {Reach::NoService, "service", "registered", "absent", "start it with: voxtreld", kNotFound},
-    {Reach::NoAnswer, "answer", "the service answers", "the service does not answer",
-     "it hangs or is stopped; end it and start voxtreld again", kNoConnection},
-    {Reach::NotReady, "voices", "loaded", "the service is not ready",
-     "wait a moment; if it stays so, see what voxtreld prints about its engine", kNoConnection},
-    {Reach::NotPermitted, "permission", "this user is admitted", "this user is not admitted",
-     "start voxtreld with --allow-uid, or without --deny-uid, for this uid", kNotPermitted},
+    {Reach::NoServiceManager, kNotFound, "service manager", "running", "absent",
+     "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"},
+    {Reach::NoService, kNotFound, "service", "registered", "absent", "start it with: voxtreld"},
+    {Reach::NoAnswer, kNoConnection, "answer", "the service answers", "the service does not answer",
+     "it hangs or is stopped; end it and start voxtreld again"},
+    {Reach::NotReady, kNoConnection, "voices", "loaded", "the service is not ready",
+     "wait a moment; if it stays so, see what voxtreld prints about its engine"},
+    {Reach::NotPermitted, kNotPermitted, "permission", "this user is admitted",
+     "this user is not admitted",
+     "start voxtreld with --allow-uid, or without --deny-uid, for this uid"},
 };
 
 Finding good(const char* subject, const std::string& seen) {

@@ -14,15 +14,15 @@ constexpr const char* kSettingNames[] = {"language", "speed",     "pitch",     "
                                          "volume",   "bg-volume", "tts-volume"};
 
 struct StateNames {
-    uint32_t second;
     const char* name;
+    uint32_t second;
     bool isSwitch;
 };
 
 constexpr StateNames kStates[] = {
-    {kStateSpeech, "speech", true}, {kStateVerbosity, "verbosity", false},
-    {kStateLock, "lock", false},    {kStateReady, "ready", true},
-    {kStateReset, "reset", false},
+    {"speech", kStateSpeech, true}, {"verbosity", kStateVerbosity, false},
+    {"lock", kStateLock, false},    {"ready", kStateReady, true},
+    {"reset", kStateReset, false},
 };
 
 const StateNames* ownState(uint32_t second) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <csignal>
-#include <cstring>
 #include <iostream>
+#include <system_error>
 #include <thread>
 
 #include <spawn.h>
@@ -23,6 +23,7 @@ constexpr int kSignalBase = 128;
 /// taken over given back. Returns an errno value, 0 on success.
 int start(const std::vector<std::string>& words, int output, pid_t& child) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
@@ -78,8 +79,8 @@ int runLock(const Options& options, Terminal& terminal) {
     pid_t child = 0;
     const int error = start(options.words, terminal.output(), child);
     if (error != 0) {
-        std::cerr << "voxtrelctl: " << options.words.front() << ": " << std::strerror(error)
-                  << "\n";
+        std::cerr << "voxtrelctl: " << options.words.front() << ": "
+                  << std::generic_category().message(error) << "\n";
         return error == ENOENT ? kNoSuchCommand : kCannotRun;
     }
     return await(child);

@@ -6,9 +6,12 @@
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 
+#include "tools/EventQueue.h"
+
 namespace voxtrelctl {
 
 void startBinderThreads() {
+    (void)EventQueue::instance();  // from here on the signals are its business in every thread
     android::ProcessState::self()->startThreadPool();
 }
 
@@ -21,11 +24,8 @@ bool isServiceRegistered() {
 }
 
 bool isServiceManagerThere() {
-    const auto manager = android::IInterface::asBinder(android::defaultServiceManager());
-    // A manager of this process alone, which a platform may put in the place of an absent one,
-    // knows no service of another process.
-    return manager != nullptr && manager->remoteBinder() != nullptr &&
-           manager->pingBinder() == android::OK;
+    const auto manager = android::ProcessState::self()->getContextObject(nullptr);
+    return manager != nullptr && manager->pingBinder() == android::OK;
 }
 
 void quietLog(bool verbose) {

@@ -87,6 +87,7 @@ int runProfileSave(const Options& options, Terminal& terminal) {
     }
     profile.mVerbosity = session.client().verbosity();
     profile.mEnable = session.client().enabled() ? 1 : 0;
+    session.confirm();
     check(session.client().saveProfile(path.c_str()), path);
     // A full disk is no failure to the library, which leaves an empty file then.
     if (contentOf(path).empty()) {
@@ -105,6 +106,7 @@ int runProfileLoad(const Options& options, Terminal& terminal) {
     }
     check(client.setVerbosity(profile.mVerbosity), "verbosity");
     writeSpeech(session, profile.mEnable != 0);
+    session.confirm();
     return 0;
 }
 

@@ -64,6 +64,7 @@ const char* mark(Verdict verdict) {
 
 std::string settingsTable(const std::vector<SettingReport>& report) {
     std::vector<Row> rows;
+    rows.reserve(report.size());
     for (const SettingReport& setting : report) {
         rows.push_back(
             {setting.name, valueText(setting.value), enabledText(setting), setting.range});
@@ -73,6 +74,7 @@ std::string settingsTable(const std::vector<SettingReport>& report) {
 
 std::string languagesTable(const std::vector<LanguageReport>& report) {
     std::vector<Row> rows;
+    rows.reserve(report.size());
     for (const LanguageReport& language : report) {
         rows.push_back(
             {language.code,
@@ -84,6 +86,7 @@ std::string languagesTable(const std::vector<LanguageReport>& report) {
 
 std::string voicesTable(const std::vector<VoiceReport>& report) {
     std::vector<Row> rows;
+    rows.reserve(report.size());
     for (const VoiceReport& voice : report) {
         rows.push_back({voice.language, std::to_string(voice.id), voice.name,
                         voice.usable ? "" : "taken away by the device's filter"});
@@ -111,6 +114,7 @@ std::string profileText(const std::vector<ProfileEntry>& report) {
 
 std::string findingsPage(const std::vector<Finding>& report) {
     std::vector<Row> rows;
+    rows.reserve(report.size());
     for (const Finding& finding : report) {
         rows.push_back({mark(finding.verdict), finding.subject,
                         finding.seen + (finding.remedy.empty() ? "" : "; " + finding.remedy)});

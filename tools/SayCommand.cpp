@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <system_error>
 
 #include "tools/ClientSettings.h"
 #include "tools/Commands.h"
@@ -27,7 +27,8 @@ std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::string text = readAll(in);
     if (!in.is_open() || in.bad()) {
-        throw Failure(kBadParameter, "cannot read " + path + " (" + std::strerror(errno) + ")",
+        throw Failure(kBadParameter,
+                      "cannot read " + path + " (" + std::generic_category().message(errno) + ")",
                       "name a text file, or - for standard input");
     }
     return text;

@@ -115,6 +115,7 @@ std::vector<SettingReport> surveySettings(Session& session, const std::vector<st
         }
     }
     std::vector<SettingReport> report;
+    report.reserve(wanted.size());
     for (const Setting* setting : wanted) {
         SettingReport entry{setting->name,
                             readSetting(session, *setting),

@@ -14,7 +14,7 @@ namespace {
 
 using Clock = EventQueue::Clock;
 
-constexpr auto kPatience = std::chrono::milliseconds(400);
+constexpr auto kPatience = std::chrono::milliseconds(800);
 constexpr auto kProgressStep = std::chrono::seconds(1);
 
 class Obituary : public android::IBinder::DeathRecipient {
@@ -74,10 +74,16 @@ void Session::connect(Terminal& terminal) {
     }
 }
 
+void Session::confirm() {
+    if (mService->pingBinder() != android::OK) {
+        throw Failure(kNoConnection);
+    }
+}
+
 void Session::watchService() {
     mObituary = new Obituary;
-    const auto service = android::IInterface::asBinder(mClient->getService());
-    if (service == nullptr || service->linkToDeath(mObituary, nullptr, 0) != android::OK) {
+    mService = android::IInterface::asBinder(mClient->getService());
+    if (mService == nullptr || mService->linkToDeath(mObituary, nullptr, 0) != android::OK) {
         throw Failure(kNoConnection);
     }
 }

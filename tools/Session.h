@@ -29,11 +29,16 @@ public:
     TTS::TTSClientPrivate& client() { return *mClient; }
     const TTS::Capabilities& capabilities() const { return mClient->mCapabilities; }
 
+    /// Throws Failure(-5) if the service does not answer any more. The library reads the answer of
+    /// a service that died meanwhile as zeros, which are no data and no success.
+    void confirm();
+
 private:
     void connect(Terminal& terminal);
     void watchService();
 
     std::unique_ptr<TTS::TTSClientPrivate> mClient;
+    android::sp<android::IBinder> mService;
     android::sp<android::IBinder::DeathRecipient> mObituary;
 };
 

@@ -10,6 +10,7 @@ int runSet(const Options& options, Terminal& terminal) {
     const Value value = parseValue(setting, options.value);
     Session session(terminal);
     writeSetting(session, setting, value);
+    session.confirm();
     return 0;
 }
 
@@ -27,6 +28,7 @@ int runSwitch(const Options& options, Terminal& terminal) {
     } else {
         writeFlag(session, *setting, enable);
     }
+    session.confirm();
     return 0;
 }
 

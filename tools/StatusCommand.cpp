@@ -24,13 +24,16 @@ int runStatus(const Options& options, Terminal& terminal) {
     const StatusReport report{session.client().enabled(), isLockedByOther(session),
                               surveySettings(session, {}), surveyLanguages(session),
                               session.capabilities().voices.size()};
+    session.confirm();
     print(options, terminal, report, &statusJson, &statusPage);
     return 0;
 }
 
 int runLanguages(const Options& options, Terminal& terminal) {
     Session session(terminal);
-    print(options, terminal, surveyLanguages(session), &languagesJson, &languagesTable);
+    const std::vector<LanguageReport> report = surveyLanguages(session);
+    session.confirm();
+    print(options, terminal, report, &languagesJson, &languagesTable);
     return 0;
 }
 
@@ -53,7 +56,9 @@ int runVoices(const Options& options, Terminal& terminal) {
 
 int runGet(const Options& options, Terminal& terminal) {
     Session session(terminal);
-    print(options, terminal, surveySettings(session, options.words), &settingsJson, &settingsTable);
+    const std::vector<SettingReport> report = surveySettings(session, options.words);
+    session.confirm();
+    print(options, terminal, report, &settingsJson, &settingsTable);
     return 0;
 }
 

@@ -98,13 +98,13 @@ std::string WordCursor::advanceTo(uint32_t offset) {
     if (end <= mDone) {
         return "";
     }
-    const std::string spoken = mText.substr(mDone, end - mDone);
+    std::string spoken = mText.substr(mDone, end - mDone);
     mDone = end;
     return spoken;
 }
 
 std::string WordCursor::rest() {
-    const std::string left = mText.substr(mDone);
+    std::string left = mText.substr(mDone);
     mDone = mText.size();
     return left;
 }

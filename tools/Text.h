@@ -10,7 +10,7 @@
 namespace voxtrelctl {
 
 /// The most bytes of text that go to the service in one request; a request of 1 MiB would be lost.
-constexpr size_t kPieceBytes = 32 * 1024;
+constexpr size_t kPieceBytes = 32768;
 
 /// Cuts `text` into pieces of at most `most` bytes, at the last end of a sentence, else the last
 /// white space, else the last whole UTF-8 character of each piece. Joined they are the text, but

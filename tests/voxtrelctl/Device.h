@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_VOXTRELCTL_DEVICE_H
+#define VOXTREL_TESTS_VOXTRELCTL_DEVICE_H
+
+#include <memory>
+#include <string>
+
+#include "tests/support/TempFolder.h"
+#include "tests/voxtrelctl/Process.h"
+
+namespace voxtrel_test {
+
+/// A device in a folder of its own: a service manager, a service, and the command line. One in a
+/// process: where the service manager listens is in the environment.
+class Device {
+public:
+    using Words = Process::Words;
+
+    /// With a service manager and no service.
+    Device();
+    ~Device();
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    /// Starts the service with its profile in the folder, and returns when it has loaded its
+    /// voices. Without a sink among the options it writes wavPath().
+    void startService(const Words& options = {});
+
+    /// Ends it in order, so that its files are whole.
+    void stopService();
+
+    void killService();
+    void killServiceManager();
+
+    /// Runs voxtrelctl to its end.
+    Outcome ctl(const Words& arguments, const std::string& input = "");
+
+    /// Starts voxtrelctl.
+    std::unique_ptr<Process> start(const Words& arguments);
+
+    std::string path(const std::string& entry) const { return mFolder.path(entry); }
+    std::string wavPath() const { return path("speech.wav"); }
+    pid_t servicePid() const { return mService->pid(); }
+
+    /// The program under test.
+    static std::string control();
+
+private:
+    const TempFolder mFolder;
+    std::unique_ptr<Process> mManager;
+    std::unique_ptr<Process> mService;
+};
+
+/// "say", "x" as the value that the service now has for a setting; fails the test on an error.
+std::string settingOf(Device& device, const std::string& name);
+
+}  // namespace voxtrel_test
+
+#endif

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_VOXTRELCTL_PROCESS_H
+#define VOXTREL_TESTS_VOXTRELCTL_PROCESS_H
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace voxtrel_test {
+
+/// How a process ended, and all that it wrote.
+struct Outcome {
+    int status = -1;  ///< exit status; 128 and the signal's number for one ended by a signal
+    std::string out;
+    std::string err;
+};
+
+/// A child process whose output is collected. Killed and reaped with the object.
+class Process {
+public:
+    using Words = std::vector<std::string>;
+
+    /// Starts `words` (the first is the program) with `input` as all of its standard input.
+    explicit Process(const Words& words, const std::string& input = "");
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    pid_t pid() const { return mPid; }
+    void signal(int number) const;
+
+    /// Reads until standard output, or standard error, holds `text`. False when it ended, or the
+    /// generous limit passed, without.
+    bool awaitOutput(const std::string& text);
+    bool awaitError(const std::string& text);
+
+    /// Reads until it has ended. A process that outlives the generous limit is killed (status 137).
+    Outcome wait();
+
+    /// All of standard output up to now.
+    const std::string& output() const { return mStreams[0].text; }
+
+private:
+    struct Stream {
+        int descriptor = -1;
+        std::string text;
+    };
+
+    bool awaitText(const Stream& stream, const std::string& text);
+    bool readSome(std::chrono::steady_clock::time_point deadline);
+    void reap(int options);
+
+    pid_t mPid = -1;
+    bool mReaped = false;
+    int mStatus = -1;
+    Stream mStreams[2];
+};
+
+}  // namespace voxtrel_test
+
+#endif

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a client sees when the service is killed in the middle of a sentence.
+#include <gtest/gtest.h>
+
+#include <binder/ProcessState.h>
+#include <csignal>
+#include <future>
+
+#include "client/TTSClientPrivate.h"
+#include "tests/voxtrelctl/Device.h"
+#include "tools/Errors.h"
+#include "tools/EventQueue.h"
+#include "tools/Session.h"
+
+using namespace voxtrel_test;
+
+namespace {
+
+constexpr const char* kLong =
+    "The last train had left the station an hour "
+    "ago. A man in a grey coat stood on the platform "
+    "and read the timetable once more, although he "
+    "knew every line of it. Then it began to rain.";
+
+TEST(AServiceKilledInMidSpeech, EndsSayWithMinusFive) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto speaker = device.start({"say", "--wait", "--speed", "150", kLong});
+    ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
+    device.killService();
+    const Outcome said = speaker->wait();
+    EXPECT_EQ(said.status, 1);
+    EXPECT_EQ(said.err,
+              "voxtrelctl: -5 no connection to the service: it died "
+              "while speaking: it went away; "
+              "start voxtreld again and repeat the command\n");
+}
+
+TEST(AServiceKilledInMidSpeech, ComesBackWithItsSettings) {
+    Device device;
+    device.startService({"--real-time"});
+    EXPECT_EQ(device.ctl({"set", "speed", "150"}).status, 0);
+    EXPECT_EQ(device.ctl({"set", "language", "pt_PT"}).status, 0);
+    const auto speaker = device.start({"say", "--wait", kLong});
+    ASSERT_TRUE(speaker->awaitOutput("started 1"));
+    device.killService();
+    EXPECT_EQ(speaker->wait().status, 1);
+    device.startService({"--sink", "none"});
+    EXPECT_EQ(settingOf(device, "speed"), "150");
+    EXPECT_EQ(settingOf(device, "language"), "pt_PT");
+    EXPECT_EQ(device.ctl({"say", "--wait", "Hello again."}).status, 0);
+}
+
+/// One operation of a client after another, none of which may reach a service.
+void expectNoService(TTS::TTSClientPrivate& client) {
+    uint32_t number = 200;
+    float real = 50.0F;
+    bool flag = false;
+    EXPECT_EQ(client.say(1, "x"), -5);
+    EXPECT_EQ(client.silence(1, 1), -5);
+    EXPECT_EQ(client.stopAndFlush(0), -5);
+    EXPECT_EQ(client.setEnable(true), -5);
+    EXPECT_EQ(client.setVerbosity(1), -5);
+    EXPECT_EQ(client.setGlobalRate(200), -5);
+    EXPECT_EQ(client.lock(), -5);
+    EXPECT_EQ(client.unlock(), -5);
+    EXPECT_EQ(client.setGlobalConfig(GCONF_SPEED, &number), -5);
+    EXPECT_EQ(client.globalConfig(GCONF_SPEED, &number), -5);
+    EXPECT_EQ(client.setEnable2(GCONF_SPEED_ENABLE, true), -5);
+    EXPECT_EQ(client.enabled2(GCONF_SPEED_ENABLE, &flag), -5);
+    EXPECT_EQ(client.setSpeed(&number), -5);
+    EXPECT_EQ(client.setVolume(&real), -5);
+    EXPECT_EQ(client.factoryReset(nullptr), -5);
+    EXPECT_EQ(client.disconnect(), -5);
+    EXPECT_FALSE(client.enabled());
+    EXPECT_EQ(client.locked(), 1);
+}
+
+TEST(AClientOfAKilledService, GetsTheDeathThenMinusFiveThenANewConnection) {
+    using voxtrelctl::EventQueue;
+    using voxtrelctl::Notice;
+    Device device;
+    device.startService({"--real-time"});
+    voxtrelctl::Terminal terminal(true);  // what the test itself prints is to be seen
+    auto session = std::make_unique<voxtrelctl::Session>(terminal);
+    ASSERT_EQ(session->client().say(1, kLong), 0);
+    ASSERT_EQ(EventQueue::instance().next().event.first, 1U) << "started";
+    device.killService();
+    Notice notice;
+    while (notice.source != Notice::Source::ServiceDied) {
+        notice = EventQueue::instance().next();
+        ASSERT_NE(notice.source, Notice::Source::Interrupted);
+    }
+    expectNoService(session->client());
+
+    device.startService({"--sink", "none"});
+    EXPECT_EQ(session->client().connect(), 0);
+    ASSERT_EQ(session->client().say(2, "Hello again."), 0);
+    const Notice finished =
+        EventQueue::instance().next(EventQueue::Clock::now() + std::chrono::minutes(1),
+                                    [](const Notice& n) { return n.event.first == 2; });
+    EXPECT_EQ(finished.event.second, 2U);
+}
+
+TEST(AServiceManagerThatDies, DoesNotDisturbThoseWhoFoundEachOther) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto speaker = device.start({"say", "--wait", "--speed", "400", kLong});
+    ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
+    device.killServiceManager();
+    const Outcome said = speaker->wait();
+    EXPECT_EQ(said.status, 0) << said.err;
+    EXPECT_NE(said.out.find("finished 1\n"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a person at a terminal sees; `script` is the terminal.
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include "tests/voxtrelctl/Device.h"
+
+using namespace voxtrel_test;
+
+namespace {
+
+/// Starts voxtrelctl on a terminal of its own.
+std::unique_ptr<Process> onTerminal(const std::string& arguments) {
+    return std::make_unique<Process>(
+        Process::Words{"script", "-qefc", Device::control() + " " + arguments, "/dev/null"});
+}
+
+TEST(APersonAtATerminal, SeesTheWordsAndNothingElse) {
+    Device device;
+    device.startService({"--sink", "none"});
+    const Outcome seen = onTerminal("say --wait 'Hello there, world. It works.'")->wait();
+    EXPECT_EQ(seen.status, 0);
+    EXPECT_EQ(seen.out, "Hello there, world. It works.\r\n");
+}
+
+TEST(APersonAtATerminal, SeesEachWordWhenItIsSpoken) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto terminal = onTerminal("say --wait --speed 80 'Slowly, one word after the other.'");
+    ASSERT_TRUE(terminal->awaitOutput("Slowly,"));
+    EXPECT_EQ(terminal->output().find("other."), std::string::npos) << terminal->output();
+    ASSERT_TRUE(terminal->awaitOutput("Slowly, one word"));
+    EXPECT_EQ(terminal->wait().out, "Slowly, one word after the other.\r\n");
+}
+
+TEST(APersonAtATerminal, SeesWhereSpeechWasStopped) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto terminal = onTerminal("say --wait --speed 80 'Slowly, one word after the other.'");
+    ASSERT_TRUE(terminal->awaitOutput("Slowly,"));
+    EXPECT_EQ(device.ctl({"stop"}).status, 0);
+    const std::string seen = terminal->wait().out;
+    EXPECT_NE(seen.find(" [stopped]\r\n"), std::string::npos) << seen;
+    EXPECT_EQ(seen.find("other."), std::string::npos) << seen;
+}
+
+TEST(APersonAtATerminal, SeesWhatIsWaitedForAndThenOnlyTheResult) {
+    Device device;
+    const auto terminal = onTerminal("say --wait Late.");
+    ASSERT_TRUE(
+        terminal->awaitOutput("looking for the service for up to 15 s; is voxtreld running?"));
+    device.startService({"--sink", "none"});
+    const std::string seen = terminal->wait().out;
+    const std::string erased = "\r\x1b[K";
+    EXPECT_EQ(seen.substr(seen.rfind(erased)), erased + "Late.\r\n") << seen;
+    EXPECT_EQ(seen.find("Debug"), std::string::npos) << "the library's own lines are kept away";
+}
+
+TEST(APersonAtATerminal, SeesOneLineForAnError) {
+    Device device;
+    device.startService({"--sink", "none"});
+    EXPECT_EQ(device.ctl({"disable"}).status, 0);
+    const Outcome seen = onTerminal("say --wait no")->wait();
+    EXPECT_EQ(seen.status, 1);
+    EXPECT_EQ(seen.out,
+              "voxtrelctl: -1 speech is disabled: switch it on with: "
+              "voxtrelctl enable speech\r\n");
+}
+
+TEST(APersonWhoAsksForIt, SeesWhatTheLibraryLogs) {
+    Device device;
+    device.startService({"--sink", "none"});
+    const Outcome seen = device.ctl({"say", "--wait", "--verbose", "x"});
+    EXPECT_EQ(seen.status, 0);
+    EXPECT_NE(seen.err.find("[Client] connect()\n"), std::string::npos) << seen.err;
+    EXPECT_EQ(seen.out, "started 1\nword 1 at 0: x\nfinished 1\n");
+}
+
+}  // namespace
