@@ -13,9 +13,7 @@ public:
         : mMutex(mutex) {
         pthread_mutex_lock(&mMutex.m);
     }
-    ~MutexLock() VOXTREL_RELEASE() VOXTREL_NO_THREAD_ANALYSIS {
-        pthread_mutex_unlock(&mMutex.m);
-    }
+    ~MutexLock() VOXTREL_RELEASE() VOXTREL_NO_THREAD_ANALYSIS { pthread_mutex_unlock(&mMutex.m); }
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
 

@@ -8,6 +8,16 @@
 #include "client/Status.h"
 
 namespace TTS {
+namespace {
+
+constexpr size_t kLanguages = LANG_NA;
+
+/// A record may be shorter or longer than the languages there are: both ends count.
+bool hasEntry(size_t language, size_t entries) {
+    return language < kLanguages && language < entries;
+}
+
+}  // namespace
 
 android::sp<ITextToSpeechFestival> currentService() {
     return gttsbinder;
@@ -57,12 +67,12 @@ void announce(const TTSClientPrivate& client, SettingKind kind) {
 
 bool speaks(const Capabilities& capabilities, EN_VOXTREL_LANGUAGE language) {
     const auto index = static_cast<size_t>(language);
-    return index < capabilities.languages.size() && capabilities.languages[index];
+    return hasEntry(index, capabilities.languages.size()) && capabilities.languages[index];
 }
 
 int32_t voiceCount(const Capabilities& capabilities, EN_VOXTREL_LANGUAGE language) {
     const auto index = static_cast<size_t>(language);
-    return index < capabilities.voicesNum.size() ? capabilities.voicesNum[index] : 0;
+    return hasEntry(index, capabilities.voicesNum.size()) ? capabilities.voicesNum[index] : 0;
 }
 
 }  // namespace TTS

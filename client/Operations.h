@@ -34,10 +34,10 @@ int refusalOfFeature(TTSClientPrivate& client, VOXTRELAPI_GCONF flagKey, bool ca
 /// Tells the application, on this thread, that one of the client's settings has a new value.
 void announce(const TTSClientPrivate& client, SettingKind kind);
 
-/// The service speaks this language. False for an id without an entry.
+/// The service speaks this language. False for an id that is none of ours or has no entry.
 bool speaks(const Capabilities& capabilities, EN_VOXTREL_LANGUAGE language);
 
-/// Number of voices of a language. 0 for an id without an entry.
+/// Number of voices of a language. 0 for an id that is none of ours or has no entry.
 int32_t voiceCount(const Capabilities& capabilities, EN_VOXTREL_LANGUAGE language);
 
 }  // namespace TTS

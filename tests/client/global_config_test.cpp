@@ -360,6 +360,12 @@ TEST_F(TheGlobalLanguage, ReturnsMinusNineForACodeThatIsNoneOfOurs) {
     }
 }
 
+TEST_F(TheGlobalLanguage, ReturnsMinusNineForThatCodeAlsoWhenTheServiceSpeaksSixLanguages) {
+    client.mCapabilities.languages.assign(6, true);
+    EXPECT_EQ(-9, set("de_DE"));
+    EXPECT_EQ(Lines({trace, unsupportedLine("de_DE", 5)}), takeNotes());
+}
+
 TEST_F(TheGlobalLanguage, ReturnsMinusNineWhenTheFilterTakesItAwayAndSaysSoWithoutABlank) {
     INI_LANGUAGE_WITH_VOICES = "fr_FR.none";
     EXPECT_EQ(-9, set("fr_FR"));

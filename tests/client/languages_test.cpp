@@ -71,6 +71,11 @@ TEST_F(TheUsableLanguages, AreNoneBeforeAConnection) {
     EXPECT_EQ("", fresh.supportLanguages());
 }
 
+TEST_F(TheUsableLanguages, AreOursHoweverManyTheServiceSpeaks) {
+    client.mCapabilities.languages.assign(6, true);
+    EXPECT_EQ("en_US,fr_FR,es_ES,ko_KR,pt_PT", client.supportLanguages());
+}
+
 class SetLanguage : public support::JoinedClientTest {
 protected:
     int set(std::string code) { return client.setLanguage(&code[0]); }

@@ -289,6 +289,20 @@ TEST_F(TheVoiceRange, IsThatOfTheClientsLanguageWithoutAskingTheService) {
     EXPECT_EQ(Lines{}, takeNotes());
 }
 
+TEST_F(TheVoiceRange, PassesANegativeNumberOfVoicesOn) {
+    client.mSetting.mLang = "en_US";
+    client.mCapabilities.voicesNum[0] = -1;
+    EXPECT_EQ(1, client.ttsVoiceMin());
+    EXPECT_EQ(-1, client.ttsVoiceMax());
+}
+
+TEST_F(TheVoiceRange, IsZeroAlsoWhenTheServiceCountsVoicesOfASixthLanguage) {
+    client.mCapabilities.voicesNum.assign(6, 3);
+    service.language = "de_DE";
+    EXPECT_EQ(0, client.ttsVoiceMin());
+    EXPECT_EQ(0, client.ttsVoiceMax());
+}
+
 TEST_F(TheVoiceRange, IsThatOfTheServicesLanguageWhileTheClientHasNone) {
     service.language = "en_US";
     EXPECT_EQ(1, client.ttsVoiceMin());
