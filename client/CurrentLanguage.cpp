@@ -1,15 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/CurrentLanguage.h"
 
+#include <cstddef>
+
 #include "client/Log.h"
 #include "client/SettingChange.h"
 #include "client/Status.h"
 
 namespace TTS {
+namespace {
+
+/// A proxy stores 16 bytes at most; a service of this process may fill what the interface gives it.
+constexpr size_t kLongestCode = 256;
+
+}  // namespace
 
 int askGlobalLanguage(TTSClientPrivate& client, const char* logFormat,
                       EN_VOXTREL_LANGUAGE* language) {
-    char code[16 + 1] = {};  // the service may fill all 16 and sends no terminator
+    char code[kLongestCode + 1] = {};  // neither a proxy nor an implementation need end it
     const int failure = client.globalConfig(GCONF_LANGUAGE, code);
     if (failure != 0) {
         return failure;

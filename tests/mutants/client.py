@@ -189,8 +189,11 @@
     # Language and voice.
     ("client/CurrentLanguage.cpp", "    dbgPrint(kLogTrace, logFormat, code);\n", "    (void)logFormat;\n",
      "a line less"),
-    ("client/CurrentLanguage.cpp", "char code[16 + 1] = {};", 'char code[16 + 1] = "?????????????";',
+    ("client/CurrentLanguage.cpp", "char code[kLongestCode + 1] = {};",
+     'char code[kLongestCode + 1] = "?????????????";',
      "the buffer is not zeroed"),
+    ("client/CurrentLanguage.cpp", "kLongestCode = 256;", "kLongestCode = 16;",
+     "a service of this process overruns the buffer"),
     ("client/CurrentLanguage.cpp", "*language < LANG_NA ? status::kOk :",
      "*language < LANG_PT_PT ? status::kOk :", "the service is asked for more"),
     ("client/DeviceFilter.cpp", "std::getline(text, whole, ',')", "std::getline(text, whole, ';')",
