@@ -265,6 +265,7 @@ public:
     /// @param out receives a `VoiceInfo**`: an array of pointers ended by null, or null when there
     ///        is no voice or on failure. The array and its records belong to the process and are
     ///        overwritten by the next call of any client object.
+    ///        A service without any voice leaves the array alone.
     /// @return 0; the failure of `globalConfig`; -3 when the service's language is none of ours.
     /// Called on: one thread of the process at a time.
     int supportVoicesInfo(void* out);

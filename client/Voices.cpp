@@ -77,6 +77,9 @@ int TTSClientPrivate::supportVoicesInfo(void* out) {
     dbgPrint(kLogTrace,
              VOXTREL_DEBUG_LINE("TTSClientPrivate(), supportVoicesInfo, get language id = %d"),
              language);
+    if (mCapabilities.voices.empty()) {
+        return status::kOk;  // the table that another client was given stays as it is
+    }
     if (enterVoices(mCapabilities, language) > 0) {
         list = gVoiceList;
     }

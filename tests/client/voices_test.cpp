@@ -2,6 +2,7 @@
 #include <ttscommon/ttscommon.h>
 
 #include <algorithm>
+#include <thread>
 
 #include "tests/client/ClientTest.h"
 
@@ -129,6 +130,30 @@ TEST_F(TheVoiceTable, IsNullWhenTheServiceHasNoVoices) {
     EXPECT_EQ(0, list());
     EXPECT_TRUE(voices == nullptr);
     EXPECT_EQ(Lines{idLine(0)}, takeNotes());
+}
+
+TEST_F(TheVoiceTable, IsSharedByAllClientsAndThreadsOfTheProcess) {
+    TTS::TTSClientPrivate other("other", nullptr);
+    other.mCapabilities = client.mCapabilities;
+    other.mSetting.mLang = "fr_FR";
+    list();
+    TTS::VoiceInfo** others = nullptr;
+    std::thread([&] { EXPECT_EQ(0, other.supportVoicesInfo(&others)); }).join();
+    EXPECT_EQ(voices, others);
+    EXPECT_STREQ("Claire", voices[0]->name) << "the other client's question overwrites the answer";
+    EXPECT_TRUE(voices[1] == nullptr);
+}
+
+TEST_F(TheVoiceTable, IsLeftAloneWhenTheServiceHasNoVoices) {
+    TTS::TTSClientPrivate other("other", nullptr);
+    other.mSetting.mLang = "en_US";
+    list();
+    TTS::VoiceInfo** others = voices;
+    EXPECT_EQ(0, other.supportVoicesInfo(&others));
+    EXPECT_TRUE(others == nullptr);
+    ASSERT_TRUE(voices[0] != nullptr) << "what the first client was given still stands";
+    EXPECT_STREQ("Anna", voices[0]->name);
+    EXPECT_STREQ("Ben", voices[1]->name);
 }
 
 TEST_F(TheVoiceTable, IsNullForALanguageWithoutVoices) {
@@ -267,6 +292,13 @@ TEST_F(SetVoice, HoldsTheFilterAgainstVoicesOfItsLanguageAndNumberOnly) {
     EXPECT_EQ(1, std::count(notes.begin(), notes.end(), filterLine("fr_FR.none,pt_PT.none")));
 }
 
+TEST_F(SetVoice, IsComparedUnsignedWithANegativeNumberOfVoices) {
+    client.mCapabilities.voicesNum[0] = -1;
+    EXPECT_EQ(0, set(4000000000U));
+    EXPECT_EQ(Lines({trace("-294967296"), kFlagTrace, kFlagQuestion, "notify 6 0 3"}), takeNotes());
+    EXPECT_EQ(4000000000U, client.mSetting.mVoice);
+}
+
 TEST_F(SetVoice, DoesNotLookAtTheLock) {
     service.locked = true;
     EXPECT_EQ(0, set(1));
@@ -340,6 +372,11 @@ protected:
 TEST_F(TheChoiceOfVoices, IsOpenWhenTheLanguageHasVoicesAndTheFlagIsOn) {
     EXPECT_EQ(1, client.supportVoicesNum());
     EXPECT_EQ(Lines({kFlagTrace, kFlagQuestion}), takeNotes());
+}
+
+TEST_F(TheChoiceOfVoices, IsOpenAlsoForANegativeNumberOfVoices) {
+    client.mCapabilities.voicesNum[0] = -1;
+    EXPECT_EQ(1, client.supportVoicesNum());
 }
 
 TEST_F(TheChoiceOfVoices, IsClosedWithALogLineWhenTheFlagIsOff) {

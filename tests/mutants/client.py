@@ -235,6 +235,9 @@
     ("client/Voices.cpp", "        if (isUsable(voice)) {", "        if (true) {",
      "filtered voices are listed"),
     ("client/Voices.cpp", "    gVoiceList[count] = nullptr;\n", "", "the list has no end"),
+    ("client/Voices.cpp",
+     "    if (mCapabilities.voices.empty()) {\n        return status::kOk;  // the table that another "
+     "client was given stays as it is\n    }\n", "", "a service without voices empties the table"),
     ("client/Voices.cpp", "    if (enterVoices(mCapabilities, language) > 0) {",
      "    if (enterVoices(mCapabilities, language) >= 0) {", "an empty list is no null"),
     ("client/Voices.cpp", "static_cast<uint32_t>(count) < id", "static_cast<uint32_t>(count) <= id",
