@@ -319,6 +319,14 @@ TEST_F(TheGlobalVoice, IsHeldAgainstEveryRecordOfThatNumber) {
     EXPECT_EQ(2, std::count(notes.begin(), notes.end(), filterLine("en_US.Anna,en_US.Zoe")));
 }
 
+TEST_F(TheGlobalVoice, IsComparedUnsignedWithANegativeNumberOfVoices) {
+    client.mCapabilities.voicesNum[0] = -1;
+    EXPECT_EQ(0, set(4000000000U));
+    EXPECT_EQ(asked("en_US", {flagTrace, flagQuestion, "ask locked()",
+                              "ask setGlobalConfig(pid, 6, 4000000000)"}),
+              takeNotes());
+}
+
 TEST_F(TheGlobalVoice, IsRefusedWithoutAnAddress) {
     EXPECT_EQ(-3, client.setGlobalConfig(GCONF_VOICE, nullptr));
     EXPECT_EQ(Lines{keyLine("setGlobalConfig", 6)}, takeNotes());
