@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/AlsaSink.h"
 
-#include <alsa/asoundlib.h>
 #include <poll.h>
 
 #include <cerrno>

@@ -2,11 +2,11 @@
 #ifndef VOXTREL_SERVICE_ALSASINK_H
 #define VOXTREL_SERVICE_ALSASINK_H
 
+#include <alsa/asoundlib.h>
+
 #include <string>
 
 #include "service/Sink.h"
-
-struct _snd_pcm;
 
 namespace voxtreld {
 
@@ -28,7 +28,7 @@ private:
     bool waitForRoom(const Cancel& cancel);
 
     std::string mDevice;
-    _snd_pcm* mPcm = nullptr;
+    snd_pcm_t* mPcm = nullptr;
 };
 
 }  // namespace voxtreld

@@ -14,42 +14,42 @@ namespace {
 using TTS::TtsSetting;
 
 struct IntegerRow {
-    VOXTRELAPI_GCONF key;
     uint32_t TtsSetting::*value;
+    VOXTRELAPI_GCONF key;
     uint32_t min, max, fallback;
 };
 
 struct FloatRow {
-    VOXTRELAPI_GCONF key;
     float TtsSetting::*value;
+    VOXTRELAPI_GCONF key;
     float min, max, fallback;
 };
 
 struct FlagRow {
-    VOXTRELAPI_GCONF key;
     int32_t TtsSetting::*value;
+    VOXTRELAPI_GCONF key;
 };
 
 // The defaults are those that an upgraded profile gets.
 constexpr IntegerRow kIntegers[] = {
-    {GCONF_SPEED, &TtsSetting::mSpeed, kSpeedMin, kSpeedMax, 300},
-    {GCONF_BG_VOLUME, &TtsSetting::mMediaVolume, 0, 100, 50},
-    {GCONF_TTS_VOLUME, &TtsSetting::mTtsVolume, 0, 100, 100},
-    {GCONF_VOICE, &TtsSetting::mVoice, 0, 999, 0},
+    {&TtsSetting::mSpeed, GCONF_SPEED, kSpeedMin, kSpeedMax, 300},
+    {&TtsSetting::mMediaVolume, GCONF_BG_VOLUME, 0, 100, 50},
+    {&TtsSetting::mTtsVolume, GCONF_TTS_VOLUME, 0, 100, 100},
+    {&TtsSetting::mVoice, GCONF_VOICE, 0, 999, 0},
 };
 
 constexpr FloatRow kFloats[] = {
-    {GCONF_PITCH, &TtsSetting::mPitch, kPitchMin, kPitchMax, 200.0F},
-    {GCONF_VOLUME, &TtsSetting::mVolume, kVolumeMin, kVolumeMax, 100.0F},
+    {&TtsSetting::mPitch, GCONF_PITCH, kPitchMin, kPitchMax, 200.0F},
+    {&TtsSetting::mVolume, GCONF_VOLUME, kVolumeMin, kVolumeMax, 100.0F},
 };
 
 constexpr FlagRow kFlags[] = {
-    {GCONF_SPEED_ENABLE, &TtsSetting::mSpeedEnable},
-    {GCONF_PITCH_ENABLE, &TtsSetting::mPitchEnable},
-    {GCONF_VOICE_ENABLE, &TtsSetting::mVoiceEnable},
-    {GCONF_VOLUME_ENABLE, &TtsSetting::mVolumeEnable},
-    {GCONF_BG_VOLUME_ENABLE, &TtsSetting::mMediaVolumeEnable},
-    {GCONF_TTS_VOLUME_ENABLE, &TtsSetting::mTtsVolumeEnable},
+    {&TtsSetting::mSpeedEnable, GCONF_SPEED_ENABLE},
+    {&TtsSetting::mPitchEnable, GCONF_PITCH_ENABLE},
+    {&TtsSetting::mVoiceEnable, GCONF_VOICE_ENABLE},
+    {&TtsSetting::mVolumeEnable, GCONF_VOLUME_ENABLE},
+    {&TtsSetting::mMediaVolumeEnable, GCONF_BG_VOLUME_ENABLE},
+    {&TtsSetting::mTtsVolumeEnable, GCONF_TTS_VOLUME_ENABLE},
 };
 
 template <typename Row, size_t size>

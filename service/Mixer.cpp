@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/Mixer.h"
 
-#include <sndfile.h>
-
 #include <algorithm>
 #include <cmath>
 

@@ -2,12 +2,12 @@
 #ifndef VOXTREL_SERVICE_MIXER_H
 #define VOXTREL_SERVICE_MIXER_H
 
+#include <sndfile.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
-
-struct sf_private_tag;
 
 namespace voxtreld {
 
@@ -29,7 +29,7 @@ public:
 private:
     bool refill();
 
-    sf_private_tag* mFile = nullptr;
+    SNDFILE* mFile = nullptr;
     unsigned mChannels = 1;
     std::vector<int16_t> mFrames;  ///< as the file has them, channels side by side
     size_t mNext = 0;

@@ -20,7 +20,7 @@ bool isContinuation(uint8_t byte) {
 /// is what keeps out overlong forms, surrogates and values beyond the last code point).
 struct Lead {
     uint8_t first, last;
-    size_t length;
+    uint8_t length;
     uint8_t secondMin, secondMax;
 };
 

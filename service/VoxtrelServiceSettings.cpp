@@ -80,7 +80,7 @@ int VoxtrelService::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* va
 }
 
 int VoxtrelService::factoryReset(unsigned pid) {
-    return change(pid, "factoryReset", STATE_RESET, [this](GlobalSettings& settings) {
+    return change(pid, "factoryReset", STATE_RESET, [](GlobalSettings& settings) {
         settings.reset();
         return STATUS_OK;
     });

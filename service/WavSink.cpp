@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/WavSink.h"
 
-#include <sndfile.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

@@ -2,11 +2,11 @@
 #ifndef VOXTREL_SERVICE_WAVSINK_H
 #define VOXTREL_SERVICE_WAVSINK_H
 
+#include <sndfile.h>
+
 #include <string>
 
 #include "service/Sink.h"
-
-struct sf_private_tag;
 
 namespace voxtreld {
 
@@ -28,7 +28,7 @@ public:
     void close();
 
 private:
-    sf_private_tag* mFile = nullptr;
+    SNDFILE* mFile = nullptr;
 };
 
 /// All utterances one after the other in one file, which is emptied first. Valid whenever an

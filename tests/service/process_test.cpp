@@ -214,10 +214,15 @@ TEST_F(ARunningService, KeepsItsSettingsWhenItIsKilledAndStartedAgain) {
     EXPECT_EQ(256 + SIGKILL, service->wait());
     client->readUntil(
         [](const std::string& line) { return line.find("binderDied") != std::string::npos; });
+    bool isNoticed = false;
+    while (!isNoticed && !HasFailure()) {  // the death is told a moment before it takes effect
+        client->tell("stop 0");
+        const Lines answer =
+            client->readUntil([](const std::string& line) { return line.rfind("stop ", 0) == 0; });
+        isNoticed = !answer.empty() && answer.back() == "stop -5";
+    }
     client->tell("which-rate");
     client->readUntil("which-rate 0");
-    client->tell("stop 0");
-    client->readUntil("stop -5");
     service = startService({"--sink", "none"});
     client->tell("connect");
     client->readUntil("connect 0");
@@ -254,7 +259,8 @@ TEST_F(ARunningService, DoesNotGrowWithTheLengthOfAText) {
     client->tell("stop 0");
     client->readUntil(eventLine(EVENT_STOPPED, 2, 0));
     EXPECT_GT(before, 0U);
-    EXPECT_LT(after, before + 512) << "kilobytes";
+    // What has been spoken by then would be hundreds of megabytes of sound.
+    EXPECT_LT(after, before + 4096) << "kilobytes";
 }
 
 TEST_F(ARunningService, DoesNotAdmitADeniedUser) {
