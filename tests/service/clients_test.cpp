@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <random>
 
 #include "ipc/BpCallback.h"
 #include "tests/service/ServiceFixture.h"
@@ -159,6 +162,46 @@ TEST_F(AClient, SendingARequestWithoutATextIsAnsweredAndTheServiceGoesOn) {
     EXPECT_EQ(android::BAD_VALUE, service->onTransact(kSay, empty, &reply, 0));
     EXPECT_EQ(1U, log.size());
     EXPECT_TRUE(service->enabled());
+}
+
+/// A parcel of a few random words, in which every value, small and huge, turns up often.
+void fillAtRandom(android::Parcel& parcel, std::mt19937& random) {
+    constexpr int32_t kTelling[] = {0, 1, 2, 3, 14, 15, -1, 255, 256, 65535, INT32_MAX, INT32_MIN};
+    const size_t words = random() % 12;
+    for (size_t i = 0; i < words; ++i) {
+        switch (random() % 4) {
+            case 0:
+                parcel.writeInt32(static_cast<int32_t>(random()));
+                break;
+            case 1:
+                parcel.writeCString("h\xC3\xA9llo \xFF");
+                break;
+            case 2:
+                parcel.writeInt32(101);  // the caller, so that some requests are served
+                break;
+            default:
+                parcel.writeInt32(kTelling[random() % std::size(kTelling)]);
+        }
+    }
+    parcel.setDataPosition(0);
+}
+
+TEST_F(AClient, CannotCrashTheServiceWithAnyRequest) {
+    join(kAnn);
+    startSpeech();
+    std::mt19937 random(20);  // the same requests in every run
+    for (int i = 0; i < 20'000; ++i) {
+        android::Parcel request;
+        android::Parcel reply;
+        fillAtRandom(request, random);
+        from(kAnn);
+        (void)service->onTransact(random() % 32, request, &reply, random() % 2);
+    }
+    const auto ann = join(kAnn);
+    ASSERT_EQ(0, service->setEnable(kAnn, true));
+    ASSERT_EQ(0, service->stopAndFlush(kAnn, 0));
+    ASSERT_EQ(0, say(kAnn, 77, "still here"));
+    EXPECT_EQ((Told{kAnn, EVENT_FINISHED, 77, 0}), toldAtTheEndTo(ann).back());
 }
 
 class TheLock : public ServiceFixture {};

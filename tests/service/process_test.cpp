@@ -60,6 +60,22 @@ size_t residentKilobytes(pid_t pid) {
     return 0;
 }
 
+/// Processor time that a process has used, in hundredths of a second.
+long processorTicks(pid_t pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    std::istringstream fields(line.substr(line.rfind(')') + 1));
+    std::string skipped;
+    for (int i = 0; i < 11; ++i) {
+        fields >> skipped;
+    }
+    long user = 0;
+    long system = 0;
+    fields >> user >> system;
+    return user + system;
+}
+
 class ARunningService : public testing::Test {
 protected:
     ARunningService() {
@@ -169,6 +185,43 @@ TEST_F(ARunningService, StopsAThousandUtterancesAndTellsOfEach) {
     client->tell("flood 1 1000 This is one of very many sentences.");
     client->tell("stop 0");
     expectOneLifeEach(eventsUntilEnded(*client, 1000), 1000, EVENT_STOPPED);
+}
+
+/// Samples in a file that the service wrote.
+size_t lengthOf(const std::string& path) {
+    SF_INFO info = {};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (file == nullptr) {
+        return 0;
+    }
+    sf_close(file);
+    return static_cast<size_t>(info.frames);
+}
+
+TEST_F(ARunningService, CutsAnUtteranceWhereItIsStopped) {
+    const Process service = startService({"--sink", "wavdir:" + folder.path("s"), "--real-time"});
+    const Process client = startClient();
+    client->tell("say 1 One two three four five six seven eight.");
+    client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
+    client->tell("say 2 One two three four five six seven eight.");
+    client->readUntil(eventLine(EVENT_WORD, 2, 8));
+    client->tell("stop 1");
+    client->readUntil(eventLine(EVENT_STOPPED, 2, 0));
+    const std::string number = "-" + std::to_string(client->pid()) + "-";
+    const size_t whole = lengthOf(folder.path("s/000001" + number + "1.wav"));
+    const size_t cut = lengthOf(folder.path("s/000002" + number + "2.wav"));
+    EXPECT_GT(cut, 0U);
+    EXPECT_LT(cut, whole * 3 / 4);
+}
+
+TEST_F(ARunningService, SleepsWhileNobodyWantsAnything) {
+    const Process service = startService({"--sink", "none"});
+    const Process client = startClient();
+    client->tell("say 1 Warm up.");
+    client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
+    const long before = processorTicks(service->pid());
+    std::this_thread::sleep_for(std::chrono::seconds(1));  // what is measured is this second
+    EXPECT_LE(processorTicks(service->pid()) - before, 1) << "hundredths of a second";
 }
 
 TEST_F(ARunningService, ForgetsAClientThatIsKilledWhileItSpeaks) {
