@@ -80,6 +80,8 @@ class Workshop:
         self.tree = WORK / str(number) / "tree"
         self.build = WORK / str(number) / "build"
         self.seconds = {}
+        # What one copy has compiled, the next finds in the cache in spite of its other folder.
+        self.environment = {**os.environ, "CCACHE_BASEDIR": str(WORK / str(number))}
 
     def prepare(self, programs):
         self._copy_tree()
@@ -123,7 +125,7 @@ class Workshop:
 
     def _build(self, program):
         return subprocess.run(["cmake", "--build", self.build, "-j1", "--target", program],
-                              capture_output=True).returncode == 0
+                              capture_output=True, env=self.environment).returncode == 0
 
     def _test(self, program, timeout):
         """Runs one test program; returns the first test that fails in it, or ""."""
@@ -137,9 +139,8 @@ class Workshop:
             return ""
         return last_test(run.stdout) + ("" if run.returncode == 1 else " (crashes)")
 
-    @staticmethod
-    def _run(command):
-        done = subprocess.run(command, capture_output=True, text=True)
+    def _run(self, command):
+        done = subprocess.run(command, capture_output=True, text=True, env=self.environment)
         if done.returncode != 0:
             raise Trouble(f"{command[0]} failed\n{done.stdout[-4000:]}{done.stderr[-4000:]}")
 
@@ -173,6 +174,9 @@ class Tally:
                   f"-- {detail} ({seconds:.1f} s)", flush=True)
 
     def close(self):
+        if sum(self.counts.values()) != self.total:
+            print("stopped early: not every fault was tried")
+            return 2
         killed, survived = self.counts["killed"], self.counts["survived"]
         print(f"\n{self.total} faults: {killed} killed, {survived} survived, "
               f"{self.counts['equivalent']} equivalent (explained above)")
@@ -182,18 +186,42 @@ class Tally:
         return 0 if survived == 0 and table == 0 and killed > 0 else 1
 
 
-def work_through(number, faults, tally, programs):
-    workshop = Workshop(number)
-    try:
-        workshop.prepare(programs)
-        while True:
+def work_through(workshop, faults, tally):
+    while True:
+        try:
             fault = faults.get_nowait()
-            started = time.monotonic()
-            tally.add(fault, workshop.try_fault(fault), time.monotonic() - started)
-    except queue.Empty:
-        pass
-    except Trouble as trouble:
-        print(f"mutants: {trouble}", file=sys.stderr)
+        except queue.Empty:
+            return
+        started = time.monotonic()
+        tally.add(fault, workshop.try_fault(fault), time.monotonic() - started)
+
+
+def try_all(faults, jobs):
+    programs = sorted({program for f in faults for program in PROGRAMS[f.room]})
+    jobs = min(jobs, len(faults))
+    print(f"{len(faults)} faults; building {jobs} copies of {', '.join(programs)}", flush=True)
+    workshops = [Workshop(number) for number in range(jobs)]
+    for workshop in workshops:
+        workshop.prepare(programs)
+    waiting = queue.Queue()
+    for fault in faults:
+        waiting.put(fault)
+    tally = Tally(len(faults))
+    threads = [threading.Thread(target=work_through, args=(workshop, waiting, tally))
+               for workshop in workshops]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    return tally.close()
+
+
+def part_of(text):
+    match = re.fullmatch(r"(\d+)/(\d+)", text)
+    part, parts = (int(number) for number in match.groups()) if match else (0, 0)
+    if not 1 <= part <= parts:
+        raise argparse.ArgumentTypeError(f"'{text}' is no I/N with I from 1 to N")
+    return part, parts
 
 
 def arguments():
@@ -201,7 +229,7 @@ def arguments():
     parser.add_argument("-l", "--list", action="store_true", help="print the faults and stop")
     parser.add_argument("-r", "--room", choices=PROGRAMS, action="append", help="faults of this room")
     parser.add_argument("-o", "--only", metavar="TEXT", help="faults whose file or effect has TEXT")
-    parser.add_argument("-s", "--slice", metavar="I/N", default="1/1",
+    parser.add_argument("-s", "--slice", metavar="I/N", default="1/1", type=part_of,
                         help="the I-th of N parts of the list, for several short runs")
     parser.add_argument("-j", "--jobs", type=int, default=min(2, os.cpu_count() or 1),
                         help="copies of the tree that work side by side (default: %(default)s)")
@@ -209,7 +237,7 @@ def arguments():
 
 
 def chosen(faults, options):
-    part, parts = (int(text) for text in options.slice.split("/"))
+    part, parts = options.slice
     picked = [f for f in faults
               if (not options.room or f.room in options.room)
               and (not options.only or options.only in f.file + ": " + f.what)]
@@ -227,23 +255,11 @@ def main():
     if options.list or not faults:
         print("\n".join(f"#{f.number} {f.file}: {f.what}" for f in faults) or "no such fault")
         return 0 if faults else 2
-    programs = sorted({program for f in faults for program in PROGRAMS[f.room]})
-    jobs = min(options.jobs, len(faults))
-    print(f"{len(faults)} faults; building {jobs} copies of {', '.join(programs)}", flush=True)
-    waiting = queue.Queue()
-    for fault in faults:
-        waiting.put(fault)
-    tally = Tally(len(faults))
-    threads = [threading.Thread(target=work_through, args=(n, waiting, tally, programs))
-               for n in range(jobs)]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    if sum(tally.counts.values()) != len(faults):
-        print("mutants: stopped early", file=sys.stderr)
+    try:
+        return try_all(faults, options.jobs)
+    except Trouble as trouble:
+        print(f"mutants: {trouble}", file=sys.stderr)
         return 2
-    return tally.close()
 
 
 if __name__ == "__main__":
