@@ -40,6 +40,9 @@ namespace TTS {
 /// Events and death notices arrive only when the process runs binder threads
 /// (`ProcessState::self()->startThreadPool()`).
 ///
+/// A client must not outlive the shared objects. A client at namespace scope does where the library
+/// is linked statically: docs/threading.md says why, and what to do instead.
+///
 /// The data members are open to the wrapper that an application's own library puts around this
 /// class, and to diagnostics; change them only through the operations.
 class TTSClientPrivate {
