@@ -50,12 +50,14 @@ ConnectionTest::ConnectionTest() {
     INI_LANGUAGE_WITH_VOICES = "";
     platform::onPause(nullptr);
     platform::onLog(nullptr);
+    platform::onMutex(nullptr);
     manager->service = service.binder;
     android::setDefaultServiceManager(manager);
     takeNotes();
 }
 
 ConnectionTest::~ConnectionTest() {
+    platform::onMutex(nullptr);
     forgetConnection();
 }
 

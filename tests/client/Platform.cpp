@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/client/Platform.h"
 
+#include <pthread.h>
 #include <ttscommon/ttscommon.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
 #include "tests/support/Journal.h"
 
@@ -16,10 +18,17 @@ namespace {
 
 std::function<void()> pauseAction;
 std::function<void()> logAction;
+std::function<void(const std::string&)> mutexAction;
 
 void act(const std::function<void()>& action) {
     if (action != nullptr) {
         action();
+    }
+}
+
+void actOn(const pthread_mutex_t* mutex, const char* what) {
+    if (mutex == &TTS::Clientmutex.m && mutexAction != nullptr) {
+        mutexAction(what);
     }
 }
 
@@ -43,6 +52,10 @@ void onLog(std::function<void()> action) {
     logAction = std::move(action);
 }
 
+void onMutex(std::function<void(const std::string&)> action) {
+    mutexAction = std::move(action);
+}
+
 }  // namespace platform
 
 void dbgPrint(int level, const char* fmt, ...) {
@@ -60,6 +73,22 @@ extern "C" int usleep(useconds_t microseconds) {
     platform::act(platform::pauseAction);
     return 0;
 }
+
+// The names are the linker's, for calls taken over with --wrap.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
+extern "C" int __real_pthread_mutex_unlock(pthread_mutex_t* mutex);
+
+extern "C" int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
+    platform::actOn(mutex, "lock");
+    return __real_pthread_mutex_lock(mutex);
+}
+
+extern "C" int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex) {
+    platform::actOn(mutex, "unlock");
+    return __real_pthread_mutex_unlock(mutex);
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace android {
 

@@ -21,6 +21,10 @@ void onPause(std::function<void()> action);
 /// Called at each log line, before it is noted.
 void onLog(std::function<void()> action);
 
+/// Called with "lock" before anybody waits for `Clientmutex`, on the thread that is about to wait,
+/// and with "unlock" before it is let go. Set it while no other thread is in the library.
+void onMutex(std::function<void(const std::string& what)> action);
+
 }  // namespace platform
 
 #endif

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <atomic>
+#include <future>
+#include <mutex>
 #include <thread>
 
 #include "client/SharedConnection.h"
@@ -83,28 +84,48 @@ TEST_F(ADeadService, IsJoinedAgainOnceItIsBack) {
 TEST_F(ADeadService, WaitsForARunningSearch) {
     TTS::gttsbinder.clear();
     const android::sp<TTS::DeathNotifier> notifier = TTS::gDeathNotifier;
-    std::atomic<bool> told{false};
+    const std::thread::id searcher = std::this_thread::get_id();
+    std::promise<void> waiting;  // or through already, were there nothing to wait for
+    std::once_flag once;
+    const auto isWaiting = [&] { std::call_once(once, [&] { waiting.set_value(); }); };
+    platform::onMutex([&](const std::string& what) {
+        if (what == "lock" && std::this_thread::get_id() != searcher) {
+            isWaiting();
+        }
+    });
     std::thread binderThread;
-    bool toldMeanwhile = true;
     testing::internal::CaptureStdout();
     service.onRequest = [&](uint32_t code) {
         if (code == support::kRegisterCallback) {
-            EXPECT_EQ(EBUSY, pthread_mutex_trylock(&TTS::Clientmutex.m));
             binderThread = std::thread([&] {
                 notifier->binderDied(nullptr);
-                told = true;
+                isWaiting();
             });
+            waiting.get_future().wait();
         } else {
-            EXPECT_EQ(EBUSY, pthread_mutex_trylock(&TTS::Clientmutex.m));
-            toldMeanwhile = told;
+            EXPECT_TRUE(TTS::gttsbinder != nullptr) << "the death is noticed after the search";
         }
     };
     client.getService();
     binderThread.join();
-    testing::internal::GetCapturedStdout();
-    EXPECT_FALSE(toldMeanwhile);
-    EXPECT_TRUE(told);
+    EXPECT_EQ(kServiceDied, testing::internal::GetCapturedStdout());
     EXPECT_TRUE(TTS::gttsbinder == nullptr);
+}
+
+TEST_F(ADeadService, PrintsThenTakesTheMutexOnceToEmptyTheProxy) {
+    std::string printed;
+    testing::internal::CaptureStdout();
+    platform::onMutex([&printed](const std::string& what) {
+        if (what == "lock") {
+            printed = testing::internal::GetCapturedStdout();
+            testing::internal::CaptureStdout();
+        }
+        support::note(what + (TTS::gttsbinder != nullptr ? ", still connected" : ", disconnected"));
+    });
+    TTS::gDeathNotifier->binderDied(nullptr);
+    EXPECT_EQ("", testing::internal::GetCapturedStdout()) << "all is printed before the mutex";
+    EXPECT_EQ(kServiceDied, printed);
+    EXPECT_EQ(Lines({"lock, still connected", "unlock, disconnected"}), takeNotes());
 }
 
 class TheServicesNotifier : public support::JoinedClientTest {};
