@@ -107,7 +107,8 @@ void writeText(Parcel& reply, const std::string& text) {
 
 }  // namespace
 
-ScriptedService::ScriptedService() : fetches{usualCapabilities()}, binder(new RecordingRemote) {
+ScriptedService::ScriptedService(const android::sp<RecordingRemote>& remote)
+    : fetches{usualCapabilities()}, binder(remote) {
     binder->answerBy([this](const Transaction& sent, const Parcel& request, Parcel& reply) {
         return answer(sent, request, reply);
     });

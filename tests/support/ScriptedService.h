@@ -43,7 +43,8 @@ enum ServiceCode : uint32_t {
 /// Set the script before the calls that it is to answer, on the thread that makes them.
 class ScriptedService {
 public:
-    ScriptedService();
+    /// @param remote is made to answer; a test that watches more than requests gives its own.
+    explicit ScriptedService(const android::sp<RecordingRemote>& remote = new RecordingRemote);
 
     int32_t statusOf(uint32_t code) const;
 
