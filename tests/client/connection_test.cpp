@@ -14,6 +14,7 @@ const std::string kFind = "find tavix.ITextToSpeechFestival";
 const std::string kRegister = "ask registerCallback(pid, callback)";
 const std::string kFetch = "ask getCapabilities()";
 const std::string kLink = "link CbDeathNotifier";
+const std::string kUnlink = "unlink CbDeathNotifier";
 
 std::string retryLine(const std::string& name) {
     return debugLine(
@@ -262,14 +263,30 @@ TEST_F(Disconnecting, WithdrawsReleasesAndFlushesInThisOrder) {
         EXPECT_TRUE(TTSClientPrivate::mCbDeathNotifier != nullptr);
     };
     EXPECT_EQ(0, client.disconnect());
-    EXPECT_EQ(Lines({callLine("disconnect"), "ask deregisterCallback(pid)",
-                     "unlink CbDeathNotifier", "flush"}),
+    EXPECT_EQ(Lines({callLine("disconnect"), "ask deregisterCallback(pid)", kUnlink, "flush"}),
               takeNotes());
     EXPECT_TRUE(TTSClientPrivate::mCbDeathNotifier == nullptr);
     EXPECT_TRUE(TTSClientPrivate::m_cb == nullptr);
     EXPECT_TRUE(callback.promote() == nullptr);
     EXPECT_TRUE(TTS::gttsbinder != nullptr);
     EXPECT_TRUE(TTS::gDeathNotifier != nullptr);
+}
+
+TEST_F(Disconnecting, ReleasesTheNotifierBeforeTheCallback) {
+    class LoudNotifier : public TTSClientPrivate::CbDeathNotifier {
+    public:
+        ~LoudNotifier() override {
+            support::note(TTSClientPrivate::m_cb != nullptr ? "released first" : "released last");
+        }
+    };
+    client.connect();
+    TTSClientPrivate::mCbDeathNotifier = new LoudNotifier;
+    takeNotes();
+    EXPECT_EQ(0, client.disconnect());
+    EXPECT_EQ(Lines({callLine("disconnect"), "ask deregisterCallback(pid)", kUnlink,
+                     "released first", "flush"}),
+              takeNotes());
+    EXPECT_TRUE(TTSClientPrivate::m_cb == nullptr);
 }
 
 TEST_F(Disconnecting, ReturnsTheServicesAnswer) {

@@ -34,6 +34,8 @@
      "    const int failure = client.enabled2(flagKey, &enabled);\n    if (failure != 0) {\n"
      "        return failure;\n    }\n", "    (void)client.enabled2(flagKey, &enabled);\n",
      "a failed question counts as off"),
+    ("client/Operations.cpp", "bool enabled = false;", "bool enabled = true;",
+     "a flag that nobody stored is on"),
     ("client/Operations.cpp", "if (!enabled || !capable) {", "if (!enabled) {",
      "features that the service lacks"),
     ("client/Operations.cpp", "if (!enabled || !capable) {", "if (!capable) {",
@@ -79,6 +81,18 @@
     ("client/Connection.cpp",
      "    (void)binder->linkToDeath(gDeathNotifier, nullptr, 0);  // a dead service fails the calls below\n",
      "", "the service's death goes unseen"),
+    ("client/Connection.cpp", "linkToDeath(gDeathNotifier, nullptr, 0)",
+     "linkToDeath(gDeathNotifier, &client, 0)", "a link with a cookie"),
+    ("client/Connection.cpp", "linkToDeath(gDeathNotifier, nullptr, 0)",
+     "linkToDeath(gDeathNotifier, nullptr, 1)", "a link with flags"),
+    ("client/Connection.cpp",
+     "    TTSClientPrivate::m_cb = callback;\n"
+     "    const android::sp<ITextToSpeechFestival> service = ITextToSpeechFestival::asInterface(binder);\n",
+     "    const android::sp<ITextToSpeechFestival> service = ITextToSpeechFestival::asInterface(binder);\n"
+     "    TTSClientPrivate::m_cb = callback;\n", "the proxy before the callback"),
+    ("client/Connection.cpp", "            pauseMicroseconds(kSearchPause);\n",
+     "            pthread_mutex_unlock(&Clientmutex.m);\n            pauseMicroseconds(kSearchPause);\n"
+     "            pthread_mutex_lock(&Clientmutex.m);\n", "the mutex is let go between two questions"),
     ("client/Connection.cpp", "client.mCbFunc != nullptr ? client.mCbFunc : ignoreEvent", "client.mCbFunc",
      "a null function is called"),
     ("client/Connection.cpp", "    service->registerCallback(client.mPid, callback);\n", "",
@@ -106,6 +120,10 @@
      "    const int result = 0;", "no deregistration"),
     ("client/Connection.cpp", "    if (callback != nullptr && mCbDeathNotifier != nullptr) {",
      "    if (false) {", "the callback's notifier stays linked"),
+    ("client/Connection.cpp", "    mCbDeathNotifier.clear();\n    m_cb.clear();\n",
+     "    m_cb.clear();\n    mCbDeathNotifier.clear();\n", "the callback goes before its notifier"),
+    ("client/Connection.cpp", '    traceCall("disconnect");\n',
+     '    traceCall("disconnect");\n    const MutexLock lock(Clientmutex);\n', "leaving takes the mutex"),
     ("client/Connection.cpp", "    m_cb.clear();\n    android::IPCThreadState", "    android::IPCThreadState",
      "the callback is kept"),
     ("client/Connection.cpp", "    mCbDeathNotifier.clear();\n", "", "the callback's notifier is kept"),
@@ -118,6 +136,8 @@
      "    (void)binder->unlinkToDeath(android::wp<android::IBinder::DeathRecipient>(this), nullptr, 0,\n"
      "                                nullptr);  // a link that is already gone is what we want\n", "",
      "an old notifier stays linked"),
+    ("client/DeathNotifier.cpp", "DeathRecipient>(this), nullptr, 0,",
+     "DeathRecipient>(this), nullptr, 1,", "a link is taken back that was never made"),
     ("client/CbDeathNotifier.cpp", "    printDeath(107);\n", "", "a line less"),
     ("client/CbDeathNotifier.cpp", "    m_cb.clear();\n", "", "the dead callback is kept"),
     # Speech and controls.
