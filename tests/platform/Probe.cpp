@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <condition_variable>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -95,6 +96,10 @@ private:
                 return reply->writeInt32(data.readStrongBinder() == kept() ? 1 : 0);
             case kCallBack:
                 return callBack(data, reply);
+            case kLink:
+                return link(data.readStrongBinder());
+            case kDeaths:
+                return reply->writeInt32(mMourner->deaths());
             case kMake:
                 return reply->writeStrongBinder(new Made());
             case kLiving:
@@ -123,6 +128,13 @@ private:
         const std::lock_guard<std::mutex> held(mLock);
         mKept = binder;
         return OK;
+    }
+
+    // A link lives no longer than its proxy.
+    status_t link(const sp<IBinder>& binder) {
+        const std::lock_guard<std::mutex> held(mLock);
+        mLinked = binder;
+        return binder->linkToDeath(mMourner);
     }
 
     sp<IBinder> kept() {
@@ -176,6 +188,8 @@ private:
     std::atomic<int> mBlockedCalls{0};
     std::atomic<int> mBlockedEver{0};
     sp<IBinder> mKept;
+    sp<IBinder> mLinked;
+    const sp<Mourner> mMourner = new Mourner();
     std::map<int32_t, int32_t> mNext;
     int32_t mCount = 0;
     int32_t mOutOfOrder = 0;
@@ -187,15 +201,43 @@ private:
 const voxtrel_test::Role kServer("server", [](const voxtrel_test::Arguments& arguments) {
     const std::string name = arguments.empty() ? kName : arguments[0];
     android::ProcessState::self()->startThreadPool();
-    const status_t status =
-        android::defaultServiceManager()->addService(String16(name.c_str()), makeNode());
-    voxtrel_test::tell(status == OK ? "ready" : "failed");
-    while (!voxtrel_test::hear().empty()) {
+    const sp<IBinder> node = makeNode();
+    do {
+        const status_t status =
+            android::defaultServiceManager()->addService(String16(name.c_str()), node);
+        voxtrel_test::tell(status == OK ? "ready" : "failed");
+    } while (voxtrel_test::hear() == "again");
+    return 0;
+});
+
+// A process that keeps calling the test node, which watches it; until it is killed.
+const voxtrel_test::Role kBusy("busy", [](const voxtrel_test::Arguments&) {
+    startPool();
+    const sp<IBinder> node = find();
+    Call link;
+    link.data.writeStrongBinder(makeNode());
+    voxtrel_test::tell(link.to(node, kLink) == OK ? "ready" : "failed");
+    for (int32_t i = 0;; ++i) {
+        Call call;
+        call.data.writeStrongBinder(makeNode());
+        call.data.writeInt32(2);
+        (void)call.to(node, kCallBack, i % 8 == 0 ? IBinder::FLAG_ONEWAY : 0);
     }
     return 0;
 });
 
 }  // namespace
+
+void Mourner::binderDied(const android::wp<IBinder>& who) {
+    const std::lock_guard<std::mutex> held(mLock);
+    mLast = who;
+    ++mDeaths;
+}
+
+android::wp<IBinder> Mourner::last() const {
+    const std::lock_guard<std::mutex> held(mLock);
+    return mLast;
+}
 
 std::atomic<int>& living() {
     static std::atomic<int> count{0};
@@ -232,6 +274,14 @@ int descriptors() {
     }
     closedir(folder);
     return count;
+}
+
+long residentKiB(pid_t pid) {
+    std::ifstream sizes("/proc/" + std::to_string(pid) + "/statm");
+    long total = 0;
+    long resident = 0;
+    sizes >> total >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
 }  // namespace probe

@@ -6,7 +6,10 @@
 #include <binder/IServiceManager.h>
 #include <binder/Parcel.h>
 
+#include <sys/types.h>
+
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -33,6 +36,8 @@ enum Code : uint32_t {
     kThrow,        ///< ends with an exception
     kBig,          ///< int32 n -> n bytes
     kBlocked,      ///< -> int32 calls that wait in kBlock
+    kLink,         ///< binder: its death is counted
+    kDeaths,       ///< -> int32 deaths counted so far
     kBlockedEver,  ///< -> int32 calls that have come to kBlock so far
 };
 
@@ -50,6 +55,20 @@ android::sp<android::IBinder> find(const std::string& name = kName);
 /// From here on this process serves calls and death notices.
 void startPool();
 
+/// Counts the deaths that it is told of.
+class Mourner : public android::IBinder::DeathRecipient {
+public:
+    void binderDied(const android::wp<android::IBinder>& who) override;
+    int deaths() const { return mDeaths; }
+    /// What died last; for comparing only.
+    android::wp<android::IBinder> last() const;
+
+private:
+    std::atomic<int> mDeaths{0};
+    mutable std::mutex mLock;
+    android::wp<android::IBinder> mLast;
+};
+
 /// One call; what it replied stands in `reply`.
 struct Call {
     android::Parcel data;
@@ -65,6 +84,8 @@ int32_t ask(const android::sp<android::IBinder>& node, uint32_t code);
 
 /// Open descriptors of this process.
 int descriptors();
+/// Memory of a process that is in use, in KiB.
+long residentKiB(pid_t pid);
 
 }  // namespace probe
 

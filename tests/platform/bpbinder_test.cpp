@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+// The proxy above any transport: a reference that does what the test says.
+#include <binder/BpBinder.h>
+#include <binder/IPCThreadState.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "binder/transport/Reference.h"
+#include "servicemanager/Registry.h"
+#include "tests/platform/Probe.h"
+
+namespace {
+
+using android::BpBinder;
+using android::DEAD_OBJECT;
+using android::IBinder;
+using android::IPCThreadState;
+using android::OK;
+using android::Parcel;
+using android::Registry;
+using android::sp;
+using android::status_t;
+using android::String16;
+using android::wp;
+using probe::Mourner;
+
+struct Script {
+    status_t answer = OK;
+    bool dead = false;
+    int calls = 0;
+    bool watched = false;
+};
+
+class ScriptedReference : public android::transport::Reference {
+public:
+    explicit ScriptedReference(Script& script) : mScript(script) {}
+    status_t call(uint32_t /*code*/, const Parcel& /*data*/, Parcel* reply,
+                  uint32_t /*flags*/) override {
+        ++mScript.calls;
+        if (mScript.answer == OK && reply != nullptr) {
+            reply->writeString16(String16("scripted"));
+            reply->setDataPosition(0);
+        }
+        return mScript.answer;
+    }
+    status_t watch(const wp<BpBinder>& /*proxy*/) override {
+        mScript.watched = true;
+        return mScript.dead ? static_cast<status_t>(DEAD_OBJECT) : static_cast<status_t>(OK);
+    }
+    void unwatch() override { mScript.watched = false; }
+
+private:
+    Script& mScript;
+};
+
+sp<BpBinder> proxyOf(Script& script) {
+    return new BpBinder(std::make_unique<ScriptedReference>(script));
+}
+
+TEST(AProxyOfANode, CallsADeadNodeNoMore) {
+    Script script;
+    const sp<BpBinder> proxy = proxyOf(script);
+    script.answer = DEAD_OBJECT;
+    EXPECT_EQ(DEAD_OBJECT, proxy->pingBinder());
+    EXPECT_FALSE(proxy->isBinderAlive());
+    EXPECT_EQ(DEAD_OBJECT, proxy->pingBinder());
+    EXPECT_EQ(1, script.calls);
+}
+
+TEST(AProxyOfANode, OutlivesAnyOtherFailure) {
+    Script script;
+    const sp<BpBinder> proxy = proxyOf(script);
+    script.answer = android::FAILED_TRANSACTION;
+    EXPECT_EQ(android::FAILED_TRANSACTION, proxy->pingBinder());
+    EXPECT_TRUE(proxy->isBinderAlive());
+}
+
+TEST(AProxyOfANode, AsksForItsDescriptorOnce) {
+    Script script;
+    const sp<BpBinder> proxy = proxyOf(script);
+    EXPECT_EQ(String16("scripted"), proxy->getInterfaceDescriptor());
+    EXPECT_EQ(String16("scripted"), proxy->getInterfaceDescriptor());
+    EXPECT_EQ(1, script.calls);
+}
+
+TEST(ALink, IsNamedByRecipientOrCookieAndByItsFlags) {
+    Script script;
+    const sp<BpBinder> proxy = proxyOf(script);
+    const sp<Mourner> mourner = new Mourner();
+    int cookie = 0;
+    EXPECT_EQ(OK, proxy->linkToDeath(mourner, &cookie, 3));
+    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(mourner, &cookie, 0));
+    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(new Mourner(), &cookie, 3));
+    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(nullptr, nullptr, 3));
+    wp<IBinder::DeathRecipient> out;
+    EXPECT_EQ(OK, proxy->unlinkToDeath(nullptr, &cookie, 3, &out));
+    EXPECT_TRUE(out.promote() == mourner);
+    EXPECT_FALSE(script.watched);
+}
+
+TEST(ALink, IsToldOnceAndRefusedAfterwards) {
+    Script script;
+    const sp<BpBinder> proxy = proxyOf(script);
+    const sp<Mourner> mourner = new Mourner();
+    EXPECT_EQ(OK, proxy->linkToDeath(mourner));
+    proxy->reportDeath();
+    proxy->reportDeath();
+    EXPECT_EQ(1, mourner->deaths());
+    EXPECT_EQ(DEAD_OBJECT, proxy->linkToDeath(mourner));
+    EXPECT_EQ(DEAD_OBJECT, proxy->unlinkToDeath(mourner));
+}
+
+TEST(ALink, DoesNotKeepItsRecipient) {
+    Script script;
+    const sp<BpBinder> proxy = proxyOf(script);
+    sp<Mourner> mourner = new Mourner();
+    const wp<Mourner> watch = mourner;
+    EXPECT_EQ(OK, proxy->linkToDeath(mourner));
+    mourner.clear();
+    EXPECT_TRUE(watch.promote() == nullptr);
+    proxy->reportDeath();
+}
+
+TEST(ALink, NeedsARecipient) {
+    Script script;
+    EXPECT_EQ(android::BAD_VALUE, proxyOf(script)->linkToDeath(nullptr));
+}
+
+// The names of services, for callers that the test makes up.
+class TheRegistry : public testing::Test {
+protected:
+    void actAs(int64_t uid, int64_t pid) {
+        IPCThreadState::self()->restoreCallingIdentity((uid << 32) | pid);
+    }
+    status_t add(const char* name, const sp<IBinder>& service) {
+        return mRegistry->addService(String16(name), service);
+    }
+
+    std::vector<std::string> mLines;
+    const sp<Registry> mRegistry =
+        new Registry([this](const std::string& line) { mLines.push_back(line); });
+    const sp<IBinder> mService = probe::makeNode();
+};
+
+TEST_F(TheRegistry, FindsWhatWasAdded) {
+    actAs(1000, 7);
+    EXPECT_EQ(OK, add("b", mService));
+    EXPECT_EQ(OK, add("a", mService));
+    EXPECT_TRUE(mRegistry->getService(String16("a")) == mService);
+    EXPECT_TRUE(mRegistry->checkService(String16("b")) == mService);
+    EXPECT_TRUE(mRegistry->getService(String16("c")) == nullptr);
+    EXPECT_EQ(2U, mRegistry->listServices().size());
+    EXPECT_EQ(String16("a"), mRegistry->listServices()[0]);
+    EXPECT_EQ((std::vector<std::string>{"added b (process 7, user 1000)",
+                                        "added a (process 7, user 1000)"}),
+              mLines);
+}
+
+TEST_F(TheRegistry, RefusesAnEmptyOrLongNameAndANullService) {
+    EXPECT_EQ(android::BAD_VALUE, add("", mService));
+    EXPECT_EQ(android::BAD_VALUE, add(std::string(128, 'x').c_str(), mService));
+    EXPECT_EQ(OK, add(std::string(127, 'x').c_str(), mService));
+    EXPECT_EQ(android::BAD_VALUE, add("a", nullptr));
+}
+
+TEST_F(TheRegistry, GivesALivingServicesNameOnlyToTheSameUser) {
+    Script script;
+    const sp<IBinder> first = proxyOf(script);
+    actAs(1000, 7);
+    EXPECT_EQ(OK, add("a", first));
+    actAs(1001, 8);
+    EXPECT_EQ(android::PERMISSION_DENIED, add("a", mService));
+    EXPECT_TRUE(mRegistry->getService(String16("a")) == first);
+    actAs(1000, 9);
+    EXPECT_EQ(OK, add("a", mService));
+    EXPECT_TRUE(mRegistry->getService(String16("a")) == mService);
+    EXPECT_EQ("replaced a (process 9, user 1000)", mLines.back());
+    EXPECT_FALSE(script.watched) << "the old link is taken back";
+}
+
+TEST_F(TheRegistry, GivesADeadServicesNameToAnybody) {
+    Script script;
+    actAs(1000, 7);
+    EXPECT_EQ(OK, add("a", proxyOf(script)));
+    script.dead = true;
+    actAs(1001, 8);
+    EXPECT_EQ(OK, add("a", mService));
+}
+
+TEST_F(TheRegistry, ForgetsAServiceThatDies) {
+    Script script;
+    const sp<BpBinder> service = proxyOf(script);
+    actAs(1000, 7);
+    EXPECT_EQ(OK, add("a", service));
+    service->reportDeath();
+    EXPECT_TRUE(mRegistry->getService(String16("a")) == nullptr);
+    EXPECT_EQ("removed a: process 7 has died", mLines.back());
+}
+
+TEST_F(TheRegistry, RefusesAServiceThatIsDeadAlready) {
+    Script script;
+    script.dead = true;
+    EXPECT_EQ(DEAD_OBJECT, add("a", proxyOf(script)));
+    EXPECT_EQ(0U, mRegistry->listServices().size());
+}
+
+}  // namespace

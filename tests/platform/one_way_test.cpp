@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+
+namespace {
+
+using android::IBinder;
+using android::OK;
+using android::sp;
+using android::status_t;
+using probe::Call;
+using voxtrel_test::ChildProcess;
+using voxtrel_test::eventually;
+
+using AOneWayCall = probe::ProbeTest;
+
+status_t note(const sp<IBinder>& node, int32_t caller, int32_t number) {
+    Call call;
+    call.data.writeInt32(caller);
+    call.data.writeInt32(number);
+    return call.to(node, probe::kNote, IBinder::FLAG_ONEWAY);
+}
+
+// Sends numbered notes, each until it is taken; tells how many there were.
+const voxtrel_test::Role kNoter("noter", [](const voxtrel_test::Arguments& arguments) {
+    const sp<IBinder> node = probe::find();
+    const int caller = std::stoi(arguments[0]);
+    const int count = std::stoi(arguments[1]);
+    int taken = 0;
+    while (taken < count) {
+        const status_t status = note(node, caller, taken);
+        if (status != OK && status != android::FAILED_TRANSACTION) {
+            break;
+        }
+        taken += status == OK ? 1 : 0;
+    }
+    voxtrel_test::tell(std::to_string(taken));
+    return 0;
+});
+
+TEST_F(AOneWayCall, ArrivesInItsCallersOrderAndNeverBesideAnother) {
+    constexpr int kCallers = 4;
+    constexpr int kCalls = 100000;
+    std::vector<ChildProcess> callers;
+    for (int i = 0; i < kCallers; ++i) {
+        callers.push_back(
+            ChildProcess::asRole("noter", {std::to_string(i), std::to_string(kCalls)}));
+    }
+    for (ChildProcess& caller : callers) {
+        EXPECT_EQ(std::to_string(kCalls), caller.readLine());
+        EXPECT_EQ(0, caller.wait());
+    }
+    EXPECT_TRUE(
+        eventually([this] { return probe::ask(mNode, probe::kNotes) == kCallers * kCalls; }));
+    Call notes;
+    ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
+    EXPECT_EQ(kCallers * kCalls, notes.reply.readInt32());
+    EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
+    EXPECT_EQ(0, notes.reply.readInt32()) << "two at once";
+}
+
+TEST_F(AOneWayCall, ArrivesThoughItsCallerHasDied) {
+    ChildProcess caller = ChildProcess::asRole("noter", {"1", "200"});
+    EXPECT_EQ("200", caller.readLine());
+    caller.killNow();
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == 200; }));
+}
+
+TEST_F(AOneWayCall, ReturnsAtOnceAndLeavesTheReplyEmpty) {
+    Call call;
+    EXPECT_EQ(OK, call.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
+    EXPECT_EQ(0U, call.reply.dataSize());
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));
+    probe::ask(mNode, probe::kUnblock);
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 0; }));
+}
+
+TEST_F(AOneWayCall, KeepsItsOrderAcrossThreadsThatKnowOfEachOther) {
+    constexpr int kCalls = 2000;
+    for (int i = 0; i < kCalls; i += 2) {
+        ASSERT_EQ(OK, note(mNode, 9, i));
+        std::async(std::launch::async, [this, i] { EXPECT_EQ(OK, note(mNode, 9, i + 1)); }).get();
+    }
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == kCalls; }));
+    Call notes;
+    ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
+    (void)notes.reply.readInt32();
+    EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
+}
+
+TEST_F(AOneWayCall, IsNotHeldUpByATwoWayCallOfAnotherThread) {
+    auto blocked = std::async(std::launch::async, [this] {
+        Call call;
+        return call.to(mNode, probe::kBlock);
+    });
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));
+    EXPECT_EQ(OK, note(mNode, 1, 0));
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == 1; }));
+    probe::ask(mNode, probe::kUnblock);
+    EXPECT_EQ(OK, blocked.get());
+}
+
+TEST_F(AOneWayCall, FailsAfterABoundedWaitWhenNobodyTakesIt) {
+    using Clock = std::chrono::steady_clock;
+    Call block;
+    ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
+    status_t status = OK;
+    int taken = 0;
+    std::chrono::duration<double> slowest{0};
+    while (status == OK && taken < 1000000) {
+        const auto start = Clock::now();
+        status = note(mNode, 1, taken);
+        slowest = std::max<std::chrono::duration<double>>(slowest, Clock::now() - start);
+        taken += status == OK ? 1 : 0;
+    }
+    EXPECT_EQ(android::FAILED_TRANSACTION, status);
+    EXPECT_GT(taken, 100);
+    EXPECT_LT(slowest.count(), 5.0);  // 0.1 s, on a machine that may have much else to do
+    EXPECT_EQ(OK, mNode->pingBinder());
+    // What was taken is not lost, and the caller may go on.
+    probe::ask(mNode, probe::kUnblock);
+    EXPECT_TRUE(eventually([this, taken] { return probe::ask(mNode, probe::kNotes) == taken; }));
+    EXPECT_EQ(OK, note(mNode, 1, taken));
+}
+
+TEST_F(AOneWayCall, CostsAReceiverThatDoesNotTakeItLittleMemory) {
+    Call block;
+    ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
+    const long before = probe::residentKiB(mServer.pid());
+    status_t status = OK;
+    while (status == OK) {
+        Call large;
+        large.data.writeInplace(500000);
+        status = large.to(mNode, probe::kNote, IBinder::FLAG_ONEWAY);
+    }
+    EXPECT_EQ(android::FAILED_TRANSACTION, status);
+    EXPECT_LT(probe::residentKiB(mServer.pid()) - before, 16 * 1024);
+    EXPECT_TRUE(eventually([this] {
+        probe::ask(mNode, probe::kUnblock);
+        return probe::ask(mNode, probe::kBlocked) == 0;
+    }));
+}
+
+}  // namespace
