@@ -267,12 +267,18 @@ int32_t ask(const sp<IBinder>& node, uint32_t code) {
 }
 
 int descriptors() {
+    return descriptorsOf(getpid());
+}
+
+int descriptorsOf(pid_t pid) {
     int count = 0;
-    DIR* folder = opendir("/proc/self/fd");
+    DIR* folder = opendir(("/proc/" + std::to_string(pid) + "/fd").c_str());
     while (folder != nullptr && readdir(folder) != nullptr) {  // NOLINT(concurrency-mt-unsafe)
         ++count;
     }
-    closedir(folder);
+    if (folder != nullptr) {
+        closedir(folder);
+    }
     return count;
 }
 

@@ -84,6 +84,7 @@ int32_t ask(const android::sp<android::IBinder>& node, uint32_t code);
 
 /// Open descriptors of this process.
 int descriptors();
+int descriptorsOf(pid_t pid);
 /// Memory of a process that is in use, in KiB.
 long residentKiB(pid_t pid);
 

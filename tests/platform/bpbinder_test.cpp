@@ -132,6 +132,8 @@ TEST(ALink, NeedsARecipient) {
 // The names of services, for callers that the test makes up.
 class TheRegistry : public testing::Test {
 protected:
+    void TearDown() override { (void)IPCThreadState::self()->clearCallingIdentity(); }
+
     void actAs(int64_t uid, int64_t pid) {
         IPCThreadState::self()->restoreCallingIdentity((uid << 32) | pid);
     }

@@ -42,14 +42,17 @@ Fd exportNode(BBinder& node) {
     return reactor().add(door) ? std::move(pair.held) : Fd();
 }
 
+SocketReference* referenceOf(const sp<IBinder>& binder) {
+    auto* remote = binder->remoteBinder();
+    return remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
+}
+
 status_t detach(const sp<IBinder>& binder, NodeId* id, Fd* reference) {
     if (BBinder* local = binder->localBinder()) {
         *id = recordOf(*local).id;
         *reference = exportNode(*local);
     } else {
-        auto* remote = binder->remoteBinder();
-        auto* known =
-            remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
+        auto* known = referenceOf(binder);
         if (known == nullptr) {
             return BAD_TYPE;
         }
@@ -120,6 +123,11 @@ bool attachBinders(Envelope& envelope, Parcel& parcel) {
 
 sp<IBinder> wrapReference(Fd door) {
     return proxyOf(makeNodeId(), std::move(door));
+}
+
+bool hasEnded(const sp<IBinder>& proxy) {
+    const auto* reference = referenceOf(proxy);
+    return reference == nullptr || reference->hasEnded();
 }
 
 void forgetReference(const NodeId& id, const SocketReference* reference) {

@@ -21,6 +21,9 @@ bool attachBinders(Envelope& envelope, Parcel& parcel);
 /// The proxy of a node whose reference has no name that others know.
 sp<IBinder> wrapReference(Fd door);
 
+/// Has the node behind a proxy gone, whether or not anybody has noticed?
+bool hasEnded(const sp<IBinder>& proxy);
+
 /// The proxy of this reference is gone.
 void forgetReference(const NodeId& id, const SocketReference* reference);
 

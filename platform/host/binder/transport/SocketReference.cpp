@@ -2,6 +2,7 @@
 #include "binder/transport/SocketReference.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 
 #include "binder/BpBinder.h"
 #include "binder/transport/Log.h"
@@ -166,7 +167,9 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
     if (received == Received::HungUp) {
         return whyClosed();
     }
-    logLine("a reply that makes no sense: its connection is not used any more");
+    logLine("a reply that makes no sense: its connection is closed");
+    // Not closed here: other threads may be sending on it.
+    (void)shutdown(socket.get(), SHUT_RDWR);
     return FAILED_TRANSACTION;
 }
 
@@ -226,6 +229,10 @@ status_t SocketReference::open(Role role, Fd* out) const {
 status_t SocketReference::whyClosed() const {
     return hangsUpWithin(mDoor, kClosingMs) ? static_cast<status_t>(DEAD_OBJECT)
                                             : static_cast<status_t>(FAILED_TRANSACTION);
+}
+
+bool SocketReference::hasEnded() const {
+    return hasHungUp(mDoor);
 }
 
 Fd SocketReference::share() {

@@ -29,6 +29,8 @@ public:
     void unwatch() override;
 
     const NodeId& id() const { return mId; }
+    /// Has the node gone? Asks the kernel; `call` may not have noticed yet.
+    bool hasEnded() const;
     /// A new reference to the same node, to be given away: a door that the node's process serves,
     /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
     /// node's process does not listen.

@@ -43,7 +43,7 @@ public:
         if (mManager != nullptr) {
             return mManager;
         }
-        if (mContext == nullptr || !mContext->isBinderAlive()) {
+        if (mContext == nullptr || !mContext->isBinderAlive() || hasEnded(mContext)) {
             Fd door = connectTo(socketPath());
             mContext = door.valid() ? wrapReference(std::move(door)) : nullptr;
         }

@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: Apache-2.0
+// A process that speaks the wire badly, on purpose, to a service manager or to a client: it alone
+// suffers.
+#include <binder/ProcessState.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+#include "tests/platform/RawWire.h"
+
+namespace {
+
+using android::IBinder;
+using android::OK;
+using android::sp;
+using raw::Bytes;
+using raw::Words;
+using voxtrel_test::ChildProcess;
+using voxtrel_test::eventually;
+
+class AHostilePeer : public probe::ProbeTest {
+protected:
+    // The door of the hostile peer, and that of a peer that behaves.
+    raw::Fd mDoor = raw::connectTo(mRuntime.socket());
+
+    void othersAreServed() {
+        EXPECT_TRUE(android::defaultServiceManager()->getService(android::String16(probe::kName)) ==
+                    mNode);
+        EXPECT_EQ(OK, mNode->pingBinder());
+    }
+
+    void expectRefused(int socket, const Bytes& bytes, const std::vector<int>& fds = {}) {
+        ASSERT_TRUE(raw::send(socket, bytes, fds)) << std::strerror(errno);
+        EXPECT_TRUE(raw::hangsUp(socket));
+        othersAreServed();
+    }
+};
+
+Words words(uint32_t kind, uint32_t code = 0) {
+    Words made;
+    made.kind = kind;
+    made.code = code;
+    made.flags = kind == raw::kOneWay ? 1 : 0;
+    return made;
+}
+
+Words sized(Words made, uint32_t payload, uint32_t objects = 0, uint32_t options = 0) {
+    made.payloadSize = payload;
+    made.objects = objects;
+    made.options = options;
+    return made;
+}
+
+struct Case {
+    const char* name;
+    Bytes bytes;
+};
+
+std::vector<Case> badCalls() {
+    Words foreign = words(raw::kRequest);
+    foreign.magic = 0x12345678;
+    Words flagged = words(raw::kRequest);
+    flagged.flags = 1;
+    Words waiting = words(raw::kOneWay);
+    waiting.flags = 0;
+    const Bytes binder(24);
+    return {
+        {"one byte", Bytes(1)},
+        {"a header cut short", Bytes(31)},
+        {"another protocol", raw::packet(foreign)},
+        {"an unknown kind", raw::packet(words(9))},
+        {"a reply", raw::packet(words(raw::kReply))},
+        {"a one-way flag on a request", raw::packet(flagged)},
+        {"a one-way call without its flag", raw::packet(waiting)},
+        {"less payload than announced", raw::packet(sized(words(raw::kRequest), 8), Bytes(4))},
+        {"more payload than announced", raw::packet(sized(words(raw::kRequest), 4), Bytes(8))},
+        {"a payload beyond all limits", raw::packet(sized(words(raw::kRequest), 0xFFFFFFF0))},
+        {"an unknown option", raw::packet(sized(words(raw::kRequest), 0, 0, 2))},
+        {"a memfd that is not there", raw::packet(sized(words(raw::kRequest), 100, 0, 1))},
+        {"a binder without a descriptor",
+         raw::packet(sized(words(raw::kRequest), 24, 1), raw::joined(binder, raw::record(0, 1)))},
+        {"objects without records", raw::packet(sized(words(raw::kRequest), 0, 1000000000))},
+    };
+}
+
+TEST_F(AHostilePeer, IsCutOffForACallThatMakesNoSense) {
+    for (const Case& one : badCalls()) {
+        SCOPED_TRACE(one.name);
+        const raw::Fd calls = raw::openCalls(mDoor.get());
+        expectRefused(calls.get(), one.bytes);
+    }
+}
+
+TEST_F(AHostilePeer, IsCutOffForABinderThatIsNoReference) {
+    int pipes[2];
+    int stream[2];
+    ASSERT_EQ(0, pipe(pipes));
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM, 0, stream));
+    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const Words call = sized(words(raw::kRequest, 99), 24, 1);
+    const Bytes sound = raw::packet(call, raw::joined(Bytes(24), raw::record(0, 77)));
+    for (const int fd : {pipes[0], stream[0], null.get()}) {
+        const raw::Fd calls = raw::openCalls(mDoor.get());
+        expectRefused(calls.get(), sound, {fd});
+    }
+    for (const int fd : {pipes[0], pipes[1], stream[0], stream[1]}) {
+        close(fd);
+    }
+}
+
+TEST_F(AHostilePeer, IsCutOffForRecordsInTheWrongPlaces) {
+    int pair[2];
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair));
+    const auto one = [](uint32_t payload, const Bytes& record) {
+        return raw::packet(sized(words(raw::kRequest), payload, 1),
+                           raw::joined(Bytes(payload), record));
+    };
+    for (const Bytes& bytes :
+         {one(24, raw::record(4, 1)), one(28, raw::record(2, 1)), one(24, raw::record(0, 1, 5)),
+          one(20, raw::record(0, 1)), one(24, raw::record(0xFFFFFFFC, 1))}) {
+        const raw::Fd calls = raw::openCalls(mDoor.get());
+        expectRefused(calls.get(), bytes, {pair[0]});
+    }
+    const raw::Fd calls = raw::openCalls(mDoor.get());
+    expectRefused(
+        calls.get(),
+        raw::packet(sized(words(raw::kRequest), 48, 2),
+                    raw::joined(Bytes(48), raw::joined(raw::record(0, 1), raw::record(20, 2)))),
+        {pair[0], pair[1]});
+    close(pair[0]);
+    close(pair[1]);
+}
+
+TEST_F(AHostilePeer, IsCutOffForAMemfdThatCouldChange) {
+    const auto memfd = [](off_t size, int seals) {
+        raw::Fd made(memfd_create("hostile", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+        EXPECT_EQ(0, ftruncate(made.get(), size));
+        EXPECT_EQ(0, fcntl(made.get(), F_ADD_SEALS, seals));
+        return made;
+    };
+    constexpr int kAll = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
+    const Bytes call = raw::packet(sized(words(raw::kRequest, 99), 70000, 0, 1));
+    struct Bad {
+        off_t size;
+        int seals;
+    };
+    for (const Bad& bad :
+         {Bad{70000, 0}, Bad{70000, F_SEAL_SHRINK | F_SEAL_GROW},
+          Bad{70000, F_SEAL_WRITE | F_SEAL_GROW}, Bad{69999, kAll}, Bad{70001, kAll}}) {
+        const raw::Fd calls = raw::openCalls(mDoor.get());
+        expectRefused(calls.get(), call, {memfd(bad.size, bad.seals).get()});
+    }
+    int pipes[2];
+    ASSERT_EQ(0, pipe(pipes));
+    const raw::Fd calls = raw::openCalls(mDoor.get());
+    expectRefused(calls.get(), call, {pipes[0]});
+    close(pipes[0]);
+    close(pipes[1]);
+    // And a sound one is not: the call reaches the node, which does not know its code.
+    const raw::Fd sound = raw::openCalls(mDoor.get());
+    ASSERT_TRUE(raw::send(sound.get(), call, {memfd(70000, kAll).get()}));
+    EXPECT_EQ(32U, raw::receive(sound.get()).size());
+}
+
+TEST_F(AHostilePeer, IsCutOffForWhatDoesNotBelongThroughADoor) {
+    for (const Bytes& bytes :
+         {raw::packet(words(raw::kRequest, 1)), Bytes(5),
+          raw::packet(words(raw::kAdopt, raw::kDoor)), raw::packet(words(raw::kAdopt, 3))}) {
+        const raw::Fd door = raw::connectTo(mRuntime.socket());
+        expectRefused(door.get(), bytes);
+    }
+    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const raw::Fd first = raw::connectTo(mRuntime.socket());
+    expectRefused(first.get(), raw::packet(words(raw::kAdopt, raw::kCalls)), {null.get()});
+    const raw::Fd second = raw::connectTo(mRuntime.socket());
+    expectRefused(second.get(), raw::packet(words(raw::kAdopt, raw::kCalls)),
+                  {mDoor.get(), mDoor.get()});
+}
+
+TEST_F(AHostilePeer, IsCutOffForTooManyDescriptors) {
+    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    othersAreServed();
+    const int before = probe::descriptors();
+    for (const size_t count : {1U, 65U, 66U, 250U}) {
+        const raw::Fd calls = raw::openCalls(mDoor.get());
+        expectRefused(calls.get(), raw::packet(words(raw::kRequest, 99)),
+                      std::vector<int>(count, null.get()));
+    }
+    EXPECT_EQ(before, probe::descriptors());
+}
+
+TEST_F(AHostilePeer, SendingRandomBytesHarmsNobody) {
+    std::mt19937 random(7);
+    for (int i = 0; i < 500; ++i) {
+        Bytes bytes(random() % 200 + 1);
+        for (uint8_t& byte : bytes) {
+            byte = static_cast<uint8_t>(random());
+        }
+        if (i % 2 == 0 && bytes.size() >= 8) {
+            std::memcpy(bytes.data(), "VXX1\1\0\0\0", 8);
+        }
+        const raw::Fd calls = raw::openCalls(mDoor.get());
+        (void)raw::send(calls.get(), bytes);
+        const raw::Fd door = raw::connectTo(mRuntime.socket());
+        (void)raw::send(door.get(), bytes);
+    }
+    othersAreServed();
+}
+
+TEST_F(AHostilePeer, ThatTakesNoRepliesIsCutOff) {
+    const raw::Fd calls = raw::openCalls(mDoor.get());
+    const Bytes list = raw::packet(words(raw::kRequest, 4));
+    EXPECT_TRUE(
+        eventually([&] { return !raw::send(calls.get(), list) && raw::hangsUp(calls.get()); }));
+    othersAreServed();
+}
+
+// Connects again and again, and opens call sockets without end; holds all that it gets.
+const voxtrel_test::Role kFlooder("flooder", [](const voxtrel_test::Arguments& arguments) {
+    rlimit most = {};
+    getrlimit(RLIMIT_NOFILE, &most);
+    most.rlim_cur = most.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &most);
+    std::vector<raw::Fd> held;
+    for (int i = 0; i < 6000; ++i) {
+        held.push_back(raw::connectTo(arguments[0]));
+        if (i % 2 == 0) {
+            held.push_back(raw::openCalls(held.back().get()));
+        }
+    }
+    voxtrel_test::tell("flooded");
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+TEST_F(AHostilePeer, ThatFloodsConnectionsUsesUpItsOwnShareOnly) {
+    ChildProcess flooder = ChildProcess::asRole("flooder", {mRuntime.socket()});
+    othersAreServed();
+    EXPECT_EQ("flooded", flooder.readLine());
+    othersAreServed();
+    ChildProcess other = ChildProcess::asRole("server", {"other"});
+    EXPECT_EQ("ready", other.readLine());
+    EXPECT_LE(probe::descriptorsOf(mRuntime.manager().pid()), 4096 + 100);
+    flooder.killNow();
+    EXPECT_TRUE(
+        eventually([this] { return probe::descriptorsOf(mRuntime.manager().pid()) < 100; }));
+}
+
+// A service manager of the test's own that answers as it likes.
+class AHostileServer : public testing::Test {
+protected:
+    void SetUp() override {
+        char folder[] = "/tmp/voxtrel-test-XXXXXX";
+        ASSERT_TRUE(mkdtemp(folder) != nullptr);
+        mPath = std::string(folder) + "/binder";
+        setenv("VOXTREL_BINDER_SOCKET", mPath.c_str(), 1);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, mPath.data(), mPath.size());
+        ASSERT_EQ(0, bind(mListener.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+        ASSERT_EQ(0, listen(mListener.get(), 8));
+    }
+    void TearDown() override {
+        unlink(mPath.c_str());
+        rmdir(mPath.substr(0, mPath.rfind('/')).c_str());
+    }
+
+    enum class Then { ExpectHangUp, Leave, LeaveWithTheDoor };
+
+    // Lets one call come in, answers it with these bytes, and gives its result.
+    android::status_t answerOnce(const Bytes& bytes, int fd, Then then) {
+        std::thread server([&] {
+            auto door = std::make_unique<raw::Fd>(accept(mListener.get(), nullptr, nullptr));
+            const raw::Fd calls(adopted(door->get()));
+            (void)raw::receive(calls.get());
+            if (then == Then::LeaveWithTheDoor) {
+                door.reset();
+                return;
+            }
+            EXPECT_TRUE(
+                raw::send(calls.get(), bytes, fd >= 0 ? std::vector<int>{fd} : std::vector<int>{}));
+            if (then == Then::ExpectHangUp) {
+                EXPECT_TRUE(raw::hangsUp(calls.get()));
+            }
+        });
+        const sp<IBinder> manager = android::ProcessState::self()->getContextObject(nullptr);
+        android::Parcel reply;
+        const android::status_t status =
+            manager->transact(IBinder::PING_TRANSACTION, android::Parcel(), &reply);
+        EXPECT_EQ(0U, reply.dataSize());
+        server.join();
+        return status;
+    }
+
+    void expectFailure(const Bytes& bytes, int fd = -1) {
+        EXPECT_EQ(android::FAILED_TRANSACTION, answerOnce(bytes, fd, Then::ExpectHangUp));
+    }
+
+    // The socket that comes with an Adopt.
+    static int adopted(int door) {
+        char bytes[64];
+        alignas(cmsghdr) char control[64];
+        iovec part = {bytes, sizeof(bytes)};
+        msghdr message = {};
+        message.msg_iov = &part;
+        message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = sizeof(control);
+        int fd = -1;
+        if (recvmsg(door, &message, MSG_CMSG_CLOEXEC) > 0 && CMSG_FIRSTHDR(&message) != nullptr) {
+            for (cmsghdr* one = CMSG_FIRSTHDR(&message); one != nullptr;
+                 one = CMSG_NXTHDR(&message, one)) {
+                if (one->cmsg_type == SCM_RIGHTS) {
+                    std::memcpy(&fd, CMSG_DATA(one), sizeof(fd));
+                }
+            }
+        }
+        return fd;
+    }
+
+    std::string mPath;
+    raw::Fd mListener{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
+};
+
+TEST_F(AHostileServer, MakesACallFailWithAReplyThatMakesNoSense) {
+    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    expectFailure(Bytes(3));
+    expectFailure(raw::packet(words(raw::kRequest, 1)));
+    expectFailure(raw::packet(sized(words(raw::kReply), 0x7FFFFFFF)));
+    expectFailure(raw::packet(words(raw::kReply)), null.get());
+    expectFailure(
+        raw::packet(sized(words(raw::kReply), 24, 1), raw::joined(Bytes(24), raw::record(0, 5))),
+        null.get());
+}
+
+TEST_F(AHostileServer, ThatGoesAwayIsDead) {
+    EXPECT_EQ(android::DEAD_OBJECT, answerOnce({}, -1, Then::LeaveWithTheDoor));
+}
+
+TEST_F(AHostileServer, MayAnswerSoundly) {
+    EXPECT_EQ(OK, answerOnce(raw::packet(words(raw::kReply)), -1, Then::Leave));
+}
+
+}  // namespace

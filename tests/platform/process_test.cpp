@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a process sees of the runtime as a whole: the service manager's place, forks, descriptors,
+// the environment.
+#include <binder/IPCThreadState.h>
+#include <binder/ProcessState.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <ttscommon/ttscommon.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "binder/transport/SocketPath.h"
+#include "tests/platform/ProbeTest.h"
+
+namespace {
+
+using android::IBinder;
+using android::OK;
+using android::sp;
+using android::String16;
+using probe::Call;
+using voxtrel_test::ChildProcess;
+
+void nowhere() {
+    setenv("VOXTREL_BINDER_SOCKET", "/nonexistent/binder", 1);
+}
+
+TEST(WithoutAServiceManager, EverythingAnswersAtOnce) {
+    nowhere();
+    const sp<android::IServiceManager> manager = android::defaultServiceManager();
+    EXPECT_TRUE(manager->getService(String16("a")) == nullptr);
+    EXPECT_EQ(android::DEAD_OBJECT, manager->addService(String16("a"), probe::makeNode()));
+    EXPECT_EQ(0U, manager->listServices().size());
+    EXPECT_TRUE(android::ProcessState::self()->getContextObject(nullptr) == nullptr);
+}
+
+class NoManager : public android::IServiceManager {
+public:
+    sp<IBinder> getService(const String16& /*name*/) const override { return mNode; }
+    sp<IBinder> checkService(const String16& name) const override { return getService(name); }
+    android::status_t addService(const String16& /*name*/, const sp<IBinder>& /*service*/,
+                                 bool /*allowIsolated*/) override {
+        return OK;
+    }
+    android::Vector<String16> listServices() override { return {}; }
+
+protected:
+    IBinder* onAsBinder() override { return nullptr; }
+
+private:
+    const sp<IBinder> mNode = probe::makeNode();
+};
+
+TEST(TheDefaultServiceManager, CanBeReplacedByATest) {
+    nowhere();
+    android::setDefaultServiceManager(new NoManager());
+    EXPECT_TRUE(android::defaultServiceManager()->getService(String16("a")) != nullptr);
+    android::setDefaultServiceManager(nullptr);
+    EXPECT_TRUE(android::defaultServiceManager()->getService(String16("a")) == nullptr);
+}
+
+using TheServiceManager = probe::ProbeTest;
+
+TEST_F(TheServiceManager, ListsItsServicesByName) {
+    ChildProcess other = ChildProcess::asRole("server", {"another"});
+    ASSERT_EQ("ready", other.readLine());
+    const auto names = android::defaultServiceManager()->listServices();
+    ASSERT_EQ(2U, names.size());
+    EXPECT_EQ(String16("another"), names[0]);
+    EXPECT_EQ(String16("probe"), names[1]);
+}
+
+TEST_F(TheServiceManager, GivesANameToItsUsersNextProcess) {
+    ChildProcess next = ChildProcess::asRole("server");
+    ASSERT_EQ("ready", next.readLine());
+    Call call;
+    ASSERT_EQ(OK, call.to(probe::find(), probe::kWho));
+    (void)call.reply.readInt64();
+    EXPECT_EQ(next.pid(), call.reply.readInt32());
+    EXPECT_EQ(OK, mNode->pingBinder()) << "who holds the old one keeps it";
+}
+
+TEST_F(TheServiceManager, IsTheOnlyOne) {
+    ChildProcess second({VOXTREL_SERVICEMANAGER});
+    EXPECT_EQ(1, second.wait());
+    EXPECT_TRUE(probe::find() == mNode);
+}
+
+TEST_F(TheServiceManager, TakesThePlaceOfOneThatWasKilled) {
+    mRuntime.killManager();
+    EXPECT_EQ(android::DEAD_OBJECT,
+              android::defaultServiceManager()->addService(String16("a"), probe::makeNode()));
+    mRuntime.startManager();
+    EXPECT_EQ(OK, android::defaultServiceManager()->addService(String16("a"), probe::makeNode()));
+    EXPECT_TRUE(android::defaultServiceManager()->getService(String16("a"))->localBinder() !=
+                nullptr);
+}
+
+using AForkedChild = probe::ProbeTest;
+
+TEST_F(AForkedChild, IsRefusedAndItsParentGoesOn) {
+    const pid_t child = fork();
+    if (child == 0) {
+        Call call;
+        const bool refused =
+            call.to(mNode, probe::kWho) == android::INVALID_OPERATION &&
+            android::defaultServiceManager()->getService(String16("probe")) == nullptr;
+        _exit(refused ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    EXPECT_EQ(OK, mNode->pingBinder());
+}
+
+TEST_F(AForkedChild, HoldsNoneOfItsParentsSockets) {
+    const int before = probe::descriptors();
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(probe::descriptors() < before ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+}
+
+TEST_F(AForkedChild, ThatRunsAnotherProgramInheritsNoDescriptor) {
+    Call call;
+    call.data.writeStrongBinder(probe::makeNode());
+    EXPECT_EQ(OK, call.to(mNode, probe::kKeep));
+    ChildProcess lister({"sh", "-c", "ls /proc/self/fd | wc -l"});
+    EXPECT_LE(std::stoi(lister.readLine()), 6);  // three, ls's own, and the tool's that runs us
+}
+
+TEST(TheCallingIdentity, IsTheProcessItselfOutsideOfACall) {
+    android::IPCThreadState* self = android::IPCThreadState::self();
+    EXPECT_EQ(getpid(), self->getCallingPid());
+    EXPECT_EQ(getuid(), self->getCallingUid());
+    self->restoreCallingIdentity((int64_t{123} << 32) | 456);
+    EXPECT_EQ(456, self->getCallingPid());
+    const int64_t token = self->clearCallingIdentity();
+    EXPECT_EQ(getpid(), self->getCallingPid());
+    self->restoreCallingIdentity(token);
+    EXPECT_EQ(123U, self->getCallingUid());
+    (void)self->clearCallingIdentity();
+}
+
+TEST(TheSocketPath, IsTheOneThatTheEnvironmentNames) {
+    using android::transport::socketPath;
+    setenv("VOXTREL_BINDER_SOCKET", "/some/where", 1);
+    setenv("XDG_RUNTIME_DIR", "/run/user/9", 1);
+    EXPECT_EQ("/some/where", socketPath());
+    setenv("VOXTREL_BINDER_SOCKET", "", 1);
+    EXPECT_EQ("/run/user/9/voxtrel/binder", socketPath());
+    unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ("/tmp/voxtrel-" + std::to_string(geteuid()) + "/binder", socketPath());
+    nowhere();
+}
+
+TEST(TheSocketPath, UnderTmpIsTrustedOnlyInAFolderOfTheUsersOwn) {
+    using android::transport::folderIsTrusted;
+    EXPECT_TRUE(folderIsTrusted("/anywhere/the/user/says"));
+    const std::string folder = "/tmp/voxtrel-" + std::to_string(geteuid());
+    const std::string path = folder + "/binder";
+    const bool made = mkdir(folder.c_str(), 0700) == 0;
+    struct stat old {};
+    ASSERT_EQ(0, stat(folder.c_str(), &old));
+    ASSERT_EQ(0, chmod(folder.c_str(), 0777));
+    EXPECT_FALSE(folderIsTrusted(path));
+    ASSERT_EQ(0, chmod(folder.c_str(), 0700));
+    EXPECT_TRUE(folderIsTrusted(path));
+    if (made) {
+        rmdir(folder.c_str());
+        EXPECT_FALSE(folderIsTrusted(path));
+    } else {
+        chmod(folder.c_str(), old.st_mode & 0777U);
+    }
+}
+
+// Prints to standard error, which is its output here.
+const voxtrel_test::Role kPrinter("printer", [](const voxtrel_test::Arguments&) {
+    dup2(STDOUT_FILENO, STDERR_FILENO);
+    dbgPrint(0, "zero %d\n", 1);
+    dbgPrint(1, "one %s\n", "x");
+    dbgPrint(2, "two\n");
+    dbgPrint(0, "filter %s\n", INI_LANGUAGE_WITH_VOICES);
+    return 0;
+});
+
+TEST(TheCommonLibrary, PrintsUpToTheLevelThatTheEnvironmentSets) {
+    unsetenv("VOXTREL_LOG_LEVEL");
+    unsetenv("VOXTREL_LANGUAGE_WITH_VOICES");
+    ChildProcess plain = ChildProcess::asRole("printer");
+    EXPECT_EQ("zero 1", plain.readLine());
+    EXPECT_EQ("filter ", plain.readLine());
+    setenv("VOXTREL_LOG_LEVEL", "1", 1);
+    setenv("VOXTREL_LANGUAGE_WITH_VOICES", "fr_FR.none", 1);
+    ChildProcess chosen = ChildProcess::asRole("printer");
+    EXPECT_EQ("zero 1", chosen.readLine());
+    EXPECT_EQ("one x", chosen.readLine());
+    EXPECT_EQ("filter fr_FR.none", chosen.readLine());
+    unsetenv("VOXTREL_LOG_LEVEL");
+    unsetenv("VOXTREL_LANGUAGE_WITH_VOICES");
+}
+
+}  // namespace
