@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+// Any packet, with any number of descriptors of several kinds, through the decoder and through the
+// whole of what a received message goes through: payload, memfd, binders, reads.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "binder/Parcel.h"
+#include "binder/transport/Memfd.h"
+#include "binder/transport/Message.h"
+#include "binder/transport/Objects.h"
+#include "binder/transport/Wire.h"
+
+namespace {
+
+using android::Parcel;
+using namespace android::transport;
+
+const uint8_t kBytes[64] = {};
+
+// The first byte says how many descriptors come along, and of which kind.
+std::vector<Fd> descriptors(uint8_t choice) {
+    std::vector<Fd> fds;
+    for (int i = 0; i < (choice & 0x07); ++i) {
+        switch (choice >> 6) {
+            case 0:
+                fds.push_back(std::move(makeSocketPair().held));
+                break;
+            case 1:
+                fds.emplace_back(open("/dev/null", O_RDONLY | O_CLOEXEC));
+                break;
+            case 2: {
+                Fd memfd(memfd_create("fuzz", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+                (void)ftruncate(memfd.get(), choice & 0x38);
+                (void)fcntl(memfd.get(), F_ADD_SEALS,
+                            (choice & 1) != 0 ? F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE : 0);
+                fds.push_back(std::move(memfd));
+                break;
+            }
+            default:
+                fds.push_back(sealedCopy(kBytes, choice & 0x38));
+                break;
+        }
+    }
+    return fds;
+}
+
+bool sendRaw(const Fd& socket, const uint8_t* data, size_t size, const std::vector<Fd>& fds) {
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int) * 8)] = {};
+    iovec part = {const_cast<uint8_t*>(data), size};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (!fds.empty()) {
+        message.msg_control = control;
+        message.msg_controllen = CMSG_SPACE(sizeof(int) * fds.size());
+        cmsghdr* header = CMSG_FIRSTHDR(&message);
+        header->cmsg_len = CMSG_LEN(sizeof(int) * fds.size());
+        header->cmsg_level = SOL_SOCKET;
+        header->cmsg_type = SCM_RIGHTS;
+        for (size_t i = 0; i < fds.size(); ++i) {
+            const int fd = fds[i].get();
+            std::memcpy(CMSG_DATA(header) + i * sizeof(int), &fd, sizeof(fd));
+        }
+    }
+    return sendmsg(socket.get(), &message, MSG_DONTWAIT | MSG_NOSIGNAL) >= 0;
+}
+
+// What an implementation might read; nothing of it may go wrong.
+void readEverything(const Parcel& parcel) {
+    while (parcel.dataAvail() >= 4) {
+        (void)parcel.readStrongBinder();
+        (void)parcel.readString16();
+        (void)parcel.readCString();
+        (void)parcel.readInt32();
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 1 || size > 60000) {
+        return 0;
+    }
+    const std::vector<Fd> fds = descriptors(data[0]);
+    Layout layout;
+    if (decode(data + 1, size - 1, fds.size(), &layout) &&
+        layout.records + layout.header.objectCount * sizeof(ObjectRecord) != size - 1) {
+        std::abort();
+    }
+    const SocketPair pair = makeSocketPair();
+    if (size > 1 && sendRaw(pair.held, data + 1, size - 1, fds)) {
+        Parcel parcel;
+        Envelope envelope;
+        if (receiveMessage(pair.served, false, parcel, envelope) == Received::Message &&
+            attachBinders(envelope, parcel)) {
+            readEverything(parcel);
+        }
+    }
+    return 0;
+}
