@@ -48,8 +48,8 @@ protected:
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         switch (code) {
             case kAdd: {
-                const int32_t a = data.readInt32();
-                return reply->writeInt32(a + data.readInt32());
+                const uint32_t a = data.readUint32();
+                return reply->writeUint32(a + data.readUint32());
             }
             case kEcho:
                 return reply->write(data.data(), data.dataSize());

@@ -90,10 +90,11 @@ TEST(ALink, IsNamedByRecipientOrCookieAndByItsFlags) {
     Script script;
     const sp<BpBinder> proxy = proxyOf(script);
     const sp<Mourner> mourner = new Mourner();
+    const sp<Mourner> stranger = new Mourner();
     int cookie = 0;
     EXPECT_EQ(OK, proxy->linkToDeath(mourner, &cookie, 3));
     EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(mourner, &cookie, 0));
-    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(new Mourner(), &cookie, 3));
+    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(stranger, &cookie, 3));
     EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(nullptr, nullptr, 3));
     wp<IBinder::DeathRecipient> out;
     EXPECT_EQ(OK, proxy->unlinkToDeath(nullptr, &cookie, 3, &out));

@@ -193,7 +193,7 @@ TEST_F(AHostilePeer, IsCutOffForTooManyDescriptors) {
     const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
     othersAreServed();
     const int before = probe::descriptors();
-    for (const size_t count : {1U, 65U, 66U, 250U}) {
+    for (const size_t count : {1U, 65U, 66U, 67U, 74U, 250U}) {
         const raw::Fd calls = raw::openCalls(mDoor.get());
         expectRefused(calls.get(), raw::packet(words(raw::kRequest, 99)),
                       std::vector<int>(count, null.get()));

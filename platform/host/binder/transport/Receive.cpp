@@ -60,7 +60,7 @@ public:
         if (got == 0) {
             return mEnvelope.mFdCount == 0 ? Received::HungUp : Received::Malformed;
         }
-        const bool cut = (mMessage.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0;
+        const bool cut = mTooManyFds || (mMessage.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0;
         return !cut && unpack(static_cast<size_t>(got)) ? Received::Message : Received::Malformed;
     }
 
@@ -92,15 +92,28 @@ private:
                 mEnvelope.mPid = sender.pid;
                 mEnvelope.mUid = sender.uid;
             } else if (part->cmsg_type == SCM_RIGHTS) {
-                const size_t bytes = part->cmsg_len - CMSG_LEN(0);
-                std::memcpy(mEnvelope.mFds, CMSG_DATA(part), bytes);
-                mEnvelope.mFdCount = bytes / sizeof(int);
+                const size_t count = (part->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+                for (size_t i = 0; i < count; ++i) {
+                    int fd = -1;
+                    std::memcpy(&fd, CMSG_DATA(part) + i * sizeof(fd), sizeof(fd));
+                    keep(fd);
+                }
             } else if (part->cmsg_type == kScmPidfd) {
                 // Nobody here asks for it, but who made the socket may have: a stray descriptor.
                 int stray = -1;
                 std::memcpy(&stray, CMSG_DATA(part), sizeof(stray));
                 close(stray);
             }
+        }
+    }
+
+    // The room for control messages is rounded up, and may hold more than are allowed.
+    void keep(int fd) {
+        if (mEnvelope.mFdCount < kMostFds) {
+            mEnvelope.mFds[mEnvelope.mFdCount++] = fd;
+        } else {
+            mTooManyFds = true;
+            close(fd);
         }
     }
 
@@ -143,6 +156,7 @@ private:
 
     ParcelFrame mFrame;
     Envelope& mEnvelope;
+    bool mTooManyFds = false;
     iovec mParts[2];
     msghdr mMessage;
     alignas(cmsghdr) char mControl[kControlSize];
