@@ -79,13 +79,12 @@ bool handOver(const int16_t* samples, size_t count, const espeak_EVENT* events, 
               unsigned rate, size_t& lastWord, SpeechReceiver& receiver) {
     size_t done = 0;
     for (; events->type != espeakEVENT_LIST_TERMINATED; ++events) {
-        // The library repeats the last word with length 0 at the end of a text.
-        if (events->type != espeakEVENT_WORD || events->length == 0 || events->text_position < 1) {
+        if (events->type != espeakEVENT_WORD || events->text_position < 1) {
             continue;
         }
         const auto offset = static_cast<size_t>(events->text_position) - 1;
         if (lastWord != SIZE_MAX && offset <= lastWord) {
-            continue;  // a number is read out as several words at one place
+            continue;  // several words for one number, or the last word again at the text's end
         }
         lastWord = offset;
         const size_t at = static_cast<size_t>(std::max(events->audio_position, 0)) * rate / 1000;
@@ -181,7 +180,6 @@ bool EspeakEngine::apply(const Prosody& prosody) {
             return false;
         }
         mCurrentVoice = voice;
-        mRate = mPitch = -1;  // a voice brings its own
     }
     constexpr float kPitchSteps = 100.0F / kPitchMax;
     setParameter(espeakRATE, static_cast<int>(prosody.speed), mRate);

@@ -87,7 +87,8 @@ TEST_F(ASpeechRequest, HasTheGlobalValueOfASettingWhoseFlagIsOff) {
 }
 
 TEST_F(ASpeechRequest, InAnotherLanguageDoesNotTakeTheGlobalVoice) {
-    service->announceVoices(engine.voices());
+    service->announceVoices(
+        {{LANG_EN_US, "one"}, {LANG_EN_US, "two"}, {LANG_FR_FR, "un"}, {LANG_FR_FR, "deux"}});
     from(kAnn);
     uint32_t two = 2;
     ASSERT_EQ(0, service->setGlobalConfig(kAnn, GCONF_VOICE, &two));
