@@ -289,8 +289,9 @@ TEST_F(ARunningService, LeavesInOrderOnASignalAndTellsWhatItDrops) {
     for (const int number : {SIGTERM, SIGINT}) {
         const Process service = startService({"--sink", "none", "--real-time"});
         const Process client = startClient();
-        client->tell("flood 1 3 A sentence that takes its time to be spoken.");
-        client->readUntil(eventLine(EVENT_STARTED, 1, 0));
+        client->tell("flood 1 3 A sentence that takes its time to be spoken, and then some more.");
+        client->tell("fence 99");
+        client->readUntil(eventLine(EVENT_STOPPED, 99, STATUS_BAD_PARAMETER));
         service->signal(number);
         for (int id = 1; id <= 3; ++id) {
             client->readUntil(eventLine(EVENT_STOPPED, static_cast<unsigned>(id), 0));

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <functional>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <sstream>
 #include <string>
@@ -57,6 +58,12 @@ int sayLong(TTSClientPrivate& client, std::istream& arguments) {
     return client.say(id, text);
 }
 
+/// "fence ID": a pause that is too long for the service. Its refusal shows that everything said
+/// before has been accepted.
+int fence(TTSClientPrivate& client, std::istream& arguments) {
+    return client.silence(numberFrom(arguments), std::numeric_limits<unsigned>::max());
+}
+
 const std::map<std::string, Command> kCommands = {
     {"connect", [](auto& client, auto&) { return client.connect(); }},
     {"disconnect", [](auto& client, auto&) { return client.disconnect(); }},
@@ -64,6 +71,7 @@ const std::map<std::string, Command> kCommands = {
     {"flood", flood},
     {"long", sayLong},
     {"stop", [](auto& client, auto& in) { return client.stopAndFlush(numberFrom(in)); }},
+    {"fence", fence},
     {"lock", [](auto& client, auto&) { return client.lock(); }},
     {"rate", [](auto& client, auto& in) { return client.setGlobalRate(numberFrom(in)); }},
     {"which-rate", [](auto& client, auto&) { return client.globalRate(); }},
