@@ -7,7 +7,8 @@ install(TARGETS voxtrel-client EXPORT voxtrel-client-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 foreach(room IN LISTS VOXTREL_ROOMS)
   install(DIRECTORY "${CMAKE_SOURCE_DIR}/${room}" COMPONENT development
-    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel" FILES_MATCHING PATTERN "*.h")
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel" FILES_MATCHING PATTERN "*.h"
+    REGEX "/client/(CurrentLanguage|DeviceFilter|Log|Operations|Pause|Values)\\.h$" EXCLUDE)
 endforeach()
 
 if(VOXTREL_PLATFORM STREQUAL "host")
