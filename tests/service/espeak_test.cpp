@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <map>
+#include <numeric>
 #include <set>
 
 #include "service/EspeakEngine.h"
@@ -145,24 +146,52 @@ TEST_F(TheEspeakEngine, SpeaksFasterAtAHigherSpeed) {
     }
 }
 
-/// The pitch in Hz: the delay at which the middle of the sound is most like itself.
-double pitchOf(const Ear& ear, unsigned rate) {
-    const std::vector<int16_t>& sound = ear.samplesHeard;
-    const size_t begin = sound.size() / 4;
-    const size_t end = sound.size() / 2;
-    size_t best = 0;
-    double most = 0;
-    for (size_t delay = rate / 250; delay < rate / 50; ++delay) {
-        double likeness = 0;
-        for (size_t i = begin; i < end; ++i) {
-            likeness += static_cast<double>(sound[i]) * sound[i + delay];
+/// The sound without what lies above some 300 Hz, so that formants do not hide the voice's own
+/// tone.
+std::vector<double> hum(const std::vector<int16_t>& sound, unsigned rate) {
+    std::vector<double> heard(sound.begin(), sound.end());
+    const size_t width = rate / 300;
+    for (int pass = 0; pass < 2; ++pass) {
+        std::vector<double> mean;
+        for (size_t i = 0; i + width <= heard.size(); ++i) {
+            const auto from = heard.begin() + static_cast<std::ptrdiff_t>(i);
+            mean.push_back(std::accumulate(from, from + static_cast<std::ptrdiff_t>(width), 0.0));
         }
-        if (likeness > most) {
-            most = likeness;
-            best = delay;
-        }
+        heard = std::move(mean);
     }
-    return best == 0 ? 0 : static_cast<double>(rate) / static_cast<double>(best);
+    return heard;
+}
+
+/// How much the middle of the sound is like itself `delay` samples later; 1 for a perfect copy.
+double likeness(const std::vector<double>& sound, size_t delay) {
+    double product = 0;
+    double here = 0;
+    double later = 0;
+    for (size_t i = sound.size() / 4; i < sound.size() / 2; ++i) {
+        const double a = sound[i];
+        const double b = sound[i + delay];
+        product += a * b;
+        here += a * a;
+        later += b * b;
+    }
+    return product / std::sqrt(here * later);
+}
+
+/// The pitch in Hz: one over the shortest delay at which the sound is nearly as much like itself as
+/// at any. Short delays before the first dip do not count: every smooth sound is like itself there.
+double pitchOf(const Ear& ear, unsigned rate) {
+    const std::vector<double> sound = hum(ear.samplesHeard, rate);
+    std::vector<double> curve;
+    for (size_t delay = 0; delay < rate / 40; ++delay) {
+        curve.push_back(likeness(sound, delay));
+    }
+    const auto dip = std::find_if(curve.begin(), curve.end(), [](double r) { return r < 0.3; });
+    if (dip == curve.end()) {
+        return 0;
+    }
+    const double most = *std::max_element(dip, curve.end());
+    const auto peak = std::find_if(dip, curve.end(), [most](double r) { return r > 0.9 * most; });
+    return static_cast<double>(rate) / static_cast<double>(peak - curve.begin());
 }
 
 TEST_F(TheEspeakEngine, SpeaksHigherAtAHigherPitch) {
