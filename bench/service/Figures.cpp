@@ -25,9 +25,9 @@ double quantile(std::vector<double> samples, double share) {
 }
 
 void describe(const std::string& what, const std::vector<double>& microseconds) {
-    std::printf("%-46s median %8.1f  p90 %8.1f  worst %8.1f us  (%zu)\n", what.c_str(),
-                quantile(microseconds, 0.5), quantile(microseconds, 0.9),
-                quantile(microseconds, 1.0), microseconds.size());
+    std::printf("%-46s best %8.1f  median %8.1f  p90 %8.1f  worst %8.1f us  (%zu)\n", what.c_str(),
+                quantile(microseconds, 0.0), quantile(microseconds, 0.5),
+                quantile(microseconds, 0.9), quantile(microseconds, 1.0), microseconds.size());
 }
 
 void figure(const std::string& name, double value) {

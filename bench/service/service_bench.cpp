@@ -82,7 +82,8 @@ void end(pid_t child) {
 
 /// The times of a series of utterances.
 struct Series {
-    std::vector<double> firstSound;    ///< first sample at the sink, after `say` returned
+    // From the call and not from its return: the service may sound before `say` has returned.
+    std::vector<double> firstSound;    ///< first sample at the sink
     std::vector<double> startedEvent;  ///< the client's notification, after `say` was called
     std::vector<double> silence;       ///< the stopped event, after `stopAndFlush` was called
 };
@@ -94,9 +95,8 @@ void measureOne(TTS::TTSClientPrivate& client, SoundClock& clock, Series& series
     const int before = gTerminals;
     const int64_t called = nowNs();
     client.say(1, kText);
-    const int64_t returned = nowNs();
     waitUntil([&] { return clock.firstSampleNs != 0 && gStartedNs != 0; });
-    series.firstSound.push_back(microseconds(returned, clock.firstSampleNs));
+    series.firstSound.push_back(microseconds(called, clock.firstSampleNs));
     series.startedEvent.push_back(microseconds(called, gStartedNs));
     const int64_t stopped = nowNs();
     client.stopAndFlush(0);
@@ -282,7 +282,7 @@ void run(const char* program) {
 
     describe("engine alone, first sample", engineWarm);
     describe("engine alone, voice not yet used", engineCold);
-    describe("first sound after say returned", warm.firstSound);
+    describe("first sound after say was called", warm.firstSound);
     describe("first sound, voice not yet used", cold.firstSound);
     describe("started event after say was called", warm.startedEvent);
     describe("stopped event after stopAndFlush was called", warm.silence);
