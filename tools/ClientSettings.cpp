@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "tools/Errors.h"
-#include "tools/ProfilePath.h"
+#include "tools/ProfileFile.h"
 #include "tools/ServiceSettings.h"
 #include "vocabulary/Language.h"
 
@@ -30,16 +30,16 @@ void applyNumber(Session& session, const Setter& setter, const std::string& text
     void* address = setting.type == ValueType::Float ? static_cast<void*>(&std::get<float>(value))
                                                      : &std::get<uint32_t>(value);
     const std::string range = rangeText(setting, session.capabilities());
-    check((session.client().*setter.set)(address),
+    check(((*session.client()).*setter.set)(address),
           std::string(setter.name) + " " + text + " (it takes " + range + ")");
 }
 
 void applyLanguage(Session& session, std::string code) {
     if (TTS::langStr2Id(code) == LANG_NA) {
         throw Failure(kBadParameter, "there is no language \"" + code + "\"",
-                      "there are " + session.client().supportLanguages());
+                      "there are " + session.client()->supportLanguages());
     }
-    check(session.client().setLanguage(code.data()), "language " + code);
+    check(session.client()->setLanguage(code.data()), "language " + code);
 }
 
 /// The number of a voice given by number or name.
@@ -58,22 +58,21 @@ uint32_t voiceNumber(Session& session, const std::string& text, EN_VOXTREL_LANGU
 }
 
 void applyVoice(Session& session, const std::string& text) {
-    TTS::TTSClientPrivate& client = session.client();
-    EN_VOXTREL_LANGUAGE language = TTS::langStr2Id(client.mSetting.mLang);
+    EN_VOXTREL_LANGUAGE language = TTS::langStr2Id(session.client()->mSetting.mLang);
     if (language == LANG_NA) {
         language = globalLanguage(session);
         applyLanguage(session, TTS::langId2Str(language));
     }
     uint32_t number = voiceNumber(session, text, language);
-    check(client.setVoice(&number), "voice " + text + " of " + TTS::langId2Str(language));
+    check(session.client()->setVoice(&number),
+          "voice " + text + " of " + TTS::langId2Str(language));
 }
 
 }  // namespace
 
 void applyProsody(Session& session, const Prosody& prosody) {
     if (!prosody.profile.empty()) {
-        const std::string path = profilePath(prosody.profile);
-        check(session.client().loadProfile(path.c_str()), path);
+        readProfile(*session.client(), profilePath(prosody.profile));
     }
     if (!prosody.language.empty()) {
         applyLanguage(session, prosody.language);

@@ -64,7 +64,7 @@ Symptoms examine(Terminal& terminal) {
     symptoms.reach = findReach();
     if (symptoms.reach == Reach::Connected) {
         Session session(terminal);
-        symptoms.enabled = session.client().enabled();
+        symptoms.enabled = session.client()->enabled();
         symptoms.lockedByOther = isLockedByOther(session);
         symptoms.settings = surveySettings(session, {});
         symptoms.languages = surveyLanguages(session);

@@ -22,17 +22,17 @@ bool concernsLock(const Notice& notice) {
 }  // namespace
 
 bool isLockedByOther(Session& session) {
-    return session.client().setEnable2(kNoFlag, false) == kLocked;
+    return session.client()->setEnable2(kNoFlag, false) == kLocked;
 }
 
 LockHold::LockHold(Session& session) : mSession(session) {
-    check(session.client().lock(), "");
+    check(session.client()->lock(), "");
     await();
 }
 
 LockHold::~LockHold() {
     // -5 when the service died meanwhile, and the lock with it.
-    (void)mSession.client().unlock();
+    (void)mSession.client()->unlock();
 }
 
 // The request travels one way. The service tells everybody when the lock changes hands, and tells
@@ -47,7 +47,7 @@ void LockHold::await() {
         if (notice.source != Notice::Source::Service) {
             throw Failure(kNoConnection, "it did not give the lock");
         }
-        if (notice.event.third == mSession.client().mPid) {
+        if (notice.event.third == mSession.client()->mPid) {
             return;
         }
         if (notice.event.third != 0) {

@@ -1,47 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include <unistd.h>
 
 #include "tools/Commands.h"
 #include "tools/Errors.h"
 #include "tools/Json.h"
 #include "tools/Platform.h"
 #include "tools/ProfileFields.h"
-#include "tools/ProfilePath.h"
+#include "tools/ProfileFile.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
 
 namespace voxtrelctl {
 namespace {
-
-std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    if (!in.is_open() || in.bad() || !std::filesystem::is_regular_file(path)) {
-        throw Failure(kProfile, "cannot read " + path);
-    }
-    return text.str();
-}
-
-/// Reads a profile into the client's settings without the side effect that reading has on the
-/// service's own profile, which it would upgrade and write again: a copy is read.
-void readProfile(TTS::TTSClientPrivate& client, const std::string& path) {
-    const std::string text = contentOf(path);
-    std::string copy = (std::filesystem::temp_directory_path() / "voxtrelctl-XXXXXX").string();
-    const int descriptor = mkstemp(copy.data());
-    if (descriptor < 0) {
-        throw Failure(kProfile, "cannot make a temporary file");
-    }
-    close(descriptor);
-    std::ofstream(copy, std::ios::binary) << text;
-    const int status = client.loadProfile(copy.c_str());
-    client.mSetting.removeProfile(copy.c_str());
-    check(status, path);
-}
 
 void giveFlag(Session& session, const Setting& setting, bool wanted) {
     if (readFlag(session, setting) != wanted) {
@@ -77,7 +47,7 @@ int runProfileShow(const Options& options, Terminal& terminal) {
 int runProfileSave(const Options& options, Terminal& terminal) {
     const std::string path = profilePath(options.name);
     Session session(terminal);
-    Profile& profile = session.client().mSetting;
+    Profile profile = session.client()->mSetting;
     for (const ProfileField& field : profileFields()) {
         const Setting& setting = settingNamed(field.setting);
         setField(profile, field, readSetting(session, setting));
@@ -85,10 +55,11 @@ int runProfileSave(const Options& options, Terminal& terminal) {
             profile.*field.flag = readFlag(session, setting) ? 1 : 0;
         }
     }
-    profile.mVerbosity = session.client().verbosity();
-    profile.mEnable = session.client().enabled() ? 1 : 0;
+    profile.mVerbosity = session.client()->verbosity();
+    profile.mEnable = session.client()->enabled() ? 1 : 0;
     session.confirm();
-    check(session.client().saveProfile(path.c_str()), path);
+    session.client()->mSetting = profile;
+    check(session.client()->saveProfile(path.c_str()), path);
     // A full disk is no failure to the library, which leaves an empty file then.
     if (contentOf(path).empty()) {
         throw Failure(kProfile, "nothing could be written to " + path);
@@ -98,13 +69,12 @@ int runProfileSave(const Options& options, Terminal& terminal) {
 
 int runProfileLoad(const Options& options, Terminal& terminal) {
     Session session(terminal);
-    TTS::TTSClientPrivate& client = session.client();
-    readProfile(client, profilePath(options.name));
-    const Profile profile = client.mSetting;
+    readProfile(*session.client(), profilePath(options.name));
+    const Profile profile = session.client()->mSetting;
     for (const ProfileField& field : profileFields()) {
         giveField(session, profile, field);
     }
-    check(client.setVerbosity(profile.mVerbosity), "verbosity");
+    check(session.client()->setVerbosity(profile.mVerbosity), "verbosity");
     writeSpeech(session, profile.mEnable != 0);
     session.confirm();
     return 0;

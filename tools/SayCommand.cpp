@@ -59,7 +59,7 @@ EventPrinter::Style styleOf(const Options& options, const Terminal& terminal) {
 /// Gives the service all of it and leaves; what is queued is spoken all the same.
 void handOver(Session& session, const std::vector<std::string>& pieces) {
     for (size_t n = 0; n < pieces.size(); ++n) {
-        check(session.client().say(static_cast<unsigned>(n + 1), pieces[n]), "");
+        check(session.client()->say(static_cast<unsigned>(n + 1), pieces[n]), "");
     }
     settle(session);
 }
@@ -91,7 +91,7 @@ int runSilence(const Options& options, Terminal& terminal) {
         const auto printer = EventPrinter::make(EventPrinter::Style::Silent, nullptr);
         Speech(session, *printer).pause(options.milliseconds);
     } else {
-        check(session.client().silence(1, options.milliseconds), "");
+        check(session.client()->silence(1, options.milliseconds), "");
         settle(session);
     }
     return 0;
@@ -99,7 +99,7 @@ int runSilence(const Options& options, Terminal& terminal) {
 
 int runStop(const Options&, Terminal& terminal) {
     Session session(terminal);
-    check(session.client().stopAndFlush(kFlushEverything), "");
+    check(session.client()->stopAndFlush(kFlushEverything), "");
     settle(session);
     return 0;
 }

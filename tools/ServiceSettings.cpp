@@ -17,14 +17,14 @@ bool isRate(const Setting& setting) {
 
 std::string readLanguage(Session& session) {
     char code[kLanguageRoom + 1] = {};
-    check(session.client().globalConfig(GCONF_LANGUAGE, code), "reading the language");
+    check(session.client()->globalConfig(GCONF_LANGUAGE, code), "reading the language");
     return code;
 }
 
 template <typename Number>
 Number readNumber(Session& session, const Setting& setting) {
     Number number = 0;
-    check(session.client().globalConfig(setting.key, &number),
+    check(session.client()->globalConfig(setting.key, &number),
           std::string("reading ") + setting.name);
     return number;
 }
@@ -42,21 +42,21 @@ bool takesRate(const Session& session, uint32_t rate) {
 }
 
 int send(Session& session, const Setting& setting, Value value) {
-    TTS::TTSClientPrivate& client = session.client();
+    const ClientUse client = session.client();
     if (auto* code = std::get_if<std::string>(&value)) {
-        return client.setGlobalConfig(setting.key, code->data());
+        return client->setGlobalConfig(setting.key, code->data());
     }
     if (auto* real = std::get_if<float>(&value)) {
-        return client.setGlobalConfig(setting.key, real);
+        return client->setGlobalConfig(setting.key, real);
     }
     auto& whole = std::get<uint32_t>(value);
     if (setting.key != 0) {
-        return client.setGlobalConfig(setting.key, &whole);
+        return client->setGlobalConfig(setting.key, &whole);
     }
     if (isRate(setting)) {
-        return takesRate(session, whole) ? client.setGlobalRate(whole) : kBadParameter;
+        return takesRate(session, whole) ? client->setGlobalRate(whole) : kBadParameter;
     }
-    return whole <= 1 ? client.setVerbosity(static_cast<int>(whole)) : kBadParameter;
+    return whole <= 1 ? client->setVerbosity(static_cast<int>(whole)) : kBadParameter;
 }
 
 }  // namespace
@@ -66,8 +66,8 @@ Value readSetting(Session& session, const Setting& setting) {
         return readLanguage(session);
     }
     if (setting.key == 0) {
-        TTS::TTSClientPrivate& client = session.client();
-        return static_cast<uint32_t>(isRate(setting) ? client.globalRate() : client.verbosity());
+        const ClientUse client = session.client();
+        return static_cast<uint32_t>(isRate(setting) ? client->globalRate() : client->verbosity());
     }
     if (setting.type == ValueType::Float) {
         return readNumber<float>(session, setting);
@@ -84,18 +84,18 @@ void writeSetting(Session& session, const Setting& setting, const Value& value) 
 
 bool readFlag(Session& session, const Setting& setting) {
     bool flag = false;
-    check(session.client().enabled2(setting.flag, &flag),
+    check(session.client()->enabled2(setting.flag, &flag),
           std::string("reading the switch of ") + setting.name);
     return flag;
 }
 
 void writeFlag(Session& session, const Setting& setting, bool enable) {
-    check(session.client().setEnable2(setting.flag, enable), setting.name);
+    check(session.client()->setEnable2(setting.flag, enable), setting.name);
 }
 
 void writeSpeech(Session& session, bool enable) {
-    check(session.client().setEnable(enable), "speech");
-    if (session.client().enabled() != enable) {
+    check(session.client()->setEnable(enable), "speech");
+    if (session.client()->enabled() != enable) {
         throw Failure(kNotSupported, enable ? "speech stays off" : "speech stays on");
     }
 }
@@ -136,7 +136,7 @@ std::vector<LanguageReport> surveyLanguages(Session& session) {
     for (size_t id = 0; id < can.languages.size() && id < can.voicesNum.size(); ++id) {
         const auto language = static_cast<EN_VOXTREL_LANGUAGE>(id);
         report.push_back({TTS::langId2Str(language), can.voicesNum[id], can.languages[id],
-                          session.client().languageByFilter(language) != 0, language == global});
+                          session.client()->languageByFilter(language) != 0, language == global});
     }
     return report;
 }
@@ -145,7 +145,7 @@ std::vector<VoiceReport> surveyVoices(Session& session) {
     std::vector<VoiceReport> report;
     for (TTS::VoiceInfo voice : session.capabilities().voices) {
         bool listed = false;
-        const bool restricted = session.client().supportVoiceByFilter(&voice, &listed) != 0;
+        const bool restricted = session.client()->supportVoiceByFilter(&voice, &listed) != 0;
         const std::string name(voice.name, strnlen(voice.name, sizeof(voice.name)));
         report.push_back({TTS::langId2Str(voice.langId), voice.id, name, !restricted || listed});
     }

@@ -38,16 +38,21 @@ void showProgress(Terminal& terminal, std::chrono::seconds passed) {
 
 }  // namespace
 
-Session::Session(Terminal& terminal)
-    : mClient(std::make_unique<TTS::TTSClientPrivate>(kAppName, &EventQueue::onEvent)) {
+Session::Session(Terminal& terminal) {
     startBinderThreads();
+    {
+        const TTS::MutexLock hold(TTS::Clientmutex);
+        mClient = std::make_unique<TTS::TTSClientPrivate>(kAppName, &EventQueue::onEvent);
+    }
     connect(terminal);
     watchService();
 }
 
 Session::~Session() {
+    const TTS::MutexLock hold(TTS::Clientmutex);
     // -5 after the service's death: there is nobody left to take leave of.
     (void)mClient->disconnect();
+    mClient.reset();
 }
 
 void Session::connect(Terminal& terminal) {
@@ -71,6 +76,22 @@ void Session::connect(Terminal& terminal) {
     search.join();
     if (notice.status != 0) {
         throw Failure(notice.status);
+    }
+}
+
+ClientUse Session::client() {
+    return ClientUse(*this);
+}
+
+ClientUse::ClientUse(Session& session) : mSession(session) {
+    if (mSession.mUses++ == 0) {
+        mSession.mHold.emplace(TTS::Clientmutex);
+    }
+}
+
+ClientUse::~ClientUse() {
+    if (--mSession.mUses == 0) {
+        mSession.mHold.reset();
     }
 }
 

@@ -3,12 +3,17 @@
 #define VOXTREL_TOOLS_SESSION_H
 
 #include <memory>
+#include <optional>
 
+#include "client/MutexLock.h"
+#include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
 #include "tools/EventQueue.h"
 #include "tools/Terminal.h"
 
 namespace voxtrelctl {
+
+class ClientUse;
 
 /// One connection to the service, from finding it to leaving it. While it lives, what the service
 /// sends and its death arrive in EventQueue.
@@ -26,7 +31,8 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    TTS::TTSClientPrivate& client() { return *mClient; }
+    /// The client, for this statement or as long as the result is kept.
+    ClientUse client();
     const TTS::Capabilities& capabilities() const { return mClient->mCapabilities; }
 
     /// Throws Failure(-5) if the service does not answer any more. The library reads the answer of
@@ -34,12 +40,33 @@ public:
     void confirm();
 
 private:
+    friend class ClientUse;
+
     void connect(Terminal& terminal);
     void watchService();
 
     std::unique_ptr<TTS::TTSClientPrivate> mClient;
     android::sp<android::IBinder> mService;
     android::sp<android::IBinder::DeathRecipient> mObituary;
+    std::optional<TTS::MutexLock> mHold;  ///< while there are uses
+    size_t mUses = 0;
+};
+
+/// The client with `Clientmutex` held; uses may nest. The library reads the shared connection
+/// without the mutex, and the service's death empties that connection on another thread: this keeps
+/// the two apart.
+class ClientUse {
+public:
+    explicit ClientUse(Session& session);
+    ~ClientUse();
+    ClientUse(const ClientUse&) = delete;
+    ClientUse& operator=(const ClientUse&) = delete;
+
+    TTS::TTSClientPrivate* operator->() const { return mSession.mClient.get(); }
+    TTS::TTSClientPrivate& operator*() const { return *mSession.mClient; }
+
+private:
+    Session& mSession;
 };
 
 }  // namespace voxtrelctl

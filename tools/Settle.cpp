@@ -19,7 +19,7 @@ bool matters(const Notice& notice) {
 }  // namespace
 
 void settle(Session& session) {
-    check(session.client().silence(kFence, kFence), "");
+    check(session.client()->silence(kFence, kFence), "");
     const auto deadline = EventQueue::Clock::now() + kPatience;
     for (;;) {
         const Notice notice = EventQueue::instance().next(deadline, matters);

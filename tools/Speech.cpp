@@ -21,14 +21,14 @@ void Speech::say(const std::vector<std::string>& texts) {
 void Speech::pause(uint32_t milliseconds) {
     mTexts = {""};
     mSent = 1;
-    check(mSession.client().silence(1, milliseconds), "");
+    check(mSession.client()->silence(1, milliseconds), "");
     finish();
 }
 
 void Speech::feed() {
     while (mSent < mTexts.size() && mSent - mEnded < kAhead) {
         const std::string& text = mTexts[mSent++];
-        check(mSession.client().say(static_cast<unsigned>(mSent), text), "");
+        check(mSession.client()->say(static_cast<unsigned>(mSent), text), "");
     }
 }
 
@@ -66,7 +66,7 @@ void Speech::onEvent(const Event& event) {
 }
 
 void Speech::flush() {
-    (void)mSession.client().stopAndFlush(kFlushOwn);
+    (void)mSession.client()->stopAndFlush(kFlushOwn);
     const auto deadline = EventQueue::Clock::now() + kFlushPatience;
     while (mEnded < mSent) {
         const Notice notice =

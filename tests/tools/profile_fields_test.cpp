@@ -5,7 +5,7 @@
 
 #include <set>
 
-#include "tools/ProfilePath.h"
+#include "tools/ProfileFile.h"
 
 using namespace voxtrelctl;
 

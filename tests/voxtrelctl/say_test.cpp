@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "tests/voxtrelctl/Device.h"
 #include "tests/voxtrelctl/Sound.h"
 
@@ -13,6 +15,10 @@ struct Paragraph {
     const char* voice;  ///< as the engine spells it
     const char* text;
 };
+
+void PrintTo(const Paragraph& paragraph, std::ostream* out) {
+    *out << paragraph.language;
+}
 
 constexpr Paragraph kParagraphs[] = {
     {"en_US", "en-us",
