@@ -106,6 +106,7 @@ EN_VOXTREL_LANGUAGE globalLanguage(Session& session) {
 
 std::vector<SettingReport> surveySettings(Session& session, const std::vector<std::string>& names) {
     std::vector<const Setting*> wanted;
+    wanted.reserve(settings().size());
     for (const std::string& name : names) {
         wanted.push_back(&settingNamed(name));
     }
