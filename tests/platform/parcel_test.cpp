@@ -168,4 +168,13 @@ TEST(BytesThatLookLikeABinder, AreNotOne) {
     EXPECT_EQ(android::BAD_TYPE, forged.readStrongBinder(&binder));
 }
 
+TEST(AParcel, RefusesALengthWhosePaddingWouldNotFit) {
+    constexpr size_t kNearlyAll = 0x7FFFFFFF - 64;  // not a multiple of 4
+    Parcel parcel;
+    parcel.setDataPosition(kNearlyAll);
+    EXPECT_EQ(nullptr, parcel.writeInplace(kNearlyAll));
+    EXPECT_EQ(android::BAD_VALUE, parcel.errorCheck());
+    EXPECT_EQ(0U, parcel.dataSize());
+}
+
 }  // namespace

@@ -9,7 +9,9 @@ namespace android {
 
 namespace {
 
-constexpr size_t kLargest = static_cast<size_t>(std::numeric_limits<int32_t>::max()) - 64;
+// Whole words, so that what fits also fits with its padding.
+constexpr size_t kLargest =
+    (static_cast<size_t>(std::numeric_limits<int32_t>::max()) - 64) & ~static_cast<size_t>(3);
 constexpr size_t kBinderSize = 24;
 constexpr uint32_t kBinderMark = B_PACK_CHARS('b', 'n', 'd', '1');
 
