@@ -197,9 +197,13 @@ private:
     std::atomic<bool> mInside{false};
 };
 
-// A process that offers a test node under a name, until its input ends.
+// A process that offers a test node under a name, with so many threads at most, until its input
+// ends.
 const voxtrel_test::Role kServer("server", [](const voxtrel_test::Arguments& arguments) {
     const std::string name = arguments.empty() ? kName : arguments[0];
+    if (arguments.size() > 1) {
+        android::ProcessState::self()->setThreadPoolMaxThreadCount(std::stoul(arguments[1]));
+    }
     android::ProcessState::self()->startThreadPool();
     const sp<IBinder> node = makeNode();
     do {

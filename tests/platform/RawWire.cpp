@@ -109,6 +109,54 @@ Bytes receive(int socket) {
     return bytes;
 }
 
+Fd receiveFd(int socket) {
+    char bytes[65536];
+    alignas(cmsghdr) char control[1024];
+    iovec part = {bytes, sizeof(bytes)};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof(control);
+    pollfd request = {socket, POLLIN, 0};
+    int fd = -1;
+    if (poll(&request, 1, kPatienceMs) > 0 && recvmsg(socket, &message, MSG_CMSG_CLOEXEC) > 0) {
+        for (cmsghdr* one = CMSG_FIRSTHDR(&message); one != nullptr;
+             one = CMSG_NXTHDR(&message, one)) {
+            if (one->cmsg_type == SCM_RIGHTS) {
+                std::memcpy(&fd, CMSG_DATA(one), sizeof(fd));
+            }
+        }
+    }
+    return Fd(fd);
+}
+
+Pair makePair() {
+    int ends[2] = {-1, -1};
+    (void)socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends);
+    return {Fd(ends[0]), Fd(ends[1])};
+}
+
+Bytes nameOf(const std::string& name) {
+    Bytes bytes;
+    const auto units = static_cast<uint32_t>(name.size());
+    append(bytes, &units, sizeof(units));
+    for (const char letter : name) {
+        bytes.push_back(static_cast<uint8_t>(letter));
+        bytes.push_back(0);
+    }
+    bytes.resize((bytes.size() + 2 + 3) / 4 * 4);
+    return bytes;
+}
+
+int32_t statusOf(const Bytes& reply) {
+    int32_t status = 0;
+    if (reply.size() >= 32) {
+        std::memcpy(&status, reply.data() + 12, sizeof(status));
+    }
+    return status;
+}
+
 bool hangsUp(int socket) {
     pollfd request = {socket, POLLRDHUP, 0};
     return poll(&request, 1, kPatienceMs) == 1;

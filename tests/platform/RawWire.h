@@ -53,6 +53,18 @@ bool send(int socket, const Bytes& bytes, const std::vector<int>& fds = {});
 Fd openCalls(int door);
 /// Waits for one packet; empty when the other side has hung up.
 Bytes receive(int socket);
+/// Waits for one packet, and gives the first descriptor that came with it; -1 without one.
+Fd receiveFd(int socket);
+/// Two ends of a new connection.
+struct Pair {
+    Fd ours;
+    Fd theirs;
+};
+Pair makePair();
+/// The payload that asks the service manager for a name.
+Bytes nameOf(const std::string& name);
+/// The status word of a reply.
+int32_t statusOf(const Bytes& reply);
 /// Waits until the other side has hung up; false after 60 s.
 bool hangsUp(int socket);
 

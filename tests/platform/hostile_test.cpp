@@ -10,6 +10,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -258,6 +259,129 @@ TEST_F(AHostilePeer, ThatFloodsConnectionsUsesUpItsOwnShareOnly) {
         eventually([this] { return probe::descriptorsOf(mRuntime.manager().pid()) < 100; }));
 }
 
+// Keeps sending sockets through its doors, to be served too.
+const voxtrel_test::Role kDoorFlooder("door-flooder", [](const voxtrel_test::Arguments& arguments) {
+    constexpr int kDoors = 20;  // more than the pool has threads
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kDoors; ++i) {
+        threads.emplace_back([&arguments] {
+            const raw::Fd door = raw::connectTo(arguments[0]);
+            const raw::Pair pair = raw::makePair();
+            for (;;) {
+                (void)raw::send(door.get(), raw::packet(words(raw::kAdopt, raw::kCalls)),
+                                {pair.theirs.get()});
+            }
+        });
+    }
+    voxtrel_test::tell("flooding");
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return 0;
+});
+
+TEST_F(AHostilePeer, ThatFloodsDoorsLeavesTheThreadsToOthersToo) {
+    ChildProcess flooder = ChildProcess::asRole("door-flooder", {mRuntime.socket()});
+    EXPECT_EQ("flooding", flooder.readLine());
+    for (int i = 0; i < 20; ++i) {
+        othersAreServed();
+    }
+    ChildProcess other = ChildProcess::asRole("server", {"other"});
+    EXPECT_EQ("ready", other.readLine());
+}
+
+TEST_F(AHostilePeer, ThatFloodsAManagerWithFewDescriptorsUsesUpItsOwnShareOnly) {
+    mRuntime.killManager();
+    const ChildProcess limited({"sh", "-c", "ulimit -n 1024; exec " VOXTREL_SERVICEMANAGER});
+    EXPECT_TRUE(eventually(
+        [] { return android::ProcessState::self()->getContextObject(nullptr) != nullptr; }));
+    ChildProcess flooder = ChildProcess::asRole("flooder", {mRuntime.socket()});
+    EXPECT_EQ("flooded", flooder.readLine());
+    ChildProcess other = ChildProcess::asRole("server", {"other"});
+    EXPECT_EQ("ready", other.readLine());
+    EXPECT_LE(probe::descriptorsOf(limited.pid()), 1024 / 4 + 50);
+}
+
+Bytes askFor(const std::string& name) {
+    const Bytes payload = raw::nameOf(name);
+    return raw::packet(sized(words(raw::kRequest, 1), static_cast<uint32_t>(payload.size())),
+                       payload);
+}
+
+// Asks for a service over and over, and keeps each reference.
+const voxtrel_test::Role kHoarder("hoarder", [](const voxtrel_test::Arguments& arguments) {
+    rlimit most = {};
+    getrlimit(RLIMIT_NOFILE, &most);
+    most.rlim_cur = most.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &most);
+    const raw::Fd door = raw::connectTo(arguments[0]);
+    const raw::Fd calls = raw::openCalls(door.get());
+    std::vector<raw::Fd> held;
+    for (int i = 0; i < 4200; ++i) {
+        (void)raw::send(calls.get(), askFor(probe::kName));
+        held.push_back(raw::receiveFd(calls.get()));
+    }
+    voxtrel_test::tell(raw::hangsUp(held.back().get()) ? "hoarded" : "has all");
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+TEST_F(AHostilePeer, ThatHoardsReferencesUsesUpItsOwnShareOnly) {
+    ChildProcess hoarder = ChildProcess::asRole("hoarder", {mRuntime.socket()});
+    EXPECT_EQ("hoarded", hoarder.readLine());
+    mNode.clear();
+    mNode = probe::find();
+    EXPECT_EQ(OK, mNode->pingBinder());
+    EXPECT_LE(probe::descriptorsOf(mServer.pid()), 4096 + 100);
+}
+
+TEST_F(AHostilePeer, IsCutOffForAMessageWithoutASender) {
+    // Sent into a socket before it is given away, so that nobody has told the kernel to name
+    // senders.
+    const auto hangsUpAs = [this](uint32_t role, const Bytes& first, const std::vector<int>& fds) {
+        raw::Pair pair = raw::makePair();
+        const raw::Fd ours = std::move(pair.ours);
+        {
+            const raw::Fd theirs = std::move(pair.theirs);
+            EXPECT_TRUE(raw::send(ours.get(), first, fds));
+            EXPECT_TRUE(
+                raw::send(mDoor.get(), raw::packet(words(raw::kAdopt, role)), {theirs.get()}));
+        }
+        return raw::receive(ours.get()).empty();
+    };
+    const raw::Pair other = raw::makePair();
+    EXPECT_TRUE(hangsUpAs(raw::kCalls, askFor(probe::kName), {}));
+    EXPECT_TRUE(
+        hangsUpAs(raw::kDoor, raw::packet(words(raw::kAdopt, raw::kCalls)), {other.theirs.get()}));
+    othersAreServed();
+}
+
+TEST_F(AHostilePeer, WhoseServiceDoesNotListenCostsTheManagerNoTime) {
+    const raw::Pair stuck = raw::makePair();
+    const raw::Fd calls = raw::openCalls(mDoor.get());
+    const Bytes name = raw::nameOf("stuck");
+    const auto offset = static_cast<uint32_t>(name.size());
+    Bytes binder(24);
+    std::memcpy(binder.data(), "1dnb", 4);
+    ASSERT_TRUE(
+        raw::send(calls.get(),
+                  raw::packet(sized(words(raw::kRequest, 3), offset + 24, 1),
+                              raw::joined(raw::joined(name, binder), raw::record(offset, 5))),
+                  {stuck.theirs.get()}));
+    ASSERT_EQ(36U, raw::receive(calls.get()).size());
+    const auto ask = [&calls] {
+        (void)raw::send(calls.get(), askFor("stuck"));
+        return raw::statusOf(raw::receive(calls.get()));
+    };
+    ASSERT_TRUE(eventually([&ask] { return ask() == android::FAILED_TRANSACTION; }));
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(android::FAILED_TRANSACTION, ask());
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
+    othersAreServed();
+}
+
 // A service manager of the test's own that answers as it likes.
 class AHostileServer : public testing::Test {
 protected:
@@ -283,7 +407,7 @@ protected:
     android::status_t answerOnce(const Bytes& bytes, int fd, Then then) {
         std::thread server([&] {
             auto door = std::make_unique<raw::Fd>(accept(mListener.get(), nullptr, nullptr));
-            const raw::Fd calls(adopted(door->get()));
+            const raw::Fd calls = raw::receiveFd(door->get());
             (void)raw::receive(calls.get());
             if (then == Then::LeaveWithTheDoor) {
                 door.reset();
@@ -306,28 +430,6 @@ protected:
 
     void expectFailure(const Bytes& bytes, int fd = -1) {
         EXPECT_EQ(android::FAILED_TRANSACTION, answerOnce(bytes, fd, Then::ExpectHangUp));
-    }
-
-    // The socket that comes with an Adopt.
-    static int adopted(int door) {
-        char bytes[64];
-        alignas(cmsghdr) char control[64];
-        iovec part = {bytes, sizeof(bytes)};
-        msghdr message = {};
-        message.msg_iov = &part;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof(control);
-        int fd = -1;
-        if (recvmsg(door, &message, MSG_CMSG_CLOEXEC) > 0 && CMSG_FIRSTHDR(&message) != nullptr) {
-            for (cmsghdr* one = CMSG_FIRSTHDR(&message); one != nullptr;
-                 one = CMSG_NXTHDR(&message, one)) {
-                if (one->cmsg_type == SCM_RIGHTS) {
-                    std::memcpy(&fd, CMSG_DATA(one), sizeof(fd));
-                }
-            }
-        }
-        return fd;
     }
 
     std::string mPath;

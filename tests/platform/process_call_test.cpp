@@ -59,7 +59,7 @@ TEST_F(ACallAcrossProcesses, IsNotMadeWithAParcelThatFailed) {
     EXPECT_EQ(android::NO_MEMORY, call.to(mNode, probe::kAdd));
 }
 
-TEST_F(ACallAcrossProcesses, AsksForTheDescriptorOnce) {
+TEST_F(ACallAcrossProcesses, IsNotNeededToTellAProxyFromALocalObject) {
     EXPECT_EQ(0U, mNode->getInterfaceDescriptor().size());
     EXPECT_TRUE(mNode->remoteBinder() != nullptr);
     EXPECT_TRUE(mNode->localBinder() == nullptr);

@@ -11,6 +11,7 @@
 #include <ttscommon/ttscommon.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <string>
 
 #include "binder/transport/SocketPath.h"
@@ -19,6 +20,7 @@
 namespace {
 
 using android::IBinder;
+using android::IPCThreadState;
 using android::OK;
 using android::sp;
 using android::String16;
@@ -115,6 +117,79 @@ TEST_F(AForkedChild, IsRefusedAndItsParentGoesOn) {
     ASSERT_EQ(child, waitpid(child, &status, 0));
     EXPECT_EQ(0, status);
     EXPECT_EQ(OK, mNode->pingBinder());
+}
+
+class Listener : public IBinder::DeathRecipient {
+public:
+    void binderDied(const android::wp<IBinder>& /*who*/) override {}
+};
+
+TEST_F(AForkedChild, CannotServeNorBeToldOfADeath) {
+    const pid_t child = fork();
+    if (child == 0) {
+        (void)alarm(60);
+        IPCThreadState::self()->joinThreadPool();
+        _exit(mNode->linkToDeath(new Listener()) == android::INVALID_OPERATION ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+}
+
+// Makes a call that needs more than a parcel's own room after the end of main.
+struct LateCaller {
+    ~LateCaller() {
+        Call call;
+        (void)call.data.writeInplace(20000);
+        const android::status_t status = call.to(node, probe::kEcho);
+        voxtrel_test::tell(std::to_string(status) + " " + std::to_string(call.reply.dataSize()));
+    }
+    sp<IBinder> node;
+};
+
+const voxtrel_test::Role kLateCaller("late-caller", [](const voxtrel_test::Arguments&) {
+    static LateCaller caller;
+    caller.node = probe::find();
+    return 0;
+});
+
+TEST_F(TheServiceManager, MayBeAskedByTheDestructorOfAStaticObject) {
+    ChildProcess late = ChildProcess::asRole("late-caller");
+    EXPECT_EQ("0 20000", late.readLine());
+    EXPECT_EQ(0, late.wait());
+}
+
+const voxtrel_test::Role kTwice("twice", [](const voxtrel_test::Arguments& arguments) {
+    setenv("VOXTREL_BINDER_SOCKET", arguments[0].c_str(), 1);
+    const sp<android::BBinder> node = new android::BBinder();
+    IPCThreadState::self()->setTheContextObject(node);
+    const auto state = android::ProcessState::self();
+    const bool first = state->becomeContextManager();
+    const bool second = state->becomeContextManager();
+    const bool kept = state->getContextObject(nullptr) == node;
+    voxtrel_test::tell(first && !second && kept ? "kept" : "lost");
+    return 0;
+});
+
+TEST_F(TheServiceManager, StaysSoWhenItAsksASecondTime) {
+    const std::string path = mRuntime.socket() + "2";
+    ChildProcess twice = ChildProcess::asRole("twice", {path});
+    EXPECT_EQ("kept", twice.readLine());
+    EXPECT_EQ(0, twice.wait());
+    unlink(path.c_str());
+    unlink((path + ".lock").c_str());
+}
+
+TEST_F(TheServiceManager, DoesNotReplaceAFileThatIsNoSocket) {
+    const std::string path = mRuntime.folder() + "/precious";
+    { std::ofstream(path) << "text"; }
+    ChildProcess second({"env", "VOXTREL_BINDER_SOCKET=" + path, VOXTREL_SERVICEMANAGER});
+    EXPECT_EQ(1, second.wait());
+    std::string text;
+    std::ifstream(path) >> text;
+    EXPECT_EQ("text", text);
+    unlink(path.c_str());
+    unlink((path + ".lock").c_str());
 }
 
 TEST_F(AForkedChild, HoldsNoneOfItsParentsSockets) {

@@ -42,22 +42,22 @@ status_t run(BBinder& node, Incoming& incoming, Parcel* reply) {
     try {
         status = node.transact(header.code, incoming.parcel, reply, header.flags);
     } catch (const std::exception& error) {
-        logLine("call %u from process %d ended with an exception: %s", header.code,
-                static_cast<int>(incoming.envelope.senderPid()), error.what());
+        logLimited("call %u from process %d ended with an exception: %s", header.code,
+                   static_cast<int>(incoming.envelope.senderPid()), error.what());
     }
     // The caller may rely on it that what it sent along has been let go when the reply is there.
     incoming.parcel.freeData();
     return status;
 }
 
-status_t statusOf(status_t status, const Parcel& reply, Attachments* attachments) {
+status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachments* attachments) {
     if (status == OK) {
         status = reply.errorCheck();
     }
     if (status == OK && reply.dataSize() > largestPayload(Kind::Reply)) {
         status = FAILED_TRANSACTION;
     }
-    return status == OK ? detachBinders(reply, attachments) : status;
+    return status == OK ? detachBinders(reply, attachments, caller) : status;
 }
 
 }  // namespace
@@ -69,7 +69,8 @@ Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
     }
     Parcel reply;
     Attachments attachments;
-    const status_t status = statusOf(run(node, incoming, &reply), reply, &attachments);
+    const status_t ran = run(node, incoming, &reply);
+    const status_t status = statusOf(ran, reply, incoming.envelope.senderPid(), &attachments);
     const Header header = {0, Kind::Reply, oneWaysDone.load(), status, 0, 0, 0, 0};
     if (status != OK) {
         reply.freeData();

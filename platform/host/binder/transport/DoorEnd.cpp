@@ -13,6 +13,8 @@ namespace {
 
 // How long a thread that has served a socket sleeps on it for more.
 constexpr suseconds_t kStayMicroseconds = 5000;
+// A door is read so far at a time: others want the thread, too.
+constexpr int kMostAtOnce = 8;
 
 bool prepare(const Fd& socket) {
     const int on = 1;
@@ -25,7 +27,7 @@ bool prepare(const Fd& socket) {
 }  // namespace
 
 void DoorEnd::onReady() {
-    for (;;) {
+    for (int i = 0; i < kMostAtOnce; ++i) {
         Incoming incoming;
         const Received received =
             receiveMessage(socket(), false, incoming.parcel, incoming.envelope);
@@ -35,11 +37,11 @@ void DoorEnd::onReady() {
             }
             return;
         }
-        if (!adopt(incoming.envelope)) {
-            refuse("a message out of place", incoming.envelope);
+        if (!accepts(incoming.envelope) || !adopt(incoming.envelope)) {
             return;
         }
     }
+    reactor().rearm(*this);
 }
 
 std::shared_ptr<Source> DoorEnd::makeEnd(Role role, Fd socket, Lease lease) const {
@@ -50,17 +52,16 @@ std::shared_ptr<Source> DoorEnd::makeEnd(Role role, Fd socket, Lease lease) cons
 }
 
 bool DoorEnd::adopt(Envelope& envelope) {
-    if (envelope.header().kind != Kind::Adopt) {
+    Fd end = envelope.header().kind == Kind::Adopt ? envelope.takeFd(0) : Fd();
+    if (!end.valid() || !prepare(end)) {
+        refuse("a message out of place", envelope);
         return false;
     }
-    Fd end = envelope.takeFd(0);
-    if (!prepare(end)) {
-        return false;
-    }
-    Lease lease(envelope.senderPid(), end.get());
+    const pid_t holder = holderOf(envelope.senderPid(), envelope.header().flags);
+    Lease lease(holder, end.get());
     if (!lease.granted()) {
-        logLine("process %d has too many connections: another one is refused",
-                static_cast<int>(envelope.senderPid()));
+        logLimited("process %d has too many connections: another one is refused",
+                   static_cast<int>(holder));
         return true;
     }
     const auto role = static_cast<Role>(envelope.header().code);

@@ -19,7 +19,7 @@ public:
 private:
     std::shared_ptr<Source> makeEnd(Role role, Fd socket, Lease lease) const;
 
-    /// False when the message is none that may come through a door.
+    /// False when the message is none that may come through a door, which is closed then.
     bool adopt(Envelope& envelope);
 
     const std::shared_ptr<std::atomic<uint32_t>> mOneWaysDone =

@@ -3,6 +3,8 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <atomic>
 #include <unordered_map>
 
 #include "utils/Mutex.h"
@@ -11,7 +13,7 @@ namespace android::transport {
 
 namespace {
 
-constexpr int kMostOfOneProcess = 4096;
+constexpr rlim_t kMostOfOneProcess = 4096;
 constexpr rlim_t kReserve = 128;
 
 struct Counts {
@@ -24,16 +26,34 @@ Counts& counts() {
     return *instance;
 }
 
-// Descriptors are numbered from below, so a high number says how many are in use.
-bool usesReserve(int fd) {
+std::atomic<pid_t> gManager{0};
+
+rlim_t descriptorLimit() {
     static const rlim_t most = [] {
         rlimit limit = {};
         return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
     }();
-    return static_cast<rlim_t>(fd) + kReserve >= most;
+    return most;
+}
+
+int mostOfOneProcess() {
+    return static_cast<int>(std::min(kMostOfOneProcess, descriptorLimit() / 4));
+}
+
+// Descriptors are numbered from below, so a high number says how many are in use.
+bool usesReserve(int fd) {
+    return static_cast<rlim_t>(fd) + kReserve >= descriptorLimit();
 }
 
 }  // namespace
+
+void trustSharer(pid_t manager) {
+    gManager = manager;
+}
+
+pid_t holderOf(pid_t sender, uint32_t named) {
+    return named != 0 && sender == gManager ? static_cast<pid_t>(named) : sender;
+}
 
 Lease::Lease(pid_t pid, int fd) : mPid(pid), mGranted(false) {
     if (usesReserve(fd)) {
@@ -44,7 +64,7 @@ Lease::Lease(pid_t pid, int fd) : mPid(pid), mGranted(false) {
     Mutex::Autolock held(table.lock);
     int& count = table.byPid[pid];
     ++count;
-    mGranted = count <= kMostOfOneProcess;
+    mGranted = count <= mostOfOneProcess();
 }
 
 Lease::~Lease() {

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace android::transport {
@@ -27,6 +28,12 @@ private:
     pid_t mPid = 0;
     bool mGranted = true;
 };
+
+/// Connections to the service manager run to this process. It may name, in a socket that it passes
+/// on, who is to have it: otherwise whoever asks it often would use up its share for all.
+void trustSharer(pid_t manager);
+/// The process that a socket sent by `sender` is for; `named` is whom it names, or 0.
+pid_t holderOf(pid_t sender, uint32_t named);
 
 }  // namespace android::transport
 

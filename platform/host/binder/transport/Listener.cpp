@@ -2,8 +2,10 @@
 #include "binder/transport/Listener.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -23,6 +25,7 @@ namespace {
 constexpr int kBacklog = 128;
 // A service manager that is alive but does not get round to answering.
 constexpr int kConnectAttempts = 100;
+constexpr int kOutOfDescriptorsMs = 10;
 
 bool fill(const std::string& path, sockaddr_un* address) {
     *address = {};
@@ -51,15 +54,22 @@ Fd takeLock(const std::string& path) {
     return lock;
 }
 
+// Of a service manager that has died; whatever else stands there is somebody's file.
+bool removeOldSocket(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) {
+        return true;
+    }
+    if (!S_ISSOCK(status.st_mode)) {
+        logLine("%s is there already, and is no socket", path.c_str());
+        return false;
+    }
+    return unlink(path.c_str()) == 0;
+}
+
 bool nameSender(const Fd& socket) {
     const int on = 1;
     return setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
-}
-
-pid_t peerPid(const Fd& socket) {
-    ucred peer = {};
-    socklen_t size = sizeof(peer);
-    return getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
 }  // namespace
@@ -78,7 +88,9 @@ std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBind
     if (!lock.valid()) {
         return nullptr;
     }
-    (void)unlink(path.c_str());  // of a service manager that has died
+    if (!removeOldSocket(path)) {
+        return nullptr;
+    }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket.valid() || !nameSender(socket) ||
         bind(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
@@ -99,7 +111,9 @@ void Listener::onReady() {
         if (door.valid()) {
             admit(std::move(door));
         } else if (errno == EMFILE || errno == ENFILE) {
-            turnOneAway();
+            if (!turnOneAway()) {
+                break;
+            }
         } else if (errno != EINTR && errno != ECONNABORTED) {
             break;
         }
@@ -109,10 +123,14 @@ void Listener::onReady() {
 
 void Listener::admit(Fd door) const {
     const pid_t peer = peerPid(door);
+    if (peer == 0) {
+        logLimited("a connection of a process that cannot be seen from here is refused");
+        return;
+    }
     Lease lease(peer, door.get());
     if (!lease.granted()) {
-        logLine("process %d has too many connections: another one is refused",
-                static_cast<int>(peer));
+        logLimited("process %d has too many connections: another one is refused",
+                   static_cast<int>(peer));
         return;
     }
     if (nameSender(door)) {
@@ -121,12 +139,17 @@ void Listener::admit(Fd door) const {
     }
 }
 
-void Listener::turnOneAway() {
+bool Listener::turnOneAway() {
+    if (!mSpare.valid()) {
+        // Another thread has taken the spare one's place: nothing to do until there is one again.
+        (void)poll(nullptr, 0, kOutOfDescriptorsMs);
+    }
     mSpare.reset();
     Fd unlucky(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
-    logLine("out of file descriptors: a connection is refused");
+    logLimited("out of file descriptors: a connection is refused");
     unlucky.reset();
     mSpare = spare();
+    return mSpare.valid();
 }
 
 Fd connectTo(const std::string& path) {

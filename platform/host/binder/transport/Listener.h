@@ -22,7 +22,8 @@ public:
 
 private:
     void admit(Fd door) const;
-    void turnOneAway();
+    /// False when there is no use in trying on at once.
+    bool turnOneAway();
 
     const Fd mLock;  // held for as long as the place is taken
     Fd mSpare;       // given up for a moment when there are no descriptors left

@@ -26,6 +26,8 @@ SocketPair makeSocketPair();
 
 /// Is this a SOCK_SEQPACKET socket of the local kind? Anything may arrive in a message.
 bool isPeerSocket(const Fd& fd);
+/// Who made the other end, by the kernel's word; 0 when it cannot be seen from here.
+pid_t peerPid(const Fd& fd);
 /// Has the other side closed the socket for good?
 bool hasHungUp(const Fd& fd);
 /// Waits at most `patienceMs` for that.
@@ -42,7 +44,9 @@ struct Attachments {
 /// `FAILED_TRANSACTION` when it is too large.
 status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                      const Attachments& attachments);
-status_t sendAdopt(const Fd& socket, Role role, const Fd& end);
+/// `holder`: the process that is to have the other end, when the sender knows; else 0. Waits for
+/// room only if it is told to.
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder = 0, bool wait = true);
 
 /// The time that a sender waits at most, and what it waits for.
 class Patience {

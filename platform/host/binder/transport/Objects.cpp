@@ -47,7 +47,7 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
     return remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
 }
 
-status_t detach(const sp<IBinder>& binder, NodeId* id, Fd* reference) {
+status_t detach(const sp<IBinder>& binder, pid_t receiver, NodeId* id, Fd* reference) {
     if (BBinder* local = binder->localBinder()) {
         *id = recordOf(*local).id;
         *reference = exportNode(*local);
@@ -57,7 +57,7 @@ status_t detach(const sp<IBinder>& binder, NodeId* id, Fd* reference) {
             return BAD_TYPE;
         }
         *id = known->id();
-        *reference = known->share();
+        *reference = known->share(receiver);
     }
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }
@@ -81,7 +81,7 @@ sp<IBinder> proxyOf(const NodeId& id, Fd door) {
 
 }  // namespace
 
-status_t detachBinders(const Parcel& parcel, Attachments* out) {
+status_t detachBinders(const Parcel& parcel, Attachments* out, pid_t receiver) {
     ParcelFrame frame(parcel);
     if (frame.objectCount() == 0) {
         return OK;
@@ -93,9 +93,9 @@ status_t detachBinders(const Parcel& parcel, Attachments* out) {
     for (size_t i = 0; i < frame.objectCount(); ++i) {
         ObjectRecord record = {static_cast<uint32_t>(frame.objectOffset(i)), 0, {}};
         Fd reference;
-        const status_t status = record.offset % 4 == 0
-                                    ? detach(frame.objectBinder(i), &record.id, &reference)
-                                    : static_cast<status_t>(BAD_VALUE);
+        const status_t status =
+            record.offset % 4 == 0 ? detach(frame.objectBinder(i), receiver, &record.id, &reference)
+                                   : static_cast<status_t>(BAD_VALUE);
         if (status != OK) {
             return status;
         }

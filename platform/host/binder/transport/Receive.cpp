@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -6,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 
 #include "binder/transport/Memfd.h"
 #include "binder/transport/Message.h"
@@ -18,13 +18,27 @@ namespace {
 
 constexpr int kScmPidfd = 4;  // SCM_PIDFD, which older headers do not name
 
+// Plain, and freed by a key that the end of main does not run: destructors of static objects make
+// calls, too.
+thread_local uint8_t* gOverflowRoom = nullptr;
+
+void freeOverflowRoom(void* room) {
+    gOverflowRoom = nullptr;
+    delete[] static_cast<uint8_t*>(room);
+}
+
 // What does not fit into a parcel's own room lands here first, once a thread.
 uint8_t* overflowRoom() {
-    static thread_local std::unique_ptr<uint8_t[]> room;
-    if (room == nullptr) {
-        room.reset(new uint8_t[kLargestPacket]);
+    if (gOverflowRoom == nullptr) {
+        static const pthread_key_t atThreadEnd = [] {
+            pthread_key_t key{};
+            (void)pthread_key_create(&key, &freeOverflowRoom);  // a leak of 64 KiB a thread, else
+            return key;
+        }();
+        gOverflowRoom = new uint8_t[kLargestPacket];
+        (void)pthread_setspecific(atThreadEnd, gOverflowRoom);
     }
-    return room.get();
+    return gOverflowRoom;
 }
 
 }  // namespace

@@ -116,13 +116,16 @@ status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
     return attemptOnce([&] { return send(socket.get(), block, packet, kSendFlags); });
 }
 
-status_t sendAdopt(const Fd& socket, Role role, const Fd& end) {
-    Header header = {kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, 0, 0, 0, 0};
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder, bool wait) {
+    Header header = {
+        kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, static_cast<uint32_t>(holder), 0, 0,
+        0};
     Control control;
     control.add(0, end.get());
     control.finish(1);
     iovec part = {&header, sizeof(header)};
-    return patiently(socket, [&] { return sendParts(socket, &part, 1, control); });
+    const auto attempt = [&] { return sendParts(socket, &part, 1, control); };
+    return wait ? patiently(socket, attempt) : attempt();
 }
 
 bool Patience::waitForRoom(const Fd& socket) {

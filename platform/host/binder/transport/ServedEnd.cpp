@@ -6,9 +6,18 @@
 namespace android::transport {
 
 void ServedEnd::refuse(const char* what, const Envelope& envelope) {
-    logLine("%s from process %d: its connection is closed", what,
-            static_cast<int>(envelope.senderPid()));
+    logLimited("%s from process %d: its connection is closed", what,
+               static_cast<int>(envelope.senderPid()));
     reactor().remove(*this);
+}
+
+bool ServedEnd::accepts(const Envelope& envelope) {
+    // Sent before the socket was told to name senders, or by somebody whom this process cannot see.
+    if (envelope.senderPid() == 0) {
+        refuse("a message without a sender", envelope);
+        return false;
+    }
+    return true;
 }
 
 bool ServedEnd::survives(Received received, const Envelope& envelope) {

@@ -19,6 +19,8 @@ public:
 
     /// A message of the peer's that makes no sense, or that it may not send: only the peer suffers.
     void refuse(const char* what, const Envelope& envelope);
+    /// False when the kernel does not name the message's sender, who has been refused then.
+    bool accepts(const Envelope& envelope);
     /// What to do with a socket that had no message: true, keep it; false, it has been let go.
     bool survives(Received received, const Envelope& envelope);
 

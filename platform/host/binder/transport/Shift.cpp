@@ -48,7 +48,7 @@ bool Shift::mayStay() {
 
 Shift::After Shift::handle(Received received) {
     if (received == Received::Message) {
-        return serveOne();
+        return mEnd->accepts(mMessage->envelope) ? serveOne() : After::Left;
     }
     if (mEnd->survives(received, mMessage->envelope)) {
         reactor().rearm(*mEnd);

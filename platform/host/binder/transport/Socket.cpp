@@ -37,6 +37,12 @@ bool isPeerSocket(const Fd& fd) {
            socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET;
 }
 
+pid_t peerPid(const Fd& fd) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    return getsockopt(fd.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
 bool hasHungUp(const Fd& fd) {
     return hangsUpWithin(fd, 0);
 }

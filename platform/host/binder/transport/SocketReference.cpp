@@ -24,6 +24,31 @@ constexpr uint32_t kMostAhead = 8;
 
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
+// Only so many threads that serve may wait at a time until other processes listen to them: the rest
+// serve those who have nothing to do with it.
+class PlaceToWait {
+public:
+    PlaceToWait()
+        : mServes(ThreadPool::servesHere()), mGranted(!mServes || waiting().fetch_add(1) < kMost) {}
+    ~PlaceToWait() {
+        if (mServes) {
+            --waiting();
+        }
+    }
+    PlaceToWait(const PlaceToWait&) = delete;
+    PlaceToWait& operator=(const PlaceToWait&) = delete;
+    bool granted() const { return mGranted; }
+
+private:
+    static constexpr int kMost = 4;
+    static std::atomic<int>& waiting() {
+        static std::atomic<int> count{0};
+        return count;
+    }
+    const bool mServes;
+    const bool mGranted;
+};
+
 void waitForData(const Fd& socket) {
     pollfd request = {socket.get(), POLLIN, 0};
     (void)poll(&request, 1, -1);  // whatever it says, receiving tells
@@ -74,6 +99,10 @@ status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply,
 }
 
 status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, Parcel* reply) {
+    const ThreadPool::Blocked blocked;
+    if (!blocked.granted()) {
+        return FAILED_TRANSACTION;
+    }
     Attachments attachments;
     const status_t status = detachBinders(data, &attachments);
     if (status != OK) {
@@ -147,7 +176,6 @@ status_t SocketReference::tryMain(const Header& header, const Parcel& data,
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
     reply->freeData();
     Envelope envelope;
-    const ThreadPool::Blocked blocked;
     Received received = receiveMessage(socket, true, *reply, envelope);
     while (received == Received::Nothing) {
         waitForData(socket);
@@ -235,11 +263,14 @@ bool SocketReference::hasEnded() const {
     return hasHungUp(mDoor);
 }
 
-Fd SocketReference::share() {
+Fd SocketReference::share(pid_t holder) {
     Fd held;
     SocketPair pair = makeSocketPair();
     if (pair.held.valid()) {
-        const status_t status = sendAdopt(mDoor, Role::Door, pair.served);
+        const PlaceToWait place;
+        const bool wait = place.granted() && !mDoesNotListen;
+        const status_t status = sendAdopt(mDoor, Role::Door, pair.served, holder, wait);
+        mDoesNotListen = status != OK;
         if (status == OK || status == DEAD_OBJECT) {
             held = std::move(pair.held);
         }
@@ -248,6 +279,9 @@ Fd SocketReference::share() {
 }
 
 status_t SocketReference::watch(const wp<BpBinder>& proxy) {
+    if (refusedAfterFork()) {
+        return INVALID_OPERATION;
+    }
     Mutex::Autolock held(mLock);
     if (hasHungUp(mDoor)) {
         return DEAD_OBJECT;

@@ -33,8 +33,8 @@ public:
     bool hasEnded() const;
     /// A new reference to the same node, to be given away: a door that the node's process serves,
     /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
-    /// node's process does not listen.
-    Fd share();
+    /// node's process does not listen. `holder` is who it is for, 0 when that is not known.
+    Fd share(pid_t holder);
 
 private:
     class Watch;
@@ -56,6 +56,10 @@ private:
 
     const NodeId mId;
     const Fd mDoor;
+
+    // The owner has not taken the last reference that was to be passed on: the next one does not
+    // wait.
+    std::atomic<bool> mDoesNotListen{false};
 
     Mutex mLock;
     std::vector<Fd> mIdle PLATFORM_GUARDED_BY(mLock);

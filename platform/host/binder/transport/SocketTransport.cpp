@@ -5,7 +5,9 @@
 #include <memory>
 
 #include "binder/transport/Fd.h"
+#include "binder/transport/Lease.h"
 #include "binder/transport/Listener.h"
+#include "binder/transport/Message.h"
 #include "binder/transport/Objects.h"
 #include "binder/transport/SocketPath.h"
 #include "binder/transport/ThreadPool.h"
@@ -45,6 +47,7 @@ public:
         }
         if (mContext == nullptr || !mContext->isBinderAlive() || hasEnded(mContext)) {
             Fd door = connectTo(socketPath());
+            trustSharer(door.valid() ? peerPid(door) : 0);
             mContext = door.valid() ? wrapReference(std::move(door)) : nullptr;
         }
         return mContext;
@@ -55,9 +58,13 @@ public:
             return false;
         }
         Mutex::Autolock held(mLock);
-        mListener = Listener::open(socketPath(), manager);
-        mManager = mListener != nullptr ? manager : nullptr;
-        return mManager != nullptr;
+        std::shared_ptr<Listener> listener = Listener::open(socketPath(), manager);
+        if (listener == nullptr) {
+            return false;
+        }
+        mListener = std::move(listener);
+        mManager = manager;
+        return true;
     }
 
     void startThreads() override {
@@ -66,7 +73,11 @@ public:
         }
     }
     void setMostThreads(size_t count) override { threadPool().setMost(count); }
-    void serveForever() override { threadPool().serveForever(); }
+    void serveForever() override {
+        if (!refusedAfterFork()) {
+            threadPool().serveForever();
+        }
+    }
 
 private:
     Mutex mLock;

@@ -23,41 +23,51 @@ thread_local bool gServes = false;
 
 void ThreadPool::start() {
     if (!mStarted.exchange(true)) {
-        grow();
+        (void)grow();  // it says why not, and tries again with the first call
     }
 }
 
 void ThreadPool::setMost(size_t count) {
-    mMost = static_cast<int>(std::min<size_t>(count, kMostEver));
+    mMost = static_cast<int>(std::clamp<size_t>(count, 1, kMostEver));
 }
 
-void ThreadPool::grow() {
-    int spawned = mSpawned.load();
+bool ThreadPool::grow() {
+    uint32_t bits = mCrew.load();
     do {
-        if (!mStarted || spawned >= kMostEver || spawned - mBlocked.load() >= mMost.load()) {
-            return;
+        const Crew crew(bits);
+        if (!mStarted || crew.free() >= mMost.load()) {
+            return true;
         }
-    } while (!mSpawned.compare_exchange_weak(spawned, spawned + 1));
+        if (crew.spawned >= kMostEver) {
+            return false;
+        }
+    } while (!mCrew.compare_exchange_weak(bits, bits + kOneSpawned));
     try {
         std::thread([this] { run(); }).detach();
+        return true;
     } catch (const std::system_error& error) {
-        --mSpawned;
-        logLine("cannot start another thread: %s", error.what());
+        mCrew.fetch_sub(kOneSpawned);
+        logLimited("cannot start another thread: %s", error.what());
+        return false;
     }
 }
 
-bool ThreadPool::tooMany() const {
-    return mSpawned.load(std::memory_order_relaxed) - mBlocked.load(std::memory_order_relaxed) >
-           mMost.load(std::memory_order_relaxed);
+bool ThreadPool::leave() {
+    uint32_t bits = mCrew.load(std::memory_order_relaxed);
+    do {
+        if (Crew(bits).free() <= mMost.load(std::memory_order_relaxed)) {
+            return false;
+        }
+    } while (!mCrew.compare_exchange_weak(bits, bits - kOneSpawned));
+    return true;
 }
 
 void ThreadPool::run() {
     (void)pthread_setname_np(pthread_self(), "binder");  // a name is a nicety
     gServes = true;
-    while (!tooMany()) {
+    while (!leave()) {
         serveOne();
     }
-    --mSpawned;
 }
 
 void ThreadPool::serveForever() {
@@ -71,7 +81,7 @@ void ThreadPool::serveOne() {
     mWaiting.fetch_add(1);
     const auto source = reactor().wait();
     if (mWaiting.fetch_sub(1) == 1) {
-        grow();
+        (void)grow();  // without it, this thread goes back to the reactor after its work
     }
     if (source != nullptr) {
         source->onReady();
@@ -94,19 +104,25 @@ void ThreadPool::endStay() {
     --mStaying;
 }
 
-ThreadPool::Blocked::Blocked() : mCounts(gServes) {
-    if (mCounts) {
-        ThreadPool& pool = threadPool();
-        ++pool.mBlocked;
-        if (pool.nobodyWaits()) {
-            pool.grow();
-        }
+bool ThreadPool::block() {
+    const Crew crew(mCrew.fetch_add(kOneBlocked) + kOneBlocked);
+    if (!nobodyWaits() || grow() || crew.free() > 0) {
+        return true;
     }
+    mCrew.fetch_sub(kOneBlocked);
+    logLimited("all %d threads wait for replies: a call of the last one fails", crew.spawned);
+    return false;
 }
 
+bool ThreadPool::servesHere() {
+    return gServes;
+}
+
+ThreadPool::Blocked::Blocked() : mServes(gServes), mGranted(!mServes || threadPool().block()) {}
+
 ThreadPool::Blocked::~Blocked() {
-    if (mCounts) {
-        --threadPool().mBlocked;
+    if (mServes && mGranted) {
+        threadPool().mCrew.fetch_sub(kOneBlocked);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 
 namespace android::transport {
 
@@ -14,6 +15,7 @@ namespace android::transport {
 class ThreadPool {
 public:
     void start();
+    /// At least one thread serves once the pool has started, whatever `count` says.
     void setMost(size_t count);
     [[noreturn]] void serveForever();
 
@@ -26,7 +28,9 @@ public:
     bool nobodyWaits() const { return mWaiting.load(std::memory_order_relaxed) <= 0; }
 
     /// A pool thread that waits for the reply to a call of its own does not count: another may be
-    /// started in its place, so that calls nest to any depth that matters.
+    /// started in its place, so that calls nest to any depth that matters. Not granted to the last
+    /// thread when no other can be started: nobody would be left to serve what all of them wait
+    /// for.
     class Blocked {
     public:
         Blocked();
@@ -34,20 +38,39 @@ public:
         Blocked(const Blocked&) = delete;
         Blocked& operator=(const Blocked&) = delete;
 
+        bool granted() const { return mGranted; }
+
     private:
-        const bool mCounts;
+        const bool mServes;
+        const bool mGranted;
     };
 
+    /// Is the calling thread one that serves?
+    static bool servesHere();
+
 private:
-    void grow();
+    // How many threads there are and how many of them wait for replies. The two change in one step:
+    // a thread must not leave on the strength of another that is about to wait.
+    struct Crew {
+        explicit Crew(uint32_t bits)
+            : spawned(static_cast<int>(bits >> 16U)), blocked(static_cast<int>(bits & 0xFFFFU)) {}
+        int free() const { return spawned - blocked; }
+        int spawned;
+        int blocked;
+    };
+    static constexpr uint32_t kOneSpawned = 1U << 16U;
+    static constexpr uint32_t kOneBlocked = 1;
+
+    /// False when another thread is wanted and cannot be had.
+    bool grow();
     void serveOne();
     void run();
-    bool tooMany() const;
+    bool leave();
+    bool block();
 
     std::atomic<bool> mStarted{false};
     std::atomic<int> mMost{15};
-    std::atomic<int> mSpawned{0};
-    std::atomic<int> mBlocked{0};
+    std::atomic<uint32_t> mCrew{0};
     std::atomic<int> mWaiting{0};
     std::atomic<int> mStaying{0};
 };

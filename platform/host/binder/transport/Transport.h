@@ -26,7 +26,7 @@ public:
     /// From here on threads of the transport's own serve calls and deaths.
     virtual void startThreads() = 0;
     virtual void setMostThreads(size_t count) = 0;
-    /// The calling thread serves, too, and does not return.
+    /// The calling thread serves, too, and does not return, but in a forked child, which cannot.
     virtual void serveForever() = 0;
 };
 
