@@ -136,8 +136,11 @@
      "    (void)binder->unlinkToDeath(android::wp<android::IBinder::DeathRecipient>(this), nullptr, 0,\n"
      "                                nullptr);  // a link that is already gone is what we want\n", "",
      "an old notifier stays linked"),
-    ("client/DeathNotifier.cpp", "DeathRecipient>(this), nullptr, 0,",
-     "DeathRecipient>(this), nullptr, 1,", "a link is taken back that was never made"),
+    ("client/DeathNotifier.cpp", "DeathRecipient>(this), nullptr, 0,", "DeathRecipient>(this), nullptr, 1,",
+     "a link is taken back that was never made"),
+    ("client/DeathNotifier.cpp", "DeathRecipient>(this), nullptr, 0,", "DeathRecipient>(this), nullptr, 1,",
+     "a notifier unlinks with flags"),
+    ("client/Mutex.cpp", "    pthread_mutex_destroy(&m);\n", "", "a mutex is never destroyed"),
     ("client/CbDeathNotifier.cpp", "    printDeath(107);\n", "", "a line less"),
     ("client/CbDeathNotifier.cpp", "    m_cb.clear();\n", "", "the dead callback is kept"),
     # Speech and controls.
@@ -210,8 +213,7 @@
     ("client/CurrentLanguage.cpp", "    dbgPrint(kLogTrace, logFormat, code);\n", "    (void)logFormat;\n",
      "a line less"),
     ("client/CurrentLanguage.cpp", "char code[kLongestCode + 1] = {};",
-     'char code[kLongestCode + 1] = "?????????????";',
-     "the buffer is not zeroed"),
+     'char code[kLongestCode + 1] = "?????????????";', "the buffer is not zeroed"),
     ("client/CurrentLanguage.cpp", "kLongestCode = 256;", "kLongestCode = 16;",
      "a service of this process overruns the buffer"),
     ("client/CurrentLanguage.cpp", "*language < LANG_NA ? status::kOk :",
@@ -256,8 +258,9 @@
      "filtered voices are listed"),
     ("client/Voices.cpp", "    gVoiceList[count] = nullptr;\n", "", "the list has no end"),
     ("client/Voices.cpp",
-     "    if (mCapabilities.voices.empty()) {\n        return status::kOk;  // the table that another "
-     "client was given stays as it is\n    }\n", "", "a service without voices empties the table"),
+     "    if (mCapabilities.voices.empty()) {\n"
+     "        return status::kOk;  // the table that another client was given stays as it is\n    }\n", "",
+     "a service without voices empties the table"),
     ("client/Voices.cpp", "    if (enterVoices(mCapabilities, language) > 0) {",
      "    if (enterVoices(mCapabilities, language) >= 0) {", "an empty list is no null"),
     ("client/Voices.cpp", "static_cast<uint32_t>(count) < id", "static_cast<uint32_t>(count) <= id",
