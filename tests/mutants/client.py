@@ -138,8 +138,6 @@
      "an old notifier stays linked"),
     ("client/DeathNotifier.cpp", "DeathRecipient>(this), nullptr, 0,", "DeathRecipient>(this), nullptr, 1,",
      "a link is taken back that was never made"),
-    ("client/DeathNotifier.cpp", "DeathRecipient>(this), nullptr, 0,", "DeathRecipient>(this), nullptr, 1,",
-     "a notifier unlinks with flags"),
     ("client/Mutex.cpp", "    pthread_mutex_destroy(&m);\n", "", "a mutex is never destroyed"),
     ("client/CbDeathNotifier.cpp", "    printDeath(107);\n", "", "a line less"),
     ("client/CbDeathNotifier.cpp", "    m_cb.clear();\n", "", "the dead callback is kept"),
