@@ -12,7 +12,11 @@ function(voxtrel_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${TEST_LINK} voxtrel_warnings GTest::gtest_main)
+  set(environment "")
+  if(VOXTREL_SANITIZE MATCHES "thread")
+    set(environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp")
+  endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
                        TEST_PREFIX "${name}:"
-                       PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+                       PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ${environment})
 endfunction()
