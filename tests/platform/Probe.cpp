@@ -69,6 +69,11 @@ protected:
                 return reply->writeInt32(mBlockedCalls);
             case kBlockedEver:
                 return reply->writeInt32(mBlockedEver);
+            case kAnswer:
+                ++mAnswered;
+                return data.readInt32();
+            case kAnswered:
+                return reply->writeInt32(mAnswered);
             case kFail:
                 reply->writeInt32(1);
                 return -42;
@@ -187,6 +192,7 @@ private:
     int mGeneration = 0;
     std::atomic<int> mBlockedCalls{0};
     std::atomic<int> mBlockedEver{0};
+    std::atomic<int> mAnswered{0};
     sp<IBinder> mKept;
     sp<IBinder> mLinked;
     const sp<Mourner> mMourner = new Mourner();

@@ -39,6 +39,8 @@ enum Code : uint32_t {
     kLink,         ///< binder: its death is counted
     kDeaths,       ///< -> int32 deaths counted so far
     kBlockedEver,  ///< -> int32 calls that have come to kBlock so far
+    kAnswer,       ///< int32 status -> that status
+    kAnswered,     ///< -> int32 how often kAnswer has been carried out
 };
 
 inline constexpr const char* kName = "probe";

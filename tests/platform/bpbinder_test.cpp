@@ -46,6 +46,7 @@ public:
         }
         return mScript.answer;
     }
+    bool hasEnded() const override { return mScript.dead; }
     status_t watch(const wp<BpBinder>& /*proxy*/) override {
         mScript.watched = true;
         return mScript.dead ? static_cast<status_t>(DEAD_OBJECT) : static_cast<status_t>(OK);
@@ -64,6 +65,7 @@ TEST(AProxyOfANode, CallsADeadNodeNoMore) {
     Script script;
     const sp<BpBinder> proxy = proxyOf(script);
     script.answer = DEAD_OBJECT;
+    script.dead = true;
     EXPECT_EQ(DEAD_OBJECT, proxy->pingBinder());
     EXPECT_FALSE(proxy->isBinderAlive());
     EXPECT_EQ(DEAD_OBJECT, proxy->pingBinder());

@@ -48,7 +48,8 @@ status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, ui
         return DEAD_OBJECT;
     }
     const status_t status = mReference->call(code, data, reply, flags);
-    if (status == DEAD_OBJECT) {
+    // The node may have answered so of its own will, say because it calls one that has died.
+    if (status == DEAD_OBJECT && mReference->hasEnded()) {
         mAlive = false;
     }
     return status;

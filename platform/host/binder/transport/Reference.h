@@ -20,6 +20,9 @@ public:
     /// `DEAD_OBJECT` once the node is gone.
     virtual status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) = 0;
 
+    /// Has the node gone? `call` may not have noticed yet.
+    virtual bool hasEnded() const = 0;
+
     /// From here on the end of the node is reported, once, by `proxy->reportDeath()` on a thread of
     /// the pool. `DEAD_OBJECT` when it has gone already: then nothing is reported.
     virtual status_t watch(const wp<BpBinder>& proxy) = 0;

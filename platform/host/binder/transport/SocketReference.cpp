@@ -18,10 +18,6 @@ constexpr size_t kMostIdle = 16;
 // another socket has hung up.
 constexpr int kClosingMs = 100;
 
-// With so many one-way calls ahead that are not done, the other side may not be reading the main
-// socket (see Turns), and a two-way call goes beside it.
-constexpr uint32_t kMostAhead = 8;
-
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
 // Only so many threads that serve may wait at a time until other processes listen to them: the rest
@@ -109,18 +105,17 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
         return status;
     }
     if (!mMainIsTaken.exchange(true)) {
-        const status_t onMain = callOnMain(header, data, attachments, reply);
-        if (onMain != WOULD_BLOCK) {
-            return onMain;
+        const status_t sent = tryMain(header, data, attachments);
+        if (sent != WOULD_BLOCK) {
+            return finishOnMain(sent, reply);
         }
+        mMainIsTaken = false;
     }
     return callBeside(header, data, attachments, reply);
 }
 
-// `WOULD_BLOCK`: not sent, and the main socket is free again.
-status_t SocketReference::callOnMain(const Header& header, const Parcel& data,
-                                     const Attachments& attachments, Parcel* reply) {
-    status_t status = tryMain(header, data, attachments);
+status_t SocketReference::finishOnMain(status_t sent, Parcel* reply) {
+    status_t status = sent;
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
         status = receiveReply(mMain, reply, &broken);
@@ -164,13 +159,24 @@ status_t SocketReference::tryMain(const Header& header, const Parcel& data,
     if (status == OK) {
         Mutex::Autolock held(mSendLock);
         const bool oneWay = header.kind == Kind::OneWay;
-        if (!oneWay && mOneWaysSent - mOneWaysDone.load() > kMostAhead) {
+        if (!oneWay && !mayGoBehind()) {
             return WOULD_BLOCK;
         }
         status = sendMessage(mMain, header, data, attachments);
-        mOneWaysSent += oneWay && status == OK ? 1 : 0;
+        if (oneWay && status == OK) {
+            mBytesUpTo[++mOneWaysSent % kRemembered] = mBytesSent +=
+                static_cast<uint32_t>(data.dataSize());
+        }
     }
     return status == DEAD_OBJECT ? whyClosed() : status;
+}
+
+// With more ahead that is not done, the other side may not be reading the main socket (see Turns).
+bool SocketReference::mayGoBehind() const {
+    const uint32_t ahead = mOneWaysSent - mOneWaysDone.load();
+    return ahead == 0 ||
+           (ahead <= kMostAhead &&
+            mBytesSent - mBytesUpTo[(mOneWaysSent - ahead) % kRemembered] <= kMostBytesAhead);
 }
 
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {

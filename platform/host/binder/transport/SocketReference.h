@@ -2,6 +2,7 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_SOCKETREFERENCE_H
 #define VOXTREL_BINDER_TRANSPORT_SOCKETREFERENCE_H
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <vector>
@@ -25,12 +26,11 @@ public:
     SocketReference& operator=(const SocketReference&) = delete;
 
     status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
+    bool hasEnded() const override;
     status_t watch(const wp<BpBinder>& proxy) override;
     void unwatch() override;
 
     const NodeId& id() const { return mId; }
-    /// Has the node gone? Asks the kernel; `call` may not have noticed yet.
-    bool hasEnded() const;
     /// A new reference to the same node, to be given away: a door that the node's process serves,
     /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
     /// node's process does not listen. `holder` is who it is for, 0 when that is not known.
@@ -42,10 +42,10 @@ private:
     status_t callTwoWay(const Header& header, const Parcel& data, Parcel* reply);
     status_t callOneWay(const Header& header, const Parcel& data);
     status_t tryMain(const Header& header, const Parcel& data, const Attachments& attachments);
-    status_t callOnMain(const Header& header, const Parcel& data, const Attachments& attachments,
-                        Parcel* reply);
+    status_t finishOnMain(status_t sent, Parcel* reply);
     status_t callBeside(const Header& header, const Parcel& data, const Attachments& attachments,
                         Parcel* reply);
+    bool mayGoBehind() const PLATFORM_REQUIRES(mSendLock);
     status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
     void noteDone(uint32_t done);
     status_t open(Role role, Fd* out) const;
@@ -73,6 +73,11 @@ private:
     // Held while a message is put into the main socket, so that a two-way call knows what is ahead.
     Mutex mSendLock;
     uint32_t mOneWaysSent PLATFORM_GUARDED_BY(mSendLock) = 0;
+    uint32_t mBytesSent PLATFORM_GUARDED_BY(mSendLock) = 0;
+    // mBytesSent as it was after each of the last one-way calls, by their number.
+    static constexpr size_t kRemembered = 16;
+    static_assert(kRemembered > kMostAhead, "reaches back to the oldest that may be ahead");
+    std::array<uint32_t, kRemembered> mBytesUpTo PLATFORM_GUARDED_BY(mSendLock) = {};
     std::atomic<uint32_t> mOneWaysDone{0};
 };
 

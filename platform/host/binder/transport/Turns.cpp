@@ -26,7 +26,9 @@ Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<I
     mWaiting.push_back({end, std::move(message), size});
     Share& share = mShares[end.get()];
     ++share.messages;
-    share.full = share.messages >= kMostOfOneConnection || mBytes >= kMostBytes;
+    share.bytes += size;
+    share.full =
+        share.messages >= kMostOfOneConnection || (mBytes >= kMostBytes && !share.isPromised());
     return share.full ? Place::Full : Place::Waiting;
 }
 
@@ -40,9 +42,13 @@ Turns::Next Turns::next() {
     mWaiting.pop_front();
     mBytes -= first.size;
     const auto share = mShares.find(first.end.get());
-    bool readOn = false;
-    if (--share->second.messages == 0) {
-        readOn = share->second.full;
+    --share->second.messages;
+    share->second.bytes -= first.size;
+    const bool readOn = share->second.full && share->second.isPromised();
+    if (readOn) {
+        share->second.full = false;
+    }
+    if (share->second.messages == 0) {
         mShares.erase(share);
     }
     return {std::move(first.message), std::move(first.end), readOn};

@@ -7,6 +7,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "binder/transport/Wire.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -19,7 +20,9 @@ struct Incoming;
 /// it goes on with it.
 ///
 /// What waits here is limited as the kernel's driver limits it: a connection whose share is used up
-/// is not read any further, so that its sender feels that the node is slow.
+/// is not read any further, so that its sender feels that the node is slow. A two-way call goes
+/// behind one-way calls only when they are few and small (`kMostAhead`, `kMostBytesAhead`), and
+/// those never close a connection: what they wait for may be that very call.
 class Turns {
 public:
     enum class Place {
@@ -47,7 +50,10 @@ private:
     };
     struct Share {
         size_t messages = 0;
+        size_t bytes = 0;
         bool full = false;
+        /// The sender relies on it that the connection is read on.
+        bool isPromised() const { return messages <= kMostAhead && bytes <= kMostBytesAhead; }
     };
 
     Mutex mLock;

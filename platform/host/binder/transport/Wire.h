@@ -63,6 +63,10 @@ constexpr uint32_t kMagic = 0x31585856;  // "VXX1"
 constexpr size_t kLargestPacket = 65536;
 constexpr size_t kLargestRequest = 1040384;
 constexpr size_t kLargestOneWay = kLargestRequest / 2;
+// However much waits at a node, a connection is read on while no more one-way calls of its own wait
+// there than this. So a two-way call may go behind so many: whatever they wait for, it is received.
+constexpr uint32_t kMostAhead = 8;
+constexpr uint32_t kMostBytesAhead = 16384;
 constexpr size_t kBinderBytes = 24;
 constexpr size_t kMostObjects = 64;
 constexpr size_t kMostFds = kMostObjects + 1;
