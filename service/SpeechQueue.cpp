@@ -13,6 +13,7 @@ bool SpeechQueue::hasRoomFor(const Utterance& utterance) {
     const Share share = found == mShares.end() ? Share{} : found->second;
     return !mClosed && mWaiting.size() < mLimits.clients * mLimits.utterancesPerClient &&
            share.utterances < mLimits.utterancesPerClient &&
+           mTextBytes + utterance.text.size() <= mLimits.clients * mLimits.textPerClient &&
            share.textBytes + utterance.text.size() <= mLimits.textPerClient;
 }
 
@@ -20,9 +21,11 @@ void SpeechQueue::account(const Utterance& utterance) {
     Share& share = mShares[utterance.pid];
     ++share.utterances;
     share.textBytes += utterance.text.size();
+    mTextBytes += utterance.text.size();
 }
 
 void SpeechQueue::discount(const Utterance& utterance) {
+    mTextBytes -= utterance.text.size();
     const auto found = mShares.find(utterance.pid);
     if (--found->second.utterances == 0) {
         mShares.erase(found);

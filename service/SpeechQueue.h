@@ -94,6 +94,7 @@ private:
     std::deque<Utterance> mWaiting VOXTRELD_GUARDED_BY(mMutex);
     std::vector<Dropped> mDropped VOXTRELD_GUARDED_BY(mMutex);
     std::unordered_map<uint32_t, Share> mShares VOXTRELD_GUARDED_BY(mMutex);
+    size_t mTextBytes VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< of all clients
     std::optional<uint32_t> mSoundingPid VOXTRELD_GUARDED_BY(mMutex);
     int32_t mCancelStatus VOXTRELD_GUARDED_BY(mMutex) = 0;
     bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;

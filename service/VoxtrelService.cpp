@@ -175,7 +175,9 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     if (status != STATUS_OK) {
         return status;
     }
-    const bool registered = cb != nullptr && mClients.add(pid, mCaller().uid, cb);
+    // The service's own binder, sent back, never dies: nothing would free what its sender holds.
+    const bool usable = cb != nullptr && android::IInterface::asBinder(cb).get() != this;
+    const bool registered = usable && mClients.add(pid, mCaller().uid, cb);
     return registered ? STATUS_OK : STATUS_BAD_PARAMETER;
 }
 

@@ -11,6 +11,16 @@
 namespace voxtreld {
 namespace {
 
+/// A callback whose death notice is on its way already when the link is taken back.
+class LateNotice : public support::RecordingRemote {
+public:
+    android::status_t unlinkToDeath(const android::wp<DeathRecipient>& /*recipient*/,
+                                    void* /*cookie*/, uint32_t /*flags*/,
+                                    android::wp<DeathRecipient>* /*outRecipient*/) override {
+        return android::DEAD_OBJECT;
+    }
+};
+
 class AClient : public ServiceFixture {
 protected:
     /// Registers a callback of another process, which the test can let die.
@@ -100,6 +110,28 @@ TEST_F(AClient, WhoseCallbackIsDeadAlreadyCannotRegister) {
     const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
     remote->answerLinksWith(android::DEAD_OBJECT);
     EXPECT_EQ(STATUS_BAD_PARAMETER, service->registerCallback(kAnn, new TTS::BpCallback(remote)));
+}
+
+TEST_F(AClient, CannotRegisterTheServiceItselfAndKeepTheLockAfterItsDeath) {
+    from(kAnn);
+    EXPECT_EQ(STATUS_BAD_PARAMETER, service->registerCallback(kAnn, new TTS::BpCallback(service)));
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->lock(kAnn));
+    EXPECT_FALSE(service->locked());
+}
+
+TEST_F(AClient, ThatRegisteredAgainSurvivesALateNoticeOfItsOldCallbacksDeath) {
+    from(kAnn);
+    const android::sp<LateNotice> old = new LateNotice();
+    ASSERT_EQ(0, service->registerCallback(kAnn, new TTS::BpCallback(old)));
+    const auto ann = join(kAnn);
+    service->announceVoices(engine.voices());
+    ASSERT_EQ(0, service->lock(kAnn));
+    ASSERT_EQ(0, say(kAnn, 1));
+    old->die();
+    EXPECT_TRUE(service->locked());
+    EXPECT_EQ(1U, queue->waiting());
+    EXPECT_EQ(0, say(kAnn, 2)) << "it is not taken for dead";
+    EXPECT_EQ(0, service->deregisterCallback(kAnn));
 }
 
 TEST_F(AClient, ThatRegistersAgainIsToldThroughItsNewCallbackOnly) {

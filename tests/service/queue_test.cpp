@@ -61,6 +61,22 @@ TEST(AFullQueue, RefusesEveryone) {
     EXPECT_FALSE(queue.push(utteranceOf(3, 1)));
 }
 
+TEST(AFullQueue, IsFullOfTextToo) {
+    QueueLimits limits = limitsOf(100, 2);
+    limits.textPerClient = 10;
+    SpeechQueue queue(limits);
+    EXPECT_TRUE(queue.push(utteranceOf(1, 1, "12345678")));
+    EXPECT_TRUE(queue.push(utteranceOf(2, 1, "12345678")));
+    EXPECT_FALSE(queue.push(utteranceOf(3, 1, "12345")));
+    EXPECT_TRUE(queue.push(utteranceOf(3, 2, "1234")));
+    queue.drop(1, 0);
+    EXPECT_TRUE(queue.push(utteranceOf(3, 3, "123456"))) << "dropped text leaves room";
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.wait(work));
+    ASSERT_EQ(2U, work.next->pid);
+    EXPECT_TRUE(queue.push(utteranceOf(4, 1, "1234567890"))) << "so does text that has its turn";
+}
+
 TEST(AShare, IsBoundedInTextToo) {
     QueueLimits limits;
     limits.textPerClient = 10;
