@@ -59,8 +59,9 @@ void Speech::onEvent(const Event& event) {
         return;
     }
     ++mEnded;
-    if (kindOf(event) == EventKind::Stopped && statusOf(event) != 0) {
-        throw Failure(statusOf(event));
+    if (kindOf(event) == EventKind::Stopped) {
+        check(statusOf(event), "");
+        mTexts.resize(mSent);  // somebody wants silence, not the next page
     }
     feed();
 }

@@ -21,8 +21,9 @@ public:
     /// Both must outlive this object.
     Speech(Session& session, EventPrinter& printer) : mSession(session), mPrinter(printer) {}
 
-    /// Speaks `texts` in order. Throws Failure with the service's reason when it refuses one, with
-    /// -5 when it dies, and Interrupted on Ctrl-C, after what was queued has been flushed.
+    /// Speaks `texts` in order, up to the first that somebody flushes. Throws Failure with the
+    /// service's reason when it refuses one, with -5 when it dies, and Interrupted on Ctrl-C, after
+    /// what was queued has been flushed.
     void say(const std::vector<std::string>& texts);
 
     /// Queues a pause and stays until it is over. Throws as say().

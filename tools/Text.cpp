@@ -70,10 +70,14 @@ std::vector<std::string> cutIntoPieces(std::string text, size_t most) {
 }
 
 std::string forTerminal(std::string text) {
-    for (char& byte : text) {
-        const auto value = static_cast<unsigned char>(byte);
-        if ((value < 0x20U && byte != '\n' && byte != '\t') || value == 0x7FU) {
-            byte = ' ';
+    for (size_t at = 0; at < text.size(); ++at) {
+        const auto value = static_cast<unsigned char>(text[at]);
+        if ((value < 0x20U && text[at] != '\n' && text[at] != '\t') || value == 0x7FU) {
+            text[at] = ' ';
+        }
+        // U+0080 to U+009F steer a terminal as well.
+        if (value >= 0x80U && value <= 0x9FU && at > 0 && text[at - 1] == '\xC2') {
+            text.replace(at - 1, 2, "  ");
         }
     }
     return text;

@@ -65,6 +65,13 @@ TEST(AControlCharacter, DoesNotReachTheTerminal) {
     EXPECT_EQ(forTerminal("a\x1b[31mb\x07\x7f\tc\n"), "a [31mb  \tc\n");
 }
 
+TEST(AControlCharacter, OfTwoBytesDoesNotReachTheTerminalEither) {
+    EXPECT_EQ(forTerminal("a\xC2\x9B"
+                          "31mb\xC2\x80"),
+              "a  31mb  ");
+    EXPECT_EQ(forTerminal("Na\xC3\x9B \xC2\xBF?"), "Na\xC3\x9B \xC2\xBF?") << "letters stay";
+}
+
 TEST(TheVoice, IsFollowedWordByWord) {
     WordCursor cursor("Hello, world.  Bye");
     EXPECT_EQ(cursor.advanceTo(0), "Hello,");

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 
 #include "tests/voxtrelctl/Device.h"
 #include "tests/voxtrelctl/Sound.h"
@@ -72,6 +73,24 @@ TEST(Stop, CutsSpeechInTheMiddle) {
     device.stopService();
     const double alone = engineAlone(kLong, "en-us", 200).seconds();
     EXPECT_LT(readSound(device.wavPath()).seconds(), alone / 2);
+}
+
+TEST(Stop, EndsATextThatIsHandedOverPieceByPiece) {
+    Device device;
+    device.startService({"--real-time"});
+    std::string book;
+    while (book.size() < 200'000) {
+        book += kLong;
+        book += "\n";
+    }
+    std::ofstream(device.path("book.txt")) << book;
+    const auto speaker = device.start({"say", "--wait", "--file", device.path("book.txt")});
+    ASSERT_TRUE(speaker->awaitOutput("word 1 at 9: train"));
+    EXPECT_EQ(device.ctl({"stop"}).status, 0);
+    const Outcome said = speaker->wait();
+    EXPECT_EQ(said.status, 0) << said.err;
+    EXPECT_NE(said.out.find("stopped 1 (flushed)\n"), std::string::npos) << said.out;
+    EXPECT_EQ(said.out.find("started 4\n"), std::string::npos) << "no further page after the stop";
 }
 
 TEST(CtrlC, FlushesTheOwnSpeechAndNoOther) {
