@@ -11,14 +11,19 @@
 namespace voxtreld {
 namespace {
 
-/// A callback whose death notice is on its way already when the link is taken back.
+/// A callback whose death notice is on its way already when the link is taken back: the runtime has
+/// hold of the recipient then.
 class LateNotice : public support::RecordingRemote {
 public:
-    android::status_t unlinkToDeath(const android::wp<DeathRecipient>& /*recipient*/,
-                                    void* /*cookie*/, uint32_t /*flags*/,
-                                    android::wp<DeathRecipient>* /*outRecipient*/) override {
-        return android::DEAD_OBJECT;
+    android::status_t linkToDeath(const android::sp<DeathRecipient>& recipient, void* cookie,
+                                  uint32_t flags) override {
+        mRecipient = recipient;
+        return RecordingRemote::linkToDeath(recipient, cookie, flags);
     }
+    void deliver() { mRecipient->binderDied(android::wp<android::IBinder>(this)); }
+
+private:
+    android::sp<DeathRecipient> mRecipient;
 };
 
 class AClient : public ServiceFixture {
@@ -127,7 +132,7 @@ TEST_F(AClient, ThatRegisteredAgainSurvivesALateNoticeOfItsOldCallbacksDeath) {
     service->announceVoices(engine.voices());
     ASSERT_EQ(0, service->lock(kAnn));
     ASSERT_EQ(0, say(kAnn, 1));
-    old->die();
+    old->deliver();
     EXPECT_TRUE(service->locked());
     EXPECT_EQ(1U, queue->waiting());
     EXPECT_EQ(0, say(kAnn, 2)) << "it is not taken for dead";
