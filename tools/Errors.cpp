@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tools/Text.h"
+
 namespace voxtrelctl {
 namespace {
 
@@ -35,9 +37,8 @@ std::string compose(int code, const std::string& detail, const std::string& reme
         line += detail + ": ";
     }
     line += remedy;
-    std::replace_if(
-        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-    return line;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    return forTerminal(line);  // a detail may quote what a file or another program gave
 }
 
 }  // namespace

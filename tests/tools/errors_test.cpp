@@ -58,4 +58,9 @@ TEST(CheckingAStatus, ThrowsForEverythingButZero) {
     EXPECT_THROW(check(1, "x"), Failure);
 }
 
+TEST(AnErrorLine, CannotSteerTheTerminal) {
+    const std::string line = errorLine(kBadParameter, "x\x1b[31m\ny");
+    EXPECT_NE(line.find("x [31m y: "), std::string::npos) << line;
+}
+
 }  // namespace
