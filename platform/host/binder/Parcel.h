@@ -107,7 +107,8 @@ private:
     template <typename T>
     T readScalar() const;
 
-    alignas(8) uint8_t mInline[kHeadroom + kInlineCapacity];
+    // Mutable for the header in front of the data, also of a parcel that was declared const.
+    alignas(8) mutable uint8_t mInline[kHeadroom + kInlineCapacity];
     uint8_t* mBlock = mInline;
     size_t mCapacity = kInlineCapacity;
     size_t mSize = 0;

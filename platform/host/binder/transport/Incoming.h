@@ -2,7 +2,10 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_INCOMING_H
 #define VOXTREL_BINDER_TRANSPORT_INCOMING_H
 
+#include <optional>
+
 #include "binder/Parcel.h"
+#include "binder/transport/Lease.h"
 #include "binder/transport/Message.h"
 
 namespace android::transport {
@@ -11,6 +14,8 @@ namespace android::transport {
 struct Incoming {
     Parcel parcel;
     Envelope envelope;
+    /// For a one-way call that takes much room while it waits.
+    std::optional<Lease> lease;
 };
 
 }  // namespace android::transport

@@ -14,11 +14,12 @@ namespace android::transport {
 namespace {
 
 constexpr rlim_t kMostOfOneProcess = 4096;
+constexpr size_t kMostBytesOfOneProcess = size_t{16} * 1024 * 1024;
 constexpr rlim_t kReserve = 128;
 
 struct Counts {
     Mutex lock;
-    std::unordered_map<pid_t, int> byPid PLATFORM_GUARDED_BY(lock);
+    std::unordered_map<pid_t, Lease::Amount> byPid PLATFORM_GUARDED_BY(lock);
 };
 
 Counts& counts() {
@@ -36,8 +37,8 @@ rlim_t descriptorLimit() {
     return most;
 }
 
-int mostOfOneProcess() {
-    return static_cast<int>(std::min(kMostOfOneProcess, descriptorLimit() / 4));
+size_t mostOfOneProcess() {
+    return static_cast<size_t>(std::min(kMostOfOneProcess, descriptorLimit() / 4));
 }
 
 // Descriptors are numbered from below, so a high number says how many are in use.
@@ -55,16 +56,17 @@ pid_t holderOf(pid_t sender, uint32_t named) {
     return named != 0 && sender == gManager ? static_cast<pid_t>(named) : sender;
 }
 
-Lease::Lease(pid_t pid, int fd) : mPid(pid), mGranted(false) {
+Lease::Lease(pid_t pid, int fd, Amount amount) : mPid(pid), mAmount(amount), mGranted(false) {
     if (usesReserve(fd)) {
         mPid = 0;
         return;
     }
     Counts& table = counts();
-    Mutex::Autolock held(table.lock);
-    int& count = table.byPid[pid];
-    ++count;
-    mGranted = count <= mostOfOneProcess();
+    Mutex::Autolock lock(table.lock);
+    Amount& held = table.byPid[pid];
+    held.descriptors += amount.descriptors;
+    held.bytes += amount.bytes;
+    mGranted = held.descriptors <= mostOfOneProcess() && held.bytes <= kMostBytesOfOneProcess;
 }
 
 Lease::~Lease() {
@@ -74,7 +76,9 @@ Lease::~Lease() {
     Counts& table = counts();
     Mutex::Autolock held(table.lock);
     const auto found = table.byPid.find(mPid);
-    if (--found->second == 0) {
+    found->second.descriptors -= mAmount.descriptors;
+    found->second.bytes -= mAmount.bytes;
+    if (found->second.descriptors == 0 && found->second.bytes == 0) {
         table.byPid.erase(found);
     }
 }

@@ -4,21 +4,31 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
 namespace android::transport {
 
-/// One of the sockets that another process may have us serve. Each process has a limited number of
-/// them, and a reserve of descriptors is kept from all: a flood from one harms no other.
+/// What another process may make this one hold: sockets to serve, and one-way calls that wait for
+/// their turn, with their descriptors and bytes. Each process has a limited share, and a reserve of
+/// descriptors is kept from all: a flood from one harms no other.
 class Lease {
 public:
+    struct Amount {
+        size_t descriptors;
+        size_t bytes;
+    };
     /// For a socket that this process has made of its own will: not limited.
     Lease() = default;
     /// For a socket that process `pid` wants served; `fd` is its number here.
-    Lease(pid_t pid, int fd);
+    Lease(pid_t pid, int fd) : Lease(pid, fd, {1, 0}) {}
+    /// For more than that; `fd` is the highest number among the descriptors.
+    Lease(pid_t pid, int fd, Amount amount);
     Lease(Lease&& other) noexcept
-        : mPid(std::exchange(other.mPid, 0)), mGranted(std::exchange(other.mGranted, true)) {}
+        : mPid(std::exchange(other.mPid, 0)),
+          mAmount(other.mAmount),
+          mGranted(std::exchange(other.mGranted, true)) {}
     Lease& operator=(Lease&&) = delete;
     ~Lease();
 
@@ -26,6 +36,7 @@ public:
 
 private:
     pid_t mPid = 0;
+    Amount mAmount{};
     bool mGranted = true;
 };
 

@@ -85,6 +85,9 @@ public:
     pid_t senderPid() const { return mPid; }
     uid_t senderUid() const { return mUid; }
     const ObjectRecord& record(size_t index) const { return mRecords[index]; }
+    size_t fdCount() const { return mFdCount; }
+    /// -1 without any.
+    int highestFd() const;
     /// The descriptor of the binder `index`, or of an Adopt (0).
     Fd takeFd(size_t index);
 

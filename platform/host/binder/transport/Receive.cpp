@@ -47,6 +47,10 @@ Fd Envelope::takeFd(size_t index) {
     return Fd(std::exchange(mFds[mFirstFd + index], -1));
 }
 
+int Envelope::highestFd() const {
+    return mFdCount != 0 ? *std::max_element(mFds, mFds + mFdCount) : -1;
+}
+
 void Envelope::closeFds() {
     for (size_t i = 0; i < mFdCount; ++i) {
         if (mFds[i] >= 0) {

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+// A process whose one-way calls to a slow object would fill its process with what waits.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+#include "tests/platform/RawWire.h"
+
+namespace {
+
+using android::OK;
+using raw::Bytes;
+using raw::Words;
+using voxtrel_test::ChildProcess;
+using voxtrel_test::eventually;
+
+raw::Fd doorOf(int manager, const std::string& name) {
+    const raw::Fd asking = raw::openCalls(manager);
+    const Bytes payload = raw::nameOf(name);
+    Words words;
+    words.code = 1;
+    words.payloadSize = static_cast<uint32_t>(payload.size());
+    (void)raw::send(asking.get(), raw::packet(words, payload));
+    return raw::receiveFd(asking.get());
+}
+
+Words oneWay(uint32_t payload) {
+    Words words;
+    words.kind = raw::kOneWay;
+    words.code = probe::kAdd;
+    words.flags = 1;
+    words.payloadSize = payload;
+    return words;
+}
+
+struct Message {
+    Bytes bytes;
+    std::vector<int> fds;
+};
+
+Message ofManyBinders(int fd) {
+    constexpr uint32_t kBinders = 64;
+    Words words = oneWay(kBinders * 24);
+    words.objects = kBinders;
+    Bytes rest(size_t{kBinders} * 24);
+    for (uint32_t i = 0; i < kBinders; ++i) {
+        rest = raw::joined(rest, raw::record(i * 24, 1000 + i));
+    }
+    return {raw::packet(words, rest), std::vector<int>(kBinders, fd)};
+}
+
+Message ofManyBytes(int memfd) {
+    constexpr uint32_t kMost = 520192;
+    (void)ftruncate(memfd, kMost);
+    (void)fcntl(memfd, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE);
+    Words words = oneWay(kMost);
+    words.options = 1;
+    return {raw::packet(words), {memfd}};
+}
+
+// Sends one-way calls over more and more sockets until one of them is refused.
+const voxtrel_test::Role kHeaper("heaper", [](const voxtrel_test::Arguments& arguments) {
+    rlimit most = {};
+    getrlimit(RLIMIT_NOFILE, &most);
+    most.rlim_cur = most.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &most);
+    const raw::Fd manager = raw::connectTo(arguments[0]);
+    const raw::Fd door = doorOf(manager.get(), probe::kName);
+    const raw::Pair peer = raw::makePair();
+    const raw::Fd memfd(memfd_create("heap", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    const Message message =
+        arguments[1] == "bytes" ? ofManyBytes(memfd.get()) : ofManyBinders(peer.theirs.get());
+    std::vector<raw::Fd> sockets;
+    for (int i = 0; i < 120; ++i) {
+        sockets.push_back(raw::openCalls(door.get()));
+        (void)raw::send(sockets.back().get(), message.bytes, message.fds);
+    }
+    voxtrel_test::tell(raw::hangsUp(sockets.back().get()) ? "refused" : "has all");
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+class AHeapOfOneWayCalls : public probe::ProbeTest {
+protected:
+    void SetUp() override {
+        probe::ProbeTest::SetUp();
+        probe::Call call;
+        ASSERT_EQ(OK, call.to(mNode, probe::kBlock, android::IBinder::FLAG_ONEWAY));
+        ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));
+    }
+    void TearDown() override { (void)probe::ask(mNode, probe::kUnblock); }
+};
+
+TEST_F(AHeapOfOneWayCalls, HoldsNoMoreDescriptorsThanItsSendersShare) {
+    ChildProcess heaper = ChildProcess::asRole("heaper", {mRuntime.socket(), "descriptors"});
+    EXPECT_EQ("refused", heaper.readLine());
+    EXPECT_LE(probe::descriptorsOf(mServer.pid()), 4096 + 200);
+    EXPECT_EQ(OK, mNode->pingBinder());
+    heaper.killNow();
+    (void)probe::ask(mNode, probe::kUnblock);
+    EXPECT_TRUE(eventually([this] { return probe::descriptorsOf(mServer.pid()) < 100; }));
+}
+
+TEST_F(AHeapOfOneWayCalls, HoldsNoMoreBytesThanItsSendersShare) {
+    ChildProcess heaper = ChildProcess::asRole("heaper", {mRuntime.socket(), "bytes"});
+    EXPECT_EQ("refused", heaper.readLine());
+    probe::Call call;
+    (void)call.data.writeInplace(100000);
+    EXPECT_EQ(OK, call.to(mNode, probe::kAdd, android::IBinder::FLAG_ONEWAY))
+        << "the share of others is their own";
+    EXPECT_EQ(OK, mNode->pingBinder());
+}
+
+}  // namespace
