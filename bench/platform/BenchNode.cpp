@@ -105,13 +105,17 @@ sp<IBinder> BpBench::make() {
     return reply.readStrongBinder();
 }
 
-sp<IBench> findBench(const char* name) {
-    sp<IBench> found;
+sp<IBinder> findService(const char* name) {
+    sp<IBinder> found;
     (void)voxtrel_test::eventually([&] {
-        found = IBench::asInterface(android::defaultServiceManager()->getService(String16(name)));
+        found = android::defaultServiceManager()->getService(String16(name));
         return found != nullptr;
     });
     return found;
+}
+
+sp<IBench> findBench(const char* name) {
+    return IBench::asInterface(findService(name));
 }
 
 }  // namespace bench

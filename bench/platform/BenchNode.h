@@ -36,6 +36,7 @@ public:
 
 /// The node that some process has added under `name`; waits until it is there.
 android::sp<IBench> findBench(const char* name = "bench");
+android::sp<android::IBinder> findService(const char* name);
 
 }  // namespace bench
 

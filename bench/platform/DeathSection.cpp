@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <binder/IBinder.h>
 #include <signal.h>
+#include <sys/socket.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -16,7 +17,6 @@ namespace bench {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr int kRounds = 15;
 
 class Stopwatch : public android::IBinder::DeathRecipient {
 public:
@@ -39,26 +39,45 @@ private:
     bool mDead = false;
 };
 
-double oneDeath() {
-    auto server = voxtrel_test::ChildProcess::asRole("bench-server", {"mortal"});
-    if (server.readLine() != "ready") {
-        return 0.0;
-    }
-    const android::sp<IBench> node = findBench("mortal");
+// Microseconds from the kill to `binderDied`.
+double killed(pid_t pid) {
+    const android::sp<android::IBinder> node = findService("mortal");
     const android::sp<Stopwatch> watch = new Stopwatch();
-    node->echo("", 1);
-    android::IInterface::asBinder(node)->linkToDeath(watch);
+    node->pingBinder();
+    node->linkToDeath(watch);
     const auto start = Clock::now();
-    server.kill(SIGKILL);
+    kill(pid, SIGKILL);
     const std::chrono::duration<double, std::micro> taken = watch->stopped() - start;
     return taken.count();
+}
+
+double programsDeath() {
+    auto server = voxtrel_test::ChildProcess::asRole("bench-server", {"mortal"});
+    return server.readLine() == "ready" ? killed(server.pid()) : 0.0;
+}
+
+double rawEndOfFile(Mortals& mortals) {
+    const Mortals::Process process = mortals.next();
+    char byte = 0;
+    return wallTime(1, [&] {
+        kill(process.pid, SIGKILL);
+        (void)recv(process.socket, &byte, 1, 0);
+    });
 }
 
 }  // namespace
 
 void deaths(const Setting& setting) {
-    const Contest result = contest(kRounds, oneDeath, [&] { return rawRoundTrip(setting); });
-    report("death of a service to binderDied, against L", result);
+    const auto limit = [&] { return rawRoundTrip(setting); };
+    report("death of a bare process to end-of-file, against L",
+           contest(
+               kDeathRounds, [&] { return rawEndOfFile(setting.mortals); }, limit));
+    const Contest result = contest(
+        kDeathRounds,
+        [&] { return killed(setting.mortals.nextService(setting.runtime.socket()).pid); }, limit);
+    report("death of such a service to binderDied, against L", result);
+    report("death of a whole program to binderDied, against L",
+           contest(kDeathRounds, programsDeath, limit));
     figure("death_over_L", result.ratio);
 }
 

@@ -5,6 +5,7 @@
 #include <sched.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <sys/wait.h>
@@ -61,6 +62,7 @@ RawPeer::RawPeer(Kind kind) {
     mPid = fork();
     if (mPid == 0) {
         close(ends[0]);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         kind == Kind::Echo ? echo(ends[1]) : sink(ends[1]);
     }
     close(ends[1]);

@@ -2,6 +2,7 @@
 #include "bench/platform/SdBus.h"
 
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -95,6 +96,7 @@ SdBusPeer::SdBusPeer(const std::string& daemonAddress) {
     mPid = fork();
     if (mPid == 0) {
         close(ends[0]);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         sd_bus* bus = direct ? overSocket(ends[1], true) : connect(daemonAddress);
         if (!direct) {
             check(sd_bus_request_name(bus, kName, 0), "name");

@@ -13,7 +13,8 @@ namespace voxtrel_test {
 /// is said here it reads from standard input. Killed, if it is still there, at the end.
 class ChildProcess {
 public:
-    /// Runs a program; under the emulator that runs this test, if any.
+    /// Runs a program of this build, named by its path and under the emulator that runs this test,
+    /// if any; or one of the machine's own, named without a path.
     explicit ChildProcess(const std::vector<std::string>& command);
     /// Runs this test program again as one of its roles (see Roles.h).
     static ChildProcess asRole(const std::string& role,
