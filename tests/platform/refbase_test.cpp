@@ -66,6 +66,7 @@ TEST(AStrongPointer, MayBeAssignedToItself) {
     sp<Counted> one = new Counted(diary);
     sp<Counted>& same = one;
     one = same;
+    one = std::move(same);
     EXPECT_EQ(0, diary.destroyed);
     EXPECT_EQ(1, one->getStrongCount());
 }

@@ -142,6 +142,7 @@ void RefBase::decStrong(const void* id) const {
             delete this;
         }
     }
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): kept by the weak reference let go here
     counts->decWeak(id);
 }
 

@@ -107,21 +107,38 @@ public:
         }
     }
 
-    wp& operator=(const wp<T>& other) { return take(wp<T>(other)); }
-    wp& operator=(wp<T>&& other) noexcept { return take(std::move(other)); }
-    wp& operator=(T* object) { return take(wp<T>(object)); }
-    wp& operator=(const sp<T>& object) { return take(wp<T>(object)); }
+    // A copy is made before anything is let go.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
+    wp& operator=(const wp<T>& other) {
+        take(wp<T>(other));
+        return *this;
+    }
+    wp& operator=(wp<T>&& other) noexcept {
+        take(std::move(other));
+        return *this;
+    }
+    wp& operator=(T* object) {
+        take(wp<T>(object));
+        return *this;
+    }
+    wp& operator=(const sp<T>& object) {
+        take(wp<T>(object));
+        return *this;
+    }
     template <typename U>
     wp& operator=(const wp<U>& other) {
-        return take(wp<T>(other));
+        take(wp<T>(other));
+        return *this;
     }
     template <typename U>
     wp& operator=(const sp<U>& object) {
-        return take(wp<T>(object));
+        take(wp<T>(object));
+        return *this;
     }
     template <typename U>
     wp& operator=(U* object) {
-        return take(wp<T>(object));
+        take(wp<T>(object));
+        return *this;
     }
 
     void clear() { take(wp<T>()); }
@@ -182,11 +199,10 @@ private:
         return false;
     }
 
-    wp& take(wp<T>&& other) {
+    void take(wp<T>&& other) {
         std::swap(mPointer, other.mPointer);
         std::swap(mRefs, other.mRefs);
         const wp<T> old(std::move(other));
-        return *this;
     }
 
     T* mPointer = nullptr;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <utility>
 
 namespace android {
 
@@ -34,20 +35,34 @@ public:
         }
     }
 
-    sp& operator=(const sp<T>& other) { return take(sp<T>(other)); }
-    sp& operator=(sp<T>&& other) noexcept { return take(std::move(other)); }
-    sp& operator=(T* object) { return take(sp<T>(object)); }
+    // A copy is made before anything is let go.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
+    sp& operator=(const sp<T>& other) {
+        take(sp<T>(other));
+        return *this;
+    }
+    sp& operator=(sp<T>&& other) noexcept {
+        take(std::move(other));
+        return *this;
+    }
+    sp& operator=(T* object) {
+        take(sp<T>(object));
+        return *this;
+    }
     template <typename U>
     sp& operator=(const sp<U>& other) {
-        return take(sp<T>(other));
+        take(sp<T>(other));
+        return *this;
     }
     template <typename U>
     sp& operator=(sp<U>&& other) {
-        return take(sp<T>(std::move(other)));
+        take(sp<T>(std::move(other)));
+        return *this;
     }
     template <typename U>
     sp& operator=(U* object) {
-        return take(sp<T>(object));
+        take(sp<T>(object));
+        return *this;
     }
 
     /// Lets go of the object.
@@ -77,13 +92,13 @@ private:
 
     /// The old object is let go last, when this pointer already shows the new one: its destructor
     /// may look at this pointer.
-    sp& take(sp<T>&& other) {
+    void take(sp<T>&& other) {
+        T* taken = other.release();
         T* old = mPointer;
-        mPointer = other.release();
+        mPointer = taken;
         if (old != nullptr) {
             old->decStrong(this);
         }
-        return *this;
     }
 
     /// For a count that is already ours.

@@ -46,7 +46,7 @@ Fd spare() {
 Fd takeLock(const std::string& path) {
     Fd lock(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock.valid()) {
-        logLine("cannot make %s.lock: %s", path.c_str(), std::strerror(errno));
+        logLine("cannot make %s.lock: %s", path.c_str(), strerrordesc_np(errno));
     } else if (flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         logLine("there is a service manager already at %s", path.c_str());
         lock.reset();
@@ -95,7 +95,7 @@ std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBind
     if (!socket.valid() || !nameSender(socket) ||
         bind(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
         listen(socket.get(), kBacklog) != 0) {
-        logLine("cannot listen at %s: %s", path.c_str(), std::strerror(errno));
+        logLine("cannot listen at %s: %s", path.c_str(), strerrordesc_np(errno));
         return nullptr;
     }
     auto listener = std::make_shared<Listener>(std::move(socket), std::move(lock), manager);
