@@ -1,10 +1,14 @@
-# voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds])
+# voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds]
+#              [FILTER gtest-filter])
 #
 # One test program; each of its tests becomes a test of its own for ctest, in a process of its own.
 function(voxtrel_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT;FILTER" "SOURCES;LINK;LABELS" ${ARGN})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 120)
+  endif()
+  if(NOT TEST_FILTER)
+    set(TEST_FILTER "*")
   endif()
   if(NOT TEST_LABELS)
     set(TEST_LABELS unit)
@@ -17,6 +21,6 @@ function(voxtrel_test name)
     set(environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp")
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       TEST_PREFIX "${name}:"
+                       TEST_PREFIX "${name}:" TEST_FILTER "${TEST_FILTER}"
                        PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ${environment})
 endfunction()
