@@ -171,7 +171,12 @@ TEST(PromotionUnderThreads, NeverRevivesAndNeverLosesAnObject) {
             threads.emplace_back([&weak, &go] {
                 while (!go) {
                 }
-                for (sp<Counted> held = weak.promote(); held != nullptr; held = weak.promote()) {
+                // A bound, because the two may keep the object alive for each other without end.
+                for (int promotions = 0; promotions < 1000; ++promotions) {
+                    const sp<Counted> held = weak.promote();
+                    if (held == nullptr) {
+                        return;
+                    }
                     EXPECT_EQ(7, held->mark);
                 }
             });
