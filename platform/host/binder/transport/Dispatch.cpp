@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Dispatch.h"
 
+#include <poll.h>
+
 #include <exception>
 
 #include "binder/IPCThreadState.h"
 #include "binder/transport/Log.h"
 #include "binder/transport/Objects.h"
+#include "binder/transport/Patience.h"
 
 namespace android {
 
@@ -57,7 +60,8 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
     if (status == OK && reply.dataSize() > largestPayload(Kind::Reply)) {
         status = FAILED_TRANSACTION;
     }
-    return status == OK ? detachBinders(reply, attachments, caller) : status;
+    Patience patience;
+    return status == OK ? detachBinders(reply, attachments, patience, caller) : status;
 }
 
 }  // namespace
@@ -76,8 +80,12 @@ Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
         reply.freeData();
         attachments = {};
     }
-    const auto send = [&] { return sendMessage(socket, header, reply, attachments); };
-    return patiently(socket, send) == OK ? Served::Well : Served::InVain;
+    const auto send = [&](Obstacle& obstacle) {
+        obstacle = {socket.get(), POLLOUT};
+        return sendMessage(socket, header, reply, attachments);
+    };
+    Patience patience;
+    return patiently(patience, send) == OK ? Served::Well : Served::InVain;
 }
 
 Served serveOneWay(BBinder& node, Incoming& incoming) {

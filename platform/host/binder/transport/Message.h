@@ -4,7 +4,6 @@
 
 #include <sys/types.h>
 
-#include <chrono>
 #include <vector>
 
 #include "binder/Parcel.h"
@@ -12,9 +11,6 @@
 #include "binder/transport/Wire.h"
 
 namespace android::transport {
-
-/// How long a sender waits for a receiver that does not drain its socket.
-constexpr int kSendPatienceMs = 100;
 
 /// The two ends of a new connection; `served` tells the kernel to name each sender.
 struct SocketPair {
@@ -30,8 +26,6 @@ bool isPeerSocket(const Fd& fd);
 pid_t peerPid(const Fd& fd);
 /// Has the other side closed the socket for good?
 bool hasHungUp(const Fd& fd);
-/// Waits at most `patienceMs` for that.
-bool hangsUpWithin(const Fd& fd, int patienceMs);
 
 /// What travels beside a parcel's bytes: a record and a descriptor for each binder in it.
 struct Attachments {
@@ -44,34 +38,9 @@ struct Attachments {
 /// `FAILED_TRANSACTION` when it is too large.
 status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                      const Attachments& attachments);
-/// `holder`: the process that is to have the other end, when the sender knows; else 0. Waits for
-/// room only if it is told to.
-status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder = 0, bool wait = true);
-
-/// The time that a sender waits at most, and what it waits for.
-class Patience {
-public:
-    /// Waits for room in `socket`; false when the time is up.
-    bool waitForRoom(const Fd& socket);
-
-private:
-    std::chrono::steady_clock::time_point mDeadline{};
-};
-
-/// Attempts again and again as long as there is no room: `FAILED_TRANSACTION` after
-/// `kSendPatienceMs`, else what `attempt` said.
-template <typename Attempt>
-status_t patiently(const Fd& socket, Attempt attempt) {
-    status_t status = attempt();
-    for (Patience patience; status == WOULD_BLOCK;) {
-        const bool more = patience.waitForRoom(socket);
-        status = attempt();
-        if (!more && status == WOULD_BLOCK) {
-            status = FAILED_TRANSACTION;
-        }
-    }
-    return status;
-}
+/// Has `end` served at the other side; gives the same. `holder`: the process that is to have the
+/// other end of it, when the sender knows; else 0.
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder = 0);
 
 /// Everything about a received message but its payload. Closes the descriptors nobody took.
 class Envelope {

@@ -47,7 +47,8 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
     return remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
 }
 
-status_t detach(const sp<IBinder>& binder, pid_t receiver, NodeId* id, Fd* reference) {
+status_t detach(const sp<IBinder>& binder, pid_t receiver, Patience& patience, NodeId* id,
+                Fd* reference) {
     if (BBinder* local = binder->localBinder()) {
         *id = recordOf(*local).id;
         *reference = exportNode(*local);
@@ -57,7 +58,7 @@ status_t detach(const sp<IBinder>& binder, pid_t receiver, NodeId* id, Fd* refer
             return BAD_TYPE;
         }
         *id = known->id();
-        *reference = known->share(receiver);
+        *reference = known->share(receiver, patience);
     }
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }
@@ -81,7 +82,7 @@ sp<IBinder> proxyOf(const NodeId& id, Fd door) {
 
 }  // namespace
 
-status_t detachBinders(const Parcel& parcel, Attachments* out, pid_t receiver) {
+status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience, pid_t receiver) {
     ParcelFrame frame(parcel);
     if (frame.objectCount() == 0) {
         return OK;
@@ -94,7 +95,7 @@ status_t detachBinders(const Parcel& parcel, Attachments* out, pid_t receiver) {
         ObjectRecord record = {static_cast<uint32_t>(frame.objectOffset(i)), 0, {}};
         Fd reference;
         const status_t status =
-            record.offset % 4 == 0 ? detach(frame.objectBinder(i), receiver, &record.id, &reference)
+            record.offset % 4 == 0 ? detach(frame.objectBinder(i), receiver, patience, &record.id, &reference)
                                    : static_cast<status_t>(BAD_VALUE);
         if (status != OK) {
             return status;

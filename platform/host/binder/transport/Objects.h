@@ -7,11 +7,14 @@
 
 namespace android::transport {
 
+class Patience;
 class SocketReference;
 
 /// Makes a reference of its own, for the receiver, to each binder in `parcel`. `OK`, also for nodes
-/// that have died; else why the parcel cannot be sent. `receiver` is 0 when it is not known.
-status_t detachBinders(const Parcel& parcel, Attachments* out, pid_t receiver = 0);
+/// that have died; else why the parcel cannot be sent. `patience`: for owners that have to take part
+/// in it. `receiver` is 0 when it is not known.
+status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience,
+                       pid_t receiver = 0);
 
 /// Puts the binders of a received message into its parcel. An object of this process comes home as
 /// itself, a node that is known here already as the proxy it has. False for a descriptor that is no

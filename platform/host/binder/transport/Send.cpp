@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 
 #include "binder/transport/Memfd.h"
@@ -14,8 +12,6 @@
 namespace android::transport {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr int kSendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
 
@@ -116,7 +112,7 @@ status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
     return attemptOnce([&] { return send(socket.get(), block, packet, kSendFlags); });
 }
 
-status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder, bool wait) {
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder) {
     Header header = {
         kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, static_cast<uint32_t>(holder), 0, 0,
         0};
@@ -124,21 +120,7 @@ status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder, boo
     control.add(0, end.get());
     control.finish(1);
     iovec part = {&header, sizeof(header)};
-    const auto attempt = [&] { return sendParts(socket, &part, 1, control); };
-    return wait ? patiently(socket, attempt) : attempt();
-}
-
-bool Patience::waitForRoom(const Fd& socket) {
-    if (mDeadline == Clock::time_point{}) {
-        mDeadline = Clock::now() + std::chrono::milliseconds(kSendPatienceMs);
-    }
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(mDeadline - Clock::now()).count();
-    if (left <= 0) {
-        return false;
-    }
-    pollfd request = {socket.get(), POLLOUT, 0};
-    return poll(&request, 1, static_cast<int>(left)) >= 0 || errno == EINTR;
+    return sendParts(socket, &part, 1, control);
 }
 
 }  // namespace android::transport

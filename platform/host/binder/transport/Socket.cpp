@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <chrono>
 
 #include "binder/transport/Message.h"
 
@@ -44,21 +43,12 @@ pid_t peerPid(const Fd& fd) {
 }
 
 bool hasHungUp(const Fd& fd) {
-    return hangsUpWithin(fd, 0);
-}
-
-bool hangsUpWithin(const Fd& fd, int patienceMs) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::milliseconds(patienceMs);
     pollfd request = {fd.get(), POLLRDHUP, 0};
-    for (;;) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        const int ready = poll(&request, 1, left > 0 ? static_cast<int>(left) : 0);
-        if (ready >= 0 || errno != EINTR) {
-            return ready > 0;
-        }
+    int ready = poll(&request, 1, 0);
+    while (ready < 0 && errno == EINTR) {
+        ready = poll(&request, 1, 0);
     }
+    return ready > 0;
 }
 
 }  // namespace android::transport

@@ -14,9 +14,6 @@ namespace android::transport {
 namespace {
 
 constexpr size_t kMostIdle = 16;
-// A process that is killed closes its sockets one by one: how long the door may still be open when
-// another socket has hung up.
-constexpr int kClosingMs = 100;
 
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
@@ -44,6 +41,17 @@ private:
     const bool mServes;
     const bool mGranted;
 };
+
+// A reference to a node that has died: its other end is closed.
+Fd deadDoor() {
+    return std::move(makeSocketPair().held);
+}
+
+status_t trySend(const Fd& socket, const Header& header, const Parcel& data,
+                 const Attachments& attachments, Obstacle& obstacle) {
+    obstacle = {socket.get(), POLLOUT};
+    return sendMessage(socket, header, data, attachments);
+}
 
 void waitForData(const Fd& socket) {
     pollfd request = {socket.get(), POLLIN, 0};
@@ -99,26 +107,30 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (!blocked.granted()) {
         return FAILED_TRANSACTION;
     }
+    Patience patience;
     Attachments attachments;
-    const status_t status = detachBinders(data, &attachments);
+    const status_t status = detachBinders(data, &attachments, patience);
     if (status != OK) {
         return status;
     }
     if (!mMainIsTaken.exchange(true)) {
-        const status_t sent = tryMain(header, data, attachments);
+        Obstacle obstacle;
+        const status_t sent = tryMain(header, data, attachments, obstacle);
         if (sent != WOULD_BLOCK) {
-            return finishOnMain(sent, reply);
+            return finishOnMain(sent, reply, patience);
         }
         mMainIsTaken = false;
     }
-    return callBeside(header, data, attachments, reply);
+    return callBeside(header, data, attachments, reply, patience);
 }
 
-status_t SocketReference::finishOnMain(status_t sent, Parcel* reply) {
+status_t SocketReference::finishOnMain(status_t sent, Parcel* reply, Patience& patience) {
     status_t status = sent;
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
         status = receiveReply(mMain, reply, &broken);
+    } else if (broken) {
+        status = whyClosed(patience);
     }
     if (!broken) {
         mMainIsTaken = false;
@@ -127,48 +139,55 @@ status_t SocketReference::finishOnMain(status_t sent, Parcel* reply) {
 }
 
 status_t SocketReference::callBeside(const Header& header, const Parcel& data,
-                                     const Attachments& attachments, Parcel* reply) {
+                                     const Attachments& attachments, Parcel* reply,
+                                     Patience& patience) {
     Fd socket;
-    status_t status = takeIdle(&socket);
-    if (status != OK) {
-        return status;
-    }
-    status = patiently(socket, [&] { return sendMessage(socket, header, data, attachments); });
+    const auto attempt = [&](Obstacle& obstacle) {
+        const status_t status = socket.valid() ? OK : takeSocket(&socket, obstacle);
+        return status == OK ? trySend(socket, header, data, attachments, obstacle) : status;
+    };
+    status_t status = patiently(patience, attempt);
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
         status = receiveReply(socket, reply, &broken);
     } else if (broken) {
-        status = whyClosed();
+        status = whyClosed(patience);
     }
-    if (!broken) {
+    if (!broken && socket.valid()) {
         giveBack(std::move(socket));
     }
     return status;
 }
 
 status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
+    Patience patience;
     Attachments attachments;
-    const status_t status = detachBinders(data, &attachments);
-    return status != OK ? status
-                        : patiently(mMain, [&] { return tryMain(header, data, attachments); });
+    status_t status = detachBinders(data, &attachments, patience);
+    if (status == OK) {
+        status = patiently(patience, [&](Obstacle& obstacle) {
+            return tryMain(header, data, attachments, obstacle);
+        });
+    }
+    return status == DEAD_OBJECT ? whyClosed(patience) : status;
 }
 
 status_t SocketReference::tryMain(const Header& header, const Parcel& data,
-                                  const Attachments& attachments) {
-    status_t status = openMain();
-    if (status == OK) {
-        Mutex::Autolock held(mSendLock);
-        const bool oneWay = header.kind == Kind::OneWay;
-        if (!oneWay && !mayGoBehind()) {
-            return WOULD_BLOCK;
-        }
-        status = sendMessage(mMain, header, data, attachments);
-        if (oneWay && status == OK) {
-            mBytesUpTo[++mOneWaysSent % kRemembered] = mBytesSent +=
-                static_cast<uint32_t>(data.dataSize());
-        }
+                                  const Attachments& attachments, Obstacle& obstacle) {
+    const bool oneWay = header.kind == Kind::OneWay;
+    Mutex::Autolock held(mSendLock);
+    status_t status = mMain.valid() ? OK : open(Role::Calls, 0, &mMain, obstacle);
+    if (status != OK) {
+        return status;
     }
-    return status == DEAD_OBJECT ? whyClosed() : status;
+    if (!oneWay && !mayGoBehind()) {
+        return WOULD_BLOCK;
+    }
+    status = trySend(mMain, header, data, attachments, obstacle);
+    if (oneWay && status == OK) {
+        mBytesUpTo[++mOneWaysSent % kRemembered] = mBytesSent +=
+            static_cast<uint32_t>(data.dataSize());
+    }
+    return status;
 }
 
 // With more ahead that is not done, the other side may not be reading the main socket (see Turns).
@@ -199,9 +218,10 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
     reply->freeData();
     *broken = true;
     if (received == Received::HungUp) {
-        return whyClosed();
+        Patience patience;
+        return whyClosed(patience);
     }
-    logLine("a reply that makes no sense: its connection is closed");
+    logLimited("a reply that makes no sense: its connection is closed");
     // Not closed here: other threads may be sending on it.
     (void)shutdown(socket.get(), SHUT_RDWR);
     return FAILED_TRANSACTION;
@@ -215,20 +235,7 @@ void SocketReference::noteDone(uint32_t done) {
     }
 }
 
-status_t SocketReference::openMain() {
-    if (mMainIsOpen.load(std::memory_order_acquire)) {
-        return OK;
-    }
-    Mutex::Autolock held(mLock);
-    status_t status = OK;
-    if (!mMainIsOpen.load(std::memory_order_relaxed)) {
-        status = open(Role::Calls, &mMain);
-        mMainIsOpen.store(status == OK, std::memory_order_release);
-    }
-    return status;
-}
-
-status_t SocketReference::takeIdle(Fd* out) {
+status_t SocketReference::takeSocket(Fd* out, Obstacle& obstacle) {
     {
         Mutex::Autolock held(mLock);
         if (!mIdle.empty()) {
@@ -237,7 +244,7 @@ status_t SocketReference::takeIdle(Fd* out) {
             return OK;
         }
     }
-    return open(Role::Calls, out);
+    return open(Role::Calls, 0, out, obstacle);
 }
 
 void SocketReference::giveBack(Fd socket) {
@@ -247,41 +254,43 @@ void SocketReference::giveBack(Fd socket) {
     }
 }
 
-status_t SocketReference::open(Role role, Fd* out) const {
+status_t SocketReference::open(Role role, pid_t holder, Fd* out, Obstacle& obstacle) const {
     SocketPair pair = makeSocketPair();
     if (!pair.held.valid()) {
-        logLine("out of file descriptors: a call fails");
+        logLimited("out of file descriptors: a call fails");
         return FAILED_TRANSACTION;
     }
-    const status_t status = sendAdopt(mDoor, role, pair.served);
+    obstacle = {mDoor.get(), POLLOUT};
+    const status_t status = sendAdopt(mDoor, role, pair.served, holder);
     if (status == OK) {
         *out = std::move(pair.held);
     }
     return status;
 }
 
-status_t SocketReference::whyClosed() const {
-    return hangsUpWithin(mDoor, kClosingMs) ? static_cast<status_t>(DEAD_OBJECT)
-                                            : static_cast<status_t>(FAILED_TRANSACTION);
+// The owner has closed a socket: with the door, since it has died, or that one alone.
+status_t SocketReference::whyClosed(Patience& patience) const {
+    return patiently(patience, [this](Obstacle& obstacle) {
+        obstacle = {mDoor.get(), POLLRDHUP};
+        return hasHungUp(mDoor) ? DEAD_OBJECT : WOULD_BLOCK;
+    });
 }
 
 bool SocketReference::hasEnded() const {
     return hasHungUp(mDoor);
 }
 
-Fd SocketReference::share(pid_t holder) {
-    Fd held;
-    SocketPair pair = makeSocketPair();
-    if (pair.held.valid()) {
-        const PlaceToWait place;
-        const bool wait = place.granted() && !mDoesNotListen;
-        const status_t status = sendAdopt(mDoor, Role::Door, pair.served, holder, wait);
-        mDoesNotListen = status != OK;
-        if (status == OK || status == DEAD_OBJECT) {
-            held = std::move(pair.held);
-        }
-    }
-    return held;
+Fd SocketReference::share(pid_t holder, Patience& patience) {
+    Fd door;
+    const auto attempt = [&](Obstacle& obstacle) {
+        return open(Role::Door, holder, &door, obstacle);
+    };
+    const PlaceToWait place;
+    Obstacle unused;
+    const bool wait = place.granted() && !mDoesNotListen;
+    const status_t status = wait ? patiently(patience, attempt) : attempt(unused);
+    mDoesNotListen = status != OK;
+    return status == DEAD_OBJECT ? deadDoor() : std::move(door);
 }
 
 status_t SocketReference::watch(const wp<BpBinder>& proxy) {

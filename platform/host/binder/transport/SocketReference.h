@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "binder/transport/Message.h"
+#include "binder/transport/Patience.h"
 #include "binder/transport/Reactor.h"
 #include "binder/transport/Reference.h"
 #include "utils/Mutex.h"
@@ -34,25 +35,25 @@ public:
     /// A new reference to the same node, to be given away: a door that the node's process serves,
     /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
     /// node's process does not listen. `holder` is who it is for, 0 when that is not known.
-    Fd share(pid_t holder);
+    Fd share(pid_t holder, Patience& patience);
 
 private:
     class Watch;
 
     status_t callTwoWay(const Header& header, const Parcel& data, Parcel* reply);
     status_t callOneWay(const Header& header, const Parcel& data);
-    status_t tryMain(const Header& header, const Parcel& data, const Attachments& attachments);
-    status_t finishOnMain(status_t sent, Parcel* reply);
+    status_t tryMain(const Header& header, const Parcel& data, const Attachments& attachments,
+                     Obstacle& obstacle);
+    status_t finishOnMain(status_t sent, Parcel* reply, Patience& patience);
     status_t callBeside(const Header& header, const Parcel& data, const Attachments& attachments,
-                        Parcel* reply);
+                        Parcel* reply, Patience& patience);
     bool mayGoBehind() const PLATFORM_REQUIRES(mSendLock);
     status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
     void noteDone(uint32_t done);
-    status_t open(Role role, Fd* out) const;
-    status_t openMain();
-    status_t takeIdle(Fd* out);
+    status_t open(Role role, pid_t holder, Fd* out, Obstacle& obstacle) const;
+    status_t takeSocket(Fd* out, Obstacle& obstacle);
     void giveBack(Fd socket);
-    status_t whyClosed() const;
+    status_t whyClosed(Patience& patience) const;
 
     const NodeId mId;
     const Fd mDoor;
@@ -65,12 +66,13 @@ private:
     std::vector<Fd> mIdle PLATFORM_GUARDED_BY(mLock);
     std::shared_ptr<Watch> mWatch PLATFORM_GUARDED_BY(mLock);
 
-    // Opened under mLock, once; then it stays, and is used without.
+    // Opened under mSendLock by its first call, and then it stays: who has sent on it receives
+    // without the lock.
     Fd mMain;
-    std::atomic<bool> mMainIsOpen{false};
     // A two-way call is under way on the main socket (or it has broken, and takes no more).
     std::atomic<bool> mMainIsTaken{false};
     // Held while a message is put into the main socket, so that a two-way call knows what is ahead.
+    // Nobody waits for another process with it.
     Mutex mSendLock;
     uint32_t mOneWaysSent PLATFORM_GUARDED_BY(mSendLock) = 0;
     uint32_t mBytesSent PLATFORM_GUARDED_BY(mSendLock) = 0;
