@@ -77,8 +77,12 @@ void armForkGuard() {
     (void)armed;
 }
 
+bool isForkedChild() {
+    return gForked.load(std::memory_order_relaxed);
+}
+
 bool refusedAfterFork() {
-    if (!gForked.load(std::memory_order_relaxed)) {
+    if (!isForkedChild()) {
         return false;
     }
     if (!gSaid.exchange(true)) {

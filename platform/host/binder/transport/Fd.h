@@ -32,8 +32,9 @@ private:
 /// used.
 void armForkGuard();
 
-/// True in a process forked from one that had used the runtime, which cannot use it; says so in
-/// the log the first time.
+/// True in a process forked from one that had used the runtime, which cannot use it.
+bool isForkedChild();
+/// The same; says so in the log the first time.
 bool refusedAfterFork();
 
 }  // namespace android::transport

@@ -1,36 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Objects.h"
 
-#include <unordered_map>
-
 #include "binder/Binder.h"
 #include "binder/BpBinder.h"
 #include "binder/transport/DoorEnd.h"
+#include "binder/transport/KnownProxies.h"
 #include "binder/transport/LocalNodes.h"
 #include "binder/transport/Log.h"
 #include "binder/transport/ParcelFrame.h"
 #include "binder/transport/SocketReference.h"
-#include "utils/Mutex.h"
 
 namespace android::transport {
 
 namespace {
-
-struct KnownProxy {
-    wp<BpBinder> proxy;
-    const SocketReference* reference;
-};
-
-struct KnownProxies {
-    Mutex lock;
-    std::unordered_map<NodeId, KnownProxy, NodeIdHash> byId PLATFORM_GUARDED_BY(lock);
-};
-
-// Never destroyed: proxies may outlive the end of main.
-KnownProxies& proxies() {
-    static auto* const instance = new KnownProxies();
-    return *instance;
-}
 
 Fd exportNode(BBinder& node) {
     SocketPair pair = makeSocketPair();
@@ -63,23 +45,6 @@ status_t detach(const sp<IBinder>& binder, pid_t receiver, Patience& patience, N
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }
 
-sp<IBinder> proxyOf(const NodeId& id, Fd door) {
-    sp<BpBinder> dead;  // let go outside of the lock
-    KnownProxies& known = proxies();
-    Mutex::Autolock held(known.lock);
-    KnownProxy& entry = known.byId[id];
-    sp<BpBinder> proxy = entry.proxy.promote();
-    if (proxy != nullptr && proxy->isBinderAlive()) {
-        return proxy;
-    }
-    dead = std::move(proxy);
-    auto reference = std::make_unique<SocketReference>(id, std::move(door));
-    entry.reference = reference.get();
-    proxy = new BpBinder(std::move(reference));
-    entry.proxy = proxy;
-    return proxy;
-}
-
 }  // namespace
 
 status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience, pid_t receiver) {
@@ -94,9 +59,9 @@ status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patienc
     for (size_t i = 0; i < frame.objectCount(); ++i) {
         ObjectRecord record = {static_cast<uint32_t>(frame.objectOffset(i)), 0, {}};
         Fd reference;
-        const status_t status =
-            record.offset % 4 == 0 ? detach(frame.objectBinder(i), receiver, patience, &record.id, &reference)
-                                   : static_cast<status_t>(BAD_VALUE);
+        const status_t status = record.offset % 4 == 0 ? detach(frame.objectBinder(i), receiver,
+                                                                patience, &record.id, &reference)
+                                                       : static_cast<status_t>(BAD_VALUE);
         if (status != OK) {
             return status;
         }
@@ -129,15 +94,6 @@ sp<IBinder> wrapReference(Fd door) {
 bool hasEnded(const sp<IBinder>& proxy) {
     const auto* reference = referenceOf(proxy);
     return reference == nullptr || reference->hasEnded();
-}
-
-void forgetReference(const NodeId& id, const SocketReference* reference) {
-    KnownProxies& known = proxies();
-    Mutex::Autolock held(known.lock);
-    const auto found = known.byId.find(id);
-    if (found != known.byId.end() && found->second.reference == reference) {
-        known.byId.erase(found);
-    }
 }
 
 }  // namespace android::transport

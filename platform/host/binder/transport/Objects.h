@@ -8,11 +8,10 @@
 namespace android::transport {
 
 class Patience;
-class SocketReference;
 
 /// Makes a reference of its own, for the receiver, to each binder in `parcel`. `OK`, also for nodes
-/// that have died; else why the parcel cannot be sent. `patience`: for owners that have to take part
-/// in it. `receiver` is 0 when it is not known.
+/// that have died; else why the parcel cannot be sent. `patience`: for owners that have to take
+/// part in it. `receiver` is 0 when it is not known.
 status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience,
                        pid_t receiver = 0);
 
@@ -26,9 +25,6 @@ sp<IBinder> wrapReference(Fd door);
 
 /// Has the node behind a proxy gone, whether or not anybody has noticed?
 bool hasEnded(const sp<IBinder>& proxy);
-
-/// The proxy of this reference is gone.
-void forgetReference(const NodeId& id, const SocketReference* reference);
 
 }  // namespace android::transport
 

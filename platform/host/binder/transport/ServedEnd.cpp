@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/ServedEnd.h"
 
+#include <sys/socket.h>
+
 #include "binder/transport/Log.h"
 
 namespace android::transport {
@@ -28,6 +30,9 @@ bool ServedEnd::survives(Received received, const Envelope& envelope) {
         refuse("a malformed message", envelope);
     } else {
         reactor().remove(*this);
+        // All of it has been read: who has closed it for writing only waits to hear that. What was
+        // read may hold on to this end for long.
+        (void)shutdown(socket().get(), SHUT_RDWR);
     }
     return false;
 }

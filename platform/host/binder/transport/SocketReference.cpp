@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 
 #include "binder/BpBinder.h"
+#include "binder/transport/KnownProxies.h"
 #include "binder/transport/Log.h"
 #include "binder/transport/Objects.h"
 #include "binder/transport/ThreadPool.h"
@@ -77,11 +78,21 @@ private:
     const wp<BpBinder> mProxy;
 };
 
-SocketReference::SocketReference(const NodeId& id, Fd door) : mId(id), mDoor(std::move(door)) {}
+SocketReference::SocketReference(const NodeId& id, Fd door,
+                                 std::shared_ptr<const Farewell> predecessor)
+    : mId(id), mDoor(std::move(door)), mPredecessor(std::move(predecessor)) {}
 
 SocketReference::~SocketReference() {
-    unwatch();
-    forgetReference(mId, this);
+    // A child shares the sockets with its parent, and may have copied a lock that is held.
+    if (!isForkedChild()) {
+        unwatch();
+        forgetReference(*this);
+    }
+}
+
+Fd SocketReference::takeUnheard() {
+    Mutex::Autolock held(mSendLock);
+    return mOneWaysSent != mOneWaysDone.load() ? std::move(mMain) : Fd();
 }
 
 status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
@@ -181,6 +192,13 @@ status_t SocketReference::tryMain(const Header& header, const Parcel& data,
     }
     if (!oneWay && !mayGoBehind()) {
         return WOULD_BLOCK;
+    }
+    if (oneWay && mPredecessor != nullptr) {
+        if (!mPredecessor->isOver()) {
+            obstacle = {mPredecessor->socket().get(), POLLRDHUP};
+            return WOULD_BLOCK;
+        }
+        mPredecessor.reset();
     }
     status = trySend(mMain, header, data, attachments, obstacle);
     if (oneWay && status == OK) {

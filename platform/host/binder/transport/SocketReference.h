@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "binder/transport/Farewell.h"
 #include "binder/transport/Message.h"
 #include "binder/transport/Patience.h"
 #include "binder/transport/Reactor.h"
@@ -21,7 +22,9 @@ namespace android::transport {
 /// two-way call that is under way at the same time, so that its caller sleeps on its own reply.
 class SocketReference final : public Reference {
 public:
-    SocketReference(const NodeId& id, Fd door);
+    /// `predecessor`: the last one-way calls of an earlier reference to the same node, if any are
+    /// on their way.
+    SocketReference(const NodeId& id, Fd door, std::shared_ptr<const Farewell> predecessor);
     ~SocketReference() override;
     SocketReference(const SocketReference&) = delete;
     SocketReference& operator=(const SocketReference&) = delete;
@@ -36,6 +39,9 @@ public:
     /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
     /// node's process does not listen. `holder` is who it is for, 0 when that is not known.
     Fd share(pid_t holder, Patience& patience);
+    /// For the end: the main socket when one-way calls in it may not have been received, else an
+    /// invalid one. No call is under way then.
+    Fd takeUnheard();
 
 private:
     class Watch;
@@ -74,6 +80,7 @@ private:
     // Held while a message is put into the main socket, so that a two-way call knows what is ahead.
     // Nobody waits for another process with it.
     Mutex mSendLock;
+    std::shared_ptr<const Farewell> mPredecessor PLATFORM_GUARDED_BY(mSendLock);
     uint32_t mOneWaysSent PLATFORM_GUARDED_BY(mSendLock) = 0;
     uint32_t mBytesSent PLATFORM_GUARDED_BY(mSendLock) = 0;
     // mBytesSent as it was after each of the last one-way calls, by their number.

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+// One-way calls of one process to one node through proxies that come and go: each new proxy has
+// sockets of its own, and must not overtake what was sent through the one before.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+
+namespace {
+
+using android::FAILED_TRANSACTION;
+using android::IBinder;
+using android::OK;
+using android::sp;
+using android::status_t;
+using probe::Call;
+using voxtrel_test::ChildProcess;
+using voxtrel_test::eventually;
+
+constexpr int kCaller = 7;
+
+status_t note(const sp<IBinder>& node, int32_t number) {
+    Call call;
+    call.data.writeInt32(kCaller);
+    call.data.writeInt32(number);
+    return call.to(node, probe::kNote, IBinder::FLAG_ONEWAY);
+}
+
+// Fetches the node anew from the service manager, or from a second process that keeps it.
+sp<IBinder> fetch(const std::string& from) {
+    if (from == probe::kName) {
+        return probe::find();
+    }
+    Call give;
+    return give.to(probe::find(from), probe::kGive) == OK ? give.reply.readStrongBinder() : nullptr;
+}
+
+// Sends numbered notes, each few of them through a proxy of their own; tells how many were sent.
+const voxtrel_test::Role kForgetful("forgetful", [](const voxtrel_test::Arguments& arguments) {
+    if (arguments[2] == "pool") {
+        probe::startPool();
+    }
+    const int count = std::stoi(arguments[1]);
+    int sent = 0;
+    while (sent < count) {
+        const sp<IBinder> node = fetch(arguments[0]);
+        status_t status = node != nullptr ? OK : android::DEAD_OBJECT;
+        const int end = std::min(count, sent + 1 + sent % 3);
+        while (status == OK && sent < end) {
+            status = note(node, sent);
+            sent += status == OK ? 1 : 0;
+        }
+        if (status != OK && status != FAILED_TRANSACTION) {
+            break;
+        }
+    }
+    voxtrel_test::tell(std::to_string(sent));
+    (void)voxtrel_test::hear();
+    voxtrel_test::tell(std::to_string(probe::descriptors()));
+    return 0;
+});
+
+// Several threads send numbered notes in turn, and let go of their proxies while others fetch
+// theirs.
+const voxtrel_test::Role kForgetfulThreads("forgetful-threads",
+                                           [](const voxtrel_test::Arguments& arguments) {
+                                               probe::startPool();
+                                               const int count = std::stoi(arguments[0]);
+                                               std::mutex turn;
+                                               int sent = 0;
+                                               const auto run = [&] {
+                                                   for (status_t status = OK; status == OK;) {
+                                                       const sp<IBinder> node = probe::find();
+                                                       const std::lock_guard<std::mutex> held(turn);
+                                                       if (node == nullptr || sent == count) {
+                                                           return;
+                                                       }
+                                                       status = note(node, sent);
+                                                       sent += status == OK ? 1 : 0;
+                                                   }
+                                               };
+                                               std::vector<std::thread> threads;
+                                               for (int i = 0; i < 4; ++i) {
+                                                   threads.emplace_back(run);
+                                               }
+                                               for (std::thread& thread : threads) {
+                                                   thread.join();
+                                               }
+                                               voxtrel_test::tell(std::to_string(sent));
+                                               return 0;
+                                           });
+
+class AProxyThatIsFetchedAgain : public probe::ProbeTest {
+protected:
+    void expectInOrder(int count) {
+        EXPECT_TRUE(eventually([&] { return probe::ask(mNode, probe::kNotes) >= count; }));
+        Call notes;
+        ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
+        EXPECT_EQ(count, notes.reply.readInt32());
+        EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
+        EXPECT_EQ(0, notes.reply.readInt32()) << "at once";
+    }
+};
+
+TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderOfOneWayCalls) {
+    constexpr int kCount = 20000;
+    ChildProcess caller =
+        ChildProcess::asRole("forgetful", {probe::kName, std::to_string(kCount), "pool"});
+    ASSERT_EQ(std::to_string(kCount), caller.readLine());
+    expectInOrder(kCount);
+}
+
+TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWhileAnotherThreadLetsGoOfTheOldOne) {
+    constexpr int kCount = 20000;
+    ChildProcess caller = ChildProcess::asRole("forgetful-threads", {std::to_string(kCount)});
+    ASSERT_EQ(std::to_string(kCount), caller.readLine());
+    expectInOrder(kCount);
+}
+
+TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWithoutAThreadPoolAndHoldsNoSockets) {
+    constexpr int kCount = 5000;
+    ChildProcess caller =
+        ChildProcess::asRole("forgetful", {probe::kName, std::to_string(kCount), "no pool"});
+    ASSERT_EQ(std::to_string(kCount), caller.readLine());
+    expectInOrder(kCount);
+    EXPECT_LT(std::stoi(caller.ask("descriptors")), 40);
+}
+
+TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWhenAThirdProcessGivesIt) {
+    constexpr int kCount = 5000;
+    ChildProcess keeper = ChildProcess::asRole("server", {"keeper"});
+    ASSERT_EQ("ready", keeper.readLine());
+    Call keep;
+    keep.data.writeStrongBinder(mNode);
+    ASSERT_EQ(OK, keep.to(probe::find("keeper"), probe::kKeep));
+    ChildProcess caller =
+        ChildProcess::asRole("forgetful", {"keeper", std::to_string(kCount), "pool"});
+    ASSERT_EQ(std::to_string(kCount), caller.readLine());
+    expectInOrder(kCount);
+}
+
+class AProxyOfASlowNode : public AProxyThatIsFetchedAgain {
+protected:
+    void SetUp() override {
+        AProxyThatIsFetchedAgain::SetUp();
+        Call block;
+        ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
+        ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));
+    }
+    // Through a proxy of its own.
+    void send(int first, int count) {
+        mNode.clear();
+        mNode = probe::find();
+        for (int i = first; i < first + count; ++i) {
+            ASSERT_EQ(OK, note(mNode, i)) << i;
+        }
+    }
+};
+
+TEST_F(AProxyOfASlowNode, IsNotHeldUpByAFewCallsOfItsPredecessor) {
+    send(0, 5);
+    send(5, 5);
+    send(10, 5);
+    EXPECT_EQ(0, probe::ask(mNode, probe::kNotes));
+    probe::ask(mNode, probe::kUnblock);
+    expectInOrder(15);
+}
+
+TEST_F(AProxyOfASlowNode, WaitsForManyCallsOfItsPredecessorForABoundedTime) {
+    send(0, 100);
+    mNode.clear();
+    mNode = probe::find();
+    EXPECT_EQ(FAILED_TRANSACTION, note(mNode, 100));
+    EXPECT_EQ(OK, mNode->pingBinder()) << "a two-way call goes beside";
+    probe::ask(mNode, probe::kUnblock);
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == 100; }));
+    EXPECT_EQ(OK, note(mNode, 100));
+    expectInOrder(101);
+}
+
+TEST_F(AProxyOfASlowNode, IsLetGoWithItsCallsUnderWay) {
+    send(0, 100);
+    mNode.clear();
+    mNode = probe::find();
+    probe::ask(mNode, probe::kUnblock);
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == 100; }));
+    const int descriptors = probe::descriptors();
+    for (int i = 100; i < 200; ++i) {
+        send(i, 1);
+    }
+    EXPECT_TRUE(eventually([&] { return probe::descriptors() <= descriptors + 2; }));
+    expectInOrder(200);
+}
+
+}  // namespace
