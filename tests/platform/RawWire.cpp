@@ -149,6 +149,16 @@ Bytes nameOf(const std::string& name) {
     return bytes;
 }
 
+Fd doorOf(int manager, const std::string& name) {
+    const Fd asking = openCalls(manager);
+    const Bytes payload = nameOf(name);
+    Words words;
+    words.code = 1;
+    words.payloadSize = static_cast<uint32_t>(payload.size());
+    (void)send(asking.get(), packet(words, payload));
+    return receiveFd(asking.get());
+}
+
 int32_t statusOf(const Bytes& reply) {
     int32_t status = 0;
     if (reply.size() >= 32) {

@@ -49,6 +49,8 @@ private:
 Fd connectTo(const std::string& path);
 /// False when the other side has gone, or takes no more.
 bool send(int socket, const Bytes& bytes, const std::vector<int>& fds = {});
+/// Asks the service manager, through its door, for a service's door; -1 when there is none.
+Fd doorOf(int manager, const std::string& name);
 /// Opens a socket for calls through a door.
 Fd openCalls(int door);
 /// Waits for one packet; empty when the other side has hung up.

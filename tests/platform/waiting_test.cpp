@@ -20,16 +20,6 @@ using raw::Words;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
-raw::Fd doorOf(int manager, const std::string& name) {
-    const raw::Fd asking = raw::openCalls(manager);
-    const Bytes payload = raw::nameOf(name);
-    Words words;
-    words.code = 1;
-    words.payloadSize = static_cast<uint32_t>(payload.size());
-    (void)raw::send(asking.get(), raw::packet(words, payload));
-    return raw::receiveFd(asking.get());
-}
-
 Words oneWay(uint32_t payload) {
     Words words;
     words.kind = raw::kOneWay;
@@ -71,7 +61,7 @@ const voxtrel_test::Role kHeaper("heaper", [](const voxtrel_test::Arguments& arg
     most.rlim_cur = most.rlim_max;
     setrlimit(RLIMIT_NOFILE, &most);
     const raw::Fd manager = raw::connectTo(arguments[0]);
-    const raw::Fd door = doorOf(manager.get(), probe::kName);
+    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
     const raw::Pair peer = raw::makePair();
     const raw::Fd memfd(memfd_create("heap", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     const Message message =
