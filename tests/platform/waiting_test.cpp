@@ -2,6 +2,9 @@
 // A process whose one-way calls to a slow object would fill its process with what waits.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -54,12 +57,16 @@ Message ofManyBytes(int memfd) {
     return {raw::packet(words), {memfd}};
 }
 
-// Sends one-way calls over more and more sockets until one of them is refused.
-const voxtrel_test::Role kHeaper("heaper", [](const voxtrel_test::Arguments& arguments) {
+void raiseDescriptorLimit() {
     rlimit most = {};
     getrlimit(RLIMIT_NOFILE, &most);
     most.rlim_cur = most.rlim_max;
     setrlimit(RLIMIT_NOFILE, &most);
+}
+
+// Sends one-way calls over more and more sockets until one of them is refused.
+const voxtrel_test::Role kHeaper("heaper", [](const voxtrel_test::Arguments& arguments) {
+    raiseDescriptorLimit();
     const raw::Fd manager = raw::connectTo(arguments[0]);
     const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
     const raw::Pair peer = raw::makePair();
@@ -75,6 +82,56 @@ const voxtrel_test::Role kHeaper("heaper", [](const voxtrel_test::Arguments& arg
     (void)voxtrel_test::hear();
     return 0;
 });
+
+// False when the other side has hung up.
+bool waitsForRoom(int socket) {
+    pollfd request = {socket, POLLOUT, 0};
+    return poll(&request, 1, 60000) == 1 && (request.revents & (POLLHUP | POLLERR)) == 0;
+}
+
+// Of connections that still stand: how many are not read to their end.
+int heldBack(const std::vector<raw::Fd>& sockets) {
+    int count = 0;
+    for (const raw::Fd& one : sockets) {
+        int unread = 0;
+        pollfd request = {one.get(), POLLRDHUP, 0};
+        if (poll(&request, 1, 0) == 0 && ioctl(one.get(), SIOCOUTQ, &unread) == 0) {
+            count += unread > 0 ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+// Sends the smallest one-way calls over thousands of connections, as many as one may leave waiting.
+// Tells whether any was refused, and then, as often as it is asked, how many are held back.
+const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments& arguments) {
+    raiseDescriptorLimit();
+    const raw::Fd manager = raw::connectTo(arguments[0]);
+    const raw::Fd door = doorOf(manager.get(), probe::kName);
+    const Bytes message = raw::packet(oneWay(8), Bytes(8));
+    std::vector<raw::Fd> sockets;
+    bool refused = false;
+    for (int i = 0; i < 3000 && waitsForRoom(door.get()); ++i) {
+        sockets.push_back(raw::openCalls(door.get()));
+        for (int k = 0; k < 16 && waitsForRoom(sockets.back().get()); ++k) {
+            (void)raw::send(sockets.back().get(), message);
+        }
+    }
+    for (const raw::Fd& one : sockets) {
+        refused = refused || !waitsForRoom(one.get());
+    }
+    voxtrel_test::tell(refused ? "refused" : "has all");
+    while (!voxtrel_test::hear().empty()) {
+        voxtrel_test::tell(std::to_string(heldBack(sockets)));
+    }
+    return 0;
+});
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long kOverhead = 80 * 1024;  // the sanitizers' own
+#else
+constexpr long kOverhead = 8 * 1024;
+#endif
 
 class AHeapOfOneWayCalls : public probe::ProbeTest {
 protected:
@@ -105,6 +162,21 @@ TEST_F(AHeapOfOneWayCalls, HoldsNoMoreBytesThanItsSendersShare) {
     EXPECT_EQ(OK, call.to(mNode, probe::kAdd, android::IBinder::FLAG_ONEWAY))
         << "the share of others is their own";
     EXPECT_EQ(OK, mNode->pingBinder());
+}
+
+TEST_F(AHeapOfOneWayCalls, HoldsNoMoreMemoryOfSmallOnesThanItsSendersShare) {
+    const long before = probe::residentKiB(mServer.pid());
+    ChildProcess crumbler = ChildProcess::asRole("crumbler", {mRuntime.socket()});
+    EXPECT_EQ("refused", crumbler.readLine());
+    const long grown = probe::residentKiB(mServer.pid()) - before;
+    EXPECT_LE(grown, 16 * 1024 + kOverhead) << "the share, and what 3,000 sockets take";
+    probe::Call call;
+    EXPECT_EQ(OK, call.to(mNode, probe::kAdd, android::IBinder::FLAG_ONEWAY))
+        << "the share of others is their own";
+    EXPECT_EQ(OK, mNode->pingBinder());
+    EXPECT_GT(std::stoi(crumbler.ask("held back?")), 200) << "most feel it before one is refused";
+    (void)probe::ask(mNode, probe::kUnblock);
+    EXPECT_TRUE(eventually([&] { return crumbler.ask("held back?") == "0"; }));
 }
 
 }  // namespace

@@ -14,8 +14,13 @@ namespace android::transport {
 struct Incoming {
     Parcel parcel;
     Envelope envelope;
-    /// For a one-way call that takes much room while it waits.
+    /// While it waits for its turn: what it takes is counted against its sender's share.
     std::optional<Lease> lease;
+
+    /// What it takes while it waits. All of them together are what a process is limited in.
+    Lease::Amount amount() const {
+        return {envelope.fdCount(), sizeof(Incoming) + parcel.dataSize()};
+    }
 };
 
 }  // namespace android::transport

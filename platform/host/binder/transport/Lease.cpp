@@ -56,17 +56,23 @@ pid_t holderOf(pid_t sender, uint32_t named) {
     return named != 0 && sender == gManager ? static_cast<pid_t>(named) : sender;
 }
 
-Lease::Lease(pid_t pid, int fd, Amount amount) : mPid(pid), mAmount(amount), mGranted(false) {
-    if (usesReserve(fd)) {
-        mPid = 0;
+Lease::Lease(pid_t pid, int fd, Amount amount) : mAmount(amount), mGranted(false) {
+    if (amount.descriptors != 0 && usesReserve(fd)) {
         return;
     }
     Counts& table = counts();
     Mutex::Autolock lock(table.lock);
     Amount& held = table.byPid[pid];
-    held.descriptors += amount.descriptors;
-    held.bytes += amount.bytes;
-    mGranted = held.descriptors <= mostOfOneProcess() && held.bytes <= kMostBytesOfOneProcess;
+    const size_t bytes = held.bytes + amount.bytes;
+    mGranted =
+        (amount.descriptors == 0 || held.descriptors + amount.descriptors <= mostOfOneProcess()) &&
+        (amount.bytes == 0 || bytes <= kMostBytesOfOneProcess);
+    if (mGranted) {
+        mPid = pid;
+        mScarce = bytes > kMostBytesOfOneProcess / 2;
+        held.descriptors += amount.descriptors;
+        held.bytes = bytes;
+    }
 }
 
 Lease::~Lease() {

@@ -11,8 +11,8 @@
 namespace android::transport {
 
 /// What another process may make this one hold: sockets to serve, and one-way calls that wait for
-/// their turn, with their descriptors and bytes. Each process has a limited share, and a reserve of
-/// descriptors is kept from all: a flood from one harms no other.
+/// their turn, with their descriptors and the memory they take. Each process has a limited share,
+/// and a reserve of descriptors is kept from all: a flood from one harms no other.
 class Lease {
 public:
     struct Amount {
@@ -28,16 +28,20 @@ public:
     Lease(Lease&& other) noexcept
         : mPid(std::exchange(other.mPid, 0)),
           mAmount(other.mAmount),
-          mGranted(std::exchange(other.mGranted, true)) {}
+          mGranted(std::exchange(other.mGranted, true)),
+          mScarce(std::exchange(other.mScarce, false)) {}
     Lease& operator=(Lease&&) = delete;
     ~Lease();
 
     bool granted() const { return mGranted; }
+    /// More than half of what the process may have in bytes was used when this was granted.
+    bool scarce() const { return mScarce; }
 
 private:
     pid_t mPid = 0;
     Amount mAmount{};
     bool mGranted = true;
+    bool mScarce = false;
 };
 
 /// Connections to the service manager run to this process. It may name, in a socket that it passes

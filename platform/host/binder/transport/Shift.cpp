@@ -10,24 +10,6 @@
 
 namespace android::transport {
 
-namespace {
-
-// A smaller one-way call without binders is not worth counting: how many may wait is limited.
-constexpr size_t kSmall = 4096;
-
-// False when its sender has too much waiting here already.
-bool takeLease(Incoming& message) {
-    const Envelope& envelope = message.envelope;
-    const Lease::Amount amount = {envelope.fdCount(), message.parcel.dataSize()};
-    if (amount.descriptors == 0 && amount.bytes <= kSmall) {
-        return true;
-    }
-    message.lease.emplace(envelope.senderPid(), envelope.highestFd(), amount);
-    return message.lease->granted();
-}
-
-}  // namespace
-
 Shift::Shift(std::shared_ptr<CallEnd> end)
     : mEnd(std::move(end)),
       mMessage(std::make_unique<Incoming>()),
@@ -108,9 +90,6 @@ Shift::After Shift::serveTwoWay() {
 }
 
 Shift::After Shift::enterOneWay() {
-    if (!takeLease(*mMessage)) {
-        return refuse("more that waits than one process may have");
-    }
     switch (mTurns.enter(mEnd, mMessage)) {
         case Turns::Place::Mine: {
             const uint32_t call = mEnd->beginCall();
@@ -122,6 +101,8 @@ Shift::After Shift::enterOneWay() {
             return After::ReadOn;
         case Turns::Place::Full:
             break;
+        case Turns::Place::Refused:
+            return refuse("more that waits than one process may have");
     }
     return After::Left;
 }

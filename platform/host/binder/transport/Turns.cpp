@@ -21,14 +21,21 @@ Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<I
         mBusy = true;
         return Place::Mine;
     }
+    // Only here, where the message is left waiting: the turn is taken without it.
+    message->lease.emplace(message->envelope.senderPid(), message->envelope.highestFd(),
+                           message->amount());
+    if (!message->lease->granted()) {
+        return Place::Refused;
+    }
+    const bool scarce = message->lease->scarce();
     const size_t size = message->parcel.dataSize();
     mBytes += size;
     mWaiting.push_back({end, std::move(message), size});
     Share& share = mShares[end.get()];
     ++share.messages;
     share.bytes += size;
-    share.full =
-        share.messages >= kMostOfOneConnection || (mBytes >= kMostBytes && !share.isPromised());
+    share.full = share.messages >= kMostOfOneConnection ||
+                 ((scarce || mBytes >= kMostBytes) && !share.isPromised());
     return share.full ? Place::Full : Place::Waiting;
 }
 

@@ -22,7 +22,12 @@ struct Incoming;
 /// What waits here is limited as the kernel's driver limits it: a connection whose share is used up
 /// is not read any further, so that its sender feels that the node is slow. A two-way call goes
 /// behind one-way calls only when they are few and small (`kMostAhead`, `kMostBytesAhead`), and
-/// those never close a connection: what they wait for may be that very call.
+/// those never keep a connection from being read: what they wait for may be that very call.
+///
+/// Because of that promise a process with very many connections could leave very much here. What it
+/// leaves in all nodes together is counted: with half of its share used none of its connections is
+/// read on beyond the promise, and with all of it used the next message is refused. To leave it
+/// unread would break the promise without a word; a connection that is closed says so.
 class Turns {
 public:
     enum class Place {
@@ -30,6 +35,7 @@ public:
         Waiting,  ///< the message has been left here; the connection may be read on
         Full,     ///< the message has been left here; the connection is not to be read until `next`
                   ///< gives it back
+        Refused,  ///< its sender has too much waiting already; the message is still the caller's
     };
     Place enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<Incoming>& message)
         PLATFORM_EXCLUDES(mLock);
