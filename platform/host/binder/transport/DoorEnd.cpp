@@ -57,11 +57,12 @@ bool DoorEnd::adopt(Envelope& envelope) {
         refuse("a message out of place", envelope);
         return false;
     }
-    const pid_t holder = holderOf(envelope.senderPid(), envelope.header().flags);
+    const Holder holder =
+        holderOf({envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
     Lease lease(holder, end.get());
     if (!lease.granted()) {
-        logLimited("process %d has too many connections: another one is refused",
-                   static_cast<int>(holder));
+        logLimited("process %d or its user has too many connections: another one is refused",
+                   static_cast<int>(holder.pid));
         return true;
     }
     const auto role = static_cast<Role>(envelope.header().code);

@@ -10,9 +10,19 @@
 
 namespace android::transport {
 
+/// A process and its user, by the kernel's word.
+struct Holder {
+    pid_t pid;
+    uid_t uid;
+};
+
 /// What another process may make this one hold: sockets to serve, and one-way calls that wait for
 /// their turn, with their descriptors and the memory they take. Each process has a limited share,
-/// and a reserve of descriptors is kept from all: a flood from one harms no other.
+/// and so has each user other than this process's own, for a user may have any number of processes.
+/// A reserve of descriptors is kept from all: a flood from one harms no other.
+///
+/// A user's share of descriptors is as many as are left: one alone gets half of them, two a third
+/// each, and there is always something left for the next.
 class Lease {
 public:
     struct Amount {
@@ -21,13 +31,13 @@ public:
     };
     /// For a socket that this process has made of its own will: not limited.
     Lease() = default;
-    /// For a socket that process `pid` wants served; `fd` is its number here.
-    Lease(pid_t pid, int fd) : Lease(pid, fd, {1, 0}) {}
+    /// For a socket that `holder` wants served; `fd` is its number here.
+    Lease(Holder holder, int fd) : Lease(holder, fd, {1, 0}) {}
     /// For more than that; `fd` is the highest number among the descriptors.
-    Lease(pid_t pid, int fd, Amount amount);
+    Lease(Holder holder, int fd, Amount amount);
     Lease(Lease&& other) noexcept
-        : mPid(std::exchange(other.mPid, 0)),
-          mAmount(other.mAmount),
+        : mHolder(other.mHolder),
+          mAmount(std::exchange(other.mAmount, {})),
           mGranted(std::exchange(other.mGranted, true)),
           mScarce(std::exchange(other.mScarce, false)) {}
     Lease& operator=(Lease&&) = delete;
@@ -38,8 +48,8 @@ public:
     bool scarce() const { return mScarce; }
 
 private:
-    pid_t mPid = 0;
-    Amount mAmount{};
+    Holder mHolder{};
+    Amount mAmount{};  // nothing when it is not granted
     bool mGranted = true;
     bool mScarce = false;
 };
@@ -47,8 +57,8 @@ private:
 /// Connections to the service manager run to this process. It may name, in a socket that it passes
 /// on, who is to have it: otherwise whoever asks it often would use up its share for all.
 void trustSharer(pid_t manager);
-/// The process that a socket sent by `sender` is for; `named` is whom it names, or 0.
-pid_t holderOf(pid_t sender, uint32_t named);
+/// Who a socket sent by `sender` is for; `named` is the process that it names, or 0.
+Holder holderOf(Holder sender, uint32_t named);
 
 }  // namespace android::transport
 

@@ -72,6 +72,13 @@ bool nameSender(const Fd& socket) {
     return setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
 }
 
+Holder peerOf(const Fd& door) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    const bool known = getsockopt(door.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    return known ? Holder{peer.pid, peer.uid} : Holder{};
+}
+
 }  // namespace
 
 std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBinder>& manager) {
@@ -122,15 +129,15 @@ void Listener::onReady() {
 }
 
 void Listener::admit(Fd door) const {
-    const pid_t peer = peerPid(door);
-    if (peer == 0) {
+    const Holder peer = peerOf(door);
+    if (peer.pid == 0) {
         logLimited("a connection of a process that cannot be seen from here is refused");
         return;
     }
     Lease lease(peer, door.get());
     if (!lease.granted()) {
-        logLimited("process %d has too many connections: another one is refused",
-                   static_cast<int>(peer));
+        logLimited("process %d or its user has too many connections: another one is refused",
+                   static_cast<int>(peer.pid));
         return;
     }
     if (nameSender(door)) {

@@ -22,7 +22,8 @@ Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<I
         return Place::Mine;
     }
     // Only here, where the message is left waiting: the turn is taken without it.
-    message->lease.emplace(message->envelope.senderPid(), message->envelope.highestFd(),
+    const Envelope& envelope = message->envelope;
+    message->lease.emplace(Holder{envelope.senderPid(), envelope.senderUid()}, envelope.highestFd(),
                            message->amount());
     if (!message->lease->granted()) {
         return Place::Refused;

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+// What one process, and one user, may make another process hold.
+#include "binder/transport/Lease.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+#include "tests/platform/RawWire.h"
+
+namespace {
+
+using android::transport::Holder;
+using android::transport::holderOf;
+using android::transport::Lease;
+using android::transport::trustSharer;
+using voxtrel_test::ChildProcess;
+
+constexpr size_t kReserve = 128;
+constexpr size_t kMiB = size_t{1024} * 1024;
+
+// This process's limit of descriptors, for a while.
+class DescriptorLimit {
+public:
+    explicit DescriptorLimit(rlim_t most) {
+        getrlimit(RLIMIT_NOFILE, &mBefore);
+        set(most);
+    }
+    ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &mBefore); }
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+    void set(rlim_t most) const {
+        const rlimit limit = {most, mBefore.rlim_max};
+        EXPECT_EQ(0, setrlimit(RLIMIT_NOFILE, &limit));
+    }
+
+private:
+    rlimit mBefore = {};
+};
+
+class ALease : public testing::Test {
+protected:
+    // As many sockets as processes of this user are granted, a few for each of them.
+    size_t takeSockets(uid_t user) {
+        constexpr size_t kOfOneProcess = 50;
+        const size_t before = mHeld.size();
+        for (;; ++mLastPid) {
+            for (size_t i = 0; i < kOfOneProcess; ++i) {
+                Lease lease({mLastPid, user}, 3);
+                if (!lease.granted()) {
+                    return mHeld.size() - before;
+                }
+                mHeld.push_back(std::move(lease));
+            }
+        }
+    }
+
+    static bool granted(Holder holder, int fd) { return Lease(holder, fd).granted(); }
+
+    const uid_t mOwn = geteuid();
+    const uid_t mOther = mOwn + 1;
+    const uid_t mThird = mOwn + 2;
+    pid_t mLastPid = 1;
+    std::vector<Lease> mHeld;
+};
+
+TEST_F(ALease, OfOtherUsersSocketsIsGrantedWhileAsManyAreLeft) {
+    const DescriptorLimit limit(2048);
+    constexpr size_t kAll = 2048 - kReserve;
+    EXPECT_EQ(kAll / 2, takeSockets(mOther));
+    EXPECT_EQ(kAll / 4, takeSockets(mThird));
+    EXPECT_EQ(kAll / 4, takeSockets(mOwn)) << "its own user may have the rest";
+    mHeld.clear();
+    EXPECT_EQ(kAll / 2, takeSockets(mThird)) << "all has been given back";
+}
+
+TEST_F(ALease, CountsWhatElseTheProcessHasOpen) {
+    const DescriptorLimit limit(2048);
+    const Holder other = {1, mOther};
+    std::vector<Lease> held;
+    for (int i = 0; i < 100; ++i) {
+        held.emplace_back(other, 3);
+        ASSERT_TRUE(held.back().granted());
+    }
+    constexpr int kHighest = 2048 - static_cast<int>(kReserve) - 101;
+    EXPECT_TRUE(granted(other, kHighest));
+    EXPECT_FALSE(granted(other, kHighest + 1)) << "100 are held, and 100 left";
+    EXPECT_TRUE(granted({1, mOwn}, kHighest + 1));
+}
+
+TEST_F(ALease, GoesByTheLimitOfDescriptorsThatHoldsNow) {
+    const DescriptorLimit limit(2048);
+    const Holder own = {1, mOwn};
+    EXPECT_TRUE(granted(own, 1000));
+    limit.set(1024);
+    EXPECT_FALSE(granted(own, 1000)) << "the reserve begins at 896";
+    EXPECT_TRUE(granted(own, 895));
+    EXPECT_FALSE(granted(own, 896));
+    limit.set(2048);
+    EXPECT_TRUE(granted(own, 1000));
+}
+
+TEST_F(ALease, OfOneProcessEndsWithAQuarterOfTheLimit) {
+    const DescriptorLimit limit(1024);
+    std::vector<Lease> held;
+    for (size_t i = 0; i < 1024 / 4; ++i) {
+        held.emplace_back(Holder{1, mOwn}, 3);
+        ASSERT_TRUE(held.back().granted());
+    }
+    EXPECT_FALSE(granted({1, mOwn}, 3));
+    EXPECT_TRUE(granted({2, mOwn}, 3));
+}
+
+TEST_F(ALease, OfMemoryIsLimitedByProcessAndByOtherUser) {
+    std::vector<Lease> held;
+    for (pid_t pid = 1; pid <= 4; ++pid) {
+        held.emplace_back(Holder{pid, mOther}, -1, Lease::Amount{0, 8 * kMiB});
+        EXPECT_TRUE(held.back().granted() && !held.back().scarce());
+        held.emplace_back(Holder{pid, mOther}, -1, Lease::Amount{0, 8 * kMiB});
+        EXPECT_TRUE(held.back().granted() && held.back().scarce());
+        EXPECT_FALSE(Lease({pid, mOther}, -1, {0, 1}).granted());
+        EXPECT_TRUE(granted({pid, mOther}, 3)) << "a socket takes none of it";
+    }
+    EXPECT_FALSE(Lease({5, mOther}, -1, {0, 1}).granted());
+    EXPECT_TRUE(Lease({5, mThird}, -1, {0, 1}).granted());
+    for (pid_t pid = 6; pid <= 10; ++pid) {
+        held.emplace_back(Holder{pid, mOwn}, -1, Lease::Amount{0, 16 * kMiB});
+        EXPECT_TRUE(held.back().granted()) << "its own user's processes are limited one by one";
+    }
+}
+
+TEST_F(ALease, IsForWhomTheServiceManagerNamesAndNobodyElse) {
+    const auto named = static_cast<uint32_t>(getpid());
+    constexpr pid_t kManager = 1000000;
+    const Holder manager = {kManager, mOther};
+    EXPECT_EQ(kManager, holderOf(manager, named).pid);
+    EXPECT_EQ(mOther, holderOf(manager, named).uid);
+    trustSharer(kManager);
+    EXPECT_EQ(getpid(), holderOf(manager, named).pid);
+    EXPECT_EQ(mOwn, holderOf(manager, named).uid);
+    EXPECT_EQ(kManager, holderOf(manager, 0).pid);
+    EXPECT_EQ(static_cast<uid_t>(-1), holderOf(manager, 0x7FFFFFFF).uid) << "there is no such one";
+    EXPECT_EQ(kManager + 1, holderOf({kManager + 1, mOther}, named).pid);
+    trustSharer(0);
+}
+
+// Connects, becomes another user if it is told to, and opens sockets until one is refused.
+const voxtrel_test::Role kGrabber("grabber", [](const voxtrel_test::Arguments& arguments) {
+    const raw::Fd door = raw::connectTo(arguments[0]);
+    if (arguments.size() > 1 && setuid(static_cast<uid_t>(std::stoul(arguments[1]))) != 0) {
+        return 1;
+    }
+    std::vector<raw::Fd> held;
+    for (int i = 0; i < 300; ++i) {
+        pollfd room = {door.get(), POLLOUT, 0};
+        (void)poll(&room, 1, 60000);
+        held.push_back(raw::openCalls(door.get()));
+    }
+    voxtrel_test::tell(raw::hangsUp(held.back().get()) ? "refused" : "has all");
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+using ManyProcesses = probe::ProbeTest;
+
+// Each of these processes has a share of 256 by itself. Who is not the superuser cannot become
+// another user; then they are the service manager's own user, which no such share limits.
+TEST_F(ManyProcesses, OfAnotherUserLeaveAServiceHalfOfItsDescriptors) {
+    mRuntime.killManager();
+    const ChildProcess limited({"sh", "-c", "ulimit -n 1024; exec " VOXTREL_SERVICEMANAGER});
+    ASSERT_TRUE(
+        voxtrel_test::eventually([this] { return raw::connectTo(mRuntime.socket()).get() >= 0; }));
+    const bool others = geteuid() == 0;
+    std::vector<std::string> arguments = {mRuntime.socket()};
+    if (others) {
+        arguments.emplace_back("65534");
+    }
+    std::vector<ChildProcess> grabbers;
+    for (int i = 0; i < 3; ++i) {
+        grabbers.push_back(ChildProcess::asRole("grabber", arguments));
+        EXPECT_EQ("refused", grabbers.back().readLine());
+    }
+    const int open = probe::descriptorsOf(limited.pid());
+    if (others) {
+        EXPECT_LE(open, 1024 / 2);
+        EXPECT_GT(open, 1024 / 2 - 100);
+    } else {
+        EXPECT_GT(open, 3 * 1024 / 4);
+    }
+    ChildProcess other = ChildProcess::asRole("server", {"other"});
+    EXPECT_EQ("ready", other.readLine());
+}
+
+}  // namespace
