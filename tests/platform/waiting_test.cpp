@@ -107,7 +107,7 @@ int heldBack(const std::vector<raw::Fd>& sockets) {
 const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments& arguments) {
     raiseDescriptorLimit();
     const raw::Fd manager = raw::connectTo(arguments[0]);
-    const raw::Fd door = doorOf(manager.get(), probe::kName);
+    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
     const Bytes message = raw::packet(oneWay(8), Bytes(8));
     std::vector<raw::Fd> sockets;
     bool refused = false;
