@@ -4,11 +4,14 @@
 #include <binder/IPCThreadState.h>
 #include <binder/ProcessState.h>
 #include <dirent.h>
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 
@@ -74,6 +77,12 @@ protected:
                 return data.readInt32();
             case kAnswered:
                 return reply->writeInt32(mAnswered);
+            case kStarve:
+                mStarvation = std::make_unique<Starvation>();
+                return OK;
+            case kFeed:
+                mStarvation.reset();
+                return OK;
             case kFail:
                 reply->writeInt32(1);
                 return -42;
@@ -193,6 +202,7 @@ private:
     std::atomic<int> mBlockedCalls{0};
     std::atomic<int> mBlockedEver{0};
     std::atomic<int> mAnswered{0};
+    std::unique_ptr<Starvation> mStarvation;
     sp<IBinder> mKept;
     sp<IBinder> mLinked;
     const sp<Mourner> mMourner = new Mourner();
@@ -274,6 +284,29 @@ sp<IBinder> find(const std::string& name) {
 int32_t ask(const sp<IBinder>& node, uint32_t code) {
     Call call;
     return call.to(node, code) == OK ? call.reply.readInt32() : -1;
+}
+
+Starvation::Starvation() {
+    getrlimit(RLIMIT_NOFILE, &mLimit);
+    mTaken.push_back(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    // The highest number in use, and every gap below it.
+    int highest = 0;
+    for (int fd = 0; fd < static_cast<int>(mLimit.rlim_cur) && fd < 65536; ++fd) {
+        highest = fcntl(fd, F_GETFD) >= 0 ? fd : highest;
+    }
+    while (mTaken.back() >= 0 && mTaken.back() < highest) {
+        mTaken.push_back(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    }
+    rlimit none = mLimit;
+    none.rlim_cur = static_cast<rlim_t>(std::max(highest, mTaken.back())) + 1;
+    setrlimit(RLIMIT_NOFILE, &none);
+}
+
+Starvation::~Starvation() {
+    setrlimit(RLIMIT_NOFILE, &mLimit);
+    for (const int fd : mTaken) {
+        close(fd);
+    }
 }
 
 int descriptors() {

@@ -6,6 +6,7 @@
 #include <binder/IServiceManager.h>
 #include <binder/Parcel.h>
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <atomic>
@@ -41,6 +42,8 @@ enum Code : uint32_t {
     kBlockedEver,  ///< -> int32 calls that have come to kBlock so far
     kAnswer,       ///< int32 status -> that status
     kAnswered,     ///< -> int32 how often kAnswer has been carried out
+    kStarve,       ///< from here on the process can open no descriptor
+    kFeed,         ///< the end of that
 };
 
 inline constexpr const char* kName = "probe";
@@ -83,6 +86,19 @@ struct Call {
 
 /// A call without arguments whose reply is one int32.
 int32_t ask(const android::sp<android::IBinder>& node, uint32_t code);
+
+/// Lets this process open no further descriptor while it lives.
+class Starvation {
+public:
+    Starvation();
+    ~Starvation();
+    Starvation(const Starvation&) = delete;
+    Starvation& operator=(const Starvation&) = delete;
+
+private:
+    rlimit mLimit{};
+    std::vector<int> mTaken;
+};
 
 /// Open descriptors of this process.
 int descriptors();

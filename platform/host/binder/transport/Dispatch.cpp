@@ -64,6 +64,31 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
     return status == OK ? detachBinders(reply, attachments, patience, caller) : status;
 }
 
+// What goes back to the caller of a request.
+class Answer {
+public:
+    Answer(const Fd& socket, const std::atomic<uint32_t>& oneWaysDone)
+        : mSocket(socket), mOneWaysDone(oneWaysDone) {}
+
+    status_t send(status_t status, const Parcel& reply, const Attachments& attachments) {
+        const Header header = {0, Kind::Reply, mOneWaysDone.load(), status, 0, 0, 0, 0};
+        return patiently(mPatience, [&](Obstacle& obstacle) {
+            obstacle = {mSocket.get(), POLLOUT};
+            return sendMessage(mSocket, header, reply, attachments);
+        });
+    }
+    status_t sendFailure() { return send(FAILED_TRANSACTION, Parcel(), Attachments()); }
+
+private:
+    const Fd& mSocket;
+    const std::atomic<uint32_t>& mOneWaysDone;
+    Patience mPatience;
+};
+
+Served servedIf(status_t sent) {
+    return sent == OK ? Served::Well : Served::InVain;
+}
+
 }  // namespace
 
 Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
@@ -75,17 +100,18 @@ Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
     Attachments attachments;
     const status_t ran = run(node, incoming, &reply);
     const status_t status = statusOf(ran, reply, incoming.envelope.senderPid(), &attachments);
-    const Header header = {0, Kind::Reply, oneWaysDone.load(), status, 0, 0, 0, 0};
     if (status != OK) {
         reply.freeData();
         attachments = {};
     }
-    const auto send = [&](Obstacle& obstacle) {
-        obstacle = {socket.get(), POLLOUT};
-        return sendMessage(socket, header, reply, attachments);
-    };
-    Patience patience;
-    return patiently(patience, send) == OK ? Served::Well : Served::InVain;
+    Answer answer(socket, oneWaysDone);
+    const status_t sent = answer.send(status, reply, attachments);
+    // Say, without descriptors for what goes with it: then the caller at least hears that.
+    return servedIf(sent == FAILED_TRANSACTION ? answer.sendFailure() : sent);
+}
+
+Served failRequest(const Fd& socket, const std::atomic<uint32_t>& oneWaysDone) {
+    return servedIf(Answer(socket, oneWaysDone).sendFailure());
 }
 
 Served serveOneWay(BBinder& node, Incoming& incoming) {

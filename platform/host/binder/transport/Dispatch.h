@@ -21,6 +21,9 @@ enum class Served {
 Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
                     const std::atomic<uint32_t>& oneWaysDone);
 
+/// Answers a request that cannot be carried out with `FAILED_TRANSACTION`.
+Served failRequest(const Fd& socket, const std::atomic<uint32_t>& oneWaysDone);
+
 /// Carries out a received one-way call in the name of its sender.
 Served serveOneWay(BBinder& node, Incoming& incoming);
 

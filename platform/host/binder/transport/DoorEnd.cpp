@@ -31,17 +31,26 @@ void DoorEnd::onReady() {
         Incoming incoming;
         const Received received =
             receiveMessage(socket(), false, incoming.parcel, incoming.envelope);
-        if (received != Received::Message) {
-            if (survives(received, incoming.envelope)) {
-                reactor().rearm(*this);
-            }
-            return;
+        if (received == Received::Nothing) {
+            break;
         }
-        if (!accepts(incoming.envelope) || !adopt(incoming.envelope)) {
+        if (!take(received, incoming.envelope)) {
             return;
         }
     }
     reactor().rearm(*this);
+}
+
+bool DoorEnd::take(Received received, Envelope& envelope) {
+    if (received == Received::Message) {
+        return accepts(envelope) && adopt(envelope);
+    }
+    if (received != Received::OutOfDescriptors) {
+        return survives(received, envelope);
+    }
+    logLimited("out of file descriptors: a connection of process %d is refused",
+               static_cast<int>(envelope.senderPid()));
+    return accepts(envelope);
 }
 
 std::shared_ptr<Source> DoorEnd::makeEnd(Role role, Fd socket, Lease lease) const {

@@ -19,6 +19,8 @@ public:
 private:
     std::shared_ptr<Source> makeEnd(Role role, Fd socket, Lease lease) const;
 
+    /// False when the door has been closed.
+    bool take(Received received, Envelope& envelope);
     /// False when the message is none that may come through a door, which is closed then.
     bool adopt(Envelope& envelope);
 

@@ -73,7 +73,15 @@ private:
     ObjectRecord mRecords[kMostObjects];
 };
 
-enum class Received { Message, Nothing, HungUp, Malformed };
+enum class Received {
+    Message,
+    Nothing,
+    HungUp,
+    Malformed,
+    /// A sound message whose descriptors were lost, since this process may have no more: only its
+    /// header is there.
+    OutOfDescriptors,
+};
 
 /// Takes one message off `socket`. `parcel` must be empty; it holds the payload afterwards, its
 /// binders are not attached yet. `Nothing`: none is there (`wait` false), or the socket's own time

@@ -78,8 +78,14 @@ public:
         if (got == 0) {
             return mEnvelope.mFdCount == 0 ? Received::HungUp : Received::Malformed;
         }
-        const bool cut = mTooManyFds || (mMessage.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0;
-        return !cut && unpack(static_cast<size_t>(got)) ? Received::Message : Received::Malformed;
+        const auto size = static_cast<size_t>(got);
+        if (mTooManyFds || (mMessage.msg_flags & MSG_TRUNC) != 0) {
+            return Received::Malformed;
+        }
+        if ((mMessage.msg_flags & MSG_CTRUNC) != 0) {
+            return unpackHeaderOnly(size) ? Received::OutOfDescriptors : Received::Malformed;
+        }
+        return unpack(size) ? Received::Message : Received::Malformed;
     }
 
 private:
@@ -135,7 +141,26 @@ private:
         }
     }
 
-    bool unpack(size_t size) {
+    // The kernel had no room for descriptors: in this process, or in a packet that brought more
+    // than any message may have, which then is malformed.
+    bool unpackHeaderOnly(size_t size) {
+        const size_t got = mEnvelope.mFdCount;
+        mEnvelope.closeFds();
+        if (got >= kMostFds || !gather(size) || size < sizeof(Header)) {
+            return false;
+        }
+        Header header;
+        std::memcpy(&header, mFrame.block(), sizeof(header));
+        Layout layout;
+        if (!decode(mFrame.block(), size, claimedFds(header), &layout)) {
+            return false;
+        }
+        mEnvelope.mHeader = layout.header;
+        return true;
+    }
+
+    // What did not fit into the parcel's own room is put behind it.
+    bool gather(size_t size) {
         if (size > ParcelFrame::kOwnRoom) {
             if (!mFrame.reserve(size, ParcelFrame::kOwnRoom)) {
                 return false;
@@ -143,8 +168,12 @@ private:
             std::memcpy(mFrame.block() + ParcelFrame::kOwnRoom, mParts[1].iov_base,
                         size - ParcelFrame::kOwnRoom);
         }
+        return true;
+    }
+
+    bool unpack(size_t size) {
         Layout layout;
-        if (!decode(mFrame.block(), size, mEnvelope.mFdCount, &layout)) {
+        if (!gather(size) || !decode(mFrame.block(), size, mEnvelope.mFdCount, &layout)) {
             return false;
         }
         mEnvelope.mHeader = layout.header;

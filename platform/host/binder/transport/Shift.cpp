@@ -5,6 +5,7 @@
 
 #include "binder/transport/Dispatch.h"
 #include "binder/transport/LocalNodes.h"
+#include "binder/transport/Log.h"
 #include "binder/transport/ThreadPool.h"
 #include "binder/transport/Watchman.h"
 
@@ -50,6 +51,9 @@ Shift::After Shift::handle(Received received) {
     if (received == Received::Message) {
         return mEnd->accepts(mMessage->envelope) ? serveOne() : After::Left;
     }
+    if (received == Received::OutOfDescriptors) {
+        return mEnd->accepts(mMessage->envelope) ? failLost() : After::Left;
+    }
     if (mEnd->survives(received, mMessage->envelope)) {
         reactor().rearm(*mEnd);
     }
@@ -87,6 +91,29 @@ Shift::After Shift::serveTwoWay() {
         return After::Left;
     }
     return ours ? After::ReadOn : After::Left;
+}
+
+// A call whose binders or bytes could not be taken, for want of descriptors.
+Shift::After Shift::failLost() {
+    const Envelope& envelope = mMessage->envelope;
+    logLimited("out of file descriptors: call %u of process %d fails", envelope.header().code,
+               static_cast<int>(envelope.senderPid()));
+    switch (envelope.header().kind) {
+        case Kind::Request: {
+            const Served served = failRequest(mEnd->socket(), mEnd->oneWaysDone());
+            if (served == Served::InVain) {
+                reactor().remove(*mEnd);
+            }
+            return served == Served::Well ? After::ReadOn : After::Left;
+        }
+        case Kind::OneWay:
+            mEnd->oneWaysDone().fetch_add(1, std::memory_order_relaxed);
+            return After::ReadOn;
+        case Kind::Reply:
+        case Kind::Adopt:
+            break;
+    }
+    return refuse("a message out of place");
 }
 
 Shift::After Shift::enterOneWay() {

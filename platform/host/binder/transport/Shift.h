@@ -29,6 +29,7 @@ private:
     After handle(Received received);
     After serveOne();
     After serveTwoWay();
+    After failLost();
     After enterOneWay();
     void serveTurn();
     void serveOneWayFrom(CallEnd& end, Incoming& message);

@@ -92,6 +92,9 @@ SocketReference::~SocketReference() {
 
 Fd SocketReference::takeUnheard() {
     Mutex::Autolock held(mSendLock);
+    if (mMainIsClosed) {
+        return std::move(mSecondMain);
+    }
     return mOneWaysSent != mOneWaysDone.load() ? std::move(mMain) : Fd();
 }
 
@@ -186,26 +189,33 @@ status_t SocketReference::tryMain(const Header& header, const Parcel& data,
                                   const Attachments& attachments, Obstacle& obstacle) {
     const bool oneWay = header.kind == Kind::OneWay;
     Mutex::Autolock held(mSendLock);
-    status_t status = mMain.valid() ? OK : open(Role::Calls, 0, &mMain, obstacle);
+    Fd& socket = oneWay && mMainIsClosed ? mSecondMain : mMain;
+    status_t status = socket.valid() ? OK : open(Role::Calls, 0, &socket, obstacle);
+    if (status == OK && (oneWay ? !mayFollow(obstacle) : !mayGoBehind())) {
+        status = WOULD_BLOCK;
+    }
     if (status != OK) {
         return status;
     }
-    if (!oneWay && !mayGoBehind()) {
-        return WOULD_BLOCK;
-    }
-    if (oneWay && mPredecessor != nullptr) {
-        if (!mPredecessor->isOver()) {
-            obstacle = {mPredecessor->socket().get(), POLLRDHUP};
-            return WOULD_BLOCK;
-        }
-        mPredecessor.reset();
-    }
-    status = trySend(mMain, header, data, attachments, obstacle);
-    if (oneWay && status == OK) {
+    status = trySend(socket, header, data, attachments, obstacle);
+    if (status == DEAD_OBJECT) {
+        mMainIsClosed = true;
+        mSecondMain.reset();
+    } else if (oneWay && status == OK) {
         mBytesUpTo[++mOneWaysSent % kRemembered] = mBytesSent +=
             static_cast<uint32_t>(data.dataSize());
     }
     return status;
+}
+
+// Has everything been received that was sent through an earlier reference?
+bool SocketReference::mayFollow(Obstacle& obstacle) {
+    if (mPredecessor != nullptr && !mPredecessor->isOver()) {
+        obstacle = {mPredecessor->socket().get(), POLLRDHUP};
+        return false;
+    }
+    mPredecessor.reset();
+    return true;
 }
 
 // With more ahead that is not done, the other side may not be reading the main socket (see Turns).
@@ -234,6 +244,11 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
         return status;
     }
     reply->freeData();
+    if (received == Received::OutOfDescriptors && envelope.header().kind == Kind::Reply) {
+        logLimited("out of file descriptors: the reply to a call is lost");
+        noteDone(envelope.header().code);
+        return FAILED_TRANSACTION;
+    }
     *broken = true;
     if (received == Received::HungUp) {
         Patience patience;

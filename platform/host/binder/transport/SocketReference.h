@@ -53,6 +53,7 @@ private:
     status_t finishOnMain(status_t sent, Parcel* reply, Patience& patience);
     status_t callBeside(const Header& header, const Parcel& data, const Attachments& attachments,
                         Parcel* reply, Patience& patience);
+    bool mayFollow(Obstacle& obstacle) PLATFORM_REQUIRES(mSendLock);
     bool mayGoBehind() const PLATFORM_REQUIRES(mSendLock);
     status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
     void noteDone(uint32_t done);
@@ -81,6 +82,10 @@ private:
     // Nobody waits for another process with it.
     Mutex mSendLock;
     std::shared_ptr<const Farewell> mPredecessor PLATFORM_GUARDED_BY(mSendLock);
+    // The owner has closed the main socket alone, say because it was out of descriptors: one-way
+    // calls go over another one then, two-way calls beside.
+    bool mMainIsClosed PLATFORM_GUARDED_BY(mSendLock) = false;
+    Fd mSecondMain PLATFORM_GUARDED_BY(mSendLock);
     uint32_t mOneWaysSent PLATFORM_GUARDED_BY(mSendLock) = 0;
     uint32_t mBytesSent PLATFORM_GUARDED_BY(mSendLock) = 0;
     // mBytesSent as it was after each of the last one-way calls, by their number.

@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint32_t kOneWayFlag = 1;
 
-bool kindIsSound(const Header& header, size_t fdCount) {
+bool kindIsSound(const Header& header) {
     switch (header.kind) {
         case Kind::Request:
             return (header.flags & kOneWayFlag) == 0 && header.status == 0;
@@ -20,17 +20,9 @@ bool kindIsSound(const Header& header, size_t fdCount) {
         case Kind::Adopt:
             return header.code >= static_cast<uint32_t>(Role::Door) &&
                    header.code <= static_cast<uint32_t>(Role::Calls) && header.payloadSize == 0 &&
-                   header.objectCount == 0 && header.options == 0 && fdCount == 1;
+                   header.objectCount == 0 && header.options == 0;
     }
     return false;
-}
-
-bool fdsAreSound(const Header& header, size_t fdCount) {
-    if (header.kind == Kind::Adopt) {
-        return fdCount == 1;
-    }
-    const size_t memfds = (header.options & kPayloadInMemfd) != 0 ? 1 : 0;
-    return header.objectCount <= kMostObjects && fdCount == memfds + header.objectCount;
 }
 
 bool recordsAreSound(const uint8_t* packet, const Layout& layout) {
@@ -53,6 +45,13 @@ size_t largestPayload(Kind kind) {
     return kind == Kind::OneWay ? kLargestOneWay : kLargestRequest;
 }
 
+size_t claimedFds(const Header& header) {
+    if (header.kind == Kind::Adopt) {
+        return 1;
+    }
+    return header.objectCount + ((header.options & kPayloadInMemfd) != 0 ? size_t{1} : 0);
+}
+
 bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
     if (size < sizeof(Header)) {
         return false;
@@ -61,8 +60,8 @@ bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
     std::memcpy(&layout.header, packet, sizeof(Header));
     const Header& header = layout.header;
     if (header.magic != kMagic || (header.options & ~kPayloadInMemfd) != 0 ||
-        header.payloadSize > largestPayload(header.kind) || !kindIsSound(header, fdCount) ||
-        !fdsAreSound(header, fdCount)) {
+        header.payloadSize > largestPayload(header.kind) || !kindIsSound(header) ||
+        header.objectCount > kMostObjects || fdCount != claimedFds(header)) {
         return false;
     }
     layout.inlinePayload = (header.options & kPayloadInMemfd) != 0 ? 0 : header.payloadSize;

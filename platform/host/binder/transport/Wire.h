@@ -74,6 +74,9 @@ constexpr size_t kMostFds = kMostObjects + 1;
 /// Largest payload that a message of this kind may carry.
 size_t largestPayload(Kind kind);
 
+/// How many descriptors come along with a message, by its header.
+size_t claimedFds(const Header& header);
+
 /// Where the parts of a packet stand.
 struct Layout {
     Header header;
