@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <string>
@@ -106,22 +107,32 @@ TEST_F(AOneWayCall, IsNotHeldUpByATwoWayCallOfAnotherThread) {
     EXPECT_EQ(OK, blocked.get());
 }
 
-TEST_F(AOneWayCall, FailsAfterABoundedWaitWhenNobodyTakesIt) {
+// The shortest of several, since a busy machine makes each take longer.
+std::chrono::duration<double> shortestFailure(const sp<IBinder>& node, int number) {
     using Clock = std::chrono::steady_clock;
+    std::chrono::duration<double> shortest = std::chrono::hours(1);
+    for (int i = 0; i < 8; ++i) {
+        const auto start = Clock::now();
+        EXPECT_EQ(android::FAILED_TRANSACTION, note(node, 1, number));
+        shortest = std::min<std::chrono::duration<double>>(shortest, Clock::now() - start);
+    }
+    return shortest;
+}
+
+TEST_F(AOneWayCall, FailsAfterABoundedWaitWhenNobodyTakesIt) {
     Call block;
     ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
     status_t status = OK;
     int taken = 0;
-    std::chrono::duration<double> slowest{0};
     while (status == OK && taken < 1000000) {
-        const auto start = Clock::now();
         status = note(mNode, 1, taken);
-        slowest = std::max<std::chrono::duration<double>>(slowest, Clock::now() - start);
         taken += status == OK ? 1 : 0;
     }
     EXPECT_EQ(android::FAILED_TRANSACTION, status);
     EXPECT_GT(taken, 100);
-    EXPECT_LT(slowest.count(), 5.0);  // 0.1 s, on a machine that may have much else to do
+    const auto failure = shortestFailure(mNode, taken);
+    EXPECT_GE(failure.count(), 0.09);
+    EXPECT_LT(failure.count(), 0.18);
     EXPECT_EQ(OK, mNode->pingBinder());
     // What was taken is not lost, and the caller may go on.
     probe::ask(mNode, probe::kUnblock);
