@@ -8,9 +8,13 @@
 #include <iostream>
 #include <limits>
 #include <map>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 
+#include "client/MutexLock.h"
+#include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
 
 namespace {
@@ -77,18 +81,30 @@ const std::map<std::string, Command> kCommands = {
     {"which-rate", [](auto& client, auto&) { return client.globalRate(); }},
 };
 
+// The service may die at any moment: only the lock keeps its end apart from a call
+// (docs/threading.md says why). A connect takes it itself, where it needs it.
+int run(const std::string& name, TTSClientPrivate& client, std::istream& arguments) {
+    std::optional<TTS::MutexLock> hold;
+    if (name != "connect") {
+        hold.emplace(TTS::Clientmutex);
+    }
+    return kCommands.at(name)(client, arguments);
+}
+
 }  // namespace
 
 int main() {
     setvbuf(stdout, nullptr, _IOLBF, 0);
     android::ProcessState::self()->startThreadPool();
-    TTSClientPrivate client("speech_client", onEvent);
+    auto client = std::make_unique<TTSClientPrivate>("speech_client", onEvent);
     std::string line;
     while (std::getline(std::cin, line)) {
         std::istringstream arguments(line);
         std::string name;
         arguments >> name;
-        std::printf("%s %d\n", name.c_str(), kCommands.at(name)(client, arguments));
+        std::printf("%s %d\n", name.c_str(), run(name, *client, arguments));
     }
+    const TTS::MutexLock hold(TTS::Clientmutex);
+    client.reset();
     return 0;
 }
