@@ -6,6 +6,7 @@
 
 #include "binder/transport/CallEnd.h"
 #include "binder/transport/Log.h"
+#include "binder/transport/ThreadPool.h"
 
 namespace android::transport {
 
@@ -35,6 +36,7 @@ void DoorEnd::onReady() {
             break;
         }
         if (!take(received, incoming.envelope)) {
+            threadPool().keepOneWaiting();  // the node may go with its last door
             return;
         }
     }
@@ -48,6 +50,7 @@ bool DoorEnd::take(Received received, Envelope& envelope) {
     if (received != Received::OutOfDescriptors) {
         return survives(received, envelope);
     }
+    threadPool().keepOneWaiting();  // whoever reads the log may be slow
     logLimited("out of file descriptors: a connection of process %d is refused",
                static_cast<int>(envelope.senderPid()));
     return accepts(envelope);
@@ -70,6 +73,7 @@ bool DoorEnd::adopt(Envelope& envelope) {
         holderOf({envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
     Lease lease(holder, end.get());
     if (!lease.granted()) {
+        threadPool().keepOneWaiting();
         logLimited("process %d or its user has too many connections: another one is refused",
                    static_cast<int>(holder.pid));
         return true;

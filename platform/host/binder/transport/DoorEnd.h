@@ -15,6 +15,7 @@ class DoorEnd final : public ServedEnd {
 public:
     using ServedEnd::ServedEnd;
     void onReady() override;
+    bool isBrief() const override { return true; }
 
 private:
     std::shared_ptr<Source> makeEnd(Role role, Fd socket, Lease lease) const;

@@ -25,6 +25,9 @@ public:
 
     /// Called on: a thread of the pool. Locks: none.
     virtual void onReady() = 0;
+    /// Is `onReady` over in a moment, whatever others do? Then the pool starts no thread that waits
+    /// meanwhile. Anything that may run an implementation's code is not brief.
+    virtual bool isBrief() const { return false; }
 
     const Fd& socket() const { return mSocket; }
 

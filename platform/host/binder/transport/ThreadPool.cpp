@@ -80,11 +80,19 @@ void ThreadPool::serveForever() {
 void ThreadPool::serveOne() {
     mWaiting.fetch_add(1);
     const auto source = reactor().wait();
-    if (mWaiting.fetch_sub(1) == 1) {
-        (void)grow();  // without it, this thread goes back to the reactor after its work
+    mWaiting.fetch_sub(1);
+    if (source == nullptr) {
+        return;
     }
-    if (source != nullptr) {
-        source->onReady();
+    if (!source->isBrief()) {
+        keepOneWaiting();
+    }
+    source->onReady();
+}
+
+void ThreadPool::keepOneWaiting() {
+    if (nobodyWaits()) {
+        (void)grow();  // without it, this thread goes back to the reactor after its work
     }
 }
 

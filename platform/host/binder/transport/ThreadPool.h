@@ -24,6 +24,8 @@ public:
     /// socket that stays silent keeps nobody from being served. `endStay` gives the place back.
     bool tryStay();
     void endStay();
+    /// For a thread that serves a brief source and finds that it may take long after all.
+    void keepOneWaiting();
     /// Has the last thread left the reactor? Then who stays goes back there after each call.
     bool nobodyWaits() const { return mWaiting.load(std::memory_order_relaxed) <= 0; }
 

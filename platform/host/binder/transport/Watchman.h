@@ -22,6 +22,7 @@ public:
     void enter(const std::shared_ptr<CallEnd>& end) PLATFORM_EXCLUDES(mLock);
     void leave(const CallEnd& end) PLATFORM_EXCLUDES(mLock);
     void onReady() override;
+    bool isBrief() const override { return true; }
 
 private:
     struct Watched {
