@@ -6,7 +6,6 @@
 #include <string>
 
 #include "bench/platform/BenchNode.h"
-#include "bench/platform/Mortals.h"
 #include "bench/platform/Raw.h"
 #include "bench/platform/SdBus.h"
 #include "tests/support/ChildProcess.h"
@@ -35,7 +34,6 @@ private:
 struct Setting {
     RawPeer& echo;
     RawPeer& sink;
-    Mortals& mortals;
     OtherBuses& buses;
     voxtrel_test::PrivateRuntime& runtime;
     voxtrel_test::ChildProcess& server;
@@ -49,8 +47,6 @@ void twoWay(const Setting& setting);
 void oneWay(const Setting& setting);
 void againstOtherBuses(const Setting& setting);
 void allocationCounts(const Setting& setting);
-/// Kills twice as many of the `mortals`.
-constexpr int kDeathRounds = 21;
 void deaths(const Setting& setting);
 void client(const Setting& setting);
 void growth(const Setting& setting);

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "bench/platform/BenchNode.h"
-#include "bench/platform/Mortals.h"
 #include "bench/platform/Raw.h"
 #include "bench/platform/Sections.h"
 #include "bench/platform/Timing.h"
@@ -47,7 +46,6 @@ int run(int argc, char** argv) {
     // Forked before the runtime is used: they know nothing of it.
     bench::RawPeer echo(bench::RawPeer::Kind::Echo);
     bench::RawPeer sink(bench::RawPeer::Kind::Sink);
-    bench::Mortals mortals(2 * bench::kDeathRounds);
     bench::OtherBuses buses;
 
     voxtrel_test::PrivateRuntime runtime(VOXTREL_SERVICEMANAGER);
@@ -57,8 +55,7 @@ int run(int argc, char** argv) {
         return 1;
     }
     android::ProcessState::self()->startThreadPool();
-    const bench::Setting setting = {echo,    sink,   mortals,           buses,
-                                    runtime, server, bench::findBench()};
+    const bench::Setting setting = {echo, sink, buses, runtime, server, bench::findBench()};
     for (const Section& section : kSections) {
         if (wanted(section.name, names)) {
             section.run(setting);
