@@ -16,9 +16,14 @@ function(voxtrel_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${TEST_LINK} voxtrel_warnings GTest::gtest_main)
+  # Into files: the processes that a test starts report, too, and their exit status may say nothing.
   set(environment "")
+  set(reports "log_path=${CMAKE_BINARY_DIR}/sanitizer-reports/report")
   if(VOXTREL_SANITIZE MATCHES "thread")
-    set(environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp")
+    set(environment ENVIRONMENT
+      "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}")
+  elseif(VOXTREL_SANITIZE MATCHES "address")
+    set(environment ENVIRONMENT "ASAN_OPTIONS=${reports};UBSAN_OPTIONS=${reports}")
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
                        TEST_PREFIX "${name}:" TEST_FILTER "${TEST_FILTER}"

@@ -73,6 +73,9 @@ run_ctest() {
     local preset=$1 log summary
     shift
     log="build/$preset/ctest.log"
+    local reports="build/$preset/sanitizer-reports"
+    rm -rf "$reports"
+    mkdir -p "$reports"
     ctest --test-dir "build/$preset" -j "$(jobs_here)" --output-on-failure --no-tests=error "$@" \
         >"$log" 2>&1 || true
     summary=$(grep -E 'tests passed, [0-9]+ tests failed out of [0-9]+' "$log" || true)
@@ -90,6 +93,12 @@ run_ctest() {
         grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed|^ *Start ' "$log"
     fi
     say "$preset: $((total - failed)) passed, $failed failed"
+    if [ -n "$(ls -A "$reports")" ]; then
+        # Also of processes whose tests have passed.
+        head -n 60 "$reports"/*
+        FAILED=$((FAILED + 1))
+        say "$preset: $(ls "$reports" | wc -l) reports of the sanitizers in $reports"
+    fi
 }
 
 # The last line of every command that runs tests; its exit status is theirs.

@@ -73,7 +73,9 @@ protected:
         }
         android::ProcessState::self()->startThreadPool();
     }
+    // The service has been killed by now: its notice must not come while this process ends.
     ~TwoProcesses() override {
+        EXPECT_TRUE(eventually(isDisconnected));
         undisturbed([this] { client.reset(); });
     }
 
