@@ -5,6 +5,7 @@
 #include <binder/ProcessState.h>
 #include <dirent.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,6 +46,22 @@ protected:
         return reply->writeInt32(a + data.readInt32());
     }
 };
+
+std::atomic<int>& endedThreads() {
+    static std::atomic<int> count{0};
+    return count;
+}
+
+struct CountsItsEnd {
+    bool armed = false;
+    ~CountsItsEnd() { endedThreads() += armed ? 1 : 0; }
+};
+
+[[noreturn]] void endThread() {
+    static thread_local CountsItsEnd atTheEnd;
+    atTheEnd.armed = true;
+    pthread_exit(nullptr);
+}
 
 class Node : public BBinder {
 protected:
@@ -88,6 +105,12 @@ protected:
                 return -42;
             case kThrow:
                 throw std::runtime_error("on purpose");
+            case kThrowNumber:
+                throw 42;  // NOLINT: not a class, on purpose
+            case kEndThread:
+                endThread();
+            case kEnded:
+                return reply->writeInt32(endedThreads());
             case kBig:
                 return reply->writeInplace(static_cast<size_t>(data.readInt32())) != nullptr
                            ? OK

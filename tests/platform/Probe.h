@@ -44,6 +44,9 @@ enum Code : uint32_t {
     kAnswered,     ///< -> int32 how often kAnswer has been carried out
     kStarve,       ///< from here on the process can open no descriptor
     kFeed,         ///< the end of that
+    kThrowNumber,  ///< ends with an exception of no class
+    kEndThread,    ///< ends the thread that serves it
+    kEnded,        ///< -> int32 threads that kEndThread has ended
 };
 
 inline constexpr const char* kName = "probe";

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The threads of a process that serves: how few there may be, and how many.
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
 
 #include <string>
 #include <vector>
@@ -41,6 +44,74 @@ TEST_F(AThreadPool, OfOneThreadIsNeverLeftByAll) {
     }
 }
 
+raw::Bytes callOf(uint32_t code, const raw::Bytes& payload = {}) {
+    raw::Words words;
+    words.code = code;
+    words.payloadSize = static_cast<uint32_t>(payload.size());
+    return raw::packet(words, payload);
+}
+
+TEST_F(AThreadPool, OfOneThreadHasAnotherAfterACallThatEndedIt) {
+    ChildProcess small = ChildProcess::asRole("server", {"small", "1"});
+    ASSERT_EQ("ready", small.readLine());
+    const raw::Fd manager = raw::connectTo(mRuntime.socket());
+    const raw::Fd door = raw::doorOf(manager.get(), "small");
+    for (int32_t ended = 1; ended <= 20; ++ended) {
+        const raw::Fd calls = raw::openCalls(door.get());
+        ASSERT_TRUE(raw::send(calls.get(), callOf(probe::kEndThread)));
+        ASSERT_TRUE(voxtrel_test::eventually(
+            [ended] { return probe::ask(probe::find("small"), probe::kEnded) == ended; }));
+    }
+}
+
+// Offers a test node, and can open no descriptor between "starve" and "feed".
+const voxtrel_test::Role kStarved("starved", [](const voxtrel_test::Arguments&) {
+    probe::startPool();
+    const sp<android::IBinder> node = probe::makeNode();
+    (void)android::defaultServiceManager()->addService(android::String16("starved"), node);
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlim_t usual = limit.rlim_cur;
+#ifdef __SANITIZE_ADDRESS__
+    const rlim_t starved = usual;  // the sanitizer opens pipes to look at memory, and gives up
+#else
+    const rlim_t starved = 1;
+#endif
+    voxtrel_test::tell("ready");
+    for (std::string line = voxtrel_test::hear(); !line.empty(); line = voxtrel_test::hear()) {
+        limit.rlim_cur = line == "starve" ? starved : usual;
+        voxtrel_test::tell(setrlimit(RLIMIT_NOFILE, &limit) == 0 ? "done" : "failed");
+    }
+    return 0;
+});
+
+bool isRead(int socket) {
+    int unread = 0;
+    return ioctl(socket, SIOCOUTQ, &unread) == 0 && unread == 0;
+}
+
+TEST_F(AThreadPool, ThatBeganWithoutDescriptorsIsNotHeldUpByASlowCallOnceItHasSome) {
+    ChildProcess starved = ChildProcess::asRole("starved");
+    ASSERT_EQ("ready", starved.readLine());
+    const raw::Fd manager = raw::connectTo(mRuntime.socket());
+    const raw::Fd door = raw::doorOf(manager.get(), "starved");
+    const raw::Fd calls = raw::openCalls(door.get());
+    const raw::Fd next = raw::openCalls(door.get());
+    ASSERT_TRUE(voxtrel_test::eventually([&door] { return isRead(door.get()); }))
+        << "the next one is read when the first one is served";
+    ASSERT_EQ("done", starved.ask("starve"));
+    const raw::Bytes add = callOf(probe::kAdd, raw::Bytes(8));
+    ASSERT_TRUE(raw::send(calls.get(), add));
+    EXPECT_EQ(36U, raw::receive(calls.get()).size());
+    ASSERT_EQ("done", starved.ask("feed"));
+    ASSERT_TRUE(raw::send(calls.get(), callOf(probe::kBlock)));
+    ASSERT_TRUE(raw::send(calls.get(), add));
+    EXPECT_EQ(36U, raw::receive(calls.get()).size()) << "it waits behind the slow one";
+    const raw::Fd other = raw::openCalls(door.get());
+    ASSERT_TRUE(raw::send(other.get(), callOf(probe::kUnblock)));
+    EXPECT_EQ(32U, raw::receive(calls.get()).size());
+}
+
 // One call whose service calls back somebody who never answers.
 raw::Bytes callBackOf(uint64_t id) {
     raw::Words words;
@@ -66,6 +137,8 @@ TEST_F(AThreadPool, WhoseThreadsAllWaitForRepliesFailsACallInsteadOfWaitingToo) 
     std::vector<raw::Fd> calls;
     std::vector<pollfd> answers;
     for (size_t i = 0; i < kCalls; ++i) {
+        pollfd room = {door.get(), POLLOUT, 0};
+        ASSERT_EQ(1, poll(&room, 1, 60000));
         silent.push_back(raw::makePair());
         calls.push_back(raw::openCalls(door.get()));
         ASSERT_TRUE(

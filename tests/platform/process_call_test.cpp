@@ -50,6 +50,7 @@ TEST_F(ACallAcrossProcesses, GivesTheStatusOfAFailureAndAnEmptyReply) {
 TEST_F(ACallAcrossProcesses, SurvivesAnExceptionInTheService) {
     Call call;
     EXPECT_EQ(android::UNKNOWN_ERROR, call.to(mNode, probe::kThrow));
+    EXPECT_EQ(android::UNKNOWN_ERROR, call.to(mNode, probe::kThrowNumber));
     EXPECT_EQ(OK, mNode->pingBinder());
 }
 

@@ -128,7 +128,7 @@ const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments&
 });
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr long kOverhead = 80 * 1024;  // the sanitizers' own
+constexpr long kOverhead = 200 * 1024;  // the sanitizers' own
 #else
 constexpr long kOverhead = 8 * 1024;
 #endif

@@ -3,6 +3,8 @@
 
 #include <poll.h>
 
+#include <cxxabi.h>
+
 #include <exception>
 
 #include "binder/IPCThreadState.h"
@@ -37,16 +39,27 @@ namespace transport {
 
 namespace {
 
+void logException(const Incoming& incoming, const char* what) {
+    logLimited("call %u from process %d ended with an exception: %s",
+               incoming.envelope.header().code, static_cast<int>(incoming.envelope.senderPid()),
+               what);
+}
+
 // An exception that an implementation lets out would end the whole process for one bad request.
-status_t run(BBinder& node, Incoming& incoming, Parcel* reply) {
+// A forced unwind is caught as an object that is not there, which only the sanitizer minds.
+__attribute__((no_sanitize("null"))) status_t run(BBinder& node, Incoming& incoming,
+                                                  Parcel* reply) {
     const Header& header = incoming.envelope.header();
     const CallingIdentity identity(incoming.envelope.senderPid(), incoming.envelope.senderUid());
     status_t status = UNKNOWN_ERROR;
     try {
         status = node.transact(header.code, incoming.parcel, reply, header.flags);
     } catch (const std::exception& error) {
-        logLimited("call %u from process %d ended with an exception: %s", header.code,
-                   static_cast<int>(incoming.envelope.senderPid()), error.what());
+        logException(incoming, error.what());
+    } catch (const abi::__forced_unwind&) {
+        throw;  // the implementation ends its thread, which is not to be held up
+    } catch (...) {
+        logException(incoming, "no std::exception");
     }
     // The caller may rely on it that what it sent along has been let go when the reply is there.
     incoming.parcel.freeData();

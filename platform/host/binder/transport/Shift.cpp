@@ -14,9 +14,8 @@ namespace android::transport {
 Shift::Shift(std::shared_ptr<CallEnd> end)
     : mEnd(std::move(end)),
       mMessage(std::make_unique<Incoming>()),
-      mTurns(recordOf(*mEnd->node()).oneWayTurns) {
-    watchman().enter(mEnd);
-}
+      mTurns(recordOf(*mEnd->node()).oneWayTurns),
+      mWatched(watchman().enter(mEnd)) {}
 
 Shift::~Shift() {
     watchman().leave(*mEnd);
@@ -43,7 +42,7 @@ bool Shift::mayStay() {
         reactor().pause(*mEnd);
         return !threadPool().nobodyWaits();
     }
-    mStaying = threadPool().tryStay();
+    mStaying = mWatched && threadPool().tryStay();
     return mStaying;
 }
 

@@ -39,6 +39,7 @@ private:
     const std::shared_ptr<CallEnd> mEnd;
     std::unique_ptr<Incoming> mMessage;
     Turns& mTurns;
+    const bool mWatched;
     bool mStaying = false;
 };
 

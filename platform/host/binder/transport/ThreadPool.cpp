@@ -62,11 +62,35 @@ bool ThreadPool::leave() {
     return true;
 }
 
+// One thread's place in the pool; an implementation may end the thread in the middle of a call.
+struct ThreadPool::Place {
+    explicit Place(ThreadPool& threads) : pool(threads) {}
+    ~Place() {
+        if (!left) {
+            pool.lose();
+        }
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+    ThreadPool& pool;
+    bool left = false;
+};
+
 void ThreadPool::run() {
     (void)pthread_setname_np(pthread_self(), "binder");  // a name is a nicety
     gServes = true;
+    Place place(*this);
     while (!leave()) {
         serveOne();
+    }
+    place.left = true;
+}
+
+void ThreadPool::lose() {
+    mCrew.fetch_sub(kOneSpawned);
+    if (nobodyWaits()) {
+        (void)grow();  // it says why not
     }
 }
 

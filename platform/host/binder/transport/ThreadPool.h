@@ -68,6 +68,8 @@ private:
     void serveOne();
     void run();
     bool leave();
+    struct Place;
+    void lose();
     bool block();
 
     std::atomic<bool> mStarted{false};

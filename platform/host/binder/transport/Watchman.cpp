@@ -17,15 +17,16 @@ constexpr int kMostIdleLooks = 5;
 
 }  // namespace
 
-Watchman::Watchman(Fd timer) : Source(std::move(timer)) {}
+Watchman::Watchman() : Source(Fd()) {}
 
-void Watchman::enter(const std::shared_ptr<CallEnd>& end) {
+bool Watchman::enter(const std::shared_ptr<CallEnd>& end) {
     Mutex::Autolock held(mLock);
     mWatched.push_back({end, 0});
     mIdleLooks = 0;
     if (!mTicking) {
         setTimer(true);
     }
+    return mTicking;
 }
 
 void Watchman::leave(const CallEnd& end) {
@@ -40,7 +41,7 @@ void Watchman::leave(const CallEnd& end) {
 
 void Watchman::onReady() {
     uint64_t ticks = 0;
-    (void)read(socket().get(), &ticks, sizeof(ticks));  // how many does not matter
+    (void)read(mTimer.get(), &ticks, sizeof(ticks));  // how many does not matter
     {
         Mutex::Autolock held(mLock);
         look();
@@ -62,20 +63,28 @@ void Watchman::look() {
     }
 }
 
+bool Watchman::hasTimer() {
+    if (!mTimer.valid()) {
+        mTimer = Fd(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
+        if (mTimer.valid() && !reactor().add(shared_from_this(), mTimer)) {
+            mTimer.reset();
+        }
+    }
+    return mTimer.valid();
+}
+
 void Watchman::setTimer(bool on) {
+    if (!hasTimer()) {
+        return;
+    }
     itimerspec when = {};
     when.it_value.tv_nsec = on ? kTickNanoseconds : 0;
     when.it_interval.tv_nsec = when.it_value.tv_nsec;
-    mTicking = timerfd_settime(socket().get(), 0, &when, nullptr) == 0 && on;
+    mTicking = timerfd_settime(mTimer.get(), 0, &when, nullptr) == 0 && on;
 }
 
 Watchman& watchman() {
-    static const std::shared_ptr<Watchman>* const instance = [] {
-        auto* made = new std::shared_ptr<Watchman>(std::make_shared<Watchman>(
-            Fd(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK))));
-        (void)reactor().add(*made);
-        return made;
-    }();
+    static const auto* const instance = new std::shared_ptr<Watchman>(std::make_shared<Watchman>());
     return **instance;
 }
 

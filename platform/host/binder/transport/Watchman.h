@@ -15,11 +15,12 @@ namespace android::transport {
 /// same call since the last look, and then lends its socket to the others. So a call that takes
 /// long holds up what comes behind it on its socket for that time only, and a quick call pays
 /// nothing.
-class Watchman final : public Source {
+class Watchman final : public Source, public std::enable_shared_from_this<Watchman> {
 public:
-    explicit Watchman(Fd timer);
+    Watchman();
 
-    void enter(const std::shared_ptr<CallEnd>& end) PLATFORM_EXCLUDES(mLock);
+    /// False when there is nothing to make it tick with; the next one tries again.
+    bool enter(const std::shared_ptr<CallEnd>& end) PLATFORM_EXCLUDES(mLock);
     void leave(const CallEnd& end) PLATFORM_EXCLUDES(mLock);
     void onReady() override;
     bool isBrief() const override { return true; }
@@ -31,7 +32,10 @@ private:
     };
     void look() PLATFORM_REQUIRES(mLock);
     void setTimer(bool on) PLATFORM_REQUIRES(mLock);
+    bool hasTimer() PLATFORM_REQUIRES(mLock);
 
+    // Set once, before the reactor knows of it; a process that is out of descriptors has none yet.
+    Fd mTimer;
     Mutex mLock;
     std::vector<Watched> mWatched PLATFORM_GUARDED_BY(mLock);
     int mIdleLooks PLATFORM_GUARDED_BY(mLock) = 0;
