@@ -16,8 +16,9 @@ namespace {
 constexpr int kPatienceMs = 60000;
 
 void append(Bytes& bytes, const void* what, size_t size) {
-    const auto* from = static_cast<const uint8_t*>(what);
-    bytes.insert(bytes.end(), from, from + size);
+    const size_t before = bytes.size();
+    bytes.resize(before + size);
+    std::memcpy(bytes.data() + before, what, size);
 }
 
 }  // namespace
