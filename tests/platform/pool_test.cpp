@@ -112,6 +112,47 @@ TEST_F(AThreadPool, ThatBeganWithoutDescriptorsIsNotHeldUpByASlowCallOnceItHasSo
     EXPECT_EQ(32U, raw::receive(calls.get()).size());
 }
 
+// A process without a pool: gives objects away, and starts one in the end.
+const voxtrel_test::Role kLoner("loner", [](const voxtrel_test::Arguments&) {
+    const sp<android::IBinder> service = probe::find();
+    const sp<android::IBinder> first = probe::makeNode();
+    const auto giveAway = [&service](const sp<android::IBinder>& node) {
+        probe::Call call;
+        call.data.writeStrongBinder(node);
+        return call.to(service, probe::kKeep);
+    };
+    voxtrel_test::tell(giveAway(first) == OK ? "ready" : "failed");
+    for (std::string line = voxtrel_test::hear(); !line.empty(); line = voxtrel_test::hear()) {
+        if (line == "give away") {
+            for (int i = 0; i < 300; ++i) {
+                (void)giveAway(probe::makeNode());
+            }
+        } else if (line == "start") {
+            probe::startPool();
+        }
+        voxtrel_test::tell(std::to_string(line == "answered?" ? probe::ask(first, probe::kAnswered)
+                                                              : probe::descriptors()));
+    }
+    return 0;
+});
+
+TEST_F(AThreadPool, ThatIsNotStartedLetsObjectsGoWhileOthersAreGivenAwayAndServesNobody) {
+    ChildProcess loner = ChildProcess::asRole("loner");
+    ASSERT_EQ("ready", loner.readLine());
+    probe::Call give;
+    ASSERT_EQ(OK, give.to(mNode, probe::kGive));
+    const sp<android::IBinder> first = give.reply.readStrongBinder();
+    probe::Call call;
+    ASSERT_EQ(OK, call.to(first, probe::kAnswer, android::IBinder::FLAG_ONEWAY));
+    const int before = std::stoi(loner.ask("count"));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_LE(std::stoi(loner.ask("give away")), before + 20);
+    }
+    EXPECT_EQ("0", loner.ask("answered?")) << "no thread has been told to serve";
+    (void)loner.ask("start");
+    EXPECT_TRUE(voxtrel_test::eventually([&loner] { return loner.ask("answered?") == "1"; }));
+}
+
 // One call whose service calls back somebody who never answers.
 raw::Bytes callBackOf(uint64_t id) {
     raw::Words words;

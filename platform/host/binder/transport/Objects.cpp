@@ -9,12 +9,31 @@
 #include "binder/transport/Log.h"
 #include "binder/transport/ParcelFrame.h"
 #include "binder/transport/SocketReference.h"
+#include "binder/transport/ThreadPool.h"
 
 namespace android::transport {
 
 namespace {
 
+// Where no thread waits in the reactor, nobody sees that a reference has been let go: a process
+// that gives away one object after the other would keep them all. It looks after some whenever it
+// gives away another. Doors only: a call is never served by a thread that has not been told to
+// serve.
+void lookAfterDoors() {
+    if (threadPool().isUsed()) {
+        return;
+    }
+    for (const std::shared_ptr<Source>& source : reactor().ready()) {
+        if (dynamic_cast<DoorEnd*>(source.get()) != nullptr) {
+            source->onReady();
+        } else {
+            reactor().rearmIfKept(*source);
+        }
+    }
+}
+
 Fd exportNode(BBinder& node) {
+    lookAfterDoors();
     SocketPair pair = makeSocketPair();
     if (!pair.held.valid()) {
         return Fd();

@@ -42,6 +42,13 @@ void Reactor::rearm(Source& source) {
     (void)control(mEpoll.get(), operation, source.mWaitedFd, source.mToken);
 }
 
+void Reactor::rearmIfKept(Source& source) {
+    Mutex::Autolock held(mLock);
+    if (mSources.count(source.mToken) != 0) {
+        rearm(source);
+    }
+}
+
 void Reactor::pause(Source& source) {
     if (!source.mPaused.exchange(true)) {
         (void)control(mEpoll.get(), EPOLL_CTL_DEL, source.mWaitedFd, source.mToken);
@@ -67,6 +74,21 @@ std::shared_ptr<Source> Reactor::wait() {
     Mutex::Autolock held(mLock);
     const auto found = mSources.find(event.data.u64);
     return found != mSources.end() ? found->second : nullptr;
+}
+
+std::vector<std::shared_ptr<Source>> Reactor::ready() {
+    constexpr int kMostAtOnce = 16;
+    epoll_event events[kMostAtOnce];
+    const int count = epoll_wait(mEpoll.get(), events, kMostAtOnce, 0);
+    std::vector<std::shared_ptr<Source>> sources;
+    Mutex::Autolock held(mLock);
+    for (int i = 0; i < count; ++i) {
+        const auto found = mSources.find(events[i].data.u64);
+        if (found != mSources.end()) {
+            sources.push_back(found->second);
+        }
+    }
+    return sources;
 }
 
 Reactor& reactor() {

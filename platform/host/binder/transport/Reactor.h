@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 #include "binder/transport/Fd.h"
 #include "utils/Mutex.h"
@@ -50,6 +51,8 @@ public:
     /// The same for a descriptor that somebody else owns and removes before it is closed.
     bool add(const std::shared_ptr<Source>& source, const Fd& socket);
     void rearm(Source& source);
+    /// The same for a source that may be removed at any time, and its descriptor closed.
+    void rearmIfKept(Source& source);
     /// Takes a source that is not armed out of the kernel's sight until it is armed again: while a
     /// thread reads its socket directly, each message would cost a look at it.
     void pause(Source& source);
@@ -58,6 +61,8 @@ public:
 
     /// Sleeps until a source is ready. Null once in a while, when it has been removed meanwhile.
     std::shared_ptr<Source> wait();
+    /// Those of the sources that are ready now, a few at a time and each in its turn.
+    std::vector<std::shared_ptr<Source>> ready();
 
 private:
     Fd mEpoll;

@@ -95,6 +95,7 @@ void ThreadPool::lose() {
 }
 
 void ThreadPool::serveForever() {
+    mJoined = true;
     gServes = true;
     for (;;) {
         serveOne();

@@ -18,6 +18,8 @@ public:
     /// At least one thread serves once the pool has started, whatever `count` says.
     void setMost(size_t count);
     [[noreturn]] void serveForever();
+    /// Has any thread been told to serve? Without one nobody waits in the reactor.
+    bool isUsed() const { return mStarted || mJoined; }
 
     /// May a thread that has just served a socket sleep on that socket, to be woken straight into
     /// its next call? Only while others wait in the reactor, and half of the pool at most: so a
@@ -73,6 +75,7 @@ private:
     bool block();
 
     std::atomic<bool> mStarted{false};
+    std::atomic<bool> mJoined{false};
     std::atomic<int> mMost{15};
     std::atomic<uint32_t> mCrew{0};
     std::atomic<int> mWaiting{0};
