@@ -5,6 +5,9 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -43,6 +46,28 @@ TEST_F(AThreadPool, OfOneThreadIsNeverLeftByAll) {
         ASSERT_EQ(OK, call.to(node, probe::kCallBack));
     }
 }
+
+// A connection of which the peer keeps a copy of the other end, too.
+struct Meddler {
+    raw::Pair pair = raw::makePair();
+
+    explicit Meddler(int door) {
+        const int on = 1;
+        EXPECT_EQ(0, setsockopt(pair.theirs.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)));
+        raw::Words words;
+        words.kind = raw::kAdopt;
+        words.code = raw::kCalls;
+        EXPECT_TRUE(raw::send(door, raw::packet(words), {pair.theirs.get()}));
+    }
+    int ours() const { return pair.ours.get(); }
+    void limitStay(timeval most) const {
+        EXPECT_EQ(0, setsockopt(pair.theirs.get(), SOL_SOCKET, SO_RCVTIMEO, &most, sizeof(most)));
+    }
+    bool hangsUpWithin(int milliseconds) const {
+        pollfd request = {ours(), POLLRDHUP, 0};
+        return poll(&request, 1, milliseconds) == 1;
+    }
+};
 
 raw::Bytes callOf(uint32_t code, const raw::Bytes& payload = {}) {
     raw::Words words;
@@ -110,6 +135,32 @@ TEST_F(AThreadPool, ThatBeganWithoutDescriptorsIsNotHeldUpByASlowCallOnceItHasSo
     const raw::Fd other = raw::openCalls(door.get());
     ASSERT_TRUE(raw::send(other.get(), callOf(probe::kUnblock)));
     EXPECT_EQ(32U, raw::receive(calls.get()).size());
+}
+
+TEST_F(AThreadPool, WhoseThreadsAreKeptAsleepByTheirPeersWakesThem) {
+    const raw::Fd manager = raw::connectTo(mRuntime.socket());
+    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
+    const raw::Bytes add = callOf(probe::kAdd, raw::Bytes(8));
+    const auto call = [&add](const Meddler& one) {
+        return raw::send(one.ours(), add) && raw::receive(one.ours()).size() == 36;
+    };
+    const Meddler honest(door.get());
+    ASSERT_TRUE(call(honest));
+    ASSERT_TRUE(raw::send(honest.ours(), callOf(probe::kBlock)));
+    for (const timeval limit : {timeval{0, 0}, timeval{3600, 0}}) {
+        const Meddler meddler(door.get());
+        ASSERT_TRUE(call(meddler));
+        meddler.limitStay(limit);
+        // Not every call is followed by a sleep on its socket.
+        bool woken = false;
+        for (int i = 0; i < 30 && !woken; ++i) {
+            woken = !call(meddler) || meddler.hangsUpWithin(2000);
+        }
+        EXPECT_TRUE(woken);
+    }
+    EXPECT_TRUE(call(honest)) << "one that just says nothing for long is left alone";
+    (void)probe::ask(mNode, probe::kUnblock);
+    EXPECT_EQ(32U, raw::receive(honest.ours()).size());
 }
 
 // A process without a pool: gives objects away, and starts one in the end.

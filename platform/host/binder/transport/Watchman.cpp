@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Watchman.h"
 
+#include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <utility>
+
+#include "binder/transport/Log.h"
 
 namespace android::transport {
 
@@ -14,6 +18,18 @@ namespace {
 constexpr long kTickNanoseconds = 2000000;
 // The timer goes on for a while after the last call, so that a call now and then need not set it.
 constexpr int kMostIdleLooks = 5;
+// After so many looks at a socket that has received nothing its limit of time is looked at as well.
+// Only that limit decides: on a slow machine a thread may take any time to wake.
+constexpr int kLooksUntilSuspicion = 50;
+// The limit is 5 ms, which the kernel rounds up to its own tick.
+constexpr suseconds_t kLongestStay = 50000;
+
+bool limitsStay(const Fd& socket) {
+    timeval stay = {};
+    socklen_t size = sizeof(stay);
+    return getsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &stay, &size) != 0 ||
+           (stay.tv_sec == 0 && stay.tv_usec != 0 && stay.tv_usec <= kLongestStay);
+}
 
 }  // namespace
 
@@ -21,7 +37,7 @@ Watchman::Watchman() : Source(Fd()) {}
 
 bool Watchman::enter(const std::shared_ptr<CallEnd>& end) {
     Mutex::Autolock held(mLock);
-    mWatched.push_back({end, 0});
+    mWatched.push_back({end, 0, 0});
     mIdleLooks = 0;
     if (!mTicking) {
         setTimer(true);
@@ -55,11 +71,25 @@ void Watchman::look() {
         setTimer(false);
     }
     for (Watched& one : mWatched) {
-        const uint32_t now = one.end->progress();
-        if ((now & 1U) != 0 && now == one.seen && one.end->lend(now)) {
-            reactor().rearm(*one.end);
+        lookAt(one);
+    }
+}
+
+void Watchman::lookAt(Watched& one) {
+    const uint32_t now = one.end->progress();
+    const bool isServed = (now & 1U) != 0;
+    if (isServed && now == one.seen && one.end->lend(now)) {
+        reactor().rearm(*one.end);
+    }
+    one.idleLooks = !isServed && now == one.seen ? one.idleLooks + 1 : 0;
+    one.seen = now;
+    if (one.idleLooks == kLooksUntilSuspicion) {
+        one.idleLooks = 0;
+        if (!limitsStay(one.end->socket())) {
+            logLimited("process %d has taken the limit of time off a connection: it is closed",
+                       static_cast<int>(peerPid(one.end->socket())));
+            (void)shutdown(one.end->socket().get(), SHUT_RDWR);
         }
-        one.seen = now;
     }
 }
 

@@ -15,6 +15,9 @@ namespace android::transport {
 /// same call since the last look, and then lends its socket to the others. So a call that takes
 /// long holds up what comes behind it on its socket for that time only, and a quick call pays
 /// nothing.
+///
+/// It also wakes threads that sleep on a socket for ever because its peer, who may have kept a copy
+/// of the end that it gave away, has taken the limit of time off it: such a socket is shut down.
 class Watchman final : public Source, public std::enable_shared_from_this<Watchman> {
 public:
     Watchman();
@@ -29,8 +32,10 @@ private:
     struct Watched {
         std::shared_ptr<CallEnd> end;
         uint32_t seen;
+        int idleLooks;  ///< in a row, in which nothing has been received
     };
     void look() PLATFORM_REQUIRES(mLock);
+    static void lookAt(Watched& one);
     void setTimer(bool on) PLATFORM_REQUIRES(mLock);
     bool hasTimer() PLATFORM_REQUIRES(mLock);
 
