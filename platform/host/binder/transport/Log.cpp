@@ -34,11 +34,11 @@ void write(const char* format, va_list arguments) {
 }  // namespace
 
 int LogAllowance::take(Time now) {
-    if (mUsed >= kLines && now - mBegin >= kPeriod) {
+    if (mUsed >= mMost && now - mBegin >= kPeriod) {
         mBegin = now;
         mUsed = 0;
     }
-    if (mUsed >= kLines) {
+    if (mUsed >= mMost) {
         ++mRefused;
         return -1;
     }

@@ -20,12 +20,16 @@ public:
     static constexpr int kLines = 10;
     static constexpr std::chrono::seconds kPeriod{1};
 
+    /// At most `most` lines a period.
+    explicit LogAllowance(int most = kLines) : mMost(most), mUsed(most) {}
+
     /// -1: not this one. Else how many before it were refused.
     int take(Time now);
 
 private:
+    const int mMost;
     Time mBegin{};
-    int mUsed = kLines;
+    int mUsed;
     int mRefused = 0;
 };
 
