@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any packet, with any number of descriptors of several kinds, through the decoder and through the
-// whole of what a received message goes through: payload, memfd, binders, reads.
+// whole of what a received message goes through: payload, memfd, binders, reads. At times the
+// process may have few further descriptors, or none; and it never keeps one.
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -15,6 +17,7 @@
 #include "binder/transport/Memfd.h"
 #include "binder/transport/Message.h"
 #include "binder/transport/Objects.h"
+#include "binder/transport/Reactor.h"
 #include "binder/transport/Wire.h"
 
 namespace {
@@ -82,26 +85,72 @@ void readEverything(const Parcel& parcel) {
     }
 }
 
+int lowestFree() {
+    const Fd probe(fcntl(STDIN_FILENO, F_DUPFD, 0));
+    return probe.get();
+}
+
+// Lets the process open so many further descriptors at most.
+class Scarcity {
+public:
+    explicit Scarcity(unsigned left) {
+        getrlimit(RLIMIT_NOFILE, &mLimit);
+        rlimit few = mLimit;
+        few.rlim_cur = static_cast<rlim_t>(lowestFree()) + left;
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~Scarcity() { setrlimit(RLIMIT_NOFILE, &mLimit); }
+    Scarcity(const Scarcity&) = delete;
+    Scarcity& operator=(const Scarcity&) = delete;
+
+private:
+    rlimit mLimit{};
+};
+
+void receive(const Fd& socket, bool plenty) {
+    Parcel parcel;
+    Envelope envelope;
+    const Received received = receiveMessage(socket, false, parcel, envelope);
+    if (received == Received::OutOfDescriptors && (plenty || envelope.fdCount() != 0)) {
+        std::abort();
+    }
+    if (received == Received::Message && attachBinders(envelope, parcel)) {
+        readEverything(parcel);
+    }
+}
+
+void run(const uint8_t* data, size_t size, uint8_t choice) {
+    const std::vector<Fd> fds = descriptors(choice);
+    Layout layout;
+    if (decode(data, size, fds.size(), &layout) &&
+        layout.records + layout.header.objectCount * sizeof(ObjectRecord) != size) {
+        std::abort();
+    }
+    const SocketPair pair = makeSocketPair();
+    if (size == 0 || !sendRaw(pair.held, data, size, fds)) {
+        return;
+    }
+    // These bits mean nothing to a choice of sockets.
+    const bool plenty = (choice & 0xE0) != 0x20;
+    if (plenty) {
+        receive(pair.served, plenty);
+    } else {
+        const Scarcity scarcity((choice >> 3) & 3U);
+        receive(pair.served, plenty);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > 60000) {
         return 0;
     }
-    const std::vector<Fd> fds = descriptors(data[0]);
-    Layout layout;
-    if (decode(data + 1, size - 1, fds.size(), &layout) &&
-        layout.records + layout.header.objectCount * sizeof(ObjectRecord) != size - 1) {
+    (void)reactor();  // opens a descriptor of its own once
+    const int before = lowestFree();
+    run(data + 1, size - 1, data[0]);
+    if (lowestFree() != before) {
         std::abort();
-    }
-    const SocketPair pair = makeSocketPair();
-    if (size > 1 && sendRaw(pair.held, data + 1, size - 1, fds)) {
-        Parcel parcel;
-        Envelope envelope;
-        if (receiveMessage(pair.served, false, parcel, envelope) == Received::Message &&
-            attachBinders(envelope, parcel)) {
-            readEverything(parcel);
-        }
     }
     return 0;
 }
