@@ -20,6 +20,7 @@ namespace {
 using android::OK;
 using android::sp;
 using voxtrel_test::ChildProcess;
+using voxtrel_test::eventually;
 
 using AThreadPool = probe::ProbeTest;
 
@@ -158,6 +159,20 @@ TEST_F(AThreadPool, WhoseThreadsAreKeptAsleepByTheirPeersWakesThem) {
         }
         EXPECT_TRUE(woken);
     }
+    EXPECT_TRUE(eventually([&] {
+        const Meddler clever(door.get());
+        clever.limitStay({0, 0});
+        for (int i = 0; i < 20; ++i) {
+            if (!call(clever)) {
+                return false;  // its limit was set while it was being served for the first time
+            }
+            clever.limitStay({0, 0});
+        }
+        (void)call(
+            honest);  // by the time it is answered, the other thread has mostly gone to sleep
+        clever.limitStay({0, 5000});
+        return clever.hangsUpWithin(8000);
+    })) << "nor does it help to put the limit back while the thread sleeps";
     EXPECT_TRUE(call(honest)) << "one that just says nothing for long is left alone";
     (void)probe::ask(mNode, probe::kUnblock);
     EXPECT_EQ(32U, raw::receive(honest.ours()).size());

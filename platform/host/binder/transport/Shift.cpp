@@ -15,10 +15,10 @@ Shift::Shift(std::shared_ptr<CallEnd> end)
     : mEnd(std::move(end)),
       mMessage(std::make_unique<Incoming>()),
       mTurns(recordOf(*mEnd->node()).oneWayTurns),
-      mWatched(watchman().enter(mEnd)) {}
+      mWatched(watchman().enter(mEnd, mSleeps)) {}
 
 Shift::~Shift() {
-    watchman().leave(*mEnd);
+    watchman().leave(mSleeps);
     if (mStaying) {
         threadPool().endStay();
     }
@@ -27,14 +27,21 @@ Shift::~Shift() {
 void Shift::run() {
     After after = After::ReadOn;
     while (after == After::ReadOn) {
-        const Received received =
-            receiveMessage(mEnd->socket(), mStaying, mMessage->parcel, mMessage->envelope);
-        after = handle(received);
+        after = handle(receive());
         if (after == After::ReadOn && !mayStay()) {
             reactor().rearm(*mEnd);
             after = After::Left;
         }
     }
+}
+
+Received Shift::receive() {
+    const uint32_t sleep = mStaying ? mSleeps.load(std::memory_order_relaxed) + 1 : 0;
+    mSleeps.store(sleep, std::memory_order_relaxed);
+    const Received received =
+        receiveMessage(mEnd->socket(), mStaying, mMessage->parcel, mMessage->envelope);
+    mSleeps.store(sleep + (sleep & 1U), std::memory_order_relaxed);
+    return received;
 }
 
 bool Shift::mayStay() {

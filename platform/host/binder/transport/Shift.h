@@ -2,6 +2,7 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_SHIFT_H
 #define VOXTREL_BINDER_TRANSPORT_SHIFT_H
 
+#include <atomic>
 #include <memory>
 
 #include "binder/transport/CallEnd.h"
@@ -26,6 +27,7 @@ private:
         ReadOn,  ///< the socket is still this thread's
         Left,    ///< somebody else reads it now, or nobody any more
     };
+    Received receive();
     After handle(Received received);
     After serveOne();
     After serveTwoWay();
@@ -39,6 +41,8 @@ private:
     const std::shared_ptr<CallEnd> mEnd;
     std::unique_ptr<Incoming> mMessage;
     Turns& mTurns;
+    // Odd while this thread sleeps on the socket.
+    std::atomic<uint32_t> mSleeps{0};
     const bool mWatched;
     bool mStaying = false;
 };

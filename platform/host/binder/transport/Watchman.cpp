@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Watchman.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "binder/transport/Log.h"
@@ -18,9 +21,10 @@ namespace {
 constexpr long kTickNanoseconds = 2000000;
 // The timer goes on for a while after the last call, so that a call now and then need not set it.
 constexpr int kMostIdleLooks = 5;
-// After so many looks at a socket that has received nothing its limit of time is looked at as well.
-// Only that limit decides: on a slow machine a thread may take any time to wake.
+// After so many looks at a thread in one sleep the limit of its socket is looked at as well; after
+// so many more, whether it does sleep: on a slow machine it may take any time to run again.
 constexpr int kLooksUntilSuspicion = 50;
+constexpr int kLooksUntilProof = 2500;
 // The limit is 5 ms, which the kernel rounds up to its own tick.
 constexpr suseconds_t kLongestStay = 50000;
 
@@ -31,13 +35,30 @@ bool limitsStay(const Fd& socket) {
            (stay.tv_sec == 0 && stay.tv_usec != 0 && stay.tv_usec <= kLongestStay);
 }
 
+// By the kernel's word: who only waits for a processor does not sleep.
+bool isAsleep(pid_t thread) {
+    const std::string path = "/proc/self/task/" + std::to_string(thread) + "/stat";
+    const Fd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    char text[256];
+    const ssize_t got = read(file.get(), text, sizeof(text));
+    const std::string_view status(text, got > 0 ? static_cast<size_t>(got) : 0);
+    const size_t name = status.rfind(')');
+    return name != std::string_view::npos && status.substr(name, 3) == ") S";
+}
+
+void cutOff(const Fd& socket) {
+    logLimited("process %d has taken the limit of time off a connection: it is closed",
+               static_cast<int>(peerPid(socket)));
+    (void)shutdown(socket.get(), SHUT_RDWR);
+}
+
 }  // namespace
 
 Watchman::Watchman() : Source(Fd()) {}
 
-bool Watchman::enter(const std::shared_ptr<CallEnd>& end) {
+bool Watchman::enter(const std::shared_ptr<CallEnd>& end, const std::atomic<uint32_t>& sleeps) {
     Mutex::Autolock held(mLock);
-    mWatched.push_back({end, 0, 0});
+    mWatched.push_back({end, 0, &sleeps, 0, 0, gettid()});
     mIdleLooks = 0;
     if (!mTicking) {
         setTimer(true);
@@ -45,11 +66,12 @@ bool Watchman::enter(const std::shared_ptr<CallEnd>& end) {
     return mTicking;
 }
 
-void Watchman::leave(const CallEnd& end) {
+void Watchman::leave(const std::atomic<uint32_t>& sleeps) {
     std::shared_ptr<CallEnd> last;  // destroyed outside of the lock
     Mutex::Autolock held(mLock);
-    const auto found = std::find_if(mWatched.begin(), mWatched.end(),
-                                    [&end](const Watched& one) { return one.end.get() == &end; });
+    const auto found =
+        std::find_if(mWatched.begin(), mWatched.end(),
+                     [&sleeps](const Watched& one) { return one.sleeps == &sleeps; });
     last = std::exchange(found->end, nullptr);
     *found = std::move(mWatched.back());
     mWatched.pop_back();
@@ -77,19 +99,21 @@ void Watchman::look() {
 
 void Watchman::lookAt(Watched& one) {
     const uint32_t now = one.end->progress();
-    const bool isServed = (now & 1U) != 0;
-    if (isServed && now == one.seen && one.end->lend(now)) {
+    if ((now & 1U) != 0 && now == one.seen && one.end->lend(now)) {
         reactor().rearm(*one.end);
     }
-    one.idleLooks = !isServed && now == one.seen ? one.idleLooks + 1 : 0;
     one.seen = now;
-    if (one.idleLooks == kLooksUntilSuspicion) {
-        one.idleLooks = 0;
-        if (!limitsStay(one.end->socket())) {
-            logLimited("process %d has taken the limit of time off a connection: it is closed",
-                       static_cast<int>(peerPid(one.end->socket())));
-            (void)shutdown(one.end->socket().get(), SHUT_RDWR);
-        }
+    lookAtSleep(one);
+}
+
+void Watchman::lookAtSleep(Watched& one) {
+    const uint32_t sleep = one.sleeps->load(std::memory_order_relaxed);
+    one.asleepLooks = (sleep & 1U) != 0 && sleep == one.seenSleep ? one.asleepLooks + 1 : 0;
+    one.seenSleep = sleep;
+    const Fd& socket = one.end->socket();
+    if ((one.asleepLooks == kLooksUntilSuspicion && !limitsStay(socket)) ||
+        (one.asleepLooks == kLooksUntilProof && isAsleep(one.thread))) {
+        cutOff(socket);
     }
 }
 

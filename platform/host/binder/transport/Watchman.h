@@ -2,6 +2,9 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_WATCHMAN_H
 #define VOXTREL_BINDER_TRANSPORT_WATCHMAN_H
 
+#include <sys/types.h>
+
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -18,13 +21,18 @@ namespace android::transport {
 ///
 /// It also wakes threads that sleep on a socket for ever because its peer, who may have kept a copy
 /// of the end that it gave away, has taken the limit of time off it: such a socket is shut down.
+/// Proof is that the limit is gone; or, where it has been put back, that the thread is still
+/// asleep, and not merely late, when that limit has passed a thousand times over.
 class Watchman final : public Source, public std::enable_shared_from_this<Watchman> {
 public:
     Watchman();
 
-    /// False when there is nothing to make it tick with; the next one tries again.
-    bool enter(const std::shared_ptr<CallEnd>& end) PLATFORM_EXCLUDES(mLock);
-    void leave(const CallEnd& end) PLATFORM_EXCLUDES(mLock);
+    /// The calling thread serves `end` until it leaves. `sleeps` is counted up when it goes to
+    /// sleep on the socket and when it wakes, so that it is odd in between. False when there is
+    /// nothing to make the watchman tick with; the next one tries again.
+    bool enter(const std::shared_ptr<CallEnd>& end, const std::atomic<uint32_t>& sleeps)
+        PLATFORM_EXCLUDES(mLock);
+    void leave(const std::atomic<uint32_t>& sleeps) PLATFORM_EXCLUDES(mLock);
     void onReady() override;
     bool isBrief() const override { return true; }
 
@@ -32,10 +40,14 @@ private:
     struct Watched {
         std::shared_ptr<CallEnd> end;
         uint32_t seen;
-        int idleLooks;  ///< in a row, in which nothing has been received
+        const std::atomic<uint32_t>* sleeps;
+        uint32_t seenSleep;
+        int asleepLooks;  ///< in a row, in the same sleep
+        pid_t thread;
     };
     void look() PLATFORM_REQUIRES(mLock);
     static void lookAt(Watched& one);
+    static void lookAtSleep(Watched& one);
     void setTimer(bool on) PLATFORM_REQUIRES(mLock);
     bool hasTimer() PLATFORM_REQUIRES(mLock);
 
