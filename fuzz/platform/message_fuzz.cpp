@@ -107,16 +107,10 @@ private:
     rlimit mLimit{};
 };
 
-void receive(const Fd& socket, bool plenty) {
-    Parcel parcel;
-    Envelope envelope;
-    const Received received = receiveMessage(socket, false, parcel, envelope);
-    if (received == Received::OutOfDescriptors && (plenty || envelope.fdCount() != 0)) {
-        std::abort();
-    }
-    if (received == Received::Message && attachBinders(envelope, parcel)) {
-        readEverything(parcel);
-    }
+Received receiveShort(const Fd& socket, unsigned left, Parcel& parcel, Envelope& envelope) {
+    // No longer than that: the sanitizers open descriptors, too.
+    const Scarcity scarcity(left);
+    return receiveMessage(socket, false, parcel, envelope);
 }
 
 void run(const uint8_t* data, size_t size, uint8_t choice) {
@@ -132,11 +126,16 @@ void run(const uint8_t* data, size_t size, uint8_t choice) {
     }
     // These bits mean nothing to a choice of sockets.
     const bool plenty = (choice & 0xE0) != 0x20;
-    if (plenty) {
-        receive(pair.served, plenty);
-    } else {
-        const Scarcity scarcity((choice >> 3) & 3U);
-        receive(pair.served, plenty);
+    Parcel parcel;
+    Envelope envelope;
+    const Received received = plenty
+                                  ? receiveMessage(pair.served, false, parcel, envelope)
+                                  : receiveShort(pair.served, (choice >> 3) & 3U, parcel, envelope);
+    if (received == Received::OutOfDescriptors && (plenty || envelope.fdCount() != 0)) {
+        std::abort();
+    }
+    if (received == Received::Message && attachBinders(envelope, parcel)) {
+        readEverything(parcel);
     }
 }
 
