@@ -9,6 +9,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <future>
 #include <string>
 #include <vector>
 
@@ -259,6 +260,59 @@ TEST_F(AThreadPool, WhoseThreadsAllWaitForRepliesFailsACallInsteadOfWaitingToo) 
         }
     }
     EXPECT_EQ(OK, mNode->pingBinder());
+}
+
+std::promise<void> gReleased;
+const std::shared_future<void> gEnd = gReleased.get_future().share();
+
+// An object whose end waits for a call.
+class Stubborn : public android::BBinder {
+protected:
+    ~Stubborn() override { gEnd.wait(); }
+};
+
+class StubbornMaker : public android::BBinder {
+public:
+    enum : uint32_t { kMake = 1, kRelease };
+
+protected:
+    android::status_t onTransact(uint32_t code, const android::Parcel& /*data*/,
+                                 android::Parcel* reply, uint32_t /*flags*/) override {
+        if (code == kMake) {
+            return reply->writeStrongBinder(new Stubborn());
+        }
+        gReleased.set_value();
+        return OK;
+    }
+};
+
+const voxtrel_test::Role kStubborn("stubborn", [](const voxtrel_test::Arguments&) {
+    probe::startPool();
+    android::defaultServiceManager()->addService(android::String16("stubborn"),
+                                                 new StubbornMaker());
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+const voxtrel_test::Role kReleaser("releaser", [](const voxtrel_test::Arguments&) {
+    voxtrel_test::tell(
+        std::to_string(probe::Call().to(probe::find("stubborn"), StubbornMaker::kRelease)));
+    return 0;
+});
+
+TEST_F(AThreadPool, ServesOnWhileTheEndsOfObjectsWait) {
+    ChildProcess process = ChildProcess::asRole("stubborn");
+    const sp<android::IBinder> maker = probe::find("stubborn");
+    std::vector<sp<android::IBinder>> objects;
+    for (int i = 0; i < 6; ++i) {
+        probe::Call make;
+        ASSERT_EQ(OK, make.to(maker, StubbornMaker::kMake));
+        objects.push_back(make.reply.readStrongBinder());
+    }
+    objects.clear();
+    // By then no thread of it stays on a socket of this process.
+    ChildProcess releaser = ChildProcess::asRole("releaser");
+    EXPECT_EQ("0", releaser.readLine()) << "nobody is left to serve the call that is waited for";
 }
 
 }  // namespace
