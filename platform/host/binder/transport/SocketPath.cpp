@@ -44,12 +44,13 @@ void makeFolderOf(const std::string& path) {
 }
 
 bool folderIsTrusted(const std::string& path) {
-    if (path != sharedFallback()) {
-        return true;
-    }
+    return path != sharedFallback() || isPrivateTo(geteuid(), folderOf(path));
+}
+
+bool isPrivateTo(uid_t user, const std::string& folder) {
     struct stat status {};
-    return lstat(folderOf(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == geteuid() && (status.st_mode & 0777) == kOwnerOnly;
+    return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == user && (status.st_mode & 0777) == kOwnerOnly;
 }
 
 }  // namespace android::transport

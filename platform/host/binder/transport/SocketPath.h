@@ -2,6 +2,8 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_SOCKETPATH_H
 #define VOXTREL_BINDER_TRANSPORT_SOCKETPATH_H
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace android::transport {
@@ -16,6 +18,9 @@ void makeFolderOf(const std::string& path);
 /// Is the folder of `path` one that no other user can have put there, or that the user named?
 /// Under /tmp everybody may make folders of any name.
 bool folderIsTrusted(const std::string& path);
+
+/// Is there a folder, not a link to one, that belongs to `user` and that nobody else may enter?
+bool isPrivateTo(uid_t user, const std::string& folder);
 
 }  // namespace android::transport
 
