@@ -11,8 +11,9 @@
 
 namespace {
 
-// Anybody may add a service over and over. A machine's own services all start within a second.
-constexpr int kMostLines = 100;
+// A line for each change, but anybody may add a service over and over: as many lines a second as
+// when every name that there can be comes and goes.
+constexpr int kMostLines = 2048;
 
 struct Lines {
     android::Mutex lock;
