@@ -5,6 +5,7 @@
 #include <binder/ProcessState.h>
 #include <dirent.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -143,6 +144,8 @@ private:
                 return reply->writeInt32(living());
             case kDescriptors:
                 return reply->writeInt32(descriptors());
+            case kHeap:
+                return reply->writeInt32(static_cast<int32_t>(mallinfo2().uordblks / 1024));
             default:
                 return BBinder::onTransact(code, data, reply, flags);
         }

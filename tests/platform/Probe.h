@@ -47,6 +47,7 @@ enum Code : uint32_t {
     kThrowNumber,  ///< ends with an exception of no class
     kEndThread,    ///< ends the thread that serves it
     kEnded,        ///< -> int32 threads that kEndThread has ended
+    kHeap,         ///< -> int32 KiB of heap that the process has in use
 };
 
 inline constexpr const char* kName = "probe";
