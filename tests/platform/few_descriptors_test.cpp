@@ -122,6 +122,21 @@ TEST_F(AProcessOutOfDescriptors, CannotSendALargeParcel) {
     }
 }
 
+TEST_F(AProcessOutOfDescriptors, CannotReceiveABinder) {
+    failsMeanwhile([this] {
+        Call call;
+        return call.to(mNode, probe::kMake);
+    });
+}
+
+TEST_F(AProcessOutOfDescriptors, CannotReceiveALargeReply) {
+    failsMeanwhile([this] {
+        Call call;
+        call.data.writeInt32(100000);
+        return call.to(mNode, probe::kBig);
+    });
+}
+
 TEST_F(AProcessOutOfDescriptors, CannotCallThroughAReferenceForTheFirstTime) {
     std::vector<sp<IBinder>> uncalled;
     for (int i = 0; i < 3; ++i) {
