@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/platform/SanitizerOptions.h"
 
 namespace {
 
@@ -100,29 +101,9 @@ const voxtrel_test::Role kForkingParent("forking-parent", [](const voxtrel_test:
     return 0;
 });
 
-// Adds to what the environment says, as long as it lives.
-class Options {
-public:
-    Options(const char* name, const char* more) : mName(name) {
-        const char* usual = getenv(name);
-        mUsual = usual != nullptr ? usual : "";
-        setenv(name, (mUsual + ":" + more).c_str(), 1);
-    }
-    ~Options() { setenv(mName, mUsual.c_str(), 1); }
-    Options(const Options&) = delete;
-    Options& operator=(const Options&) = delete;
-
-private:
-    const char* mName;
-    std::string mUsual;
-};
-
 class AForkedChildThatExits : public probe::ProbeTest {
 private:
-    // A sanitizer would let each process sleep for a second at its end, or take for lost what the
-    // parent's other threads hold, which the child does not have.
-    const Options mThread{"TSAN_OPTIONS", "atexit_sleep_ms=0"};
-    const Options mAddress{"ASAN_OPTIONS", "detect_leaks=0"};
+    const probe::SanitizersLetChildrenExit mOptions;
 };
 
 TEST_F(AForkedChildThatExits, TakesNothingFromItsParent) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "binder/Parcel.h"
+#include "binder/transport/Fd.h"
 #include "binder/transport/Reference.h"
 
 namespace android {
@@ -15,6 +16,9 @@ BpBinder::~BpBinder() = default;
 
 const String16& BpBinder::getInterfaceDescriptor() const {
     static const String16* const unknown = new String16();
+    if (transport::refusedAfterFork()) {
+        return *unknown;
+    }
     {
         Mutex::Autolock held(mLock);
         if (mDescriptor != nullptr) {
@@ -59,6 +63,9 @@ status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie
     if (recipient == nullptr) {
         return BAD_VALUE;
     }
+    if (transport::refusedAfterFork()) {
+        return INVALID_OPERATION;
+    }
     Mutex::Autolock held(mLock);
     if (mReported) {
         return DEAD_OBJECT;
@@ -74,6 +81,9 @@ status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie
 
 status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie, uint32_t flags,
                                  wp<DeathRecipient>* outRecipient) {
+    if (transport::refusedAfterFork()) {
+        return INVALID_OPERATION;
+    }
     Mutex::Autolock held(mLock);
     if (mReported) {
         return DEAD_OBJECT;

@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "binder/transport/CallEnd.h"
+#include "binder/transport/Fd.h"
 #include "binder/transport/Incoming.h"
 #include "utils/Mutex.h"
 
@@ -61,6 +62,9 @@ sp<BBinder> findLocalNode(const NodeId& id) {
 }
 
 void forgetRecord(NodeRecord* record) {
+    if (isForkedChild()) {
+        return;  // the table may be locked for ever; the record ends with the process
+    }
     {
         LocalNodes& table = nodes();
         Mutex::Autolock held(table.lock);

@@ -56,6 +56,9 @@ void Reactor::pause(Source& source) {
 }
 
 void Reactor::remove(const Source& source) {
+    if (isForkedChild()) {
+        return;  // the lock may be held for ever, and the descriptors are closed already
+    }
     std::shared_ptr<Source> last;  // destroyed outside of the lock
     Mutex::Autolock held(mLock);
     const auto found = mSources.find(source.mToken);

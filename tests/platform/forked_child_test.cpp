@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+// A forked child lets go of what it inherited, whatever locks its parent's threads held at the
+// fork.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+#include "tests/platform/SanitizerOptions.h"
+
+namespace {
+
+using android::IBinder;
+using android::INVALID_OPERATION;
+using android::OK;
+using android::sp;
+using probe::Call;
+using probe::Mourner;
+using voxtrel_test::ChildProcess;
+using voxtrel_test::eventually;
+
+struct Inherited {
+    sp<IBinder> service;   // of another process, and linked
+    sp<IBinder> made;      // also, held by nobody else
+    sp<IBinder> exported;  // of this process, once held by the other
+    sp<Mourner> mourner = new Mourner();
+};
+
+sp<IBinder> nodeThatWasExported(const sp<IBinder>& service) {
+    sp<IBinder> node = probe::makeNode();
+    const int32_t own = node->getStrongCount();
+    {
+        Call keep;
+        keep.data.writeStrongBinder(node);
+        (void)keep.to(service, probe::kKeep);
+    }
+    probe::ask(service, probe::kLetGo);
+    return eventually([&] { return node->getStrongCount() == own; }) ? node : nullptr;
+}
+
+sp<IBinder> makeIn(const sp<IBinder>& service) {
+    Call make;
+    (void)make.to(service, probe::kMake);
+    return make.reply.readStrongBinder();
+}
+
+// Exports nodes and links to deaths, so that at any time some lock is held.
+void keepLocking(const sp<IBinder>& service, const std::atomic<bool>& over) {
+    const sp<Mourner> mourner = new Mourner();
+    while (!over) {
+        Call call;
+        call.data.writeStrongBinder(probe::makeNode());
+        call.data.writeInt32(1);
+        (void)call.to(service, probe::kCallBack);
+        const sp<IBinder> made = makeIn(service);
+        for (int i = 0; i < 20; ++i) {
+            (void)service->linkToDeath(mourner);
+            (void)service->unlinkToDeath(mourner);
+            (void)made->linkToDeath(mourner);
+            (void)made->unlinkToDeath(mourner);
+        }
+    }
+}
+
+void letGoAndExit(Inherited& all) {
+    (void)alarm(60);
+    all.exported.clear();
+    const bool refused = all.service->unlinkToDeath(all.mourner) == INVALID_OPERATION &&
+                         all.service->linkToDeath(all.mourner) == INVALID_OPERATION &&
+                         all.service->getInterfaceDescriptor().size() == 0;
+    all.made.clear();
+    all.service.clear();
+    std::exit(refused ? 0 : 1);
+}
+
+const voxtrel_test::Role kLockingForker("locking-forker", [](const voxtrel_test::Arguments& words) {
+    probe::startPool();
+    Inherited all;
+    all.service = probe::find();
+    all.made = makeIn(all.service);
+    all.exported = nodeThatWasExported(all.service);
+    if (all.exported == nullptr || all.service->linkToDeath(all.mourner) != OK) {
+        return 1;
+    }
+    std::atomic<bool> over{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i) {
+        threads.emplace_back([&] { keepLocking(all.service, over); });
+    }
+    int status = 0;
+    for (int left = std::stoi(words[0]); left > 0 && status == 0; --left) {
+        const pid_t child = fork();
+        if (child == 0) {
+            letGoAndExit(all);
+        }
+        status = waitpid(child, &status, 0) == child ? status : -1;
+    }
+    over = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    voxtrel_test::tell(std::to_string(status));
+    return 0;
+});
+
+class AForkedChildThatLetsGo : public probe::ProbeTest {
+private:
+    const probe::SanitizersLetChildrenExit mOptions;
+};
+
+TEST_F(AForkedChildThatLetsGo, EndsWhateverLocksItsParentsThreadsHeld) {
+    ChildProcess forker = ChildProcess::asRole("locking-forker", {"400"});
+    EXPECT_EQ("0", forker.readLine()) << "status of the last child";
+    EXPECT_EQ(0, forker.wait());
+}
+
+}  // namespace
