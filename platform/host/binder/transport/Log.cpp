@@ -1,34 +1,97 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Log.h"
 
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
+#include <ctime>
 #include <utility>
-
-#include "utils/Mutex.h"
 
 namespace android::transport {
 
 namespace {
 
-struct Limited {
-    Mutex lock;
-    LogAllowance allowance PLATFORM_GUARDED_BY(lock);
+// Constant from the start: a forked child may log while the parent made its first line.
+LineLog gLog;
+
+/// Keeps the SIGPIPE that this thread's next write may raise from everybody.
+class PipeSignalGuard {
+public:
+    PipeSignalGuard() {
+        sigemptyset(&mPipe);
+        sigaddset(&mPipe, SIGPIPE);
+        sigset_t pending;
+        sigemptyset(&pending);
+        (void)sigpending(&pending);
+        mWasPending = sigismember(&pending, SIGPIPE) == 1;
+        (void)pthread_sigmask(SIG_BLOCK, &mPipe, &mBefore);
+    }
+    ~PipeSignalGuard() { (void)pthread_sigmask(SIG_SETMASK, &mBefore, nullptr); }
+    PipeSignalGuard(const PipeSignalGuard&) = delete;
+    PipeSignalGuard& operator=(const PipeSignalGuard&) = delete;
+
+    /// After a write that failed with EPIPE. One that was pending before is somebody else's.
+    void consume() const {
+        const timespec none = {};
+        while (!mWasPending && sigtimedwait(&mPipe, nullptr, &none) < 0 && errno == EINTR) {
+        }
+    }
+
+private:
+    sigset_t mPipe;
+    sigset_t mBefore;
+    bool mWasPending = false;
 };
 
-int takeLine() {
-    static auto* const limited = new Limited();
-    Mutex::Autolock held(limited->lock);
-    return limited->allowance.take(std::chrono::steady_clock::now());
+bool waitForRoom(std::chrono::milliseconds patience) {
+    pollfd error = {STDERR_FILENO, POLLOUT, 0};
+    int ready = -1;
+    do {
+        ready = poll(&error, 1, static_cast<int>(patience.count()));
+    } while (ready < 0 && errno == EINTR);
+    return ready > 0;
 }
 
-void write(const char* format, va_list arguments) {
+// Another thread or process may have filled the room since it was looked for; files never do.
+ssize_t writeWithoutWaiting(std::string& text) {
+    struct stat status = {};
+    if (fstat(STDERR_FILENO, &status) == 0 && !S_ISREG(status.st_mode)) {
+        const iovec part = {text.data(), text.size()};
+        const ssize_t done = pwritev2(STDERR_FILENO, &part, 1, -1, RWF_NOWAIT);
+        if (done >= 0 || errno == EAGAIN || errno == EPIPE) {
+            return done;
+        }
+    }
+    return ::write(STDERR_FILENO, text.data(), text.size());  // for what cannot be told not to wait
+}
+
+bool writePiece(std::string& text, std::chrono::milliseconds patience) {
+    const PipeSignalGuard guard;
+    if (!waitForRoom(patience)) {
+        return false;
+    }
+    const ssize_t done = writeWithoutWaiting(text);
+    if (done < 0 && errno == EPIPE) {
+        guard.consume();
+    }
+    return done >= 0;
+}
+
+std::string formatted(const char* format, va_list arguments) {
     char text[512];
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is two lines up
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is in the caller
     (void)std::vsnprintf(text, sizeof(text), format, arguments);  // a longer line is cut
-    (void)std::fprintf(stderr, "binder[%d]: %s\n", static_cast<int>(getpid()), text);
+    return text;
+}
+
+std::string runtimeName() {
+    return "binder[" + std::to_string(getpid()) + "]";
 }
 
 }  // namespace
@@ -46,24 +109,47 @@ int LogAllowance::take(Time now) {
     return std::exchange(mRefused, 0);
 }
 
+void LineLog::write(const std::string& name, const std::string& text) {
+    put(name, text, 0);
+}
+
+void LineLog::writeLimited(const std::string& name, const std::string& text) {
+    const int refused = take();
+    if (refused >= 0) {
+        put(name, text, refused);
+    }
+}
+
+int LineLog::take() {
+    Mutex::Autolock held(mLock);
+    return mAllowance.take(std::chrono::steady_clock::now());
+}
+
+void LineLog::put(const std::string& name, const std::string& text, int refused) {
+    const int lost = mLost.exchange(0);
+    const int missing = refused + lost;
+    std::string piece;
+    if (missing > 0) {
+        piece = name + ": " + std::to_string(missing) + " lines were left out\n";
+    }
+    piece += name + ": " + text + "\n";
+    // Who reads nothing costs one wait, not one for each line.
+    if (!writePiece(piece, lost > 0 ? std::chrono::milliseconds(0) : kPatience)) {
+        mLost += missing + 1;
+    }
+}
+
 void logLine(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    write(format, arguments);
+    gLog.write(runtimeName(), formatted(format, arguments));
     va_end(arguments);
 }
 
 void logLimited(const char* format, ...) {
-    const int refused = takeLine();
-    if (refused < 0) {
-        return;
-    }
-    if (refused > 0) {
-        logLine("%d lines were left out", refused);
-    }
     va_list arguments;
     va_start(arguments, format);
-    write(format, arguments);
+    gLog.writeLimited(runtimeName(), formatted(format, arguments));
     va_end(arguments);
 }
 

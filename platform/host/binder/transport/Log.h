@@ -2,7 +2,11 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_LOG_H
 #define VOXTREL_BINDER_TRANSPORT_LOG_H
 
+#include <atomic>
 #include <chrono>
+#include <string>
+
+#include "utils/Mutex.h"
 
 namespace android::transport {
 
@@ -21,7 +25,7 @@ public:
     static constexpr std::chrono::seconds kPeriod{1};
 
     /// At most `most` lines a period.
-    explicit LogAllowance(int most = kLines) : mMost(most), mUsed(most) {}
+    constexpr explicit LogAllowance(int most = kLines) : mMost(most), mUsed(most) {}
 
     /// -1: not this one. Else how many before it were refused.
     int take(Time now);
@@ -31,6 +35,31 @@ private:
     Time mBegin{};
     int mUsed;
     int mRefused = 0;
+};
+
+/// Lines on standard error, each in one piece. Whoever reads there neither ends nor stops this
+/// process: a line that finds no room for `kPatience` is left out, those behind it at once until
+/// there is room again, and no SIGPIPE is raised. How many were left out is said with the next
+/// line. Called on: any thread.
+class LineLog {
+public:
+    static constexpr std::chrono::milliseconds kPatience{20};
+
+    /// At most `most` lines of `writeLimited` a period.
+    constexpr explicit LineLog(int most = LogAllowance::kLines) : mAllowance(most) {}
+
+    /// `name` goes in front of the line.
+    void write(const std::string& name, const std::string& text);
+    /// The same for what others can cause again and again.
+    void writeLimited(const std::string& name, const std::string& text);
+
+private:
+    int take();
+    void put(const std::string& name, const std::string& text, int refused);
+
+    Mutex mLock;
+    LogAllowance mAllowance PLATFORM_GUARDED_BY(mLock);
+    std::atomic<int> mLost{0};
 };
 
 }  // namespace android::transport
