@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Dispatch.h"
 
-#include <poll.h>
-
 #include <cxxabi.h>
 
 #include <exception>
@@ -77,28 +75,24 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
     return status == OK ? detachBinders(reply, attachments, patience, caller) : status;
 }
 
-// What goes back to the caller of a request.
-class Answer {
-public:
-    Answer(const Fd& socket, const std::atomic<uint32_t>& oneWaysDone)
-        : mSocket(socket), mOneWaysDone(oneWaysDone) {}
-
-    status_t send(status_t status, const Parcel& reply, const Attachments& attachments) {
-        const Header header = {0, Kind::Reply, mOneWaysDone.load(), status, 0, 0, 0, 0};
-        return patiently(mPatience, [&](Obstacle& obstacle) {
-            obstacle = {mSocket.get(), POLLOUT};
-            return sendMessage(mSocket, header, reply, attachments);
-        });
+bool attach(Incoming& incoming) {
+    const bool sound = attachBinders(incoming.envelope, incoming.parcel);
+    if (!sound) {
+        incoming.parcel.freeData();  // of the binders that were
     }
-    status_t sendFailure() { return send(FAILED_TRANSACTION, Parcel(), Attachments()); }
+    return sound;
+}
 
-private:
-    const Fd& mSocket;
-    const std::atomic<uint32_t>& mOneWaysDone;
-    Patience mPatience;
-};
-
-Served servedIf(status_t sent) {
+// At once or not at all: a caller has read its last reply when it makes the next call on a socket,
+// so there is room, and who leaves replies unread holds up nobody.
+Served sendReply(const Fd& socket, status_t status, const Parcel& reply,
+                 const Attachments& attachments, const std::atomic<uint32_t>& oneWaysDone) {
+    const Header header = {0, Kind::Reply, oneWaysDone.load(), status, 0, 0, 0, 0};
+    const status_t sent = sendMessage(socket, header, reply, attachments);
+    if (sent == FAILED_TRANSACTION && status == OK) {
+        // Say, without descriptors for what goes with it: then the caller at least hears that.
+        return failRequest(socket, oneWaysDone);
+    }
     return sent == OK ? Served::Well : Served::InVain;
 }
 
@@ -106,7 +100,7 @@ Served servedIf(status_t sent) {
 
 Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
                     const std::atomic<uint32_t>& oneWaysDone) {
-    if (!attachBinders(incoming.envelope, incoming.parcel)) {
+    if (!attach(incoming)) {
         return Served::Badly;
     }
     Parcel reply;
@@ -117,18 +111,15 @@ Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
         reply.freeData();
         attachments = {};
     }
-    Answer answer(socket, oneWaysDone);
-    const status_t sent = answer.send(status, reply, attachments);
-    // Say, without descriptors for what goes with it: then the caller at least hears that.
-    return servedIf(sent == FAILED_TRANSACTION ? answer.sendFailure() : sent);
+    return sendReply(socket, status, reply, attachments, oneWaysDone);
 }
 
 Served failRequest(const Fd& socket, const std::atomic<uint32_t>& oneWaysDone) {
-    return servedIf(Answer(socket, oneWaysDone).sendFailure());
+    return sendReply(socket, FAILED_TRANSACTION, Parcel(), Attachments(), oneWaysDone);
 }
 
 Served serveOneWay(BBinder& node, Incoming& incoming) {
-    if (!attachBinders(incoming.envelope, incoming.parcel)) {
+    if (!attach(incoming)) {
         return Served::Badly;
     }
     Parcel unread;

@@ -51,8 +51,10 @@ bool DoorEnd::take(Received received, Envelope& envelope) {
         return survives(received, envelope);
     }
     threadPool().keepOneWaiting();  // whoever reads the log may be slow
-    logLimited("out of file descriptors: a connection of process %d is refused",
-               static_cast<int>(envelope.senderPid()));
+    logLimited(
+        "out of file descriptors: a connection of process %d is refused, and with it what "
+        "has been sent through it",
+        static_cast<int>(envelope.senderPid()));
     return accepts(envelope);
 }
 
@@ -74,8 +76,10 @@ bool DoorEnd::adopt(Envelope& envelope) {
     Lease lease(holder, end.get());
     if (!lease.granted()) {
         threadPool().keepOneWaiting();
-        logLimited("process %d or its user has too many connections: another one is refused",
-                   static_cast<int>(holder.pid));
+        logLimited(
+            "process %d or its user has too many connections: another one is refused, and "
+            "with it what has been sent through it",
+            static_cast<int>(holder.pid));
         return true;
     }
     const auto role = static_cast<Role>(envelope.header().code);

@@ -14,6 +14,8 @@ namespace android::transport {
 struct Incoming {
     Parcel parcel;
     Envelope envelope;
+    /// A one-way call whose binders or bytes could not be taken: it only has its turn.
+    bool lost = false;
     /// While it waits for its turn: what it takes is counted against its sender's share.
     std::optional<Lease> lease;
 

@@ -16,7 +16,7 @@ using Clock = std::chrono::steady_clock;
 bool Patience::wait(const Obstacle& obstacle) {
     const auto now = Clock::now();
     if (mDeadline == Clock::time_point{}) {
-        mDeadline = now + std::chrono::milliseconds(kPatienceMs);
+        mDeadline = now + std::chrono::milliseconds(mMilliseconds);
     }
     // Rounded up: the last millisecond is slept, not spent on looking again and again.
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(mDeadline - now).count();

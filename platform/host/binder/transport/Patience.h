@@ -17,13 +17,19 @@ struct Obstacle {
     short events = 0;
 };
 
+/// How long a caller that has waited for a reply waits at most to hear why there is none.
+constexpr int kReplyPatienceMs = 1000;
+
 /// The time that one call may spend on waiting; it begins with the first wait.
 class Patience {
 public:
+    explicit Patience(int milliseconds = kPatienceMs) : mMilliseconds(milliseconds) {}
+
     /// Waits until the obstacle may be gone; false when the time is up.
     bool wait(const Obstacle& obstacle);
 
 private:
+    const int mMilliseconds;
     std::chrono::steady_clock::time_point mDeadline{};
 };
 

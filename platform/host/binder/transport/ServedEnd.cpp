@@ -7,10 +7,15 @@
 
 namespace android::transport {
 
+void ServedEnd::close() {
+    reactor().remove(*this);
+    (void)shutdown(socket().get(), SHUT_RDWR);  // fails where the peer has closed already
+}
+
 void ServedEnd::refuse(const char* what, const Envelope& envelope) {
     logLimited("%s from process %d: its connection is closed", what,
                static_cast<int>(envelope.senderPid()));
-    reactor().remove(*this);
+    close();
 }
 
 bool ServedEnd::accepts(const Envelope& envelope) {
@@ -29,10 +34,7 @@ bool ServedEnd::survives(Received received, const Envelope& envelope) {
     if (received == Received::Malformed) {
         refuse("a malformed message", envelope);
     } else {
-        reactor().remove(*this);
-        // All of it has been read: who has closed it for writing only waits to hear that. What was
-        // read may hold on to this end for long.
-        (void)shutdown(socket().get(), SHUT_RDWR);
+        close();  // all of it has been read: who closed it for writing only waits to hear that
     }
     return false;
 }

@@ -17,6 +17,9 @@ public:
 
     const sp<BBinder>& node() const { return mNode; }
 
+    /// Nothing more is read from the peer, and it sees a hang-up. What was read may hold on to this
+    /// end for long.
+    void close();
     /// A message of the peer's that makes no sense, or that it may not send: only the peer suffers.
     void refuse(const char* what, const Envelope& envelope);
     /// False when the kernel does not name the message's sender, who has been refused then.

@@ -93,7 +93,7 @@ Shift::After Shift::serveTwoWay() {
         return refuse("a descriptor that is no reference");
     }
     if (served == Served::InVain) {
-        reactor().remove(*mEnd);
+        mEnd->close();
         return After::Left;
     }
     return ours ? After::ReadOn : After::Left;
@@ -108,13 +108,13 @@ Shift::After Shift::failLost() {
         case Kind::Request: {
             const Served served = failRequest(mEnd->socket(), mEnd->oneWaysDone());
             if (served == Served::InVain) {
-                reactor().remove(*mEnd);
+                mEnd->close();
             }
             return served == Served::Well ? After::ReadOn : After::Left;
         }
         case Kind::OneWay:
-            mEnd->oneWaysDone().fetch_add(1, std::memory_order_relaxed);
-            return After::ReadOn;
+            mMessage->lost = true;
+            return enterOneWay();
         case Kind::Reply:
         case Kind::Adopt:
             break;
@@ -126,8 +126,8 @@ Shift::After Shift::enterOneWay() {
     switch (mTurns.enter(mEnd, mMessage)) {
         case Turns::Place::Mine: {
             const uint32_t call = mEnd->beginCall();
-            serveTurn();
-            return mEnd->finishCall(call) ? After::ReadOn : After::Left;
+            const bool sound = serveTurn();
+            return mEnd->finishCall(call) && sound ? After::ReadOn : After::Left;
         }
         case Turns::Place::Waiting:
             mMessage = std::make_unique<Incoming>();
@@ -140,22 +140,26 @@ Shift::After Shift::enterOneWay() {
     return After::Left;
 }
 
-void Shift::serveTurn() {
-    serveOneWayFrom(*mEnd, *mMessage);
+bool Shift::serveTurn() {
+    const bool sound = serveOneWayFrom(*mEnd, *mMessage);
     for (Turns::Next next = mTurns.next(); next.message != nullptr; next = mTurns.next()) {
         if (next.readOn) {
             reactor().rearm(*next.end);
         }
-        serveOneWayFrom(*next.end, *next.message);
+        (void)serveOneWayFrom(*next.end, *next.message);
     }
+    return sound;
 }
 
-void Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
-    if (serveOneWay(*end.node(), message) == Served::Badly) {
+bool Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
+    const bool lost = std::exchange(message.lost, false);
+    const bool sound = lost || serveOneWay(*end.node(), message) != Served::Badly;
+    if (!sound) {
         end.refuse("a descriptor that is no reference", message.envelope);
     }
     message.lease.reset();
     end.oneWaysDone().fetch_add(1, std::memory_order_relaxed);
+    return sound;
 }
 
 }  // namespace android::transport

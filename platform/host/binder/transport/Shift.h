@@ -33,8 +33,9 @@ private:
     After serveTwoWay();
     After failLost();
     After enterOneWay();
-    void serveTurn();
-    void serveOneWayFrom(CallEnd& end, Incoming& message);
+    /// False when this socket has been closed for what came over it.
+    bool serveTurn();
+    static bool serveOneWayFrom(CallEnd& end, Incoming& message);
     bool mayStay();
     After refuse(const char* what);
 

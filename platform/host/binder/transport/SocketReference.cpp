@@ -182,7 +182,15 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
             return tryMain(header, data, attachments, obstacle);
         });
     }
-    return status == DEAD_OBJECT ? whyClosed(patience) : status;
+    if (status == DEAD_OBJECT) {
+        status = whyClosed(patience);
+        if (status != DEAD_OBJECT) {
+            logLimited(
+                "a connection was refused by the process that it leads to: a one-way call fails, "
+                "and those before it may be lost");
+        }
+    }
+    return status;
 }
 
 status_t SocketReference::tryMain(const Header& header, const Parcel& data,
@@ -251,7 +259,7 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
     }
     *broken = true;
     if (received == Received::HungUp) {
-        Patience patience;
+        Patience patience(kReplyPatienceMs);  // its process may be dying, one socket after another
         return whyClosed(patience);
     }
     logLimited("a reply that makes no sense: its connection is closed");
