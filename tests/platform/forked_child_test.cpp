@@ -2,6 +2,7 @@
 // A forked child lets go of what it inherited, whatever locks its parent's threads held at the
 // fork.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -118,6 +119,50 @@ TEST_F(AForkedChildThatLetsGo, EndsWhateverLocksItsParentsThreadsHeld) {
     ChildProcess forker = ChildProcess::asRole("locking-forker", {"400"});
     EXPECT_EQ("0", forker.readLine()) << "status of the last child";
     EXPECT_EQ(0, forker.wait());
+}
+
+// Serves a node, and forks a child that does nothing for a long time.
+const voxtrel_test::Role kLeaver("leaver", [](const voxtrel_test::Arguments&) {
+    probe::startPool();
+    const sp<IBinder> node = probe::makeNode();
+    (void)android::defaultServiceManager()->addService(android::String16("leaver"), node);
+    voxtrel_test::tell("ready");
+    (void)voxtrel_test::hear();
+    const pid_t child = fork();
+    if (child == 0) {
+        (void)alarm(120);
+        (void)pause();
+        _exit(0);
+    }
+    voxtrel_test::tell(std::to_string(child));
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+using AForkedChildThatLivesOn = probe::ProbeTest;
+
+TEST_F(AForkedChildThatLivesOn, HoldsNothingOfTheCallsThatWaitedInItsParent) {
+    constexpr int kCalls = 4;
+    ChildProcess leaver = ChildProcess::asRole("leaver");
+    ASSERT_EQ("ready", leaver.readLine());
+    const sp<IBinder> node = probe::find("leaver");
+    const sp<IBinder> maker = probe::makeNode();
+    Call block;
+    ASSERT_EQ(OK, block.to(node, probe::kBlock, IBinder::FLAG_ONEWAY));
+    ASSERT_TRUE(eventually([&] { return probe::ask(node, probe::kBlocked) == 1; }));
+    const int before = probe::ask(node, probe::kDescriptors);
+    for (int i = 0; i < kCalls; ++i) {
+        Call keep;
+        keep.data.writeStrongBinder(makeIn(maker));
+        ASSERT_EQ(OK, keep.to(node, probe::kKeep, IBinder::FLAG_ONEWAY));
+    }
+    ASSERT_TRUE(
+        eventually([&] { return probe::ask(node, probe::kDescriptors) >= before + kCalls; }));
+    EXPECT_EQ(kCalls, probe::living());
+    const pid_t child = std::stoi(leaver.ask("fork"));
+    leaver.killNow();
+    EXPECT_TRUE(eventually([] { return probe::living() == 0; }));
+    EXPECT_EQ(0, kill(child, SIGKILL)) << "it was to live on";
 }
 
 }  // namespace

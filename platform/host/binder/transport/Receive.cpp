@@ -2,7 +2,6 @@
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -53,9 +52,7 @@ int Envelope::highestFd() const {
 
 void Envelope::closeFds() {
     for (size_t i = 0; i < mFdCount; ++i) {
-        if (mFds[i] >= 0) {
-            close(mFds[i]);
-        }
+        const Fd closed(mFds[i]);
     }
     mFdCount = 0;
 }
@@ -126,7 +123,7 @@ private:
                 // Nobody here asks for it, but who made the socket may have: a stray descriptor.
                 int stray = -1;
                 std::memcpy(&stray, CMSG_DATA(part), sizeof(stray));
-                close(stray);
+                const Fd closed(stray);
             }
         }
     }
@@ -134,10 +131,11 @@ private:
     // The room for control messages is rounded up, and may hold more than are allowed.
     void keep(int fd) {
         if (mEnvelope.mFdCount < kMostFds) {
-            mEnvelope.mFds[mEnvelope.mFdCount++] = fd;
+            // Still known as one of the runtime's: a forked child must not keep it.
+            mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
         } else {
             mTooManyFds = true;
-            close(fd);
+            const Fd closed(fd);
         }
     }
 
