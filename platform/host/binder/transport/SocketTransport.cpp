@@ -41,16 +41,13 @@ public:
         if (refusedAfterFork()) {
             return nullptr;
         }
-        Mutex::Autolock held(mLock);
-        if (mManager != nullptr) {
-            return mManager;
+        if (const sp<IBinder> known = knownContext(); known != nullptr) {
+            return known;
         }
-        if (mContext == nullptr || !mContext->isBinderAlive() || hasEnded(mContext)) {
-            Fd door = connectTo(socketPath());
-            trustSharer(door.valid() ? peerPid(door) : 0);
-            mContext = door.valid() ? wrapReference(std::move(door)) : nullptr;
-        }
-        return mContext;
+        // Without the lock: a manager that takes its time costs each thread one wait, not
+        // everybody's.
+        Fd door = connectTo(socketPath());
+        return adopt(std::move(door));
     }
 
     bool becomeContext(const sp<BBinder>& manager) override {
@@ -80,6 +77,31 @@ public:
     }
 
 private:
+    sp<IBinder> knownContext() {
+        Mutex::Autolock held(mLock);
+        return usableContext();
+    }
+
+    sp<IBinder> usableContext() PLATFORM_REQUIRES(mLock) {
+        if (mManager != nullptr) {
+            return mManager;
+        }
+        const bool usable = mContext != nullptr && mContext->isBinderAlive() && !hasEnded(mContext);
+        return usable ? mContext : nullptr;
+    }
+
+    // All threads have the proxy of the one that was first.
+    sp<IBinder> adopt(Fd door) {
+        Mutex::Autolock held(mLock);
+        const sp<IBinder> first = usableContext();
+        if (first != nullptr) {
+            return first;
+        }
+        trustSharer(door.valid() ? peerPid(door) : 0);
+        mContext = door.valid() ? wrapReference(std::move(door)) : nullptr;
+        return mContext;
+    }
+
     Mutex mLock;
     sp<IBinder> mContext PLATFORM_GUARDED_BY(mLock);
     sp<BBinder> mManager PLATFORM_GUARDED_BY(mLock);

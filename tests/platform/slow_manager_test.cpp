@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+// A service manager that is there, but does not get round to accepting connections.
+#include <binder/ProcessState.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/ProbeTest.h"
+#include "tests/platform/RawWire.h"
+
+namespace {
+
+using android::IBinder;
+using android::sp;
+using std::chrono::microseconds;
+using std::chrono::steady_clock;
+using voxtrel_test::ChildProcess;
+
+constexpr size_t kThreads = 8;
+
+struct Asked {
+    microseconds slowest{0};
+    std::vector<sp<IBinder>> contexts;
+};
+
+// So many threads ask for the service manager at once.
+Asked askAtOnce(size_t count) {
+    std::vector<microseconds> took(count);
+    Asked asked;
+    asked.contexts.resize(count);
+    std::atomic<size_t> waiting{count};
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < count; ++i) {
+        threads.emplace_back([&, i] {
+            --waiting;
+            while (waiting != 0) {
+                std::this_thread::yield();
+            }
+            const auto begin = steady_clock::now();
+            asked.contexts[i] = android::ProcessState::self()->getContextObject(nullptr);
+            took[i] = std::chrono::duration_cast<microseconds>(steady_clock::now() - begin);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    asked.slowest = *std::max_element(took.begin(), took.end());
+    return asked;
+}
+
+size_t found(const Asked& asked) {
+    return asked.contexts.size() -
+           static_cast<size_t>(std::count(asked.contexts.begin(), asked.contexts.end(), nullptr));
+}
+
+// Has not asked for the service manager before it is told to: first in vain, then with success.
+const voxtrel_test::Role kAsker("asker", [](const voxtrel_test::Arguments&) {
+    const auto us = [](const Asked& asked) { return std::to_string(asked.slowest.count()); };
+    voxtrel_test::tell("ready");
+    (void)voxtrel_test::hear();
+    const Asked alone = askAtOnce(1);
+    const Asked many = askAtOnce(kThreads);
+    voxtrel_test::tell(us(alone));
+    voxtrel_test::tell(us(many));
+    voxtrel_test::tell(std::to_string(found(alone) + found(many)));
+    (void)voxtrel_test::hear();
+    const Asked served = askAtOnce(kThreads);
+    const auto& contexts = served.contexts;
+    const auto same = std::count(contexts.begin(), contexts.end(), contexts.front());
+    voxtrel_test::tell(std::to_string(found(served)) + " " + std::to_string(same));
+    return 0;
+});
+
+// Connections until no more can wait to be accepted.
+std::vector<raw::Fd> fillBacklog(const std::string& path) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    std::vector<raw::Fd> held;
+    for (int i = 0; i < 1000; ++i) {
+        raw::Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+            break;
+        }
+        held.push_back(std::move(socket));
+    }
+    return held;
+}
+
+using AServiceManagerThatDoesNotAnswer = probe::ProbeTest;
+
+TEST_F(AServiceManagerThatDoesNotAnswer, MakesEachThreadWaitForItselfOnly) {
+    ChildProcess asker = ChildProcess::asRole("asker");
+    ASSERT_EQ("ready", asker.readLine());
+    mRuntime.manager().kill(SIGSTOP);
+    {
+        const std::vector<raw::Fd> waiting = fillBacklog(mRuntime.socket());
+        const long alone = std::stol("0" + asker.ask("ask"));
+        const long slowest = std::stol("0" + asker.readLine());
+        EXPECT_EQ("0", asker.readLine()) << "found, though the backlog was full";
+        EXPECT_GT(alone, 0);
+        EXPECT_LT(slowest, 4 * alone) << "of " << kThreads;
+    }
+    mRuntime.manager().kill(SIGCONT);
+    ASSERT_TRUE(
+        voxtrel_test::eventually([this] { return raw::connectTo(mRuntime.socket()).get() >= 0; }));
+    EXPECT_EQ("8 8", asker.ask("ask")) << "found, and of them the same one";
+}
+
+}  // namespace
