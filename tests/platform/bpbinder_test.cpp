@@ -3,6 +3,7 @@
 #include <binder/BpBinder.h>
 #include <binder/IPCThreadState.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -169,6 +170,34 @@ TEST_F(TheRegistry, RefusesAnEmptyOrLongNameAndANullService) {
     EXPECT_EQ(android::BAD_VALUE, add(std::string(128, 'x').c_str(), mService));
     EXPECT_EQ(OK, add(std::string(127, 'x').c_str(), mService));
     EXPECT_EQ(android::BAD_VALUE, add("a", nullptr));
+}
+
+TEST_F(TheRegistry, GivesAnotherUserHalfOfTheNames) {
+    constexpr int kHalf = 512;
+    const auto addMany = [this](const std::string& prefix, int count) {
+        int added = 0;
+        while (added < count && add((prefix + std::to_string(added)).c_str(), mService) == OK) {
+            ++added;
+        }
+        return added;
+    };
+    Script script;
+    const int64_t own = geteuid();
+    const int64_t other = own + 1;
+    actAs(own, 6);
+    EXPECT_EQ(OK, add("own", proxyOf(script)));
+    actAs(other, 7);
+    EXPECT_EQ(kHalf, addMany("other", kHalf + 1));
+    actAs(other, 8);
+    EXPECT_EQ(android::NO_MEMORY, add("more", mService));
+    EXPECT_EQ(OK, add("other7", mService)) << "it has this one already";
+    script.dead = true;
+    EXPECT_EQ(android::NO_MEMORY, add("own", mService)) << "which is free";
+    actAs(own + 2, 9);
+    EXPECT_EQ(10, addMany("third", 10));
+    actAs(own, 6);
+    EXPECT_EQ(kHalf - 11, addMany("mine", kHalf)) << "all that are left";
+    EXPECT_EQ(android::NO_MEMORY, add("more", mService));
 }
 
 TEST_F(TheRegistry, GivesALivingServicesNameOnlyToTheSameUser) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "servicemanager/Registry.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <utility>
 
 #include "binder/IPCThreadState.h"
@@ -12,6 +15,7 @@ namespace {
 
 constexpr size_t kLongestName = 127;
 constexpr size_t kMostServices = 1024;
+constexpr size_t kMostOfOtherUser = kMostServices / 2;
 
 // For the log: what is not printable ASCII shows as a question mark.
 std::string printable(const String16& name) {
@@ -81,7 +85,7 @@ status_t Registry::addService(const String16& name, const sp<IBinder>& service,
             !isDead(found->second.service, notice)) {
             return PERMISSION_DENIED;
         }
-        if (found == mEntries.end() && mEntries.size() >= kMostServices) {
+        if (!hasRoom(name, owner)) {
             return NO_MEMORY;
         }
         // A service of this very process cannot die before its registry.
@@ -100,6 +104,20 @@ status_t Registry::addService(const String16& name, const sp<IBinder>& service,
     mReport((old.service != nullptr ? "replaced " : "added ") + printable(name) + " (process " +
             std::to_string(pid) + ", user " + std::to_string(owner) + ")");
     return OK;
+}
+
+// No other user's processes can take all the names away from the manager's own.
+bool Registry::hasRoom(const String16& name, uid_t owner) const {
+    const auto found = mEntries.find(name);
+    if (found != mEntries.end() && found->second.owner == owner) {
+        return true;
+    }
+    if (found == mEntries.end() && mEntries.size() >= kMostServices) {
+        return false;
+    }
+    const auto isOwners = [owner](const auto& entry) { return entry.second.owner == owner; };
+    const auto held = std::count_if(mEntries.begin(), mEntries.end(), isOwners);
+    return owner == geteuid() || static_cast<size_t>(held) < kMostOfOtherUser;
 }
 
 Vector<String16> Registry::listServices() {

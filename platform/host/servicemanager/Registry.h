@@ -40,6 +40,7 @@ private:
         pid_t pid;
     };
 
+    bool hasRoom(const String16& name, uid_t owner) const PLATFORM_REQUIRES(mLock);
     status_t listTo(Parcel* reply);
     void forget(const String16& name, const Notice* notice);
 
