@@ -103,7 +103,7 @@ const voxtrel_test::Role kForkingParent("forking-parent", [](const voxtrel_test:
 
 class AForkedChildThatExits : public probe::ProbeTest {
 private:
-    const probe::SanitizersLetChildrenExit mOptions;
+    const probe::SanitizersLetChildrenExit mOptions{};
 };
 
 TEST_F(AForkedChildThatExits, TakesNothingFromItsParent) {

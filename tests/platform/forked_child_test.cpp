@@ -112,7 +112,7 @@ const voxtrel_test::Role kLockingForker("locking-forker", [](const voxtrel_test:
 
 class AForkedChildThatLetsGo : public probe::ProbeTest {
 private:
-    const probe::SanitizersLetChildrenExit mOptions;
+    const probe::SanitizersLetChildrenExit mOptions{};
 };
 
 TEST_F(AForkedChildThatLetsGo, EndsWhateverLocksItsParentsThreadsHeld) {
