@@ -66,9 +66,13 @@ TEST_F(AProxyWhoseNodeIsShortOfDescriptors, FailsInThatCallAndNoOther) {
 }
 
 TEST_F(AProxyWhoseNodeIsShortOfDescriptors, IsToldWhenTheReplyCannotBeMade) {
+    // Also because the undefined-behaviour sanitizer wants descriptors when it first sees a class.
+    Call made;
+    ASSERT_EQ(OK, made.to(mNode, probe::kMake));
+    made.reply.freeData();
+    ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kLiving) == 0; }));
     ASSERT_EQ(0, probe::ask(mNode, probe::kStarve));
     const int descriptors = probe::descriptorsOf(mServer.pid());
-    Call made;
     EXPECT_EQ(FAILED_TRANSACTION, made.to(mNode, probe::kMake));
     Call big;
     big.data.writeInt32(300000);
