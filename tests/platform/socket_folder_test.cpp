@@ -2,6 +2,7 @@
 // The folder under /tmp where the service manager listens unless it is told otherwise: anybody may
 // have put one there of that name, so only the user's own is used.
 #include <binder/ProcessState.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -58,7 +59,28 @@ void writeProcFile(const char* name, const std::string& text) {
     file << text << std::flush;
 }
 
-// From here on this process, and those that it starts, have a /tmp of their own, empty.
+// This build may stand under /tmp itself: its own folder there, or nothing.
+std::string ownFolderUnderTmp() {
+    const std::string program = VOXTREL_SERVICEMANAGER;
+    return program.rfind("/tmp/", 0) == 0 ? program.substr(0, program.find('/', 5)) : "";
+}
+
+// Puts what a descriptor still shows where it was.
+bool showAgain(const raw::Fd& old, const std::string& folder) {
+    const std::string source = "/proc/self/fd/" + std::to_string(old.get());
+    return mkdir(folder.c_str(), 0755) == 0 &&
+           mount(source.c_str(), folder.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
+}
+
+bool coverTmp() {
+    const std::string own = ownFolderUnderTmp();
+    const raw::Fd old(own.empty() ? -1 : open(own.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0 &&
+           (own.empty() || showAgain(old, own));
+}
+
+// From here on this process, and those that it starts, have a /tmp of their own, empty but for this
+// build.
 bool enterPrivateTmp() {
     const std::string uid = std::to_string(geteuid());
     const std::string gid = std::to_string(getegid());
@@ -73,8 +95,7 @@ bool enterPrivateTmp() {
         writeProcFile("/proc/self/uid_map", uid + " " + uid + " 1");
         writeProcFile("/proc/self/gid_map", gid + " " + gid + " 1");
     }
-    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
+    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 && coverTmp();
 }
 
 const std::string& sharedFolder() {
