@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -103,6 +104,10 @@ TEST_F(AServiceManagerThatDoesNotAnswer, MakesEachThreadWaitForItselfOnly) {
     ChildProcess asker = ChildProcess::asRole("asker");
     ASSERT_EQ("ready", asker.readLine());
     mRuntime.manager().kill(SIGSTOP);
+    // Until all its threads have stopped it may accept.
+    siginfo_t stopped = {};
+    ASSERT_EQ(0, waitid(P_PID, static_cast<id_t>(mRuntime.manager().pid()), &stopped,
+                        WSTOPPED | WNOWAIT));
     {
         const std::vector<raw::Fd> waiting = fillBacklog(mRuntime.socket());
         const long alone = std::stol("0" + asker.ask("ask"));
