@@ -16,12 +16,14 @@ function(voxtrel_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${TEST_LINK} voxtrel_warnings GTest::gtest_main)
+  # A process that ends with threads running waits a moment for what they do meanwhile; a second each
+  # would be most of the run.
   # Into files: the processes that a test starts report, too, and their exit status may say nothing.
   set(environment "")
   set(reports "log_path=${CMAKE_BINARY_DIR}/sanitizer-reports/report")
   if(VOXTREL_SANITIZE MATCHES "thread")
     set(environment ENVIRONMENT
-      "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}")
+      "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}:atexit_sleep_ms=50")
   elseif(VOXTREL_SANITIZE MATCHES "address")
     set(environment ENVIRONMENT "ASAN_OPTIONS=${reports};UBSAN_OPTIONS=${reports}")
   endif()
