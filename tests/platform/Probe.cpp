@@ -307,6 +307,14 @@ sp<IBinder> find(const std::string& name) {
     return found;
 }
 
+status_t note(const sp<IBinder>& node, int32_t caller, int32_t number, size_t more) {
+    Call call;
+    call.data.writeInt32(caller);
+    call.data.writeInt32(number);
+    (void)call.data.writeInplace(more);
+    return call.to(node, kNote, IBinder::FLAG_ONEWAY);
+}
+
 int32_t ask(const sp<IBinder>& node, uint32_t code) {
     Call call;
     return call.to(node, code) == OK ? call.reply.readInt32() : -1;

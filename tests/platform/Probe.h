@@ -88,6 +88,10 @@ struct Call {
     }
 };
 
+/// Sends one `kNote` with so many bytes behind it; how the sending went.
+android::status_t note(const android::sp<android::IBinder>& node, int32_t caller, int32_t number,
+                       size_t more = 0);
+
 /// A call without arguments whose reply is one int32.
 int32_t ask(const android::sp<android::IBinder>& node, uint32_t code);
 

@@ -18,13 +18,6 @@ using probe::Call;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
-status_t note(const sp<IBinder>& node, int32_t number) {
-    Call call;
-    call.data.writeInt32(1);
-    call.data.writeInt32(number);
-    return call.to(node, probe::kNote, IBinder::FLAG_ONEWAY);
-}
-
 status_t keep(const sp<IBinder>& node, uint32_t flags = 0) {
     Call call;
     call.data.writeStrongBinder(probe::makeNode());
@@ -52,12 +45,12 @@ const voxtrel_test::Role kStarver("starver", [](const voxtrel_test::Arguments&) 
 using AProxyWhoseNodeIsShortOfDescriptors = probe::ProbeTest;
 
 TEST_F(AProxyWhoseNodeIsShortOfDescriptors, FailsInThatCallAndNoOther) {
-    EXPECT_EQ(OK, note(mNode, 0));
+    EXPECT_EQ(OK, probe::note(mNode, 1, 0));
     ASSERT_EQ(0, probe::ask(mNode, probe::kStarve));
     EXPECT_EQ(FAILED_TRANSACTION, keep(mNode));
     EXPECT_EQ(FAILED_TRANSACTION, sendLarge(mNode));
     EXPECT_EQ(OK, keep(mNode, IBinder::FLAG_ONEWAY)) << "nobody waits for its status";
-    EXPECT_EQ(OK, note(mNode, 1));
+    EXPECT_EQ(OK, probe::note(mNode, 1, 1));
     EXPECT_EQ(OK, mNode->pingBinder());
     ASSERT_EQ(0, probe::ask(mNode, probe::kFeed));
     EXPECT_EQ(OK, keep(mNode));
@@ -89,14 +82,14 @@ TEST_F(AProxyWhoseNodeIsShortOfDescriptors, OpensItsSocketAnewWhenTheFirstWasNot
     ChildProcess starver = ChildProcess::asRole("starver");
     ASSERT_EQ("0", starver.readLine());
     // The first may be sent before the owner finds that it cannot take the socket.
-    (void)note(mNode, 0);
-    ASSERT_TRUE(eventually([this] { return note(mNode, 0) == FAILED_TRANSACTION; }));
+    (void)probe::note(mNode, 1, 0);
+    ASSERT_TRUE(eventually([this] { return probe::note(mNode, 1, 0) == FAILED_TRANSACTION; }));
     EXPECT_EQ(FAILED_TRANSACTION, mNode->pingBinder());
     EXPECT_TRUE(mNode->isBinderAlive());
     ASSERT_EQ("0", starver.ask("feed"));
     EXPECT_EQ(OK, mNode->pingBinder());
     for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(OK, note(mNode, i));
+        EXPECT_EQ(OK, probe::note(mNode, 1, i));
     }
     EXPECT_TRUE(eventually([&] { return probe::ask(mNode, probe::kNotes) == 100; }));
 }
@@ -108,7 +101,7 @@ TEST_F(AProxyWhoseNodeIsShortOfDescriptors, HasAReplyLostWhenItIsShortItself) {
         Call made;
         EXPECT_EQ(FAILED_TRANSACTION, made.to(mNode, probe::kMake));
         EXPECT_EQ(OK, mNode->pingBinder());
-        EXPECT_EQ(OK, note(mNode, 0));
+        EXPECT_EQ(OK, probe::note(mNode, 1, 0));
     }
     Call made;
     EXPECT_EQ(OK, made.to(mNode, probe::kMake));

@@ -63,14 +63,11 @@ protected:
     }
 
     bool othersGoOn() {
-        Call note;
-        note.data.writeInt32(1);
-        note.data.writeInt32(mNotes++);
         Call add;
         add.data.writeInt32(40);
         add.data.writeInt32(2);
-        return note.to(mNode, probe::kNote, IBinder::FLAG_ONEWAY) == OK &&
-               add.to(mNode, probe::kAdd) == OK && add.reply.readInt32() == 42;
+        return probe::note(mNode, 1, mNotes++) == OK && add.to(mNode, probe::kAdd) == OK &&
+               add.reply.readInt32() == 42;
     }
 
     // Works before and after. What is sent before may make the next two-way call open a socket.

@@ -47,11 +47,7 @@ constexpr int kSent = 8;
 const voxtrel_test::Role kFlusher("flusher", [](const voxtrel_test::Arguments&) {
     const sp<IBinder> node = probe::find();
     for (int32_t i = 0; i < kSent; ++i) {
-        Call call;
-        call.data.writeInt32(1);
-        call.data.writeInt32(i);
-        call.data.writeInplace(i % 2 == 0 ? 4U : 100000U);
-        if (call.to(node, probe::kNote, IBinder::FLAG_ONEWAY) != OK) {
+        if (probe::note(node, 1, i, i % 2 == 0 ? 4U : 100000U) != OK) {
             return 1;
         }
     }

@@ -57,10 +57,7 @@ void gather() {
 }
 
 bool note(int32_t number) {
-    Call call;
-    call.data.writeInt32(1);
-    call.data.writeInt32(number);
-    return call.to(holdings().service, probe::kNote, IBinder::FLAG_ONEWAY) == OK;
+    return probe::note(holdings().service, 1, number) == OK;
 }
 
 // The status of a child that does nothing but end; -1 when it does not.

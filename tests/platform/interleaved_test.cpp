@@ -27,11 +27,10 @@ constexpr int32_t kCalls = 3000;
 bool note(const sp<IBinder>& node, int32_t caller, int32_t number) {
     status_t status = android::FAILED_TRANSACTION;
     while (status == android::FAILED_TRANSACTION) {
-        Call call;
-        call.data.writeInt32(caller);
-        call.data.writeInt32(number);
-        call.data.writeInplace(number % 50 == 7 ? 100000U : number % 10 == 3 ? 20000U : 4U);
-        status = call.to(node, probe::kNote, IBinder::FLAG_ONEWAY);
+        status = probe::note(node, caller, number,
+                             number % 50 == 7   ? 100000U
+                             : number % 10 == 3 ? 20000U
+                                                : 4U);
     }
     return status == OK;
 }

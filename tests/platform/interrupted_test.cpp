@@ -46,10 +46,7 @@ int wrongSmallCalls(const sp<IBinder>& node, int32_t count) {
         add.data.writeInt32(i);
         add.data.writeInt32(1);
         wrong += add.to(node, probe::kAdd) == OK && add.reply.readInt32() == i + 1 ? 0 : 1;
-        Call note;
-        note.data.writeInt32(1);
-        note.data.writeInt32(i);
-        wrong += note.to(node, probe::kNote, IBinder::FLAG_ONEWAY) == OK ? 0 : 1;
+        wrong += probe::note(node, 1, i) == OK ? 0 : 1;
     }
     return wrong;
 }

@@ -16,17 +16,11 @@ using android::OK;
 using android::sp;
 using android::status_t;
 using probe::Call;
+using probe::note;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
 using AOneWayCall = probe::ProbeTest;
-
-status_t note(const sp<IBinder>& node, int32_t caller, int32_t number) {
-    Call call;
-    call.data.writeInt32(caller);
-    call.data.writeInt32(number);
-    return call.to(node, probe::kNote, IBinder::FLAG_ONEWAY);
-}
 
 // Sends numbered notes, each until it is taken; tells how many there were.
 const voxtrel_test::Role kNoter("noter", [](const voxtrel_test::Arguments& arguments) {

@@ -24,13 +24,6 @@ using voxtrel_test::eventually;
 
 constexpr int kCaller = 7;
 
-status_t note(const sp<IBinder>& node, int32_t number) {
-    Call call;
-    call.data.writeInt32(kCaller);
-    call.data.writeInt32(number);
-    return call.to(node, probe::kNote, IBinder::FLAG_ONEWAY);
-}
-
 // Fetches the node anew from the service manager, or from a second process that keeps it.
 sp<IBinder> fetch(const std::string& from) {
     if (from == probe::kName) {
@@ -52,7 +45,7 @@ const voxtrel_test::Role kForgetful("forgetful", [](const voxtrel_test::Argument
         status_t status = node != nullptr ? OK : android::DEAD_OBJECT;
         const int end = std::min(count, sent + 1 + sent % 3);
         while (status == OK && sent < end) {
-            status = note(node, sent);
+            status = probe::note(node, kCaller, sent);
             sent += status == OK ? 1 : 0;
         }
         if (status != OK && status != FAILED_TRANSACTION) {
@@ -80,7 +73,7 @@ const voxtrel_test::Role kForgetfulThreads("forgetful-threads",
                                                        if (node == nullptr || sent == count) {
                                                            return;
                                                        }
-                                                       status = note(node, sent);
+                                                       status = probe::note(node, kCaller, sent);
                                                        sent += status == OK ? 1 : 0;
                                                    }
                                                };
@@ -157,7 +150,7 @@ protected:
         mNode.clear();
         mNode = probe::find();
         for (int i = first; i < first + count; ++i) {
-            ASSERT_EQ(OK, note(mNode, i)) << i;
+            ASSERT_EQ(OK, probe::note(mNode, kCaller, i)) << i;
         }
     }
 };
@@ -175,11 +168,11 @@ TEST_F(AProxyOfASlowNode, WaitsForManyCallsOfItsPredecessorForABoundedTime) {
     send(0, 100);
     mNode.clear();
     mNode = probe::find();
-    EXPECT_EQ(FAILED_TRANSACTION, note(mNode, 100));
+    EXPECT_EQ(FAILED_TRANSACTION, probe::note(mNode, kCaller, 100));
     EXPECT_EQ(OK, mNode->pingBinder()) << "a two-way call goes beside";
     probe::ask(mNode, probe::kUnblock);
     EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == 100; }));
-    EXPECT_EQ(OK, note(mNode, 100));
+    EXPECT_EQ(OK, probe::note(mNode, kCaller, 100));
     expectInOrder(101);
 }
 

@@ -323,14 +323,15 @@ bool SocketReference::hasEnded() const {
 
 Fd SocketReference::share(pid_t holder, Patience& patience) {
     Fd door;
+    status_t last = OK;
     const auto attempt = [&](Obstacle& obstacle) {
-        return open(Role::Door, holder, &door, obstacle);
+        return last = open(Role::Door, holder, &door, obstacle);
     };
     const PlaceToWait place;
     Obstacle unused;
     const bool wait = place.granted() && !mDoesNotListen;
     const status_t status = wait ? patiently(patience, attempt) : attempt(unused);
-    mDoesNotListen = status != OK;
+    mDoesNotListen = last == WOULD_BLOCK;
     return status == DEAD_OBJECT ? deadDoor() : std::move(door);
 }
 
