@@ -6,7 +6,7 @@ build=$1
 wanted=${2:-}
 programs=$(find "$build/bench" -maxdepth 2 -type f -name "${wanted:-*}" -name '*_bench' -perm -u+x | sort)
 if [ -z "$programs" ]; then
-    echo "no benchmark program '$wanted'; these there are:" >&2
+    echo "no benchmark program '$wanted'; the programs are:" >&2
     find "$build/bench" -maxdepth 2 -type f -name '*_bench' -perm -u+x -printf '  %f\n' | sort >&2
     exit 1
 fi

@@ -1,19 +1,23 @@
 # Shared by ./dev and the scripts behind it; sourced, never run. The caller stands in the root.
 
+source scripts/progress.sh
+
 say() { printf '%s\n' "$*"; }
 say_step() { printf '\n== %s\n' "$*"; }
 
 declare -A PACKAGES=(
-    [build]="g++ clang-14 cmake ninja-build ccache pkg-config libgtest-dev libgmock-dev
-             libbenchmark-dev libespeak-ng-dev espeak-ng-data libsndfile1-dev libasound2-dev
-             libcli11-dev nlohmann-json3-dev python3 util-linux"
+    [speak]="g++ cmake ninja-build pkg-config libespeak-ng-dev espeak-ng-data libsndfile1-dev
+             libasound2-dev libcli11-dev nlohmann-json3-dev"
+    [build]="ccache libgtest-dev libgmock-dev python3 util-linux"
+    [clang]="clang-14"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
-    [bench]="libsystemd-dev dbus dbus-daemon valgrind"
+    [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind"
     [fuzz]="libclang-rt-14-dev"
     [coverage]="gcovr"
     [lint]="clang-format-14 clang-tidy-14"
     [terminal]="tmux"
     [docs]="doxygen"
+    [bare]="debootstrap git"
 )
 
 as_root() {
@@ -27,21 +31,40 @@ as_root() {
     fi
 }
 
+# apt_phase LABEL APT-GET-INSTALL-ARGUMENT...: shows how far it is, and apt's words when it fails.
+apt_phase() {
+    local label=$1 log
+    shift
+    log=$(mktemp)
+    if ! as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
+        -o APT::Status-Fd=1 -o DPkg::Lock::Timeout=300 "$@" </dev/null 2>&1 |
+        apt_steps "$log" | show_progress "$label"; then
+        grep -vE '^(dl|pm)status:' "$log" >&2
+        rm -f "$log"
+        return 1
+    fi
+    rm -f "$log"
+}
+
+is_installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
+
 # need_packages GROUP...: installs what is missing of these groups, and says so.
 need_packages() {
     command -v dpkg-query >/dev/null || return 0 # not Debian: the developer sees to it
     local group package missing=()
     for group in "$@"; do
         for package in ${PACKAGES[$group]}; do
-            dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
-                missing+=("$package")
+            is_installed "$package" || missing+=("$package")
         done
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     say_step "installing: ${missing[*]}"
     as_root apt-get update -qq
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-        "${missing[@]}" >/dev/null
+    if ! apt_phase "downloading packages" --download-only "${missing[@]}" ||
+        ! apt_phase "installing packages" "${missing[@]}"; then
+        echo "dev: apt-get could not install what is named above; see what it says, then run ./dev again" >&2
+        return 1
+    fi
 }
 
 jobs_here() { nproc; }
@@ -51,18 +74,19 @@ own_sources() {
     git ls-files '*.h' '*.cpp' 2>/dev/null
 }
 
-# build_preset PRESET [cmake --build arguments]
+# build_preset PRESET [cmake --build arguments]: shows how far it is, and the compiler's words when it fails.
 build_preset() {
     local preset=$1 log
     shift
     log=$(mktemp)
-    if ! cmake --preset "$preset" >"$log" 2>&1; then
-        cat "$log"
+    if ! { cmake --preset "$preset" >"$log" 2>&1 &&
+        NINJA_STATUS="[%f/%t] " cmake --build --preset "$preset" -j "$(jobs_here)" "$@" 2>&1 | ninja_steps "$log" |
+        show_progress "building $preset"; }; then
+        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "$log" >&2 || true
         rm -f "$log"
         return 1
     fi
     rm -f "$log"
-    cmake --build --preset "$preset" -j "$(jobs_here)" "$@"
 }
 
 PASSED=0

@@ -79,21 +79,7 @@ env -u VOXTREL_LOG_LEVEL "$control" say --wait "${options[@]}" -- "$text" ||
 stop_started
 
 printf '\n== %s\n' "$wav"
-python3 - "$wav" <<'PY'
-import array, math, sys, wave
-with wave.open(sys.argv[1]) as sound:
-    rate, channels = sound.getframerate(), sound.getnchannels()
-    samples = array.array("h", sound.readframes(sound.getnframes()))
-if not samples:
-    sys.exit("speak: the file holds no sound")
-if sys.byteorder == "big":
-    samples.byteswap()
-mean = math.sqrt(sum(s * s for s in samples) / len(samples)) / 32768
-peak = max(abs(s) for s in samples) / 32768
-level = lambda x: f"{20 * math.log10(x):.1f} dBFS" if x else "silent"
-print(f"length {len(samples) / channels / rate:.2f} s at {rate} Hz, "
-      f"loudness {level(mean)} on average, {level(peak)} at its peak")
-PY
+"$(dirname "$0")/wav_level.sh" "$wav"
 
 if grep -qs ']:' /proc/asound/cards; then
     if command -v aplay >/dev/null; then

@@ -1,51 +1,78 @@
 #!/usr/bin/env bash
-# Everything that must hold before a change lands. Ends with 'N passed, N failed'.
+# usage: test.sh [--only STEP[,STEP...]]... Everything that must hold before a change lands, or some
+# steps of it. Ends with 'N passed, N failed'.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-need_packages build arm fuzz lint bench terminal
+STEPS=(debug clang asan tsan arm form fuzz)
+declare -A STEP_PACKAGES=([clang]="clang" [arm]="arm" [form]="lint" [fuzz]="clang fuzz")
+
+usage() {
+    echo "usage: ./dev test [--only STEP[,STEP...]]...; the steps: ${STEPS[*]}" >&2
+    exit 2
+}
+
+# choose_steps [--only STEP[,STEP...]]...: sets CHOSEN
+choose_steps() {
+    local wanted=() name
+    while [ $# -gt 0 ]; do
+        [ "$1" = --only ] && [ $# -ge 2 ] || usage
+        IFS=, read -r -a names <<<"$2"
+        for name in "${names[@]}"; do
+            [[ " ${STEPS[*]} " == *" $name "* ]] || { echo "test: no step '$name'" >&2; usage; }
+        done
+        wanted+=("${names[@]}")
+        shift 2
+    done
+    CHOSEN=("${STEPS[@]}")
+    if [ ${#wanted[@]} -gt 0 ]; then CHOSEN=("${wanted[@]}"); fi
+}
 
 fail_step() {
     FAILED=$((FAILED + 1))
     say "$1: failed"
 }
 
-timed() {
-    local start=$SECONDS
-    "$@"
-    say "($((SECONDS - start)) s)"
+# pass_if NAME COMMAND...: a step that counts as one test
+pass_if() {
+    local name=$1
+    shift
+    if "$@"; then PASSED=$((PASSED + 1)); else fail_step "$name"; fi
 }
 
 preset_step() {
-    local preset=$1
-    say_step "$preset: build"
-    local log
-    log=$(mktemp)
-    if ! build_preset "$preset" >"$log" 2>&1; then
-        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "$log" || true
-        rm -f "$log"
-        fail_step "$preset build"
+    if ! build_preset "$1"; then
+        fail_step "$1 build"
         return 0
     fi
-    rm -f "$log"
-    say_step "$preset: tests"
-    run_ctest "$preset"
+    say "(built after $((SECONDS - STEP_START)) s)"
+    run_ctest "$1"
 }
 
-for preset in debug clang asan tsan arm; do
-    timed preset_step "$preset"
+fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
+
+run_step() {
+    say_step "$1"
+    STEP_START=$SECONDS
+    case $1 in
+        form) pass_if "form of the sources" scripts/format_check.sh ;;
+        fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;
+        *) preset_step "$1" ;;
+    esac
+    say "($1: $((SECONDS - STEP_START)) s)"
+}
+
+choose_steps "$@"
+groups=(speak build terminal)
+for step in "${CHOSEN[@]}"; do
+    read -r -a needed <<<"${STEP_PACKAGES[$step]:-}"
+    groups+=("${needed[@]}")
 done
-
-say_step "form of the sources"
-if scripts/format_check.sh; then PASSED=$((PASSED + 1)); else fail_step "form of the sources"; fi
-
-say_step "fuzz targets, a few seconds each"
-if build_preset fuzz >/dev/null 2>&1 && timed scripts/fuzz.sh build/fuzz 5; then
-    PASSED=$((PASSED + 1))
-else
-    fail_step "fuzz targets"
-fi
+need_packages "${groups[@]}"
+for step in "${CHOSEN[@]}"; do
+    run_step "$step"
+done
 
 say ""
 closing_line

@@ -1,0 +1,79 @@
+#!/usr/bin/env bash
+# usage: bare.sh. What a newcomer does on a bare Debian, in roots that hold minbase, git and a clean
+# clone of HEAD: speak, run the tests of one preset, install the packages. Ends with
+# 'N passed, N failed'.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/lib.sh
+source scripts/bare_root.sh
+
+[ $# -eq 0 ] || { echo "usage: ./dev bare" >&2; exit 2; }
+need_packages bare
+if [ "$(id -u)" -ne 0 ]; then
+    as_root "$0" # changing the root takes it
+    exit
+fi
+
+BARE=$PWD/build/bare
+PACKAGE_CACHE=$BARE/cache
+DEVELOPER=$BARE/developer # who builds from source
+USER_ROOT=$BARE/user      # who installs the packages
+SENTENCE="This sentence is spoken on a bare machine."
+
+# timed WHAT COMMAND...: shows what is done and how long it took
+timed() {
+    local what=$1 start=$SECONDS status=0
+    shift
+    say_step "$what"
+    "$@" || status=$?
+    say "($what: $((SECONDS - start)) s)"
+    return "$status"
+}
+
+# count WHAT COMMAND...: COMMAND counts as one test
+count() {
+    if timed "$@"; then
+        PASSED=$((PASSED + 1))
+    else
+        FAILED=$((FAILED + 1))
+        say "$1: failed"
+    fi
+}
+
+# count_all WHAT COMMAND...: COMMAND closes with 'N passed, N failed', and each of its tests counts
+count_all() {
+    local log=$BARE/closing.log status=0 passed failed
+    timed "$@" | tee "$log" || status=$?
+    if ! read -r passed failed < <(sed -n -E 's/^([0-9]+) passed, ([0-9]+) failed$/\1 \2/p' "$log" | tail -n 1); then
+        passed=0 failed=1
+    elif [ "$status" -ne 0 ] && [ "$failed" -eq 0 ]; then
+        failed=1
+    fi
+    PASSED=$((PASSED + passed))
+    FAILED=$((FAILED + failed))
+}
+
+make_roots() {
+    make_root "$DEVELOPER"
+    cp -a "$DEVELOPER" "$USER_ROOT"
+    git clone -q "file://$PWD" "$DEVELOPER/root/voxtrel"
+    [ "$(git rev-parse HEAD)" = "$(git -C "$DEVELOPER/root/voxtrel" rev-parse HEAD)" ]
+}
+
+in_clone() { in_root "$DEVELOPER" bash -c 'cd /root/voxtrel && exec "$@"' bash "$@"; }
+
+speak() { in_clone ./dev speak "$SENTENCE" -o /root/spoken.wav && in_clone scripts/wav_level.sh /root/spoken.wav; }
+
+build_packages() { in_clone ./dev package; }
+
+rm -rf "$DEVELOPER" "$USER_ROOT"
+mkdir -p "$PACKAGE_CACHE"
+[ -n "$(debian_sources)" ] || apt-get update -qq
+timed "making bare roots" make_roots
+count "./dev speak" speak
+count_all "./dev test --only debug" in_clone ./dev test --only debug
+count "./dev package" build_packages
+count_all "the packages" scripts/package_test.sh "$USER_ROOT" "$DEVELOPER/root/voxtrel"
+
+say ""
+closing_line

@@ -1,0 +1,52 @@
+# Bare Debian roots, sourced by bare.sh: made from this machine's own package sources, entered with
+# processes, mounts and a /tmp of their own.
+
+# debian_sources: this machine's sources of Debian packages, a line 'URI SUITE COMPONENT' each
+debian_sources() {
+    apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' | sort -u
+}
+
+# make_root FOLDER: minbase and git, nothing else
+make_root() {
+    local root=$1 suite uri
+    suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
+    uri=$(debian_sources | awk -v suite="$suite" '$2 == suite { print $1; exit }')
+    [ -n "$uri" ] || { echo "bare: apt knows no Debian source of '$suite'" >&2; return 1; }
+    if ! debootstrap --variant=minbase --include=git --cache-dir="$PACKAGE_CACHE" "$suite" "$root" \
+        "$uri" >"$root.log" 2>&1; then
+        tail -n 20 "$root.log" >&2
+        return 1
+    fi
+    debian_sources | sed 's/^/deb /' >"$root/etc/apt/sources.list"
+    # How this machine reaches its sources: a proxy, an archive of a past day.
+    apt-config dump Acquire | grep -E '^Acquire::(http|https|Check-|Retries)' \
+        >"$root/etc/apt/apt.conf.d/10machine" || true
+    cp /etc/resolv.conf "$root/etc/resolv.conf"
+}
+
+# in_root ROOT COMMAND...: runs it as root of ROOT, with an environment of its own. Its processes end
+# with it. A new root and not a changed one, so that tests may make user namespaces as on any machine.
+in_root() {
+    local root=$1
+    shift
+    unshare --mount --pid --ipc --uts --fork --kill-child bash -euc '
+        root=$1
+        shift
+        mount --make-rprivate /
+        mount --bind "$root" "$root"
+        mount --bind "$PACKAGE_CACHE" "$root/var/cache/apt/archives"
+        mount -t proc proc "$root/proc"
+        mount --rbind /dev "$root/dev"
+        mount -t tmpfs tmpfs "$root/dev/shm"
+        mount -t tmpfs tmpfs "$root/run"
+        cd "$root"
+        mkdir -p .outside
+        pivot_root . .outside
+        cd /
+        umount -l /.outside
+        rmdir /.outside
+        env -i HOME=/root TERM="${TERM:-dumb}" \
+            PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@" || exit
+    ' bash "$root" "$@"
+}
