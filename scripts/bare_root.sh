@@ -31,11 +31,11 @@ in_root() {
     local root=$1
     shift
     unshare --mount --pid --ipc --uts --fork --kill-child bash -euc '
-        root=$1
-        shift
+        root=$1 cache=$2
+        shift 2
         mount --make-rprivate /
         mount --bind "$root" "$root"
-        mount --bind "$PACKAGE_CACHE" "$root/var/cache/apt/archives"
+        mount --bind "$cache" "$root/var/cache/apt/archives"
         mount -t proc proc "$root/proc"
         mount --rbind /dev "$root/dev"
         mount -t tmpfs tmpfs "$root/dev/shm"
@@ -48,5 +48,5 @@ in_root() {
         rmdir /.outside
         env -i HOME=/root TERM="${TERM:-dumb}" \
             PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@" || exit
-    ' bash "$root" "$@"
+    ' bash "$root" "$PACKAGE_CACHE" "$@"
 }
