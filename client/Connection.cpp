@@ -4,8 +4,8 @@
 #include "client/Operations.h"
 #include "client/Pause.h"
 #include "client/SharedConnection.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -19,7 +19,6 @@ void ignoreEvent(unsigned int, unsigned int, unsigned int) {}
 
 android::sp<android::IBinder> findService(const std::string& appName)
     VOXTREL_REQUIRES(Clientmutex) {
-    const android::String16 name("tavix.ITextToSpeechFestival");
     const android::sp<android::IServiceManager> manager = android::defaultServiceManager();
     android::sp<android::IBinder> found;
     for (int attempt = 1; found == nullptr && attempt <= kSearchAttempts; ++attempt) {
@@ -31,7 +30,7 @@ android::sp<android::IBinder> findService(const std::string& appName)
             pauseMicroseconds(kSearchPause);
         }
         if (manager != nullptr) {
-            found = manager->getService(name);
+            found = manager->getService(ITextToSpeechFestival::descriptor);
         }
     }
     return found;
@@ -94,7 +93,7 @@ int TTSClientPrivate::connect() {
                                         "Please check Voxtrel is running or disable TTS_SUPPORT"),
                      mAppName.c_str());
         }
-        return status::kServiceNotFound;
+        return STATUS_SERVICE_NOT_FOUND;
     }
     const android::sp<Callback> callback = m_cb;
     mCbDeathNotifier = new CbDeathNotifier;
@@ -104,16 +103,16 @@ int TTSClientPrivate::connect() {
     }
     if (!mCapabilities.permitted) {
         dbgPrint(kLogWarning, VOXTREL_DEBUG_LINE("TTS Client : permission denied"));
-        return status::kPermissionDenied;
+        return STATUS_PERMISSION_DENIED;
     }
-    return status::kOk;
+    return STATUS_OK;
 }
 
 int TTSClientPrivate::disconnect() {
     traceCall("disconnect");
     const android::sp<ITextToSpeechFestival> service = currentService();
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
     const int result = service->deregisterCallback(mPid);
     const android::sp<Callback> callback = m_cb;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -43,12 +43,12 @@ int TTSClientPrivate::setGlobalRate(unsigned int rate) {
     dbgPrint(kLogTrace, "[Client] %s(), rate=%d\n", "setGlobalRate", rate);
     const android::sp<ITextToSpeechFestival> service = currentService();
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
     if (!mCapabilities.speedSupported || rate < mCapabilities.speedMin ||
         rate > mCapabilities.speedMax) {
         dbgPrint(kLogRejected, "setGlobalRate: %d, bad parameter\n", rate);
-        return status::kOk;  // a refused rate is no error, unlike every other refused value
+        return STATUS_OK;  // a refused rate is no error, unlike every other refused value
     }
     const int refusal = refusalToChange(*this, service);
     return refusal != 0 ? refusal : service->setGlobalRate(mPid, rate);
@@ -63,7 +63,7 @@ int TTSClientPrivate::lock() {
     traceCall("lock");
     const android::sp<ITextToSpeechFestival> service = currentService();
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
     const int result = service->lock(mPid);
     mLockOwner = isGranted(result);
@@ -74,7 +74,7 @@ int TTSClientPrivate::unlock() {
     traceCall("unlock");
     const android::sp<ITextToSpeechFestival> service = currentService();
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
     const int result = service->unlock(mPid);
     mLockOwner = mLockOwner && !isGranted(result);

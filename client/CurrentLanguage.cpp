@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "client/Log.h"
-#include "client/SettingChange.h"
-#include "client/Status.h"
+#include "vocabulary/Events.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -24,13 +24,13 @@ int askGlobalLanguage(TTSClientPrivate& client, const char* logFormat,
     }
     dbgPrint(kLogTrace, logFormat, code);
     *language = langStr2Id(code);
-    return status::kOk;
+    return STATUS_OK;
 }
 
 int resolveLanguage(TTSClientPrivate& client, const char* logFormat,
                     EN_VOXTREL_LANGUAGE* language) {
     *language = langStr2Id(client.mSetting.mLang);
-    return *language < LANG_NA ? status::kOk : askGlobalLanguage(client, logFormat, language);
+    return *language < LANG_NA ? STATUS_OK : askGlobalLanguage(client, logFormat, language);
 }
 
 }  // namespace TTS

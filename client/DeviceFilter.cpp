@@ -6,7 +6,7 @@
 #include <string>
 
 #include "client/Log.h"
-#include "client/Status.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -71,10 +71,10 @@ bool isUsable(const VoiceInfo& voice) {
 int refusalOfVoice(const Capabilities& capabilities, EN_VOXTREL_LANGUAGE language, uint32_t id) {
     for (const VoiceInfo& voice : capabilities.voices) {
         if (voice.langId == language && voice.id == id && !isUsable(voice)) {
-            return status::kNotSupported;
+            return STATUS_NOT_SUPPORTED;
         }
     }
-    return status::kOk;
+    return STATUS_OK;
 }
 
 bool isFilteredOut(EN_VOXTREL_LANGUAGE language) {

@@ -3,9 +3,9 @@
 #include "client/DeviceFilter.h"
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
 #include "client/Values.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -24,19 +24,19 @@ struct Requirement {
 template <typename T>
 int checkNumber(TTSClientPrivate& client, const void* address, const Requirement<T>& requirement) {
     if (address == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const T value = load<T>(address);
     if (value < requirement.min || value > requirement.max) {
         dbgPrint(kLogRejected, requirement.rejectionFormat, value);
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     return refusalOfFeature(client, requirement.flagKey, requirement.capable);
 }
 
 int checkVoice(TTSClientPrivate& client, const void* address) {
     if (address == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const auto voice = load<uint32_t>(address);
     EN_VOXTREL_LANGUAGE language = LANG_NA;
@@ -50,7 +50,7 @@ int checkVoice(TTSClientPrivate& client, const void* address) {
     if (static_cast<uint32_t>(count) < voice) {
         // A whole number under "%f": it is handed over as the double that the format reads.
         dbgPrint(kLogRejected, "setGlobalVoice: %f, bad parameter\n", static_cast<double>(voice));
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const int refusal = refusalOfFeature(client, GCONF_VOICE_ENABLE, count != 0);
     return refusal != 0 ? refusal : refusalOfVoice(client.mCapabilities, language, voice);
@@ -61,14 +61,14 @@ int checkLanguage(TTSClientPrivate& client, const void* value) {
     const EN_VOXTREL_LANGUAGE language = langStr2Id(code);
     if (!speaks(client.mCapabilities, language)) {
         dbgPrint(kLogRejected, "setLanguage: %s, %d, not support \n", code.c_str(), language);
-        return status::kNotSupported;
+        return STATUS_NOT_SUPPORTED;
     }
     if (isFilteredOut(language)) {
         dbgPrint(kLogRejected, "setLanguage: %s, %d, not support because of filter\n", code.c_str(),
                  language);
-        return status::kNotSupported;
+        return STATUS_NOT_SUPPORTED;
     }
-    return status::kOk;
+    return STATUS_OK;
 }
 
 int checkValue(TTSClientPrivate& client, VOXTRELAPI_GCONF key, const void* value) {
@@ -104,7 +104,7 @@ int checkValue(TTSClientPrivate& client, VOXTRELAPI_GCONF key, const void* value
         case GCONF_LANGUAGE:
             return checkLanguage(client, value);
         default:
-            return status::kOk;
+            return STATUS_OK;
     }
 }
 
@@ -118,7 +118,7 @@ int TTSClientPrivate::setGlobalConfig(VOXTRELAPI_GCONF key, void* value) {
     traceKey("setGlobalConfig", key);
     const android::sp<ITextToSpeechFestival> service = currentService();
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
     int refusal = checkValue(*this, key, value);
     if (refusal == 0) {
@@ -130,7 +130,7 @@ int TTSClientPrivate::setGlobalConfig(VOXTRELAPI_GCONF key, void* value) {
 int TTSClientPrivate::globalConfig(VOXTRELAPI_GCONF key, void* out) {
     traceKey("globalConfig", key);
     const android::sp<ITextToSpeechFestival> service = currentService();
-    return service != nullptr ? service->globalConfig(mPid, key, out) : status::kNoService;
+    return service != nullptr ? service->globalConfig(mPid, key, out) : STATUS_NO_SERVICE;
 }
 
 int TTSClientPrivate::setEnable2(VOXTRELAPI_GCONF key, bool enable) {
@@ -144,7 +144,7 @@ int TTSClientPrivate::setEnable2(VOXTRELAPI_GCONF key, bool enable) {
 int TTSClientPrivate::enabled2(VOXTRELAPI_GCONF key, void* out) {
     traceKey("enabled2", key);
     const android::sp<ITextToSpeechFestival> service = currentService();
-    return service != nullptr ? service->enabled2(mPid, key, out) : status::kNoService;
+    return service != nullptr ? service->enabled2(mPid, key, out) : STATUS_NO_SERVICE;
 }
 
 }  // namespace TTS

@@ -2,9 +2,9 @@
 #include "client/DeviceFilter.h"
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
 #include "client/Values.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 
@@ -40,7 +40,7 @@ std::string TTSClientPrivate::supportLanguages() {
 
 int TTSClientPrivate::setLanguage(void* code) {
     if (code == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const std::string text(static_cast<const char*>(code));
     dbgPrint(kLogTrace, VOXTREL_DEBUG_LINE("[Client] %s(), setLanguage = %s"), "setLanguage",
@@ -48,19 +48,19 @@ int TTSClientPrivate::setLanguage(void* code) {
     const EN_VOXTREL_LANGUAGE language = langStr2Id(text);
     if (language < LANG_NA && !speaks(mCapabilities, language)) {
         dbgPrint(kLogRejected, "setLanguage: %s, %d, not support \n", text.c_str(), language);
-        return status::kNotSupported;
+        return STATUS_NOT_SUPPORTED;
     }
     if (isFilteredOut(language)) {
         dbgPrint(kLogRejected, "setLanguage: %s, %d, not support because of filter \n",
                  text.c_str(), language);
-        return status::kNotSupported;
+        return STATUS_NOT_SUPPORTED;
     }
     if (text != mSetting.mLang) {
         mSetting.mVoice = language == LANG_NA ? kNeverSet : 0;
         mSetting.mLang = text;
-        announce(*this, kLanguageChanged);
+        announce(*this, SETTING_LANGUAGE);
     }
-    return status::kOk;
+    return STATUS_OK;
 }
 
 int TTSClientPrivate::getLangPropertyLen() {

@@ -5,7 +5,7 @@
 
 #include "client/Log.h"
 #include "client/SharedConnection.h"
-#include "client/Status.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -31,17 +31,17 @@ bool heldByAnother(const TTSClientPrivate& client,
 int refusalToChange(const TTSClientPrivate& client,
                     const android::sp<ITextToSpeechFestival>& service) {
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
-    return heldByAnother(client, service) ? status::kLocked : status::kOk;
+    return heldByAnother(client, service) ? STATUS_LOCKED : STATUS_OK;
 }
 
 int refusalToSpeak(TTSClientPrivate& client, const android::sp<ITextToSpeechFestival>& service) {
     if (service == nullptr) {
-        return status::kNoService;
+        return STATUS_NO_SERVICE;
     }
     if (!client.enabled()) {
-        return status::kSpeechDisabled;
+        return STATUS_DISABLED;
     }
     return refusalToChange(client, service);
 }
@@ -54,14 +54,14 @@ int refusalOfFeature(TTSClientPrivate& client, VOXTRELAPI_GCONF flagKey, bool ca
     }
     if (!enabled || !capable) {
         logNotSupported();
-        return status::kNotSupported;
+        return STATUS_NOT_SUPPORTED;
     }
-    return status::kOk;
+    return STATUS_OK;
 }
 
 void announce(const TTSClientPrivate& client, SettingKind kind) {
     if (client.mCbFunc != nullptr) {
-        client.mCbFunc(kSettingChanged, 0, kind);
+        client.mCbFunc(EVENT_SETTING, 0, kind);
     }
 }
 

@@ -2,8 +2,8 @@
 #ifndef VOXTREL_CLIENT_OPERATIONS_H
 #define VOXTREL_CLIENT_OPERATIONS_H
 
-#include "client/SettingChange.h"
 #include "client/TTSClientPrivate.h"
+#include "vocabulary/Events.h"
 
 namespace TTS {
 

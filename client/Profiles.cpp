@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 
 int TTSClientPrivate::saveProfile(const char* name) {
     traceCall("saveProfile");
-    return mSetting.serialize(name) ? status::kOk : status::kProfileError;
+    return mSetting.serialize(name) ? STATUS_OK : STATUS_PROFILE_ERROR;
 }
 
 int TTSClientPrivate::loadProfile(const char* name) {
     traceCall("loadProfile");
     if (!mSetting.deserialize(name)) {
-        return status::kProfileError;
+        return STATUS_PROFILE_ERROR;
     }
-    mProfileName = name != nullptr ? name : "/Customer/" + mSetting.mName + ".ini";
-    return status::kOk;
+    mProfileName = name != nullptr ? name : TtsSetting::defaultPath(mSetting.mName);
+    return STATUS_OK;
 }
 
 int TTSClientPrivate::factoryReset(const char*) {

@@ -4,9 +4,9 @@
 
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
 #include "client/Values.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -32,31 +32,31 @@ constexpr Control<uint32_t> kSpeed = {"setSpeed",
                                       "[Client] %s(), speed = %d\n",
                                       "setSpeed: %d, bad parameter\n",
                                       GCONF_SPEED_ENABLE,
-                                      kSpeedChanged,
+                                      SETTING_SPEED,
                                       &TtsSetting::mSpeed};
 constexpr Control<float> kPitch = {"setPitch",
                                    "[Client] %s(), pitch = %f\n",
                                    "setPitch: %f, bad parameter\n",
                                    GCONF_PITCH_ENABLE,
-                                   kPitchChanged,
+                                   SETTING_PITCH,
                                    &TtsSetting::mPitch};
 constexpr Control<float> kVolume = {"setVolume",
                                     "[Client] %s(), volume = %f\n",
                                     "setVolume: %f, bad parameter\n",
                                     GCONF_VOLUME_ENABLE,
-                                    kVolumeChanged,
+                                    SETTING_VOLUME,
                                     &TtsSetting::mVolume};
 constexpr Control<uint32_t> kBgVolume = {"setBgVolume",
                                          "[Client] %s(), BgVolume = %d\n",
                                          "setBgVolume: %d, bad parameter\n",
                                          GCONF_BG_VOLUME_ENABLE,
-                                         kBgVolumeChanged,
+                                         SETTING_BG_VOLUME,
                                          &TtsSetting::mMediaVolume};
 constexpr Control<uint32_t> kTtsVolume = {"setTtsVolume",
                                           "[Client] %s(), TtsVolume = %d\n",
                                           "setTtsVolume: %d, bad parameter\n",
                                           GCONF_TTS_VOLUME_ENABLE,
-                                          kTtsVolumeChanged,
+                                          SETTING_TTS_VOLUME,
                                           &TtsSetting::mTtsVolume};
 
 constexpr Range<uint32_t> kPercent = {kVolumePercentMin, kVolumePercentMax};
@@ -71,13 +71,13 @@ template <typename T>
 int set(TTSClientPrivate& client, const Control<T>& control, const Range<T>& range, bool capable,
         const void* address) {
     if (address == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const T value = load<T>(address);
     dbgPrint(kLogTrace, control.traceFormat, control.operation, value);
     if (isOutside(value, range)) {
         dbgPrint(kLogRejected, control.rejectionFormat, value);
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const int refusal = refusalOfFeature(client, control.flagKey, capable);
     if (refusal != 0) {
@@ -88,7 +88,7 @@ int set(TTSClientPrivate& client, const Control<T>& control, const Range<T>& ran
         current = value;
         announce(client, control.kind);
     }
-    return status::kOk;
+    return STATUS_OK;
 }
 
 }  // namespace
@@ -142,12 +142,12 @@ int TTSClientPrivate::voice(void* out) {
 
 int TTSClientPrivate::language(void* out, unsigned int len) {
     if (out == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const size_t copied = std::min<size_t>(len, mSetting.mLang.size());
     std::memcpy(out, mSetting.mLang.data(), copied);
     std::memset(static_cast<char*>(out) + copied, 0, len - copied);
-    return status::kOk;
+    return STATUS_OK;
 }
 
 }  // namespace TTS

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 

@@ -22,7 +22,7 @@ namespace TTS {
 /// the process id. Constructing or destroying *any* client object empties `gttsbinder`: every
 /// client object of the process then answers -5 until one of them connects again.
 ///
-/// Results are the status codes of client/Status.h unless said otherwise; other non-zero values
+/// Results are the status codes of vocabulary/Status.h unless said otherwise; other non-zero values
 /// come from the service. An operation first logs its trace (level 2), then checks in the order in
 /// which its comment lists the refusals, and only then asks the service. *No service* stands for
 /// -5 with an empty `gttsbinder`. *Lock rule*: unless this client holds the service lock, the
@@ -164,7 +164,7 @@ public:
     // 65535, "not set", is always inside, and NaN is not outside); the result of `enabled2` for the
     // feature's flag, -5 without a service; flag off or capability missing -9 (logged). A value
     // equal to the current one gives 0 and nothing more; a new one is stored and the notification
-    // function is called with (6, 0, SettingKind). A refusal changes nothing.
+    // function is called with (EVENT_SETTING, 0, SettingKind). A refusal changes nothing.
 
     int setSpeed(void* value);      ///< `uint32_t`, `speedMin()` to `speedMax()`
     int setPitch(void* value);      ///< `float`, `pitchMin()` to `pitchMax()`
@@ -278,7 +278,7 @@ public:
     /// Refuses: a language that the service does not speak -9; refused by the filter -9 (both
     /// logged). A code that is none of ours passes both and means "no language". The code that is
     /// set already gives 0 and nothing more; a new one also resets the voice, to 65535 for no
-    /// language and to 0 otherwise, and notifies (6, 0, kLanguageChanged).
+    /// language and to 0 otherwise, and notifies (EVENT_SETTING, 0, SETTING_LANGUAGE).
     /// @param code a NUL-terminated code.
     int setLanguage(void* code);
 
@@ -286,7 +286,8 @@ public:
     ///
     /// Refuses: no language of its own -11; above the language's number of voices -3; the result
     /// of `enabled2`; flag off or no voices -9; refused by the filter -9 (not logged). The voice
-    /// that is set already gives 0 and nothing more; a new one notifies (6, 0, kVoiceChanged).
+    /// that is set already gives 0 and nothing more; a new one notifies (EVENT_SETTING, 0,
+    /// SETTING_VOICE).
     /// @param voice a `uint32_t`; voices are counted from 1.
     int setVoice(void* voice);
 

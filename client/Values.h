@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "client/Status.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 
@@ -20,10 +20,10 @@ T load(const void* address) {
 template <typename T>
 int copyOut(const T& value, void* out) {
     if (out == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     std::memcpy(out, &value, sizeof value);
-    return status::kOk;
+    return STATUS_OK;
 }
 
 }  // namespace TTS

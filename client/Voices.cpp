@@ -5,9 +5,9 @@
 #include "client/DeviceFilter.h"
 #include "client/Log.h"
 #include "client/Operations.h"
-#include "client/Status.h"
 #include "client/TTSClientPrivate.h"
 #include "client/Values.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -60,7 +60,7 @@ int32_t currentVoiceCount(TTSClientPrivate& client, const char* logFormat) {
 int TTSClientPrivate::supportVoicesInfo(void* out) {
     VoiceInfo** list = nullptr;
     if (copyOut(list, out) != 0) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     EN_VOXTREL_LANGUAGE language = LANG_NA;
     const int failure = resolveLanguage(
@@ -72,13 +72,13 @@ int TTSClientPrivate::supportVoicesInfo(void* out) {
         return failure;
     }
     if (language >= LANG_NA) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     dbgPrint(kLogTrace,
              VOXTREL_DEBUG_LINE("TTSClientPrivate(), supportVoicesInfo, get language id = %d"),
              language);
     if (mCapabilities.voices.empty()) {
-        return status::kOk;  // the table that another client was given stays as it is
+        return STATUS_OK;  // the table that another client was given stays as it is
     }
     if (enterVoices(mCapabilities, language) > 0) {
         list = gVoiceList;
@@ -88,18 +88,18 @@ int TTSClientPrivate::supportVoicesInfo(void* out) {
 
 int TTSClientPrivate::setVoice(void* voice) {
     if (voice == nullptr) {
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     const auto id = load<uint32_t>(voice);
     dbgPrint(kLogTrace, "[Client] %s(), voice = %d\n", "setVoice", id);
     const EN_VOXTREL_LANGUAGE language = langStr2Id(mSetting.mLang);
     if (language >= LANG_NA) {
-        return status::kNoLanguage;
+        return STATUS_NO_LANGUAGE;
     }
     const int32_t count = voiceCount(mCapabilities, language);
     if (static_cast<uint32_t>(count) < id) {
         dbgPrint(kLogRejected, "setVoice: %d, bad parameter\n", id);
-        return status::kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     int refusal = refusalOfFeature(*this, GCONF_VOICE_ENABLE, count != 0);
     if (refusal == 0) {
@@ -107,7 +107,7 @@ int TTSClientPrivate::setVoice(void* voice) {
     }
     if (refusal == 0 && mSetting.mVoice != id) {
         mSetting.mVoice = id;
-        announce(*this, kVoiceChanged);
+        announce(*this, SETTING_VOICE);
     }
     return refusal;
 }

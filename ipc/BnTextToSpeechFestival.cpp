@@ -10,6 +10,7 @@
 
 #include "ipc/ConfigValue.h"
 #include "ipc/TransactionCodes.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -78,7 +79,7 @@ int32_t setNumber(Service& service, unsigned pid, VOXTRELAPI_GCONF key, const Pa
 int32_t setText(Service& service, unsigned pid, VOXTRELAPI_GCONF key, const Parcel& request) {
     const int32_t length = request.readInt32();
     if (length < 0 || static_cast<size_t>(length) >= kTextSize) {
-        return kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     char text[kTextSize] =
         {};  // its zeros are the terminator, and all of it if the request is short
@@ -99,7 +100,7 @@ int32_t setConfigValue(Service& service, const Parcel& request) {
         case ConfigValue::kNone:
             break;
     }
-    return kBadParameter;
+    return STATUS_BAD_PARAMETER;
 }
 
 void serveSetGlobalConfig(Service& service, const Parcel& request, Parcel& reply) {
@@ -118,7 +119,7 @@ int32_t writeText(Service& service, unsigned pid, VOXTRELAPI_GCONF key, Parcel& 
 int32_t writeConfigValue(Service& service, const Parcel& request, Parcel& reply) {
     const auto pid = take<unsigned>(request);
     const auto key = take<VOXTRELAPI_GCONF>(request);
-    int32_t status = kBadParameter;
+    int32_t status = STATUS_BAD_PARAMETER;
     switch (configValueOf(key)) {
         case ConfigValue::kInteger: {
             int32_t value = 0;

@@ -7,6 +7,7 @@
 
 #include "ipc/ConfigValue.h"
 #include "ipc/TransactionCodes.h"
+#include "vocabulary/Status.h"
 
 namespace TTS {
 namespace {
@@ -168,41 +169,42 @@ BpTextToSpeechFestival::BpTextToSpeechFestival(const android::sp<IBinder>& remot
 int BpTextToSpeechFestival::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
                                 float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
                                 float pitch, EN_VOXTREL_LANGUAGE language) {
-    return ask(remote(), transaction::kSay, kOneWay, kNoService, pid, id, text, speed, volume,
-               voice, bgVolume, ttsVolume, pitch, language);
+    return ask(remote(), transaction::kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,
+               volume, voice, bgVolume, ttsVolume, pitch, language);
 }
 
 int BpTextToSpeechFestival::silence(unsigned pid, unsigned first, unsigned second,
                                     unsigned bgVolume) {
-    return ask(remote(), transaction::kSilence, kOneWay, kNoService, pid, first, second, bgVolume);
+    return ask(remote(), transaction::kSilence, kOneWay, STATUS_NO_SERVICE, pid, first, second,
+               bgVolume);
 }
 
 int BpTextToSpeechFestival::stopAndFlush(unsigned pid, unsigned arg) {
-    return ask(remote(), transaction::kStopAndFlush, kOneWay, kNoService, pid, arg);
+    return ask(remote(), transaction::kStopAndFlush, kOneWay, STATUS_NO_SERVICE, pid, arg);
 }
 
 int BpTextToSpeechFestival::setEnable(unsigned pid, bool enable) {
-    return ask(remote(), transaction::kSetEnable, kTwoWay, kNoService, pid, enable);
+    return ask(remote(), transaction::kSetEnable, kTwoWay, STATUS_NO_SERVICE, pid, enable);
 }
 
 int BpTextToSpeechFestival::setVerbosity(unsigned pid, int verbosity) {
-    return ask(remote(), transaction::kSetVerbosity, kTwoWay, kNoService, pid, verbosity);
+    return ask(remote(), transaction::kSetVerbosity, kTwoWay, STATUS_NO_SERVICE, pid, verbosity);
 }
 
 int BpTextToSpeechFestival::setGlobalRate(unsigned pid, unsigned rate) {
-    return ask(remote(), transaction::kSetGlobalRate, kTwoWay, kNoService, pid, rate);
+    return ask(remote(), transaction::kSetGlobalRate, kTwoWay, STATUS_NO_SERVICE, pid, rate);
 }
 
 int BpTextToSpeechFestival::setEnable2(unsigned pid, VOXTRELAPI_GCONF key, bool enable) {
-    return ask(remote(), transaction::kSetEnable2, kTwoWay, kNoService, pid, key, enable);
+    return ask(remote(), transaction::kSetEnable2, kTwoWay, STATUS_NO_SERVICE, pid, key, enable);
 }
 
 int BpTextToSpeechFestival::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
     if (out == nullptr) {
-        return kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     Parcel reply;
     send(*remote(), transaction::kEnabled2, kTwoWay, reply, pid, key);
@@ -213,31 +215,31 @@ int BpTextToSpeechFestival::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* o
 int BpTextToSpeechFestival::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* value) {
     constexpr uint32_t code = transaction::kSetGlobalConfig;
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
     if (value == nullptr) {
-        return kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     switch (configValueOf(key)) {
         case ConfigValue::kInteger:
-            return ask(remote(), code, kTwoWay, kNoService, pid, key, load<int32_t>(value));
+            return ask(remote(), code, kTwoWay, STATUS_NO_SERVICE, pid, key, load<int32_t>(value));
         case ConfigValue::kFloat:
-            return ask(remote(), code, kTwoWay, kNoService, pid, key, load<float>(value));
+            return ask(remote(), code, kTwoWay, STATUS_NO_SERVICE, pid, key, load<float>(value));
         case ConfigValue::kText:
-            return ask(remote(), code, kTwoWay, kNoService, pid, key,
+            return ask(remote(), code, kTwoWay, STATUS_NO_SERVICE, pid, key,
                        CountedText{static_cast<const char*>(value)});
         case ConfigValue::kNone:
             break;
     }
-    return kBadParameter;
+    return STATUS_BAD_PARAMETER;
 }
 
 int BpTextToSpeechFestival::globalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
     if (out == nullptr && configValueOf(key) != ConfigValue::kNone) {
-        return kBadParameter;
+        return STATUS_BAD_PARAMETER;
     }
     Parcel reply;
     send(*remote(), transaction::kGlobalConfig, kTwoWay, reply, pid, key);
@@ -250,35 +252,35 @@ bool BpTextToSpeechFestival::enabled() const {
 }
 
 int BpTextToSpeechFestival::verbosity() {
-    return ask(remote(), transaction::kVerbosity, kTwoWay, kNoService);
+    return ask(remote(), transaction::kVerbosity, kTwoWay, STATUS_NO_SERVICE);
 }
 
 int BpTextToSpeechFestival::globalRate() {
-    return ask(remote(), transaction::kGlobalRate, kTwoWay, kNoService);
+    return ask(remote(), transaction::kGlobalRate, kTwoWay, STATUS_NO_SERVICE);
 }
 
 int BpTextToSpeechFestival::factoryReset(unsigned pid) {
-    return ask(remote(), transaction::kFactoryReset, kTwoWay, kNoService, pid);
+    return ask(remote(), transaction::kFactoryReset, kTwoWay, STATUS_NO_SERVICE, pid);
 }
 
 int BpTextToSpeechFestival::registerCallback(unsigned pid, const android::sp<ICallback>& cb) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
-    return ask(remote(), transaction::kRegisterCallback, kTwoWay, kNoService, pid,
+    return ask(remote(), transaction::kRegisterCallback, kTwoWay, STATUS_NO_SERVICE, pid,
                android::IInterface::asBinder(cb));
 }
 
 int BpTextToSpeechFestival::deregisterCallback(unsigned pid) {
-    return ask(remote(), transaction::kDeregisterCallback, kTwoWay, kNoService, pid);
+    return ask(remote(), transaction::kDeregisterCallback, kTwoWay, STATUS_NO_SERVICE, pid);
 }
 
 int BpTextToSpeechFestival::lock(unsigned pid) {
-    return ask(remote(), transaction::kLock, kOneWay, kNoService, pid);
+    return ask(remote(), transaction::kLock, kOneWay, STATUS_NO_SERVICE, pid);
 }
 
 int BpTextToSpeechFestival::unlock(unsigned pid) {
-    return ask(remote(), transaction::kUnlock, kOneWay, kNoService, pid);
+    return ask(remote(), transaction::kUnlock, kOneWay, STATUS_NO_SERVICE, pid);
 }
 
 bool BpTextToSpeechFestival::locked() {
@@ -287,7 +289,7 @@ bool BpTextToSpeechFestival::locked() {
 
 int BpTextToSpeechFestival::getCapabilities(Capabilities& caps) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
     Parcel reply;
     send(*remote(), transaction::kGetCapabilities, kTwoWay, reply);
@@ -302,7 +304,7 @@ int BpTextToSpeechFestival::language() {
 
 int BpTextToSpeechFestival::pitch(float& out) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
     Parcel reply;
     send(*remote(), transaction::kPitch, kTwoWay, reply);
@@ -312,17 +314,17 @@ int BpTextToSpeechFestival::pitch(float& out) {
 
 int BpTextToSpeechFestival::voice(unsigned& out) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
-    out = static_cast<unsigned>(ask(remote(), transaction::kVoice, kTwoWay, kNoService));
+    out = static_cast<unsigned>(ask(remote(), transaction::kVoice, kTwoWay, STATUS_NO_SERVICE));
     return 0;
 }
 
 int BpTextToSpeechFestival::speed(unsigned& out) {
     if (remote() == nullptr) {
-        return kNoService;
+        return STATUS_NO_SERVICE;
     }
-    out = static_cast<unsigned>(ask(remote(), transaction::kSpeed, kTwoWay, kNoService));
+    out = static_cast<unsigned>(ask(remote(), transaction::kSpeed, kTwoWay, STATUS_NO_SERVICE));
     return 0;
 }
 

@@ -12,8 +12,8 @@
 
 namespace TTS {
 
-/// The speech service as its clients see it; descriptor and service name
-/// "tavix.ITextToSpeechFestival".
+/// The speech service as its clients see it. `descriptor`, "tavix.ITextToSpeechFestival", is also
+/// the name under which a service registers and its clients search.
 ///
 /// `pid` is the client's process id, under which the service knows it. Operations that return `int`
 /// give a status: 0 for success, else a negative code of the service's own. The order of the

@@ -38,10 +38,6 @@ enum Code : uint32_t {
 };
 }  // namespace transaction
 
-/// Status values that the protocol itself produces; all others are the service's own.
-constexpr int32_t kBadParameter = -3;  ///< the key carries no value, or the value cannot be one
-constexpr int32_t kNoService = -5;     ///< the proxy holds no remote binder
-
 }  // namespace TTS
 
 #endif

@@ -36,8 +36,12 @@ TtsSetting::TtsSetting(std::string name)
       mLongBreakDuration(0),
       mShortBreakDuration(0) {}
 
+std::string TtsSetting::defaultPath(const std::string& name) {
+    return "/Customer/" + name + ".ini";
+}
+
 std::string TtsSetting::fileOf(const char* path) const {
-    return path != nullptr ? path : "/Customer/" + mName + ".ini";
+    return path != nullptr ? path : defaultPath(mName);
 }
 
 bool TtsSetting::isExistProfile(const char* path) const {

@@ -12,7 +12,7 @@ namespace TTS {
 /// A plain value: copies are independent, and no operation but `deserialize` changes a field.
 ///
 /// Path arguments: a path is the full name of a file, taken verbatim; a null path selects the
-/// default profile, "/Customer/" + `mName` + ".ini".
+/// default profile, `defaultPath(mName)`.
 ///
 /// Called on: any thread, one at a time for one object. Locks: none. Two writers of one file are
 /// not kept apart.
@@ -22,6 +22,9 @@ public:
     ///
     /// @param name base name of the default profile.
     explicit TtsSetting(std::string name);
+
+    /// @return "/Customer/" + `name` + ".ini".
+    static std::string defaultPath(const std::string& name);
 
     /// Writes the profile, replacing what the file held, and has the system write its disks.
     ///

@@ -111,7 +111,7 @@ bool ClientRegistry::isDead(uint32_t pid) const {
     return std::find(mDead.begin(), mDead.end(), pid) != mDead.end();
 }
 
-void ClientRegistry::tell(uint32_t pid, Event event, uint32_t second, uint32_t third) {
+void ClientRegistry::tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) {
     const MutexLock lock(mMutex);
     const auto found = mClients.find(pid);
     if (found != mClients.end()) {
@@ -119,7 +119,7 @@ void ClientRegistry::tell(uint32_t pid, Event event, uint32_t second, uint32_t t
     }
 }
 
-void ClientRegistry::tellAll(Event event, uint32_t second, uint32_t third) {
+void ClientRegistry::tellAll(TTS::Event event, uint32_t second, uint32_t third) {
     const MutexLock lock(mMutex);
     for (const auto& [pid, client] : mClients) {
         (void)client.outbox->post(event, second, third);

@@ -47,10 +47,10 @@ public:
     bool isDead(uint32_t pid) const;
 
     /// To one client; dropped if the process is not registered.
-    void tell(uint32_t pid, Event event, uint32_t second, uint32_t third) override;
+    void tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) override;
 
     /// To every client.
-    void tellAll(Event event, uint32_t second, uint32_t third);
+    void tellAll(TTS::Event event, uint32_t second, uint32_t third);
 
     /// Returns when every client has been sent what it was told before, or the time is up.
     void flush(std::chrono::milliseconds atMost);

@@ -124,7 +124,7 @@ EventOutbox::~EventOutbox() {
     mDesk->close();
 }
 
-bool EventOutbox::post(Event event, uint32_t second, uint32_t third) {
+bool EventOutbox::post(TTS::Event event, uint32_t second, uint32_t third) {
     return mDesk->post({event, second, third});
 }
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "ipc/ICallback.h"
-#include "service/Events.h"
 #include "service/Locking.h"
+#include "vocabulary/Events.h"
 
 namespace voxtreld {
 
@@ -32,7 +32,7 @@ public:
     EventOutbox& operator=(const EventOutbox&) = delete;
 
     /// Returns at once. @return false if the event is dropped because too many wait already.
-    bool post(Event event, uint32_t second, uint32_t third);
+    bool post(TTS::Event event, uint32_t second, uint32_t third);
 
     /// Returns when everything posted before the call has been sent, or the time is up.
     /// @return true if it has been sent.
@@ -40,7 +40,7 @@ public:
 
 private:
     struct Letter {
-        Event event;
+        TTS::Event event;
         uint32_t second;
         uint32_t third;
     };

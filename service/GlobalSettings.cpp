@@ -6,12 +6,13 @@
 #include <iterator>
 
 #include "service/Engine.h"
-#include "service/Events.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
-namespace {
 
-using TTS::TtsSetting;
+using namespace TTS;
+
+namespace {
 
 struct IntegerRow {
     uint32_t TtsSetting::*value;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "service/Events.h"
+#include "vocabulary/Events.h"
 
 namespace voxtreld {
 
@@ -15,7 +15,7 @@ public:
 
     /// Must not block: it is called between two pieces of sound.
     /// Called on: the speech thread, binder threads.
-    virtual void tell(uint32_t pid, Event event, uint32_t second, uint32_t third) = 0;
+    virtual void tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) = 0;
 };
 
 }  // namespace voxtreld

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "profile/TtsSetting.h"
 #include "service/Admission.h"
 #include "service/SpeechQueue.h"
 
@@ -11,7 +12,7 @@ namespace voxtreld {
 
 /// What the command line asks for.
 struct Options {
-    std::string profile = "/Customer/voxtrel.ini";
+    std::string profile = TTS::TtsSetting::defaultPath("voxtrel");
     std::string sink = "alsa";
     std::string background;  ///< empty: none
     bool realTime = false;

@@ -5,8 +5,12 @@
 #include <array>
 
 #include "service/Text.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 /// Long enough for whole sentences, short enough that a text of any size costs the engine the same.
@@ -112,7 +116,7 @@ void Speaker::tellStarted() {
     mEarlyWords.clear();
 }
 
-void Speaker::tell(Event event, uint32_t third) {
+void Speaker::tell(TTS::Event event, uint32_t third) {
     mListener.tell(mCurrent->pid, event, mCurrent->id, third);
 }
 

@@ -36,7 +36,7 @@ private:
     bool speakText(const Utterance& utterance);
     bool pause(uint32_t milliseconds);
     void tellStarted();
-    void tell(Event event, uint32_t third);
+    void tell(TTS::Event event, uint32_t third);
 
     Engine& mEngine;
     Sink& mSink;

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "service/Events.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
 
 bool SpeechQueue::hasRoomFor(const Utterance& utterance) {
     const auto found = mShares.find(utterance.pid);

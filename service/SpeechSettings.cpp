@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/SpeechSettings.h"
 
-#include "service/Events.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 /// The value asked for, or the global one where it is unset or may not be changed.

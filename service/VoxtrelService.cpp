@@ -6,8 +6,12 @@
 #include <utility>
 
 #include "service/Text.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 constexpr size_t kLanguageCount = LANG_NA;

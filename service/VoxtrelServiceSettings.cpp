@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // The operations on settings that all clients share.
 #include "service/VoxtrelService.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 // `setEnable` has no transaction of its own: it arrives as `setEnable2` with one of these keys.

@@ -25,8 +25,6 @@
 namespace voxtreld {
 namespace {
 
-constexpr const char* kServiceName = "tavix.ITextToSpeechFestival";
-
 int fail(const std::string& message) {
     std::fprintf(stderr, "voxtreld: %s\n", message.c_str());
     return EXIT_FAILURE;
@@ -86,8 +84,8 @@ int run(const Options& options) {
     });
 
     android::ProcessState::self()->startThreadPool();
-    const android::status_t added =
-        android::defaultServiceManager()->addService(android::String16(kServiceName), service);
+    const android::status_t added = android::defaultServiceManager()->addService(
+        TTS::ITextToSpeechFestival::descriptor, service);
     if (added == android::OK) {
         int signal = 0;
         sigwait(&signals, &signal);

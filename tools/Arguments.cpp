@@ -185,7 +185,7 @@ Options parseArguments(int argc, const char* const* argv) {
         options.command = Command::Help;
         options.helpText = out.str();
     } catch (const CLI::ParseError& error) {
-        throw Failure(kBadParameter, explain(app, error, argc, argv),
+        throw Failure(TTS::STATUS_BAD_PARAMETER, explain(app, error, argc, argv),
                       "see " + deepest(app) + " --help");
     }
     return options;

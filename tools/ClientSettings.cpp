@@ -36,7 +36,7 @@ void applyNumber(Session& session, const Setter& setter, const std::string& text
 
 void applyLanguage(Session& session, std::string code) {
     if (TTS::langStr2Id(code) == LANG_NA) {
-        throw Failure(kBadParameter, "there is no language \"" + code + "\"",
+        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is no language \"" + code + "\"",
                       "there are " + session.client()->supportLanguages());
     }
     check(session.client()->setLanguage(code.data()), "language " + code);
@@ -51,7 +51,7 @@ uint32_t voiceNumber(Session& session, const std::string& text, EN_VOXTREL_LANGU
         }
     }
     if (text.find_first_not_of("0123456789") != std::string::npos) {
-        throw Failure(kBadParameter, code + " has no voice \"" + text + "\"",
+        throw Failure(TTS::STATUS_BAD_PARAMETER, code + " has no voice \"" + text + "\"",
                       "see voxtrelctl voices " + code);
     }
     return std::get<uint32_t>(parseValue(*findSetting("voice"), text));

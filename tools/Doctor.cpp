@@ -19,14 +19,15 @@ struct Step {
 
 /// What must be so before the service can be asked for more, in this order.
 constexpr Step kSteps[] = {
-    {Reach::NoServiceManager, kNotFound, "service manager", "running", "absent",
+    {Reach::NoServiceManager, TTS::STATUS_SERVICE_NOT_FOUND, "service manager", "running", "absent",
      "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"},
-    {Reach::NoService, kNotFound, "service", "registered", "absent", "start it with: voxtreld"},
-    {Reach::NoAnswer, kNoConnection, "answer", "the service answers", "the service does not answer",
-     "it hangs or is stopped; end it and start voxtreld again"},
-    {Reach::NotReady, kNoConnection, "voices", "loaded", "the service is not ready",
+    {Reach::NoService, TTS::STATUS_SERVICE_NOT_FOUND, "service", "registered", "absent",
+     "start it with: voxtreld"},
+    {Reach::NoAnswer, TTS::STATUS_NO_SERVICE, "answer", "the service answers",
+     "the service does not answer", "it hangs or is stopped; end it and start voxtreld again"},
+    {Reach::NotReady, TTS::STATUS_NO_SERVICE, "voices", "loaded", "the service is not ready",
      "wait a moment; if it stays so, see what voxtreld prints about its engine"},
-    {Reach::NotPermitted, kNotPermitted, "permission", "this user is admitted",
+    {Reach::NotPermitted, TTS::STATUS_PERMISSION_DENIED, "permission", "this user is admitted",
      "this user is not admitted",
      "start voxtreld with --allow-uid, or without --deny-uid, for this uid"},
 };
@@ -40,14 +41,15 @@ Finding speech(const Symptoms& symptoms) {
         return good("speech", "enabled");
     }
     return {"speech", Verdict::Bad, "disabled", "switch it on with: voxtrelctl enable speech",
-            kDisabled};
+            TTS::STATUS_DISABLED};
 }
 
 Finding lock(const Symptoms& symptoms) {
     if (!symptoms.lockedByOther) {
         return good("lock", "free");
     }
-    return {"lock", Verdict::Bad, "held by another client", meaningOf(kLocked).remedy, kLocked};
+    return {"lock", Verdict::Bad, "held by another client", meaningOf(TTS::STATUS_LOCKED).remedy,
+            TTS::STATUS_LOCKED};
 }
 
 Finding language(const LanguageReport& report) {
@@ -55,10 +57,11 @@ Finding language(const LanguageReport& report) {
     if (report.filtered) {
         return {"language", severity, report.code + " is taken away by the device's filter",
                 "choose another with --lang or voxtrelctl set language, or change the filter",
-                kNotSupported};
+                TTS::STATUS_NOT_SUPPORTED};
     }
     return {"language", severity, "the service does not speak " + report.code,
-            "install the engine's data for it, or choose another language", kNotSupported};
+            "install the engine's data for it, or choose another language",
+            TTS::STATUS_NOT_SUPPORTED};
 }
 
 std::vector<Finding> languages(const Symptoms& symptoms) {

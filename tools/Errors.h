@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "vocabulary/Status.h"
+
 namespace voxtrelctl {
 
 /// What a status code tells a person at a terminal.
@@ -38,19 +40,6 @@ private:
 
 /// Throws `Failure(status, detail)` unless `status` is 0.
 void check(int status, const std::string& detail);
-
-// The codes of client/Status.h, and after them two that the service gives as the reason of a stop.
-constexpr int kDisabled = -1;
-constexpr int kBadParameter = -3;
-constexpr int kNoConnection = -5;
-constexpr int kProfile = -6;
-constexpr int kLocked = -7;
-constexpr int kNotFound = -8;
-constexpr int kNotSupported = -9;
-constexpr int kNotPermitted = -10;
-constexpr int kNoLanguage = -11;
-constexpr int kQueueFull = -12;
-constexpr int kAudioFailed = -13;
 
 }  // namespace voxtrelctl
 

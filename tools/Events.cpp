@@ -20,9 +20,9 @@ struct StateNames {
 };
 
 constexpr StateNames kStates[] = {
-    {"speech", kStateSpeech, true}, {"verbosity", kStateVerbosity, false},
-    {"lock", kStateLock, false},    {"ready", kStateReady, true},
-    {"reset", kStateReset, false},
+    {"speech", TTS::STATE_ENABLED, true}, {"verbosity", TTS::STATE_VERBOSITY, false},
+    {"lock", TTS::STATE_LOCK, false},     {"ready", TTS::STATE_READY, true},
+    {"reset", TTS::STATE_RESET, false},
 };
 
 const StateNames* ownState(uint32_t second) {
@@ -40,11 +40,11 @@ bool isFlag(uint32_t second) {
 }
 
 std::string describeState(const Event& event) {
-    if (event.second == kStateLock) {
+    if (event.second == TTS::STATE_LOCK) {
         return event.third == 0 ? "lock: free"
                                 : "lock: held by process " + std::to_string(event.third);
     }
-    if (event.second == kStateReset) {
+    if (event.second == TTS::STATE_RESET) {
         return "reset: every setting went back to its default";
     }
     return stateName(event.second) + ": " + stateValue(event.second, event.third);

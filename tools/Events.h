@@ -5,25 +5,20 @@
 #include <cstdint>
 #include <string>
 
+#include "vocabulary/Events.h"
+
 namespace voxtrelctl {
 
 /// What the first number of a notification says.
 enum class EventKind : uint32_t {
     Unknown = 0,
-    Started = 1,
-    Finished = 2,
-    Stopped = 3,
-    Word = 4,
-    State = 5,
-    Setting = 6,  ///< this client's own change; the service never sends it
+    Started = TTS::EVENT_STARTED,
+    Finished = TTS::EVENT_FINISHED,
+    Stopped = TTS::EVENT_STOPPED,
+    Word = TTS::EVENT_WORD,
+    State = TTS::EVENT_STATE,
+    Setting = TTS::EVENT_SETTING,
 };
-
-/// Second numbers of a state event that are no keys of global settings.
-constexpr uint32_t kStateSpeech = 0;
-constexpr uint32_t kStateVerbosity = 1;
-constexpr uint32_t kStateLock = 15;  ///< third number: process id of the holder, 0 when free
-constexpr uint32_t kStateReady = 16;
-constexpr uint32_t kStateReset = 17;
 
 /// One notification, as its three numbers.
 struct Event {

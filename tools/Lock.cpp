@@ -16,13 +16,13 @@ constexpr auto kLockPatience = std::chrono::seconds(10);
 bool concernsLock(const Notice& notice) {
     return notice.source == Notice::Source::ServiceDied ||
            (notice.source == Notice::Source::Service && kindOf(notice.event) == EventKind::State &&
-            notice.event.second == kStateLock);
+            notice.event.second == TTS::STATE_LOCK);
 }
 
 }  // namespace
 
 bool isLockedByOther(Session& session) {
-    return session.client()->setEnable2(kNoFlag, false) == kLocked;
+    return session.client()->setEnable2(kNoFlag, false) == TTS::STATUS_LOCKED;
 }
 
 LockHold::LockHold(Session& session) : mSession(session) {
@@ -45,13 +45,14 @@ void LockHold::await() {
             throw Interrupted();
         }
         if (notice.source != Notice::Source::Service) {
-            throw Failure(kNoConnection, "it did not give the lock");
+            throw Failure(TTS::STATUS_NO_SERVICE, "it did not give the lock");
         }
         if (notice.event.third == mSession.client()->mPid) {
             return;
         }
         if (notice.event.third != 0) {
-            throw Failure(kLocked, "process " + std::to_string(notice.event.third) + " has it");
+            throw Failure(TTS::STATUS_LOCKED,
+                          "process " + std::to_string(notice.event.third) + " has it");
         }
     }
 }

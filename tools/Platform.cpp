@@ -16,7 +16,7 @@ void startBinderThreads() {
 }
 
 android::sp<android::IBinder> findService() {
-    return android::defaultServiceManager()->getService(android::String16(kServiceName));
+    return android::defaultServiceManager()->getService(TTS::ITextToSpeechFestival::descriptor);
 }
 
 bool isServiceRegistered() {

@@ -9,9 +9,6 @@ namespace voxtrelctl {
 /// The name under which this program speaks: the library puts it into its log lines.
 constexpr const char* kAppName = "voxtrelctl";
 
-/// The name under which the service stands in the service manager.
-constexpr const char* kServiceName = "tavix.ITextToSpeechFestival";
-
 /// Starts the threads on which the service's events and its death arrive. More calls do nothing.
 void startBinderThreads();
 

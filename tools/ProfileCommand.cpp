@@ -62,7 +62,7 @@ int runProfileSave(const Options& options, Terminal& terminal) {
     check(session.client()->saveProfile(path.c_str()), path);
     // A full disk is no failure to the library, which leaves an empty file then.
     if (contentOf(path).empty()) {
-        throw Failure(kProfile, "nothing could be written to " + path);
+        throw Failure(TTS::STATUS_PROFILE_ERROR, "nothing could be written to " + path);
     }
     return 0;
 }
@@ -86,13 +86,14 @@ int runProfileCopy(const Options& options, Terminal&) {
     const std::string content = contentOf(source);
     std::error_code ignored;
     if (std::filesystem::equivalent(source, destination, ignored)) {
-        throw Failure(kBadParameter, source + " and " + destination + " are the same file",
+        throw Failure(TTS::STATUS_BAD_PARAMETER,
+                      source + " and " + destination + " are the same file",
                       "name another destination");
     }
     const TTS::TTSClientPrivate client(kAppName, nullptr);
     client.mSetting.copyProfile(destination.c_str(), source.c_str());
     if (contentOf(destination) != content) {
-        throw Failure(kProfile, "cannot write " + destination);
+        throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot write " + destination);
     }
     return 0;
 }
@@ -101,11 +102,11 @@ int runProfileRemove(const Options& options, Terminal&) {
     const std::string path = profilePath(options.name);
     const TTS::TTSClientPrivate client(kAppName, nullptr);
     if (!client.mSetting.isExistProfile(path.c_str())) {
-        throw Failure(kProfile, "there is no " + path);
+        throw Failure(TTS::STATUS_PROFILE_ERROR, "there is no " + path);
     }
     client.mSetting.removeProfile(path.c_str());
     if (client.mSetting.isExistProfile(path.c_str())) {
-        throw Failure(kProfile, "cannot delete " + path);
+        throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot delete " + path);
     }
     return 0;
 }

@@ -20,12 +20,12 @@ public:
         : mPath((std::filesystem::temp_directory_path() / "voxtrelctl-XXXXXX").string()) {
         const int descriptor = mkstemp(mPath.data());
         if (descriptor < 0) {
-            throw Failure(kProfile, "cannot make a file like " + mPath);
+            throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot make a file like " + mPath);
         }
         close(descriptor);
         std::ofstream file(mPath, std::ios::binary);
         if (!(file << content << std::flush)) {
-            throw Failure(kProfile, "cannot write " + mPath);
+            throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot write " + mPath);
         }
     }
     ~TemporaryFile() { unlink(mPath.c_str()); }
@@ -44,7 +44,7 @@ std::string profilePath(const std::string& name) {
     const std::string ending = ".ini";
     const bool ends = name.size() >= ending.size() &&
                       name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
-    return ends || name.find('/') != std::string::npos ? name : "/Customer/" + name + ending;
+    return ends || name.find('/') != std::string::npos ? name : TTS::TtsSetting::defaultPath(name);
 }
 
 std::string contentOf(const std::string& path) {
@@ -52,7 +52,7 @@ std::string contentOf(const std::string& path) {
     std::ostringstream text;
     text << in.rdbuf();
     if (!in.is_open() || in.bad() || !std::filesystem::is_regular_file(path)) {
-        throw Failure(kProfile, "cannot read " + path);
+        throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot read " + path);
     }
     return text.str();
 }

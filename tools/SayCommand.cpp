@@ -27,7 +27,7 @@ std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::string text = readAll(in);
     if (!in.is_open() || in.bad()) {
-        throw Failure(kBadParameter,
+        throw Failure(TTS::STATUS_BAD_PARAMETER,
                       "cannot read " + path + " (" + std::generic_category().message(errno) + ")",
                       "name a text file, or - for standard input");
     }
@@ -36,7 +36,8 @@ std::string readFile(const std::string& path) {
 
 std::string textOf(const Options& options) {
     if (!options.words.empty() && !options.file.empty()) {
-        throw Failure(kBadParameter, "both a text and a file are given", "give one of them");
+        throw Failure(TTS::STATUS_BAD_PARAMETER, "both a text and a file are given",
+                      "give one of them");
     }
     if (options.words.empty()) {
         return options.file.empty() || options.file == "-" ? readAll(std::cin)
@@ -69,7 +70,7 @@ void handOver(Session& session, const std::vector<std::string>& pieces) {
 int runSay(const Options& options, Terminal& terminal) {
     const std::vector<std::string> pieces = cutIntoPieces(textOf(options));
     if (pieces.empty()) {
-        throw Failure(kBadParameter, "there is nothing to say",
+        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is nothing to say",
                       "give a text, --file FILE, or pipe a text into standard input");
     }
     Session session(terminal);

@@ -54,9 +54,9 @@ int send(Session& session, const Setting& setting, Value value) {
         return client->setGlobalConfig(setting.key, &whole);
     }
     if (isRate(setting)) {
-        return takesRate(session, whole) ? client->setGlobalRate(whole) : kBadParameter;
+        return takesRate(session, whole) ? client->setGlobalRate(whole) : TTS::STATUS_BAD_PARAMETER;
     }
-    return whole <= 1 ? client->setVerbosity(static_cast<int>(whole)) : kBadParameter;
+    return whole <= 1 ? client->setVerbosity(static_cast<int>(whole)) : TTS::STATUS_BAD_PARAMETER;
 }
 
 }  // namespace
@@ -96,7 +96,7 @@ void writeFlag(Session& session, const Setting& setting, bool enable) {
 void writeSpeech(Session& session, bool enable) {
     check(session.client()->setEnable(enable), "speech");
     if (session.client()->enabled() != enable) {
-        throw Failure(kNotSupported, enable ? "speech stays off" : "speech stays on");
+        throw Failure(TTS::STATUS_NOT_SUPPORTED, enable ? "speech stays off" : "speech stays on");
     }
 }
 

@@ -97,7 +97,7 @@ ClientUse::~ClientUse() {
 
 void Session::confirm() {
     if (mService->pingBinder() != android::OK) {
-        throw Failure(kNoConnection);
+        throw Failure(TTS::STATUS_NO_SERVICE);
     }
 }
 
@@ -105,7 +105,7 @@ void Session::watchService() {
     mObituary = new Obituary;
     mService = android::IInterface::asBinder(mClient->getService());
     if (mService == nullptr || mService->linkToDeath(mObituary, nullptr, 0) != android::OK) {
-        throw Failure(kNoConnection);
+        throw Failure(TTS::STATUS_NO_SERVICE);
     }
 }
 

@@ -24,7 +24,7 @@ std::string rangeOf(float least, float most) {
 }
 
 [[noreturn]] void reject(const Setting& setting, const std::string& text, const char* wanted) {
-    throw Failure(kBadParameter,
+    throw Failure(TTS::STATUS_BAD_PARAMETER,
                   std::string(setting.name) + " takes " + wanted + ", not \"" + text + "\"");
 }
 
@@ -58,7 +58,7 @@ const Setting* findSetting(const std::string& name) {
 const Setting& settingNamed(const std::string& name) {
     const Setting* setting = findSetting(name);
     if (setting == nullptr) {
-        throw Failure(kBadParameter, "there is no setting \"" + name + "\"",
+        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is no setting \"" + name + "\"",
                       "there are " + settingNames([](const Setting&) { return true; }));
     }
     return *setting;

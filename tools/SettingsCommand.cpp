@@ -19,7 +19,7 @@ int runSwitch(const Options& options, Terminal& terminal) {
     const bool isSpeech = options.name.empty() || options.name == "speech";
     const Setting* setting = isSpeech ? nullptr : &settingNamed(options.name);
     if (setting != nullptr && !hasFlag(*setting)) {
-        throw Failure(kBadParameter, options.name + " has no switch",
+        throw Failure(TTS::STATUS_BAD_PARAMETER, options.name + " has no switch",
                       "there are speech, " + settingNames(&hasFlag));
     }
     Session session(terminal);

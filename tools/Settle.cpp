@@ -27,11 +27,11 @@ void settle(Session& session) {
             throw Interrupted();
         }
         if (notice.source != Notice::Source::Service) {
-            throw Failure(kNoConnection, "it did not answer");
+            throw Failure(TTS::STATUS_NO_SERVICE, "it did not answer");
         }
         const int status = statusOf(notice.event);
         const bool isFence = notice.event.second == kFence;
-        if (isFence && status == kBadParameter) {
+        if (isFence && status == TTS::STATUS_BAD_PARAMETER) {
             return;
         }
         check(status, "");

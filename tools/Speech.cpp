@@ -40,7 +40,7 @@ void Speech::finish() {
                 onEvent(notice.event);
                 break;
             case Notice::Source::ServiceDied:
-                throw Failure(kNoConnection, "it died while speaking");
+                throw Failure(TTS::STATUS_NO_SERVICE, "it died while speaking");
             case Notice::Source::Interrupted:
                 flush();
                 throw Interrupted();

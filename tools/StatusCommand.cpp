@@ -40,7 +40,7 @@ int runLanguages(const Options& options, Terminal& terminal) {
 int runVoices(const Options& options, Terminal& terminal) {
     const std::string& only = options.language;
     if (!only.empty() && TTS::langStr2Id(only) == LANG_NA) {
-        throw Failure(kBadParameter, "there is no language \"" + only + "\"",
+        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is no language \"" + only + "\"",
                       "voxtrelctl languages lists them");
     }
     Session session(terminal);

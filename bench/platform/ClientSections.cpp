@@ -23,14 +23,13 @@ using voxtrel_test::Role;
 namespace {
 
 constexpr int kRounds = 101;
-constexpr const char* kServiceName = "tavix.ITextToSpeechFestival";
 
 void ignore(unsigned /*a*/, unsigned /*b*/, unsigned /*c*/) {}
 
 const Role kService("bench-service", [](const voxtrel_test::Arguments&) {
     android::ProcessState::self()->startThreadPool();
     const android::status_t status = android::defaultServiceManager()->addService(
-        android::String16(kServiceName), new QuietService());
+        TTS::ITextToSpeechFestival::descriptor, new QuietService());
     voxtrel_test::tell(status == android::OK ? "ready" : "failed");
     while (!voxtrel_test::hear().empty()) {
     }

@@ -68,8 +68,7 @@ Caller binderCaller() {
         _exit(1);
     }
     android::ProcessState::self()->startThreadPool();
-    android::defaultServiceManager()->addService(android::String16("tavix.ITextToSpeechFestival"),
-                                                 service);
+    android::defaultServiceManager()->addService(TTS::ITextToSpeechFestival::descriptor, service);
     service->announceVoices(engine.voices());
     Mixer mixer(nullptr);
     Speaker(engine, sink, mixer, *queue, service->listener()).run();

@@ -22,9 +22,12 @@
 #include "bench/service/MeasuredService.h"
 #include "client/TTSClientPrivate.h"
 #include "service/EspeakEngine.h"
-#include "service/Events.h"
+#include "vocabulary/Events.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 constexpr const char* kText = "Hello, world.";

@@ -6,6 +6,7 @@
 #include <future>
 
 #include "client/TTSClientPrivate.h"
+#include "vocabulary/Events.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ std::promise<unsigned> ended;
 
 // Called on a thread of the binder runtime, with what became of an utterance and its number.
 void onEvent(unsigned event, unsigned utterance, unsigned /*detail*/) {
-    const bool isOver = event == 2 || event == 3;  // finished, or stopped
+    const bool isOver = event == TTS::EVENT_FINISHED || event == TTS::EVENT_STOPPED;
     if (isOver && utterance == 1) {
         ended.set_value(event);
     }
@@ -32,7 +33,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "hello: the service refuses with %d\n", status);
         return 1;
     }
-    const bool finished = ended.get_future().get() == 2;
+    const bool finished = ended.get_future().get() == TTS::EVENT_FINISHED;
     client.disconnect();
     std::puts(finished ? "spoken" : "stopped");
     return finished ? 0 : 1;

@@ -58,9 +58,9 @@ private:
 /// callback is registered.
 int serve(const voxtrel_test::Arguments& /*arguments*/) {
     const sp<EchoService> service = new EchoService;
-    const android::String16 name("tavix.ITextToSpeechFestival");
     const auto isAdded = [&] {
-        return android::defaultServiceManager()->addService(name, service) == android::NO_ERROR;
+        return android::defaultServiceManager()->addService(TTS::ITextToSpeechFestival::descriptor,
+                                                            service) == android::NO_ERROR;
     };
     if (!voxtrel_test::eventually(isAdded)) {  // a service may start before the service manager
         return 1;

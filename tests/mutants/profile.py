@@ -20,8 +20,8 @@
     # Paths and the file operations.
     ("profile/TtsSetting.cpp", "path != nullptr ?", "path != nullptr && *path != 0 ?",
      "an empty path selects the default profile"),
-    ("profile/TtsSetting.cpp", '"/Customer/" + mName', '"/customer/" + mName', "another folder"),
-    ("profile/TtsSetting.cpp", '+ mName + ".ini"', '+ mName + ".INI"', "another ending"),
+    ("profile/TtsSetting.cpp", '"/Customer/" + name', '"/customer/" + name', "another folder"),
+    ("profile/TtsSetting.cpp", '+ name + ".ini"', '+ name + ".INI"', "another ending"),
     ("profile/TtsSetting.cpp", "stat(fileOf(path).c_str(), &status) == 0",
      "stat(fileOf(path).c_str(), &status) == 0 && S_ISREG(status.st_mode)", "only regular files exist"),
     ("profile/TtsSetting.cpp", "return stat(", "return lstat(", "a dangling link exists"),

@@ -28,4 +28,14 @@
     ("vocabulary/GlobalConfig.h", "GCONF_VOLUME = 8,", "GCONF_VOLUME = 10,", "two keys share a value"),
     ("vocabulary/GlobalConfig.h", "GCONF_BG_VOLUME_ENABLE = 11,", "GCONF_BG_VOLUME_ENABLE = 13,",
      "two flag keys share a value"),
+
+    # Numbers of statuses and events.
+    ("vocabulary/Status.h", "STATUS_DISABLED = -1,", "STATUS_DISABLED = -9,", "another status"),
+    ("vocabulary/Status.h", "STATUS_BAD_PARAMETER = -3,", "STATUS_BAD_PARAMETER = -9,", "another status"),
+    ("vocabulary/Status.h", "STATUS_NO_SERVICE = -5,", "STATUS_NO_SERVICE = -8,", "another status"),
+    ("vocabulary/Status.h", "STATUS_PROFILE_ERROR = -6,", "STATUS_PROFILE_ERROR = -3,", "another status"),
+    ("vocabulary/Status.h", "STATUS_NO_LANGUAGE = -11,", "STATUS_NO_LANGUAGE = -9,", "another status"),
+    ("vocabulary/Events.h", "EVENT_SETTING = 6,", "EVENT_SETTING = 5,", "another event"),
+    ("vocabulary/Events.h", "SETTING_VOICE = 3,\n    SETTING_VOLUME = 4,",
+     "SETTING_VOICE = 4,\n    SETTING_VOLUME = 3,", "two kinds of change swapped"),
 ]

@@ -181,7 +181,7 @@ inline std::ostream& operator<<(std::ostream& out, const Told& told) {
 /// Keeps every event.
 class RecordingListener : public Listener {
 public:
-    void tell(uint32_t pid, Event event, uint32_t second, uint32_t third) override {
+    void tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) override {
         mMonitor.change([&] { mTold.push_back({pid, event, second, third}); });
     }
     bool waitForCount(size_t count) const {

@@ -16,6 +16,7 @@
 #include "service/VoxtrelService.h"
 #include "tests/service/Fakes.h"
 #include "tests/support/TempFolder.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
 
@@ -122,7 +123,7 @@ private:
     std::thread mSpeech;
 };
 
-constexpr uint32_t statusWord(Status status) {
+constexpr uint32_t statusWord(TTS::Status status) {
     return static_cast<uint32_t>(status);
 }
 

@@ -9,6 +9,9 @@
 #include "tests/support/RecordingRemote.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 /// A callback whose death notice is on its way already when the link is taken back: the runtime has

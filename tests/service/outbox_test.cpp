@@ -12,6 +12,9 @@
 #include "tests/support/RecordingRemote.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 /// A remote callback that has room only when the test says so.

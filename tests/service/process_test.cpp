@@ -14,11 +14,15 @@
 #include <sstream>
 #include <thread>
 
-#include "service/Events.h"
 #include "tests/service/ChildProcess.h"
 #include "tests/support/TempFolder.h"
+#include "vocabulary/Events.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 using Lines = ChildProcess::Lines;

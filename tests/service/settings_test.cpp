@@ -6,6 +6,9 @@
 #include "tests/service/ServiceFixture.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 using voxtrel_test::readFile;

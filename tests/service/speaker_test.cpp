@@ -7,10 +7,14 @@
 #include <string>
 #include <thread>
 
-#include "service/Events.h"
 #include "tests/service/Fakes.h"
+#include "vocabulary/Events.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 constexpr uint32_t kAudioFailed = static_cast<uint32_t>(STATUS_AUDIO_FAILED);

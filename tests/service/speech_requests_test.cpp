@@ -5,6 +5,9 @@
 #include "tests/service/ServiceFixture.h"
 
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 class ASpeechRequest : public ServiceFixture {

@@ -59,7 +59,7 @@ TEST(CheckingAStatus, ThrowsForEverythingButZero) {
 }
 
 TEST(AnErrorLine, CannotSteerTheTerminal) {
-    const std::string line = errorLine(kBadParameter, "x\x1b[31m\ny");
+    const std::string line = errorLine(TTS::STATUS_BAD_PARAMETER, "x\x1b[31m\ny");
     EXPECT_NE(line.find("x [31m y: "), std::string::npos) << line;
 }
 
