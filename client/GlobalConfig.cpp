@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <stdexcept>
+
 #include "client/CurrentLanguage.h"
 #include "client/DeviceFilter.h"
 #include "client/Log.h"
@@ -57,6 +59,9 @@ int checkVoice(TTSClientPrivate& client, const void* address) {
 }
 
 int checkLanguage(TTSClientPrivate& client, const void* value) {
+    if (value == nullptr) {
+        throw std::logic_error("setGlobalConfig: the language is a null pointer");
+    }
     const std::string code(static_cast<const char*>(value));
     const EN_VOXTREL_LANGUAGE language = langStr2Id(code);
     if (!speaks(client.mCapabilities, language)) {

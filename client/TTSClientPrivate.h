@@ -222,8 +222,7 @@ public:
     ///   service's language is none of ours: above the number of voices -3; the result of
     ///   `enabled2`; flag off or no voices -9; refused by the device's filter -9.
     /// - `GCONF_LANGUAGE`: not a language that the service speaks -9; refused by the filter -9.
-    ///   `value` is the NUL-terminated code itself; null throws the standard library's
-    ///   `std::logic_error`.
+    ///   `value` is the NUL-terminated code itself; null throws `std::logic_error`.
     /// - every other key: none.
     int setGlobalConfig(VOXTRELAPI_GCONF key, void* value);
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -21,6 +22,14 @@ using Service = ITextToSpeechFestival;
 /// A language and its terminator, as an implementation takes and gives it.
 constexpr size_t kTextSize = 256;
 
+/// The text of a request that holds one; that it may be missing is part of the protocol.
+std::string textOf(const char* text) {
+    if (text == nullptr) {
+        throw std::logic_error("say: the request holds no text");
+    }
+    return text;
+}
+
 template <typename Value>
 Value take(const Parcel& request) {
     if constexpr (std::is_same_v<Value, float>) {
@@ -28,7 +37,7 @@ Value take(const Parcel& request) {
     } else if constexpr (std::is_same_v<Value, bool>) {
         return request.readInt32() != 0;
     } else if constexpr (std::is_same_v<Value, std::string>) {
-        return std::string(request.readCString());  // throws where the request holds none
+        return textOf(request.readCString());
     } else if constexpr (std::is_same_v<Value, android::sp<ICallback>>) {
         return ICallback::asInterface(request.readStrongBinder());
     } else {

@@ -26,7 +26,7 @@ public:
     ///
     /// @param reply may be null: the answer is dropped then.
     /// @return 0 for a served code, else what `BBinder::onTransact` makes of it.
-    /// @throws std::logic_error from the text's construction when code 1 brings no string.
+    /// @throws std::logic_error, out of the stub, when code 1 brings no string.
     android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
                                  uint32_t flags = 0) override;
 };

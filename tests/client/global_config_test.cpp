@@ -398,7 +398,13 @@ TEST_F(TheGlobalLanguage, LeavesTheClientsOwnAlone) {
 }
 
 TEST_F(TheGlobalLanguage, ThrowsTheStandardLibrarysErrorForANullAddress) {
-    EXPECT_THROW(client.setGlobalConfig(GCONF_LANGUAGE, nullptr), std::logic_error);
+    try {
+        (void)client.setGlobalConfig(GCONF_LANGUAGE, nullptr);
+        ADD_FAILURE() << "nothing is thrown";
+    } catch (const std::logic_error& error) {
+        // Its own: a string made of a null pointer ends the process with some standard libraries.
+        EXPECT_STREQ("setGlobalConfig: the language is a null pointer", error.what());
+    }
     EXPECT_EQ(Lines{trace}, takeNotes());
 }
 

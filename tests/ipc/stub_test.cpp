@@ -205,7 +205,13 @@ TEST_F(AStub, ThrowsOnARequestWithoutAText) {
     request.writeInt32(1000);
     request.writeInt32(7);
     request.setDataPosition(0);
-    EXPECT_THROW(service->onTransact(1, request, &reply, 1), std::logic_error);
+    try {
+        service->onTransact(1, request, &reply, 1);
+        ADD_FAILURE() << "nothing is thrown";
+    } catch (const std::logic_error& error) {
+        // Its own: a string made of a null pointer ends the process with some standard libraries.
+        EXPECT_STREQ("say: the request holds no text", error.what());
+    }
     EXPECT_TRUE(service->calls().empty());
     EXPECT_EQ(0U, reply.dataSize());
 }
