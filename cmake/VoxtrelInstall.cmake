@@ -1,10 +1,11 @@
 # What a stranger gets: the shared object, its headers, a CMake package and a pkg-config file; on a PC
-# the stand-in of the platform beside them, in folders of its own.
+# the stand-in of the platform beside them, in folders of its own. The tree may be moved as a whole.
 include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/voxtrel-client")
 
 install(TARGETS voxtrel-client EXPORT voxtrel-client-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+set_target_properties(voxtrel-client PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(room IN LISTS VOXTREL_ROOMS)
   install(DIRECTORY "${CMAKE_SOURCE_DIR}/${room}" COMPONENT development
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel" FILES_MATCHING PATTERN "*.h"
@@ -25,16 +26,23 @@ if(VOXTREL_PLATFORM STREQUAL "host")
   set(VOXTREL_PC_PLATFORM_LIBS "-lvoxtrel-platform -pthread")
 else()
   install(TARGETS voxtrel_platform EXPORT voxtrel-client-targets)
-  list(TRANSFORM VOXTREL_PLATFORM_LIBRARIES PREPEND "-l" OUTPUT_VARIABLE VOXTREL_PC_PLATFORM_LIBS)
-  list(JOIN VOXTREL_PC_PLATFORM_LIBS " " VOXTREL_PC_PLATFORM_LIBS)
+  list(TRANSFORM VOXTREL_PLATFORM_INCLUDE_DIRS PREPEND "-I" OUTPUT_VARIABLE pc_cflags)
+  # Names become -lNAME; paths and flags stay as they are.
+  list(TRANSFORM VOXTREL_PLATFORM_LIBRARIES PREPEND "-l" REGEX "^[^-/]" OUTPUT_VARIABLE pc_libs)
+  list(JOIN pc_cflags " " VOXTREL_PC_PLATFORM_CFLAGS)
+  list(JOIN pc_libs " " VOXTREL_PC_PLATFORM_LIBS)
+  string(APPEND VOXTREL_PC_PLATFORM_LIBS " -pthread")
 endif()
 
+file(RELATIVE_PATH from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
 foreach(program IN ITEMS voxtrel-servicemanager voxtreld voxtrelctl)
   if(TARGET ${program})
-    set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin}")
     install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
   endif()
 endforeach()
+install(DIRECTORY "${CMAKE_SOURCE_DIR}/examples" COMPONENT programs
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/voxtrel")
 
 install(EXPORT voxtrel-client-targets NAMESPACE voxtrel:: COMPONENT development
   DESTINATION "${package_dir}")
@@ -45,6 +53,13 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/voxtrel-client-config-vers
 install(FILES "${CMAKE_BINARY_DIR}/voxtrel-client-config.cmake"
   "${CMAKE_BINARY_DIR}/voxtrel-client-config-version.cmake" COMPONENT development
   DESTINATION "${package_dir}")
+# Relative to the file itself, so that it holds wherever the tree is put.
+file(RELATIVE_PATH VOXTREL_PC_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
+     "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" VOXTREL_PC_TO_PREFIX "${VOXTREL_PC_TO_PREFIX}")
+file(RELATIVE_PATH VOXTREL_PC_LIBDIR "${CMAKE_INSTALL_PREFIX}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+file(RELATIVE_PATH VOXTREL_PC_INCLUDEDIR "${CMAKE_INSTALL_PREFIX}"
+     "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
 configure_file(cmake/voxtrel-client.pc.in "${CMAKE_BINARY_DIR}/voxtrel-client.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/voxtrel-client.pc" COMPONENT development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -10,6 +10,8 @@ declare -A PACKAGES=(
              libasound2-dev libcli11-dev nlohmann-json3-dev"
     [build]="ccache libgtest-dev libgmock-dev python3 util-linux"
     [clang]="clang-14"
+    [package]="build-essential debhelper cmake ninja-build pkg-config libasound2-dev libcli11-dev
+               libespeak-ng-dev libsndfile1-dev nlohmann-json3-dev"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind"
     [fuzz]="libclang-rt-14-dev"

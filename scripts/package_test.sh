@@ -1,0 +1,182 @@
+#!/usr/bin/env bash
+# usage: scripts/package_test.sh ROOT PACKAGES NEWER
+# Tries the Debian packages of the folder PACKAGES, and the upgrade to those of the folder NEWER, in
+# ROOT: the folder of a bare Debian system in which apt works and /proc is mounted. Needs root. Ends
+# with 'N passed, N failed', and leaves ROOT without the packages, but with lintian and a compiler.
+set -euo pipefail
+root=$(realpath "${1:?ROOT}")
+packages=${2:?PACKAGES}
+newer=${3:?NEWER}
+here=$(dirname "$0")
+source "$here/lib.sh"
+
+NOBODY=65534
+work=/tmp/package-test
+all=(libvoxtrel-client1 libvoxtrel-platform1 libvoxtrel-client-dev voxtrel)
+log=$(mktemp)
+trap 'rm -f "$log"; rm -rf "$root$work"' EXIT
+
+in_root() {
+    chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
+        DEBIAN_FRONTEND=noninteractive "$@"
+}
+as_user() {
+    chroot --userspec=$NOBODY:$NOBODY --groups= "$root" \
+        env -i PATH=/usr/bin:/bin HOME=/nonexistent LC_ALL=C "$@"
+}
+
+# check NAME COMMAND...: one line, and what the command printed if it failed.
+check() {
+    local name=$1
+    shift
+    if "$@" >"$log" 2>&1; then
+        PASSED=$((PASSED + 1))
+        say "passed: $name"
+    else
+        FAILED=$((FAILED + 1))
+        say "FAILED: $name"
+        tail -n 40 "$log" | sed 's/^/    /'
+    fi
+}
+refused() { ! "$@"; }
+
+apt() { in_root apt-get -y -q "$@"; }
+# install_from FOLDER NAME...: our packages by file, what they depend on as apt finds it.
+install_from() {
+    local folder=$1 name files=()
+    shift
+    for name in "$@"; do
+        files+=("$(cd "$root" && echo ".$work/$folder/${name}_"*.deb)")
+    done
+    apt --no-remove install "${files[@]#.}"
+}
+speak_with() { as_user "$work/with_service.sh" /usr/bin "$@"; }
+speaks() { speak_with voxtrelctl say --wait "Hello from the package."; }
+
+# Every file, with its kind, rights and owner, and the contents of what configures the system; not what apt
+# and dpkg know, caches and logs.
+state_of_root() {
+    (
+        cd "$root"
+        find . -xdev \( -path ./proc -o -path ./sys -o -path ./dev -o -path ./var/lib/apt \
+            -o -path ./var/lib/dpkg -o -path ./var/cache -o -path ./var/log -o -path ".$work" \) \
+            -prune -o -printf '%p %y %m %U:%G\n'
+        find etc -type f ! -name 'ld.so.cache' ! -name '*-' -exec sha256sum {} +
+    ) | LC_ALL=C sort
+}
+
+contents() {
+    local deb
+    for deb in "$root$work/$1"/*.deb; do
+        dpkg-deb -c "$deb" | awk '$1 !~ /^d/ {print $6}'
+    done
+}
+no_file_twice() { [ -z "$(contents old | sort | uniq -d | tee /dev/stderr)" ]; }
+version_of() { in_root dpkg-query -W -f '${Version}' "$1"; }
+all_have_version() {
+    local name
+    for name in "${all[@]}"; do
+        [ "$(version_of "$name")" = "$1" ] || { say "$name: $(version_of "$name")"; return 1; }
+    done
+}
+# Every installed file is the one that its package brought.
+files_are_whole() { [ -z "$(in_root dpkg -V "${all[@]}" | tee /dev/stderr)" ]; }
+dependants_need_the_interface_only() {
+    in_root dpkg-query -W -f '${Depends}' voxtrel | grep -F 'libvoxtrel-client1 (>= 1.0)'
+}
+is_documented() {
+    local page name
+    for page in voxtreld voxtrelctl voxtrel-servicemanager; do
+        gzip -t "$root/usr/share/man/man1/$page.1.gz"
+    done
+    [ -f "$root/usr/share/bash-completion/completions/voxtrelctl" ]
+    for name in "${all[@]}"; do
+        [ -s "$root/usr/share/doc/$name/copyright" ]
+        gzip -t "$root/usr/share/doc/$name/changelog.Debian.gz"
+    done
+}
+
+install_and_speak() {
+    check "the packages install" install_from old "${all[@]}"
+    check "no file is in two packages" no_file_twice
+    check "programs depend on the library's interface" dependants_need_the_interface_only
+    check "man pages, completion, copyright and changelogs are there" is_documented
+    check "an ordinary user speaks" speaks
+    check "root speaks" in_root "$work/with_service.sh" /usr/bin voxtrelctl say --wait "Hello."
+}
+
+remove_headers() { apt remove libvoxtrel-client-dev; }
+prints_version() { in_root voxtrelctl --version | grep -Fx "voxtrelctl $1"; }
+
+upgrade() {
+    local new
+    new=$(dpkg-deb -f "$root$work/new"/voxtrel_*.deb Version)
+    check "new programs are refused beside the old runtime" refused install_from new voxtrel
+    check "a new library is refused beside the old headers" \
+        refused install_from new libvoxtrel-client1
+    check "the headers are removed" remove_headers
+    check "a new library installs under the old programs" install_from new libvoxtrel-client1
+    check "the old programs speak with it" speaks
+    check "everything is upgraded" install_from new "${all[@]}"
+    check "everything has the new version" all_have_version "$new"
+    check "the programs were replaced" prints_version "$new"
+    check "every installed file is its package's" files_are_whole
+    check "the new programs speak" speaks
+}
+
+purge_all() { apt purge "${all[@]}" && apt --purge autoremove; }
+root_is_as_before() {
+    state_of_root >"$root$work/after"
+    diff "$root$work/before" "$root$work/after"
+}
+
+purge() {
+    check "everything is purged" purge_all
+    check "nothing is left behind" root_is_as_before
+}
+
+builds_with_cmake() {
+    as_user sh -ec "cmake -S /usr/share/doc/voxtrel/examples/hello -B $work/build/cmake
+        cmake --build $work/build/cmake"
+}
+# The line of the README.
+builds_with_pkg_config() {
+    as_user sh -ec "g++ -std=c++17 /usr/share/doc/voxtrel/examples/hello/hello.cpp \
+        -o $work/build/hello \$(pkg-config --cflags --libs voxtrel-client)"
+}
+
+build_example() {
+    check "the packages install again" install_from old "${all[@]}"
+    check "CMake, pkg-config and g++ install" \
+        apt --no-install-recommends install g++ cmake make pkg-config
+    check "the example builds with CMake" builds_with_cmake
+    check "the CMake build speaks" speak_with "$work/build/cmake/hello"
+    check "the example builds with pkg-config" builds_with_pkg_config
+    check "the pkg-config build speaks" speak_with "$work/build/hello"
+}
+
+runs_lintian() {
+    apt --no-install-recommends install lintian &&
+        as_user sh -c "lintian --fail-on error --info --display-info $work/old/*.deb"
+}
+
+rm -rf "$root$work"
+install -d -m 755 "$root$work" "$root$work/old" "$root$work/new"
+install -d -m 777 "$root$work/build"
+install -m 755 "$here/with_service.sh" "$root$work"
+cp "$packages"/*.deb "$root$work/old"
+cp "$newer"/*.deb "$root$work/new"
+say_step "packages"
+check "apt knows its sources" apt update
+state_of_root >"$root$work/before"
+install_and_speak
+say_step "upgrade and purge"
+upgrade
+purge
+say_step "the example"
+build_example
+say_step "lintian"
+check "lintian finds no error" runs_lintian
+grep -E '^[EWI]:' "$log" || true
+say ""
+closing_line

@@ -1,0 +1,45 @@
+#!/bin/sh
+# usage: scripts/with_service.sh PROGRAMS COMMAND [ARGUMENT...]
+# Runs COMMAND beside a service manager and a speech service of the folder PROGRAMS, which speak into
+# a private folder, and fails unless COMMAND succeeds, the service ends in order and sound was made.
+set -eu
+programs=$1
+shift
+
+private=$(mktemp -d)
+manager=
+service=
+cleanup() {
+    [ -z "$service" ] || kill "$service" 2>/dev/null || true
+    [ -z "$manager" ] || kill "$manager" 2>/dev/null || true
+    rm -rf "$private"
+}
+trap cleanup EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+give_up() {
+    echo "with_service: $1" >&2
+    cat "$private"/*.log >&2
+    exit 1
+}
+
+export HOME="$private" VOXTREL_BINDER_SOCKET="$private/binder"
+"$programs/voxtrel-servicemanager" >"$private/manager.log" 2>&1 &
+manager=$!
+while [ ! -S "$VOXTREL_BINDER_SOCKET" ]; do
+    kill -0 "$manager" 2>/dev/null || give_up "the service manager did not start"
+    sleep 0.02
+done
+"$programs/voxtreld" --profile "$private/voxtrel.ini" --sink "wav:$private/spoken.wav" \
+    >"$private/service.log" 2>&1 &
+service=$!
+"$@" || give_up "'$*' left with $?"
+kill "$service"
+wait "$service" || give_up "the service left with $?"
+service=
+
+# 16-bit samples behind the header of a WAV file.
+od -An -v -t d2 -w2 -j 44 "$private/spoken.wav" | awk '
+    { level = $1 < 0 ? -$1 : $1; if (level > peak) peak = level }
+    END { printf "%d samples, peak %d of 32767\n", NR, peak; exit NR < 4000 || peak < 1000 }' ||
+    give_up "no sound was made"
