@@ -18,6 +18,7 @@ BARE=$PWD/build/bare
 PACKAGE_CACHE=$BARE/cache
 DEVELOPER=$BARE/developer # who builds from source
 USER_ROOT=$BARE/user      # who installs the packages
+NEWER_VERSION=1.0.1-1      # for the upgrade
 SENTENCE="This sentence is spoken on a bare machine."
 
 # timed WHAT COMMAND...: shows what is done and how long it took
@@ -64,7 +65,12 @@ in_clone() { in_root "$DEVELOPER" bash -c 'cd /root/voxtrel && exec "$@"' bash "
 
 speak() { in_clone ./dev speak "$SENTENCE" -o /root/spoken.wav && in_clone scripts/wav_level.sh /root/spoken.wav; }
 
-build_packages() { in_clone ./dev package; }
+build_packages() { in_clone ./dev package && in_clone ./dev package "$NEWER_VERSION"; }
+
+try_packages() {
+    local packages=$DEVELOPER/root/voxtrel/build/package
+    with_root "$USER_ROOT" scripts/package_test.sh "$USER_ROOT" "$packages" "$packages/$NEWER_VERSION"
+}
 
 rm -rf "$DEVELOPER" "$USER_ROOT"
 mkdir -p "$PACKAGE_CACHE"
@@ -73,7 +79,7 @@ timed "making bare roots" make_roots
 count "./dev speak" speak
 count_all "./dev test --only debug" in_clone ./dev test --only debug
 count "./dev package" build_packages
-count_all "the packages" scripts/package_test.sh "$USER_ROOT" "$DEVELOPER/root/voxtrel"
+count_all "the packages" try_packages
 
 say ""
 closing_line

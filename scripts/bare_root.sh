@@ -25,9 +25,8 @@ make_root() {
     cp /etc/resolv.conf "$root/etc/resolv.conf"
 }
 
-# in_root ROOT COMMAND...: runs it as root of ROOT, with an environment of its own. Its processes end
-# with it. A new root and not a changed one, so that tests may make user namespaces as on any machine.
-in_root() {
+# with_root ROOT COMMAND...: runs it where ROOT has its mounts; they and its processes end with it.
+with_root() {
     local root=$1
     shift
     unshare --mount --pid --ipc --uts --fork --kill-child bash -euc '
@@ -36,11 +35,23 @@ in_root() {
         mount --make-rprivate /
         mount --bind "$root" "$root"
         mount --bind "$cache" "$root/var/cache/apt/archives"
+        mount -t proc proc /proc
         mount -t proc proc "$root/proc"
         mount --rbind /dev "$root/dev"
         mount -t tmpfs tmpfs "$root/dev/shm"
         mount -t tmpfs tmpfs "$root/run"
-        cd "$root"
+        "$@" || exit
+    ' bash "$root" "$PACKAGE_CACHE" "$@"
+}
+
+# in_root ROOT COMMAND...: runs it as root of ROOT, with an environment of its own. A new root and not
+# a changed one: a process in a changed one may make no user namespace, as any other process may.
+in_root() {
+    local root=$1
+    shift
+    with_root "$root" bash -euc '
+        cd "$1"
+        shift
         mkdir -p .outside
         pivot_root . .outside
         cd /
@@ -48,5 +59,5 @@ in_root() {
         rmdir /.outside
         env -i HOME=/root TERM="${TERM:-dumb}" \
             PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@" || exit
-    ' bash "$root" "$PACKAGE_CACHE" "$@"
+    ' bash "$root" "$@"
 }
