@@ -8,7 +8,7 @@ say_step() { printf '\n== %s\n' "$*"; }
 declare -A PACKAGES=(
     [speak]="g++ cmake ninja-build pkg-config libespeak-ng-dev espeak-ng-data libsndfile1-dev
              libasound2-dev libcli11-dev nlohmann-json3-dev"
-    [build]="ccache libgtest-dev libgmock-dev python3 util-linux"
+    [build]="ccache libgtest-dev libgmock-dev python3 util-linux mandoc man-db"
     [clang]="clang-14"
     [package]="build-essential debhelper cmake ninja-build pkg-config libasound2-dev libcli11-dev
                libespeak-ng-dev libsndfile1-dev nlohmann-json3-dev"

@@ -12,6 +12,7 @@ work=$PWD/build/package
 copy=$work/source
 out=$work${1:+/$1}
 mkdir -p "$copy" "$out"
+rm -rf "$out/dbgsym"
 rm -f "$out"/*.deb "$out"/*.tar.gz "$out"/*.buildinfo "$out"/*.changes
 
 say_step "sources"
@@ -43,6 +44,8 @@ if command -v ccache >/dev/null; then
 fi
 (cd "$copy" && dpkg-buildpackage -b -nc -us -uc -j"$(jobs_here)")
 [ "$out" = "$work" ] || mv "$work"/*_"$version"_* "$out"
+mkdir "$out/dbgsym"
+mv "$out"/*-dbgsym_*.deb "$out/dbgsym"
 
 say_step "tarball"
 name=voxtrel-$version

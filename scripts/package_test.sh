@@ -41,20 +41,20 @@ check() {
 refused() { ! "$@"; }
 
 apt() { in_root apt-get -y -q "$@"; }
-# install_from FOLDER NAME...: our packages by file, what they depend on as apt finds it.
+# install_from FOLDER NAME...: our packages by file, and nothing else than what they depend on.
 install_from() {
     local folder=$1 name files=()
     shift
     for name in "$@"; do
         files+=("$(cd "$root" && echo ".$work/$folder/${name}_"*.deb)")
     done
-    apt --no-remove install "${files[@]#.}"
+    apt --no-remove --no-install-recommends install "${files[@]#.}"
 }
 speak_with() { as_user "$work/with_service.sh" /usr/bin "$@"; }
 speaks() { speak_with voxtrelctl say --wait "Hello from the package."; }
 
-# Every file, with its kind, rights and owner, and the contents of what configures the system; not what apt
-# and dpkg know, caches and logs.
+# Every file, with its kind, rights and owner, and the contents of what configures the system; not
+# what apt and dpkg know, caches and logs.
 state_of_root() {
     (
         cd "$root"
@@ -156,8 +156,7 @@ build_example() {
 }
 
 runs_lintian() {
-    apt --no-install-recommends install lintian &&
-        as_user sh -c "lintian --fail-on error --info --display-info $work/old/*.deb"
+    as_user sh -c "exec lintian --fail-on error --info --display-info $work/old/*.deb"
 }
 
 rm -rf "$root$work"
@@ -176,6 +175,7 @@ purge
 say_step "the example"
 build_example
 say_step "lintian"
+check "lintian installs" apt --no-install-recommends install lintian
 check "lintian finds no error" runs_lintian
 grep -E '^[EWI]:' "$log" || true
 say ""

@@ -23,7 +23,9 @@ give_up() {
     exit 1
 }
 
-export HOME="$private" VOXTREL_BINDER_SOCKET="$private/binder"
+# What libraries write down for themselves goes there, too.
+export HOME="$private" XDG_RUNTIME_DIR="$private" TMPDIR="$private"
+export VOXTREL_BINDER_SOCKET="$private/binder"
 "$programs/voxtrel-servicemanager" >"$private/manager.log" 2>&1 &
 manager=$!
 while [ ! -S "$VOXTREL_BINDER_SOCKET" ]; do

@@ -62,4 +62,17 @@ TEST(EveryDocument, LinksToWhatIsThere) {
     EXPECT_GT(seen, 5U);
 }
 
+/// What the first group of `pattern` finds in a file.
+std::string firstIn(const fs::path& file, const std::string& pattern) {
+    const std::string text = house::read(root() / file);
+    std::smatch found;
+    return std::regex_search(text, found, std::regex(pattern)) ? found[1].str() : "";
+}
+
+TEST(ThePackages, HaveTheVersionOfTheProject) {
+    const std::string version = firstIn("CMakeLists.txt", R"(project\(\S+ VERSION (\S+))");
+    ASSERT_NE("", version);
+    EXPECT_EQ(version, firstIn("debian/changelog", R"(^voxtrel \(([^-]+)-)"));
+}
+
 }  // namespace

@@ -1,25 +1,48 @@
 #!/usr/bin/env bash
-# usage: install_and_consume.sh BUILD_DIR SOURCE_DIR COMPILER
-# Installs into a folder of its own, then builds the example against that, with CMake's package and
-# with pkg-config, and sees that it starts.
+# usage: install_and_consume.sh BUILD_DIR SOURCE_DIR COMPILER LIBRARY_FOLDER
+# A stranger's use of what is installed: the example, built with CMake's package and with pkg-config
+# against a tree that was moved after the installation, and against one whose platform is a device's
+# own and whose libraries are in LIBRARY_FOLDER, such as lib/x86_64-linux-gnu. Each of them speaks.
 set -euo pipefail
 build=$1
 source=$2
 compiler=$3
+folder=$4
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
-cmake --install "$build" --prefix "$stage/usr" >"$stage/install.log"
-cmake -S "$source/examples/hello" -B "$stage/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-    -DCMAKE_PREFIX_PATH="$stage/usr" >"$stage/configure.log"
-cmake --build "$stage/build"
-export PKG_CONFIG_PATH
-PKG_CONFIG_PATH=$(dirname "$(find "$stage/usr" -name voxtrel-client.pc)")
-# pkg-config's answer is a list of flags, meant to be split.
-# shellcheck disable=SC2046
-"$compiler" -std=c++17 "$source"/examples/hello/*.cpp \
-    $(pkg-config --define-variable=prefix="$stage/usr" --cflags --libs voxtrel-client) \
-    -o "$stage/hello-pkgconfig"
-libraries=$(dirname "$(find "$stage/usr" -name 'libvoxtrel-client.so.1')")
-LD_LIBRARY_PATH=$libraries ldd "$stage/hello-pkgconfig" | tee "$stage/ldd.log"
-grep -q "libvoxtrel-client.so.1 => $libraries" "$stage/ldd.log"
-! grep -q 'not found' "$stage/ldd.log"
+
+quietly() { "$@" >"$stage/log" 2>&1 || { cat "$stage/log"; exit 1; }; }
+
+# consume NAME PREFIX LIBRARIES: builds against the tree PREFIX, and speaks with what is in LIBRARIES.
+consume() {
+    local name=$1 prefix=$2 libraries=$3 flags program
+    echo "== $name"
+    quietly cmake -S "$source/examples/hello" -B "$stage/$name" -G Ninja \
+        -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+    quietly cmake --build "$stage/$name"
+    flags=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs voxtrel-client)
+    # A list of flags, meant to be split.
+    # shellcheck disable=SC2086
+    "$compiler" -std=c++17 "$source"/examples/hello/*.cpp -o "$stage/$name/hello-pkgconfig" $flags
+    for program in hello hello-pkgconfig; do
+        LD_LIBRARY_PATH=$libraries:$platform ldd "$stage/$name/$program" >"$stage/log"
+        grep -q "libvoxtrel-client.so.1 => $libraries/" "$stage/log" || { cat "$stage/log"; exit 1; }
+        # Only the example gets the path: the programs find their libraries themselves.
+        "$source/scripts/with_service.sh" "$moved/bin" \
+            env LD_LIBRARY_PATH="$libraries:$platform" "$stage/$name/$program"
+    done
+}
+
+moved=$stage/moved
+quietly cmake --install "$build" --prefix "$stage/usr"
+mv "$stage/usr" "$moved"
+platform=$(dirname "$(find "$moved" -name 'libvoxtrel-platform.so.1')")
+consume host "$moved" "$platform"
+
+quietly cmake -S "$source" -B "$stage/device-build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
+    -DVOXTREL_PLATFORM=system -DVOXTREL_PLATFORM_INCLUDE_DIRS="$moved/include/voxtrel-platform" \
+    -DVOXTREL_PLATFORM_LIBRARIES="$platform/libvoxtrel-platform.so" \
+    -DVOXTREL_BUILD_PROGRAMS=OFF -DVOXTREL_BUILD_TESTS=OFF -DCMAKE_INSTALL_LIBDIR="$folder"
+quietly cmake --build "$stage/device-build"
+quietly cmake --install "$stage/device-build" --prefix "$stage/device"
+consume device "$stage/device" "$stage/device/$folder"
