@@ -277,6 +277,7 @@ const voxtrel_test::Role kBusy("busy", [](const voxtrel_test::Arguments&) {
 void Mourner::binderDied(const android::wp<IBinder>& who) {
     const std::lock_guard<std::mutex> held(mLock);
     mLast = who;
+    mToldHere = mToldHere || std::this_thread::get_id() == mHere;
     ++mDeaths;
 }
 

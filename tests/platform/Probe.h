@@ -12,6 +12,7 @@
 #include <atomic>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace probe {
@@ -69,10 +70,14 @@ class Mourner : public android::IBinder::DeathRecipient {
 public:
     void binderDied(const android::wp<android::IBinder>& who) override;
     int deaths() const { return mDeaths; }
+    /// Never in the thread that made this object.
+    bool toldElsewhere() const { return !mToldHere; }
     /// What died last; for comparing only.
     android::wp<android::IBinder> last() const;
 
 private:
+    const std::thread::id mHere = std::this_thread::get_id();
+    std::atomic<bool> mToldHere{false};
     std::atomic<int> mDeaths{0};
     mutable std::mutex mLock;
     android::wp<android::IBinder> mLast;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -50,7 +51,7 @@ public:
     bool hasEnded() const override { return mScript.dead; }
     status_t watch(const wp<BpBinder>& /*proxy*/) override {
         mScript.watched = true;
-        return mScript.dead ? static_cast<status_t>(DEAD_OBJECT) : static_cast<status_t>(OK);
+        return OK;
     }
     void unwatch() override { mScript.watched = false; }
 
@@ -232,6 +233,22 @@ TEST_F(TheRegistry, ForgetsAServiceThatDies) {
     service->reportDeath();
     EXPECT_TRUE(mRegistry->getService(String16("a")) == nullptr);
     EXPECT_EQ("removed a: process 7 has died", mLines.back());
+}
+
+TEST_F(TheRegistry, DoesNotGiveOutAServiceWhoseDeathItHasNotBeenToldOfYet) {
+    Script script;
+    const sp<BpBinder> service = proxyOf(script);
+    actAs(1000, 7);
+    EXPECT_EQ(OK, add("a", service));
+    EXPECT_TRUE(mRegistry->getService(String16("a")) == service);
+    script.dead = true;
+    EXPECT_TRUE(mRegistry->getService(String16("a")) == nullptr);
+    const std::string removed = "removed a: process 7 has died";
+    EXPECT_EQ(removed, mLines.back());
+    EXPECT_EQ(0U, mRegistry->listServices().size());
+    service->reportDeath();
+    EXPECT_TRUE(mRegistry->checkService(String16("a")) == nullptr);
+    EXPECT_EQ(1, std::count(mLines.begin(), mLines.end(), removed));
 }
 
 TEST_F(TheRegistry, RefusesAServiceThatIsDeadAlready) {

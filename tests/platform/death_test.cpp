@@ -65,11 +65,34 @@ TEST_F(TheDeathOfAService, GivesDeadObjectToAFirstOneWayCall) {
     EXPECT_EQ(DEAD_OBJECT, call.to(mNode, probe::kNote, IBinder::FLAG_ONEWAY));
 }
 
-TEST_F(TheDeathOfAService, RefusesALinkMadeAfterIt) {
+TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterIt) {
     mServer.killNow();
     const sp<Mourner> late = new Mourner();
-    EXPECT_EQ(DEAD_OBJECT, mNode->linkToDeath(late));
-    EXPECT_EQ(0, late->deaths());
+    EXPECT_EQ(OK, mNode->linkToDeath(late));
+    EXPECT_TRUE(eventually([&] { return late->deaths() == 1; }));
+    EXPECT_TRUE(late->toldElsewhere()) << "on a thread of the pool, not in linkToDeath";
+    EXPECT_FALSE(mNode->isBinderAlive());
+    EXPECT_EQ(DEAD_OBJECT, mNode->linkToDeath(late)) << "it has been told";
+    EXPECT_EQ(1, late->deaths());
+}
+
+TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterACallHasFailed) {
+    mServer.killNow();
+    EXPECT_EQ(DEAD_OBJECT, mNode->pingBinder());
+    const sp<Mourner> late = new Mourner();
+    EXPECT_EQ(OK, mNode->linkToDeath(late));
+    EXPECT_TRUE(eventually([&] { return late->deaths() == 1; }));
+}
+
+TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterItOrTheLinkIsTakenBackInTime) {
+    mServer.killNow();
+    const sp<Mourner> leaves = new Mourner();
+    EXPECT_EQ(OK, mNode->linkToDeath(leaves));
+    const bool late = mNode->unlinkToDeath(leaves) == DEAD_OBJECT;
+    const sp<Mourner> stays = new Mourner();
+    const bool told = mNode->linkToDeath(stays) == DEAD_OBJECT;
+    EXPECT_TRUE(eventually([&] { return told || stays->deaths() == 1; }));
+    EXPECT_TRUE(eventually([&] { return leaves->deaths() == (late ? 1 : 0); }));
 }
 
 TEST_F(TheDeathOfAService, WakesACallerThatWaits) {

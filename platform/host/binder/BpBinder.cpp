@@ -73,8 +73,6 @@ status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie
     const status_t status = mReference->watch(wp<BpBinder>(this));
     if (status == OK) {
         mLinks.push_back({recipient, cookie, flags});
-    } else if (status == DEAD_OBJECT) {
-        mAlive = false;
     }
     return status;
 }
@@ -105,6 +103,10 @@ status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cook
         mReference->unwatch();
     }
     return OK;
+}
+
+bool BpBinder::nodeHasEnded() const {
+    return !mAlive || mReference->hasEnded();
 }
 
 void BpBinder::reportDeath() {

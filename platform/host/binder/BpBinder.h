@@ -38,6 +38,9 @@ public:
 
     /// For the transport: the node has gone; each link is told, once.
     void reportDeath();
+    /// For the service manager: has the node gone, whether or not anybody has noticed? Asks the
+    /// kernel, never the node.
+    bool nodeHasEnded() const;
     transport::Reference& reference() const { return *mReference; }
 
 protected:

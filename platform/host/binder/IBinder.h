@@ -58,14 +58,15 @@ public:
         virtual void binderDied(const wp<IBinder>& who) = 0;
     };
 
-    /// `OK`; `INVALID_OPERATION` for an object of this process; `DEAD_OBJECT` when the node has
-    /// gone already.
+    /// `OK`, also when the node has gone already: then the recipient is told at once, on a binder
+    /// thread. `DEAD_OBJECT` when this proxy's links have been told already; `INVALID_OPERATION`
+    /// for an object of this process.
     virtual status_t linkToDeath(const sp<DeathRecipient>& recipient, void* cookie = nullptr,
                                  uint32_t flags = 0) = 0;
 
     /// Takes back the link made with this recipient, or, where `recipient` is null, with this
     /// cookie, and these flags. `OK`, with the link's recipient in `*outRecipient` unless that is
-    /// null; `NAME_NOT_FOUND` without such a link; `DEAD_OBJECT` after the node has gone;
+    /// null; `NAME_NOT_FOUND` without such a link; `DEAD_OBJECT` when the links have been told;
     /// `INVALID_OPERATION` for an object of this process.
     virtual status_t unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie = nullptr,
                                    uint32_t flags = 0,

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "binder/BpBinder.h"
 #include "binder/IPCThreadState.h"
 #include "binder/Parcel.h"
 
@@ -28,12 +29,9 @@ std::string printable(const String16& name) {
 }
 
 // Without asking the service, which may take its time.
-bool isDead(const sp<IBinder>& service, const sp<IBinder::DeathRecipient>& probe) {
-    const status_t status = service->linkToDeath(probe);
-    if (status == OK) {
-        (void)service->unlinkToDeath(probe);  // it may have died between the two
-    }
-    return status == DEAD_OBJECT;
+bool isDead(const sp<IBinder>& service) {
+    const BpBinder* proxy = service->remoteBinder();
+    return proxy != nullptr && proxy->nodeHasEnded();
 }
 
 }  // namespace
@@ -60,9 +58,22 @@ Registry::Registry(std::function<void(const std::string&)> report) : mReport(std
 Registry::~Registry() = default;
 
 sp<IBinder> Registry::getService(const String16& name) const {
-    Mutex::Autolock held(mLock);
-    const auto found = mEntries.find(name);
-    return found != mEntries.end() ? found->second.service : nullptr;
+    Entry entry = {};
+    {
+        Mutex::Autolock held(mLock);
+        const auto found = mEntries.find(name);
+        if (found == mEntries.end()) {
+            return nullptr;
+        }
+        entry = found->second;
+    }
+    // The notice of its death may be on its way: who asks because of that death must not be given
+    // the dead one again.
+    if (isDead(entry.service)) {
+        forget(name, entry.notice.get());
+        return nullptr;
+    }
+    return entry.service;
 }
 
 sp<IBinder> Registry::checkService(const String16& name) const {
@@ -76,13 +87,16 @@ status_t Registry::addService(const String16& name, const sp<IBinder>& service,
     }
     const uid_t owner = IPCThreadState::self()->getCallingUid();
     const pid_t pid = IPCThreadState::self()->getCallingPid();
+    if (isDead(service)) {
+        return DEAD_OBJECT;
+    }
     const sp<Notice> notice = new Notice(sp<Registry>(this), name);
     Entry old = {};  // let go outside of the lock
     {
         Mutex::Autolock held(mLock);
         const auto found = mEntries.find(name);
         if (found != mEntries.end() && found->second.owner != owner &&
-            !isDead(found->second.service, notice)) {
+            !isDead(found->second.service)) {
             return PERMISSION_DENIED;
         }
         if (!hasRoom(name, owner)) {
@@ -129,7 +143,7 @@ Vector<String16> Registry::listServices() {
     return names;
 }
 
-void Registry::forget(const String16& name, const Notice* notice) {
+void Registry::forget(const String16& name, const IBinder::DeathRecipient* notice) const {
     Entry gone = {};
     {
         Mutex::Autolock held(mLock);

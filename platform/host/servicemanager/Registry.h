@@ -13,7 +13,8 @@
 
 namespace android {
 
-/// The names of all services, for all processes. Forgets a service when it dies.
+/// The names of all services, for all processes. Forgets a service when it dies, at the latest when
+/// somebody asks for it.
 ///
 /// Called on: binder threads. Locks: its own, not while it reports.
 class Registry : public BnInterface<IServiceManager> {
@@ -42,11 +43,13 @@ private:
 
     bool hasRoom(const String16& name, uid_t owner) const PLATFORM_REQUIRES(mLock);
     status_t listTo(Parcel* reply);
-    void forget(const String16& name, const Notice* notice);
+    /// Reports the death of the service that was registered with this notice, once.
+    void forget(const String16& name, const IBinder::DeathRecipient* notice) const;
 
     const std::function<void(const std::string&)> mReport;
     mutable Mutex mLock;
-    std::map<String16, Entry> mEntries PLATFORM_GUARDED_BY(mLock);
+    // Mutable: a look-up drops a service that has died.
+    mutable std::map<String16, Entry> mEntries PLATFORM_GUARDED_BY(mLock);
 };
 
 }  // namespace android

@@ -72,7 +72,7 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
         status = FAILED_TRANSACTION;
     }
     Patience patience;
-    return status == OK ? detachBinders(reply, attachments, patience, caller) : status;
+    return status == OK ? detachBinders(reply, attachments, patience, {caller, false}) : status;
 }
 
 bool attach(Incoming& incoming) {

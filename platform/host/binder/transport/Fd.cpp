@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/Fd.h"
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
@@ -69,6 +72,16 @@ void Fd::reset() {
         wordOf(fd)->fetch_and(~bitOf(fd), std::memory_order_relaxed);
     }
     close(fd);
+}
+
+Fd closedFirst(Fd fd) {
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        return fd;
+    }
+    const auto count = static_cast<int>(std::min<rlim_t>(limit.rlim_cur, kTracked));
+    Fd high(fcntl(fd.get(), F_DUPFD_CLOEXEC, count - count / 16));
+    return high.valid() ? std::move(high) : std::move(fd);
 }
 
 void armForkGuard() {

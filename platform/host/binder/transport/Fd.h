@@ -28,6 +28,11 @@ private:
     int mFd = -1;
 };
 
+/// The same under one of the highest numbers that this process may have; as it was when none is
+/// free. The kernel closes the descriptors of a dying process from the highest number down: who is
+/// at the other end of this one hears of the death before everybody else.
+Fd closedFirst(Fd fd);
+
 /// From here on a fork makes the child a stranger to the runtime. Called when the runtime is first
 /// used.
 void armForkGuard();

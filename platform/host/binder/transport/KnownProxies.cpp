@@ -38,7 +38,7 @@ void sayFarewell(SocketReference& reference) {
 
 }  // namespace
 
-sp<IBinder> proxyOf(const NodeId& id, Fd door) {
+sp<IBinder> proxyOf(const NodeId& id, Fd door, bool leadsToManager) {
     sp<BpBinder> dead;  // let go outside of the lock
     KnownProxies& known = proxies();
     Mutex::Autolock held(known.lock);
@@ -51,7 +51,8 @@ sp<IBinder> proxyOf(const NodeId& id, Fd door) {
         sayFarewell(*entry.reference);  // it is being destroyed, and has not come here yet
     }
     dead = std::move(proxy);
-    auto reference = std::make_unique<SocketReference>(id, std::move(door), farewells().find(id));
+    auto reference = std::make_unique<SocketReference>(id, std::move(door), farewells().find(id),
+                                                       leadsToManager);
     entry.reference = reference.get();
     proxy = new BpBinder(std::move(reference));
     entry.proxy = proxy;

@@ -32,11 +32,15 @@ void lookAfterDoors() {
     }
 }
 
-Fd exportNode(BBinder& node) {
+Fd exportNode(BBinder& node, const Destination& to) {
     lookAfterDoors();
     SocketPair pair = makeSocketPair();
     if (!pair.held.valid()) {
         return Fd();
+    }
+    // Those who hear of the death from the other doors may ask the service manager at once.
+    if (to.isManager) {
+        pair.served = closedFirst(std::move(pair.served));
     }
     const auto door =
         std::make_shared<DoorEnd>(std::move(pair.served), sp<BBinder>(&node), Lease());
@@ -48,25 +52,26 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
     return remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
 }
 
-status_t detach(const sp<IBinder>& binder, pid_t receiver, Patience& patience, NodeId* id,
+status_t detach(const sp<IBinder>& binder, const Destination& to, Patience& patience, NodeId* id,
                 Fd* reference) {
     if (BBinder* local = binder->localBinder()) {
         *id = recordOf(*local).id;
-        *reference = exportNode(*local);
+        *reference = exportNode(*local, to);
     } else {
         auto* known = referenceOf(binder);
         if (known == nullptr) {
             return BAD_TYPE;
         }
         *id = known->id();
-        *reference = known->share(receiver, patience);
+        *reference = known->share(to.pid, patience);
     }
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }
 
 }  // namespace
 
-status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience, pid_t receiver) {
+status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience,
+                       const Destination& to) {
     ParcelFrame frame(parcel);
     if (frame.objectCount() == 0) {
         return OK;
@@ -78,8 +83,8 @@ status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patienc
     for (size_t i = 0; i < frame.objectCount(); ++i) {
         ObjectRecord record = {static_cast<uint32_t>(frame.objectOffset(i)), 0, {}};
         Fd reference;
-        const status_t status = record.offset % 4 == 0 ? detach(frame.objectBinder(i), receiver,
-                                                                patience, &record.id, &reference)
+        const status_t status = record.offset % 4 == 0 ? detach(frame.objectBinder(i), to, patience,
+                                                                &record.id, &reference)
                                                        : static_cast<status_t>(BAD_VALUE);
         if (status != OK) {
             return status;
@@ -106,8 +111,8 @@ bool attachBinders(Envelope& envelope, Parcel& parcel) {
     return true;
 }
 
-sp<IBinder> wrapReference(Fd door) {
-    return proxyOf(makeNodeId(), std::move(door));
+sp<IBinder> proxyOfManager(Fd door) {
+    return proxyOf(makeNodeId(), std::move(door), true);
 }
 
 bool hasEnded(const sp<IBinder>& proxy) {

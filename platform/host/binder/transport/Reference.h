@@ -24,7 +24,7 @@ public:
     virtual bool hasEnded() const = 0;
 
     /// From here on the end of the node is reported, once, by `proxy->reportDeath()` on a thread of
-    /// the pool. `DEAD_OBJECT` when it has gone already: then nothing is reported.
+    /// the pool: at once when it has gone already.
     virtual status_t watch(const wp<BpBinder>& proxy) = 0;
     virtual void unwatch() = 0;
 };

@@ -79,8 +79,11 @@ private:
 };
 
 SocketReference::SocketReference(const NodeId& id, Fd door,
-                                 std::shared_ptr<const Farewell> predecessor)
-    : mId(id), mDoor(std::move(door)), mPredecessor(std::move(predecessor)) {}
+                                 std::shared_ptr<const Farewell> predecessor, bool leadsToManager)
+    : mId(id),
+      mDoor(std::move(door)),
+      mLeadsToManager(leadsToManager),
+      mPredecessor(std::move(predecessor)) {}
 
 SocketReference::~SocketReference() {
     // A child shares the sockets with its parent, and may have copied a lock that is held.
@@ -123,7 +126,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     }
     Patience patience;
     Attachments attachments;
-    const status_t status = detachBinders(data, &attachments, patience);
+    const status_t status = detachBinders(data, &attachments, patience, {0, mLeadsToManager});
     if (status != OK) {
         return status;
     }
@@ -176,7 +179,7 @@ status_t SocketReference::callBeside(const Header& header, const Parcel& data,
 status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
     Patience patience;
     Attachments attachments;
-    status_t status = detachBinders(data, &attachments, patience);
+    status_t status = detachBinders(data, &attachments, patience, {0, mLeadsToManager});
     if (status == OK) {
         status = patiently(patience, [&](Obstacle& obstacle) {
             return tryMain(header, data, attachments, obstacle);
@@ -340,9 +343,6 @@ status_t SocketReference::watch(const wp<BpBinder>& proxy) {
         return INVALID_OPERATION;
     }
     Mutex::Autolock held(mLock);
-    if (hasHungUp(mDoor)) {
-        return DEAD_OBJECT;
-    }
     if (mWatch == nullptr) {
         mWatch = std::make_shared<Watch>(proxy);
         if (!reactor().add(mWatch, mDoor)) {

@@ -23,8 +23,9 @@ namespace android::transport {
 class SocketReference final : public Reference {
 public:
     /// `predecessor`: the last one-way calls of an earlier reference to the same node, if any are
-    /// on their way.
-    SocketReference(const NodeId& id, Fd door, std::shared_ptr<const Farewell> predecessor);
+    /// on their way. `leadsToManager`: the node is the service manager's.
+    SocketReference(const NodeId& id, Fd door, std::shared_ptr<const Farewell> predecessor,
+                    bool leadsToManager);
     ~SocketReference() override;
     SocketReference(const SocketReference&) = delete;
     SocketReference& operator=(const SocketReference&) = delete;
@@ -64,6 +65,7 @@ private:
 
     const NodeId mId;
     const Fd mDoor;
+    const bool mLeadsToManager;
 
     // The owner has not taken the last reference that was to be passed on: the next one does not
     // wait.

@@ -98,7 +98,7 @@ private:
             return first;
         }
         trustSharer(door.valid() ? peerPid(door) : 0);
-        mContext = door.valid() ? wrapReference(std::move(door)) : nullptr;
+        mContext = door.valid() ? proxyOfManager(std::move(door)) : nullptr;
         return mContext;
     }
 
