@@ -3,7 +3,7 @@
 
 #include "bench/ipc/Allocations.h"
 #include "bench/platform/Sections.h"
-#include "bench/platform/Timing.h"
+#include "bench/support/Timing.h"
 
 namespace bench {
 
@@ -46,12 +46,8 @@ double noteTime(const Setting& setting) {
 
 }  // namespace
 
-double rawRoundTrip(const Setting& setting) {
-    return wallTime(kCalls, [&] { setting.echo.call(64); });
-}
-
 void twoWay(const Setting& setting) {
-    const auto limit = [&] { return rawRoundTrip(setting); };
+    const auto limit = [&] { return setting.echo.roundTrip(); };
     const Contest small = contest(
         kRounds, [&] { return callTime(setting, 64); }, limit);
     report("two-way call of 64 bytes, against L", small);

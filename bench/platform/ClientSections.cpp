@@ -10,7 +10,7 @@
 
 #include "bench/platform/QuietService.h"
 #include "bench/platform/Sections.h"
-#include "bench/platform/Timing.h"
+#include "bench/support/Timing.h"
 #include "client/TTSClientPrivate.h"
 #include "tests/support/Roles.h"
 
@@ -78,7 +78,7 @@ void client(const Setting& setting) {
     if (service.readLine() != "ready") {
         return;
     }
-    const auto limit = [&] { return rawRoundTrip(setting); };
+    const auto limit = [&] { return setting.echo.roundTrip(); };
     const Contest first = contest(15, firstConnect, limit);
     report("connect() of a fresh process, against L", first);
     const Contest again = contest(kRounds, connectAgain, limit);
@@ -115,7 +115,7 @@ void growth(const Setting& setting) {
                 std::make_unique<ChildProcess>(ChildProcess::asRole("bench-application")));
             (void)clients.back()->readLine();
         }
-        const Contest result = contest(kRounds, call, [&] { return rawRoundTrip(setting); });
+        const Contest result = contest(kRounds, call, [&] { return setting.echo.roundTrip(); });
         latencies.push_back(result.ratio);
         std::printf("two-way with %3zu idle clients: %.3f us, %.3f L\n", wanted, result.value,
                     result.ratio);

@@ -16,7 +16,7 @@
 
 #include "bench/platform/Mortal.h"
 #include "bench/platform/Sections.h"
-#include "bench/platform/Timing.h"
+#include "bench/support/Timing.h"
 
 namespace bench {
 
@@ -112,7 +112,7 @@ double wholeProgram() {
 void comeToRest(const Setting& setting) {
     const auto end = Clock::now() + std::chrono::milliseconds(25);
     while (Clock::now() < end) {
-        (void)rawRoundTrip(setting);
+        (void)setting.echo.roundTrip();
     }
 }
 
@@ -120,7 +120,7 @@ void comeToRest(const Setting& setting) {
 
 void deaths(const Setting& setting) {
     const auto measure = [&](const char* what, const std::function<double()>& death) {
-        const Contest result = contest(kRounds, death, [&] { return rawRoundTrip(setting); });
+        const Contest result = contest(kRounds, death, [&] { return setting.echo.roundTrip(); });
         report(what, result);
         return result.ratio;
     };

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "bench/platform/BenchNode.h"
-#include "bench/platform/Raw.h"
 #include "bench/platform/SdBus.h"
+#include "bench/support/RawPeer.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRuntime.h"
 
@@ -39,9 +39,6 @@ struct Setting {
     voxtrel_test::ChildProcess& server;
     android::sp<IBench> node;
 };
-
-/// One raw round trip of 64 bytes, in microseconds.
-double rawRoundTrip(const Setting& setting);
 
 void twoWay(const Setting& setting);
 void oneWay(const Setting& setting);

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "bench/platform/BenchNode.h"
-#include "bench/platform/Raw.h"
 #include "bench/platform/Sections.h"
-#include "bench/platform/Timing.h"
+#include "bench/support/RawPeer.h"
+#include "bench/support/Timing.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRuntime.h"
 #include "tests/support/Roles.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How fast the service speaks and stops, measured by a client in another process, beside the engine
-// alone in this one.
+// alone in this one. Times also come over L, a raw round trip of 64 bytes in the same run, so that
+// they can be compared between machines.
 #include <binder/ProcessState.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -14,12 +15,15 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "bench/service/Figures.h"
 #include "bench/service/MeasuredService.h"
+#include "bench/support/RawPeer.h"
 #include "client/TTSClientPrivate.h"
 #include "service/EspeakEngine.h"
 #include "vocabulary/Events.h"
@@ -224,6 +228,23 @@ std::vector<double> measureDeath(const char* program) {
     return times;
 }
 
+/// From the call that changes a setting to its answer; the service still writes earlier changes.
+std::vector<double> measureAcknowledgement(TTS::TTSClientPrivate& client) {
+    std::vector<double> times;
+    for (uint32_t round = 0; round < 5 + 1000; ++round) {
+        uint32_t speed = 200 + round % 200;
+        const int64_t called = nowNs();
+        const int status = client.setGlobalConfig(GCONF_SPEED, &speed);
+        times.push_back(microseconds(called, nowNs()));
+        if (status != 0) {
+            std::fprintf(stderr, "setGlobalConfig answers %d\n", status);
+            std::exit(1);
+        }
+    }
+    times.erase(times.begin(), times.begin() + 5);
+    return times;
+}
+
 double residentMebibytes(pid_t pid) {
     std::ifstream status("/proc/" + std::to_string(pid) + "/status");
     for (std::string line; std::getline(status, line);) {
@@ -249,7 +270,72 @@ double measureIdle(const std::string& folder) {
     return resident;
 }
 
+/// A series of times and the figure that comes of it.
+struct Latency {
+    const char* what;
+    const char* name;
+    const char* unit;
+    std::vector<double> times;  ///< microseconds
+    double roundTrip;           ///< L, before and after the series
+};
+
+void report(const std::vector<Latency>& latencies) {
+    for (const Latency& each : latencies) {
+        describe(each.what, each.times);
+    }
+    for (const Latency& each : latencies) {
+        const double time = quantile(each.times, 0.5);
+        const std::string name = each.name;
+        figure(name + "_" + each.unit, each.unit == std::string("ms") ? time / 1000.0 : time);
+        figure(name + "_over_L", time / each.roundTrip);
+    }
+}
+
+/// Runs `measure`, and gives L as it is just before and after.
+template <typename Measure>
+double besideRoundTrips(bench::RawPeer& echo, Measure measure) {
+    std::vector<double> roundTrips;
+    const auto sample = [&] {
+        for (int i = 0; i < 20; ++i) {
+            roundTrips.push_back(echo.roundTrip());
+        }
+    };
+    sample();
+    measure();
+    sample();
+    const double roundTrip = quantile(roundTrips, 0.5);
+    std::printf("raw round trip of 64 bytes, L: best %.1f, median %.1f us\n",
+                quantile(roundTrips, 0.0), roundTrip);
+    return roundTrip;
+}
+
+std::vector<Latency> measureService(const char* program, TTS::TTSClientPrivate& client,
+                                    SoundClock& clock, bench::RawPeer& echo) {
+    Series warm;
+    const double roundTrip = besideRoundTrips(echo, [&] { warm = measureWarm(client, clock); });
+    std::vector<Latency> latencies = {
+        {"first sound after say was called", "first_sound_warm", "us", warm.firstSound, roundTrip},
+        {"started event after say was called", "say_to_started_event", "us", warm.startedEvent,
+         roundTrip},
+        {"stopped event after stopAndFlush was called", "stop_to_silence", "ms", warm.silence,
+         roundTrip}};
+    const auto add = [&](Latency latency, const std::function<std::vector<double>()>& measure) {
+        latency.roundTrip = besideRoundTrips(echo, [&] { latency.times = measure(); });
+        latencies.push_back(std::move(latency));
+    };
+    add({"first sound, voice not yet used", "first_sound_cold", "us", {}, 0},
+        [&] { return measureCold(client, clock).firstSound; });
+    add({"last of 1000 stopped events after the stop", "stop_1000", "ms", {}, 0},
+        [&] { return measureStopOfAThousand(client, clock); });
+    add({"lock free again after kill -9 of its holder", "client_death", "ms", {}, 0},
+        [&] { return measureDeath(program); });
+    add({"answer after setGlobalConfig was called", "set_acknowledged", "us", {}, 0},
+        [&] { return measureAcknowledgement(client); });
+    return latencies;
+}
+
 void run(const char* program) {
+    bench::RawPeer echo(bench::RawPeer::Kind::Echo);  // forked first: it has nothing of ours
     std::string folder = (std::filesystem::temp_directory_path() / "service_bench-XXXXXX").string();
     if (mkdtemp(folder.data()) == nullptr) {
         std::perror("mkdtemp");
@@ -274,10 +360,7 @@ void run(const char* program) {
         std::fprintf(stderr, "the service does not answer\n");
         std::exit(1);
     }
-    const Series warm = measureWarm(client, *clock);
-    const Series cold = measureCold(client, *clock);
-    const std::vector<double> stops = measureStopOfAThousand(client, *clock);
-    const std::vector<double> deaths = measureDeath(program);
+    const std::vector<Latency> latencies = measureService(program, client, *clock, echo);
     client.disconnect();
     end(service);
     end(manager);
@@ -285,20 +368,9 @@ void run(const char* program) {
 
     describe("engine alone, first sample", engineWarm);
     describe("engine alone, voice not yet used", engineCold);
-    describe("first sound after say was called", warm.firstSound);
-    describe("first sound, voice not yet used", cold.firstSound);
-    describe("started event after say was called", warm.startedEvent);
-    describe("stopped event after stopAndFlush was called", warm.silence);
-    describe("last of 1000 stopped events after the stop", stops);
-    describe("lock free again after kill -9 of its holder", deaths);
+    report(latencies);
     figure("engine_alone_us", quantile(engineWarm, 0.5));
     figure("engine_alone_cold_us", quantile(engineCold, 0.5));
-    figure("first_sound_warm_us", quantile(warm.firstSound, 0.5));
-    figure("first_sound_cold_us", quantile(cold.firstSound, 0.5));
-    figure("say_to_started_event_us", quantile(warm.startedEvent, 0.5));
-    figure("stop_to_silence_ms", quantile(warm.silence, 0.5) / 1000.0);
-    figure("stop_1000_ms", quantile(stops, 0.5) / 1000.0);
-    figure("client_death_ms", quantile(deaths, 0.5) / 1000.0);
     figure("service_rss_mib", idle);
 }
 

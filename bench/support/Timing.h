@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_BENCH_PLATFORM_TIMING_H
-#define VOXTREL_BENCH_PLATFORM_TIMING_H
+#ifndef VOXTREL_BENCH_SUPPORT_TIMING_H
+#define VOXTREL_BENCH_SUPPORT_TIMING_H
 
 #include <functional>
 #include <vector>

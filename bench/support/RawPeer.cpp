@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "bench/platform/Raw.h"
+#include "bench/support/RawPeer.h"
 
 #include <linux/sockios.h>
 #include <sched.h>
@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "bench/support/Timing.h"
 
 namespace bench {
 
@@ -80,6 +82,11 @@ void RawPeer::call(size_t size) {
         std::perror("raw call");
         std::exit(1);
     }
+}
+
+double RawPeer::roundTrip() {
+    constexpr int kCalls = 500;
+    return wallTime(kCalls, [this] { call(64); });
 }
 
 void RawPeer::sendOneWay(size_t size) {

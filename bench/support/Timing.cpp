@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "bench/platform/Timing.h"
+#include "bench/support/Timing.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_BENCH_PLATFORM_RAW_H
-#define VOXTREL_BENCH_PLATFORM_RAW_H
+#ifndef VOXTREL_BENCH_SUPPORT_RAWPEER_H
+#define VOXTREL_BENCH_SUPPORT_RAWPEER_H
 
 #include <sys/types.h>
 
@@ -21,6 +21,8 @@ public:
 
     /// `size` bytes there and back.
     void call(size_t size);
+    /// One round trip of 64 bytes in microseconds, the mean of a short series: the figures' L.
+    double roundTrip();
     /// One packet with a header in a part of its own and SCM_CREDENTIALS.
     void sendOneWay(size_t size);
     /// Waits until everything has been taken.
