@@ -2,25 +2,42 @@
 #include "service/ProfileStore.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <utility>
+
+#include "service/SettingsText.h"
 
 namespace voxtreld {
 namespace {
 
+/// Empty for what is no file: a FIFO would hang us.
+std::string contentOf(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) {
+        return {};
+    }
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
 /// A profile is written line by line and ends with an empty line, which no shorter one has.
 bool isComplete(const std::string& path) {
-    std::ifstream file(path);
-    const std::string text((std::istreambuf_iterator<char>(file)),
-                           std::istreambuf_iterator<char>());
+    const std::string text = contentOf(path);
     return text.size() > 2 && text.compare(text.size() - 2, 2, "\n\n") == 0;
 }
 
 }  // namespace
 
-ProfileStore::ProfileStore(std::string path)
-    : mPath(std::move(path)), mNewPath(mPath + ".new"), mThread([this] { run(); }) {}
+ProfileStore::ProfileStore(std::string path, Log log)
+    : mPath(std::move(path)),
+      mNewPath(mPath + ".new"),
+      mJournalPath(mPath + ".journal"),
+      mLog(std::move(log)),
+      mJournal(mJournalPath),
+      mThread([this] { run(); }) {}
 
 ProfileStore::~ProfileStore() {
     {
@@ -31,25 +48,42 @@ ProfileStore::~ProfileStore() {
     mThread.join();
 }
 
-TTS::TtsSetting ProfileStore::load() const {
+void ProfileStore::report(const std::string& line) const {
+    if (mLog != nullptr) {
+        mLog(line);
+    }
+}
+
+TTS::TtsSetting ProfileStore::load() {
     if (isComplete(mNewPath)) {
         (void)std::rename(mNewPath.c_str(), mPath.c_str());  // the old file serves if it fails
     } else {
         (void)std::remove(mNewPath.c_str());  // usually there is none
     }
+    const std::string text = contentOf(mPath);  // before an upgrade writes it again
     TTS::TtsSetting profile("voxtrel");
     if (profile.isExistProfile(mPath.c_str())) {
         (void)profile.deserialize(mPath.c_str());  // says itself what it cannot read
     }
-    return profile;
+    const MutexLock lock(mMutex);
+    return mJournal.read().value_or(readSettings(text));
 }
 
 void ProfileStore::save(const TTS::TtsSetting& profile) {
+    std::string error;
+    bool isNews = false;
     {
         const MutexLock lock(mMutex);
+        const bool fails = !mJournal.write(profile, error);
+        isNews = fails && !mJournalFails;
+        mJournalFails = fails;
         mPending = profile;
     }
     mSaved.notify_one();
+    if (isNews) {
+        report("settings may not survive when the service is killed: cannot write '" +
+               mJournalPath + "': " + error + "; make room there, or name another --profile");
+    }
 }
 
 void ProfileStore::flush() {
@@ -74,15 +108,30 @@ bool ProfileStore::take(std::optional<TTS::TtsSetting>& profile) {
 void ProfileStore::run() {
     std::optional<TTS::TtsSetting> profile;
     while (take(profile)) {
-        write(*profile);
+        if (write(*profile)) {
+            settle();
+        }
     }
 }
 
-void ProfileStore::write(const TTS::TtsSetting& profile) const {
+bool ProfileStore::write(const TTS::TtsSetting& profile) const {
     // Checked before the rename: a full disk must not cost the settings that are there.
-    if (profile.serialize(mNewPath.c_str()) && isComplete(mNewPath)) {
-        (void)std::rename(mNewPath.c_str(), mPath.c_str());
+    return profile.serialize(mNewPath.c_str()) && isComplete(mNewPath) &&
+           std::rename(mNewPath.c_str(), mPath.c_str()) == 0;
+}
+
+/// What the file has is dropped from the journal, unless that has a newer state by now.
+void ProfileStore::settle() {
+    std::string error;
+    {
+        const MutexLock lock(mMutex);
+        if (mPending || mJournal.clear(error) || mClearFailed) {
+            return;
+        }
+        mClearFailed = true;
     }
+    report("old settings will come back at the next start: cannot empty '" + mJournalPath +
+           "': " + error + "; remove it");
 }
 
 }  // namespace voxtreld

@@ -61,7 +61,7 @@ int run(const Options& options) {
     }
 
     const auto queue = std::make_shared<SpeechQueue>(options.limits);
-    const auto profile = std::make_shared<ProfileStore>(options.profile);
+    const auto profile = std::make_shared<ProfileStore>(options.profile, logLine);
     const android::sp<VoxtrelService> service =
         new VoxtrelService({queue, profile, options.admission, binderCaller, logLine});
     EspeakEngine engine;
