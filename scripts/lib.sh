@@ -8,10 +8,11 @@ say_step() { printf '\n== %s\n' "$*"; }
 declare -A PACKAGES=(
     [speak]="g++ cmake ninja-build pkg-config libespeak-ng-dev espeak-ng-data libsndfile1-dev
              libasound2-dev libcli11-dev nlohmann-json3-dev"
-    [build]="ccache libgtest-dev libgmock-dev python3 util-linux mandoc man-db"
+    [build]="ccache libgtest-dev libgmock-dev python3 util-linux mandoc man-db libsystemd-dev
+             systemd"
     [clang]="clang-14"
     [package]="build-essential debhelper cmake ninja-build pkg-config libasound2-dev libcli11-dev
-               libespeak-ng-dev libsndfile1-dev nlohmann-json3-dev"
+               libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind"
     [fuzz]="libclang-rt-14-dev"

@@ -1,33 +1,111 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
 #include <string>
 
 #include "binder/IPCThreadState.h"
 #include "binder/ProcessState.h"
 #include "binder/transport/Log.h"
+#include "binder/transport/Transport.h"
+#include "servicemanager/Activation.h"
+#include "servicemanager/Options.h"
 #include "servicemanager/Registry.h"
 
 namespace {
+
+using android::transport::LogLevel;
+using Clock = std::chrono::steady_clock;
 
 // A line for each change, but anybody may add a service over and over: as many lines a second as
 // when every name that there can be comes and goes.
 constexpr int kMostLines = 2048;
 
 android::transport::LineLog gLog{kMostLines};
+int gMostVerbose = 0;
 
-void report(const std::string& line) {
-    gLog.writeLimited("voxtrel-servicemanager", line);
+void log(LogLevel level, const std::string& line) {
+    if (static_cast<int>(level) <= gMostVerbose) {
+        gLog.writeLimited("voxtrel-servicemanager", line, level);
+    }
+}
+
+sigset_t blockSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+bool listen(const android::sp<android::Registry>& registry) {
+    std::string error;
+    android::transport::Fd socket = servicemanager::takeListeningSocket(error);
+    if (!error.empty()) {
+        log(LogLevel::Error, error);
+        return false;
+    }
+    if (socket.valid()) {
+        return android::transport::transport().becomeContextAt(std::move(socket), registry);
+    }
+    android::IPCThreadState::self()->setTheContextObject(registry);
+    return android::ProcessState::self()->becomeContextManager();
+}
+
+/// How long nobody has needed the service manager.
+Clock::duration idleTime(const android::sp<android::Registry>& registry) {
+    const auto since = android::transport::transport().unusedSince();
+    return since.has_value() && registry->listServices().empty() ? Clock::now() - *since
+                                                                 : Clock::duration::zero();
+}
+
+timespec asTimespec(Clock::duration duration) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
+    const auto rest = std::chrono::duration_cast<std::chrono::nanoseconds>(duration - seconds);
+    return {static_cast<time_t>(seconds.count()), static_cast<long>(rest.count())};
+}
+
+/// Serves until a signal comes, or until it has been idle for so long and nobody is on the way.
+/// @return why it ends.
+std::string serve(const sigset_t& signals, const android::sp<android::Registry>& registry,
+                  Clock::duration idleLimit) {
+    const bool stays = idleLimit == Clock::duration::zero();
+    for (;;) {
+        const Clock::duration idle = idleTime(registry);
+        if (!stays && idle >= idleLimit && android::transport::transport().leaveIfUnused()) {
+            return "idle";
+        }
+        const timespec left = asTimespec(idle < idleLimit ? idleLimit - idle : idleLimit);
+        const int signal = sigtimedwait(&signals, nullptr, stays ? nullptr : &left);
+        if (signal > 0) {
+            return signal == SIGINT ? "interrupted" : "stopped";
+        }
+    }
 }
 
 }  // namespace
 
-int main() {
-    const android::sp<android::Registry> registry = new android::Registry(report);
-    android::IPCThreadState::self()->setTheContextObject(registry);
-    if (!android::ProcessState::self()->becomeContextManager()) {
-        return 1;
+int main(int argc, char** argv) {
+    servicemanager::Options options;
+    int exitStatus = EXIT_SUCCESS;
+    if (!servicemanager::parseOptions(argc, argv, options, exitStatus)) {
+        return exitStatus;
+    }
+    gMostVerbose = options.logLevel;
+    const sigset_t signals = blockSignals();
+    const android::sp<android::Registry> registry =
+        new android::Registry([](const std::string& line) { log(LogLevel::Info, line); });
+    if (!listen(registry)) {
+        return EXIT_FAILURE;
     }
     android::ProcessState::self()->startThreadPool();
-    report("ready");
-    android::IPCThreadState::self()->joinThreadPool();
-    return 0;
+    log(LogLevel::Info, "ready");
+    servicemanager::tellReady();
+    const std::string reason = serve(signals, registry, options.idleLimit);
+    servicemanager::tellStopping();
+    log(LogLevel::Info, reason);
+    // Calls that are being served stop where they are, as when the process is killed.
+    std::_Exit(EXIT_SUCCESS);
 }

@@ -4,6 +4,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+
+#include "binder/transport/LogLevel.h"
 
 namespace {
 
@@ -18,6 +21,14 @@ int threshold() {
     return level;
 }
 
+android::transport::LogLevel clamped(int level) {
+    using android::transport::LogLevel;
+    return level < 0    ? LogLevel::Error
+           : level == 0 ? LogLevel::Warning
+           : level == 1 ? LogLevel::Info
+                        : LogLevel::Debug;
+}
+
 }  // namespace
 
 const char* INI_LANGUAGE_WITH_VOICES = environment("VOXTREL_LANGUAGE_WITH_VOICES", "");
@@ -26,10 +37,11 @@ void dbgPrint(int level, const char* fmt, ...) {
     if (level > threshold()) {
         return;
     }
+    const std::string format = std::string(android::transport::journalPrefix(clamped(level))) + fmt;
     va_list arguments;
     va_start(arguments, fmt);
     // A line that cannot be written is lost: there is nowhere to say so.
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is two lines up
-    (void)std::vfprintf(stderr, fmt, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is in this function
+    (void)std::vfprintf(stderr, format.c_str(), arguments);
     va_end(arguments);
 }

@@ -61,6 +61,8 @@ struct Counts {
     Ledger<pid_t> byPid PLATFORM_GUARDED_BY(lock);
     Ledger<uid_t> byUid PLATFORM_GUARDED_BY(lock);
     size_t descriptors PLATFORM_GUARDED_BY(lock) = 0;
+    std::chrono::steady_clock::time_point unused PLATFORM_GUARDED_BY(lock) =
+        std::chrono::steady_clock::now();
 };
 
 Counts& counts() {
@@ -143,6 +145,15 @@ Lease::~Lease() {
     table.byPid.take(mHolder.pid, mAmount);
     table.byUid.take(mHolder.uid, mAmount);
     table.descriptors -= mAmount.descriptors;
+    if (table.descriptors == 0) {
+        table.unused = std::chrono::steady_clock::now();
+    }
+}
+
+std::optional<std::chrono::steady_clock::time_point> unleasedSince() {
+    Counts& table = counts();
+    Mutex::Autolock held(table.lock);
+    return table.descriptors == 0 ? std::optional(table.unused) : std::nullopt;
 }
 
 }  // namespace android::transport

@@ -4,8 +4,10 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace android::transport {
@@ -53,6 +55,9 @@ private:
     bool mGranted = true;
     bool mScarce = false;
 };
+
+/// Since when no other process has had a socket served here; empty while one has.
+std::optional<std::chrono::steady_clock::time_point> unleasedSince();
 
 /// Connections to the service manager run to this process. It may name, in a socket that it passes
 /// on, who is to have it: otherwise whoever asks it often would use up its share for all.

@@ -26,6 +26,8 @@ constexpr int kBacklog = 128;
 // A service manager that is alive but does not get round to answering.
 constexpr int kConnectAttempts = 100;
 constexpr int kOutOfDescriptorsMs = 10;
+constexpr int kLeavingAttempts = 500;
+constexpr const char* kLeaving = ".leaving";
 
 bool fill(const std::string& path, sockaddr_un* address) {
     *address = {};
@@ -42,26 +44,48 @@ Fd spare() {
     return Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
 }
 
+// One that is on its way out has given its socket up already, and holds the lock for a moment more.
+bool lockInTime(const Fd& lock, const std::string& path) {
+    for (int attempt = 0; flock(lock.get(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
+        if (attempt == kLeavingAttempts || access(path.c_str(), F_OK) == 0) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
 // The file lock, not the socket, says who is the service manager: a socket outlives its process.
 Fd takeLock(const std::string& path) {
     Fd lock(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock.valid()) {
         logLine("cannot make %s.lock: %s", path.c_str(), strerrordesc_np(errno));
-    } else if (flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+    } else if (!lockInTime(lock, path)) {
         logLine("there is a service manager already at %s", path.c_str());
         lock.reset();
     }
     return lock;
 }
 
-// Of a service manager that has died; whatever else stands there is somebody's file.
-bool removeOldSocket(const std::string& path) {
+bool isListenedAt(const sockaddr_un& address) {
+    const Fd probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    return probe.valid() && (connect(probe.get(), reinterpret_cast<const sockaddr*>(&address),
+                                     sizeof(address)) == 0 ||
+                             errno == EAGAIN);
+}
+
+// Of a service manager that has died; whatever else stands there is somebody's.
+bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) {
         return true;
     }
     if (!S_ISSOCK(status.st_mode)) {
         logLine("%s is there already, and is no socket", path.c_str());
+        return false;
+    }
+    if (isListenedAt(address)) {
+        logLine("somebody else listens at %s, perhaps a socket unit of systemd's", path.c_str());
         return false;
     }
     return unlink(path.c_str()) == 0;
@@ -95,7 +119,7 @@ std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBind
     if (!lock.valid()) {
         return nullptr;
     }
-    if (!removeOldSocket(path)) {
+    if (!removeOldSocket(path, address)) {
         return nullptr;
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
@@ -105,14 +129,63 @@ std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBind
         logLine("cannot listen at %s: %s", path.c_str(), strerrordesc_np(errno));
         return nullptr;
     }
-    auto listener = std::make_shared<Listener>(std::move(socket), std::move(lock), manager);
+    auto listener = std::make_shared<Listener>(std::move(socket), std::move(lock), path, manager);
     return reactor().add(listener) ? listener : nullptr;
 }
 
-Listener::Listener(Fd socket, Fd lock, const sp<BBinder>& manager)
-    : Source(std::move(socket)), mLock(std::move(lock)), mSpare(spare()), mManager(manager) {}
+std::shared_ptr<Listener> Listener::openAt(Fd socket, const sp<BBinder>& manager) {
+    const int flags = fcntl(socket.get(), F_GETFL);
+    if (flags < 0 || fcntl(socket.get(), F_SETFL, flags | O_NONBLOCK) != 0 || !nameSender(socket)) {
+        logLine("cannot use the socket that was handed over: %s", strerrordesc_np(errno));
+        return nullptr;
+    }
+    auto listener = std::make_shared<Listener>(std::move(socket), Fd(), "", manager);
+    return reactor().add(listener) ? listener : nullptr;
+}
+
+Listener::Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& manager)
+    : Source(std::move(socket)),
+      mLock(std::move(lock)),
+      mPath(std::move(path)),
+      mSpare(spare()),
+      mManager(manager) {}
+
+bool Listener::hasConnections() const {
+    pollfd request = {socket().get(), POLLIN, 0};
+    return poll(&request, 1, 0) != 0 || !unleasedSince().has_value();
+}
+
+bool Listener::hideSocket() const {
+    return mPath.empty() || rename(mPath.c_str(), (mPath + kLeaving).c_str()) == 0;
+}
+
+void Listener::showSocket() const {
+    if (!mPath.empty()) {
+        (void)rename((mPath + kLeaving).c_str(), mPath.c_str());
+    }
+}
+
+bool Listener::leaveIfUnused() {
+    Mutex::Autolock held(mAdmitting);
+    if (mLeft || hasConnections() || !hideSocket()) {
+        return mLeft;
+    }
+    if (hasConnections()) {  // of somebody who came before the socket was out of sight
+        showSocket();
+        return false;
+    }
+    mLeft = true;
+    if (!mPath.empty()) {
+        (void)unlink((mPath + kLeaving).c_str());
+    }
+    return true;
+}
 
 void Listener::onReady() {
+    Mutex::Autolock held(mAdmitting);
+    if (mLeft) {
+        return;  // whoever comes now is for the next service manager
+    }
     for (;;) {
         Fd door(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
         if (door.valid()) {

@@ -109,14 +109,14 @@ int LogAllowance::take(Time now) {
     return std::exchange(mRefused, 0);
 }
 
-void LineLog::write(const std::string& name, const std::string& text) {
-    put(name, text, 0);
+void LineLog::write(const std::string& name, const std::string& text, LogLevel level) {
+    put(name, text, level, 0);
 }
 
-void LineLog::writeLimited(const std::string& name, const std::string& text) {
+void LineLog::writeLimited(const std::string& name, const std::string& text, LogLevel level) {
     const int refused = take();
     if (refused >= 0) {
-        put(name, text, refused);
+        put(name, text, level, refused);
     }
 }
 
@@ -125,14 +125,15 @@ int LineLog::take() {
     return mAllowance.take(std::chrono::steady_clock::now());
 }
 
-void LineLog::put(const std::string& name, const std::string& text, int refused) {
+void LineLog::put(const std::string& name, const std::string& text, LogLevel level, int refused) {
     const int lost = mLost.exchange(0);
     const int missing = refused + lost;
     std::string piece;
     if (missing > 0) {
-        piece = name + ": " + std::to_string(missing) + " lines were left out\n";
+        piece = journalPrefix(LogLevel::Warning) + name + ": " + std::to_string(missing) +
+                " lines were left out\n";
     }
-    piece += name + ": " + text + "\n";
+    piece += journalPrefix(level) + name + ": " + text + "\n";
     // Who reads nothing costs one wait, not one for each line.
     if (!writePiece(piece, lost > 0 ? std::chrono::milliseconds(0) : kPatience)) {
         mLost += missing + 1;

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <string>
 
+#include "binder/transport/LogLevel.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -49,13 +50,15 @@ public:
     constexpr explicit LineLog(int most = LogAllowance::kLines) : mAllowance(most) {}
 
     /// `name` goes in front of the line.
-    void write(const std::string& name, const std::string& text);
+    void write(const std::string& name, const std::string& text,
+               LogLevel level = LogLevel::Warning);
     /// The same for what others can cause again and again.
-    void writeLimited(const std::string& name, const std::string& text);
+    void writeLimited(const std::string& name, const std::string& text,
+                      LogLevel level = LogLevel::Warning);
 
 private:
     int take();
-    void put(const std::string& name, const std::string& text, int refused);
+    void put(const std::string& name, const std::string& text, LogLevel level, int refused);
 
     Mutex mLock;
     LogAllowance mAllowance PLATFORM_GUARDED_BY(mLock);

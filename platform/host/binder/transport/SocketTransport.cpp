@@ -55,13 +55,24 @@ public:
             return false;
         }
         Mutex::Autolock held(mLock);
-        std::shared_ptr<Listener> listener = Listener::open(socketPath(), manager);
-        if (listener == nullptr) {
+        return serve(Listener::open(socketPath(), manager), manager);
+    }
+
+    bool becomeContextAt(Fd socket, const sp<BBinder>& manager) override {
+        if (refusedAfterFork()) {
             return false;
         }
-        mListener = std::move(listener);
-        mManager = manager;
-        return true;
+        Mutex::Autolock held(mLock);
+        return serve(Listener::openAt(std::move(socket), manager), manager);
+    }
+
+    bool leaveIfUnused() override {
+        Mutex::Autolock held(mLock);
+        return mListener != nullptr && mListener->leaveIfUnused();
+    }
+
+    std::optional<std::chrono::steady_clock::time_point> unusedSince() override {
+        return unleasedSince();
     }
 
     void startThreads() override {
@@ -77,6 +88,16 @@ public:
     }
 
 private:
+    bool serve(std::shared_ptr<Listener> listener, const sp<BBinder>& manager)
+        PLATFORM_REQUIRES(mLock) {
+        if (listener == nullptr) {
+            return false;
+        }
+        mListener = std::move(listener);
+        mManager = manager;
+        return true;
+    }
+
     sp<IBinder> knownContext() {
         Mutex::Autolock held(mLock);
         return usableContext();

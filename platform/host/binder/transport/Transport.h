@@ -2,9 +2,12 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_TRANSPORT_H
 #define VOXTREL_BINDER_TRANSPORT_TRANSPORT_H
 
+#include <chrono>
 #include <cstddef>
+#include <optional>
 
 #include "binder/IBinder.h"
+#include "binder/transport/Fd.h"
 
 namespace android::transport {
 
@@ -22,6 +25,13 @@ public:
     /// This process becomes the service manager. False when there is one already, or its place
     /// cannot be had; the log says which.
     virtual bool becomeContext(const sp<BBinder>& manager) = 0;
+    /// The same at a socket that listens already and belongs to whoever handed it over.
+    virtual bool becomeContextAt(Fd socket, const sp<BBinder>& manager) = 0;
+    /// The service manager gives its place up if nobody is connected to it. True: nobody can reach
+    /// it any more, and the process may end. False: all is as it was.
+    virtual bool leaveIfUnused() = 0;
+    /// Since when nobody has been connected to this process; empty while somebody is.
+    virtual std::optional<std::chrono::steady_clock::time_point> unusedSince() = 0;
 
     /// From here on threads of the transport's own serve calls and deaths.
     virtual void startThreads() = 0;

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICEMANAGER_OPTIONS_H
+#define VOXTREL_SERVICEMANAGER_OPTIONS_H
+
+#include <chrono>
+
+namespace servicemanager {
+
+/// What the command line asks for.
+struct Options {
+    int logLevel = 1;                     ///< of `dbgPrint`
+    std::chrono::seconds idleLimit{0};  ///< 0: stay
+};
+
+/// Reads the command line. Help, version and complaints are printed here.
+/// @return true to go on; else `exitStatus` says how to leave.
+bool parseOptions(int argc, char** argv, Options& options, int& exitStatus);
+
+}  // namespace servicemanager
+
+#endif

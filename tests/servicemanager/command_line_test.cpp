@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "tests/support/TempFolder.h"
+#include "tests/voxtrelctl/Process.h"
+
+using namespace voxtrel_test;
+
+namespace {
+
+class TheCommandLine : public ::testing::Test {
+protected:
+    TheCommandLine() { setenv("VOXTREL_BINDER_SOCKET", mFolder.path("binder").c_str(), 1); }
+
+    /// What it says when it is run with these; it must not have begun to listen.
+    Outcome run(const Process::Words& options) {
+        Process::Words words = {VOXTREL_SERVICEMANAGER};
+        words.insert(words.end(), options.begin(), options.end());
+        const Outcome outcome = Process(words).wait();
+        EXPECT_FALSE(std::filesystem::exists(mFolder.path("binder.lock")));
+        return outcome;
+    }
+
+    const TempFolder mFolder;
+};
+
+TEST_F(TheCommandLine, ExplainsItselfAndLeavesWithZero) {
+    for (const char* option : {"-h", "--help"}) {
+        const Outcome outcome = run({option});
+        EXPECT_EQ(0, outcome.status);
+        EXPECT_EQ(0U, outcome.out.find("Usage: voxtrel-servicemanager ")) << outcome.out;
+        for (const char* word : {"--version", "--exit-when-idle", "--log-level",
+                                 "VOXTREL_BINDER_SOCKET", "VOXTREL_LOG_LEVEL"}) {
+            EXPECT_NE(std::string::npos, outcome.out.find(word)) << word;
+        }
+        EXPECT_EQ("", outcome.err);
+    }
+}
+
+TEST_F(TheCommandLine, NamesTheVersion) {
+    for (const char* option : {"-V", "--version"}) {
+        const Outcome outcome = run({option});
+        EXPECT_EQ(0, outcome.status);
+        EXPECT_EQ("voxtrel-servicemanager " VOXTREL_VERSION "\n", outcome.out);
+    }
+}
+
+TEST_F(TheCommandLine, WithAMistakeSaysWhichAndLeavesWithOne) {
+    struct Mistake {
+        Process::Words words;
+        std::string line;
+    };
+    for (const Mistake& mistake :
+         {Mistake{{"--loud"}, "there is no option --loud"},
+          Mistake{{"-x"}, "there is no option -x"},
+          Mistake{{"extra"}, "it takes no argument, not extra"},
+          Mistake{{"--log-level"}, "--log-level needs a value"},
+          Mistake{{"--log-level", "loud"},
+                  "--log-level takes error, warning, info or debug, not loud"},
+          Mistake{{"--exit-when-idle=soon"}, "--exit-when-idle takes 1 to 86400 seconds, not soon"},
+          Mistake{{"--exit-when-idle", "0"}, "--exit-when-idle takes 1 to 86400 seconds, not 0"},
+          Mistake{{"--exit-when-idle", "-5"},
+                  "--exit-when-idle takes 1 to 86400 seconds, not -5"}}) {
+        const Outcome outcome = run(mistake.words);
+        EXPECT_EQ(1, outcome.status);
+        EXPECT_EQ("", outcome.out);
+        EXPECT_EQ("voxtrel-servicemanager: " + mistake.line +
+                      "\nvoxtrel-servicemanager: --help lists the options\n",
+                  outcome.err);
+    }
+}
+
+}  // namespace
