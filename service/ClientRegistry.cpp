@@ -100,6 +100,11 @@ bool ClientRegistry::contains(uint32_t pid) const {
     return mClients.count(pid) != 0;
 }
 
+bool ClientRegistry::isEmpty() const {
+    const MutexLock lock(mMutex);
+    return mClients.empty();
+}
+
 bool ClientRegistry::isUser(uint32_t pid, uint32_t uid) const {
     const MutexLock lock(mMutex);
     const auto found = mClients.find(pid);

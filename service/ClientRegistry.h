@@ -39,6 +39,9 @@ public:
 
     bool contains(uint32_t pid) const;
 
+    /// True while no process is registered.
+    bool isEmpty() const;
+
     /// True if the process is registered and belongs to the user.
     bool isUser(uint32_t pid, uint32_t uid) const;
 

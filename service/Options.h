@@ -2,6 +2,8 @@
 #ifndef VOXTREL_SERVICE_OPTIONS_H
 #define VOXTREL_SERVICE_OPTIONS_H
 
+#include <chrono>
+#include <optional>
 #include <string>
 
 #include "profile/TtsSetting.h"
@@ -13,11 +15,14 @@ namespace voxtreld {
 /// What the command line asks for.
 struct Options {
     std::string profile = TTS::TtsSetting::defaultPath("voxtrel");
+    bool userProfile = false;  ///< in the place of `profile`, that of `userProfile()`
     std::string sink = "alsa";
     std::string background;  ///< empty: none
     bool realTime = false;
     Admission admission;
     QueueLimits limits;
+    std::chrono::seconds idleLimit{0};  ///< 0: stay
+    std::optional<int> logLevel;        ///< of `LogLevel`
 };
 
 /// Reads the command line. Help, version and complaints are printed here.

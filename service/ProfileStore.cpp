@@ -50,7 +50,7 @@ ProfileStore::~ProfileStore() {
 
 void ProfileStore::report(const std::string& line) const {
     if (mLog != nullptr) {
-        mLog(line);
+        mLog(LogLevel::Warning, line);
     }
 }
 

@@ -3,13 +3,13 @@
 #define VOXTREL_SERVICE_PROFILESTORE_H
 
 #include <condition_variable>
-#include <functional>
 #include <optional>
 #include <string>
 #include <thread>
 
 #include "profile/TtsSetting.h"
 #include "service/Locking.h"
+#include "service/Log.h"
 #include "service/SettingsJournal.h"
 
 namespace voxtreld {
@@ -26,8 +26,6 @@ namespace voxtreld {
 /// Called on: any thread. Locks: its own.
 class ProfileStore {
 public:
-    using Log = std::function<void(const std::string& line)>;
-
     explicit ProfileStore(std::string path, Log log = nullptr);
     /// Writes what is still to be written.
     ~ProfileStore();

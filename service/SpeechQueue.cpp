@@ -104,6 +104,7 @@ bool SpeechQueue::wait(Work& work) {
 std::optional<int32_t> SpeechQueue::finish() {
     const MutexLock lock(mMutex);
     mSoundingPid.reset();
+    mLastWork = std::chrono::steady_clock::now();
     return mCancelled ? std::optional<int32_t>(mCancelStatus) : std::nullopt;
 }
 
@@ -119,6 +120,12 @@ void SpeechQueue::close() {
 size_t SpeechQueue::waiting() const {
     const MutexLock lock(mMutex);
     return mWaiting.size();
+}
+
+std::optional<std::chrono::steady_clock::time_point> SpeechQueue::idleSince() const {
+    const MutexLock lock(mMutex);
+    const bool idle = !hasWork() && !mSoundingPid.has_value();
+    return idle ? std::optional(mLastWork) : std::nullopt;
 }
 
 }  // namespace voxtreld

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_SERVICE_SPEECHQUEUE_H
 #define VOXTREL_SERVICE_SPEECHQUEUE_H
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -75,6 +76,9 @@ public:
     /// How many wait for their turn.
     size_t waiting() const;
 
+    /// Since when nothing has waited or sounded; empty while something does.
+    std::optional<std::chrono::steady_clock::time_point> idleSince() const;
+
 private:
     struct Share {
         size_t utterances = 0;
@@ -98,6 +102,8 @@ private:
     std::optional<uint32_t> mSoundingPid VOXTRELD_GUARDED_BY(mMutex);
     int32_t mCancelStatus VOXTRELD_GUARDED_BY(mMutex) = 0;
     bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;
+    std::chrono::steady_clock::time_point mLastWork VOXTRELD_GUARDED_BY(mMutex) =
+        std::chrono::steady_clock::now();
     Cancel mCancelled;
 };
 

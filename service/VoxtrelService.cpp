@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/VoxtrelService.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <utility>
@@ -44,6 +45,8 @@ VoxtrelService::VoxtrelService(const Parts& parts)
       mAdmission(parts.admission),
       mCaller(parts.caller),
       mLog(parts.log),
+      mRefusals(parts.log),
+      mLastRequest(std::chrono::steady_clock::now()),
       mSettings(parts.profile->load()),
       mCapabilities(emptyCapabilities()),
       mClients([this](uint32_t pid) { clientDied(pid); }) {
@@ -72,12 +75,36 @@ void VoxtrelService::announceVoices(const std::vector<EngineVoice>& voices) {
 
 android::status_t VoxtrelService::onTransact(uint32_t code, const android::Parcel& data,
                                              android::Parcel* reply, uint32_t flags) {
+    touch();
     try {
         return BnTextToSpeechFestival::onTransact(code, data, reply, flags);
     } catch (const std::exception& failure) {
-        mLog("request " + std::to_string(code) + " is broken: " + failure.what());
+        mLog(LogLevel::Warning,
+             "request " + std::to_string(code) + " is broken: " + failure.what());
         return android::BAD_VALUE;
     }
+}
+
+void VoxtrelService::touch() {
+    mLastRequest = std::chrono::steady_clock::now();
+}
+
+VoxtrelService::Duration VoxtrelService::idleTime() const {
+    const auto quiet = mQueue->idleSince();
+    if (!mClients.isEmpty() || !quiet.has_value()) {
+        return Duration::zero();
+    }
+    return std::chrono::steady_clock::now() - std::max(*quiet, mLastRequest.load());
+}
+
+bool VoxtrelService::closeIfIdle(Duration limit) {
+    const MutexLock lock(mMutex);
+    if (idleTime() < limit) {
+        return false;
+    }
+    mClosed = true;
+    mCapabilities.ready = false;
+    return true;
 }
 
 bool VoxtrelService::isFrom(const Caller& caller, unsigned pid) const {
@@ -85,19 +112,31 @@ bool VoxtrelService::isFrom(const Caller& caller, unsigned pid) const {
     return caller.pid == pid || (caller.pid == 0 && mClients.isUser(pid, caller.uid));
 }
 
-int VoxtrelService::admit(unsigned pid, const char* operation) const {
+int VoxtrelService::admit(unsigned pid, const char* operation) {
     const Caller caller = mCaller();
+    std::string reason;
     if (!isFrom(caller, pid)) {
-        mLog(std::string(operation) + ": process " + std::to_string(caller.pid) +
-             " gave the process id " + std::to_string(pid) + ", refused");
-        return STATUS_PERMISSION_DENIED;
+        reason =
+            "process " + std::to_string(caller.pid) + " gave the process id " + std::to_string(pid);
+    } else if (!mAdmission.permits(caller.uid)) {
+        reason = "user " + std::to_string(caller.uid) + " is not admitted";
+    } else {
+        return STATUS_OK;
     }
-    if (!mAdmission.permits(caller.uid)) {
-        mLog(std::string(operation) + ": user " + std::to_string(caller.uid) +
-             " is not admitted, refused");
-        return STATUS_PERMISSION_DENIED;
+    mRefusals.refused(caller.pid, operation, STATUS_PERMISSION_DENIED,
+                      std::string(operation) + ": " + reason + ", refused");
+    return STATUS_PERMISSION_DENIED;
+}
+
+/// `status`, after it has been logged if it is a refusal that has not been yet.
+int VoxtrelService::answered(const char* operation, int status) {
+    if (status < 0 && status != STATUS_PERMISSION_DENIED) {
+        const uint32_t pid = mCaller().pid;
+        mRefusals.refused(pid, operation, status,
+                          std::string(operation) + ": process " + std::to_string(pid) +
+                              " is refused with " + std::to_string(status));
     }
-    return STATUS_OK;
+    return status;
 }
 
 int VoxtrelService::admitChange(unsigned pid, const char* operation) {
@@ -131,7 +170,7 @@ int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
     if (status != STATUS_OK) {
         mClients.tell(mCaller().pid, EVENT_STOPPED, id, static_cast<uint32_t>(status));
     }
-    return status;
+    return answered(operation, status);
 }
 
 int VoxtrelService::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
@@ -162,14 +201,14 @@ int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
         mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
     }
     if (status != STATUS_OK) {
-        return status;
+        return answered("stopAndFlush", status);
     }
     if (arg == FLUSH_EVERYTHING) {
         mQueue->drop(std::nullopt, STATUS_OK);
     } else if (arg == FLUSH_OWN) {
         mQueue->drop(pid, STATUS_OK);
     } else {
-        return STATUS_BAD_PARAMETER;
+        return answered("stopAndFlush", STATUS_BAD_PARAMETER);
     }
     return STATUS_OK;
 }
@@ -181,8 +220,18 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     }
     // The service's own binder, sent back, never dies: nothing would free what its sender holds.
     const bool usable = cb != nullptr && android::IInterface::asBinder(cb).get() != this;
-    const bool registered = usable && mClients.add(pid, mCaller().uid, cb);
-    return registered ? STATUS_OK : STATUS_BAD_PARAMETER;
+    const uint32_t user = mCaller().uid;
+    if (!usable || !mClients.add(pid, user, cb)) {
+        return answered("registerCallback", STATUS_BAD_PARAMETER);
+    }
+    const MutexLock lock(mMutex);
+    if (mClosed) {  // before this client was there to be seen
+        (void)mClients.remove(pid);
+        return answered("registerCallback", STATUS_BAD_PARAMETER);
+    }
+    mLog(LogLevel::Debug,
+         "process " + std::to_string(pid) + " of user " + std::to_string(user) + " has come");
+    return STATUS_OK;
 }
 
 int VoxtrelService::deregisterCallback(unsigned pid) {
@@ -190,7 +239,10 @@ int VoxtrelService::deregisterCallback(unsigned pid) {
     if (status != STATUS_OK) {
         return status;
     }
-    (void)mClients.remove(pid);  // leaving twice is leaving
+    if (mClients.remove(pid)) {  // leaving twice is leaving
+        mLog(LogLevel::Debug, "process " + std::to_string(pid) + " has left");
+    }
+    mRefusals.forget(pid);
     const MutexLock lock(mMutex);
     if (mLockOwner == pid) {
         setLockOwner(0);
@@ -199,6 +251,9 @@ int VoxtrelService::deregisterCallback(unsigned pid) {
 }
 
 void VoxtrelService::clientDied(uint32_t pid) {
+    touch();
+    mRefusals.forget(pid);
+    mLog(LogLevel::Debug, "process " + std::to_string(pid) + " has died");
     const MutexLock lock(mMutex);
     mQueue->forget(pid);
     if (mLockOwner == pid) {
@@ -218,7 +273,7 @@ int VoxtrelService::lock(unsigned pid) {
         mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
     }
     if (status != STATUS_OK) {
-        return status;
+        return answered("lock", status);
     }
     if (!mClients.contains(pid)) {
         return STATUS_PERMISSION_DENIED;  // nothing would free the lock when this process dies
@@ -234,7 +289,7 @@ int VoxtrelService::unlock(unsigned pid) {
     const MutexLock lock(mMutex);
     const int status = admitChange(pid, "unlock");
     if (status != STATUS_OK) {
-        return status;
+        return answered("unlock", status);
     }
     if (mLockOwner == 0) {
         return 1;

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_SERVICE_VOXTRELSERVICE_H
 #define VOXTREL_SERVICE_VOXTRELSERVICE_H
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -14,7 +15,9 @@
 #include "service/Engine.h"
 #include "service/GlobalSettings.h"
 #include "service/Locking.h"
+#include "service/Log.h"
 #include "service/ProfileStore.h"
+#include "service/RefusalLog.h"
 #include "service/SpeechQueue.h"
 #include "service/SpeechSettings.h"
 
@@ -34,14 +37,14 @@ namespace voxtreld {
 class VoxtrelService : public TTS::BnTextToSpeechFestival {
 public:
     using CallerSource = std::function<Caller()>;
-    using Log = std::function<void(const std::string& line)>;
+    using Duration = std::chrono::steady_clock::duration;
 
     struct Parts {
         std::shared_ptr<SpeechQueue> queue;
         std::shared_ptr<ProfileStore> profile;
         Admission admission;
         CallerSource caller;  ///< who sent the request that this thread serves
-        Log log;              ///< takes one line, without a line end
+        Log log;
     };
 
     /// Starts with the settings of the profile, which it loads, and without voices.
@@ -55,6 +58,14 @@ public:
 
     /// Returns when every client has been sent what it was told before, or the time is up.
     void flushEvents(std::chrono::milliseconds atMost) { mClients.flush(atMost); }
+
+    /// How long nobody has needed the service: no client, nothing queued or sounding, no request.
+    Duration idleTime() const;
+
+    /// If that is `limit` or more, no client is taken from now on, and the program is to end: a
+    /// client that comes between this and the end finds a service that is not ready, and then its
+    /// death. One that came before makes this false.
+    bool closeIfIdle(Duration limit);
 
     /// A request that makes the stub throw (`say` without a text) is answered with BAD_VALUE.
     android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
@@ -86,8 +97,10 @@ public:
 private:
     using Change = std::function<int(GlobalSettings& settings)>;
 
+    void touch();
+    int answered(const char* operation, int status);
     bool isFrom(const Caller& caller, unsigned pid) const;
-    int admit(unsigned pid, const char* operation) const;
+    int admit(unsigned pid, const char* operation);
     int admitChange(unsigned pid, const char* operation) VOXTRELD_REQUIRES(mMutex);
     int enqueue(Utterance utterance, const SpeechSettings& asked, const char* operation);
     int change(unsigned pid, const char* operation, uint32_t state, const Change& apply);
@@ -101,9 +114,12 @@ private:
     const Admission mAdmission;
     const CallerSource mCaller;
     const Log mLog;
+    RefusalLog mRefusals;
+    std::atomic<std::chrono::steady_clock::time_point> mLastRequest;
     mutable Mutex mMutex;
     GlobalSettings mSettings VOXTRELD_GUARDED_BY(mMutex);
     TTS::Capabilities mCapabilities VOXTRELD_GUARDED_BY(mMutex);
+    bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;
     uint32_t mLockOwner VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< 0: nobody
     ClientRegistry mClients;
 };

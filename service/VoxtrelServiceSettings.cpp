@@ -36,14 +36,14 @@ int VoxtrelService::change(unsigned pid, const char* operation, uint32_t state,
     const MutexLock lock(mMutex);
     int status = admitChange(pid, operation);
     if (status != STATUS_OK) {
-        return status;
+        return answered(operation, status);
     }
     const GlobalSettings before = mSettings;
     status = apply(mSettings);
     if (status == STATUS_OK && !mSettings.isSameAs(before)) {
         keep(state);
     }
-    return status;
+    return answered(operation, status);
 }
 
 int VoxtrelService::switchSpeech(unsigned pid, const char* operation, bool on) {

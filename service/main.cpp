@@ -2,11 +2,10 @@
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
-#include <ttscommon/ttscommon.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -14,24 +13,24 @@
 #include <utility>
 
 #include "service/EspeakEngine.h"
+#include "service/Lifetime.h"
+#include "service/Log.h"
 #include "service/Mixer.h"
 #include "service/Options.h"
 #include "service/ProfileStore.h"
+#include "service/Readiness.h"
 #include "service/Sink.h"
 #include "service/Speaker.h"
 #include "service/SpeechQueue.h"
+#include "service/UserProfile.h"
 #include "service/VoxtrelService.h"
 
 namespace voxtreld {
 namespace {
 
 int fail(const std::string& message) {
-    std::fprintf(stderr, "voxtreld: %s\n", message.c_str());
+    logLine(LogLevel::Error, message);
     return EXIT_FAILURE;
-}
-
-void logLine(const std::string& line) {
-    dbgPrint(0, "[voxtreld] %s\n", line.c_str());
 }
 
 Caller binderCaller() {
@@ -40,18 +39,7 @@ Caller binderCaller() {
             static_cast<uint32_t>(state->getCallingUid())};
 }
 
-/// Blocks the signals in this thread and all that it starts, so that `waitForEnd` gets them.
-sigset_t blockSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
-    return signals;
-}
-
-/// Makes the parts and runs them until a signal ends the process.
+/// Makes the parts and runs them until a signal ends the process, or nobody needs it any more.
 int run(const Options& options) {
     const sigset_t signals = blockSignals();
     std::string error;
@@ -65,6 +53,7 @@ int run(const Options& options) {
     const android::sp<VoxtrelService> service =
         new VoxtrelService({queue, profile, options.admission, binderCaller, logLine});
     EspeakEngine engine;
+    Readiness readiness;
 
     // The sound path is opened on its own thread, beside the first clients' search for the service.
     bool failed = false;
@@ -80,15 +69,17 @@ int run(const Options& options) {
         }
         Mixer mixer(options.background.empty() ? nullptr : std::move(background));
         service->announceVoices(engine.voices());
+        readiness.voicesLoaded();
         Speaker(engine, *sink, mixer, *queue, service->listener()).run();
     });
 
     android::ProcessState::self()->startThreadPool();
     const android::status_t added = android::defaultServiceManager()->addService(
         TTS::ITextToSpeechFestival::descriptor, service);
+    std::string reason;
     if (added == android::OK) {
-        int signal = 0;
-        sigwait(&signals, &signal);
+        readiness.registered();
+        reason = waitForEnd(signals, *service, options.idleLimit);
     }
     queue->close();
     speech.join();
@@ -97,7 +88,11 @@ int run(const Options& options) {
     if (added != android::OK) {
         return fail("the service manager does not answer or refused the name: is it running?");
     }
-    return failed ? fail(error) : EXIT_SUCCESS;
+    if (failed) {
+        return fail(error);
+    }
+    logLine(LogLevel::Info, reason);
+    return EXIT_SUCCESS;
 }
 
 }  // namespace
@@ -108,6 +103,14 @@ int main(int argc, char** argv) {
     int exitStatus = EXIT_SUCCESS;
     if (!voxtreld::parseOptions(argc, argv, options, exitStatus)) {
         return exitStatus;
+    }
+    voxtreld::chooseLogLevel(options.logLevel);
+    if (options.userProfile) {
+        std::string error;
+        options.profile = voxtreld::userProfile(error);
+        if (options.profile.empty()) {
+            return voxtreld::fail(error);
+        }
     }
     return voxtreld::run(options);
 }

@@ -56,8 +56,11 @@ protected:
         profile = nullptr;
         queue = std::make_shared<SpeechQueue>(limits);
         profile = std::make_shared<ProfileStore>(profilePath());
-        service = new VoxtrelService({queue, profile, admission, [this] { return caller; },
-                                      [this](const std::string& line) { log.push_back(line); }});
+        service =
+            new VoxtrelService({queue, profile, admission, [this] { return caller; },
+                                [this](LogLevel level, const std::string& line) {
+                                    (level == LogLevel::Debug ? details : log).push_back(line);
+                                }});
     }
     void startSpeech() {
         service->announceVoices(engine.voices());
@@ -108,6 +111,7 @@ protected:
     android::sp<VoxtrelService> service;
     Caller caller{kAnn, kUser};
     std::vector<std::string> log;
+    std::vector<std::string> details;  ///< lines for debugging
 
 private:
     /// Queues a marker of a client that nobody else is, and waits until it has had its turn.

@@ -57,6 +57,18 @@ TEST(TheCommandLine, IsTakenAtItsWord) {
     EXPECT_EQ((std::set<uint32_t>{3}), options.admission.allowed);
 }
 
+TEST(TheCommandLine, SaysHowLongTheServiceLivesAndWhatItLogs) {
+    EXPECT_EQ(0, parse({}).options.idleLimit.count());
+    EXPECT_FALSE(parse({}).options.logLevel.has_value());
+    EXPECT_FALSE(parse({}).options.userProfile);
+    const Options options =
+        parse({"--exit-when-idle", "60", "--log-level", "debug", "--user-profile"}).options;
+    EXPECT_EQ(60, options.idleLimit.count());
+    EXPECT_EQ(2, options.logLevel);
+    EXPECT_TRUE(options.userProfile);
+    EXPECT_EQ(-1, parse({"--log-level=error"}).options.logLevel);
+}
+
 TEST(TheCommandLine, ExplainsItselfAndLeavesWithZero) {
     for (const char* flag : {"-h", "--help"}) {
         const Parsed parsed = parse({flag});
@@ -74,6 +86,10 @@ TEST(TheCommandLine, WithAMistakeLeavesWithAnErrorAndSaysWhich) {
                                                   {"--queue", "many"},
                                                   {"--deny-uid", "root"},
                                                   {"--deny-uid", "-1"},
+                                                  {"--exit-when-idle", "0"},
+                                                  {"--exit-when-idle", "soon"},
+                                                  {"--log-level", "loud"},
+                                                  {"--user-profile", "--profile", "x.ini"},
                                                   {"--loud"},
                                                   {"extra"}}) {
         const Parsed parsed = parse(wrong);

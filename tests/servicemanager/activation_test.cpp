@@ -67,8 +67,7 @@ TEST_F(AnActivatedManager, RefusesASocketOfAnotherKind) {
 
 TEST_F(AnActivatedManager, LeavesASocketForAnotherProcessAlone) {
     const Process manager({"env", "LISTEN_PID=1", "LISTEN_FDS=1", VOXTREL_SERVICEMANAGER});
-    EXPECT_TRUE(
-        eventually([&] { return LocalSocket::connectedTo(socketPath()).valid(); }));
+    EXPECT_TRUE(eventually([&] { return LocalSocket::connectedTo(socketPath()).valid(); }));
 }
 
 TEST_F(AnActivatedManager, SaysThatItIsReadyWhenItCanBeReached) {

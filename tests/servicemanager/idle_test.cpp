@@ -81,8 +81,8 @@ TEST_F(AnIdleManager, IsOutOfReachOnceItLeaves) {
 
 TEST_F(AnIdleManager, LeavesASocketOfAnotherOwnerWithThoseWhoCome) {
     const LocalSocket unit = LocalSocket::listeningAt(socketPath());
-    const auto listener = Listener::openAt(android::transport::Fd(dup(unit.get())),
-                                           new android::BBinder());
+    const auto listener =
+        Listener::openAt(android::transport::Fd(dup(unit.get())), new android::BBinder());
     ASSERT_NE(nullptr, listener);
     EXPECT_TRUE(listener->leaveIfUnused());
     const LocalSocket late = LocalSocket::connectedTo(socketPath());

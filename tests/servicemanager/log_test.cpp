@@ -26,8 +26,7 @@ protected:
     std::string ofALife(const std::string& before, const std::string& options = "") {
         const std::string file = mFolder.path("log");
         writeFile(file, "");
-        Process manager({"bash", "-c",
-                         "exec 2>>\"$1\"; " + before + " exec \"$0\" " + options,
+        Process manager({"bash", "-c", "exec 2>>\"$1\"; " + before + " exec \"$0\" " + options,
                          VOXTREL_SERVICEMANAGER, file});
         EXPECT_TRUE(eventually([&] { return std::filesystem::exists(mFolder.path("binder")); }));
         manager.signal(SIGTERM);
@@ -63,12 +62,11 @@ TEST_F(TheLog, IsAsVerboseAsItIsTold) {
 
 TEST_F(TheLog, HasErrorsAsErrors) {
     const std::string file = mFolder.path("log");
-    const Outcome outcome =
-        Process({"bash", "-c",
-                 std::string("exec 2>>\"$1\"; ") + kJournal +
-                     "LISTEN_PID=$$ LISTEN_FDS=1 exec \"$0\" </dev/null",
-                 VOXTREL_SERVICEMANAGER, file})
-            .wait();
+    const Outcome outcome = Process({"bash", "-c",
+                                     std::string("exec 2>>\"$1\"; ") + kJournal +
+                                         "LISTEN_PID=$$ LISTEN_FDS=1 exec \"$0\" </dev/null",
+                                     VOXTREL_SERVICEMANAGER, file})
+                                .wait();
     EXPECT_EQ(1, outcome.status);
     EXPECT_EQ(0U, readFile(file).find("<3>voxtrel-servicemanager: ")) << readFile(file);
 }

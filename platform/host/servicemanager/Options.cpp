@@ -27,7 +27,8 @@ constexpr const char* kHelp =
     "  --log-level LEVEL           error, warning, info or debug (default: $VOXTREL_LOG_LEVEL,\n"
     "                              -1 to 2, else info)\n"
     "\n"
-    "SIGTERM and SIGINT end it. It logs to standard error; in the journal each line has its level.\n"
+    "SIGTERM and SIGINT end it. It logs to standard error; in the journal each line has its "
+    "level.\n"
     "Exit status: 0; 1 when it cannot listen, or the command line does not fit.\n";
 
 constexpr const char* kLevels[] = {"error", "warning", "info", "debug"};

@@ -8,7 +8,7 @@ namespace servicemanager {
 
 /// What the command line asks for.
 struct Options {
-    int logLevel = 1;                     ///< of `dbgPrint`
+    int logLevel = 1;                   ///< of `dbgPrint`
     std::chrono::seconds idleLimit{0};  ///< 0: stay
 };
 

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_LIFETIME_H
+#define VOXTREL_SERVICE_LIFETIME_H
+
+#include <chrono>
+#include <csignal>
+#include <string>
+
+#include "service/VoxtrelService.h"
+
+namespace voxtreld {
+
+/// Blocks the signals in this thread and all that it starts, so that `waitForEnd` gets them.
+sigset_t blockSignals();
+
+/// Returns when a signal asks for the end or, with a limit above 0, when nobody has needed the
+/// service for so long, or nobody can find it any more because the service manager has died.
+/// @return which, for the log.
+std::string waitForEnd(const sigset_t& signals, VoxtrelService& service,
+                       std::chrono::seconds idleLimit);
+
+}  // namespace voxtreld
+
+#endif
