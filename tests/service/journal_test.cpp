@@ -272,7 +272,7 @@ TEST_F(AProfileWithAJournal, KeepsItWhileTheProfileCannotBeWritten) {
 TEST_F(AProfileWithAJournal, LogsOneLineWhenItCannotBeWritten) {
     std::vector<std::string> log;
     std::filesystem::create_directories(path + "/in-the-way");
-    ProfileStore store(profile, [&](const std::string& line) { log.push_back(line); });
+    ProfileStore store(profile, [&](LogLevel, const std::string& line) { log.push_back(line); });
     for (uint32_t speed = 300; speed < 310; ++speed) {
         store.save(withSpeed(speed));
     }
