@@ -46,6 +46,17 @@ public:
         return names;
     }
 
+protected:
+    IBinder* onAsBinder() override {
+        if (remote() != nullptr) {
+            return remote();
+        }
+        // Held until the thread asks again: the manager's death may let go of it meanwhile.
+        static thread_local sp<IBinder> manager;
+        manager = ProcessState::self()->getContextObject(nullptr);
+        return manager.get();
+    }
+
 private:
     status_t ask(uint32_t code, const Parcel& data, Parcel* reply) const {
         if (remote() != nullptr) {

@@ -34,7 +34,8 @@ public:
     };
 };
 
-/// The process's service manager; never null. Called on: any thread.
+/// The process's service manager; never null. Its binder is the manager's node as it is now: null
+/// when there is none. Called on: any thread.
 sp<IServiceManager> defaultServiceManager();
 
 /// Puts another one in its place, for tests of code that asks for services.
