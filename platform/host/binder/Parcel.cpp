@@ -244,7 +244,10 @@ status_t Parcel::writeStrongBinder(const sp<IBinder>& binder) {
     std::memset(where, 0, kBinderSize);
     if (binder != nullptr) {
         std::memcpy(where, &kBinderMark, sizeof(kBinderMark));
-        mObjects.push_back({offset, binder});
+        const auto behind =
+            std::upper_bound(mObjects.begin(), mObjects.end(), offset,
+                             [](size_t place, const Object& one) { return place < one.offset; });
+        mObjects.insert(behind, {offset, binder});
     }
     return OK;
 }

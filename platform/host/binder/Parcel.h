@@ -15,7 +15,8 @@ namespace android {
 ///
 /// Reads past the end give 0 or null; the forms with an out-parameter give `NOT_ENOUGH_DATA` and
 /// leave the parameter alone. Writes go to the current position and may overwrite. Small
-/// contents stand in the object itself. Called on: one thread at a time. Locks: none.
+/// contents stand in the object itself. Called on: one thread at a time; several may send a parcel
+/// at once to other processes. Locks: none.
 class Parcel {
 public:
     Parcel();
@@ -84,8 +85,7 @@ public:
     status_t readNullableStrongBinder(sp<IBinder>* out) const;
 
 private:
-    // The transport sends a parcel with its own header in front, in one piece, and receives into
-    // it.
+    // The transport receives into a parcel, with a header in front, in one piece.
     friend class ParcelFrame;
 
     struct Object {
@@ -107,14 +107,14 @@ private:
     template <typename T>
     T readScalar() const;
 
-    // Mutable for the header in front of the data, also of a parcel that was declared const.
-    alignas(8) mutable uint8_t mInline[kHeadroom + kInlineCapacity];
+    // The headroom is for the header of a message that is received into the parcel.
+    alignas(8) uint8_t mInline[kHeadroom + kInlineCapacity];
     uint8_t* mBlock = mInline;
     size_t mCapacity = kInlineCapacity;
     size_t mSize = 0;
     mutable size_t mPosition = 0;
     status_t mError = OK;
-    std::vector<Object> mObjects;
+    std::vector<Object> mObjects;  // sorted by offset
 };
 
 }  // namespace android

@@ -72,20 +72,16 @@ status_t detach(const sp<IBinder>& binder, const Destination& to, Patience& pati
 
 status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience,
                        const Destination& to) {
-    ParcelFrame frame(parcel);
-    if (frame.objectCount() == 0) {
-        return OK;
-    }
-    if (frame.objectCount() > kMostObjects) {
+    const auto& objects = ParcelFrame::objects(parcel);
+    if (objects.size() > kMostObjects) {
         return FAILED_TRANSACTION;
     }
-    frame.sortObjects();
-    for (size_t i = 0; i < frame.objectCount(); ++i) {
-        ObjectRecord record = {static_cast<uint32_t>(frame.objectOffset(i)), 0, {}};
+    for (const auto& object : objects) {
+        ObjectRecord record = {static_cast<uint32_t>(object.offset), 0, {}};
         Fd reference;
-        const status_t status = record.offset % 4 == 0 ? detach(frame.objectBinder(i), to, patience,
-                                                                &record.id, &reference)
-                                                       : static_cast<status_t>(BAD_VALUE);
+        const status_t status = record.offset % 4 == 0
+                                    ? detach(object.binder, to, patience, &record.id, &reference)
+                                    : static_cast<status_t>(BAD_VALUE);
         if (status != OK) {
             return status;
         }

@@ -28,9 +28,4 @@ void ParcelFrame::attach(size_t offset, const sp<IBinder>& binder) {
     mParcel.mObjects.push_back({offset, binder});
 }
 
-void ParcelFrame::sortObjects() {
-    std::sort(mParcel.mObjects.begin(), mParcel.mObjects.end(),
-              [](const Parcel::Object& a, const Parcel::Object& b) { return a.offset < b.offset; });
-}
-
 }  // namespace android

@@ -62,19 +62,32 @@ status_t sendParts(const Fd& socket, iovec* parts, size_t count, Control& contro
     return attemptOnce([&] { return sendmsg(socket.get(), &message, kSendFlags); });
 }
 
-status_t sendWithAttachments(const Fd& socket, Header header, uint8_t* block,
-                             const Attachments& attachments) {
+// A copy and a call with one part cost less than a call with two, for what usually is sent.
+status_t sendSmall(const Fd& socket, const Header& header, const Parcel& parcel) {
+    uint8_t packet[ParcelFrame::kOwnRoom];
+    std::memcpy(packet, &header, sizeof(header));
+    std::memcpy(packet + sizeof(header), parcel.data(), header.payloadSize);
+    const size_t size = sizeof(header) + header.payloadSize;
+    return attemptOnce([&] { return send(socket.get(), packet, size, kSendFlags); });
+}
+
+// For sending only; the type has no const.
+iovec partOf(const void* bytes, size_t size) {
+    return {const_cast<void*>(bytes), size};
+}
+
+status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
+                   const Attachments& attachments) {
     const size_t recordBytes = attachments.records.size() * sizeof(ObjectRecord);
     const bool inPacket = sizeof(Header) + header.payloadSize + recordBytes <= kLargestPacket;
     Fd memfd;
     if (!inPacket) {
-        memfd = sealedCopy(block + sizeof(Header), header.payloadSize);
+        memfd = sealedCopy(parcel.data(), header.payloadSize);
         if (!memfd.valid()) {
             return FAILED_TRANSACTION;
         }
         header.options |= kPayloadInMemfd;
     }
-    std::memcpy(block, &header, sizeof(header));
 
     Control control;
     size_t fds = 0;
@@ -85,11 +98,12 @@ status_t sendWithAttachments(const Fd& socket, Header header, uint8_t* block,
         control.add(fds++, fd.get());
     }
     control.finish(fds);
-    iovec parts[2] = {
-        {block, sizeof(Header) + (inPacket ? header.payloadSize : 0)},
-        {const_cast<ObjectRecord*>(attachments.records.data()), recordBytes},
+    iovec parts[3] = {
+        partOf(&header, sizeof(header)),
+        partOf(parcel.data(), inPacket ? header.payloadSize : 0),
+        partOf(attachments.records.data(), recordBytes),
     };
-    return sendParts(socket, parts, recordBytes != 0 ? 2 : 1, control);
+    return sendParts(socket, parts, 3, control);
 }
 
 }  // namespace
@@ -103,13 +117,10 @@ status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
     header.magic = kMagic;
     header.payloadSize = static_cast<uint32_t>(size);
     header.objectCount = static_cast<uint32_t>(attachments.records.size());
-    uint8_t* block = ParcelFrame(parcel).block();
-    const size_t packet = sizeof(header) + size;
-    if (!attachments.records.empty() || packet > kLargestPacket) {
-        return sendWithAttachments(socket, header, block, attachments);
-    }
-    std::memcpy(block, &header, sizeof(header));
-    return attemptOnce([&] { return send(socket.get(), block, packet, kSendFlags); });
+    const bool small =
+        attachments.records.empty() && sizeof(header) + size <= ParcelFrame::kOwnRoom;
+    return small ? sendSmall(socket, header, parcel)
+                 : sendLarge(socket, header, parcel, attachments);
 }
 
 status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder) {
