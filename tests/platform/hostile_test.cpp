@@ -152,14 +152,15 @@ TEST_F(AHostilePeer, IsCutOffForAMemfdThatCouldChange) {
         return made;
     };
     constexpr int kAll = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
-    const Bytes call = raw::packet(sized(words(raw::kRequest, 99), 70000, 0, 1));
+    constexpr off_t kApart = 70000 - 32768;
+    const Bytes call = raw::packet(sized(words(raw::kRequest, 99), 70000, 0, 1), Bytes(32768));
     struct Bad {
         off_t size;
         int seals;
     };
-    for (const Bad& bad :
-         {Bad{70000, 0}, Bad{70000, F_SEAL_SHRINK | F_SEAL_GROW},
-          Bad{70000, F_SEAL_WRITE | F_SEAL_GROW}, Bad{69999, kAll}, Bad{70001, kAll}}) {
+    for (const Bad& bad : {Bad{kApart, 0}, Bad{kApart, F_SEAL_SHRINK | F_SEAL_GROW},
+                           Bad{kApart, F_SEAL_WRITE | F_SEAL_GROW}, Bad{kApart - 1, kAll},
+                           Bad{kApart + 1, kAll}, Bad{70000, kAll}}) {
         const raw::Fd calls = raw::openCalls(mDoor.get());
         expectRefused(calls.get(), call, {memfd(bad.size, bad.seals).get()});
     }
@@ -171,7 +172,7 @@ TEST_F(AHostilePeer, IsCutOffForAMemfdThatCouldChange) {
     close(pipes[1]);
     // And a sound one is not: the call reaches the node, which does not know its code.
     const raw::Fd sound = raw::openCalls(mDoor.get());
-    ASSERT_TRUE(raw::send(sound.get(), call, {memfd(70000, kAll).get()}));
+    ASSERT_TRUE(raw::send(sound.get(), call, {memfd(kApart, kAll).get()}));
     EXPECT_EQ(32U, raw::receive(sound.get()).size());
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -134,18 +136,34 @@ TEST_F(AOneWayCall, FailsAfterABoundedWaitWhenNobodyTakesIt) {
     EXPECT_EQ(OK, note(mNode, 1, taken));
 }
 
-TEST_F(AOneWayCall, CostsAReceiverThatDoesNotTakeItLittleMemory) {
+// What a socket takes before its sender has to wait, as it is made on this machine.
+size_t socketBuffer() {
+    int pair[2] = {-1, -1};
+    int bytes = 0;
+    socklen_t size = sizeof(bytes);
+    EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair));
+    EXPECT_EQ(0, getsockopt(pair[0], SOL_SOCKET, SO_SNDBUF, &bytes, &size));
+    close(pair[0]);
+    close(pair[1]);
+    return static_cast<size_t>(bytes);
+}
+
+TEST_F(AOneWayCall, CostsLittleMemoryWhileNobodyTakesIt) {
     Call block;
     ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
     const long before = probe::residentKiB(mServer.pid());
     status_t status = OK;
+    size_t taken = 0;
     while (status == OK) {
         Call large;
-        large.data.writeInplace(500000);
+        large.data.writeInplace(520192);
         status = large.to(mNode, probe::kNote, IBinder::FLAG_ONEWAY);
+        taken += status == OK ? 1 : 0;
     }
     EXPECT_EQ(android::FAILED_TRANSACTION, status);
     EXPECT_LT(probe::residentKiB(mServer.pid()) - before, 16 * 1024);
+    // One is in the queue; of each of those that wait in the socket 32 KiB count there.
+    EXPECT_LE(taken, 2 + socketBuffer() / 32768 + 1);
     EXPECT_TRUE(eventually([this] {
         probe::ask(mNode, probe::kUnblock);
         return probe::ask(mNode, probe::kBlocked) == 0;

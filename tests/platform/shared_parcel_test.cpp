@@ -46,10 +46,9 @@ private:
     }
     int echo(const Parcel& shared) {
         Parcel reply;
-        const bool right =
-            mNode->transact(probe::kEcho, shared, &reply) == OK &&
-            reply.dataSize() == shared.dataSize() &&
-            std::memcmp(reply.data(), shared.data(), shared.dataSize()) == 0;
+        const bool right = mNode->transact(probe::kEcho, shared, &reply) == OK &&
+                           reply.dataSize() == shared.dataSize() &&
+                           std::memcmp(reply.data(), shared.data(), shared.dataSize()) == 0;
         return right ? 0 : 1;
     }
 };

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
+#include <cstring>
+
 #include "binder/transport/Message.h"
 #include "tests/platform/RawWire.h"
 
@@ -52,18 +54,19 @@ TEST(AMessage, CarriesItsBindersBehindThePayload) {
               Bytes(bytes.begin() + 60, bytes.end()));
 }
 
-TEST(AMessage, OfMoreThanAPacketLeavesItsPayloadBehind) {
+TEST(AMessage, OfMoreThanAPacketLeavesAllButTheBeginningOfItsPayloadBehind) {
     const SocketPair pair = makeSocketPair();
     Parcel parcel;
-    parcel.writeInplace(65504);
+    std::memset(parcel.writeInplace(65504), 5, 65504);
     ASSERT_EQ(OK, sendMessage(pair.held, {0, Kind::Request, 2, 0, 0, 0, 0, 0}, parcel, {}));
     EXPECT_EQ(65536U, raw::receive(pair.served.get()).size());
     parcel.writeInt32(1);
     ASSERT_EQ(OK, sendMessage(pair.held, {0, Kind::Request, 2, 0, 0, 0, 0, 0}, parcel, {}));
     const Bytes bytes = raw::receive(pair.served.get());
-    ASSERT_EQ(32U, bytes.size());
+    ASSERT_EQ(32U + 32768U, bytes.size());
     EXPECT_EQ((Bytes{0xE4, 0xFF, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0}),
-              Bytes(bytes.begin() + 20, bytes.end()));
+              Bytes(bytes.begin() + 20, bytes.begin() + 32));
+    EXPECT_EQ(Bytes(32768, 5), Bytes(bytes.begin() + 32, bytes.end()));
 }
 
 TEST(AMessage, FindsNoRoomWhereNobodyReads) {
@@ -117,10 +120,20 @@ TEST(ASoundMessage, IsOneOfTheFourKinds) {
 }
 
 TEST(ASoundMessage, StaysWithinItsKindsLimit) {
-    EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 1040384, 0, 1), {}, 1));
-    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 1040388, 0, 1), {}, 1));
-    EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 520192, 0, 1), {}, 1));
-    EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 520196, 0, 1), {}, 1));
+    const Bytes begin(32768);
+    EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 1040384, 0, 1), begin, 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 1040388, 0, 1), begin, 1));
+    EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 520192, 0, 1), begin, 1));
+    EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 520196, 0, 1), begin, 1));
+}
+
+TEST(ASoundMessage, HasTheBeginningOfAPayloadThatIsInAMemfd) {
+    EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 32769, 0, 1), Bytes(32768), 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 32768, 0, 1), Bytes(32768), 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 70000, 0, 1), Bytes(32767), 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 70000, 0, 1), Bytes(32769), 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 70000, 0, 1), {}, 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 56, 0, 1), Bytes(56), 1));
 }
 
 TEST(ASoundMessage, HasADescriptorForEachBinderAndForTheMemfd) {
@@ -128,8 +141,9 @@ TEST(ASoundMessage, HasADescriptorForEachBinderAndForTheMemfd) {
     EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 24, 1), binder, 1));
     EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 24, 1), binder, 0));
     EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 24, 1), binder, 2));
-    EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 70000, 1, 1), raw::record(0, 1), 2));
-    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 70000, 1, 1), raw::record(0, 1), 1));
+    const Bytes large = raw::joined(Bytes(32768), raw::record(0, 1));
+    EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 70000, 1, 1), large, 2));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 70000, 1, 1), large, 1));
     EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 4), Bytes(4), 1));
 }
 

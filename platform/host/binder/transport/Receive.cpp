@@ -187,8 +187,9 @@ private:
         mEnvelope.mFirstFd = apart ? 1 : 0;
         if (apart) {
             const Fd memfd(std::exchange(mEnvelope.mFds[0], -1));
-            if (!mFrame.reserve(sizeof(Header) + size, 0) ||
-                !readSealed(memfd, mFrame.block() + sizeof(Header), size)) {
+            const size_t there = sizeof(Header) + layout.inlinePayload;
+            if (!mFrame.reserve(sizeof(Header) + size, there) ||
+                !readSealed(memfd, mFrame.block() + there, size - layout.inlinePayload)) {
                 return false;
             }
         }

@@ -79,10 +79,11 @@ iovec partOf(const void* bytes, size_t size) {
 status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
                    const Attachments& attachments) {
     const size_t recordBytes = attachments.records.size() * sizeof(ObjectRecord);
-    const bool inPacket = sizeof(Header) + header.payloadSize + recordBytes <= kLargestPacket;
+    const bool apart = sizeof(Header) + header.payloadSize + recordBytes > kLargestPacket;
+    const size_t inPacket = apart ? kInlineWithMemfd : header.payloadSize;
     Fd memfd;
-    if (!inPacket) {
-        memfd = sealedCopy(parcel.data(), header.payloadSize);
+    if (apart) {
+        memfd = sealedCopy(parcel.data() + inPacket, header.payloadSize - inPacket);
         if (!memfd.valid()) {
             return FAILED_TRANSACTION;
         }
@@ -91,7 +92,7 @@ status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
 
     Control control;
     size_t fds = 0;
-    if (memfd.valid()) {
+    if (apart) {
         control.add(fds++, memfd.get());
     }
     for (const Fd& fd : attachments.fds) {
@@ -100,7 +101,7 @@ status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
     control.finish(fds);
     iovec parts[3] = {
         partOf(&header, sizeof(header)),
-        partOf(parcel.data(), inPacket ? header.payloadSize : 0),
+        partOf(parcel.data(), inPacket),
         partOf(attachments.records.data(), recordBytes),
     };
     return sendParts(socket, parts, 3, control);

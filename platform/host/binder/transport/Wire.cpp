@@ -64,7 +64,11 @@ bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
         header.objectCount > kMostObjects || fdCount != claimedFds(header)) {
         return false;
     }
-    layout.inlinePayload = (header.options & kPayloadInMemfd) != 0 ? 0 : header.payloadSize;
+    const bool apart = (header.options & kPayloadInMemfd) != 0;
+    if (apart && header.payloadSize <= kInlineWithMemfd) {
+        return false;
+    }
+    layout.inlinePayload = apart ? kInlineWithMemfd : header.payloadSize;
     layout.records = sizeof(Header) + layout.inlinePayload;
     if (size != layout.records + header.objectCount * sizeof(ObjectRecord) ||
         !recordsAreSound(packet, layout)) {

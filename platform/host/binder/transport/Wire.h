@@ -49,7 +49,8 @@ struct Header {
 };
 static_assert(sizeof(Header) == 32, "the same on every machine");
 
-/// The payload is in a memfd, the first descriptor of the message.
+/// The payload is in a memfd, the first descriptor of the message, but for its first
+/// `kInlineWithMemfd` bytes.
 constexpr uint32_t kPayloadInMemfd = 1;
 
 struct ObjectRecord {
@@ -61,6 +62,9 @@ static_assert(sizeof(ObjectRecord) == 24, "the same on every machine");
 
 constexpr uint32_t kMagic = 0x31585856;  // "VXX1"
 constexpr size_t kLargestPacket = 65536;
+// A socket's buffer counts packets, not memfds: without some of it in the packet, 277 of the
+// largest one-way calls would fit into one.
+constexpr size_t kInlineWithMemfd = 32768;
 constexpr size_t kLargestRequest = 1040384;
 constexpr size_t kLargestOneWay = kLargestRequest / 2;
 // However much waits at a node, a connection is read on while no more one-way calls of its own wait
