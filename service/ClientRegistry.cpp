@@ -2,8 +2,11 @@
 #include "service/ClientRegistry.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 #include <vector>
+
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
 namespace {
@@ -57,12 +60,32 @@ void ClientRegistry::unlink(const Client& client) {
         ->unlinkToDeath(client.obituary, nullptr, 0, nullptr);
 }
 
-bool ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
-    const Client client = {uid, callback, new Obituary(*this, pid),
-                           std::make_shared<EventOutbox>(callback)};
+std::shared_ptr<EventOutbox> ClientRegistry::makeOutbox(
+    const android::sp<TTS::ICallback>& callback) const {
+    const auto release = [senders = mSenders](const void*) { --*senders; };
+    const bool isRoom = mSenders->fetch_add(1) < kMaxSenders;
+    const std::shared_ptr<const void> sender(mSenders.get(), release);
+    if (!isRoom) {
+        return nullptr;
+    }
+    try {
+        return std::make_shared<EventOutbox>(callback, sender);
+    } catch (const std::system_error&) {
+        return nullptr;  // the system gives us no more threads
+    }
+}
+
+int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
+    const Client client = {uid, callback, new Obituary(*this, pid), makeOutbox(callback)};
+    if (client.outbox == nullptr) {
+        return TTS::STATUS_QUEUE_FULL;
+    }
     Client replaced;
     {
         const MutexLock lock(mMutex);
+        if (mClients.size() >= kMaxClients && mClients.count(pid) == 0) {
+            return TTS::STATUS_QUEUE_FULL;
+        }
         replaced = std::exchange(mClients[pid], client);
         mDead.erase(std::remove(mDead.begin(), mDead.end(), pid), mDead.end());
     }
@@ -75,9 +98,9 @@ bool ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICal
         android::IInterface::asBinder(callback)->linkToDeath(client.obituary, nullptr, 0);
     if (linked == android::DEAD_OBJECT) {
         died(pid, client.obituary.get());
-        return false;
+        return TTS::STATUS_BAD_PARAMETER;
     }
-    return true;
+    return TTS::STATUS_OK;
 }
 
 bool ClientRegistry::remove(uint32_t pid) {
@@ -88,7 +111,7 @@ bool ClientRegistry::remove(uint32_t pid) {
         if (found == mClients.end()) {
             return false;
         }
-        removed = found->second;
+        removed = std::move(found->second);
         mClients.erase(found);
     }
     unlink(removed);
@@ -154,12 +177,14 @@ void ClientRegistry::remember(uint32_t deadPid) {
 }
 
 void ClientRegistry::died(uint32_t pid, const Obituary* obituary) {
+    Client removed;  // its proxy is let go without the lock
     {
         const MutexLock lock(mMutex);
         const auto found = mClients.find(pid);
         if (found == mClients.end() || found->second.obituary.get() != obituary) {
             return;  // the process registered another callback meanwhile, or left
         }
+        removed = std::move(found->second);
         mClients.erase(found);
         remember(pid);
     }

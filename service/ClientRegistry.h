@@ -2,7 +2,9 @@
 #ifndef VOXTREL_SERVICE_CLIENTREGISTRY_H
 #define VOXTREL_SERVICE_CLIENTREGISTRY_H
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -30,9 +32,17 @@ public:
     ClientRegistry(const ClientRegistry&) = delete;
     ClientRegistry& operator=(const ClientRegistry&) = delete;
 
+    /// How many processes may be registered, so that nobody can use up our threads and memory.
+    static constexpr size_t kMaxClients = 128;
+
+    /// Threads that send events: one a client, and those of earlier callbacks that have not
+    /// returned from their last call yet.
+    static constexpr size_t kMaxSenders = 2 * kMaxClients;
+
     /// Registers a client, in the place of an earlier callback of the same process.
-    /// @return false, with the client forgotten, if the callback is dead already.
-    bool add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
+    /// @return -3, with the client forgotten, if the callback is dead already; -12, with nothing
+    ///     changed, if there are too many clients or threads.
+    int add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
 
     /// @return false if the process had registered nothing.
     bool remove(uint32_t pid);
@@ -67,11 +77,13 @@ private:
         std::shared_ptr<EventOutbox> outbox;
     };
 
+    std::shared_ptr<EventOutbox> makeOutbox(const android::sp<TTS::ICallback>& callback) const;
     void died(uint32_t pid, const Obituary* obituary);
     void remember(uint32_t deadPid) VOXTRELD_REQUIRES(mMutex);
     static void unlink(const Client& client);
 
     const Died mDied;
+    const std::shared_ptr<std::atomic<size_t>> mSenders = std::make_shared<std::atomic<size_t>>(0);
     mutable Mutex mMutex;
     std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);
     std::deque<uint32_t> mDead VOXTRELD_GUARDED_BY(mMutex);

@@ -114,10 +114,10 @@ private:
     bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;
 };
 
-EventOutbox::EventOutbox(const android::sp<TTS::ICallback>& to)
+EventOutbox::EventOutbox(const android::sp<TTS::ICallback>& to, std::shared_ptr<const void> held)
     : mDesk(std::make_shared<Desk>(to)) {
     // Detached, since a client that hangs in a call must not hang who forgets it.
-    std::thread([desk = mDesk] { desk->run(); }).detach();
+    std::thread([desk = mDesk, held = std::move(held)] { desk->run(); }).detach();
 }
 
 EventOutbox::~EventOutbox() {

@@ -25,7 +25,10 @@ public:
     /// More than any client can have missed that will ever look again.
     static constexpr size_t kMostWaiting = 65536;
 
-    explicit EventOutbox(const android::sp<TTS::ICallback>& to);
+    /// @param held kept as long as the thread lives, which may be longer than the outbox does.
+    /// Throws `std::system_error` if there is no thread to be had.
+    explicit EventOutbox(const android::sp<TTS::ICallback>& to,
+                         std::shared_ptr<const void> held = nullptr);
     /// Closes, without waiting for a call to the client that is under way.
     ~EventOutbox();
     EventOutbox(const EventOutbox&) = delete;

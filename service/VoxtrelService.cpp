@@ -221,8 +221,15 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     // The service's own binder, sent back, never dies: nothing would free what its sender holds.
     const bool usable = cb != nullptr && android::IInterface::asBinder(cb).get() != this;
     const uint32_t user = mCaller().uid;
-    if (!usable || !mClients.add(pid, user, cb)) {
-        return answered("registerCallback", STATUS_BAD_PARAMETER);
+    const int added = usable ? mClients.add(pid, user, cb) : STATUS_BAD_PARAMETER;
+    if (added == STATUS_QUEUE_FULL) {
+        mRefusals.refused(pid, "registerCallback", added,
+                          "registerCallback: no room for process " + std::to_string(pid) +
+                              ", too many clients are registered; try again when one has left");
+        return added;
+    }
+    if (added != STATUS_OK) {
+        return answered("registerCallback", added);
     }
     const MutexLock lock(mMutex);
     if (mClosed) {  // before this client was there to be seen

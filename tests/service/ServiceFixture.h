@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <thread>
@@ -31,6 +32,11 @@ public:
     }
     std::vector<Told> told() const {
         return mMonitor.read([&] { return mTold; });
+    }
+    /// Waits until it is told this.
+    bool waitFor(const Told& wanted) const {
+        return mMonitor.waitFor(
+            [&] { return std::find(mTold.begin(), mTold.end(), wanted) != mTold.end(); });
     }
 
 private:

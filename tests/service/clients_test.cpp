@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <random>
 
@@ -192,6 +195,115 @@ TEST_F(AClient, ThatDiedIsNotHeardThroughRequestsThatWereOnTheirWay) {
     EXPECT_EQ(STATUS_PERMISSION_DENIED, say(kAnn, 1));
     join(kAnn);  // a new process can get the number of the dead one
     EXPECT_EQ(0, say(kAnn, 2));
+}
+
+TEST_F(AClient, BeyondTheLimitIsRefusedWithALogLineUntilAnotherLeaves) {
+    constexpr uint32_t kFirst = 1000;
+    std::vector<android::sp<RecordingCallback>> clients;
+    for (uint32_t i = 0; i < ClientRegistry::kMaxClients; ++i) {
+        clients.push_back(join(kFirst + i));
+    }
+    from(kAnn);
+    EXPECT_EQ(STATUS_QUEUE_FULL, service->registerCallback(kAnn, new RecordingCallback(kAnn)));
+    ASSERT_EQ(1U, log.size());
+    EXPECT_EQ(0U, log[0].find("registerCallback: no room for process 101,"));
+    clients[0] = join(kFirst);  // a new callback of one that is there needs no new room
+    from(kFirst + 1);
+    ASSERT_EQ(0, service->deregisterCallback(kFirst + 1));
+    (void)join(kAnn);
+    ASSERT_EQ(0, service->setVerbosity(kAnn, 1));
+    EXPECT_EQ(1U, toldTo(clients[0]).size());
+    EXPECT_EQ(1U, toldTo(clients.back()).size());
+    EXPECT_TRUE(clients[1]->told().empty());
+}
+
+/// Keeps each call until the test opens it.
+class Gate {
+public:
+    void pass() {
+        mMonitor.change([&] { ++mCalls; });
+        (void)mMonitor.waitFor([&] { return mOpen; });
+    }
+    bool waitForCalls(size_t count) const {
+        return mMonitor.waitFor([&] { return mCalls >= count; });
+    }
+    void open() {
+        mMonitor.change([&] { mOpen = true; });
+    }
+
+private:
+    Monitor mMonitor;
+    size_t mCalls = 0;
+    bool mOpen = false;
+};
+
+TEST_F(AClient, ThatHangsAndRegistersAgainAndAgainCannotUseUpOurThreads) {
+    const auto gate = std::make_shared<Gate>();  // threads of the service may outlive the test
+    const auto bob = join(kBob);
+    size_t accepted = 0;
+    int status = STATUS_OK;
+    for (; status == STATUS_OK && accepted <= ClientRegistry::kMaxSenders; ++accepted) {
+        const android::sp<support::RecordingRemote> stuck = new support::RecordingRemote();
+        stuck->answerBy([gate](auto&, auto&, auto&) {
+            gate->pass();
+            return android::OK;
+        });
+        from(kAnn);
+        status = service->registerCallback(kAnn, new TTS::BpCallback(stuck));
+        if (status == STATUS_OK) {
+            ASSERT_EQ(0, service->setVerbosity(kAnn, 1 - service->verbosity()));
+            ASSERT_TRUE(gate->waitForCalls(accepted + 1));
+        }
+    }
+    EXPECT_EQ(STATUS_QUEUE_FULL, status);
+    EXPECT_GT(accepted, ClientRegistry::kMaxClients);
+    from(kBob);
+    ASSERT_EQ(0, service->setEnable(kBob, false));
+    EXPECT_TRUE(bob->waitFor({kBob, EVENT_STATE, STATE_ENABLED, 0})) << "others are not delayed";
+    gate->open();
+    from(kAnn);
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (status != STATUS_OK && std::chrono::steady_clock::now() < deadline) {
+        status = service->registerCallback(kAnn, new RecordingCallback(kAnn));
+    }
+    EXPECT_EQ(STATUS_OK, status) << "the threads have ended";
+}
+
+/// A client's proxy that looks at the registry as it goes, as the runtime may do on its behalf.
+class LastLook : public TTS::BpCallback {
+public:
+    LastLook(const android::sp<android::IBinder>& remote, std::function<void()> look)
+        : BpCallback(remote), mLook(std::move(look)) {}
+    ~LastLook() override { mLook(); }
+
+private:
+    const std::function<void()> mLook;
+};
+
+TEST(TheRegistry, LetsGoOfAClientsProxyWithoutItsLock) {
+    constexpr uint32_t kPid = 1;
+    ClientRegistry registry([](uint32_t) {});
+    std::vector<std::future<bool>> looks;
+    const auto look = [&] {
+        // On another thread, so that a lock that is held fails the test and does not hang it.
+        looks.push_back(std::async(std::launch::async, [&] { return registry.contains(kPid); }));
+        EXPECT_EQ(std::future_status::ready, looks.back().wait_for(std::chrono::seconds(20)));
+    };
+    const auto add = [&] {
+        const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+        EXPECT_EQ(STATUS_OK, registry.add(kPid, 0, new LastLook(remote, look)));
+        return remote;
+    };
+    add()->die();
+    EXPECT_EQ(1U, looks.size());
+    (void)add();
+    EXPECT_TRUE(registry.remove(kPid));
+    EXPECT_EQ(2U, looks.size());
+    (void)add();
+    const auto last = add();  // replaces it
+    EXPECT_EQ(3U, looks.size());
+    last->die();
+    EXPECT_EQ(4U, looks.size());
 }
 
 TEST_F(AClient, SendingARequestWithoutATextIsAnsweredAndTheServiceGoesOn) {

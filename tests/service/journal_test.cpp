@@ -278,8 +278,9 @@ TEST_F(AProfileWithAJournal, LogsOneLineWhenItCannotBeWritten) {
     }
     store.flush();
     ASSERT_EQ(1U, log.size());
-    EXPECT_EQ(0U, log[0].find("settings may not survive when the service is killed: cannot write '" +
-                              path + "': Is a directory;"));
+    EXPECT_EQ(0U,
+              log[0].find("settings may not survive when the service is killed: cannot write '" +
+                          path + "': Is a directory;"));
     EXPECT_EQ(309U, loaded()) << "the profile itself is written";
 }
 
