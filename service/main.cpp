@@ -17,6 +17,7 @@
 #include "service/Log.h"
 #include "service/Mixer.h"
 #include "service/Options.h"
+#include "service/Preconditions.h"
 #include "service/ProfileStore.h"
 #include "service/Readiness.h"
 #include "service/Sink.h"
@@ -43,6 +44,9 @@ Caller binderCaller() {
 int run(const Options& options) {
     const sigset_t signals = blockSignals();
     std::string error;
+    if (!isUsableProfile(options.profile, error) || !haveDescriptors(error)) {
+        return fail(error);
+    }
     std::unique_ptr<Sink> sink = makeSink(options.sink, options.realTime, error);
     if (sink == nullptr) {
         return fail(error);

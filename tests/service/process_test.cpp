@@ -2,17 +2,21 @@
 // The service as it runs: service manager, voxtreld and clients, each a process of its own.
 #include <gtest/gtest.h>
 #include <sndfile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "tests/service/ChildProcess.h"
 #include "tests/support/TempFolder.h"
@@ -89,7 +93,10 @@ protected:
     }
 
     Process startService(const Lines& options) {
-        Lines command = {VOXTREL_SERVICE, "--profile", folder.path("voxtrel.ini")};
+        Lines command = {VOXTREL_SERVICE};
+        if (std::count(options.begin(), options.end(), "--profile") == 0) {
+            command.insert(command.end(), {"--profile", folder.path("voxtrel.ini")});
+        }
         command.insert(command.end(), options.begin(), options.end());
         return std::make_unique<ChildProcess>(command);
     }
@@ -352,6 +359,46 @@ TEST_F(ARunningService, ThatCannotUseItsSinkSaysSoAndLeaves) {
         return line.find("voxtreld: cannot write the sound file '/nowhere/x.wav'") == 0;
     });
     EXPECT_EQ(1, service->wait());
+}
+
+TEST_F(ARunningService, WhoseProfileIsNoFileSaysSoAndLeaves) {
+    ASSERT_EQ(0, mkfifo(folder.path("fifo").c_str(), 0600));
+    ASSERT_EQ(0, mkdir(folder.path("folder").c_str(), 0700));
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {folder.path("fifo"), "a FIFO"},
+        {folder.path("folder"), "a folder"},
+        {folder.path("binder"), "a socket"},
+        {"/dev/null", "a device"}};
+    for (const auto& [path, kind] : cases) {
+        const Process service = startService({"--sink", "none", "--profile", path});
+        const Lines said =
+            service->readUntil("voxtreld: the profile '" + path + "' is " + kind +
+                               " and cannot keep settings: name a file with --profile");
+        EXPECT_EQ(1U, said.size());
+        EXPECT_EQ(1, service->wait());
+    }
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(ARunningService, WithTooFewDescriptorsSaysSoAndLeaves) {
+    const auto start = [&](const std::string& limit) {
+        return std::make_unique<ChildProcess>(
+            Lines{"/bin/sh", "-c", "ulimit " + limit + " && exec \"$0\" \"$@\"", VOXTREL_SERVICE,
+                  "--profile", folder.path("voxtrel.ini"), "--sink", "none"});
+    };
+    const Process refused = start("-n 64");
+    refused->readUntil(
+        "voxtreld: only 64 files may be open, and serving clients takes 256: raise the limit "
+        "(ulimit -n, LimitNOFILE=)");
+    EXPECT_EQ(1, refused->wait());
+    // As few as it says that it takes, and few at first where more are allowed.
+    for (const char* limit : {"-n 256", "-Sn 64"}) {
+        const Process service = start(limit);
+        const Process ann = startClient();
+        const Process bob = startClient();
+        bob->tell("say 1 Hello.");
+        bob->readUntil(eventLine(EVENT_FINISHED, 1, 0));
+    }
 }
 
 TEST_F(ARunningService, WithoutAServiceManagerSaysSoAndLeaves) {

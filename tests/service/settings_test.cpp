@@ -102,6 +102,50 @@ TEST_F(TheGlobalSettings, AreUpgradedFromAProfileWithoutAVersion) {
     EXPECT_NE(std::string::npos, readFile(profilePath()).find("version=2"));
 }
 
+TEST_F(TheGlobalSettings, HaveDefaultsForWhatIsNoNumberInTheProfile) {
+    for (const char* value : {"nan", "inf", "-inf", "infinity", "NAN", "", "x", "-", "+", "true",
+                              ".5", "--1", "-1", "99999999999999999999", "1e999"}) {
+        service = nullptr;
+        profile = nullptr;
+        std::string text = "version=2\nlang=en_US\n";
+        for (const char* key :
+             {"speed", "volume", "media_volume", "tts_volume", "voice", "pitch", "speed_enable",
+              "volume_enable", "media_volume_enable", "tts_volume_enable", "voice_enable",
+              "pitch_enable", "verbosity", "enable"}) {
+            text += std::string(key) + "=" + value + "\n";
+        }
+        writeFile(profilePath(), text);
+        restart();
+        EXPECT_EQ(300U, get<uint32_t>(GCONF_SPEED)) << value;
+        EXPECT_EQ(200.0F, get<float>(GCONF_PITCH)) << value;
+        EXPECT_EQ(100.0F, get<float>(GCONF_VOLUME)) << value;
+        EXPECT_EQ(0U, get<uint32_t>(GCONF_VOICE)) << value;
+        EXPECT_EQ(50U, get<uint32_t>(GCONF_BG_VOLUME)) << value;
+        EXPECT_EQ(100U, get<uint32_t>(GCONF_TTS_VOLUME)) << value;
+        EXPECT_TRUE(service->enabled()) << value;
+        EXPECT_EQ(0, service->verbosity()) << value;
+        for (const int32_t key : {3, 5, 7, 9, 11, 13}) {
+            bool flag = false;
+            EXPECT_EQ(0, service->enabled2(kAnn, keyOf(key), &flag));
+            EXPECT_TRUE(flag) << value << " " << key;
+        }
+    }
+}
+
+TEST_F(TheGlobalSettings, KeepTheFractionsOfAProfile) {
+    service = nullptr;
+    profile = nullptr;
+    writeFile(profilePath(), "version=2\nspeed= +150.9\npitch=150.5\nvolume=33.25%\nvoice=1x\n");
+    restart();
+    EXPECT_EQ(150U, get<uint32_t>(GCONF_SPEED));
+    EXPECT_EQ(150.5F, get<float>(GCONF_PITCH));
+    EXPECT_EQ(33.25F, get<float>(GCONF_VOLUME));
+    EXPECT_EQ(1U, get<uint32_t>(GCONF_VOICE));
+    profile->flush();
+    restart();
+    EXPECT_EQ(150.5F, get<float>(GCONF_PITCH)) << "written and read again";
+}
+
 TEST_F(TheGlobalSettings, HaveDefaultsForNonsenseInTheProfile) {
     service = nullptr;
     profile = nullptr;
