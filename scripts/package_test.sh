@@ -25,7 +25,8 @@ as_user() {
         env -i PATH=/usr/bin:/bin HOME=/nonexistent LC_ALL=C "$@"
 }
 
-# check NAME COMMAND...: one line, and what the command printed if it failed.
+# check NAME COMMAND...: one line, and what the command printed if it failed. In a function that is
+# checked a failure of any but the last command needs its own `|| return 1`.
 check() {
     local name=$1
     shift
@@ -68,10 +69,13 @@ state_of_root() {
 contents() {
     local deb
     for deb in "$root$work/$1"/*.deb; do
-        dpkg-deb -c "$deb" | awk '$1 !~ /^d/ {print $6}'
+        dpkg-deb -c "$deb" | awk '$1 !~ /^d/ {print $6}' || return 1
     done
 }
-no_file_twice() { [ -z "$(contents old | sort | uniq -d | tee /dev/stderr)" ]; }
+no_file_twice() {
+    contents old >"$root$work/contents" && [ "$(wc -l <"$root$work/contents")" -gt 40 ] &&
+        [ -z "$(sort "$root$work/contents" | uniq -d | tee /dev/stderr)" ]
+}
 version_of() { in_root dpkg-query -W -f '${Version}' "$1"; }
 all_have_version() {
     local name
@@ -87,13 +91,13 @@ dependants_need_the_interface_only() {
 is_documented() {
     local page name
     for page in voxtreld voxtrelctl voxtrel-servicemanager; do
-        gzip -t "$root/usr/share/man/man1/$page.1.gz"
+        gzip -t "$root/usr/share/man/man1/$page.1.gz" || return 1
+    done
+    for name in "${all[@]}"; do
+        [ -s "$root/usr/share/doc/$name/copyright" ] || return 1
+        gzip -t "$root/usr/share/doc/$name/changelog.Debian.gz" || return 1
     done
     [ -f "$root/usr/share/bash-completion/completions/voxtrelctl" ]
-    for name in "${all[@]}"; do
-        [ -s "$root/usr/share/doc/$name/copyright" ]
-        gzip -t "$root/usr/share/doc/$name/changelog.Debian.gz"
-    done
 }
 
 install_and_speak() {
