@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# usage: units.sh BUILD_DIR PREFIX SUBJECT
+# Installs the programs into a folder of its own and looks at the units as if it were the root.
+set -euo pipefail
+build=$1
+prefix=${2%/}
+subject=$3
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
+for component in runtime programs; do
+    DESTDIR=$stage cmake --install "$build" --component "$component" >"$stage/install.log"
+done
+units=$stage$prefix/lib/systemd/user
+services=(voxtrel-servicemanager.service voxtreld.service)
+# systemd's tools want to know where a user's manager would keep its sockets.
+export XDG_RUNTIME_DIR=$stage
+
+# Warnings count, too: there is to be no output at all.
+are_sound() {
+    local report
+    sed -i "s#^ExecStart=#ExecStart=$stage#" "$units"/*.service
+    report=$(cd "$units" && systemd-analyze verify --user --man=no "${services[@]/#/./}" \
+        ./voxtrel-servicemanager.socket 2>&1) || { echo "$report"; return 1; }
+    [ -z "$report" ] || { echo "$report"; return 1; }
+}
+
+# The exposure is at most 3.0 of 10.
+are_shut_in() {
+    local service
+    for service in "${services[@]}"; do
+        systemd-analyze security --user --offline=yes --no-pager --threshold=30 "$units/$service"
+    done
+}
+
+name_the_installed_programs() {
+    local service program
+    for service in "${services[@]}"; do
+        program=$(sed -n 's/^ExecStart=\([^ ]*\).*/\1/p' "$units/$service")
+        echo "$service starts $program"
+        [ "$program" = "$prefix/bin/${service%.service}" ]
+        "$stage$program" --version
+    done
+}
+
+"$subject"
