@@ -31,13 +31,20 @@ public:
         mApp.footer(kFooter);
         mApp.set_version_flag("--version", std::string("voxtrelctl ") + VOXTREL_VERSION);
         addVerbose(mApp);
+#ifdef VOXTREL_CAN_SPAWN
+        mApp.add_flag("--spawn", mOptions.spawn,
+                      "Before COMMAND: start service manager and service first where they are not "
+                      "running");
+#endif
         addSpeaking();
         addLooking();
         addSettings();
         addProfiles();
     }
 
-    CLI::App& app() { return mApp; }
+    CLI::App& app() {
+        return mApp;
+    }
 
 private:
     void addVerbose(CLI::App& app) {

@@ -45,6 +45,7 @@ struct Options {
     Command command = Command::Help;
     bool json = false;
     bool verbose = false;
+    bool spawn = false;  ///< start the service first where there is none
     bool wait = false;
     std::vector<std::string> words;  ///< text of `say`, COMMAND of `lock`, names of `get`...
     std::string file;                ///< text file of `say`, "-" for standard input

@@ -6,6 +6,9 @@
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
 #include "tools/Platform.h"
+#ifdef VOXTREL_CAN_SPAWN
+#include "tools/Spawn.h"
+#endif
 
 namespace {
 
@@ -46,6 +49,11 @@ int run(const Options& options) {
     }
     quietLog(options.verbose);
     Terminal terminal(options.verbose);
+#ifdef VOXTREL_CAN_SPAWN
+    if (options.spawn) {
+        ensureRunning(terminal);
+    }
+#endif
     for (const Entry& entry : kCommands) {
         if (entry.command == options.command) {
             return entry.run(options, terminal);

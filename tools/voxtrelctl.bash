@@ -19,7 +19,7 @@ _voxtrelctl()
 
     COMPREPLY=()
     if [[ -z $command ]]; then
-        COMPREPLY=($(compgen -W "$commands --help --version --verbose" -- "$current"))
+        COMPREPLY=($(compgen -W "$commands --spawn --help --version --verbose" -- "$current"))
         return
     fi
     case $previous in

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/voxtrelctl/Spawned.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+#include "tests/support/Eventually.h"
+#include "tests/voxtrelctl/Device.h"
+
+namespace voxtrel_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string folderOf(const char* program) {
+    return fs::path(program).parent_path().string();
+}
+
+/// Empty for a process that has gone meanwhile, or whose file is not ours to read.
+std::string contentOrNothing(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+bool isNumber(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+}  // namespace
+
+EmptyHome::EmptyHome() {
+    const std::string programs =
+        folderOf(VOXTREL_SERVICE_PROGRAM) + ":" + folderOf(VOXTREL_SERVICEMANAGER_PROGRAM);
+    const char* path = std::getenv("PATH");
+    setenv("PATH", (programs + ":" + (path != nullptr ? path : "")).c_str(), 1);
+    setenv("HOME", mFolder.path("home").c_str(), 1);
+    setenv("XDG_STATE_HOME", mFolder.path("state").c_str(), 1);
+    setenv("VOXTREL_BINDER_SOCKET", mFolder.path("binder").c_str(), 1);
+    unsetenv("VOXTREL_LOG_LEVEL");
+    fs::create_directory(mFolder.path("home"));
+    writeFile(mFolder.path("asound.conf"), "pcm.!default { type null }\n");
+    setenv("ALSA_CONFIG_PATH", mFolder.path("asound.conf").c_str(), 1);
+}
+
+EmptyHome::~EmptyHome() {
+    for (const char* program : {"voxtreld", "voxtrel-servicemanager"}) {
+        for (const pid_t pid : running(program)) {
+            kill(pid, SIGKILL);
+        }
+        (void)eventually([&] { return running(program).empty(); });
+    }
+}
+
+std::unique_ptr<Process> EmptyHome::spawn(const Process::Words& words) {
+    Process::Words all = {Device::control(), "--spawn"};
+    all.insert(all.end(), words.begin(), words.end());
+    return std::make_unique<Process>(all);
+}
+
+std::vector<pid_t> EmptyHome::running(const std::string& program) const {
+    std::vector<pid_t> found;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        if (!isNumber(entry.path().filename())) {
+            continue;
+        }
+        const std::string command = contentOrNothing(entry.path() / "cmdline");
+        const std::string name = fs::path(command.substr(0, command.find('\0'))).filename();
+        const std::string surroundings = contentOrNothing(entry.path() / "environ");
+        if (name == program && surroundings.find(mFolder.path("binder")) != std::string::npos) {
+            found.push_back(std::stoi(entry.path().filename()));
+        }
+    }
+    return found;
+}
+
+std::vector<std::string> commandLineOf(pid_t pid) {
+    std::istringstream words(contentOrNothing("/proc/" + std::to_string(pid) + "/cmdline"));
+    std::vector<std::string> found;
+    for (std::string word; std::getline(words, word, '\0');) {
+        found.push_back(word);
+    }
+    return found;
+}
+
+}  // namespace voxtrel_test

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Spawn.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <iostream>
+#include <system_error>
+#include <thread>
+
+#include "binder/transport/SocketPath.h"
+#include "tools/Daemon.h"
+#include "tools/Errors.h"
+#include "tools/EventQueue.h"
+#include "tools/Platform.h"
+
+namespace voxtrelctl {
+namespace {
+
+using Clock = EventQueue::Clock;
+
+constexpr auto kLook = std::chrono::milliseconds(10);
+constexpr auto kNoticeable = std::chrono::milliseconds(800);
+/// Voices come from a disk that may be slow; the client library waits as long for them.
+constexpr auto kPatience = std::chrono::seconds(60);
+constexpr auto kAnswerPatience = std::chrono::seconds(5);
+constexpr const char* kIdleSeconds = "300";
+
+enum class Answer { No, NotReady, Ready, Hangs };
+
+/// Looks again and again until `isDone`, and says whether it was in time. Ctrl-C ends the process.
+bool await(Terminal& terminal, const std::string& what, const std::function<bool()>& isDone) {
+    const auto begin = Clock::now();
+    while (!isDone()) {
+        const auto passed = Clock::now() - begin;
+        if (passed > kPatience) {
+            return false;
+        }
+        if (passed > kNoticeable) {
+            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed);
+            terminal.progress(what, std::to_string(seconds.count()) + " s");
+        }
+        const Notice notice = EventQueue::instance().next(Clock::now() + kLook,
+                                                          [](const Notice&) { return false; });
+        if (notice.source == Notice::Source::Interrupted) {
+            terminal.endProgress();
+            std::cerr << "voxtrelctl: interrupted\n";
+            std::_Exit(EXIT_FAILURE);
+        }
+    }
+    terminal.endProgress();
+    return true;
+}
+
+/// Held by one spawner at a time; the kernel frees it when its holder ends.
+class SpawnLock {
+public:
+    explicit SpawnLock(Terminal& terminal) {
+        const std::string socket = android::transport::socketPath();
+        android::transport::makeFolderOf(socket);
+        const std::string path = socket + ".spawn";
+        mFile = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+        if (mFile < 0 || !android::transport::folderIsTrusted(socket)) {
+            const int error = mFile < 0 ? errno : EPERM;
+            throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
+                          "cannot use " + path + ": " + std::generic_category().message(error),
+                          "set VOXTREL_BINDER_SOCKET to a path in a folder of your own");
+        }
+        if (!await(terminal, "waiting for another voxtrelctl that starts the service",
+                   [this] { return flock(mFile, LOCK_EX | LOCK_NB) == 0; })) {
+            throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
+                          "another voxtrelctl has been starting the service for a minute",
+                          "see who holds " + path);
+        }
+    }
+    ~SpawnLock() { close(mFile); }
+    SpawnLock(const SpawnLock&) = delete;
+    SpawnLock& operator=(const SpawnLock&) = delete;
+
+private:
+    int mFile = -1;
+};
+
+Answer ask(const android::sp<android::IBinder>& service) {
+    TTS::Capabilities can;
+    (void)TTS::ITextToSpeechFestival::asInterface(service)->getCapabilities(can);
+    if (can.ready) {
+        return Answer::Ready;
+    }
+    return service->pingBinder() == android::OK ? Answer::NotReady : Answer::No;
+}
+
+/// A service that hangs would keep this thread for ever, so another one asks.
+Answer askInTime() {
+    const android::sp<android::IBinder> service = findService();
+    if (service == nullptr) {
+        return Answer::No;
+    }
+    std::packaged_task<Answer()> question([service] { return ask(service); });
+    std::future<Answer> answer = question.get_future();
+    std::thread(std::move(question)).detach();
+    return answer.wait_for(kAnswerPatience) == std::future_status::ready ? answer.get()
+                                                                         : Answer::Hangs;
+}
+
+/// Waits until a program that was started can be used.
+void awaitUsable(Terminal& terminal, Daemon& daemon, const std::string& name,
+                 const std::function<bool()>& isUsable) {
+    bool usable = false;
+    const bool settled = await(terminal, name + " has been started", [&] {
+        usable = isUsable();
+        return usable || daemon.hasEnded();
+    });
+    if (usable) {
+        return;
+    }
+    const std::string detail =
+        settled ? daemon.obituary()
+                : name + " (process " + std::to_string(daemon.pid()) +
+                      ") has been started and cannot be used after a minute";
+    throw Failure(TTS::STATUS_SERVICE_NOT_FOUND, detail, "see " + daemon.logPath());
+}
+
+void ensureManager(Terminal& terminal) {
+    if (isServiceManagerThere()) {
+        return;
+    }
+    const std::string name = "voxtrel-servicemanager";
+    Daemon daemon(name, {"--exit-when-idle", kIdleSeconds, "--log-level", "info"});
+    awaitUsable(terminal, daemon, name, [] { return isServiceManagerThere(); });
+}
+
+/// One that is there but hangs is left to the command, which says so.
+void ensureService(Terminal& terminal) {
+    Answer answer = Answer::No;
+    (void)await(terminal, "the service is there and loads its voices", [&answer] {
+        answer = askInTime();
+        return answer != Answer::NotReady;
+    });
+    if (answer != Answer::No) {
+        return;
+    }
+    const std::string name = "voxtreld";
+    Daemon daemon(name,
+                  {"--user-profile", "--exit-when-idle", kIdleSeconds, "--log-level", "info"});
+    awaitUsable(terminal, daemon, name, [] { return askInTime() == Answer::Ready; });
+}
+
+}  // namespace
+
+void ensureRunning(Terminal& terminal) {
+    startBinderThreads();
+    const SpawnLock lock(terminal);
+    ensureManager(terminal);
+    ensureService(terminal);
+}
+
+}  // namespace voxtrelctl
