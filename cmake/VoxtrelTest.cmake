@@ -1,14 +1,14 @@
 # voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds]
-#              [FILTER gtest-filter])
+#              [TOGETHER pattern... [ALONE pattern...]] [EXCLUDE pattern...])
 #
-# One test program; each of its tests becomes a test of its own for ctest, in a process of its own.
+# One test program. For ctest, each of its tests is a test of its own, in a process of its own, but
+# for the quick ones that leave nothing behind in their process: TOGETHER names those, and ALONE what
+# of TOGETHER "*" is not so. They are one entry, NAME:together, and one process; scripts/lib.sh counts
+# each of them all the same. EXCLUDE leaves tests out. Patterns are those of --gtest_filter.
 function(voxtrel_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT;FILTER" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS;TOGETHER;ALONE;EXCLUDE" ${ARGN})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 120)
-  endif()
-  if(NOT TEST_FILTER)
-    set(TEST_FILTER "*")
   endif()
   if(NOT TEST_LABELS)
     set(TEST_LABELS unit)
@@ -16,18 +16,46 @@ function(voxtrel_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${TEST_LINK} voxtrel_warnings GTest::gtest_main)
-  # A process that ends with threads running waits a moment for what they do meanwhile; a second each
-  # would be most of the run.
-  # Into files: the processes that a test starts report, too, and their exit status may say nothing.
+  # Reports go into files: the processes that a test starts report, too, and their exit status may say
+  # nothing. A process that ends with threads running waits a moment for what they do meanwhile; a
+  # second each would be most of the run.
   set(environment "")
   set(reports "log_path=${CMAKE_BINARY_DIR}/sanitizer-reports/report")
   if(VOXTREL_SANITIZE MATCHES "thread")
-    set(environment ENVIRONMENT
+    set(environment
       "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}:atexit_sleep_ms=50")
   elseif(VOXTREL_SANITIZE MATCHES "address")
-    set(environment ENVIRONMENT "ASAN_OPTIONS=${reports};UBSAN_OPTIONS=${reports}")
+    set(environment "ASAN_OPTIONS=${reports}" "UBSAN_OPTIONS=${reports}")
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       TEST_PREFIX "${name}:" TEST_FILTER "${TEST_FILTER}"
-                       PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" ${environment})
+
+  string(JOIN ":" together ${TEST_TOGETHER})
+  string(JOIN ":" alone ${TEST_ALONE})
+  string(JOIN ":" exclude ${TEST_EXCLUDE})
+  if(together)
+    set(shared "${together}-${alone}:${exclude}")
+    math(EXPR limit "${TEST_TIMEOUT} * 5")
+    math(EXPR late "${limit} + 30") # the script stops the program itself and says where it was
+    add_test(NAME ${name}:together
+      COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/grouped_tests.py" run
+              "${CMAKE_BINARY_DIR}/grouped-tests/${name}.journal" ${limit} "${shared}"
+              ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:${name}>")
+    set_tests_properties(${name}:together PROPERTIES TIMEOUT ${late} LABELS "${TEST_LABELS}"
+                         ENVIRONMENT "${environment}")
+  endif()
+  if(NOT together STREQUAL "*")
+    set(alone "*-${together}:${exclude}")
+  elseif(alone)
+    string(APPEND alone "-${exclude}")
+  endif()
+  if(alone)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                         TEST_PREFIX "${name}:" TEST_FILTER "${alone}"
+                         TEST_LIST ${name}_tests PROPERTIES
+                         TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+    # Not among the properties above, where a value that is a list loses all but its first element.
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${name}_environment.cmake")
+    file(CONFIGURE OUTPUT "${script}" @ONLY CONTENT
+         [[set_tests_properties(${@name@_tests} PROPERTIES ENVIRONMENT "@environment@")]])
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${script}")
+  endif()
 endfunction()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # usage: coverage.sh. Line and branch coverage of the library by its unit tests; fails below 100% of
-# lines. Branches that only an exception takes are not counted: the library throws none.
+# lines. Branches that only an exception takes are not counted.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh

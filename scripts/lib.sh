@@ -95,14 +95,15 @@ build_preset() {
 PASSED=0
 FAILED=0
 
-# run_ctest PRESET [ctest arguments]: runs its tests and adds them to PASSED and FAILED.
+# run_ctest PRESET [ctest arguments]: runs its tests and adds them to PASSED and FAILED. An entry of
+# ctest that stands for many tests counts as those that it ran.
 run_ctest() {
     local preset=$1 log summary
     shift
     log="build/$preset/ctest.log"
-    local reports="build/$preset/sanitizer-reports"
-    rm -rf "$reports"
-    mkdir -p "$reports"
+    local reports="build/$preset/sanitizer-reports" journals="build/$preset/grouped-tests"
+    rm -rf "$reports" "$journals"
+    mkdir -p "$reports" "$journals"
     ctest --test-dir "build/$preset" -j "$(jobs_here)" --output-on-failure --no-tests=error "$@" \
         >"$log" 2>&1 || true
     summary=$(grep -E 'tests passed, [0-9]+ tests failed out of [0-9]+' "$log" || true)
@@ -111,14 +112,19 @@ run_ctest() {
         FAILED=$((FAILED + 1))
         return 0
     fi
-    local failed total
+    local failed total groups bad_groups grouped_passed grouped_failed
     failed=$(sed -E 's/.*, ([0-9]+) tests failed out of ([0-9]+).*/\1/' <<<"$summary")
     total=$(sed -E 's/.*, ([0-9]+) tests failed out of ([0-9]+).*/\2/' <<<"$summary")
-    PASSED=$((PASSED + total - failed))
-    FAILED=$((FAILED + failed))
+    scripts/grouped_tests.py count "$journals" >"$log.grouped"
+    read -r groups bad_groups grouped_passed grouped_failed <"$log.grouped"
     if [ "$failed" -gt 0 ]; then
         grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed|^ *Start ' "$log"
+        tail -n +2 "$log.grouped"
     fi
+    total=$((total - groups + grouped_passed + grouped_failed))
+    failed=$((failed - bad_groups + grouped_failed))
+    PASSED=$((PASSED + total - failed))
+    FAILED=$((FAILED + failed))
     say "$preset: $((total - failed)) passed, $failed failed"
     if [ -n "$(ls -A "$reports")" ]; then
         # Also of processes whose tests have passed.

@@ -11,14 +11,14 @@ namespace TTS {
 /// non-zero value of a service up unchanged, so an application may meet codes of a service's own
 /// that have no name here.
 enum Status : int32_t {
-    STATUS_OK = 0,                  ///< success
-    STATUS_DISABLED = -1,           ///< `say`, `silence`, `stopAndFlush`: speech is switched off
-    STATUS_BAD_PARAMETER = -3,      ///< value out of range, or a key that carries no value
-    STATUS_NO_SERVICE = -5,         ///< not connected to the service
-    STATUS_PROFILE_ERROR = -6,      ///< a profile could not be read or written
-    STATUS_LOCKED = -7,             ///< another client holds the service lock
-    STATUS_SERVICE_NOT_FOUND = -8,  ///< `connect`: no service within the search time
-    STATUS_NOT_SUPPORTED = -9,  ///< missing, switched off, or refused by the device's filter
+    STATUS_OK = 0,                   ///< success
+    STATUS_DISABLED = -1,            ///< `say`, `silence`, `stopAndFlush`: speech is switched off
+    STATUS_BAD_PARAMETER = -3,       ///< value out of range, or a key that carries no value
+    STATUS_NO_SERVICE = -5,          ///< not connected to the service
+    STATUS_PROFILE_ERROR = -6,       ///< a profile could not be read or written
+    STATUS_LOCKED = -7,              ///< another client holds the service lock
+    STATUS_SERVICE_NOT_FOUND = -8,   ///< `connect`: no service within the search time
+    STATUS_NOT_SUPPORTED = -9,       ///< missing, switched off, or refused by the device's filter
     STATUS_PERMISSION_DENIED = -10,  ///< the service does not admit this client
     STATUS_NO_LANGUAGE = -11,        ///< `setVoice`: the client has no language of its own
 
