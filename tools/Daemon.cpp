@@ -56,7 +56,8 @@ fs::path logFolder() {
                       "set XDG_STATE_HOME to a folder that is yours to write");
     }
     if (made) {
-        fs::permissions(folder, fs::perms::owner_all, error);  // of no use to others, no harm either
+        fs::permissions(folder, fs::perms::owner_all,
+                        error);  // of no use to others, no harm either
     }
     return folder;
 }
@@ -93,8 +94,8 @@ public:
         sigset_t all;
         sigfillset(&all);
         posix_spawnattr_setsigdefault(&mAttributes, &all);
-        posix_spawnattr_setflags(&mAttributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK |
-                                                   POSIX_SPAWN_SETSIGDEF);
+        posix_spawnattr_setflags(
+            &mAttributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     }
     ~Surroundings() {
         posix_spawn_file_actions_destroy(&mFiles);

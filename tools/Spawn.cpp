@@ -45,8 +45,8 @@ bool await(Terminal& terminal, const std::string& what, const std::function<bool
             const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed);
             terminal.progress(what, std::to_string(seconds.count()) + " s");
         }
-        const Notice notice = EventQueue::instance().next(Clock::now() + kLook,
-                                                          [](const Notice&) { return false; });
+        const Notice notice =
+            EventQueue::instance().next(Clock::now() + kLook, [](const Notice&) { return false; });
         if (notice.source == Notice::Source::Interrupted) {
             terminal.endProgress();
             std::cerr << "voxtrelctl: interrupted\n";
@@ -119,10 +119,9 @@ void awaitUsable(Terminal& terminal, Daemon& daemon, const std::string& name,
     if (usable) {
         return;
     }
-    const std::string detail =
-        settled ? daemon.obituary()
-                : name + " (process " + std::to_string(daemon.pid()) +
-                      ") has been started and cannot be used after a minute";
+    const std::string detail = settled ? daemon.obituary()
+                                       : name + " (process " + std::to_string(daemon.pid()) +
+                                             ") has been started and cannot be used after a minute";
     throw Failure(TTS::STATUS_SERVICE_NOT_FOUND, detail, "see " + daemon.logPath());
 }
 

@@ -3,7 +3,9 @@
 #include <binder/ProcessState.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <future>
+#include <string>
 
 #include "client/TTSClientPrivate.h"
 #include "vocabulary/Events.h"
@@ -23,6 +25,12 @@ void onEvent(unsigned event, unsigned utterance, unsigned /*detail*/) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::string(argv[1]) == "--spawn") {
+        // A service of the user's own, where none is running. connect() shows what became of it.
+        (void)std::system("voxtrelctl --spawn status >/dev/null");
+        ++argv;
+        --argc;
+    }
     android::ProcessState::self()->startThreadPool();  // or no event ever arrives
     TTS::TTSClientPrivate client("hello", &onEvent);
     int status = client.connect();

@@ -30,8 +30,9 @@ bool isNumber(const std::string& text) {
 }  // namespace
 
 EmptyHome::EmptyHome() {
-    const std::string programs =
-        folderOf(VOXTREL_SERVICE_PROGRAM) + ":" + folderOf(VOXTREL_SERVICEMANAGER_PROGRAM);
+    const std::string programs = folderOf(VOXTREL_SERVICE_PROGRAM) + ":" +
+                                 folderOf(VOXTREL_SERVICEMANAGER_PROGRAM) + ":" +
+                                 folderOf(VOXTREL_CONTROL_PROGRAM);
     const char* path = std::getenv("PATH");
     setenv("PATH", (programs + ":" + (path != nullptr ? path : "")).c_str(), 1);
     setenv("HOME", mFolder.path("home").c_str(), 1);

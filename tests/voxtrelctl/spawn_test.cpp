@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // `voxtrelctl --spawn`: a person who has started nothing.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,7 +45,8 @@ TEST(Spawning, StartsWhatIsMissingAndSpeaks) {
         ASSERT_EQ(1U, found.size()) << program;
         expectToBeOnItsOwn(found[0], home.path("state/voxtrel/") + program + ".log");
         EXPECT_TRUE(holds(commandLineOf(found[0]), "--exit-when-idle"));
-        EXPECT_EQ(program + std::string(": ready\n"), home.logOf(program).substr(0, strlen(program) + 8));
+        EXPECT_EQ(program + std::string(": ready\n"),
+                  home.logOf(program).substr(0, strlen(program) + 8));
     }
     EXPECT_NE("", readFile(home.path("state/voxtrel/voxtrel.ini")));
     struct stat status {};
@@ -73,8 +74,8 @@ TEST(Spawning, StartsOnlyTheServiceWhereThereIsAManager) {
 TEST(Spawning, LeavesAPipeAlone) {
     const EmptyHome home;
     const Outcome outcome =
-        Process({"bash", "-c", "exec 7>&1; \"$0\" --spawn say 'Hello.' 2>&1 | cat",
-                 Device::control()})
+        Process(
+            {"bash", "-c", "exec 7>&1; \"$0\" --spawn say 'Hello.' 2>&1 | cat", Device::control()})
             .wait();
     EXPECT_EQ(0, outcome.status) << "the pipe ends with voxtrelctl, so this is no timeout";
     EXPECT_EQ(1U, home.running("voxtreld").size());
@@ -120,6 +121,14 @@ TEST(Spawning, EndsTheServiceWithItsManagerAndStartsBothAgain) {
     EXPECT_EQ(0, outcome.status) << outcome.err;
 }
 
+TEST(Spawning, IsWhatTheExampleDoesWhenAsked) {
+    const EmptyHome home;
+    const Outcome outcome = Process({VOXTREL_EXAMPLE_PROGRAM, "--spawn", "Hello."}).wait();
+    EXPECT_EQ(0, outcome.status) << outcome.err;
+    EXPECT_EQ("spoken\n", outcome.out);
+    EXPECT_EQ(1U, home.running("voxtreld").size());
+}
+
 TEST(Spawning, SaysWhyTheServiceDoesNotStart) {
     const EmptyHome home;
     writeFile(home.path("asound.conf"), "");
@@ -157,8 +166,7 @@ TEST(Spawning, SaysWhichProgramIsMissing) {
 
 TEST(Spawning, EndsAtOnceOnCtrlCWhileItWaitsForAnother) {
     const EmptyHome home;
-    const int lock =
-        open(home.path("binder.spawn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int lock = open(home.path("binder.spawn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     ASSERT_EQ(0, flock(lock, LOCK_EX));
     const auto waiting = EmptyHome::spawn({"say", "Hello."});
     ASSERT_TRUE(waiting->awaitError("waiting for another voxtrelctl that starts the service"));
