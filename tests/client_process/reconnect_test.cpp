@@ -44,12 +44,16 @@ sp<android::IBinder> connectedService() {
 const voxtrel_test::Role kConnectAgain("connect-again", [](const voxtrel_test::Arguments&) {
     android::ProcessState::self()->startThreadPool();
     TTS::TTSClientPrivate client("connects again", nullptr);
-    for (;;) {
-        voxtrel_test::tell(client.connect() == 0 ? "connected" : "failed");
+    bool joined = true;
+    while (joined) {
+        const int result = client.connect();
         const sp<android::IBinder> service = connectedService();
         const sp<Wake> wake = new Wake;
-        // Behind the library's own link, and so told after it.
-        if (service != nullptr && service->linkToDeath(wake) == android::OK) {
+        // Behind the library's own link, and so told after it. Linked before the test hears of the
+        // connection, and kills.
+        joined = result == 0 && service != nullptr && service->linkToDeath(wake) == android::OK;
+        voxtrel_test::tell(joined ? "connected" : "failed");
+        if (joined) {
             wake->wait();
         }
     }
