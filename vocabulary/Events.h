@@ -25,8 +25,8 @@ enum Event : uint32_t {
     EVENT_WORD = 4,      ///< (utterance, offset in characters from 0): a word begins
     EVENT_STATE = 5,     ///< (a `State`, its new value): something shared by all clients changed
     EVENT_SETTING = 6,   ///< (0, a `SettingKind`): a setter of this client stored a new value; made
-                        ///< by the client library, never by the service
-    EVENT_MARK = 7,  ///< (utterance, its number): a mark in marked-up text was reached
+                         ///< by the client library, never by the service
+    EVENT_MARK = 7,      ///< (utterance, its number): a mark in marked-up text was reached
 };
 
 /// The second number of `EVENT_STATE`. Values 2 to 14 are the keys of global settings
