@@ -8,6 +8,10 @@ source scripts/lib.sh
 source scripts/bare_root.sh
 
 [ $# -eq 0 ] || { echo "usage: ./dev bare" >&2; exit 2; }
+if [ ! -e /etc/debian_version ]; then
+    echo "bare: this takes a Debian machine, whose package sources it uses" >&2
+    exit 1
+fi
 need_packages bare
 if [ "$(id -u)" -ne 0 ]; then
     as_root "$0" # changing the root takes it
@@ -55,10 +59,9 @@ count_all() {
 }
 
 make_roots() {
-    make_root "$DEVELOPER"
-    cp -a "$DEVELOPER" "$USER_ROOT"
-    git clone -q "file://$PWD" "$DEVELOPER/root/voxtrel"
-    [ "$(git rev-parse HEAD)" = "$(git -C "$DEVELOPER/root/voxtrel" rev-parse HEAD)" ]
+    make_root "$DEVELOPER" && cp -a "$DEVELOPER" "$USER_ROOT" &&
+        git clone -q "file://$PWD" "$DEVELOPER/root/voxtrel" &&
+        [ "$(git rev-parse HEAD)" = "$(git -C "$DEVELOPER/root/voxtrel" rev-parse HEAD)" ]
 }
 
 in_clone() { in_root "$DEVELOPER" bash -c 'cd /root/voxtrel && exec "$@"' bash "$@"; }
@@ -72,14 +75,24 @@ try_packages() {
     with_root "$USER_ROOT" scripts/package_test.sh "$USER_ROOT" "$packages" "$packages/$NEWER_VERSION"
 }
 
+# Root may be told to test the tree of another user.
+export GIT_CONFIG_COUNT=1 GIT_CONFIG_KEY_0=safe.directory GIT_CONFIG_VALUE_0='*'
+
 rm -rf "$DEVELOPER" "$USER_ROOT"
 mkdir -p "$PACKAGE_CACHE"
 [ -n "$(debian_sources)" ] || apt-get update -qq
-timed "making bare roots" make_roots
+if ! timed "making bare roots" make_roots; then
+    echo "bare: no root was made, so nothing was tried" >&2
+    FAILED=1
+    closing_line
+    exit 1
+fi
 count "./dev speak" speak
 count_all "./dev test --only debug" in_clone ./dev test --only debug
 count "./dev package" build_packages
 count_all "the packages" try_packages
 
+# What failed stays to be looked at.
+if [ "$FAILED" -eq 0 ]; then rm -rf "$DEVELOPER" "$USER_ROOT"; fi
 say ""
 closing_line

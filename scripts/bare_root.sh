@@ -1,28 +1,40 @@
 # Bare Debian roots, sourced by bare.sh: made from this machine's own package sources, entered with
 # processes, mounts and a /tmp of their own.
 
-# debian_sources: this machine's sources of Debian packages, a line 'URI SUITE COMPONENT' each
+# debian_sources: this machine's sources of Debian packages, a line 'URI SUITE COMPONENT CODENAME' each
 debian_sources() {
-    apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
+    apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT) $(CODENAME)' \
         'Created-By: Packages' 'Origin: Debian' | sort -u
+}
+
+# apt_settings: how this machine reaches them: a proxy, an archive of a past day
+apt_settings() {
+    apt-config dump Acquire | grep -E '^Acquire::(http|https|Check-|Retries)' || true
+    local scheme variable
+    for scheme in http https; do
+        variable=${scheme}_proxy
+        [ -z "${!variable:-}" ] || echo "Acquire::$scheme::Proxy \"${!variable}\";"
+    done
 }
 
 # make_root FOLDER: minbase and git, nothing else
 make_root() {
-    local root=$1 suite uri
-    suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
-    uri=$(debian_sources | awk -v suite="$suite" '$2 == suite { print $1; exit }')
-    [ -n "$uri" ] || { echo "bare: apt knows no Debian source of '$suite'" >&2; return 1; }
-    if ! debootstrap --variant=minbase --include=git --cache-dir="$PACKAGE_CACHE" "$suite" "$root" \
+    local root=$1 suite uri packages=git
+    suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+    uri=$(debian_sources | awk -v suite="$suite" '$4 == suite { print $1; exit }')
+    if [ -z "$uri" ]; then
+        echo "bare: apt knows no Debian source of this system, '$suite'; run apt-get update" >&2
+        return 1
+    fi
+    ! debian_sources | grep -q '^https:' || packages+=,ca-certificates
+    if ! debootstrap --variant=minbase --include="$packages" --cache-dir="$PACKAGE_CACHE" "$suite" "$root" \
         "$uri" >"$root.log" 2>&1; then
         tail -n 20 "$root.log" >&2
         return 1
     fi
-    debian_sources | sed 's/^/deb /' >"$root/etc/apt/sources.list"
-    # How this machine reaches its sources: a proxy, an archive of a past day.
-    apt-config dump Acquire | grep -E '^Acquire::(http|https|Check-|Retries)' \
-        >"$root/etc/apt/apt.conf.d/10machine" || true
-    cp /etc/resolv.conf "$root/etc/resolv.conf"
+    debian_sources | awk '{ print "deb", $1, $2, $3 }' >"$root/etc/apt/sources.list" &&
+        apt_settings >"$root/etc/apt/apt.conf.d/10machine" &&
+        cp /etc/resolv.conf "$root/etc/resolv.conf"
 }
 
 # with_root ROOT COMMAND...: runs it where ROOT has its mounts; they and its processes end with it.

@@ -166,7 +166,7 @@ runs_lintian() {
 rm -rf "$root$work"
 install -d -m 755 "$root$work" "$root$work/old" "$root$work/new"
 install -d -m 777 "$root$work/build"
-install -m 755 "$here/with_service.sh" "$root$work"
+install -m 755 "$here/with_service.sh" "$here/wav_level.sh" "$root$work"
 cp "$packages"/*.deb "$root$work/old"
 cp "$newer"/*.deb "$root$work/new"
 say_step "packages"

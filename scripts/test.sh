@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
 STEPS=(debug clang asan tsan arm form fuzz)
-declare -A STEP_PACKAGES=([clang]="clang" [arm]="arm" [form]="lint" [fuzz]="clang fuzz")
+declare -A STEP_PACKAGES=([clang]="clang bench" [arm]="arm" [form]="lint" [fuzz]="clang fuzz")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]]...; the steps: ${STEPS[*]}" >&2
@@ -19,10 +19,11 @@ choose_steps() {
     while [ $# -gt 0 ]; do
         [ "$1" = --only ] && [ $# -ge 2 ] || usage
         IFS=, read -r -a names <<<"$2"
+        [ ${#names[@]} -gt 0 ] || usage
         for name in "${names[@]}"; do
             [[ " ${STEPS[*]} " == *" $name "* ]] || { echo "test: no step '$name'" >&2; usage; }
+            [[ " ${wanted[*]} " == *" $name "* ]] || wanted+=("$name")
         done
-        wanted+=("${names[@]}")
         shift 2
     done
     CHOSEN=("${STEPS[@]}")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # usage: wav_level.sh FILE.wav. Says how long and how loud a WAV file of 16-bit samples is; fails
-# when it holds no sound.
+# when nothing in it can be heard.
 set -euo pipefail
 file=${1:?file}
 
@@ -8,7 +8,7 @@ number() { od -An --endian=little -j "$2" -N "$3" -t "u$3" "$1" | tr -d ' '; }
 
 channels=$(number "$file" 22 2)
 rate=$(number "$file" 24 4)
-chunk=$(LC_ALL=C grep -abo -m 1 'data' "$file" | head -n 1 | cut -d: -f1)
+chunk=$(LC_ALL=C grep -abo -m 1 'data' "$file" | head -n 1 | cut -d: -f1 || true)
 [ -n "$chunk" ] || { echo "wav_level: $file has no samples" >&2; exit 1; }
 
 od -An -v --endian=little -j $((chunk + 8)) -t d2 "$file" | LC_ALL=C awk -v channels="$channels" -v rate="$rate" '
@@ -22,10 +22,10 @@ od -An -v --endian=little -j $((chunk + 8)) -t d2 "$file" | LC_ALL=C awk -v chan
         count += NF
     }
     END {
-        if (peak == 0) {
-            print "wav_level: the file holds no sound" > "/dev/stderr"
+        printf "length %.2f s at %d Hz, loudness %s on average, %s at its peak\n",
+               count / channels / rate, rate, level(count ? sqrt(squares / count) / 32768 : 0), level(peak / 32768)
+        if (peak < 1000 || count < channels * rate / 10) {
+            print "wav_level: nothing can be heard in it" > "/dev/stderr"
             exit 1
         }
-        printf "length %.2f s at %d Hz, loudness %s on average, %s at its peak\n",
-               count / channels / rate, rate, level(sqrt(squares / count) / 32768), level(peak / 32768)
     }'

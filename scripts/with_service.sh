@@ -40,8 +40,4 @@ kill "$service"
 wait "$service" || give_up "the service left with $?"
 service=
 
-# 16-bit samples behind the header of a WAV file.
-od -An -v -t d2 -w2 -j 44 "$private/spoken.wav" | awk '
-    { level = $1 < 0 ? -$1 : $1; if (level > peak) peak = level }
-    END { printf "%d samples, peak %d of 32767\n", NR, peak; exit NR < 4000 || peak < 1000 }' ||
-    give_up "no sound was made"
+"$(dirname "$0")/wav_level.sh" "$private/spoken.wav" || give_up "no sound was made"

@@ -26,8 +26,10 @@ void onEvent(unsigned event, unsigned utterance, unsigned /*detail*/) {
 
 int main(int argc, char** argv) {
     if (argc > 1 && std::string(argv[1]) == "--spawn") {
-        // A service of the user's own, where none is running. connect() shows what became of it.
-        (void)std::system("voxtrelctl --spawn status >/dev/null");
+        // A service of the user's own, where none is running.
+        if (std::system("voxtrelctl --spawn status >/dev/null") != 0) {
+            return 1;  // it has said why
+        }
         ++argv;
         --argc;
     }
