@@ -11,6 +11,7 @@
 #include <future>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "client/MutexLock.h"
 #include "client/SharedConnection.h"
@@ -62,8 +63,10 @@ const voxtrel_test::Role kConnectAgain("connect-again", [](const voxtrel_test::A
 
 constexpr int kClients = 6;
 constexpr int kKills = 25;
-// A search looks every 0.5 s; a client that is given a dead service stays in connect for 60 s.
+// A search looks every 0.5 s; a client that is given a dead service stays in connect for 60 s. A
+// busy machine may delay some, but not most.
 constexpr std::chrono::seconds kMostForOneConnect(10);
+constexpr std::chrono::seconds kMostForHalfOfThem(1);
 
 class SixClients : public testing::Test {
 protected:
@@ -82,13 +85,13 @@ protected:
         ASSERT_EQ("connected", line);
         const auto took = Clock::now() - mReady;
         EXPECT_LT(took, kMostForOneConnect);
-        mSlowest = std::max(mSlowest, took);
+        mTook.push_back(took);
     }
 
     voxtrel_test::PrivateRuntime mRuntime{VOXTREL_SERVICEMANAGER};
     ChildProcess mService = ChildProcess({"true"});
     Clock::time_point mReady;
-    Clock::duration mSlowest{};
+    std::vector<Clock::duration> mTook;
     int mDeathsTold = 0;
 };
 
@@ -101,7 +104,7 @@ TEST_F(SixClients, ThatConnectAgainAtOnceAreToldOfEachDeathAndNeverStall) {
     for (ChildProcess& client : clients) {
         expectConnected(client);
     }
-    mSlowest = {};
+    mTook.clear();
     for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
         mService.killNow();
         startService();
@@ -110,7 +113,9 @@ TEST_F(SixClients, ThatConnectAgainAtOnceAreToldOfEachDeathAndNeverStall) {
         }
     }
     EXPECT_EQ(kClients * kKills, mDeathsTold);
-    const auto slowest = std::chrono::duration_cast<std::chrono::milliseconds>(mSlowest);
+    std::sort(mTook.begin(), mTook.end());
+    EXPECT_LT(mTook.at(mTook.size() / 2), kMostForHalfOfThem);
+    const auto slowest = std::chrono::duration_cast<std::chrono::milliseconds>(mTook.back());
     std::cout << "slowest connect, from the service's return: " << slowest.count() << " ms\n";
 }
 
