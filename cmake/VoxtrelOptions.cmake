@@ -26,7 +26,9 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 find_program(VOXTREL_CCACHE ccache)
 if(VOXTREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${VOXTREL_CCACHE}")
+  # Without this it looks up nothing that uses a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      env CCACHE_SLOPPINESS=pch_defines,time_macros "${VOXTREL_CCACHE}")
 endif()
 
 include(GNUInstallDirs)
