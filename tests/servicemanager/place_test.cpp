@@ -72,12 +72,12 @@ TEST_F(ThePlace, OfALivingOneIsNotTaken) {
 
 bool isTriedByAnother(const std::string& path) {
     // The one that waits has the file open: only it and this process do.
+    using Folder = std::filesystem::directory_iterator;
     int holders = 0;
-    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-        std::error_code ignored;
-        for (const auto& entry :
-             std::filesystem::directory_iterator(process.path() / "fd", ignored)) {
-            holders += std::filesystem::read_symlink(entry.path(), ignored) == path ? 1 : 0;
+    std::error_code gone;  // processes and their files may go while they are looked at
+    for (Folder process("/proc", gone), end; process != end; process.increment(gone)) {
+        for (Folder file(process->path() / "fd", gone); file != end; file.increment(gone)) {
+            holders += std::filesystem::read_symlink(file->path(), gone) == path ? 1 : 0;
         }
     }
     return holders >= 2;

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/voxtrelctl/Spawned.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
@@ -18,9 +22,22 @@ std::string folderOf(const char* program) {
 }
 
 /// Empty for a process that has gone meanwhile, or whose file is not ours to read.
+/// Not by a stream: it throws where a process goes between opening and reading.
 std::string contentOrNothing(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    std::string content;
+    char piece[4096];
+    for (ssize_t size = 0; file >= 0 && (size = read(file, piece, sizeof(piece))) > 0;) {
+        content.append(piece, static_cast<size_t>(size));
+    }
+    close(file);
+    return content;
+}
+
+/// Of the program that runs as the process of this folder in /proc.
+std::string nameOf(const fs::path& process) {
+    const std::string command = contentOrNothing(process / "cmdline");
+    return fs::path(command.substr(0, command.find('\0'))).filename();
 }
 
 bool isNumber(const std::string& text) {
@@ -61,15 +78,13 @@ std::unique_ptr<Process> EmptyHome::spawn(const Process::Words& words) {
 
 std::vector<pid_t> EmptyHome::running(const std::string& program) const {
     std::vector<pid_t> found;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        if (!isNumber(entry.path().filename())) {
-            continue;
-        }
-        const std::string command = contentOrNothing(entry.path() / "cmdline");
-        const std::string name = fs::path(command.substr(0, command.find('\0'))).filename();
-        const std::string surroundings = contentOrNothing(entry.path() / "environ");
-        if (name == program && surroundings.find(mFolder.path("binder")) != std::string::npos) {
-            found.push_back(std::stoi(entry.path().filename()));
+    std::error_code gone;  // a process may go while the folder is read
+    for (fs::directory_iterator entry("/proc", gone), end; entry != end; entry.increment(gone)) {
+        const fs::path& process = entry->path();
+        if (isNumber(process.filename()) && nameOf(process) == program &&
+            contentOrNothing(process / "environ").find(mFolder.path("binder")) !=
+                std::string::npos) {
+            found.push_back(std::stoi(process.filename()));
         }
     }
     return found;
