@@ -25,9 +25,9 @@ protected:
     AnIdleManager() { setenv("VOXTREL_BINDER_SOCKET", socketPath().c_str(), 1); }
     std::string socketPath() const { return mFolder.path("binder"); }
 
-    static std::unique_ptr<Process> start() {
+    static std::unique_ptr<Process> start(const std::string& seconds) {
         auto manager = std::make_unique<Process>(
-            Process::Words{VOXTREL_SERVICEMANAGER, "--exit-when-idle", "1"});
+            Process::Words{VOXTREL_SERVICEMANAGER, "--exit-when-idle", seconds});
         EXPECT_TRUE(manager->awaitError("voxtrel-servicemanager: ready\n"));
         return manager;
     }
@@ -37,7 +37,7 @@ protected:
 
 TEST_F(AnIdleManager, LeavesAndTakesItsSocketAlong) {
     const auto begin = Clock::now();
-    const Outcome outcome = start()->wait();
+    const Outcome outcome = start("1")->wait();
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ("voxtrel-servicemanager: ready\nvoxtrel-servicemanager: idle\n", outcome.err);
     EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
@@ -45,14 +45,14 @@ TEST_F(AnIdleManager, LeavesAndTakesItsSocketAlong) {
 }
 
 TEST_F(AnIdleManager, StaysWhileSomebodyIsConnected) {
-    const auto manager = start();
+    const auto manager = start("5");  // long enough to connect on a busy machine
     {
         const LocalSocket client = LocalSocket::connectedTo(socketPath());
         ASSERT_TRUE(client.valid());
         // Another one shows when the time has been long enough.
         const TempFolder elsewhere;
         setenv("VOXTREL_BINDER_SOCKET", elsewhere.path("binder").c_str(), 1);
-        EXPECT_EQ(0, start()->wait().status);
+        EXPECT_EQ(0, start("6")->wait().status);
         EXPECT_TRUE(LocalSocket::connectedTo(socketPath()).valid());
     }
     EXPECT_EQ(0, manager->wait().status);
