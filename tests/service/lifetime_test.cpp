@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "tests/service/ChildProcess.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/NotifySocket.h"
 #include "tests/support/TempFolder.h"
 #include "vocabulary/Events.h"
@@ -51,6 +52,15 @@ protected:
     Process manager;
 };
 
+/// Written by a thread of its own, which readiness does not wait for.
+void expectProfile(const std::string& path) {
+    std::error_code none;
+    EXPECT_TRUE(voxtrel_test::eventually([&] {
+        const uintmax_t size = std::filesystem::file_size(path, none);
+        return !none && size > 0;
+    })) << path;
+}
+
 mode_t modeOf(const std::string& path) {
     struct stat status {};
     return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
@@ -59,8 +69,8 @@ mode_t modeOf(const std::string& path) {
 TEST_F(AServiceOfAUser, KeepsItsProfileInTheUsersStateFolder) {
     setenv("HOME", folder.path("home").c_str(), 1);
     setenv("XDG_STATE_HOME", folder.path("state").c_str(), 1);
-    start({"--user-profile"})->readUntil("voxtreld: ready");
-    EXPECT_NE("", voxtrel_test::readFile(folder.path("state/voxtrel/voxtrel.ini")));
+    const Process service = start({"--user-profile"});
+    expectProfile(folder.path("state/voxtrel/voxtrel.ini"));
     EXPECT_EQ(0700U, modeOf(folder.path("state/voxtrel")));
 }
 
@@ -69,9 +79,11 @@ TEST_F(AServiceOfAUser, KeepsItInTheHomeFolderWhenThereIsNoOtherWord) {
     setenv("HOME", folder.path("home").c_str(), 1);
     for (const char* word : {"", "relative/path"}) {
         setenv("XDG_STATE_HOME", word, 1);
-        start({"--user-profile"})->readUntil("voxtreld: ready");
-        EXPECT_NE("", voxtrel_test::readFile(folder.path("home/.local/state/voxtrel/voxtrel.ini")));
-        EXPECT_EQ(0700U, modeOf(folder.path("home/.local/state/voxtrel")));
+        {
+            const Process service = start({"--user-profile"});
+            expectProfile(folder.path("home/.local/state/voxtrel/voxtrel.ini"));
+            EXPECT_EQ(0700U, modeOf(folder.path("home/.local/state/voxtrel")));
+        }
         std::filesystem::remove_all(folder.path("home/.local"));
     }
     EXPECT_FALSE(std::filesystem::exists("relative"));
