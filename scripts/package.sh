@@ -54,6 +54,8 @@ name=voxtrel-$version
     cmake --preset package -DCMAKE_INSTALL_LIBDIR=lib -DCMAKE_SKIP_INSTALL_RPATH=OFF >/dev/null
     cmake --build --preset package
     cmake --install build/package --strip --prefix "$out/$name" >/dev/null
+    # Units name their programs by absolute paths, and a tarball may lie anywhere.
+    rm -r "$out/$name/lib/systemd"
     install -m 644 LICENSE README.md CHANGELOG.md "$out/$name/share/doc/voxtrel"
 )
 tar -C "$out" --sort=name --owner=0 --group=0 --numeric-owner --mode=go=rX,u+rw \

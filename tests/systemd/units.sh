@@ -32,10 +32,38 @@ are_shut_in() {
     done
 }
 
+# usage: value_in UNIT KEY
+value_in() {
+    sed -n "s/^$2=\([^ ]*\).*/\1/p" "$units/$1"
+}
+
+# As many starts as are allowed take less time than the one in which they are counted.
+end_trying_in_the_end() {
+    local burst wait interval
+    burst=$(value_in voxtreld.service StartLimitBurst)
+    wait=$(value_in voxtreld.service RestartSec)
+    interval=$(value_in voxtreld.service StartLimitIntervalSec)
+    echo "$burst starts, $wait s apart, within $interval s"
+    [ $((2 * burst * wait)) -le "$interval" ]
+}
+
+# Installed once more, by a relative path.
+name_the_programs_of_another_prefix() {
+    local service
+    cd "$stage"
+    cmake --install "$build" --component programs --prefix else/where >"$stage/install.log"
+    units=$stage/else/where/lib/systemd/user
+    for service in "${services[@]}"; do
+        echo "$service starts $(value_in "$service" ExecStart)"
+        [[ $(value_in "$service" ExecStart) == /* ]]
+        [ "$(value_in "$service" ExecStart)" -ef "$stage/else/where/bin/${service%.service}" ]
+    done
+}
+
 name_the_installed_programs() {
     local service program
     for service in "${services[@]}"; do
-        program=$(sed -n 's/^ExecStart=\([^ ]*\).*/\1/p' "$units/$service")
+        program=$(value_in "$service" ExecStart)
         echo "$service starts $program"
         [ "$program" = "$prefix/bin/${service%.service}" ]
         "$stage$program" --version
