@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kHelp =
     "Usage: voxtrel-servicemanager [OPTIONS]\n"
     "\n"
-    "Lets clients find the speech service by its name, in the place of a device's own service\n"
+    "Lets clients find services by their names, in the place of a device's own service\n"
     "manager. It listens at $VOXTREL_BINDER_SOCKET, else $XDG_RUNTIME_DIR/voxtrel/binder, else\n"
     "/tmp/voxtrel-UID/binder, or at the socket that systemd hands over.\n"
     "\n"

@@ -26,7 +26,7 @@ constexpr int kBacklog = 128;
 // A service manager that is alive but does not get round to answering.
 constexpr int kConnectAttempts = 100;
 constexpr int kOutOfDescriptorsMs = 10;
-constexpr int kLeavingAttempts = 500;
+constexpr int kLeavingAttempts = 5000;  // 1 ms each
 constexpr const char* kLeaving = ".leaving";
 
 bool fill(const std::string& path, sockaddr_un* address) {
