@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "tools/Commands.h"
 #include "tools/Doctor.h"
@@ -38,15 +39,16 @@ Reach askService(const android::sp<android::IBinder>& binder) {
 
 /// A service that hangs would keep this thread for ever, so another one asks.
 Reach askInTime(const android::sp<android::IBinder>& binder) {
-    std::thread([binder] {
+    std::thread asker([binder] {
         const auto reach = static_cast<int>(askService(binder));
         EventQueue::instance().post({Notice::Source::Connected, {}, reach});
-    }).detach();
+    });
     const Notice notice = EventQueue::instance().next(
         EventQueue::Clock::now() + kAnswerPatience,
         [](const Notice& n) { return n.source == Notice::Source::Connected; });
-    return notice.source == Notice::Source::Connected ? static_cast<Reach>(notice.status)
-                                                      : Reach::NoAnswer;
+    const bool answered = notice.source == Notice::Source::Connected;
+    settle(std::move(asker), answered);
+    return answered ? static_cast<Reach>(notice.status) : Reach::NoAnswer;
 }
 
 Reach findReach() {

@@ -2,6 +2,8 @@
 #include "tools/Platform.h"
 
 #include <cstdlib>
+#include <iostream>
+#include <utility>
 
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
@@ -9,6 +11,11 @@
 #include "tools/EventQueue.h"
 
 namespace voxtrelctl {
+namespace {
+
+bool gThreadIsInCall = false;
+
+}  // namespace
 
 void startBinderThreads() {
     (void)EventQueue::instance();  // from here on the signals are its business in every thread
@@ -26,6 +33,23 @@ bool isServiceRegistered() {
 bool isServiceManagerThere() {
     const auto manager = android::ProcessState::self()->getContextObject(nullptr);
     return manager != nullptr && manager->pingBinder() == android::OK;
+}
+
+void settle(std::thread asker, bool answered) {
+    if (answered) {
+        asker.join();
+        return;
+    }
+    asker.detach();
+    gThreadIsInCall = true;
+}
+
+int leave(int status) {
+    if (gThreadIsInCall) {
+        std::cout.flush();
+        std::_Exit(status);
+    }
+    return status;
 }
 
 void quietLog(bool verbose) {

@@ -2,6 +2,8 @@
 #ifndef VOXTREL_TOOLS_PLATFORM_H
 #define VOXTREL_TOOLS_PLATFORM_H
 
+#include <thread>
+
 #include "client/TTSClientPrivate.h"
 
 namespace voxtrelctl {
@@ -20,6 +22,14 @@ bool isServiceRegistered();
 
 /// True when a service manager answers.
 bool isServiceManagerThere();
+
+/// Ends with a thread that asked a service: joins one that was answered. One that was not may be in
+/// its call for ever, and leave() goes without it. Called on: the main thread.
+void settle(std::thread asker, bool answered);
+
+/// What main returns: `status`. Ends the process here when a thread is still in a call, for that
+/// thread needs the objects that returning destroys. Called on: the main thread.
+int leave(int status);
 
 /// Chooses what the platform's log shows: only what is asked for, because the retry lines of the
 /// library say the same as this program's own progress and error lines. An environment that sets

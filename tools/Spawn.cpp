@@ -13,7 +13,7 @@
 #include <system_error>
 #include <thread>
 
-#include "binder/transport/SocketPath.h"
+#include "binder/ServiceManagerSocket.h"
 #include "tools/Daemon.h"
 #include "tools/Errors.h"
 #include "tools/EventQueue.h"
@@ -29,16 +29,19 @@ constexpr auto kNoticeable = std::chrono::milliseconds(800);
 /// Voices come from a disk that may be slow; the client library waits as long for them.
 constexpr auto kPatience = std::chrono::seconds(60);
 constexpr auto kAnswerPatience = std::chrono::seconds(5);
+/// Who has started the service manager, such as a unit of systemd's, may start the service next.
+constexpr auto kRegistrationPatience = std::chrono::seconds(5);
 constexpr const char* kIdleSeconds = "300";
 
 enum class Answer { No, NotReady, Ready, Hangs };
 
 /// Looks again and again until `isDone`, and says whether it was in time. Ctrl-C ends the process.
-bool await(Terminal& terminal, const std::string& what, const std::function<bool()>& isDone) {
+bool await(Terminal& terminal, const std::string& what, Clock::duration patience,
+           const std::function<bool()>& isDone) {
     const auto begin = Clock::now();
     while (!isDone()) {
         const auto passed = Clock::now() - begin;
-        if (passed > kPatience) {
+        if (passed > patience) {
             return false;
         }
         if (passed > kNoticeable) {
@@ -61,17 +64,16 @@ bool await(Terminal& terminal, const std::string& what, const std::function<bool
 class SpawnLock {
 public:
     explicit SpawnLock(Terminal& terminal) {
-        const std::string socket = android::transport::socketPath();
-        android::transport::makeFolderOf(socket);
-        const std::string path = socket + ".spawn";
+        const bool isOurs = android::makeServiceManagerFolder();
+        const std::string path = android::serviceManagerSocket() + ".spawn";
         mFile = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-        if (mFile < 0 || !android::transport::folderIsTrusted(socket)) {
+        if (mFile < 0 || !isOurs) {
             const int error = mFile < 0 ? errno : EPERM;
             throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
                           "cannot use " + path + ": " + std::generic_category().message(error),
                           "set VOXTREL_BINDER_SOCKET to a path in a folder of your own");
         }
-        if (!await(terminal, "waiting for another voxtrelctl that starts the service",
+        if (!await(terminal, "waiting for another voxtrelctl that starts the service", kPatience,
                    [this] { return flock(mFile, LOCK_EX | LOCK_NB) == 0; })) {
             throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
                           "another voxtrelctl has been starting the service for a minute",
@@ -103,16 +105,17 @@ Answer askInTime() {
     }
     std::packaged_task<Answer()> question([service] { return ask(service); });
     std::future<Answer> answer = question.get_future();
-    std::thread(std::move(question)).detach();
-    return answer.wait_for(kAnswerPatience) == std::future_status::ready ? answer.get()
-                                                                         : Answer::Hangs;
+    std::thread asker(std::move(question));
+    const bool answered = answer.wait_for(kAnswerPatience) == std::future_status::ready;
+    settle(std::move(asker), answered);
+    return answered ? answer.get() : Answer::Hangs;
 }
 
 /// Waits until a program that was started can be used.
 void awaitUsable(Terminal& terminal, Daemon& daemon, const std::string& name,
                  const std::function<bool()>& isUsable) {
     bool usable = false;
-    const bool settled = await(terminal, name + " has been started", [&] {
+    const bool settled = await(terminal, name + " has been started", kPatience, [&] {
         usable = isUsable();
         return usable || daemon.hasEnded();
     });
@@ -125,19 +128,26 @@ void awaitUsable(Terminal& terminal, Daemon& daemon, const std::string& name,
     throw Failure(TTS::STATUS_SERVICE_NOT_FOUND, detail, "see " + daemon.logPath());
 }
 
-void ensureManager(Terminal& terminal) {
+/// @return whether it had to be started.
+bool ensureManager(Terminal& terminal) {
     if (isServiceManagerThere()) {
-        return;
+        return false;
     }
     const std::string name = "voxtrel-servicemanager";
     Daemon daemon(name, {"--exit-when-idle", kIdleSeconds, "--log-level", "info"});
     awaitUsable(terminal, daemon, name, [] { return isServiceManagerThere(); });
+    return true;
+}
+
+void awaitRegistration(Terminal& terminal) {
+    (void)await(terminal, "waiting for a service that may be about to start", kRegistrationPatience,
+                isServiceRegistered);
 }
 
 /// One that is there but hangs is left to the command, which says so.
 void ensureService(Terminal& terminal) {
     Answer answer = Answer::No;
-    (void)await(terminal, "the service is there and loads its voices", [&answer] {
+    (void)await(terminal, "the service is there and loads its voices", kPatience, [&answer] {
         answer = askInTime();
         return answer != Answer::NotReady;
     });
@@ -155,7 +165,9 @@ void ensureService(Terminal& terminal) {
 void ensureRunning(Terminal& terminal) {
     startBinderThreads();
     const SpawnLock lock(terminal);
-    ensureManager(terminal);
+    if (!ensureManager(terminal)) {
+        awaitRegistration(terminal);
+    }
     ensureService(terminal);
 }
 

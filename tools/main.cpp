@@ -66,9 +66,9 @@ int run(const Options& options) {
 
 int main(int argc, char** argv) {
     try {
-        return run(parseArguments(argc, argv));
+        return leave(run(parseArguments(argc, argv)));
     } catch (const std::exception& error) {
         std::cerr << "voxtrelctl: " << error.what() << "\n";
-        return EXIT_FAILURE;
+        return leave(EXIT_FAILURE);
     }
 }

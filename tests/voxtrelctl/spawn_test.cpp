@@ -48,7 +48,9 @@ TEST(Spawning, StartsWhatIsMissingAndSpeaks) {
         EXPECT_EQ(program + std::string(": ready\n"),
                   home.logOf(program).substr(0, strlen(program) + 8));
     }
-    EXPECT_NE("", readFile(home.path("state/voxtrel/voxtrel.ini")));
+    // The profile is written by a thread of its own.
+    EXPECT_TRUE(eventually(
+        [&] { return std::filesystem::exists(home.path("state/voxtrel/voxtrel.ini")); }));
     struct stat status {};
     ASSERT_EQ(0, stat(home.path("state/voxtrel").c_str(), &status));
     EXPECT_EQ(0700U, status.st_mode & 07777);
@@ -69,6 +71,37 @@ TEST(Spawning, StartsOnlyTheServiceWhereThereIsAManager) {
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_EQ(std::vector<pid_t>{manager.pid()}, home.running("voxtrel-servicemanager"));
     EXPECT_EQ(1U, home.running("voxtreld").size());
+}
+
+TEST(Spawning, WaitsForTheServiceOfWhoStartedTheManager) {
+    const EmptyHome home;
+    const Process manager({VOXTREL_SERVICEMANAGER_PROGRAM});
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.path("binder")); }));
+    const auto speaker = EmptyHome::spawn({"say", "--wait", "Hello."});
+    ASSERT_TRUE(speaker->awaitError("waiting for a service that may be about to start"));
+    EXPECT_TRUE(home.running("voxtreld").empty());
+    const Process service({VOXTREL_SERVICE_PROGRAM, "--user-profile"});
+    const Outcome outcome = speaker->wait();
+    EXPECT_EQ(0, outcome.status) << outcome.err;
+    EXPECT_EQ(std::vector<pid_t>{service.pid()}, home.running("voxtreld"));
+    EXPECT_FALSE(std::filesystem::exists(home.path("state/voxtrel/voxtreld.log")));
+}
+
+TEST(Spawning, DoesNotWaitForAnotherServiceBesideItsOwnManager) {
+    const EmptyHome home;
+    const Outcome outcome = EmptyHome::spawn({"status"})->wait();
+    EXPECT_EQ(0, outcome.status) << outcome.err;
+    EXPECT_EQ(std::string::npos, outcome.err.find("may be about to start")) << outcome.err;
+}
+
+TEST(Spawning, LeavesAServiceThatHangsToTheCommand) {
+    Device device;
+    device.startService({"--sink", "none"});
+    ASSERT_EQ(0, kill(device.servicePid(), SIGSTOP));
+    const Outcome outcome = device.ctl({"--spawn", "doctor"});
+    ASSERT_EQ(0, kill(device.servicePid(), SIGCONT));
+    EXPECT_EQ(1, outcome.status);
+    EXPECT_NE(std::string::npos, outcome.out.find("!!  answer")) << outcome.out;
 }
 
 TEST(Spawning, LeavesAPipeAlone) {

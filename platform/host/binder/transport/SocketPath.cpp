@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 
+#include "binder/ServiceManagerSocket.h"
+
 namespace android::transport {
 
 namespace {
@@ -54,3 +56,17 @@ bool isPrivateTo(uid_t user, const std::string& folder) {
 }
 
 }  // namespace android::transport
+
+namespace android {
+
+std::string serviceManagerSocket() {
+    return transport::socketPath();
+}
+
+bool makeServiceManagerFolder() {
+    const std::string path = transport::socketPath();
+    transport::makeFolderOf(path);
+    return transport::folderIsTrusted(path);
+}
+
+}  // namespace android
