@@ -35,7 +35,15 @@ bool makeFolders(const std::string& folder) {
          end = folder.find('/', end + 1)) {
         (void)mkdir(folder.substr(0, end).c_str(), 0700);  // the last one shows what became of it
     }
-    return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST;
+    if (mkdir(folder.c_str(), 0700) == 0) {
+        return true;
+    }
+    struct stat status {};
+    if (errno != EEXIST || stat(folder.c_str(), &status) != 0) {
+        return false;
+    }
+    errno = ENOTDIR;
+    return S_ISDIR(status.st_mode);
 }
 
 }  // namespace
