@@ -138,11 +138,11 @@ protected:
     }
     /// The service that was started last.
     Festival connect() {
-        const android::String16 name("tavix.ITextToSpeechFestival");
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (std::chrono::steady_clock::now() < deadline) {
             const android::sp<android::IBinder> found =
-                android::defaultServiceManager()->getService(name);
+                android::defaultServiceManager()->getService(
+                    TTS::ITextToSpeechFestival::descriptor);
             if (found != nullptr && found->pingBinder() == android::OK) {
                 return TTS::ITextToSpeechFestival::asInterface(found);
             }

@@ -187,17 +187,21 @@ TEST_F(AJournal, SaysWhyItCannotBeWritten) {
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t size) {
-        std::signal(SIGXFSZ, SIG_IGN);
+        mUsualHandler = std::signal(SIGXFSZ, SIG_IGN);
         getrlimit(RLIMIT_FSIZE, &mUsual);
         const rlimit small = {size, mUsual.rlim_max};
         setrlimit(RLIMIT_FSIZE, &small);
     }
-    ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &mUsual); }
+    ~SizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &mUsual);
+        std::signal(SIGXFSZ, mUsualHandler);
+    }
     SizeLimit(const SizeLimit&) = delete;
     SizeLimit& operator=(const SizeLimit&) = delete;
 
 private:
     rlimit mUsual = {};
+    void (*mUsualHandler)(int) = SIG_DFL;
 };
 
 TEST_F(AJournal, ThatMeetsAFullDiskKeepsTheStateBeforeAndGoesOnWhenThereIsRoom) {
