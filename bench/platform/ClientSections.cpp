@@ -109,7 +109,7 @@ void growth(const Setting& setting) {
     std::vector<double> latencies;
     const double serviceBefore = privateMemory(service.pid());
     const double managerBefore = privateMemory(setting.runtime.manager().pid());
-    for (const size_t wanted : {1, 8, 64, 256}) {
+    for (const size_t wanted : {1U, 8U, 64U, 256U}) {
         while (clients.size() < wanted) {
             clients.push_back(
                 std::make_unique<ChildProcess>(ChildProcess::asRole("bench-application")));
