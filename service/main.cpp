@@ -18,6 +18,7 @@
 #include "service/Mixer.h"
 #include "service/Options.h"
 #include "service/Preconditions.h"
+#include "service/ProfileLock.h"
 #include "service/ProfileStore.h"
 #include "service/Readiness.h"
 #include "service/Sink.h"
@@ -41,12 +42,8 @@ Caller binderCaller() {
 }
 
 /// Makes the parts and runs them until a signal ends the process, or nobody needs it any more.
-int run(const Options& options) {
-    const sigset_t signals = blockSignals();
+int serve(const Options& options, const sigset_t& signals) {
     std::string error;
-    if (!isUsableProfile(options.profile, error) || !haveDescriptors(error)) {
-        return fail(error);
-    }
     std::unique_ptr<Sink> sink = makeSink(options.sink, options.realTime, error);
     if (sink == nullptr) {
         return fail(error);
@@ -97,6 +94,26 @@ int run(const Options& options) {
     }
     logLine(LogLevel::Info, reason);
     return EXIT_SUCCESS;
+}
+
+int run(const Options& options) {
+    constexpr std::chrono::seconds kPatience(5);
+    const sigset_t signals = blockSignals();
+    std::string error;
+    if (!isUsableProfile(options.profile, error) || !haveDescriptors(error)) {
+        return fail(error);
+    }
+    switch (lockProfile(options.profile, signals, kPatience, logLine)) {
+        case ProfileLock::OfAnother:
+            return fail("another voxtreld uses the profile '" + options.profile +
+                        "': end that one, or name another file with --profile");
+        case ProfileLock::Interrupted:
+            logLine(LogLevel::Info, "stopped while another voxtreld used the profile");
+            return EXIT_SUCCESS;
+        case ProfileLock::Ours:
+            break;
+    }
+    return serve(options, signals);
 }
 
 }  // namespace
