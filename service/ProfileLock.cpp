@@ -13,7 +13,8 @@
 namespace voxtreld {
 namespace {
 
-/// A FIFO must not hang us, and a link must not lead us to another file. -1, with errno, on failure.
+/// A FIFO must not hang us, and a link must not lead us to another file. -1, with errno, on
+/// failure.
 int openLock(const std::string& path) {
     const int file =
         open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);

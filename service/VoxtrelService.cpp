@@ -139,22 +139,15 @@ int VoxtrelService::answered(const char* operation, int status) {
     return status;
 }
 
-int VoxtrelService::admitChange(unsigned pid, const char* operation) {
-    const int status = admit(pid, operation);
-    if (status != STATUS_OK) {
-        return status;
-    }
+int VoxtrelService::mayChange(unsigned pid) const {
     if (mClients.isDead(pid)) {
         return STATUS_PERMISSION_DENIED;  // the last words of a client that is being forgotten
     }
     return mLockOwner == 0 || mLockOwner == pid ? STATUS_OK : STATUS_LOCKED;
 }
 
-int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
-                            const char* operation) {
-    const uint32_t id = utterance.id;
-    const MutexLock lock(mMutex);
-    int status = admitChange(utterance.pid, operation);
+int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
+    int status = mayChange(utterance.pid);
     if (status == STATUS_OK && !mSettings.enabled()) {
         status = STATUS_DISABLED;
     }
@@ -167,8 +160,21 @@ int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
     if (status == STATUS_OK && !mQueue->push(std::move(utterance))) {
         status = STATUS_QUEUE_FULL;
     }
-    if (status != STATUS_OK) {
-        mClients.tell(mCaller().pid, EVENT_STOPPED, id, static_cast<uint32_t>(status));
+    return status;
+}
+
+int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
+                            const char* operation) {
+    const uint32_t id = utterance.id;
+    int status = admit(utterance.pid, operation);
+    {
+        const MutexLock lock(mMutex);
+        if (status == STATUS_OK) {
+            status = accept(std::move(utterance), asked);
+        }
+        if (status != STATUS_OK) {
+            mClients.tell(mCaller().pid, EVENT_STOPPED, id, static_cast<uint32_t>(status));
+        }
     }
     return answered(operation, status);
 }
@@ -195,22 +201,33 @@ int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsig
 }
 
 int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
+    const int status = admit(pid, "stopAndFlush");
+    return status != STATUS_OK ? status : answered("stopAndFlush", flush(pid, arg));
+}
+
+int VoxtrelService::flush(unsigned pid, unsigned arg) {
     const MutexLock lock(mMutex);
-    const int status = admitChange(pid, "stopAndFlush");
-    if (status == STATUS_LOCKED) {
-        mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
-    }
+    const int status = mayChangeOrIsTold(pid);
     if (status != STATUS_OK) {
-        return answered("stopAndFlush", status);
+        return status;
     }
     if (arg == FLUSH_EVERYTHING) {
         mQueue->drop(std::nullopt, STATUS_OK);
     } else if (arg == FLUSH_OWN) {
         mQueue->drop(pid, STATUS_OK);
     } else {
-        return answered("stopAndFlush", STATUS_BAD_PARAMETER);
+        return STATUS_BAD_PARAMETER;
     }
     return STATUS_OK;
+}
+
+/// Who is refused because of the lock is told who holds it.
+int VoxtrelService::mayChangeOrIsTold(unsigned pid) {
+    const int status = mayChange(pid);
+    if (status == STATUS_LOCKED) {
+        mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
+    }
+    return status;
 }
 
 int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallback>& cb) {
@@ -231,14 +248,21 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     if (added != STATUS_OK) {
         return answered("registerCallback", added);
     }
-    const MutexLock lock(mMutex);
-    if (mClosed) {  // before this client was there to be seen
-        (void)mClients.remove(pid);
+    if (!stays(pid)) {
         return answered("registerCallback", STATUS_BAD_PARAMETER);
     }
     mLog(LogLevel::Debug,
          "process " + std::to_string(pid) + " of user " + std::to_string(user) + " has come");
     return STATUS_OK;
+}
+
+/// False, and it is forgotten, for a client that came when the service was already to end.
+bool VoxtrelService::stays(unsigned pid) {
+    const MutexLock lock(mMutex);
+    if (mClosed) {
+        (void)mClients.remove(pid);
+    }
+    return !mClosed;
 }
 
 int VoxtrelService::deregisterCallback(unsigned pid) {
@@ -274,13 +298,15 @@ void VoxtrelService::setLockOwner(uint32_t pid) {
 }
 
 int VoxtrelService::lock(unsigned pid) {
+    const int status = admit(pid, "lock");
+    return status != STATUS_OK ? status : answered("lock", takeLock(pid));
+}
+
+int VoxtrelService::takeLock(unsigned pid) {
     const MutexLock lock(mMutex);
-    const int status = admitChange(pid, "lock");
-    if (status == STATUS_LOCKED) {
-        mClients.tell(pid, EVENT_STATE, STATE_LOCK, mLockOwner);
-    }
+    const int status = mayChangeOrIsTold(pid);
     if (status != STATUS_OK) {
-        return answered("lock", status);
+        return status;
     }
     if (!mClients.contains(pid)) {
         return STATUS_PERMISSION_DENIED;  // nothing would free the lock when this process dies
@@ -293,10 +319,15 @@ int VoxtrelService::lock(unsigned pid) {
 }
 
 int VoxtrelService::unlock(unsigned pid) {
+    const int status = admit(pid, "unlock");
+    return status != STATUS_OK ? status : answered("unlock", freeLock(pid));
+}
+
+int VoxtrelService::freeLock(unsigned pid) {
     const MutexLock lock(mMutex);
-    const int status = admitChange(pid, "unlock");
+    const int status = mayChange(pid);
     if (status != STATUS_OK) {
-        return answered("unlock", status);
+        return status;
     }
     if (mLockOwner == 0) {
         return 1;

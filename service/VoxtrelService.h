@@ -32,8 +32,8 @@ namespace voxtreld {
 /// `say` and `silence` travel one way, so what becomes of them is told by events.
 ///
 /// Called on: binder threads, any number at once; no request waits for sound, disks or clients.
-/// Locks: one of its own, taken before those of its parts. The runtime may hold the
-/// service longer than its maker does, so it keeps its parts itself.
+/// Locks: one of its own, taken before those of its parts, and not while it logs. The runtime may
+/// hold the service longer than its maker does, so it keeps its parts itself.
 class VoxtrelService : public TTS::BnTextToSpeechFestival {
 public:
     using CallerSource = std::function<Caller()>;
@@ -101,7 +101,14 @@ private:
     int answered(const char* operation, int status);
     bool isFrom(const Caller& caller, unsigned pid) const;
     int admit(unsigned pid, const char* operation);
-    int admitChange(unsigned pid, const char* operation) VOXTRELD_REQUIRES(mMutex);
+    int mayChange(unsigned pid) const VOXTRELD_REQUIRES(mMutex);
+    int mayChangeOrIsTold(unsigned pid) VOXTRELD_REQUIRES(mMutex);
+    int accept(Utterance utterance, const SpeechSettings& asked) VOXTRELD_REQUIRES(mMutex);
+    int flush(unsigned pid, unsigned arg);
+    int takeLock(unsigned pid);
+    int freeLock(unsigned pid);
+    bool stays(unsigned pid);
+    int applied(unsigned pid, uint32_t state, const Change& apply);
     int enqueue(Utterance utterance, const SpeechSettings& asked, const char* operation);
     int change(unsigned pid, const char* operation, uint32_t state, const Change& apply);
     int switchSpeech(unsigned pid, const char* operation, bool on);

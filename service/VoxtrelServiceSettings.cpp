@@ -33,17 +33,22 @@ void VoxtrelService::keep(uint32_t state) {
 
 int VoxtrelService::change(unsigned pid, const char* operation, uint32_t state,
                            const Change& apply) {
+    const int status = admit(pid, operation);
+    return status != STATUS_OK ? status : answered(operation, applied(pid, state, apply));
+}
+
+int VoxtrelService::applied(unsigned pid, uint32_t state, const Change& apply) {
     const MutexLock lock(mMutex);
-    int status = admitChange(pid, operation);
+    int status = mayChange(pid);
     if (status != STATUS_OK) {
-        return answered(operation, status);
+        return status;
     }
     const GlobalSettings before = mSettings;
     status = apply(mSettings);
     if (status == STATUS_OK && !mSettings.isSameAs(before)) {
         keep(state);
     }
-    return answered(operation, status);
+    return status;
 }
 
 int VoxtrelService::switchSpeech(unsigned pid, const char* operation, bool on) {

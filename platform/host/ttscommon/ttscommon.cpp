@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ttscommon/ttscommon.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
-#include "binder/transport/LogLevel.h"
+#include "binder/transport/Log.h"
 
 namespace {
+
+// Constant from the start: a forked child may log while the parent made its first line.
+android::transport::LineLog gLog;
 
 const char* environment(const char* name, const char* otherwise) {
     const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read while loading
@@ -29,6 +33,17 @@ android::transport::LogLevel clamped(int level) {
                         : LogLevel::Debug;
 }
 
+std::string formatted(const char* format, va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is in the caller
+    const int size = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    std::string text(size > 0 ? static_cast<size_t>(size) : 0, '\0');
+    (void)std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
+}
+
 }  // namespace
 
 const char* INI_LANGUAGE_WITH_VOICES = environment("VOXTREL_LANGUAGE_WITH_VOICES", "");
@@ -37,11 +52,9 @@ void dbgPrint(int level, const char* fmt, ...) {
     if (level > threshold()) {
         return;
     }
-    const std::string format = std::string(android::transport::journalPrefix(clamped(level))) + fmt;
     va_list arguments;
     va_start(arguments, fmt);
-    // A line that cannot be written is lost: there is nowhere to say so.
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is in this function
-    (void)std::vfprintf(stderr, format.c_str(), arguments);
+    const std::string text = formatted(fmt, arguments);
     va_end(arguments);
+    gLog.writeAsItIs(program_invocation_short_name, text, clamped(level));
 }

@@ -6,7 +6,9 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
@@ -59,28 +61,36 @@ bool waitForRoom(std::chrono::milliseconds patience) {
 }
 
 // Another thread or process may have filled the room since it was looked for; files never do.
-ssize_t writeWithoutWaiting(std::string& text) {
+ssize_t writeWithoutWaiting(char* text, size_t size) {
     struct stat status = {};
     if (fstat(STDERR_FILENO, &status) == 0 && !S_ISREG(status.st_mode)) {
-        const iovec part = {text.data(), text.size()};
+        const iovec part = {text, size};
         const ssize_t done = pwritev2(STDERR_FILENO, &part, 1, -1, RWF_NOWAIT);
         if (done >= 0 || errno == EAGAIN || errno == EPIPE) {
             return done;
         }
     }
-    return ::write(STDERR_FILENO, text.data(), text.size());  // for what cannot be told not to wait
+    return ::write(STDERR_FILENO, text, size);  // for what cannot be told not to wait
 }
 
 bool writePiece(std::string& text, std::chrono::milliseconds patience) {
     const PipeSignalGuard guard;
-    if (!waitForRoom(patience)) {
-        return false;
+    for (size_t begin = 0; begin < text.size();) {
+        if (!waitForRoom(patience)) {
+            return false;
+        }
+        // A pipe that has room has it for so much, and takes it in one piece.
+        const size_t size = std::min(text.size() - begin, static_cast<size_t>(PIPE_BUF));
+        const ssize_t done = writeWithoutWaiting(&text[begin], size);
+        if (done < 0 && errno == EPIPE) {
+            guard.consume();
+        }
+        if (done <= 0) {
+            return false;
+        }
+        begin += static_cast<size_t>(done);
     }
-    const ssize_t done = writeWithoutWaiting(text);
-    if (done < 0 && errno == EPIPE) {
-        guard.consume();
-    }
-    return done >= 0;
+    return true;
 }
 
 std::string formatted(const char* format, va_list arguments) {
@@ -110,13 +120,17 @@ int LogAllowance::take(Time now) {
 }
 
 void LineLog::write(const std::string& name, const std::string& text, LogLevel level) {
+    put(name, name + ": " + text + "\n", level, 0);
+}
+
+void LineLog::writeAsItIs(const std::string& name, const std::string& text, LogLevel level) {
     put(name, text, level, 0);
 }
 
 void LineLog::writeLimited(const std::string& name, const std::string& text, LogLevel level) {
     const int refused = take();
     if (refused >= 0) {
-        put(name, text, level, refused);
+        put(name, name + ": " + text + "\n", level, refused);
     }
 }
 
@@ -125,7 +139,7 @@ int LineLog::take() {
     return mAllowance.take(std::chrono::steady_clock::now());
 }
 
-void LineLog::put(const std::string& name, const std::string& text, LogLevel level, int refused) {
+void LineLog::put(const std::string& name, const std::string& line, LogLevel level, int refused) {
     const int lost = mLost.exchange(0);
     const int missing = refused + lost;
     std::string piece;
@@ -133,7 +147,7 @@ void LineLog::put(const std::string& name, const std::string& text, LogLevel lev
         piece = journalPrefix(LogLevel::Warning) + name + ": " + std::to_string(missing) +
                 " lines were left out\n";
     }
-    piece += journalPrefix(level) + name + ": " + text + "\n";
+    piece += journalPrefix(level) + line;
     // Who reads nothing costs one wait, not one for each line.
     if (!writePiece(piece, lost > 0 ? std::chrono::milliseconds(0) : kPatience)) {
         mLost += missing + 1;

@@ -55,10 +55,13 @@ public:
     /// The same for what others can cause again and again.
     void writeLimited(const std::string& name, const std::string& text,
                       LogLevel level = LogLevel::Warning);
+    /// The text as it is, with nothing in front and no line end added; `name` is for the line that
+    /// says how many were left out.
+    void writeAsItIs(const std::string& name, const std::string& text, LogLevel level);
 
 private:
     int take();
-    void put(const std::string& name, const std::string& text, LogLevel level, int refused);
+    void put(const std::string& name, const std::string& line, LogLevel level, int refused);
 
     Mutex mLock;
     LogAllowance mAllowance PLATFORM_GUARDED_BY(mLock);
