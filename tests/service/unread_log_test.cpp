@@ -20,8 +20,7 @@ TEST(AServiceWhoseLogNobodyReads, StillServes) {
     ChildProcess manager({VOXTREL_SERVICE_MANAGER});
     manager.readUntil("voxtrel-servicemanager: ready");
     // The shell fills its pipe of 64 KiB to the last byte.
-    ChildProcess service({"/bin/sh", "-c",
-                          "head -c 65536 /dev/zero && exec \"$0\" \"$@\"",
+    ChildProcess service({"/bin/sh", "-c", "head -c 65536 /dev/zero && exec \"$0\" \"$@\"",
                           VOXTREL_SERVICE, "--sink", "none", "--log-level", "debug", "--profile",
                           folder.path("voxtrel.ini")});
     for (int i = 0; i < 20; ++i) {
