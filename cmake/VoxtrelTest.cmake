@@ -48,7 +48,7 @@ function(voxtrel_test name)
     math(EXPR limit "${TEST_TIMEOUT} * 5")
     math(EXPR late "${limit} + 30") # the script stops the program itself and says where it was
     add_test(NAME ${name}:together
-      COMMAND Python3::Interpreter "${CMAKE_SOURCE_DIR}/scripts/grouped_tests.py" run
+      COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/scripts/grouped_tests.py" run
               "${CMAKE_BINARY_DIR}/grouped-tests/${name}.journal" ${limit} "${shared}"
               ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:${name}>")
     set_tests_properties(${name}:together PROPERTIES TIMEOUT ${late} LABELS "${TEST_LABELS}"
