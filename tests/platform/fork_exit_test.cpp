@@ -123,6 +123,8 @@ TEST_F(AForkedChildThatExits, TakesNothingFromItsParent) {
 TEST_F(AForkedChildThatExits, LosesNoneOfItsParentsOneWayCalls) {
     ChildProcess parent = ChildProcess::asRole("forking-parent");
     ASSERT_EQ("0 0 noted", parent.ask("fork"));
+    // Calls of another process may overtake them.
+    ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == 2; }));
     Call block;
     ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
     ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));
