@@ -344,13 +344,11 @@ Starvation::~Starvation() {
     }
 }
 
-int descriptors() {
-    return descriptorsOf(getpid());
-}
+namespace {
 
-int descriptorsOf(pid_t pid) {
+int entriesOf(const std::string& path) {
     int count = 0;
-    DIR* folder = opendir(("/proc/" + std::to_string(pid) + "/fd").c_str());
+    DIR* folder = opendir(path.c_str());
     while (folder != nullptr && readdir(folder) != nullptr) {  // NOLINT(concurrency-mt-unsafe)
         ++count;
     }
@@ -358,6 +356,20 @@ int descriptorsOf(pid_t pid) {
         closedir(folder);
     }
     return count;
+}
+
+}  // namespace
+
+int descriptors() {
+    return descriptorsOf(getpid());
+}
+
+int descriptorsOf(pid_t pid) {
+    return entriesOf("/proc/" + std::to_string(pid) + "/fd");
+}
+
+int threadsOf(pid_t pid) {
+    return entriesOf("/proc/" + std::to_string(pid) + "/task");
 }
 
 long residentKiB(pid_t pid) {

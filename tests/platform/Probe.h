@@ -116,6 +116,8 @@ private:
 /// Open descriptors of this process.
 int descriptors();
 int descriptorsOf(pid_t pid);
+/// The threads that a process has.
+int threadsOf(pid_t pid);
 /// Memory of a process that is in use, in KiB.
 long residentKiB(pid_t pid);
 
