@@ -10,12 +10,11 @@ declare -A PACKAGES=(
              libasound2-dev libcli11-dev nlohmann-json3-dev"
     [build]="ccache libgtest-dev libgmock-dev python3 util-linux mandoc man-db libsystemd-dev
              systemd"
-    [clang]="clang-14"
+    [clang]="clang-14 libclang-rt-14-dev"
     [package]="build-essential debhelper cmake ninja-build pkg-config libasound2-dev libcli11-dev
                libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind"
-    [fuzz]="libclang-rt-14-dev"
     [coverage]="gcovr"
     [lint]="clang-format-14 clang-tidy-14"
     [terminal]="tmux"
@@ -72,6 +71,9 @@ need_packages() {
 
 jobs_here() { nproc; }
 
+# Most tests wait for processes more than they compute.
+test_jobs_here() { echo $((3 * $(nproc))); }
+
 # Sources that are ours to format and lint.
 own_sources() {
     git ls-files '*.h' '*.cpp' 2>/dev/null
@@ -104,7 +106,7 @@ run_ctest() {
     local reports="build/$preset/sanitizer-reports" journals="build/$preset/grouped-tests"
     rm -rf "$reports" "$journals"
     mkdir -p "$reports" "$journals"
-    ctest --test-dir "build/$preset" -j "$(jobs_here)" --output-on-failure --no-tests=error "$@" \
+    ctest --test-dir "build/$preset" -j "$(test_jobs_here)" --output-on-failure --no-tests=error "$@" \
         >"$log" 2>&1 || true
     summary=$(grep -E 'tests passed, [0-9]+ tests failed out of [0-9]+' "$log" || true)
     if [ -z "$summary" ]; then

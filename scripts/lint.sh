@@ -4,8 +4,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 scripts/format_check.sh
-cmake --preset clang >/dev/null
+cmake --preset asan >/dev/null
 git ls-files 'vocabulary/*.cpp' 'ipc/*.cpp' 'profile/*.cpp' 'client/*.cpp' 'platform/*.cpp' \
     'service/*.cpp' 'tools/*.cpp' |
-    xargs -r -P "$(jobs_here)" -n 4 clang-tidy-14 --quiet -p build/clang
+    xargs -r -P "$(jobs_here)" -n 4 clang-tidy-14 --quiet -p build/asan
 say "clang-tidy: clean"

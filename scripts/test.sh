@@ -5,8 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-STEPS=(debug clang asan tsan arm form fuzz)
-declare -A STEP_PACKAGES=([clang]="clang bench" [arm]="arm" [form]="lint" [fuzz]="clang fuzz")
+STEPS=(debug asan tsan arm form fuzz)
+declare -A STEP_PACKAGES=([asan]="clang bench" [tsan]="clang" [arm]="arm" [form]="lint" [fuzz]="clang")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]]...; the steps: ${STEPS[*]}" >&2

@@ -56,6 +56,7 @@ TEST_F(ANewClient, EmptiesTheSharedProxyAfterItsLogLine) {
     bool wasSet = false;
     platform::onLog([&wasSet] { wasSet = TTS::gttsbinder != nullptr; });
     const TTSClientPrivate another("second", nullptr);
+    platform::onLog(nullptr);
     EXPECT_TRUE(wasSet);
     EXPECT_TRUE(TTS::gttsbinder == nullptr);
 }
@@ -77,6 +78,7 @@ TEST_F(ADestroyedClient, LogsAndEmptiesOnlyTheSharedProxy) {
     bool wasSet = false;
     platform::onLog([&wasSet] { wasSet = TTS::gttsbinder != nullptr; });
     client.reset();
+    platform::onLog(nullptr);
     EXPECT_EQ(Lines{callLine("~TTSClientPrivate")}, takeNotes());
     EXPECT_TRUE(wasSet);
     EXPECT_TRUE(TTS::gttsbinder == nullptr);

@@ -18,6 +18,7 @@
 #include "client/TTSClientPrivate.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRuntime.h"
+#include "tests/support/Repeats.h"
 #include "tests/support/Roles.h"
 
 namespace {
@@ -62,7 +63,7 @@ const voxtrel_test::Role kConnectAgain("connect-again", [](const voxtrel_test::A
 });
 
 constexpr int kClients = 6;
-constexpr int kKills = 25;
+constexpr int kKills = voxtrel_test::repeats(25);
 // A search looks every 0.5 s; a client that is given a dead service stays in connect for 60 s. A
 // busy machine may delay some, but not most.
 constexpr std::chrono::seconds kMostForOneConnect(10);

@@ -96,6 +96,7 @@ protected:
             case kAnswered:
                 return reply->writeInt32(mAnswered);
             case kStarve:
+                mStarvation.reset();  // a sanitizer takes descriptors when it first looks at a Node
                 mStarvation = std::make_unique<Starvation>();
                 return OK;
             case kFeed:

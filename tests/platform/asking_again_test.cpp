@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -61,7 +62,7 @@ const voxtrel_test::Role kAsksAgain("asks-again", [](const voxtrel_test::Argumen
 });
 
 constexpr int kAskers = 16;
-constexpr int kDeaths = 30;
+constexpr int kDeaths = voxtrel_test::repeats(30);
 
 class ADeadService : public probe::ProbeTest {
 protected:

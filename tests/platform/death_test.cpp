@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -157,7 +158,7 @@ const voxtrel_test::Role kStuck("stuck", [](const voxtrel_test::Arguments&) {
     return 0;
 });
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef VOXTREL_TESTS_SANITIZED
 constexpr long kMoreResidentKiB = 16 * 1024;  // they keep what has been freed for a while
 #else
 constexpr long kMoreResidentKiB = 2048;  // a pool that has grown to all of its 15 threads
@@ -328,7 +329,7 @@ TEST_F(TwoHundredRounds, OfKillingLeaveNothingBehind) {
     const int descriptors = probe::descriptors();
     const auto heapKiB = static_cast<int>(mallinfo2().uordblks / 1024);
     const int threads = probe::threadsOf(getpid());
-    for (int i = 0; i < 122 && !HasFailure(); ++i) {
+    for (int i = 0; i < voxtrel_test::repeats(122) && !HasFailure(); ++i) {
         round();
     }
     // The service and the service manager must live through what they are compared over.

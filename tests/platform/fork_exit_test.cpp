@@ -13,6 +13,7 @@
 
 #include "tests/platform/ProbeTest.h"
 #include "tests/platform/SanitizerOptions.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -174,7 +175,8 @@ const voxtrel_test::Role kBusyForker("busy-forker", [](const voxtrel_test::Argum
 });
 
 TEST_F(AForkedChildThatExits, EndsWhateverItsParentsThreadsWereDoing) {
-    ChildProcess forker = ChildProcess::asRole("busy-forker", {"200"});
+    ChildProcess forker =
+        ChildProcess::asRole("busy-forker", {std::to_string(voxtrel_test::repeats(200))});
     EXPECT_EQ("0 0", forker.readLine()) << "children that did not end well, failed calls";
     EXPECT_EQ(0, forker.wait());
 }

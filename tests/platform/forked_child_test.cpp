@@ -14,6 +14,7 @@
 
 #include "tests/platform/ProbeTest.h"
 #include "tests/platform/SanitizerOptions.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -116,7 +117,7 @@ private:
 };
 
 TEST_F(AForkedChildThatLetsGo, EndsWhateverLocksItsParentsThreadsHeld) {
-    constexpr int kChildren = 400;
+    constexpr int kChildren = voxtrel_test::repeats(400);
     ChildProcess forker = ChildProcess::asRole("locking-forker", {std::to_string(kChildren)});
     for (int child = 0; child < kChildren; ++child) {
         ASSERT_EQ("0", forker.readLine()) << "status of child " << child;

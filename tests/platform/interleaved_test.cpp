@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
 constexpr int kThreads = 4;
-constexpr int32_t kCalls = 3000;
+constexpr int32_t kCalls = voxtrel_test::repeats(3000);
 
 // Of different sizes, which travel in different ways; each until it is taken.
 bool note(const sp<IBinder>& node, int32_t caller, int32_t number) {

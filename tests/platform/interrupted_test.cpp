@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -36,7 +37,9 @@ void everyMicroseconds(suseconds_t interval) {
     setitimer(ITIMER_REAL, &when, nullptr);
 }
 
-constexpr suseconds_t kShower = 200;
+constexpr int kSmallCalls = voxtrel_test::repeats(5000);
+constexpr suseconds_t kShower =
+    200 * (5000 / kSmallCalls);  // a call that takes longer gets no more
 
 // How many calls of each kind went wrong.
 int wrongSmallCalls(const sp<IBinder>& node, int32_t count) {
@@ -86,9 +89,9 @@ const voxtrel_test::Role kShowered("showered-caller", [](const voxtrel_test::Arg
     const sp<Mourner> mourner = new Mourner();
     everyMicroseconds(kShower);
     int wrong = mortal->linkToDeath(mourner) == OK ? 0 : 1;
-    wrong += wrongSmallCalls(node, 5000);
-    wrong += wrongLargeCalls(node, 300);
-    wrong += wrongReferences(node, 300);
+    wrong += wrongSmallCalls(node, kSmallCalls);
+    wrong += wrongLargeCalls(node, voxtrel_test::repeats(300));
+    wrong += wrongReferences(node, voxtrel_test::repeats(300));
     Call block;
     wrong += block.to(mortal, probe::kBlock) == android::DEAD_OBJECT ? 0 : 1;
     wrong += eventually([&] { return mourner->deaths() == 1; }) ? 0 : 1;
@@ -127,7 +130,7 @@ TEST_F(AProcessShoweredWithSignals, MakesEveryCallAndIsToldOfADeath) {
     EXPECT_EQ(0, caller.wait());
     Call notes;
     ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
-    EXPECT_EQ(5000, notes.reply.readInt32());
+    EXPECT_EQ(kSmallCalls, notes.reply.readInt32());
     EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
 }
 
@@ -135,11 +138,11 @@ TEST_F(AProcessShoweredWithSignals, ServesEveryCall) {
     ChildProcess server = ChildProcess::asRole("showered-server");
     ASSERT_EQ("ready", server.readLine());
     const sp<IBinder> node = probe::find("showered");
-    EXPECT_EQ(0, wrongSmallCalls(node, 5000));
-    EXPECT_EQ(0, wrongLargeCalls(node, 300));
-    EXPECT_EQ(0, wrongReferences(node, 300));
-    EXPECT_TRUE(eventually([&] { return probe::ask(node, probe::kNotes) == 5000; }));
-    EXPECT_GT(std::stoi("0" + server.ask("signals")), 100);
+    EXPECT_EQ(0, wrongSmallCalls(node, kSmallCalls));
+    EXPECT_EQ(0, wrongLargeCalls(node, voxtrel_test::repeats(300)));
+    EXPECT_EQ(0, wrongReferences(node, voxtrel_test::repeats(300)));
+    EXPECT_TRUE(eventually([&] { return probe::ask(node, probe::kNotes) == kSmallCalls; }));
+    EXPECT_GT(std::stoi("0" + server.ask("signals")), kSmallCalls / 50);
 }
 
 }  // namespace

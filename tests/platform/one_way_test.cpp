@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ const voxtrel_test::Role kNoter("noter", [](const voxtrel_test::Arguments& argum
 
 TEST_F(AOneWayCall, ArrivesInItsCallersOrderAndNeverBesideAnother) {
     constexpr int kCallers = 4;
-    constexpr int kCalls = 100000;
+    constexpr int kCalls = voxtrel_test::repeats(100000);
     std::vector<ChildProcess> callers;
     for (int i = 0; i < kCallers; ++i) {
         callers.push_back(
@@ -79,7 +80,7 @@ TEST_F(AOneWayCall, ReturnsAtOnceAndLeavesTheReplyEmpty) {
 }
 
 TEST_F(AOneWayCall, KeepsItsOrderAcrossThreadsThatKnowOfEachOther) {
-    constexpr int kCalls = 2000;
+    constexpr int kCalls = voxtrel_test::repeats(2000);
     for (int i = 0; i < kCalls; i += 2) {
         ASSERT_EQ(OK, note(mNode, 9, i));
         std::async(std::launch::async, [this, i] { EXPECT_EQ(OK, note(mNode, 9, i + 1)); }).get();

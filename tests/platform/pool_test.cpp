@@ -15,6 +15,7 @@
 
 #include "tests/platform/ProbeTest.h"
 #include "tests/platform/RawWire.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -36,11 +37,8 @@ TEST_F(AThreadPool, OfOneThreadIsNeverLeftByAll) {
     ASSERT_EQ("ready", small.readLine());
     const sp<android::IBinder> node = probe::find("small");
     const sp<android::IBinder> own = probe::makeNode();
-#ifdef __SANITIZE_THREAD__
-    constexpr int kCalls = 1500;  // each takes some 8 ms there
-#else
-    constexpr int kCalls = 8000;  // the pool was gone after as many, two times in three
-#endif
+    constexpr int kCalls =
+        voxtrel_test::repeats(8000);  // the pool was gone after as many, two times in three
     for (int i = 0; i < kCalls; ++i) {
         probe::Call call;
         call.data.writeStrongBinder(own);
@@ -99,7 +97,7 @@ const voxtrel_test::Role kStarved("starved", [](const voxtrel_test::Arguments&) 
     rlimit limit = {};
     getrlimit(RLIMIT_NOFILE, &limit);
     const rlim_t usual = limit.rlim_cur;
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VOXTREL_TESTS_SANITIZED
     const rlim_t starved = usual;  // the sanitizer opens pipes to look at memory, and gives up
 #else
     const rlim_t starved = 1;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -169,7 +170,7 @@ TEST_F(ACallAcrossProcesses, MayBeMadeByManyThreadsOfOneProxy) {
     for (int thread = 0; thread < 8; ++thread) {
         threads.push_back(std::async(std::launch::async, [this, thread] {
             int wrong = 0;
-            for (int i = 0; i < 500; ++i) {
+            for (int i = 0; i < voxtrel_test::repeats(500); ++i) {
                 const std::string text = std::to_string(thread) + ":" + std::to_string(i);
                 wrong += echoed(mNode, text) == text ? 0 : 1;
             }
@@ -229,7 +230,7 @@ const voxtrel_test::Role kNester("nester", [](const voxtrel_test::Arguments& arg
 });
 
 TEST_F(ACallAcrossProcesses, NestsInEightProcessesOfEightThreadsAtOnce) {
-    constexpr int kCalls = 50;
+    constexpr int kCalls = voxtrel_test::repeats(50);
     std::vector<ChildProcess> processes;
     for (int i = 0; i < 8; ++i) {
         processes.push_back(ChildProcess::asRole("nester", {std::to_string(kCalls)}));

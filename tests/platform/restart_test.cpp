@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
+#include "tests/support/Repeats.h"
 
 namespace {
 
@@ -66,7 +67,7 @@ TEST_F(AServiceThatIsStartedAgain, IsFoundAndCalledByThoseWhoNeverStoppedTrying)
         return all;
     };
     int dead = 0;
-    for (int round = 0; round < 25 && !HasFailure(); ++round) {
+    for (int round = 0; round < voxtrel_test::repeats(25) && !HasFailure(); ++round) {
         EXPECT_TRUE(eventually([&] { return allAnsweredBy(mServer.pid()); })) << round;
         mServer.killNow();
         mServer = ChildProcess::asRole("server");

@@ -127,7 +127,7 @@ const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments&
     return 0;
 });
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef VOXTREL_TESTS_SANITIZED
 constexpr long kOverhead = 200 * 1024;  // the sanitizers' own
 #else
 constexpr long kOverhead = 8 * 1024;

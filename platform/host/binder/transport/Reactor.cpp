@@ -16,6 +16,11 @@ bool control(int epoll, int operation, int fd, uint64_t token) {
     return epoll_ctl(epoll, operation, fd, &event) == 0;
 }
 
+// By value: the struct is packed, so its fields cannot be bound to a reference.
+uint64_t tokenOf(const epoll_event& event) {
+    return event.data.u64;
+}
+
 }  // namespace
 
 Reactor::Reactor() : mEpoll(epoll_create1(EPOLL_CLOEXEC)) {}
@@ -75,7 +80,7 @@ std::shared_ptr<Source> Reactor::wait() {
         return nullptr;
     }
     Mutex::Autolock held(mLock);
-    const auto found = mSources.find(event.data.u64);
+    const auto found = mSources.find(tokenOf(event));
     return found != mSources.end() ? found->second : nullptr;
 }
 
@@ -86,7 +91,7 @@ std::vector<std::shared_ptr<Source>> Reactor::ready() {
     std::vector<std::shared_ptr<Source>> sources;
     Mutex::Autolock held(mLock);
     for (int i = 0; i < count; ++i) {
-        const auto found = mSources.find(events[i].data.u64);
+        const auto found = mSources.find(tokenOf(events[i]));
         if (found != mSources.end()) {
             sources.push_back(found->second);
         }
