@@ -107,31 +107,36 @@ bool VoxtrelService::closeIfIdle(Duration limit) {
     return true;
 }
 
-bool VoxtrelService::isFrom(const Caller& caller, unsigned pid) const {
+/// The process that sent the request of this thread, in which it names `pid`; 0 if nobody knows.
+uint32_t VoxtrelService::senderOf(unsigned pid) const {
+    const Caller caller = mCaller();
     // A kernel's driver does not name the sender of a one-way call; the user it came from must do.
-    return caller.pid == pid || (caller.pid == 0 && mClients.isUser(pid, caller.uid));
+    return caller.pid == 0 && mClients.isUser(pid, caller.uid) ? pid : caller.pid;
 }
 
 int VoxtrelService::admit(unsigned pid, const char* operation) {
-    const Caller caller = mCaller();
+    const uint32_t user = mCaller().uid;
+    const uint32_t sender = senderOf(pid);
     std::string reason;
-    if (!isFrom(caller, pid)) {
+    if (sender == 0) {
+        reason = "a process of user " + std::to_string(user) + " gave the process id " +
+                 std::to_string(pid) + ", which is none of its";
+    } else if (sender != pid) {
         reason =
-            "process " + std::to_string(caller.pid) + " gave the process id " + std::to_string(pid);
-    } else if (!mAdmission.permits(caller.uid)) {
-        reason = "user " + std::to_string(caller.uid) + " is not admitted";
+            "process " + std::to_string(sender) + " gave the process id " + std::to_string(pid);
+    } else if (!mAdmission.permits(user)) {
+        reason = "user " + std::to_string(user) + " is not admitted";
     } else {
         return STATUS_OK;
     }
-    mRefusals.refused(caller.pid, operation, STATUS_PERMISSION_DENIED,
+    mRefusals.refused(sender == 0 ? pid : sender, operation, STATUS_PERMISSION_DENIED,
                       std::string(operation) + ": " + reason + ", refused");
     return STATUS_PERMISSION_DENIED;
 }
 
 /// `status`, after it has been logged if it is a refusal that has not been yet.
-int VoxtrelService::answered(const char* operation, int status) {
+int VoxtrelService::answered(unsigned pid, const char* operation, int status) {
     if (status < 0 && status != STATUS_PERMISSION_DENIED) {
-        const uint32_t pid = mCaller().pid;
         mRefusals.refused(pid, operation, status,
                           std::string(operation) + ": process " + std::to_string(pid) +
                               " is refused with " + std::to_string(status));
@@ -165,18 +170,19 @@ int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
 
 int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
                             const char* operation) {
+    const uint32_t pid = utterance.pid;
     const uint32_t id = utterance.id;
-    int status = admit(utterance.pid, operation);
+    int status = admit(pid, operation);
     {
         const MutexLock lock(mMutex);
         if (status == STATUS_OK) {
             status = accept(std::move(utterance), asked);
         }
         if (status != STATUS_OK) {
-            mClients.tell(mCaller().pid, EVENT_STOPPED, id, static_cast<uint32_t>(status));
+            mClients.tell(senderOf(pid), EVENT_STOPPED, id, static_cast<uint32_t>(status));
         }
     }
-    return answered(operation, status);
+    return answered(pid, operation, status);
 }
 
 int VoxtrelService::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
@@ -202,7 +208,7 @@ int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsig
 
 int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
     const int status = admit(pid, "stopAndFlush");
-    return status != STATUS_OK ? status : answered("stopAndFlush", flush(pid, arg));
+    return status != STATUS_OK ? status : answered(pid, "stopAndFlush", flush(pid, arg));
 }
 
 int VoxtrelService::flush(unsigned pid, unsigned arg) {
@@ -246,10 +252,10 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
         return added;
     }
     if (added != STATUS_OK) {
-        return answered("registerCallback", added);
+        return answered(pid, "registerCallback", added);
     }
     if (!stays(pid)) {
-        return answered("registerCallback", STATUS_BAD_PARAMETER);
+        return answered(pid, "registerCallback", STATUS_BAD_PARAMETER);
     }
     mLog(LogLevel::Debug,
          "process " + std::to_string(pid) + " of user " + std::to_string(user) + " has come");
@@ -299,7 +305,7 @@ void VoxtrelService::setLockOwner(uint32_t pid) {
 
 int VoxtrelService::lock(unsigned pid) {
     const int status = admit(pid, "lock");
-    return status != STATUS_OK ? status : answered("lock", takeLock(pid));
+    return status != STATUS_OK ? status : answered(pid, "lock", takeLock(pid));
 }
 
 int VoxtrelService::takeLock(unsigned pid) {
@@ -320,7 +326,7 @@ int VoxtrelService::takeLock(unsigned pid) {
 
 int VoxtrelService::unlock(unsigned pid) {
     const int status = admit(pid, "unlock");
-    return status != STATUS_OK ? status : answered("unlock", freeLock(pid));
+    return status != STATUS_OK ? status : answered(pid, "unlock", freeLock(pid));
 }
 
 int VoxtrelService::freeLock(unsigned pid) {

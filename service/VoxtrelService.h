@@ -98,8 +98,8 @@ private:
     using Change = std::function<int(GlobalSettings& settings)>;
 
     void touch();
-    int answered(const char* operation, int status);
-    bool isFrom(const Caller& caller, unsigned pid) const;
+    uint32_t senderOf(unsigned pid) const;
+    int answered(unsigned pid, const char* operation, int status);
     int admit(unsigned pid, const char* operation);
     int mayChange(unsigned pid) const VOXTRELD_REQUIRES(mMutex);
     int mayChangeOrIsTold(unsigned pid) VOXTRELD_REQUIRES(mMutex);

@@ -34,7 +34,7 @@ void VoxtrelService::keep(uint32_t state) {
 int VoxtrelService::change(unsigned pid, const char* operation, uint32_t state,
                            const Change& apply) {
     const int status = admit(pid, operation);
-    return status != STATUS_OK ? status : answered(operation, applied(pid, state, apply));
+    return status != STATUS_OK ? status : answered(pid, operation, applied(pid, state, apply));
 }
 
 int VoxtrelService::applied(unsigned pid, uint32_t state, const Change& apply) {

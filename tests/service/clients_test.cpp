@@ -85,6 +85,35 @@ TEST_F(AClient, ThatTheRuntimeDoesNotNameIsKnownByItsUser) {
     EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(kAnn, 1, 1, kUnset));
 }
 
+TEST_F(AClient, ThatTheRuntimeDoesNotNameIsToldOfItsRefusals) {
+    const auto ann = join(kAnn);
+    service->announceVoices(engine.voices());
+    constexpr uint32_t kTooLong = 60'001;
+    caller = {0, kUser};
+    EXPECT_EQ(STATUS_BAD_PARAMETER, service->silence(kAnn, 7, kTooLong, kUnset));
+    EXPECT_EQ((Told{kAnn, EVENT_STOPPED, 7, statusWord(STATUS_BAD_PARAMETER)}), toldTo(ann).back());
+    EXPECT_EQ("silence: process 101 is refused with -3", details.back());
+}
+
+TEST_F(AClient, IsNotToldOfTheRefusalsOfAnotherUserThatNamesIt) {
+    const auto ann = join(kAnn);
+    const size_t before = toldTo(ann).size();
+    caller = {0, kUser + 1};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(kAnn, 7, 1, kUnset));
+    EXPECT_EQ(before, toldTo(ann).size());
+    EXPECT_EQ(
+        "silence: a process of user 1001 gave the process id 101, which is none of its, "
+        "refused",
+        log.back());
+}
+
+TEST_F(AClient, CannotBeProcessZeroWhereTheRuntimeNamesNobody) {
+    service->announceVoices(engine.voices());
+    caller = {0, kUser};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(0, 1, 1, kUnset));
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->stopAndFlush(0, 0));
+}
+
 TEST_F(AClient, OfADeniedUserIsNeitherPermittedNorServed) {
     Admission admission;
     admission.denied = {kUser};
