@@ -9,13 +9,6 @@
 #include "vocabulary/Status.h"
 
 namespace voxtreld {
-namespace {
-
-/// How many dead processes are remembered: far more than can have requests on their way.
-constexpr size_t kDeadRemembered = 256;
-
-}  // namespace
-
 /// Told by the runtime of the death of one callback. The runtime may still hold it when the
 /// registry is gone, hence `retire`.
 class ClientRegistry::Obituary : public android::IBinder::DeathRecipient {
@@ -87,7 +80,8 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
             return TTS::STATUS_QUEUE_FULL;
         }
         replaced = std::exchange(mClients[pid], client);
-        mDead.erase(std::remove(mDead.begin(), mDead.end(), pid), mDead.end());
+        forget(mLeft, pid);
+        forget(mDead, pid);
     }
     if (replaced.callback != nullptr) {
         unlink(replaced);
@@ -103,7 +97,7 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
     return TTS::STATUS_OK;
 }
 
-bool ClientRegistry::remove(uint32_t pid) {
+bool ClientRegistry::remove(uint32_t pid, Time now) {
     Client removed;
     {
         const MutexLock lock(mMutex);
@@ -113,6 +107,7 @@ bool ClientRegistry::remove(uint32_t pid) {
         }
         removed = std::move(found->second);
         mClients.erase(found);
+        remember(mLeft, {pid, removed.uid, now});
     }
     unlink(removed);
     return true;
@@ -128,15 +123,24 @@ bool ClientRegistry::isEmpty() const {
     return mClients.empty();
 }
 
-bool ClientRegistry::isUser(uint32_t pid, uint32_t uid) const {
+bool ClientRegistry::isUser(uint32_t pid, uint32_t uid, Time now) const {
+    const auto isMeant = [=](const Former& former) {
+        return former.pid == pid && former.uid == uid;
+    };
     const MutexLock lock(mMutex);
     const auto found = mClients.find(pid);
-    return found != mClients.end() && found->second.uid == uid;
+    if (found != mClients.end()) {
+        return found->second.uid == uid;
+    }
+    const auto left = std::find_if(mLeft.begin(), mLeft.end(), isMeant);
+    return (left != mLeft.end() && now - left->gone < kLeftRemembered) ||
+           std::any_of(mDead.begin(), mDead.end(), isMeant);
 }
 
 bool ClientRegistry::isDead(uint32_t pid) const {
     const MutexLock lock(mMutex);
-    return std::find(mDead.begin(), mDead.end(), pid) != mDead.end();
+    return std::any_of(mDead.begin(), mDead.end(),
+                       [pid](const Former& former) { return former.pid == pid; });
 }
 
 void ClientRegistry::tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) {
@@ -169,11 +173,17 @@ void ClientRegistry::flush(std::chrono::milliseconds atMost) {
     }
 }
 
-void ClientRegistry::remember(uint32_t deadPid) {
-    mDead.push_back(deadPid);
-    if (mDead.size() > kDeadRemembered) {
-        mDead.pop_front();
+void ClientRegistry::remember(Formers& formers, const Former& former) {
+    formers.push_back(former);
+    if (formers.size() > kMaxFormer) {
+        formers.pop_front();
     }
+}
+
+void ClientRegistry::forget(Formers& formers, uint32_t pid) {
+    formers.erase(std::remove_if(formers.begin(), formers.end(),
+                                 [pid](const Former& former) { return former.pid == pid; }),
+                  formers.end());
 }
 
 void ClientRegistry::died(uint32_t pid, const Obituary* obituary) {
@@ -186,7 +196,7 @@ void ClientRegistry::died(uint32_t pid, const Obituary* obituary) {
         }
         removed = std::move(found->second);
         mClients.erase(found);
-        remember(pid);
+        remember(mDead, {pid, removed.uid, std::chrono::steady_clock::now()});
     }
     mDied(pid);
 }

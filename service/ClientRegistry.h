@@ -19,7 +19,7 @@
 
 namespace voxtreld {
 
-/// The clients that registered a callback, by process id, and those that died lately.
+/// The clients that registered a callback, by process id, and those that left or died lately.
 ///
 /// Called on: any thread. Locks: its own, never while it calls out.
 class ClientRegistry : public Listener {
@@ -39,21 +39,31 @@ public:
     /// returned from their last call yet.
     static constexpr size_t kMaxSenders = 2 * kMaxClients;
 
+    /// Of the clients that left, and of those that died, so many are remembered: far more than can
+    /// have requests on their way.
+    static constexpr size_t kMaxFormer = 256;
+
+    /// For so long. A request waits for a thread of ours, which takes milliseconds.
+    static constexpr std::chrono::seconds kLeftRemembered{10};
+
+    using Time = std::chrono::steady_clock::time_point;
+
     /// Registers a client, in the place of an earlier callback of the same process.
     /// @return -3, with the client forgotten, if the callback is dead already; -12, with nothing
     ///     changed, if there are too many clients or threads.
     int add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
 
-    /// @return false if the process had registered nothing.
-    bool remove(uint32_t pid);
+    /// For a process that leaves. @return false if it had registered nothing.
+    bool remove(uint32_t pid, Time now = std::chrono::steady_clock::now());
 
     bool contains(uint32_t pid) const;
 
     /// True while no process is registered.
     bool isEmpty() const;
 
-    /// True if the process is registered and belongs to the user.
-    bool isUser(uint32_t pid, uint32_t uid) const;
+    /// True if the process is registered, or left or died lately, and belongs to the user. Its
+    /// leave can overtake its one-way requests, so those may still be on their way.
+    bool isUser(uint32_t pid, uint32_t uid, Time now = std::chrono::steady_clock::now()) const;
 
     /// True for a process whose callback died and that did not register again. Its last requests
     /// may still be on their way.
@@ -77,16 +87,25 @@ private:
         std::shared_ptr<EventOutbox> outbox;
     };
 
+    struct Former {
+        uint32_t pid;
+        uint32_t uid;
+        Time gone;
+    };
+    using Formers = std::deque<Former>;  ///< a process once; the latest at the end
+
     std::shared_ptr<EventOutbox> makeOutbox(const android::sp<TTS::ICallback>& callback) const;
     void died(uint32_t pid, const Obituary* obituary);
-    void remember(uint32_t deadPid) VOXTRELD_REQUIRES(mMutex);
+    static void remember(Formers& formers, const Former& former);
+    static void forget(Formers& formers, uint32_t pid);
     static void unlink(const Client& client);
 
     const Died mDied;
     const std::shared_ptr<std::atomic<size_t>> mSenders = std::make_shared<std::atomic<size_t>>(0);
     mutable Mutex mMutex;
     std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);
-    std::deque<uint32_t> mDead VOXTRELD_GUARDED_BY(mMutex);
+    Formers mLeft VOXTRELD_GUARDED_BY(mMutex);
+    Formers mDead VOXTRELD_GUARDED_BY(mMutex);
 };
 
 }  // namespace voxtreld

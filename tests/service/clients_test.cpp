@@ -95,6 +95,81 @@ TEST_F(AClient, ThatTheRuntimeDoesNotNameIsToldOfItsRefusals) {
     EXPECT_EQ("silence: process 101 is refused with -3", details.back());
 }
 
+TEST_F(AClient, WhoseLeaveOvertookWhatItSaidIsHeard) {
+    const auto ann = join(kAnn);
+    startSpeech();
+    ASSERT_EQ(0, service->deregisterCallback(kAnn));
+    caller = {0, kUser + 1};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(kAnn, 1, 1, kUnset)) << "another user";
+    caller = {0, kUser};
+    ASSERT_EQ(0, service->say(kAnn, 1, "goodbye", kUnset, 65535.0F, kUnset, kUnset, kUnset,
+                              65535.0F, LANG_NA));
+    toldAtTheEndTo(ann);
+    EXPECT_EQ("goodbye", engine.spoken().front().first);
+}
+
+TEST_F(AClient, WhoseLeaveOvertookItsLockDoesNotKeepTheLock) {
+    join(kAnn);
+    ASSERT_EQ(0, service->deregisterCallback(kAnn));
+    caller = {0, kUser};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->lock(kAnn));
+    EXPECT_FALSE(service->locked());
+}
+
+TEST_F(AClient, ThatDiedWithoutLeavingIsRefusedQuietlyWhereTheRuntimeDoesNotNameIt) {
+    const auto remote = joinRemotely(kAnn);
+    service->announceVoices(engine.voices());
+    ASSERT_EQ(0, service->deregisterCallback(kAnn));
+    joinRemotely(kAnn)->die();
+    caller = {0, kUser};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->silence(kAnn, 1, 1, kUnset));
+    EXPECT_TRUE(log.empty()) << "its requests on the way are no offence";
+}
+
+class AClientThatLeft : public testing::Test {
+protected:
+    using Time = ClientRegistry::Time;
+    static constexpr uint32_t kUser = 1000;
+
+    /// A process comes and leaves.
+    void visit(uint32_t pid, uint32_t uid = kUser) {
+        const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+        ASSERT_EQ(STATUS_OK, registry.add(pid, uid, new TTS::BpCallback(remote)));
+        ASSERT_TRUE(registry.remove(pid, now));
+    }
+
+    ClientRegistry registry{[](uint32_t) {}};
+    const Time now = std::chrono::steady_clock::now();
+};
+
+TEST_F(AClientThatLeft, IsKnownByItsUserForAWhile) {
+    visit(1);
+    EXPECT_TRUE(registry.isUser(1, kUser, now));
+    EXPECT_FALSE(registry.isUser(1, kUser + 1, now));
+    EXPECT_FALSE(registry.isUser(2, kUser, now));
+    EXPECT_FALSE(registry.contains(1));
+    EXPECT_TRUE(
+        registry.isUser(1, kUser, now + ClientRegistry::kLeftRemembered - Time::duration(1)));
+    EXPECT_FALSE(registry.isUser(1, kUser, now + ClientRegistry::kLeftRemembered));
+}
+
+TEST_F(AClientThatLeft, IsForgottenWhenManyOthersHaveLeftSince) {
+    for (uint32_t pid = 1; pid <= ClientRegistry::kMaxFormer; ++pid) {
+        visit(pid);
+    }
+    EXPECT_TRUE(registry.isUser(1, kUser, now));
+    visit(ClientRegistry::kMaxFormer + 1);
+    EXPECT_FALSE(registry.isUser(1, kUser, now));
+    EXPECT_TRUE(registry.isUser(2, kUser, now));
+}
+
+TEST_F(AClientThatLeft, IsNotKnownByTheUserItHadBeforeItCameAgain) {
+    visit(1, kUser);
+    visit(1, kUser + 1);
+    EXPECT_FALSE(registry.isUser(1, kUser, now));
+    EXPECT_TRUE(registry.isUser(1, kUser + 1, now));
+}
+
 TEST_F(AClient, IsNotToldOfTheRefusalsOfAnotherUserThatNamesIt) {
     const auto ann = join(kAnn);
     const size_t before = toldTo(ann).size();
