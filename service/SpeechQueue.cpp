@@ -13,7 +13,8 @@ using namespace TTS;
 bool SpeechQueue::hasRoomFor(const Utterance& utterance) {
     const auto found = mShares.find(utterance.pid);
     const Share share = found == mShares.end() ? Share{} : found->second;
-    return !mClosed && mWaiting.size() < mLimits.clients * mLimits.utterancesPerClient &&
+    return !mClosed &&
+           mWaiting.size() + mDropped.size() < mLimits.clients * mLimits.utterancesPerClient &&
            share.utterances < mLimits.utterancesPerClient &&
            mTextBytes + utterance.text.size() <= mLimits.clients * mLimits.textPerClient &&
            share.textBytes + utterance.text.size() <= mLimits.textPerClient;
@@ -44,6 +45,18 @@ bool SpeechQueue::push(Utterance utterance) {
         }
         account(utterance);
         mWaiting.push_back(std::move(utterance));
+    }
+    mChanged.notify_one();
+    return true;
+}
+
+bool SpeechQueue::pushDropped(const Utterance& utterance, int32_t status) {
+    {
+        const MutexLock lock(mMutex);
+        if (!hasRoomFor(utterance)) {
+            return false;
+        }
+        mDropped.push_back({utterance.pid, utterance.id, status});
     }
     mChanged.notify_one();
     return true;

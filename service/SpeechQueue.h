@@ -51,6 +51,9 @@ public:
     ///     the queue is closed.
     bool push(Utterance utterance);
 
+    /// As `push` and `drop` in one step, for what comes too late to be heard.
+    bool pushDropped(const Utterance& utterance, int32_t status);
+
     /// Drops what waits and cancels what sounds.
     ///
     /// @param pid only what this client asked for; empty: everything.

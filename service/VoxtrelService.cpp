@@ -153,19 +153,20 @@ int VoxtrelService::mayChange(unsigned pid) const {
 
 int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
     int status = mayChange(utterance.pid);
-    if (status == STATUS_OK && !mSettings.enabled()) {
-        status = STATUS_DISABLED;
-    }
     if (status == STATUS_OK && utterance.pauseMs > kLongestPauseMs) {
         status = STATUS_BAD_PARAMETER;
     }
     if (status == STATUS_OK) {
         status = resolve(asked, mSettings, utterance);
     }
-    if (status == STATUS_OK && !mQueue->push(std::move(utterance))) {
-        status = STATUS_QUEUE_FULL;
+    if (status != STATUS_OK) {
+        return status;
     }
-    return status;
+    // A client asks whether speech is on before it says something, so this was sent while it was,
+    // and ends like what was waiting when it was switched off.
+    const bool queued = mSettings.enabled() ? mQueue->push(std::move(utterance))
+                                            : mQueue->pushDropped(utterance, STATUS_DISABLED);
+    return queued ? STATUS_OK : STATUS_QUEUE_FULL;
 }
 
 int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,

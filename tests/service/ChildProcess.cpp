@@ -66,6 +66,11 @@ void ChildProcess::tell(const std::string& line) {
     ASSERT_EQ(static_cast<ssize_t>(text.size()), write(mInput, text.data(), text.size()));
 }
 
+void ChildProcess::closeInput() {
+    close(mInput);
+    mInput = -1;
+}
+
 bool ChildProcess::readLine(std::string& line) {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     for (;;) {

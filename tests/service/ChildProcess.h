@@ -24,6 +24,9 @@ public:
     /// Writes a line to its standard input.
     void tell(const std::string& line);
 
+    /// Ends its standard input.
+    void closeInput();
+
     /// Reads lines until this one comes. @return the lines before it; a failed test if it does not.
     Lines readUntil(const std::string& line);
 

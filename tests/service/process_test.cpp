@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tests/service/ChildProcess.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
 #include "vocabulary/Events.h"
 #include "vocabulary/Status.h"
@@ -351,6 +352,37 @@ TEST_F(ARunningService, LetsAClientLeaveAndFinishesWhatItSaid) {
     bob->readUntil(eventLine(EVENT_FINISHED, 2, 0));
     const std::string file = "spoken/000001-" + std::to_string(pid) + "-1.wav";
     EXPECT_GT(voxtrel_test::readFile(folder.path(file)).size(), 10'000U);
+}
+
+TEST_F(ARunningService, HearsWhatAClientSaysThatLeavesAndExitsAtOnce) {
+    constexpr int kRounds = 20;
+    const Process service = startService({"--sink", "wavdir:" + folder.path("spoken")});
+    const Process bob = startClient();
+    for (int round = 1; round <= kRounds; ++round) {
+        const Process ann = startClient();
+        ann->tell("say 1 Bye.");
+        ann->tell("disconnect");
+        ann->readUntil("disconnect 0");
+        ann->closeInput();
+        EXPECT_EQ(0, ann->wait());
+    }
+    EXPECT_TRUE(voxtrel_test::eventually([&] {
+        return std::distance(std::filesystem::directory_iterator(folder.path("spoken")), {}) ==
+               kRounds;
+    }));
+}
+
+TEST_F(ARunningService, EndsWhatWasSaidBeforeSpeechWasSwitchedOffLikeWhatWaits) {
+    const Process service = startService({"--sink", "none", "--real-time"});
+    const Process client = startClient();
+    for (unsigned id = 1; id <= 20; ++id) {
+        client->tell("say " + std::to_string(id) + " A sentence that takes its time.");
+        client->tell("enable 0");
+        const Lines lines = client->readUntil(eventLine(EVENT_STOPPED, id, STATUS_DISABLED));
+        EXPECT_EQ(1, std::count(lines.begin(), lines.end(), eventLine(EVENT_STARTED, id, 0)));
+        client->tell("enable 1");
+        client->readUntil(eventLine(EVENT_STATE, STATE_ENABLED, 1));
+    }
 }
 
 TEST_F(ARunningService, ThatCannotUseItsSinkSaysSoAndLeaves) {

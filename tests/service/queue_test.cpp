@@ -129,6 +129,29 @@ TEST(ACancelledUtterance, DoesNotTaintTheNext) {
     EXPECT_EQ(std::nullopt, queue.finish());
 }
 
+TEST(WhatIsPushedAsDropped, ComesOutInItsOrderAndIsNeverNext) {
+    SpeechQueue queue{QueueLimits{}};
+    SpeechQueue::Work work;
+    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 1), -1));
+    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 2), -1));
+    EXPECT_EQ(0U, queue.waiting());
+    ASSERT_TRUE(queue.wait(work));
+    EXPECT_FALSE(work.next.has_value());
+    ASSERT_EQ(2U, work.dropped.size());
+    EXPECT_EQ(2U, work.dropped[1].id);
+    EXPECT_EQ(-1, work.dropped[1].status);
+}
+
+TEST(WhatIsPushedAsDropped, IsBoundedUntilItIsReported) {
+    SpeechQueue queue(limitsOf(2, 1));
+    SpeechQueue::Work work;
+    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 1), -1));
+    EXPECT_TRUE(queue.push(utteranceOf(2, 1)));
+    EXPECT_FALSE(queue.pushDropped(utteranceOf(1, 2), -1));
+    ASSERT_TRUE(queue.wait(work));
+    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 2), -1));
+}
+
 TEST(AForgottenClient, LeavesNothingToReport) {
     SpeechQueue queue{QueueLimits{}};
     SpeechQueue::Work work;

@@ -76,6 +76,7 @@ const std::map<std::string, Command> kCommands = {
     {"long", sayLong},
     {"stop", [](auto& client, auto& in) { return client.stopAndFlush(numberFrom(in)); }},
     {"fence", fence},
+    {"enable", [](auto& client, auto& in) { return client.setEnable(numberFrom(in) != 0); }},
     {"lock", [](auto& client, auto&) { return client.lock(); }},
     {"rate", [](auto& client, auto& in) { return client.setGlobalRate(numberFrom(in)); }},
     {"which-rate", [](auto& client, auto&) { return client.globalRate(); }},

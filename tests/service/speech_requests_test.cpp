@@ -173,12 +173,30 @@ TEST_F(ASpeechRequest, ThatFindsItsShareFullIsRefusedAndItsSenderTold) {
     EXPECT_EQ((Told{kAnn, EVENT_STOPPED, 3, statusWord(STATUS_QUEUE_FULL)}), toldTo(ann).back());
 }
 
-TEST_F(ASpeechRequest, WhileSpeechIsOffIsRefusedAndItsSenderTold) {
+TEST_F(ASpeechRequest, WhileSpeechIsOffIsDroppedLikeOneThatCameBefore) {
     const auto ann = join(kAnn);
-    service->announceVoices(engine.voices());
+    startSpeech();
+    const size_t before = toldTo(ann).size();
     ASSERT_EQ(0, service->setEnable(kAnn, false));
-    EXPECT_EQ(STATUS_DISABLED, say(kAnn, 4));
-    EXPECT_EQ((Told{kAnn, EVENT_STOPPED, 4, statusWord(STATUS_DISABLED)}), toldTo(ann).back());
+    EXPECT_EQ(0, say(kAnn, 4));
+    EXPECT_EQ(0, service->silence(kAnn, 5, 100, kUnset));
+    ASSERT_TRUE(ann->waitFor({kAnn, EVENT_STOPPED, 5, statusWord(STATUS_DISABLED)}));
+    const std::vector<Told> told = toldTo(ann);
+    EXPECT_EQ((std::vector<Told>{{kAnn, EVENT_STATE, STATE_ENABLED, 0},
+                                 {kAnn, EVENT_STARTED, 4, 0},
+                                 {kAnn, EVENT_STOPPED, 4, statusWord(STATUS_DISABLED)},
+                                 {kAnn, EVENT_STARTED, 5, 0},
+                                 {kAnn, EVENT_STOPPED, 5, statusWord(STATUS_DISABLED)}}),
+              std::vector<Told>(told.begin() + static_cast<ptrdiff_t>(before), told.end()));
+    EXPECT_TRUE(sink.calls().empty()) << "nothing of it is heard";
+}
+
+TEST_F(ASpeechRequest, ThatIsWrongIsRefusedWhileSpeechIsOffToo) {
+    const auto ann = join(kAnn);
+    startSpeech();
+    ASSERT_EQ(0, service->setEnable(kAnn, false));
+    EXPECT_EQ(STATUS_BAD_PARAMETER, service->silence(kAnn, 4, 60'001, kUnset));
+    EXPECT_EQ((Told{kAnn, EVENT_STOPPED, 4, statusWord(STATUS_BAD_PARAMETER)}), toldTo(ann).back());
 }
 
 TEST_F(ASpeechRequest, AfterItsClientLeftIsStillSpoken) {
