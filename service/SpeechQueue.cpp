@@ -10,14 +10,18 @@ namespace voxtreld {
 
 using namespace TTS;
 
-bool SpeechQueue::hasRoomFor(const Utterance& utterance) {
+Status SpeechQueue::roomFor(const Utterance& utterance) const {
+    if (mClosed) {
+        return STATUS_SHUTDOWN;
+    }
     const auto found = mShares.find(utterance.pid);
     const Share share = found == mShares.end() ? Share{} : found->second;
-    return !mClosed &&
-           mWaiting.size() + mDropped.size() < mLimits.clients * mLimits.utterancesPerClient &&
-           share.utterances < mLimits.utterancesPerClient &&
-           mTextBytes + utterance.text.size() <= mLimits.clients * mLimits.textPerClient &&
-           share.textBytes + utterance.text.size() <= mLimits.textPerClient;
+    const bool fits =
+        mWaiting.size() + mDropped.size() < mLimits.clients * mLimits.utterancesPerClient &&
+        share.utterances < mLimits.utterancesPerClient &&
+        mTextBytes + utterance.text.size() <= mLimits.clients * mLimits.textPerClient &&
+        share.textBytes + utterance.text.size() <= mLimits.textPerClient;
+    return fits ? STATUS_OK : STATUS_QUEUE_FULL;
 }
 
 void SpeechQueue::account(const Utterance& utterance) {
@@ -37,29 +41,31 @@ void SpeechQueue::discount(const Utterance& utterance) {
     found->second.textBytes -= utterance.text.size();
 }
 
-bool SpeechQueue::push(Utterance utterance) {
+Status SpeechQueue::push(Utterance utterance) {
     {
         const MutexLock lock(mMutex);
-        if (!hasRoomFor(utterance)) {
-            return false;
+        const Status status = roomFor(utterance);
+        if (status != STATUS_OK) {
+            return status;
         }
         account(utterance);
         mWaiting.push_back(std::move(utterance));
     }
     mChanged.notify_one();
-    return true;
+    return STATUS_OK;
 }
 
-bool SpeechQueue::pushDropped(const Utterance& utterance, int32_t status) {
+Status SpeechQueue::pushDropped(const Utterance& utterance, int32_t reason) {
     {
         const MutexLock lock(mMutex);
-        if (!hasRoomFor(utterance)) {
-            return false;
+        const Status status = roomFor(utterance);
+        if (status != STATUS_OK) {
+            return status;
         }
-        mDropped.push_back({utterance.pid, utterance.id, status});
+        mDropped.push_back({utterance.pid, utterance.id, reason});
     }
     mChanged.notify_one();
-    return true;
+    return STATUS_OK;
 }
 
 void SpeechQueue::dropLocked(std::optional<uint32_t> pid, int32_t status, bool report) {
@@ -125,7 +131,7 @@ void SpeechQueue::close() {
     {
         const MutexLock lock(mMutex);
         mClosed = true;
-        dropLocked(std::nullopt, STATUS_OK, true);
+        dropLocked(std::nullopt, STATUS_SHUTDOWN, true);
     }
     mChanged.notify_one();
 }

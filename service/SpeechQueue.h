@@ -14,6 +14,7 @@
 #include "service/Cancel.h"
 #include "service/Locking.h"
 #include "service/Utterance.h"
+#include "vocabulary/Status.h"
 
 namespace voxtreld {
 
@@ -47,12 +48,12 @@ public:
 
     explicit SpeechQueue(const QueueLimits& limits) : mLimits(limits) {}
 
-    /// @return false, with nothing changed, when the client's share or the whole queue is full, or
-    ///     the queue is closed.
-    bool push(Utterance utterance);
+    /// @return 0; with nothing changed, -12 when the client's share or the whole queue is full, and
+    ///     -14 when the queue is closed.
+    TTS::Status push(Utterance utterance);
 
     /// As `push` and `drop` in one step, for what comes too late to be heard.
-    bool pushDropped(const Utterance& utterance, int32_t status);
+    TTS::Status pushDropped(const Utterance& utterance, int32_t reason);
 
     /// Drops what waits and cancels what sounds.
     ///
@@ -73,7 +74,7 @@ public:
     /// Set while the utterance that sounds is to be cut short.
     const Cancel& cancelled() const { return mCancelled; }
 
-    /// Drops everything; `wait` gives what is left, then false.
+    /// Drops everything with -14; `wait` gives what is left, then false.
     void close();
 
     /// How many wait for their turn.
@@ -88,7 +89,7 @@ private:
         size_t textBytes = 0;
     };
 
-    bool hasRoomFor(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
+    TTS::Status roomFor(const Utterance& utterance) const VOXTRELD_REQUIRES(mMutex);
     void account(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
     void discount(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
     void dropLocked(std::optional<uint32_t> pid, int32_t status, bool report)

@@ -164,9 +164,8 @@ int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
     }
     // A client asks whether speech is on before it says something, so this was sent while it was,
     // and ends like what was waiting when it was switched off.
-    const bool queued = mSettings.enabled() ? mQueue->push(std::move(utterance))
-                                            : mQueue->pushDropped(utterance, STATUS_DISABLED);
-    return queued ? STATUS_OK : STATUS_QUEUE_FULL;
+    return mSettings.enabled() ? mQueue->push(std::move(utterance))
+                               : mQueue->pushDropped(utterance, STATUS_DISABLED);
 }
 
 int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,

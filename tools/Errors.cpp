@@ -31,6 +31,8 @@ constexpr StatusMeaning kMeanings[] = {
      "say it again when some of it has been spoken"},
     {TTS::STATUS_AUDIO_FAILED, "the engine or the audio output failed",
      "look at the output of voxtreld for the reason"},
+    {TTS::STATUS_SHUTDOWN, "the service has been shut down",
+     "start voxtreld again and repeat the command"},
 };
 
 std::string compose(int code, const std::string& detail, const std::string& remedy) {

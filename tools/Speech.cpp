@@ -10,6 +10,9 @@ constexpr unsigned kFlushOwn = 1;
 constexpr size_t kAhead = 3;  ///< requests with the service at a time
 constexpr auto kFlushPatience = std::chrono::seconds(2);
 
+/// What the service sent before its end comes on other threads than the news of its end.
+constexpr auto kLastEvents = std::chrono::milliseconds(500);
+
 }  // namespace
 
 void Speech::say(const std::vector<std::string>& texts) {
@@ -26,20 +29,26 @@ void Speech::pause(uint32_t milliseconds) {
 }
 
 void Speech::feed() {
-    while (mSent < mTexts.size() && mSent - mEnded < kAhead) {
+    while (!mServiceDied && mSent < mTexts.size() && mSent - mEnded < kAhead) {
         const std::string& text = mTexts[mSent++];
         check(mSession.client()->say(static_cast<unsigned>(mSent), text), "");
     }
 }
 
 void Speech::finish() {
+    auto deadline = EventQueue::Clock::time_point::max();
     while (!isOver()) {
-        const Notice notice = EventQueue::instance().next();
+        const Notice notice =
+            EventQueue::instance().next(deadline, [](const Notice&) { return true; });
         switch (notice.source) {
             case Notice::Source::Service:
                 onEvent(notice.event);
                 break;
             case Notice::Source::ServiceDied:
+                mServiceDied = true;
+                deadline = EventQueue::Clock::now() + kLastEvents;
+                break;
+            case Notice::Source::TimedOut:
                 throw Failure(TTS::STATUS_NO_SERVICE, "it died while speaking");
             case Notice::Source::Interrupted:
                 flush();

@@ -22,8 +22,8 @@ public:
     Speech(Session& session, EventPrinter& printer) : mSession(session), mPrinter(printer) {}
 
     /// Speaks `texts` in order, up to the first that somebody flushes. Throws Failure with the
-    /// service's reason when it refuses one, with -5 when it dies, and Interrupted on Ctrl-C, after
-    /// what was queued has been flushed.
+    /// service's reason when it refuses one or is shut down, with -5 when it dies, and Interrupted
+    /// on Ctrl-C, after what was queued has been flushed.
     void say(const std::vector<std::string>& texts);
 
     /// Queues a pause and stays until it is over. Throws as say().
@@ -41,6 +41,7 @@ private:
     std::vector<std::string> mTexts;  ///< utterance n is entry n - 1
     size_t mSent = 0;
     size_t mEnded = 0;
+    bool mServiceDied = false;
 };
 
 }  // namespace voxtrelctl

@@ -25,6 +25,7 @@ enum Status : int32_t {
     // Of the reference service, and free to other services that have the same to say.
     STATUS_QUEUE_FULL = -12,    ///< too much is waiting already; say it again later
     STATUS_AUDIO_FAILED = -13,  ///< the engine or the audio output failed
+    STATUS_SHUTDOWN = -14,      ///< the service is ending; a later one can be asked again
 };
 
 }  // namespace TTS

@@ -125,7 +125,7 @@ private:
         constexpr uint32_t kMarker = 999;
         Utterance marker;
         marker.pid = kMarker;
-        ASSERT_TRUE(queue->push(marker));
+        ASSERT_EQ(TTS::STATUS_OK, queue->push(marker));
         ASSERT_TRUE(sink.waitForEndOf(kMarker));
         stopSpeech();
     }

@@ -20,7 +20,7 @@ TEST_F(AnIdleService, IsOneWithoutClientsAndWithoutAnythingToSay) {
     EXPECT_EQ(kNone, service->idleTime());
     Utterance utterance;
     utterance.pid = kAnn;
-    ASSERT_TRUE(queue->push(utterance));
+    ASSERT_EQ(TTS::STATUS_OK, queue->push(utterance));
     EXPECT_EQ(0, service->deregisterCallback(kAnn));
     EXPECT_EQ(kNone, service->idleTime()) << "what the client said is still to be spoken";
     startSpeech();

@@ -306,7 +306,7 @@ TEST_F(ARunningService, LeavesInOrderOnASignalAndTellsWhatItDrops) {
         client->readUntil(eventLine(EVENT_STOPPED, 99, STATUS_BAD_PARAMETER));
         service->signal(number);
         for (int id = 1; id <= 3; ++id) {
-            client->readUntil(eventLine(EVENT_STOPPED, static_cast<unsigned>(id), 0));
+            client->readUntil(eventLine(EVENT_STOPPED, static_cast<unsigned>(id), STATUS_SHUTDOWN));
         }
         EXPECT_EQ(0, service->wait());
     }

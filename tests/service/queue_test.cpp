@@ -6,7 +6,12 @@
 #include <string>
 #include <utility>
 
+#include "vocabulary/Status.h"
+
 namespace voxtreld {
+
+using namespace TTS;
+
 namespace {
 
 Utterance utteranceOf(uint32_t pid, uint32_t id, const std::string& text = "text") {
@@ -27,7 +32,7 @@ QueueLimits limitsOf(size_t perClient, size_t clients = 8) {
 TEST(ASpeechQueue, GivesUtterancesInTheOrderOfAcceptanceWhoeverAsked) {
     SpeechQueue queue{QueueLimits{}};
     for (const auto& [pid, id] : {std::pair{1U, 10U}, {2U, 20U}, {1U, 11U}}) {
-        ASSERT_TRUE(queue.push(utteranceOf(pid, id)));
+        ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(pid, id)));
     }
     SpeechQueue::Work work;
     for (const uint32_t id : {10U, 20U, 11U}) {
@@ -39,60 +44,61 @@ TEST(ASpeechQueue, GivesUtterancesInTheOrderOfAcceptanceWhoeverAsked) {
 
 TEST(AFullShare, RefusesItsClientOnly) {
     SpeechQueue queue(limitsOf(2));
-    EXPECT_TRUE(queue.push(utteranceOf(1, 1)));
-    EXPECT_TRUE(queue.push(utteranceOf(1, 2)));
-    EXPECT_FALSE(queue.push(utteranceOf(1, 3)));
-    EXPECT_TRUE(queue.push(utteranceOf(2, 1)));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 2)));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(1, 3)));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(2, 1)));
 }
 
 TEST(AFullShare, HasRoomAgainWhenAnUtteranceGetsItsTurn) {
     SpeechQueue queue(limitsOf(1));
     SpeechQueue::Work work;
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
-    ASSERT_FALSE(queue.push(utteranceOf(1, 2)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(1, 2)));
     ASSERT_TRUE(queue.wait(work));
-    EXPECT_TRUE(queue.push(utteranceOf(1, 3)));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 3)));
 }
 
 TEST(AFullQueue, RefusesEveryone) {
     SpeechQueue queue(limitsOf(2, 1));
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
-    ASSERT_TRUE(queue.push(utteranceOf(2, 1)));
-    EXPECT_FALSE(queue.push(utteranceOf(3, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(2, 1)));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(3, 1)));
 }
 
 TEST(AFullQueue, IsFullOfTextToo) {
     QueueLimits limits = limitsOf(100, 2);
     limits.textPerClient = 10;
     SpeechQueue queue(limits);
-    EXPECT_TRUE(queue.push(utteranceOf(1, 1, "12345678")));
-    EXPECT_TRUE(queue.push(utteranceOf(2, 1, "12345678")));
-    EXPECT_FALSE(queue.push(utteranceOf(3, 1, "12345")));
-    EXPECT_TRUE(queue.push(utteranceOf(3, 2, "1234")));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1, "12345678")));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(2, 1, "12345678")));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(3, 1, "12345")));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(3, 2, "1234")));
     queue.drop(1, 0);
-    EXPECT_TRUE(queue.push(utteranceOf(3, 3, "123456"))) << "dropped text leaves room";
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(3, 3, "123456"))) << "dropped text leaves room";
     SpeechQueue::Work work;
     ASSERT_TRUE(queue.wait(work));
     ASSERT_EQ(2U, work.next->pid);
-    EXPECT_TRUE(queue.push(utteranceOf(4, 1, "1234567890"))) << "so does text that has its turn";
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(4, 1, "1234567890")))
+        << "so does text that has its turn";
 }
 
 TEST(AShare, IsBoundedInTextToo) {
     QueueLimits limits;
     limits.textPerClient = 10;
     SpeechQueue queue(limits);
-    EXPECT_TRUE(queue.push(utteranceOf(1, 1, "123456")));
-    EXPECT_FALSE(queue.push(utteranceOf(1, 2, "12345")));
-    EXPECT_TRUE(queue.push(utteranceOf(1, 3, "1234")));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1, "123456")));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(1, 2, "12345")));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 3, "1234")));
     queue.drop(1, 0);
-    EXPECT_TRUE(queue.push(utteranceOf(1, 4, "1234567890")));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 4, "1234567890")));
 }
 
 TEST(DroppingAClient, GivesBackItsUtterancesWithTheReasonAndKeepsTheOthers) {
     SpeechQueue queue{QueueLimits{}};
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
-    ASSERT_TRUE(queue.push(utteranceOf(2, 7)));
-    ASSERT_TRUE(queue.push(utteranceOf(1, 2)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(2, 7)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 2)));
     queue.drop(1, -1);
     SpeechQueue::Work work;
     ASSERT_TRUE(queue.wait(work));
@@ -106,7 +112,7 @@ TEST(DroppingAClient, GivesBackItsUtterancesWithTheReasonAndKeepsTheOthers) {
 TEST(Dropping, CancelsTheUtteranceThatSounds) {
     SpeechQueue queue{QueueLimits{}};
     SpeechQueue::Work work;
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
     ASSERT_TRUE(queue.wait(work));
     queue.drop(2, 0);
     EXPECT_FALSE(queue.cancelled());
@@ -119,10 +125,10 @@ TEST(Dropping, CancelsTheUtteranceThatSounds) {
 TEST(ACancelledUtterance, DoesNotTaintTheNext) {
     SpeechQueue queue{QueueLimits{}};
     SpeechQueue::Work work;
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
     ASSERT_TRUE(queue.wait(work));
     queue.drop(1, 0);
-    ASSERT_TRUE(queue.push(utteranceOf(1, 2)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 2)));
     queue.finish();
     ASSERT_TRUE(queue.wait(work));
     EXPECT_FALSE(queue.cancelled());
@@ -132,8 +138,8 @@ TEST(ACancelledUtterance, DoesNotTaintTheNext) {
 TEST(WhatIsPushedAsDropped, ComesOutInItsOrderAndIsNeverNext) {
     SpeechQueue queue{QueueLimits{}};
     SpeechQueue::Work work;
-    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 1), -1));
-    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 2), -1));
+    EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 1), -1));
+    EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 2), -1));
     EXPECT_EQ(0U, queue.waiting());
     ASSERT_TRUE(queue.wait(work));
     EXPECT_FALSE(work.next.has_value());
@@ -145,20 +151,30 @@ TEST(WhatIsPushedAsDropped, ComesOutInItsOrderAndIsNeverNext) {
 TEST(WhatIsPushedAsDropped, IsBoundedUntilItIsReported) {
     SpeechQueue queue(limitsOf(2, 1));
     SpeechQueue::Work work;
-    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 1), -1));
-    EXPECT_TRUE(queue.push(utteranceOf(2, 1)));
-    EXPECT_FALSE(queue.pushDropped(utteranceOf(1, 2), -1));
+    EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 1), -1));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(2, 1)));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.pushDropped(utteranceOf(1, 2), -1));
     ASSERT_TRUE(queue.wait(work));
-    EXPECT_TRUE(queue.pushDropped(utteranceOf(1, 2), -1));
+    EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 2), -1));
+}
+
+TEST(AClosedQueue, CancelsWhatSoundsWithAStatusOfItsOwn) {
+    SpeechQueue queue{QueueLimits{}};
+    SpeechQueue::Work work;
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
+    ASSERT_TRUE(queue.wait(work));
+    queue.close();
+    EXPECT_TRUE(queue.cancelled());
+    EXPECT_EQ(STATUS_SHUTDOWN, queue.finish());
 }
 
 TEST(AForgottenClient, LeavesNothingToReport) {
     SpeechQueue queue{QueueLimits{}};
     SpeechQueue::Work work;
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
     ASSERT_TRUE(queue.wait(work));
-    ASSERT_TRUE(queue.push(utteranceOf(1, 2)));
-    ASSERT_TRUE(queue.push(utteranceOf(2, 3)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 2)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(2, 3)));
     queue.forget(1);
     EXPECT_TRUE(queue.cancelled());
     queue.finish();
@@ -171,11 +187,13 @@ TEST(AForgottenClient, LeavesNothingToReport) {
 TEST(AClosedQueue, GivesWhatWasWaitingAsDroppedAndThenEnds) {
     SpeechQueue queue{QueueLimits{}};
     SpeechQueue::Work work;
-    ASSERT_TRUE(queue.push(utteranceOf(1, 1)));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 1)));
     queue.close();
-    EXPECT_FALSE(queue.push(utteranceOf(1, 2)));
+    EXPECT_EQ(STATUS_SHUTDOWN, queue.push(utteranceOf(1, 2)));
+    EXPECT_EQ(STATUS_SHUTDOWN, queue.pushDropped(utteranceOf(1, 2), -1));
     ASSERT_TRUE(queue.wait(work));
-    EXPECT_EQ(1U, work.dropped.size());
+    ASSERT_EQ(1U, work.dropped.size());
+    EXPECT_EQ(STATUS_SHUTDOWN, work.dropped[0].status);
     EXPECT_FALSE(work.next.has_value());
     EXPECT_FALSE(queue.wait(work));
 }

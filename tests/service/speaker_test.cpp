@@ -38,7 +38,7 @@ protected:
         utterance.pid = pid;
         utterance.id = id;
         utterance.text = text;
-        ASSERT_TRUE(queue.push(utterance));
+        ASSERT_EQ(TTS::STATUS_OK, queue.push(utterance));
     }
     void expectTold(const std::vector<Told>& expected) {
         EXPECT_TRUE(listener.waitForCount(expected.size()));
@@ -90,7 +90,7 @@ TEST_F(ASpeaker, WritesAPauseAsThatManySamplesOfSilence) {
     pause.pid = 1;
     pause.id = 2;
     pause.pauseMs = 250;
-    ASSERT_TRUE(queue.push(pause));
+    ASSERT_EQ(TTS::STATUS_OK, queue.push(pause));
     start();
     expectTold({{1, EVENT_STARTED, 2, 0}, {1, EVENT_FINISHED, 2, 0}});
     EXPECT_EQ(std::vector<int16_t>(ScriptedEngine::kRate / 4, 0), sink.samples());
@@ -155,17 +155,18 @@ TEST_F(ASpeaker, ReportsWhatItsQueueStillHeldWhenItIsClosed) {
     ASSERT_TRUE(engine.waitUntilHeld());
     queue.close();
     engine.release();
+    constexpr auto shutdown = static_cast<uint32_t>(STATUS_SHUTDOWN);
     expectTold({{1, EVENT_STARTED, 1, 0},
-                {1, EVENT_STOPPED, 1, 0},
+                {1, EVENT_STOPPED, 1, shutdown},
                 {1, EVENT_STARTED, 2, 0},
-                {1, EVENT_STOPPED, 2, 0}});
+                {1, EVENT_STOPPED, 2, shutdown}});
 }
 
 TEST_F(ASpeaker, AppliesTheGainToTheSamples) {
     Utterance utterance;
     utterance.text = "loud";
     utterance.gain = 0.25F;
-    ASSERT_TRUE(queue.push(utterance));
+    ASSERT_EQ(TTS::STATUS_OK, queue.push(utterance));
     start();
     ASSERT_TRUE(listener.waitForCount(3));
     EXPECT_EQ(std::vector<int16_t>(ScriptedEngine::kWordSamples, ScriptedEngine::kLevel / 4),

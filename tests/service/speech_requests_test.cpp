@@ -226,6 +226,14 @@ TEST_F(ASpeechRequest, ForAPauseOfMoreThanAMinuteIsRefused) {
     EXPECT_EQ(STATUS_BAD_PARAMETER, service->silence(kAnn, 3, 100, 101));
 }
 
+TEST_F(ASpeechRequest, WhileTheServiceShutsDownIsRefusedAndItsSenderTold) {
+    const auto ann = join(kAnn);
+    service->announceVoices(engine.voices());
+    queue->close();
+    EXPECT_EQ(STATUS_SHUTDOWN, say(kAnn, 3));
+    EXPECT_EQ((Told{kAnn, EVENT_STOPPED, 3, statusWord(STATUS_SHUTDOWN)}), toldTo(ann).back());
+}
+
 class Flushing : public ServiceFixture {
 protected:
     void SetUp() override {

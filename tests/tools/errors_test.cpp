@@ -9,7 +9,7 @@ using namespace voxtrelctl;
 
 namespace {
 
-constexpr int kNamed[] = {-1, -3, -5, -6, -7, -8, -9, -10, -11, -12, -13};
+constexpr int kNamed[] = {-1, -3, -5, -6, -7, -8, -9, -10, -11, -12, -13, -14};
 
 TEST(AnErrorLine, NamesCodeMeaningAndNextStep) {
     EXPECT_EQ(errorLine(-8),

@@ -21,6 +21,7 @@ TEST(AStatusCode, HasTheNumberThatProgramsInTheFieldKnow) {
     EXPECT_EQ(-11, TTS::STATUS_NO_LANGUAGE);
     EXPECT_EQ(-12, TTS::STATUS_QUEUE_FULL);
     EXPECT_EQ(-13, TTS::STATUS_AUDIO_FAILED);
+    EXPECT_EQ(-14, TTS::STATUS_SHUTDOWN);
 }
 
 TEST(AnEvent, HasTheNumberThatProgramsInTheFieldKnow) {

@@ -11,6 +11,7 @@
 #include "tools/Errors.h"
 #include "tools/EventQueue.h"
 #include "tools/Session.h"
+#include "tools/Speech.h"
 
 using namespace voxtrel_test;
 
@@ -50,6 +51,44 @@ TEST(AServiceKilledInMidSpeech, ComesBackWithItsSettings) {
     EXPECT_EQ(settingOf(device, "speed"), "150");
     EXPECT_EQ(settingOf(device, "language"), "pt_PT");
     EXPECT_EQ(device.ctl({"say", "--wait", "Hello again."}).status, 0);
+}
+
+constexpr const char* kShutdownLine =
+    "-14 the service has been shut down: start voxtreld again and repeat the command";
+
+TEST(AServiceShutDownInMidSpeech, EndsSayWithItsReason) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto speaker = device.start({"say", "--wait", "--speed", "150", kLong});
+    ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
+    device.stopService();
+    const Outcome said = speaker->wait();
+    EXPECT_EQ(said.status, 1);
+    EXPECT_EQ(said.err, std::string("voxtrelctl: ") + kShutdownLine + "\n");
+    EXPECT_NE(said.out.find("stopped 1 (-14 the service has been shut down)\n"), std::string::npos)
+        << said.out;
+}
+
+TEST(AServiceShutDownInMidSpeech, GivesItsReasonEvenIfItsDeathIsToldFirst) {
+    using voxtrelctl::EventQueue;
+    using voxtrelctl::Notice;
+    Device device;
+    device.startService({"--sink", "none", "--real-time"});
+    voxtrelctl::Terminal terminal(true);  // what the test itself prints is to be seen
+    voxtrelctl::Session session(terminal);
+    EventQueue::instance().post({Notice::Source::ServiceDied, {}, 0});
+    EventQueue::instance().post(
+        {Notice::Source::Service,
+         {TTS::EVENT_STOPPED, 1, static_cast<uint32_t>(TTS::STATUS_SHUTDOWN)},
+         0});
+    const auto printer =
+        voxtrelctl::EventPrinter::make(voxtrelctl::EventPrinter::Style::Silent, nullptr);
+    try {
+        voxtrelctl::Speech(session, *printer).pause(60'000);
+        FAIL() << "it ended as if nothing had happened";
+    } catch (const voxtrelctl::Failure& failure) {
+        EXPECT_STREQ(failure.what(), kShutdownLine);
+    }
 }
 
 /// One operation of a client after another, none of which may reach a service.
