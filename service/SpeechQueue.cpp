@@ -2,6 +2,7 @@
 #include "service/SpeechQueue.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "vocabulary/Status.h"
@@ -15,30 +16,14 @@ Status SpeechQueue::roomFor(const Utterance& utterance) const {
         return STATUS_SHUTDOWN;
     }
     const auto found = mShares.find(utterance.pid);
-    const Share share = found == mShares.end() ? Share{} : found->second;
+    const size_t ownUtterances = found == mShares.end() ? 0 : found->second.waiting.size();
+    const size_t ownBytes = found == mShares.end() ? 0 : found->second.textBytes;
     const bool fits =
-        mWaiting.size() + mDropped.size() < mLimits.clients * mLimits.utterancesPerClient &&
-        share.utterances < mLimits.utterancesPerClient &&
+        mWaiting + mDropped.size() < mLimits.clients * mLimits.utterancesPerClient &&
+        ownUtterances < mLimits.utterancesPerClient &&
         mTextBytes + utterance.text.size() <= mLimits.clients * mLimits.textPerClient &&
-        share.textBytes + utterance.text.size() <= mLimits.textPerClient;
+        ownBytes + utterance.text.size() <= mLimits.textPerClient;
     return fits ? STATUS_OK : STATUS_QUEUE_FULL;
-}
-
-void SpeechQueue::account(const Utterance& utterance) {
-    Share& share = mShares[utterance.pid];
-    ++share.utterances;
-    share.textBytes += utterance.text.size();
-    mTextBytes += utterance.text.size();
-}
-
-void SpeechQueue::discount(const Utterance& utterance) {
-    mTextBytes -= utterance.text.size();
-    const auto found = mShares.find(utterance.pid);
-    if (--found->second.utterances == 0) {
-        mShares.erase(found);
-        return;
-    }
-    found->second.textBytes -= utterance.text.size();
 }
 
 Status SpeechQueue::push(Utterance utterance) {
@@ -48,8 +33,11 @@ Status SpeechQueue::push(Utterance utterance) {
         if (status != STATUS_OK) {
             return status;
         }
-        account(utterance);
-        mWaiting.push_back(std::move(utterance));
+        Share& share = mShares[utterance.pid];
+        share.textBytes += utterance.text.size();
+        mTextBytes += utterance.text.size();
+        ++mWaiting;
+        share.waiting.push_back({std::move(utterance), ++mAccepted});
     }
     mChanged.notify_one();
     return STATUS_OK;
@@ -68,18 +56,67 @@ Status SpeechQueue::pushDropped(const Utterance& utterance, int32_t reason) {
     return STATUS_OK;
 }
 
-void SpeechQueue::dropLocked(std::optional<uint32_t> pid, int32_t status, bool report) {
-    const auto isMeant = [&](uint32_t owner) { return !pid || *pid == owner; };
-    const auto kept =
-        std::stable_partition(mWaiting.begin(), mWaiting.end(),
-                              [&](const Utterance& utterance) { return !isMeant(utterance.pid); });
-    for (auto dropped = kept; dropped != mWaiting.end(); ++dropped) {
-        discount(*dropped);
-        if (report) {
-            mDropped.push_back({dropped->pid, dropped->id, status});
+/// Turns up to this one are forgotten.
+uint64_t SpeechQueue::oldestTurn() const {
+    return mTurn > kRememberedTurns ? mTurn - kRememberedTurns : 0;
+}
+
+SpeechQueue::Share& SpeechQueue::nextShare() {
+    Share* next = nullptr;
+    std::pair<uint64_t, uint64_t> first;
+    for (auto& [pid, share] : mShares) {
+        if (share.waiting.empty()) {
+            continue;
+        }
+        const std::pair rank(std::max(share.lastTurn, oldestTurn()), share.waiting.front().number);
+        if (next == nullptr || rank < first) {
+            next = &share;
+            first = rank;
         }
     }
-    mWaiting.erase(kept, mWaiting.end());
+    return *next;
+}
+
+/// The next to be heard; there is one.
+Utterance SpeechQueue::takeNext() {
+    Share& share = nextShare();
+    Utterance utterance = std::move(share.waiting.front().utterance);
+    share.waiting.pop_front();
+    share.textBytes -= utterance.text.size();
+    share.lastTurn = ++mTurn;
+    mTextBytes -= utterance.text.size();
+    --mWaiting;
+    forgetIdleShares();
+    return utterance;
+}
+
+void SpeechQueue::forgetIdleShares() {
+    for (auto each = mShares.begin(); each != mShares.end();) {
+        const bool isIdle = each->second.waiting.empty() && each->second.lastTurn <= oldestTurn();
+        each = isIdle ? mShares.erase(each) : std::next(each);
+    }
+}
+
+void SpeechQueue::dropShare(Share& share, int32_t status, bool report) {
+    for (const Waiting& each : share.waiting) {
+        if (report) {
+            mDropped.push_back({each.utterance.pid, each.utterance.id, status});
+        }
+    }
+    mWaiting -= share.waiting.size();
+    mTextBytes -= share.textBytes;
+    share.waiting.clear();
+    share.textBytes = 0;
+}
+
+void SpeechQueue::dropLocked(std::optional<uint32_t> pid, int32_t status, bool report) {
+    const auto isMeant = [&](uint32_t owner) { return !pid || *pid == owner; };
+    for (auto& [owner, share] : mShares) {
+        if (isMeant(owner)) {
+            dropShare(share, status, report);
+        }
+    }
+    forgetIdleShares();
     if (mSoundingPid && isMeant(*mSoundingPid) && !mCancelled) {
         mCancelStatus = status;
         mCancelled.set();
@@ -100,7 +137,7 @@ void SpeechQueue::forget(uint32_t pid) {
 }
 
 bool SpeechQueue::hasWork() const {
-    return !mWaiting.empty() || !mDropped.empty();
+    return mWaiting > 0 || !mDropped.empty();
 }
 
 bool SpeechQueue::wait(Work& work) {
@@ -110,10 +147,8 @@ bool SpeechQueue::wait(Work& work) {
     }
     work.dropped = std::exchange(mDropped, {});
     work.next.reset();
-    if (!mWaiting.empty()) {
-        discount(mWaiting.front());
-        work.next = std::move(mWaiting.front());
-        mWaiting.pop_front();
+    if (mWaiting > 0) {
+        work.next = takeNext();
         mSoundingPid = work.next->pid;
         mCancelled.clear();
     }
@@ -138,7 +173,7 @@ void SpeechQueue::close() {
 
 size_t SpeechQueue::waiting() const {
     const MutexLock lock(mMutex);
-    return mWaiting.size();
+    return mWaiting;
 }
 
 std::optional<std::chrono::steady_clock::time_point> SpeechQueue::idleSince() const {

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 #include "service/Cancel.h"
@@ -25,7 +25,12 @@ struct QueueLimits {
     size_t textPerClient = 4U << 20U;  ///< bytes
 };
 
-/// What waits to be spoken, in the order of acceptance, whoever asked.
+/// What waits to be spoken. Clients take turns by utterance, each in the order of acceptance.
+///
+/// Next is the client that was heard longest ago. One that was not heard in the last
+/// `kRememberedTurns` turns, or never, counts as heard before all that were; among several such,
+/// the one whose utterance was accepted first is next. So who has had nothing to say for a while is
+/// heard after what sounds now, and nobody is passed over for more turns than that.
 ///
 /// Every utterance that `push` accepted comes out of `wait` once: as the next to speak, or as
 /// dropped. The speech thread reports both, so nothing is reported twice or not at all.
@@ -33,6 +38,9 @@ struct QueueLimits {
 /// Called on: any thread; `wait` and `finish` on the speech thread only. Locks: its own.
 class SpeechQueue {
 public:
+    /// More than there are clients with much to say.
+    static constexpr uint64_t kRememberedTurns = 128;
+
     /// An utterance that was dropped before its turn.
     struct Dropped {
         uint32_t pid;
@@ -84,14 +92,23 @@ public:
     std::optional<std::chrono::steady_clock::time_point> idleSince() const;
 
 private:
-    struct Share {
-        size_t utterances = 0;
-        size_t textBytes = 0;
+    struct Waiting {
+        Utterance utterance;
+        uint64_t number;  ///< in the order of acceptance, of all clients
     };
+    struct Share {
+        std::deque<Waiting> waiting;
+        size_t textBytes = 0;   ///< of what waits
+        uint64_t lastTurn = 0;  ///< the number of the turn in which it was heard last
+    };
+    using Shares = std::map<uint32_t, Share>;  ///< by process id
 
     TTS::Status roomFor(const Utterance& utterance) const VOXTRELD_REQUIRES(mMutex);
-    void account(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
-    void discount(const Utterance& utterance) VOXTRELD_REQUIRES(mMutex);
+    uint64_t oldestTurn() const VOXTRELD_REQUIRES(mMutex);
+    Share& nextShare() VOXTRELD_REQUIRES(mMutex);
+    Utterance takeNext() VOXTRELD_REQUIRES(mMutex);
+    void forgetIdleShares() VOXTRELD_REQUIRES(mMutex);
+    void dropShare(Share& share, int32_t status, bool report) VOXTRELD_REQUIRES(mMutex);
     void dropLocked(std::optional<uint32_t> pid, int32_t status, bool report)
         VOXTRELD_REQUIRES(mMutex);
     bool hasWork() const VOXTRELD_REQUIRES(mMutex);
@@ -99,10 +116,12 @@ private:
     const QueueLimits mLimits;
     mutable Mutex mMutex;
     std::condition_variable mChanged;
-    std::deque<Utterance> mWaiting VOXTRELD_GUARDED_BY(mMutex);
+    Shares mShares VOXTRELD_GUARDED_BY(mMutex);         ///< who waits, or was heard lately
+    size_t mWaiting VOXTRELD_GUARDED_BY(mMutex) = 0;    ///< utterances of all clients
+    size_t mTextBytes VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< of these
+    uint64_t mAccepted VOXTRELD_GUARDED_BY(mMutex) = 0;
+    uint64_t mTurn VOXTRELD_GUARDED_BY(mMutex) = 0;
     std::vector<Dropped> mDropped VOXTRELD_GUARDED_BY(mMutex);
-    std::unordered_map<uint32_t, Share> mShares VOXTRELD_GUARDED_BY(mMutex);
-    size_t mTextBytes VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< of all clients
     std::optional<uint32_t> mSoundingPid VOXTRELD_GUARDED_BY(mMutex);
     int32_t mCancelStatus VOXTRELD_GUARDED_BY(mMutex) = 0;
     bool mClosed VOXTRELD_GUARDED_BY(mMutex) = false;

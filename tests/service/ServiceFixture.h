@@ -16,6 +16,7 @@
 #include "service/SpeechQueue.h"
 #include "service/VoxtrelService.h"
 #include "tests/service/Fakes.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
 #include "vocabulary/Status.h"
 
@@ -120,13 +121,8 @@ protected:
     std::vector<std::string> details;  ///< lines for debugging
 
 private:
-    /// Queues a marker of a client that nobody else is, and waits until it has had its turn.
     void stopSpeechWhenIdle() {
-        constexpr uint32_t kMarker = 999;
-        Utterance marker;
-        marker.pid = kMarker;
-        ASSERT_EQ(TTS::STATUS_OK, queue->push(marker));
-        ASSERT_TRUE(sink.waitForEndOf(kMarker));
+        ASSERT_TRUE(voxtrel_test::eventually([&] { return queue->idleSince().has_value(); }));
         stopSpeech();
     }
 

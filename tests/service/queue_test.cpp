@@ -5,6 +5,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "vocabulary/Status.h"
 
@@ -29,17 +30,90 @@ QueueLimits limitsOf(size_t perClient, size_t clients = 8) {
     return limits;
 }
 
-TEST(ASpeechQueue, GivesUtterancesInTheOrderOfAcceptanceWhoeverAsked) {
-    SpeechQueue queue{QueueLimits{}};
-    for (const auto& [pid, id] : {std::pair{1U, 10U}, {2U, 20U}, {1U, 11U}}) {
+/// Pushes one utterance each, as (process, number).
+void pushAll(SpeechQueue& queue, const std::vector<std::pair<uint32_t, uint32_t>>& all) {
+    for (const auto& [pid, id] : all) {
         ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(pid, id)));
     }
+}
+
+/// Takes the next utterance and ends it. @return its number; 0 if there is none.
+uint32_t takeNext(SpeechQueue& queue) {
     SpeechQueue::Work work;
-    for (const uint32_t id : {10U, 20U, 11U}) {
-        ASSERT_TRUE(queue.wait(work));
-        EXPECT_EQ(id, work.next->id);
-        EXPECT_EQ(std::nullopt, queue.finish());
+    const bool isThere = queue.waiting() > 0 && queue.wait(work) && work.next.has_value();
+    (void)queue.finish();
+    return isThere ? work.next->id : 0;
+}
+
+std::vector<uint32_t> takeAll(SpeechQueue& queue) {
+    std::vector<uint32_t> ids;
+    for (uint32_t id = takeNext(queue); id != 0; id = takeNext(queue)) {
+        ids.push_back(id);
     }
+    return ids;
+}
+
+using Ids = std::vector<uint32_t>;
+
+TEST(AClientsUtterances, AreHeardInTheOrderOfAcceptance) {
+    SpeechQueue queue{QueueLimits{}};
+    pushAll(queue, {{1, 12}, {1, 10}, {1, 11}});
+    EXPECT_EQ((Ids{12, 10, 11}), takeAll(queue));
+}
+
+TEST(Clients, TakeTurnsWhateverTheOrderOfAcceptance) {
+    SpeechQueue queue{QueueLimits{}};
+    pushAll(queue, {{1, 10}, {1, 11}, {1, 12}, {2, 20}, {2, 21}, {3, 30}});
+    EXPECT_EQ((Ids{10, 20, 30, 11, 21, 12}), takeAll(queue));
+}
+
+TEST(AClientThatComes, IsNextHoweverMuchOfOthersWaits) {
+    SpeechQueue queue{QueueLimits{}};
+    pushAll(queue, {{1, 10}, {2, 20}, {3, 30}, {1, 11}, {2, 21}, {3, 31}, {1, 12}});
+    EXPECT_EQ(10U, takeNext(queue));
+    EXPECT_EQ(20U, takeNext(queue));
+    pushAll(queue, {{4, 40}});
+    EXPECT_EQ(30U, takeNext(queue)) << "it has not been heard either, and came before";
+    EXPECT_EQ((Ids{40, 11, 21, 31, 12}), takeAll(queue));
+}
+
+TEST(AClientThatComes, IsNextAfterTheUtteranceThatSounds) {
+    SpeechQueue queue{QueueLimits{}};
+    pushAll(queue, {{1, 10}, {2, 20}, {1, 11}, {2, 21}, {1, 12}, {2, 22}});
+    EXPECT_EQ(10U, takeNext(queue));
+    EXPECT_EQ(20U, takeNext(queue));
+    SpeechQueue::Work work;
+    ASSERT_TRUE(queue.wait(work));  // what sounds now
+    pushAll(queue, {{3, 30}});
+    (void)queue.finish();
+    EXPECT_EQ((Ids{30, 21, 12, 22}), takeAll(queue));
+}
+
+TEST(AClientWithOneWaitingAtATime, HasNoMoreThanItsTurns) {
+    SpeechQueue queue{QueueLimits{}};
+    pushAll(queue, {{1, 10}, {2, 20}, {1, 10}, {2, 20}, {1, 10}, {2, 20}});
+    Ids heard;
+    for (int i = 0; i < 7; ++i) {
+        if (i == 0 || heard.back() == 30) {
+            pushAll(queue, {{3, 30}});  // its next, as soon as it has been heard
+        }
+        heard.push_back(takeNext(queue));
+    }
+    EXPECT_EQ((Ids{10, 20, 30, 10, 20, 30, 10}), heard);
+}
+
+TEST(AClientThatWaits, IsNotPassedOverForEverByOthersThatCome) {
+    SpeechQueue queue{QueueLimits{}};
+    pushAll(queue, {{1, 1}, {1, 2}});
+    ASSERT_EQ(1U, takeNext(queue));
+    uint32_t passedOver = 0;
+    for (uint32_t pid = 10; passedOver < 1000; ++pid, ++passedOver) {
+        pushAll(queue, {{pid, pid}, {pid + 10'000, pid}});
+        if (takeNext(queue) == 2) {
+            break;
+        }
+    }
+    EXPECT_EQ(SpeechQueue::kRememberedTurns, passedOver);
 }
 
 TEST(AFullShare, RefusesItsClientOnly) {
@@ -92,6 +166,17 @@ TEST(AShare, IsBoundedInTextToo) {
     EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 3, "1234")));
     queue.drop(1, 0);
     EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 4, "1234567890")));
+}
+
+TEST(AShare, OfAClientThatWasHeardHasAllOfItsRoomAgain) {
+    QueueLimits limits;
+    limits.textPerClient = 10;
+    SpeechQueue queue(limits);
+    pushAll(queue, {{1, 1}});
+    ASSERT_EQ(1U, takeNext(queue));
+    ASSERT_EQ(STATUS_OK, queue.push(utteranceOf(1, 2, "1234567890")));
+    queue.drop(1, 0);
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 3, "1234567890")));
 }
 
 TEST(DroppingAClient, GivesBackItsUtterancesWithTheReasonAndKeepsTheOthers) {

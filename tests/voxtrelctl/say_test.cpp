@@ -185,7 +185,7 @@ TEST(SayWithoutWait, LeavesAtOnceAndIsSpokenAllTheSame) {
     device.startService({"--real-time"});
     const char* text = kParagraphs[0].text;
     EXPECT_EQ(device.ctl({"say", "--speed", "400", text}).status, 0);
-    // What was queued before is spoken before.
+    // Of two clients that were not heard yet, the first to come is heard first.
     const Outcome last = device.ctl({"silence", "--wait", "1"});
     EXPECT_EQ(last.status, 0) << last.err;
     device.stopService();
