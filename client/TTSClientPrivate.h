@@ -110,8 +110,13 @@ public:
     /// Speaks `text` with the client's current settings.
     ///
     /// Refuses: no service -5; speech disabled -1; lock rule -7. The request is one-way, so 0 means
-    /// that it was sent.
+    /// that it was sent, and it is 0 as well where the runtime could not send it.
     /// @param id passed through; names the utterance in the service's events.
+    /// @param text passed through whole, whatever its length. A device's runtime takes 520,192
+    ///        bytes in a one-way request, 40 of them for what is not text, and holds no more than
+    ///        that of all requests which the service has not taken yet. What is beyond is lost: the
+    ///        result is 0, nothing is spoken, and no event comes. Give a longer text in pieces of
+    ///        some sentences, and wait for the events of earlier ones before more are sent.
     int say(unsigned int id, const std::string& text);
 
     /// Queues a pause. Refuses as `say`. Both arguments are passed through, with the client's

@@ -59,8 +59,14 @@ EventPrinter::Style styleOf(const Options& options, const Terminal& terminal) {
 
 /// Gives the service all of it and leaves; what is queued is spoken all the same.
 void handOver(Session& session, const std::vector<std::string>& pieces) {
+    size_t onTheWay = 0;
     for (size_t n = 0; n < pieces.size(); ++n) {
+        if (onTheWay + pieces[n].size() > kMostOnTheWay) {
+            settle(session);
+            onTheWay = 0;
+        }
         check(session.client()->say(static_cast<unsigned>(n + 1), pieces[n]), "");
+        onTheWay += pieces[n].size();
     }
     settle(session);
 }

@@ -2,12 +2,14 @@
 #include "tools/Speech.h"
 
 #include "tools/Errors.h"
+#include "tools/Text.h"
 
 namespace voxtrelctl {
 namespace {
 
 constexpr unsigned kFlushOwn = 1;
 constexpr size_t kAhead = 3;  ///< requests with the service at a time
+static_assert(kAhead * kPieceBytes <= kMostOnTheWay, "they are not waited for");
 constexpr auto kFlushPatience = std::chrono::seconds(2);
 
 /// What the service sent before its end comes on other threads than the news of its end.

@@ -9,8 +9,13 @@
 
 namespace voxtrelctl {
 
-/// The most bytes of text that go to the service in one request; a request of 1 MiB would be lost.
+/// The most bytes of text that go to the service in one request.
 constexpr size_t kPieceBytes = 32768;
+
+/// The most bytes of text that are sent before the service is known to have taken them. The runtime
+/// of a device holds 520,192 bytes of requests that the service has not taken yet, of all clients
+/// together, and loses what comes beyond without telling anybody.
+constexpr size_t kMostOnTheWay = 262144;
 
 /// Cuts `text` into pieces of at most `most` bytes, at the last end of a sentence, else the last
 /// white space, else the last whole UTF-8 character of each piece. Joined they are the text, but
