@@ -4,9 +4,11 @@
 
 #include <binder/ProcessState.h>
 #include <csignal>
-#include <future>
+#include <filesystem>
+#include <memory>
 
 #include "client/TTSClientPrivate.h"
+#include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
 #include "tools/Errors.h"
 #include "tools/EventQueue.h"
@@ -89,6 +91,36 @@ TEST(AServiceShutDownInMidSpeech, GivesItsReasonEvenIfItsDeathIsToldFirst) {
     } catch (const voxtrelctl::Failure& failure) {
         EXPECT_STREQ(failure.what(), kShutdownLine);
     }
+}
+
+/// The example of the README in the middle of a long sentence.
+class TheExampleInMidSpeech : public ::testing::Test {
+protected:
+    TheExampleInMidSpeech() {
+        device.startService({"--sink", "wavdir:" + device.path("spoken"), "--real-time"});
+        example = std::make_unique<Process>(Process::Words{VOXTREL_EXAMPLE_PROGRAM, kLong});
+        EXPECT_TRUE(eventually([&] { return !std::filesystem::is_empty(device.path("spoken")); }));
+    }
+
+    Device device;
+    std::unique_ptr<Process> example;
+};
+
+TEST_F(TheExampleInMidSpeech, EndsWhenTheServiceDies) {
+    device.killService();
+    const Outcome outcome = example->wait();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.out.find("the service has died\n"), std::string::npos) << outcome.out;
+}
+
+TEST_F(TheExampleInMidSpeech, EndsWhenTheServiceIsShutDown) {
+    device.stopService();
+    const Outcome outcome = example->wait();
+    EXPECT_EQ(outcome.status, 1);
+    // The event and the news of the death come on threads of their own.
+    EXPECT_TRUE(outcome.out.find("stopped\n") != std::string::npos ||
+                outcome.out.find("the service has died\n") != std::string::npos)
+        << outcome.out;
 }
 
 /// One operation of a client after another, none of which may reach a service.
