@@ -194,7 +194,8 @@ TEST_F(ARunningService, HearsTwentyClientsWithFiftyUtterancesEach) {
 TEST_F(ARunningService, StopsAThousandUtterancesAndTellsOfEach) {
     const Process service = startService({"--sink", "none", "--real-time"});
     const Process client = startClient();
-    client->tell("flood 1 1000 This is one of very many sentences.");
+    client->tell("long 1 10000");  // outlasts the flood on the slowest machine
+    client->tell("flood 2 999 This is one of very many sentences.");
     client->tell("stop 0");
     expectOneLifeEach(eventsUntilEnded(*client, 1000), 1000, EVENT_STOPPED);
 }

@@ -146,9 +146,9 @@ TEST(Lock, OfACommandThatThereIsNotSaysSo) {
 TEST(ALockedService, RefusesEveryChangeOfOthers) {
     Device device;
     device.startService({"--sink", "none"});
+    ASSERT_EQ(Process({"mkfifo", device.path("gate")}).wait().status, 0);
     const auto holder =
         device.start({"lock", "--", "sh", "-c", "echo held; read line <" + device.path("gate")});
-    ASSERT_EQ(Process({"mkfifo", device.path("gate")}).wait().status, 0);
     ASSERT_TRUE(holder->awaitOutput("held"));
     const std::vector<Device::Words> refused = {
         {"say", "hi"},
