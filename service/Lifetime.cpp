@@ -1,28 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/Lifetime.h"
 
-#include <binder/ProcessState.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <ctime>
 
 namespace voxtreld {
 namespace {
 
 using Duration = std::chrono::steady_clock::duration;
-
-class ManagerDeath : public android::IBinder::DeathRecipient {
-public:
-    void binderDied(const android::wp<android::IBinder>& /*who*/) override {
-        mTold = true;
-        kill(getpid(), SIGTERM);
-    }
-    bool told() const { return mTold; }
-
-private:
-    std::atomic<bool> mTold{false};
-};
 
 timespec asTimespec(Duration duration) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
@@ -64,13 +48,7 @@ std::string waitForEnd(const sigset_t& signals, VoxtrelService& service,
         sigwait(&signals, &signal);
         return signal == SIGINT ? "interrupted" : "stopped";
     }
-    const auto manager = android::ProcessState::self()->getContextObject(nullptr);
-    const android::sp<ManagerDeath> death = new ManagerDeath;
-    if (manager == nullptr || manager->linkToDeath(death, nullptr, 0) != android::OK) {
-        return "the service manager has died";
-    }
-    const std::string reason = waitForSignalOrIdleness(signals, service, idleLimit);
-    return death->told() ? "the service manager has died" : reason;
+    return waitForSignalOrIdleness(signals, service, idleLimit);
 }
 
 }  // namespace voxtreld

@@ -14,8 +14,7 @@ namespace voxtreld {
 sigset_t blockSignals();
 
 /// Returns when a signal asks for the end or, with a limit above 0, when nobody has needed the
-/// service for so long, or nobody can find it any more because the service manager has died.
-/// @return which, for the log.
+/// service for so long. @return which, for the log.
 std::string waitForEnd(const sigset_t& signals, VoxtrelService& service,
                        std::chrono::seconds idleLimit);
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <binder/IPCThreadState.h>
-#include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 #include <unistd.h>
 
@@ -15,12 +14,14 @@
 #include "service/EspeakEngine.h"
 #include "service/Lifetime.h"
 #include "service/Log.h"
+#include "service/ManagerPlace.h"
 #include "service/Mixer.h"
 #include "service/Options.h"
 #include "service/Preconditions.h"
 #include "service/ProfileLock.h"
 #include "service/ProfileStore.h"
 #include "service/Readiness.h"
+#include "service/Registration.h"
 #include "service/Sink.h"
 #include "service/Speaker.h"
 #include "service/SpeechQueue.h"
@@ -41,8 +42,18 @@ Caller binderCaller() {
             static_cast<uint32_t>(state->getCallingUid())};
 }
 
+/// Lets clients find the service, and starts the runtime's threads for them.
+bool publish(const android::sp<VoxtrelService>& service, Registration& registration,
+             const sigset_t& signals, std::string& error) {
+    if (!isManagerPlaceUsable(error)) {
+        return false;
+    }
+    android::ProcessState::self()->startThreadPool();
+    return registration.begin(service, signals, error);
+}
+
 /// Makes the parts and runs them until a signal ends the process, or nobody needs it any more.
-int serve(const Options& options, const sigset_t& signals) {
+int serve(const Options& options, const sigset_t& signals, Registration& registration) {
     std::string error;
     std::unique_ptr<Sink> sink = makeSink(options.sink, options.realTime, error);
     if (sink == nullptr) {
@@ -74,29 +85,29 @@ int serve(const Options& options, const sigset_t& signals) {
         Speaker(engine, *sink, mixer, *queue, service->listener()).run();
     });
 
-    android::ProcessState::self()->startThreadPool();
-    const android::status_t added = android::defaultServiceManager()->addService(
-        TTS::ITextToSpeechFestival::descriptor, service);
-    std::string reason;
-    if (added == android::OK) {
+    std::string reason = "stopped";
+    std::string lost;
+    if (publish(service, registration, signals, lost)) {
         readiness.registered();
         reason = waitForEnd(signals, *service, options.idleLimit);
+        lost = registration.loss();
     }
     queue->close();
     speech.join();
     service->flushEvents(std::chrono::seconds(1));
     profile->flush();
-    if (added != android::OK) {
-        return fail("the service manager does not answer or refused the name: is it running?");
+    if (!lost.empty()) {
+        return fail(lost);
     }
     if (failed) {
         return fail(error);
     }
-    logLine(LogLevel::Info, reason);
+    logLine(LogLevel::Info,
+            registration.managerHasDied() ? "the service manager has died" : reason);
     return EXIT_SUCCESS;
 }
 
-int run(const Options& options) {
+int run(const Options& options, Registration& registration) {
     constexpr std::chrono::seconds kPatience(5);
     const sigset_t signals = blockSignals();
     std::string error;
@@ -113,7 +124,7 @@ int run(const Options& options) {
         case ProfileLock::Ours:
             break;
     }
-    return serve(options, signals);
+    return serve(options, signals, registration);
 }
 
 }  // namespace
@@ -133,5 +144,13 @@ int main(int argc, char** argv) {
             return voxtreld::fail(error);
         }
     }
-    return voxtreld::run(options);
+    voxtreld::Registration registration(options.idleLimit.count() == 0
+                                            ? voxtreld::Registration::AfterDeath::RegisterAgain
+                                            : voxtreld::Registration::AfterDeath::End,
+                                        voxtreld::logLine);
+    exitStatus = voxtreld::run(options, registration);
+    if (!registration.stop()) {
+        std::_Exit(exitStatus);  // a thread uses what would be destroyed
+    }
+    return exitStatus;
 }

@@ -450,15 +450,5 @@ TEST_F(ARunningService, WithTooFewDescriptorsSaysSoAndLeaves) {
     }
 }
 
-TEST_F(ARunningService, WithoutAServiceManagerSaysSoAndLeaves) {
-    manager->signal(SIGKILL);
-    EXPECT_EQ(256 + SIGKILL, manager->wait());
-    const Process service = startService({"--sink", "none"});
-    service->readUntil([](const std::string& line) {
-        return line.find("voxtreld: the service manager does not answer") == 0;
-    });
-    EXPECT_EQ(1, service->wait());
-}
-
 }  // namespace
 }  // namespace voxtreld
