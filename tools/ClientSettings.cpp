@@ -29,9 +29,8 @@ void applyNumber(Session& session, const Setter& setter, const std::string& text
     Value value = parseValue(setting, text);
     void* address = setting.type == ValueType::Float ? static_cast<void*>(&std::get<float>(value))
                                                      : &std::get<uint32_t>(value);
-    const std::string range = rangeText(setting, session.capabilities());
     check(((*session.client()).*setter.set)(address),
-          std::string(setter.name) + " " + text + " (it takes " + range + ")");
+          std::string(setter.name) + " " + text + acceptedText(setting, session.capabilities()));
 }
 
 void applyLanguage(Session& session, std::string code) {
@@ -61,6 +60,9 @@ void applyVoice(Session& session, const std::string& text) {
     EN_VOXTREL_LANGUAGE language = TTS::langStr2Id(session.client()->mSetting.mLang);
     if (language == LANG_NA) {
         language = globalLanguage(session);
+        if (language == LANG_NA) {
+            throw Failure(TTS::STATUS_NO_LANGUAGE, "and the service does not tell its own");
+        }
         applyLanguage(session, TTS::langId2Str(language));
     }
     uint32_t number = voiceNumber(session, text, language);

@@ -45,11 +45,29 @@ Finding speech(const Symptoms& symptoms) {
 }
 
 Finding lock(const Symptoms& symptoms) {
-    if (!symptoms.lockedByOther) {
-        return good("lock", "free");
+    const char* seen = lockText(symptoms.lock);
+    switch (symptoms.lock) {
+        case LockState::Free:
+            return good("lock", seen);
+        case LockState::OfAnother:
+            return {"lock", Verdict::Bad, seen, meaningOf(TTS::STATUS_LOCKED).remedy,
+                    TTS::STATUS_LOCKED};
+        default:
+            return {
+                "lock", Verdict::Perhaps, seen,
+                "the service takes a switch that there is not; who holds the lock is in its log",
+                0};
     }
-    return {"lock", Verdict::Bad, "held by another client", meaningOf(TTS::STATUS_LOCKED).remedy,
-            TTS::STATUS_LOCKED};
+}
+
+Finding events(const Symptoms& symptoms) {
+    if (symptoms.sendsEvents) {
+        return good("events", "the service sends them");
+    }
+    return {
+        "events", Verdict::Perhaps, "none came of a pause that is too long",
+        "what is said may be heard, but nobody is told; docs/writing-a-service.md has the rules",
+        0};
 }
 
 Finding language(const LanguageReport& report) {
@@ -67,12 +85,18 @@ Finding language(const LanguageReport& report) {
 std::vector<Finding> languages(const Symptoms& symptoms) {
     std::vector<Finding> findings;
     std::string spoken;
+    bool hasGlobal = false;
     for (const LanguageReport& report : symptoms.languages) {
+        hasGlobal = hasGlobal || report.isGlobal;
         if (report.spoken && !report.filtered) {
             spoken += (spoken.empty() ? "" : ", ") + report.code;
         } else {
             findings.push_back(language(report));
         }
+    }
+    if (!hasGlobal) {
+        findings.push_back({"language", Verdict::Perhaps, "the service does not tell its own",
+                            "name one with --lang", 0});
     }
     if (!spoken.empty()) {
         findings.insert(findings.begin(), good("languages", spoken));
@@ -123,7 +147,7 @@ std::vector<Finding> diagnose(const Symptoms& symptoms) {
         findings.push_back(good(step.subject, step.good));
     }
     if (symptoms.reach == Reach::Connected) {
-        append(findings, {speech(symptoms), lock(symptoms)});
+        append(findings, {speech(symptoms), lock(symptoms), events(symptoms)});
         append(findings, languages(symptoms));
         append(findings, volumes(symptoms));
     }

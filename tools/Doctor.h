@@ -23,7 +23,8 @@ struct Symptoms {
     Reach reach = Reach::NoServiceManager;
     bool hasSoundCard = false;
     bool enabled = false;
-    bool lockedByOther = false;
+    bool sendsEvents = false;
+    LockState lock = LockState::Unknown;
     std::vector<SettingReport> settings;
     std::vector<LanguageReport> languages;
 };

@@ -15,6 +15,7 @@
 #include "tools/Platform.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
+#include "tools/Settle.h"
 
 namespace voxtrelctl {
 namespace {
@@ -67,7 +68,8 @@ Symptoms examine(Terminal& terminal) {
     if (symptoms.reach == Reach::Connected) {
         Session session(terminal);
         symptoms.enabled = session.client()->enabled();
-        symptoms.lockedByOther = isLockedByOther(session);
+        symptoms.sendsEvents = sendsEvents(session);
+        symptoms.lock = lockState(session);
         symptoms.settings = surveySettings(session, {});
         symptoms.languages = surveyLanguages(session);
     }

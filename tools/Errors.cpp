@@ -67,6 +67,12 @@ Failure::Failure(int code, const std::string& detail)
 Failure::Failure(int code, const std::string& detail, const std::string& remedy)
     : std::runtime_error(compose(code, detail, remedy)), mCode(code) {}
 
+Unanswered::Unanswered(const std::string& unknown)
+    : std::runtime_error(
+          "0 sent, not answered: the service sends no event about it, so it is not "
+          "known " +
+          unknown + ": see its own log; docs/writing-a-service.md says what it must send") {}
+
 void check(int status, const std::string& detail) {
     if (status != 0) {
         throw Failure(status, detail);

@@ -38,6 +38,14 @@ private:
     int mCode;
 };
 
+/// A request without an answer of its own, of which the service has told nothing in time. `main`
+/// prints its line and leaves with status 1.
+class Unanswered : public std::runtime_error {
+public:
+    /// @param unknown what the person would want to know, as in "whether it has taken the text".
+    explicit Unanswered(const std::string& unknown);
+};
+
 /// Throws `Failure(status, detail)` unless `status` is 0.
 void check(int status, const std::string& detail);
 

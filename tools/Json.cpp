@@ -113,7 +113,7 @@ std::string voicesJson(const std::vector<VoiceReport>& report) {
 
 std::string statusJson(const StatusReport& report) {
     return dump({{"enabled", report.enabled},
-                 {"lock", report.lockedByOther ? "held by another client" : "free"},
+                 {"lock", lockText(report.lock)},
                  {"voices", report.voices},
                  {"settings", toJson(report.settings)},
                  {"languages", toJson(report.languages)}},

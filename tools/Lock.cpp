@@ -7,7 +7,7 @@
 namespace voxtrelctl {
 namespace {
 
-/// The switch of nothing: a service refuses it with -3, but a locked one with -7 before.
+/// The switch of nothing.
 constexpr auto kNoFlag = static_cast<VOXTRELAPI_GCONF>(15);
 
 /// Longer than the service ever takes for the request; reached only if it lost it.
@@ -21,8 +21,15 @@ bool concernsLock(const Notice& notice) {
 
 }  // namespace
 
-bool isLockedByOther(Session& session) {
-    return session.client()->setEnable2(kNoFlag, false) == TTS::STATUS_LOCKED;
+LockState lockState(Session& session) {
+    switch (session.client()->setEnable2(kNoFlag, false)) {
+        case TTS::STATUS_LOCKED:
+            return LockState::OfAnother;
+        case TTS::STATUS_BAD_PARAMETER:
+            return LockState::Free;
+        default:
+            return LockState::Unknown;
+    }
 }
 
 LockHold::LockHold(Session& session) : mSession(session) {
@@ -43,6 +50,10 @@ void LockHold::await() {
         const Notice notice = EventQueue::instance().next(deadline, concernsLock);
         if (notice.source == Notice::Source::Interrupted) {
             throw Interrupted();
+        }
+        if (notice.source == Notice::Source::TimedOut) {
+            (void)mSession.client()->unlock();  // it may have it
+            throw Unanswered("whether it has given the lock, and the command was not run");
         }
         if (notice.source != Notice::Source::Service) {
             throw Failure(TTS::STATUS_NO_SERVICE, "it did not give the lock");

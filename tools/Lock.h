@@ -2,21 +2,23 @@
 #ifndef VOXTREL_TOOLS_LOCK_H
 #define VOXTREL_TOOLS_LOCK_H
 
+#include "tools/Reports.h"
 #include "tools/Session.h"
 
 namespace voxtrelctl {
 
-/// True while another client holds the service lock.
+/// Whether another client holds the service lock.
 ///
-/// The library's own `locked()` is one-way and says "no" whoever holds it. A request with an answer
-/// is refused with -7 instead, so one is made that changes nothing.
-bool isLockedByOther(Session& session);
+/// The library's own `locked()` is one-way and says "no" whoever holds it. So the switch of nothing
+/// is asked for: a locked service refuses it with -7, a free one with -3, and one that does neither
+/// has not told.
+LockState lockState(Session& session);
 
 /// Holds the service lock for a scope.
 class LockHold {
 public:
     /// Returns with the lock held. Throws Failure with -7 when another client holds it, -5 when the
-    /// service dies, and Interrupted.
+    /// service dies, Unanswered when it sends no event of it, and Interrupted.
     explicit LockHold(Session& session);
     ~LockHold();
     LockHold(const LockHold&) = delete;

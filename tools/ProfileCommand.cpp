@@ -50,7 +50,13 @@ int runProfileSave(const Options& options, Terminal& terminal) {
     Profile profile = session.client()->mSetting;
     for (const ProfileField& field : profileFields()) {
         const Setting& setting = settingNamed(field.setting);
-        setField(profile, field, readSetting(session, setting));
+        const Value value = readSetting(session, setting);
+        if (valueText(value).empty()) {
+            throw Failure(TTS::STATUS_NOT_SUPPORTED,
+                          std::string("the service does not tell its ") + setting.name,
+                          "nothing was saved; see the service's own log");
+        }
+        setField(profile, field, value);
         if (field.flag != nullptr) {
             profile.*field.flag = readFlag(session, setting) ? 1 : 0;
         }
@@ -74,7 +80,7 @@ int runProfileLoad(const Options& options, Terminal& terminal) {
     for (const ProfileField& field : profileFields()) {
         giveField(session, profile, field);
     }
-    check(session.client()->setVerbosity(profile.mVerbosity), "verbosity");
+    writeVerbosity(session, profile.mVerbosity);
     writeSpeech(session, profile.mEnable != 0);
     session.confirm();
     return 0;

@@ -42,6 +42,12 @@ std::string languageNote(const LanguageReport& language) {
     return language.isGlobal ? "the service's language" : "";
 }
 
+/// A number is what the service answers, a language code without a letter is no answer.
+std::string answeredText(const Value& value) {
+    const std::string text = valueText(value);
+    return text.empty() ? "not told" : text;
+}
+
 std::string enabledText(const SettingReport& setting) {
     if (!setting.enabled) {
         return "";
@@ -67,7 +73,7 @@ std::string settingsTable(const std::vector<SettingReport>& report) {
     rows.reserve(report.size());
     for (const SettingReport& setting : report) {
         rows.push_back(
-            {setting.name, valueText(setting.value), enabledText(setting), setting.range});
+            {setting.name, answeredText(setting.value), enabledText(setting), setting.range});
     }
     return table(rows);
 }
@@ -95,10 +101,9 @@ std::string voicesTable(const std::vector<VoiceReport>& report) {
 }
 
 std::string statusPage(const StatusReport& report) {
-    const std::string lock = report.lockedByOther ? "held by another client" : "free";
     std::string page = table({{"service", "ready"},
                               {"speech", report.enabled ? "enabled" : "disabled"},
-                              {"lock", lock},
+                              {"lock", lockText(report.lock)},
                               {"voices", std::to_string(report.voices)}});
     page += "\nSettings of the service (value, switch, range):\n" + settingsTable(report.settings);
     return page + "\nLanguages:\n" + languagesTable(report.languages);

@@ -35,9 +35,19 @@ struct VoiceReport {
     bool usable = false;  ///< passes the device's filter
 };
 
+/// Who has the service lock, as far as the service has told.
+enum class LockState { Free, OfAnother, Unknown };
+
+/// The state for a person, and in JSON.
+constexpr const char* lockText(LockState state) {
+    return state == LockState::Free        ? "free"
+           : state == LockState::OfAnother ? "held by another client"
+                                           : "not told";
+}
+
 struct StatusReport {
     bool enabled = false;
-    bool lockedByOther = false;
+    LockState lock = LockState::Unknown;
     std::vector<SettingReport> settings;
     std::vector<LanguageReport> languages;
     size_t voices = 0;

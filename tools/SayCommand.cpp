@@ -62,13 +62,14 @@ void handOver(Session& session, const std::vector<std::string>& pieces) {
     size_t onTheWay = 0;
     for (size_t n = 0; n < pieces.size(); ++n) {
         if (onTheWay + pieces[n].size() > kMostOnTheWay) {
-            settle(session);
+            settle(session,
+                   "whether it has taken the beginning of the text (the rest was not sent)");
             onTheWay = 0;
         }
         check(session.client()->say(static_cast<unsigned>(n + 1), pieces[n]), "");
         onTheWay += pieces[n].size();
     }
-    settle(session);
+    settle(session, "whether it has taken the text");
 }
 
 }  // namespace
@@ -99,7 +100,7 @@ int runSilence(const Options& options, Terminal& terminal) {
         Speech(session, *printer).pause(options.milliseconds);
     } else {
         check(session.client()->silence(1, options.milliseconds), "");
-        settle(session);
+        settle(session, "whether it has taken the pause");
     }
     return 0;
 }
@@ -107,7 +108,7 @@ int runSilence(const Options& options, Terminal& terminal) {
 int runStop(const Options&, Terminal& terminal) {
     Session session(terminal);
     check(session.client()->stopAndFlush(kFlushEverything), "");
-    settle(session);
+    settle(session, "whether it has stopped");
     return 0;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ServiceSettings.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "tools/Errors.h"
@@ -30,9 +31,25 @@ Number readNumber(Session& session, const Setting& setting) {
 }
 
 std::string rejection(const Session& session, const Setting& setting, const Value& value) {
-    const std::string range = rangeText(setting, session.capabilities());
     return std::string(setting.name) + " " + valueText(value) +
-           (range.empty() ? "" : " (it takes " + range + ")");
+           acceptedText(setting, session.capabilities());
+}
+
+/// The same value, but for what a service may round off.
+bool isSame(const Value& one, const Value& other) {
+    const auto* left = std::get_if<float>(&one);
+    const auto* right = std::get_if<float>(&other);
+    return left != nullptr && right != nullptr ? std::fabs(*left - *right) < 1 : one == other;
+}
+
+/// A service can answer 0 and do nothing.
+[[noreturn]] void notKept(const std::string& name, const std::string& is, const std::string& set) {
+    throw Failure(TTS::STATUS_NOT_SUPPORTED, name + " is " + is + " after it was set to " + set,
+                  "the service took it and did not keep it; see its own log");
+}
+
+const char* switchText(bool enable) {
+    return enable ? "on" : "off";
 }
 
 /// The library reports a rate that it rejects as success, so it is checked before.
@@ -80,6 +97,11 @@ void writeSetting(Session& session, const Setting& setting, const Value& value) 
     if (status != 0) {
         throw Failure(status, rejection(session, setting, value));
     }
+    const Value kept = readSetting(session, setting);
+    if (!isSame(kept, value)) {
+        const std::string text = valueText(kept);
+        notKept(setting.name, text.empty() ? "not told" : text, valueText(value));
+    }
 }
 
 bool readFlag(Session& session, const Setting& setting) {
@@ -91,12 +113,24 @@ bool readFlag(Session& session, const Setting& setting) {
 
 void writeFlag(Session& session, const Setting& setting, bool enable) {
     check(session.client()->setEnable2(setting.flag, enable), setting.name);
+    if (readFlag(session, setting) != enable) {
+        notKept(std::string("the switch of ") + setting.name, switchText(!enable),
+                switchText(enable));
+    }
+}
+
+void writeVerbosity(Session& session, int verbosity) {
+    check(session.client()->setVerbosity(verbosity), "verbosity");
+    const int kept = session.client()->verbosity();
+    if (kept != verbosity) {
+        notKept("verbosity", std::to_string(kept), std::to_string(verbosity));
+    }
 }
 
 void writeSpeech(Session& session, bool enable) {
     check(session.client()->setEnable(enable), "speech");
     if (session.client()->enabled() != enable) {
-        throw Failure(TTS::STATUS_NOT_SUPPORTED, enable ? "speech stays off" : "speech stays on");
+        notKept("speech", switchText(!enable), switchText(enable));
     }
 }
 

@@ -16,13 +16,17 @@ namespace voxtrelctl {
 
 Value readSetting(Session& session, const Setting& setting);
 
+// What writes reads again, and throws Failure(-9) when the service has not kept it.
+
 /// Throws -3 for a rate that the library would reject silently.
 void writeSetting(Session& session, const Setting& setting, const Value& value);
 
 bool readFlag(Session& session, const Setting& setting);
 void writeFlag(Session& session, const Setting& setting, bool enable);
 
-/// Switches speech as a whole, and sees that it took.
+void writeVerbosity(Session& session, int verbosity);
+
+/// Switches speech as a whole.
 void writeSpeech(Session& session, bool enable);
 
 /// The service's global language; LANG_NA when it has none of ours.

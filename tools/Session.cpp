@@ -74,6 +74,11 @@ void Session::connect(Terminal& terminal) {
         std::_Exit(EXIT_FAILURE);
     }
     search.join();
+    // One that never became ready has not said whom it admits.
+    if (notice.status == TTS::STATUS_PERMISSION_DENIED && !capabilities().ready) {
+        throw Failure(TTS::STATUS_NO_SERVICE, "it is registered, but did not become ready in 60 s",
+                      "see what the service logs about its voices, and try again");
+    }
     if (notice.status != 0) {
         throw Failure(notice.status);
     }
@@ -103,7 +108,8 @@ void Session::confirm() {
 
 void Session::watchService() {
     mObituary = new Obituary;
-    mService = android::IInterface::asBinder(mClient->getService());
+    mInterface = mClient->getService();
+    mService = android::IInterface::asBinder(mInterface);
     if (mService == nullptr || mService->linkToDeath(mObituary, nullptr, 0) != android::OK) {
         throw Failure(TTS::STATUS_NO_SERVICE);
     }

@@ -22,8 +22,8 @@ class Session {
 public:
     /// Connects. The client library searches up to 15 s for the service and waits up to 60 s for it
     /// to be ready; what is waited for is shown on `terminal` once it takes noticeably long.
-    /// Throws Failure with -8 (not found) or -10 (not admitted); Ctrl-C meanwhile ends the process
-    /// with status 1, because the search cannot be called off.
+    /// Throws Failure with -8 (not found), -5 (never ready) or -10 (not admitted); Ctrl-C meanwhile
+    /// ends the process with status 1, because the search cannot be called off.
     explicit Session(Terminal& terminal);
 
     /// Leaves the service, unless it died before.
@@ -33,6 +33,8 @@ public:
 
     /// The client, for this statement or as long as the result is kept.
     ClientUse client();
+    /// The service itself, past what the library checks before it sends.
+    TTS::ITextToSpeechFestival& service() { return *mInterface; }
     const TTS::Capabilities& capabilities() const { return mClient->mCapabilities; }
 
     /// Throws Failure(-5) if the service does not answer any more. The library reads the answer of
@@ -47,6 +49,7 @@ private:
 
     std::unique_ptr<TTS::TTSClientPrivate> mClient;
     android::sp<android::IBinder> mService;
+    android::sp<TTS::ITextToSpeechFestival> mInterface;
     android::sp<android::IBinder::DeathRecipient> mObituary;
     std::optional<TTS::MutexLock> mHold;  ///< while there are uses
     size_t mUses = 0;

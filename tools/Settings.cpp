@@ -116,18 +116,29 @@ Value parseValue(const Setting& setting, const std::string& text) {
 std::string rangeText(const Setting& setting, const TTS::Capabilities& can) {
     const std::string name = setting.name;
     if (name == "speed" || name == "rate") {
-        return std::to_string(can.speedMin) + " to " + std::to_string(can.speedMax);
+        return can.speedSupported
+                   ? std::to_string(can.speedMin) + " to " + std::to_string(can.speedMax)
+                   : "";
     }
     if (name == "pitch") {
-        return rangeOf(can.pitchMin, can.pitchMax);
+        return can.pitchSupported ? rangeOf(can.pitchMin, can.pitchMax) : "";
     }
     if (name == "volume") {
-        return rangeOf(can.volumeMin, can.volumeMax);
+        return can.volumeSupported ? rangeOf(can.volumeMin, can.volumeMax) : "";
     }
     if (name == "verbosity") {
         return "0 to 1";
     }
     return name == "bg-volume" || name == "tts-volume" ? "0 to 100" : "";
+}
+
+std::string acceptedText(const Setting& setting, const TTS::Capabilities& can) {
+    const std::string range = rangeText(setting, can);
+    if (!range.empty()) {
+        return " (it takes " + range + ")";
+    }
+    const bool isNamed = setting.key == GCONF_LANGUAGE || setting.key == GCONF_VOICE;
+    return isNamed ? "" : " (the service does not support it)";
 }
 
 }  // namespace voxtrelctl

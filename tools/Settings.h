@@ -49,8 +49,12 @@ std::string valueText(const Value& value);
 Value parseValue(const Setting& setting, const std::string& text);
 
 /// The accepted values in words, as in "80 to 450", from what the service said it can do; empty
-/// where the table has nothing to say. Only for messages: the client library does the checking.
+/// where the table has nothing to say, or the service does not support the setting. Only for
+/// messages: the client library does the checking.
 std::string rangeText(const Setting& setting, const TTS::Capabilities& can);
+
+/// rangeText() as the end of a message, such as " (it takes 80 to 450)".
+std::string acceptedText(const Setting& setting, const TTS::Capabilities& can);
 
 }  // namespace voxtrelctl
 

@@ -15,6 +15,10 @@ constexpr auto kFlushPatience = std::chrono::seconds(2);
 /// What the service sent before its end comes on other threads than the news of its end.
 constexpr auto kLastEvents = std::chrono::milliseconds(500);
 
+/// Others may speak for hours before it is our turn. But who is asked for an event, with a fence,
+/// and sends none, never sends one.
+constexpr auto kQuiet = std::chrono::seconds(15);
+
 }  // namespace
 
 void Speech::say(const std::vector<std::string>& texts) {
@@ -38,20 +42,24 @@ void Speech::feed() {
 }
 
 void Speech::finish() {
-    auto deadline = EventQueue::Clock::time_point::max();
+    auto deadline = EventQueue::Clock::now() + kQuiet;
     while (!isOver()) {
         const Notice notice =
             EventQueue::instance().next(deadline, [](const Notice&) { return true; });
         switch (notice.source) {
             case Notice::Source::Service:
                 onEvent(notice.event);
+                if (!mServiceDied) {
+                    deadline = EventQueue::Clock::now() + kQuiet;
+                }
                 break;
             case Notice::Source::ServiceDied:
                 mServiceDied = true;
                 deadline = EventQueue::Clock::now() + kLastEvents;
                 break;
             case Notice::Source::TimedOut:
-                throw Failure(TTS::STATUS_NO_SERVICE, "it died while speaking");
+                deadline = onQuiet();
+                break;
             case Notice::Source::Interrupted:
                 flush();
                 throw Interrupted();
@@ -61,7 +69,20 @@ void Speech::finish() {
     }
 }
 
+EventQueue::Clock::time_point Speech::onQuiet() {
+    if (mServiceDied) {
+        throw Failure(TTS::STATUS_NO_SERVICE, "it died while speaking");
+    }
+    if (mAsked) {
+        throw Unanswered("whether it has spoken");
+    }
+    sendFence(mSession);
+    mAsked = true;
+    return EventQueue::Clock::now() + kQuiet;
+}
+
 void Speech::onEvent(const Event& event) {
+    mAsked = false;
     if (!isOfUtterance(event) || event.second == 0 || event.second > mSent) {
         return;
     }

@@ -22,8 +22,8 @@ public:
     Speech(Session& session, EventPrinter& printer) : mSession(session), mPrinter(printer) {}
 
     /// Speaks `texts` in order, up to the first that somebody flushes. Throws Failure with the
-    /// service's reason when it refuses one or is shut down, with -5 when it dies, and Interrupted
-    /// on Ctrl-C, after what was queued has been flushed.
+    /// service's reason when it refuses one or is shut down, with -5 when it dies, Unanswered when
+    /// it sends no event, and Interrupted on Ctrl-C, after what was queued has been flushed.
     void say(const std::vector<std::string>& texts);
 
     /// Queues a pause and stays until it is over. Throws as say().
@@ -32,6 +32,7 @@ public:
 private:
     void feed();
     void finish();
+    EventQueue::Clock::time_point onQuiet();
     void onEvent(const Event& event);
     void flush();
     bool isOver() const { return mEnded == mTexts.size(); }
@@ -42,6 +43,7 @@ private:
     size_t mSent = 0;
     size_t mEnded = 0;
     bool mServiceDied = false;
+    bool mAsked = false;  ///< for an event, with a fence, since the last one
 };
 
 }  // namespace voxtrelctl

@@ -21,7 +21,7 @@ void print(const Options& options, Terminal& terminal, const Report& report,
 
 int runStatus(const Options& options, Terminal& terminal) {
     Session session(terminal);
-    const StatusReport report{session.client()->enabled(), isLockedByOther(session),
+    const StatusReport report{session.client()->enabled(), lockState(session),
                               surveySettings(session, {}), surveyLanguages(session),
                               session.capabilities().voices.size()};
     session.confirm();

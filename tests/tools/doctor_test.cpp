@@ -12,6 +12,8 @@ Symptoms healthy() {
     symptoms.reach = Reach::Connected;
     symptoms.hasSoundCard = true;
     symptoms.enabled = true;
+    symptoms.sendsEvents = true;
+    symptoms.lock = LockState::Free;
     symptoms.settings = {{"volume", Value(100.0F), true, "0 to 100"},
                          {"tts-volume", Value(uint32_t{100}), true, "0 to 100"},
                          {"bg-volume", Value(uint32_t{0}), true, "0 to 100"}};
@@ -81,7 +83,7 @@ TEST(DisabledSpeech, IsACause) {
 
 TEST(ALockedService, IsACause) {
     Symptoms symptoms = healthy();
-    symptoms.lockedByOther = true;
+    symptoms.lock = LockState::OfAnother;
     EXPECT_EQ(complaint(symptoms).code, -7);
 }
 
@@ -125,7 +127,7 @@ TEST(AMissingSoundCard, IsPerhapsACause) {
 TEST(SeveralCauses, HaveALineEach) {
     Symptoms symptoms = healthy();
     symptoms.enabled = false;
-    symptoms.lockedByOther = true;
+    symptoms.lock = LockState::OfAnother;
     symptoms.hasSoundCard = false;
     symptoms.languages[0].filtered = true;
     EXPECT_EQ(complaints(symptoms).size(), 4U);

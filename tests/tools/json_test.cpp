@@ -61,12 +61,12 @@ TEST(VoicesInJson, AreAList) {
 TEST(TheStatusInJson, HoldsTheWholeReport) {
     StatusReport report;
     report.enabled = true;
-    report.lockedByOther = true;
+    report.lock = LockState::OfAnother;
     report.voices = 12;
     const json made = json::parse(statusJson(report));
     EXPECT_EQ(made, json::parse(R"({"enabled": true, "lock": "held by another client", "voices": 12,
                                     "settings": {}, "languages": []})"));
-    report.lockedByOther = false;
+    report.lock = LockState::Free;
     EXPECT_EQ(json::parse(statusJson(report))["lock"], "free");
 }
 

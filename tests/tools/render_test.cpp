@@ -39,9 +39,9 @@ TEST(Voices, AreListedByNumber) {
 
 TEST(TheStatus, SaysWhoHasTheLock) {
     StatusReport report;
-    report.lockedByOther = true;
+    report.lock = LockState::OfAnother;
     EXPECT_NE(statusPage(report).find("lock     held by another client\n"), std::string::npos);
-    report.lockedByOther = false;
+    report.lock = LockState::Free;
     EXPECT_NE(statusPage(report).find("lock     free\n"), std::string::npos);
 }
 

@@ -87,6 +87,10 @@ TEST(ARange, IsToldFromTheCapabilities) {
     can.pitchMax = 400.0F;
     can.volumeMin = 0.5F;
     can.volumeMax = 100.0F;
+    EXPECT_EQ(rangeText(named("speed"), can), "");
+    EXPECT_EQ(acceptedText(named("pitch"), can), " (the service does not support it)");
+    EXPECT_EQ(rangeText(named("volume"), can), "");
+    can.speedSupported = can.pitchSupported = can.volumeSupported = true;
     EXPECT_EQ(rangeText(named("speed"), can), "80 to 450");
     EXPECT_EQ(rangeText(named("rate"), can), "80 to 450");
     EXPECT_EQ(rangeText(named("pitch"), can), "0 to 400");
@@ -94,6 +98,8 @@ TEST(ARange, IsToldFromTheCapabilities) {
     EXPECT_EQ(rangeText(named("bg-volume"), can), "0 to 100");
     EXPECT_EQ(rangeText(named("verbosity"), can), "0 to 1");
     EXPECT_EQ(rangeText(named("language"), can), "");
+    EXPECT_EQ(acceptedText(named("speed"), can), " (it takes 80 to 450)");
+    EXPECT_EQ(acceptedText(named("language"), can), "");
 }
 
 }  // namespace
