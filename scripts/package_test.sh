@@ -140,8 +140,8 @@ purge() {
 }
 
 builds_with_cmake() {
-    as_user sh -ec "cmake -S /usr/share/doc/voxtrel/examples/hello -B $work/build/cmake
-        cmake --build $work/build/cmake"
+    as_user sh -ec "cmake -S /usr/share/doc/voxtrel/examples/$1 -B $work/build/cmake-$1
+        cmake --build $work/build/cmake-$1"
 }
 # The line of the README.
 builds_with_pkg_config() {
@@ -153,10 +153,13 @@ build_example() {
     check "the packages install again" install_from old "${all[@]}"
     check "CMake, pkg-config and g++ install" \
         apt --no-install-recommends install g++ cmake make pkg-config
-    check "the example builds with CMake" builds_with_cmake
-    check "the CMake build speaks" speak_with "$work/build/cmake/hello"
+    check "the example builds with CMake" builds_with_cmake hello
+    check "the CMake build speaks" speak_with "$work/build/cmake-hello/hello"
     check "the example builds with pkg-config" builds_with_pkg_config
     check "the pkg-config build speaks" speak_with "$work/build/hello"
+    check "the example of a service builds" builds_with_cmake service
+    check "the example of a service is heard from" \
+        as_user "$work/with_example_service.sh" /usr/bin "$work/build/cmake-service/service"
 }
 
 runs_lintian() {
@@ -166,7 +169,7 @@ runs_lintian() {
 rm -rf "$root$work"
 install -d -m 755 "$root$work" "$root$work/old" "$root$work/new"
 install -d -m 777 "$root$work/build"
-install -m 755 "$here/with_service.sh" "$here/wav_level.sh" "$root$work"
+install -m 755 "$here/with_service.sh" "$here/with_example_service.sh" "$here/wav_level.sh" "$root$work"
 cp "$packages"/*.deb "$root$work/old"
 cp "$newer"/*.deb "$root$work/new"
 say_step "packages"

@@ -42,12 +42,20 @@ std::vector<std::string> linksOf(const std::string& text) {
     return targets;
 }
 
-TEST(TheReadme, ShowsTheExampleAsItIsBuilt) {
-    const std::string example = house::read(root() / "examples/hello/hello.cpp");
+/// A document that shows all of a program but its first line, the licence.
+void expectShown(const std::string& document, const std::string& source) {
+    const std::string example = house::read(root() / source);
     const std::string program = example.substr(example.find('\n') + 1);
     ASSERT_GT(program.size(), 500U);
-    EXPECT_NE(std::string::npos,
-              house::read(root() / "README.md").find("```cpp\n" + program + "```"));
+    EXPECT_NE(std::string::npos, house::read(root() / document).find("```cpp\n" + program + "```"));
+}
+
+TEST(TheReadme, ShowsTheExampleAsItIsBuilt) {
+    expectShown("README.md", "examples/hello/hello.cpp");
+}
+
+TEST(TheGuideToServices, ShowsTheExampleAsItIsBuilt) {
+    expectShown("docs/writing-a-service.md", "examples/service/service.cpp");
 }
 
 TEST(EveryDocument, LinksToWhatIsThere) {

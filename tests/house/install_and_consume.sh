@@ -2,7 +2,8 @@
 # usage: install_and_consume.sh BUILD_DIR SOURCE_DIR COMPILER LIBRARY_FOLDER
 # A stranger's use of what is installed: the example, built with CMake's package and with pkg-config
 # against a tree that was moved after the installation, and against one whose platform is a device's
-# own and whose libraries are in LIBRARY_FOLDER, such as lib/x86_64-linux-gnu. Each of them speaks.
+# own and whose libraries are in LIBRARY_FOLDER, such as lib/x86_64-linux-gnu. Each of them speaks,
+# and each of the example services hears the command line.
 set -euo pipefail
 build=$1
 source=$2
@@ -15,21 +16,32 @@ quietly() { "$@" >"$stage/log" 2>&1 || { cat "$stage/log"; exit 1; }; }
 
 # consume NAME PREFIX LIBRARIES: builds against the tree PREFIX, and speaks with what is in LIBRARIES.
 consume() {
-    local name=$1 prefix=$2 libraries=$3 flags program
+    local name=$1 prefix=$2 libraries=$3 flags program example
     echo "== $name"
-    quietly cmake -S "$source/examples/hello" -B "$stage/$name" -G Ninja \
-        -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
-    quietly cmake --build "$stage/$name"
+    for example in hello service; do
+        quietly cmake -S "$source/examples/$example" -B "$stage/$name/$example-cmake" -G Ninja \
+            -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+        quietly cmake --build "$stage/$name/$example-cmake"
+        mv "$stage/$name/$example-cmake/$example" "$stage/$name/$example"
+    done
     flags=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs voxtrel-client)
     # A list of flags, meant to be split.
     # shellcheck disable=SC2086
-    "$compiler" -std=c++17 "$source"/examples/hello/*.cpp -o "$stage/$name/hello-pkgconfig" $flags
-    for program in hello hello-pkgconfig; do
+    for example in hello service; do
+        "$compiler" -std=c++17 "$source"/examples/$example/*.cpp \
+            -o "$stage/$name/$example-pkgconfig" $flags
+    done
+    for program in hello hello-pkgconfig service service-pkgconfig; do
         LD_LIBRARY_PATH=$libraries:$platform ldd "$stage/$name/$program" >"$stage/log"
         grep -q "libvoxtrel-client.so.1 => $libraries/" "$stage/log" || { cat "$stage/log"; exit 1; }
         # Only the example gets the path: the programs find their libraries themselves.
-        "$source/scripts/with_service.sh" "$moved/bin" \
-            env LD_LIBRARY_PATH="$libraries:$platform" "$stage/$name/$program"
+        printf '#!/bin/sh\nLD_LIBRARY_PATH=%s exec %s\n' "$libraries:$platform" \
+            "$stage/$name/$program" >"$stage/run"
+        chmod +x "$stage/run"
+        case $program in
+            hello*) "$source/scripts/with_service.sh" "$moved/bin" "$stage/run" ;;
+            *) "$source/scripts/with_example_service.sh" "$moved/bin" "$stage/run" ;;
+        esac
     done
 }
 

@@ -87,6 +87,21 @@ TEST(ALockedService, IsACause) {
     EXPECT_EQ(complaint(symptoms).code, -7);
 }
 
+TEST(WhatAServiceDoesNotTell, IsPerhapsACause) {
+    Symptoms symptoms = healthy();
+    symptoms.lock = LockState::Unknown;
+    EXPECT_EQ(complaint(symptoms).subject, "lock");
+    EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
+    symptoms = healthy();
+    symptoms.sendsEvents = false;
+    EXPECT_EQ(complaint(symptoms).subject, "events");
+    EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
+    symptoms = healthy();
+    symptoms.languages[0].isGlobal = false;
+    EXPECT_EQ(complaint(symptoms).subject, "language");
+    EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
+}
+
 TEST(AFilteredLanguage, IsACauseWhenItIsTheServices) {
     Symptoms symptoms = healthy();
     symptoms.languages[0].filtered = true;

@@ -71,6 +71,13 @@ void Device::startService(const Words& options) {
     }
 }
 
+void Device::startOther(const Words& words) {
+    mService = std::make_unique<Process>(words);
+    if (!mService->awaitOutput("service: clients find it now\n")) {
+        throw std::runtime_error(mService->wait().err);
+    }
+}
+
 void Device::stopService() {
     mService->signal(SIGTERM);
     EXPECT_EQ(mService->wait().status, 0);

@@ -26,6 +26,9 @@ public:
     /// voices. Without a sink among the options it writes wavPath().
     void startService(const Words& options = {});
 
+    /// Starts another program that is a service, and returns when it has registered.
+    void startOther(const Words& words);
+
     /// Ends it in order, so that its files are whole.
     void stopService();
 
@@ -40,6 +43,7 @@ public:
 
     std::string path(const std::string& entry) const { return mFolder.path(entry); }
     std::string wavPath() const { return path("speech.wav"); }
+    Process& service() { return *mService; }
     pid_t servicePid() const { return mService->pid(); }
 
     /// The program under test.
