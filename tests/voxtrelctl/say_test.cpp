@@ -214,4 +214,11 @@ TEST(Silence, ThatIsTooLongIsRefused) {
     }
 }
 
+TEST(ALongQuiet, EndsNoCommandThatWaits) {
+    Device device;
+    device.startService({"--sink", "none", "--real-time"});
+    const Outcome outcome = device.ctl({"silence", "--wait", "35000"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
 }  // namespace
