@@ -376,10 +376,11 @@ TEST_F(AHostilePeer, WhoseServiceDoesNotListenCostsTheManagerNoTime) {
     };
     ASSERT_TRUE(eventually([&ask] { return ask() == android::FAILED_TRANSACTION; }));
     const auto begin = std::chrono::steady_clock::now();
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < 300; ++i) {
         EXPECT_EQ(android::FAILED_TRANSACTION, ask());
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
+    // 100 ms for each of them were half a minute.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
     othersAreServed();
 }
 
