@@ -41,8 +41,13 @@ protected:
     }
 
 private:
+    // Until it is taken: who is busy for 100 ms takes no more.
     int sendOneWay(const Parcel& shared) {
-        return mNode->transact(probe::kEcho, shared, nullptr, IBinder::FLAG_ONEWAY) == OK ? 0 : 1;
+        android::status_t status = android::FAILED_TRANSACTION;
+        while (status == android::FAILED_TRANSACTION) {
+            status = mNode->transact(probe::kEcho, shared, nullptr, IBinder::FLAG_ONEWAY);
+        }
+        return status == OK ? 0 : 1;
     }
     int echo(const Parcel& shared) {
         Parcel reply;
