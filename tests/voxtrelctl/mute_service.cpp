@@ -6,12 +6,30 @@
 #include <binder/ProcessState.h>
 
 #include <cstdio>
+#include <mutex>
 #include <string>
 
 #include "tests/support/RecordingService.h"
 
+namespace {
+
+// One call at a time: what it records is for one thread.
+class MuteService : public support::RecordingService {
+public:
+    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                                 uint32_t flags) override {
+        const std::lock_guard<std::mutex> held(mMutex);
+        return support::RecordingService::onTransact(code, data, reply, flags);
+    }
+
+private:
+    std::mutex mMutex;
+};
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    const android::sp<support::RecordingService> service = new support::RecordingService;
+    const android::sp<MuteService> service = new MuteService;
     for (int n = 1; n < argc; ++n) {
         const std::string word = argv[n];
         service->isEnabled = service->isEnabled || word == "enabled";
