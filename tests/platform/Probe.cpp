@@ -317,6 +317,14 @@ status_t note(const sp<IBinder>& node, int32_t caller, int32_t number, size_t mo
     return call.to(node, kNote, IBinder::FLAG_ONEWAY);
 }
 
+status_t noteUntilTaken(const sp<IBinder>& node, int32_t caller, int32_t number, size_t more) {
+    status_t status = android::FAILED_TRANSACTION;
+    while (status == android::FAILED_TRANSACTION) {
+        status = note(node, caller, number, more);
+    }
+    return status;
+}
+
 int32_t ask(const sp<IBinder>& node, uint32_t code) {
     Call call;
     return call.to(node, code) == OK ? call.reply.readInt32() : -1;

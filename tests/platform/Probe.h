@@ -96,6 +96,9 @@ struct Call {
 /// Sends one `kNote` with so many bytes behind it; how the sending went.
 android::status_t note(const android::sp<android::IBinder>& node, int32_t caller, int32_t number,
                        size_t more = 0);
+/// The same, until it is taken: who is busy for 100 ms refuses what it has no room for.
+android::status_t noteUntilTaken(const android::sp<android::IBinder>& node, int32_t caller,
+                                 int32_t number, size_t more = 0);
 
 /// A call without arguments whose reply is one int32.
 int32_t ask(const android::sp<android::IBinder>& node, uint32_t code);

@@ -16,7 +16,6 @@ namespace {
 using android::IBinder;
 using android::OK;
 using android::sp;
-using android::status_t;
 using probe::Call;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
@@ -24,16 +23,10 @@ using voxtrel_test::eventually;
 constexpr int kThreads = 4;
 constexpr int32_t kCalls = voxtrel_test::repeats(3000);
 
-// Of different sizes, which travel in different ways; each until it is taken.
+// Of different sizes, which travel in different ways.
 bool note(const sp<IBinder>& node, int32_t caller, int32_t number) {
-    status_t status = android::FAILED_TRANSACTION;
-    while (status == android::FAILED_TRANSACTION) {
-        status = probe::note(node, caller, number,
-                             number % 50 == 7   ? 100000U
-                             : number % 10 == 3 ? 20000U
-                                                : 4U);
-    }
-    return status == OK;
+    const size_t size = number % 50 == 7 ? 100000 : number % 10 == 3 ? 20000 : 4;
+    return probe::noteUntilTaken(node, caller, number, size) == OK;
 }
 
 int wrongCalls(const sp<IBinder>& node, const sp<IBinder>& own, int32_t caller) {

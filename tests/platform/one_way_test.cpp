@@ -20,6 +20,7 @@ using android::sp;
 using android::status_t;
 using probe::Call;
 using probe::note;
+using probe::noteUntilTaken;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
@@ -31,12 +32,8 @@ const voxtrel_test::Role kNoter("noter", [](const voxtrel_test::Arguments& argum
     const int caller = std::stoi(arguments[0]);
     const int count = std::stoi(arguments[1]);
     int taken = 0;
-    while (taken < count) {
-        const status_t status = note(node, caller, taken);
-        if (status != OK && status != android::FAILED_TRANSACTION) {
-            break;
-        }
-        taken += status == OK ? 1 : 0;
+    while (taken < count && noteUntilTaken(node, caller, taken) == OK) {
+        ++taken;
     }
     voxtrel_test::tell(std::to_string(taken));
     return 0;
@@ -82,8 +79,10 @@ TEST_F(AOneWayCall, ReturnsAtOnceAndLeavesTheReplyEmpty) {
 TEST_F(AOneWayCall, KeepsItsOrderAcrossThreadsThatKnowOfEachOther) {
     constexpr int kCalls = voxtrel_test::repeats(2000);
     for (int i = 0; i < kCalls; i += 2) {
-        ASSERT_EQ(OK, note(mNode, 9, i));
-        std::async(std::launch::async, [this, i] { EXPECT_EQ(OK, note(mNode, 9, i + 1)); }).get();
+        ASSERT_EQ(OK, noteUntilTaken(mNode, 9, i));
+        std::async(std::launch::async, [this, i] {
+            EXPECT_EQ(OK, noteUntilTaken(mNode, 9, i + 1));
+        }).get();
     }
     EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == kCalls; }));
     Call notes;

@@ -74,7 +74,8 @@ const voxtrel_test::Role kForgetfulThreads("forgetful-threads",
                                                        if (node == nullptr || sent == count) {
                                                            return;
                                                        }
-                                                       status = probe::note(node, kCaller, sent);
+                                                       status = probe::noteUntilTaken(node, kCaller,
+                                                                                      sent);
                                                        sent += status == OK ? 1 : 0;
                                                    }
                                                };
