@@ -10,16 +10,20 @@ function(voxtrel_test_header)
 endfunction()
 
 # voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds]
-#              [TOGETHER pattern... [ALONE pattern...]] [EXCLUDE pattern...])
+#              [TOGETHER pattern... [ALONE pattern...]] [EXCLUDE pattern...] [COST number])
 #
 # One test program. For ctest, each of its tests is a test of its own, in a process of its own, but
 # for the quick ones that leave nothing behind in their process: TOGETHER names those, and ALONE what
 # of TOGETHER "*" is not so. They are one entry, NAME:together, and one process; scripts/lib.sh counts
-# each of them all the same. EXCLUDE leaves tests out. Patterns are those of --gtest_filter.
+# each of them all the same. EXCLUDE leaves tests out. Patterns are those of --gtest_filter. Tests of
+# a higher COST start first: one that mostly waits, for a minute, would be the end of a run.
 function(voxtrel_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS;TOGETHER;ALONE;EXCLUDE" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT;COST" "SOURCES;LINK;LABELS;TOGETHER;ALONE;EXCLUDE" ${ARGN})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 120)
+  endif()
+  if(NOT TEST_COST)
+    set(TEST_COST 0)
   endif()
   if(NOT TEST_LABELS)
     set(TEST_LABELS unit)
@@ -63,7 +67,7 @@ function(voxtrel_test name)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
                          TEST_PREFIX "${name}:" TEST_FILTER "${alone}"
                          TEST_LIST ${name}_tests PROPERTIES
-                         TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+                         TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" COST ${TEST_COST})
     # Not among the properties above, where a value that is a list loses all but its first element.
     set(script "${CMAKE_CURRENT_BINARY_DIR}/${name}_environment.cmake")
     file(CONFIGURE OUTPUT "${script}" @ONLY CONTENT
