@@ -79,6 +79,14 @@ ChildProcess ChildProcess::asRole(const std::string& role,
     return ChildProcess(command);
 }
 
+ChildProcess ChildProcess::asRoleWithErrors(const std::string& role) {
+    std::string command = "exec";
+    for (const std::string& word : emulated({ownPath(), kRoleArgument + role})) {
+        command += " '" + word + "'";
+    }
+    return ChildProcess({"sh", "-c", command + " 2>&1"});
+}
+
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
     : mPid(std::exchange(other.mPid, -1)),
       mInput(std::exchange(other.mInput, -1)),

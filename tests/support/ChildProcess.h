@@ -19,6 +19,8 @@ public:
     /// Runs this test program again as one of its roles (see Roles.h).
     static ChildProcess asRole(const std::string& role,
                                const std::vector<std::string>& arguments = {});
+    /// The same, with what it prints to standard error among what is read.
+    static ChildProcess asRoleWithErrors(const std::string& role);
     ~ChildProcess();
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&& other) noexcept;

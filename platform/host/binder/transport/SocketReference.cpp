@@ -54,6 +54,14 @@ status_t trySend(const Fd& socket, const Header& header, const Parcel& data,
     return sendMessage(socket, header, data, attachments);
 }
 
+// The caller may not hear of it: what an interface's proxy answers to a one-way call is its own.
+status_t refuseAsTooLarge(const char* kind, uint32_t code, size_t size, size_t limit) {
+    logLimited(
+        "%s call %u of %zu bytes is not sent: %zu fit into one, so it has to be split (status %d)",
+        kind, code, size, limit, static_cast<int>(FAILED_TRANSACTION));
+    return FAILED_TRANSACTION;
+}
+
 void waitForData(const Fd& socket) {
     pollfd request = {socket.get(), POLLIN, 0};
     (void)poll(&request, 1, -1);  // whatever it says, receiving tells
@@ -120,6 +128,9 @@ status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply,
 }
 
 status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, Parcel* reply) {
+    if (data.dataSize() > kLargestRequest) {
+        return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
+    }
     const ThreadPool::Blocked blocked;
     if (!blocked.granted()) {
         return FAILED_TRANSACTION;
@@ -177,6 +188,9 @@ status_t SocketReference::callBeside(const Header& header, const Parcel& data,
 }
 
 status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
+    if (data.dataSize() > kLargestOneWay) {
+        return refuseAsTooLarge("one-way", header.code, data.dataSize(), kLargestOneWay);
+    }
     Patience patience;
     Attachments attachments;
     status_t status = detachBinders(data, &attachments, patience, {0, mLeadsToManager});
