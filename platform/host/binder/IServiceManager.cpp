@@ -1,13 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/IServiceManager.h"
 
+#include <chrono>
+#include <thread>
+
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
+#include "binder/ServiceManagerSocket.h"
+#include "binder/transport/Fd.h"
+#include "binder/transport/Log.h"
+#include "binder/transport/Manners.h"
 #include "utils/Mutex.h"
 
 namespace android {
 
 namespace {
+
+using std::chrono::milliseconds;
+
+// In the manners of a driver: how long a look-up waits for a service to appear, and how long it is
+// until it looks again.
+constexpr milliseconds kLongestLookUp{5000};
+constexpr milliseconds kPause{100};
 
 // Asks for the manager's node at each call, so that one that was started again is found again.
 class BpServiceManager : public BpInterface<IServiceManager> {
@@ -15,14 +29,25 @@ public:
     explicit BpServiceManager(const sp<IBinder>& remote) : BpInterface(remote) {}
 
     sp<IBinder> getService(const String16& name) const override {
+        sp<IBinder> service = checkService(name);
+        if (!transport::gManners.ofDriver) {
+            return service;
+        }
+        const auto deadline = std::chrono::steady_clock::now() + kLongestLookUp;
+        while (service == nullptr && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(kPause);
+            service = checkService(name);
+        }
+        return service;
+    }
+
+    sp<IBinder> checkService(const String16& name) const override {
         Parcel data;
         Parcel reply;
         data.writeString16(name);
         (void)ask(GET_SERVICE_TRANSACTION, data, &reply);  // no reply reads as no service
         return reply.readStrongBinder();
     }
-
-    sp<IBinder> checkService(const String16& name) const override { return getService(name); }
 
     status_t addService(const String16& name, const sp<IBinder>& service,
                         bool /*allowIsolated*/) override {
@@ -85,12 +110,36 @@ DefaultManager& defaultManager() {
     return *instance;
 }
 
+bool isKnown(DefaultManager& instance) {
+    Mutex::Autolock held(instance.lock);
+    return instance.manager != nullptr;
+}
+
+bool hasManager() {
+    return ProcessState::self()->getContextObject(nullptr) != nullptr;
+}
+
+// Without end, as the driver's runtime does; but a forked child would wait for what it cannot use.
+void waitForManager(DefaultManager& instance) {
+    if (isKnown(instance) || transport::isForkedChild() || hasManager()) {
+        return;
+    }
+    transport::logLine("there is no service manager at %s: waiting for one",
+                       serviceManagerSocket().c_str());
+    while (!isKnown(instance) && !hasManager()) {
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
 }  // namespace
 
 IMPLEMENT_META_INTERFACE(ServiceManager, "voxtrel.IServiceManager")
 
 sp<IServiceManager> defaultServiceManager() {
     DefaultManager& instance = defaultManager();
+    if (transport::gManners.ofDriver) {
+        waitForManager(instance);
+    }
     Mutex::Autolock held(instance.lock);
     if (instance.manager == nullptr) {
         instance.manager = new BpServiceManager(nullptr);

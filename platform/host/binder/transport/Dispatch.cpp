@@ -7,6 +7,7 @@
 
 #include "binder/IPCThreadState.h"
 #include "binder/transport/Log.h"
+#include "binder/transport/Manners.h"
 #include "binder/transport/Objects.h"
 #include "binder/transport/Patience.h"
 
@@ -45,10 +46,10 @@ void logException(const Incoming& incoming, const char* what) {
 
 // An exception that an implementation lets out would end the whole process for one bad request.
 // A forced unwind is caught as an object that is not there, which only the sanitizer minds.
-__attribute__((no_sanitize("null"))) status_t run(BBinder& node, Incoming& incoming,
+__attribute__((no_sanitize("null"))) status_t run(BBinder& node, Incoming& incoming, pid_t caller,
                                                   Parcel* reply) {
     const Header& header = incoming.envelope.header();
-    const CallingIdentity identity(incoming.envelope.senderPid(), incoming.envelope.senderUid());
+    const CallingIdentity identity(caller, incoming.envelope.senderUid());
     status_t status = UNKNOWN_ERROR;
     try {
         status = node.transact(header.code, incoming.parcel, reply, header.flags);
@@ -105,8 +106,9 @@ Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
     }
     Parcel reply;
     Attachments attachments;
-    const status_t ran = run(node, incoming, &reply);
-    const status_t status = statusOf(ran, reply, incoming.envelope.senderPid(), &attachments);
+    const pid_t caller = incoming.envelope.senderPid();
+    const status_t ran = run(node, incoming, caller, &reply);
+    const status_t status = statusOf(ran, reply, caller, &attachments);
     if (status != OK) {
         reply.freeData();
         attachments = {};
@@ -123,7 +125,8 @@ Served serveOneWay(BBinder& node, Incoming& incoming) {
         return Served::Badly;
     }
     Parcel unread;
-    (void)run(node, incoming, &unread);  // nobody waits for its status
+    const pid_t caller = gManners.ofDriver ? 0 : incoming.envelope.senderPid();
+    (void)run(node, incoming, caller, &unread);  // nobody waits for its status
     return Served::Well;
 }
 
