@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/transport/CallEnd.h"
 
+#include "binder/transport/Manners.h"
 #include "binder/transport/Shift.h"
 
 namespace android::transport {
 
-CallEnd::CallEnd(Fd socket, const sp<BBinder>& node, Lease lease,
-                 std::shared_ptr<std::atomic<uint32_t>> oneWaysDone)
-    : ServedEnd(std::move(socket), node, std::move(lease)), mOneWaysDone(std::move(oneWaysDone)) {}
+CallEnd::Door::Door() : overtaking(gManners.ofDriver ? std::make_unique<Overtaking>() : nullptr) {}
+
+CallEnd::CallEnd(Fd socket, const sp<BBinder>& node, Lease lease, std::shared_ptr<Door> door)
+    : ServedEnd(std::move(socket), node, std::move(lease)), mDoor(std::move(door)) {}
 
 void CallEnd::onReady() {
     Shift(shared_from_this()).run();

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "binder/transport/Overtaking.h"
 #include "binder/transport/ServedEnd.h"
 
 namespace android::transport {
@@ -18,12 +19,19 @@ namespace android::transport {
 /// watchman lends the socket to the rest of the pool, so that what comes behind is not held up.
 class CallEnd final : public ServedEnd, public std::enable_shared_from_this<CallEnd> {
 public:
-    /// `oneWaysDone` counts for all sockets that came through one door.
-    CallEnd(Fd socket, const sp<BBinder>& node, Lease lease,
-            std::shared_ptr<std::atomic<uint32_t>> oneWaysDone);
+    /// What all sockets that came through one door have in common.
+    struct Door {
+        Door();
+        std::atomic<uint32_t> oneWaysDone{0};
+        /// Null but in the manners of a driver.
+        const std::unique_ptr<Overtaking> overtaking;
+    };
+
+    CallEnd(Fd socket, const sp<BBinder>& node, Lease lease, std::shared_ptr<Door> door);
     void onReady() override;
 
-    std::atomic<uint32_t>& oneWaysDone() const { return *mOneWaysDone; }
+    std::atomic<uint32_t>& oneWaysDone() const { return mDoor->oneWaysDone; }
+    Overtaking* overtaking() const { return mDoor->overtaking.get(); }
 
     /// The calling thread is about to carry out a call; a number that `finishCall` wants back.
     uint32_t beginCall();
@@ -35,7 +43,7 @@ public:
     bool lend(uint32_t call);
 
 private:
-    const std::shared_ptr<std::atomic<uint32_t>> mOneWaysDone;
+    const std::shared_ptr<Door> mDoor;
     // Odd while a call is under way. Each call has a number of its own.
     std::atomic<uint32_t> mProgress{0};
 };

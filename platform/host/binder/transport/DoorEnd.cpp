@@ -4,7 +4,6 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
-#include "binder/transport/CallEnd.h"
 #include "binder/transport/Log.h"
 #include "binder/transport/ThreadPool.h"
 
@@ -62,7 +61,7 @@ std::shared_ptr<Source> DoorEnd::makeEnd(Role role, Fd socket, Lease lease) cons
     if (role == Role::Door) {
         return std::make_shared<DoorEnd>(std::move(socket), node(), std::move(lease));
     }
-    return std::make_shared<CallEnd>(std::move(socket), node(), std::move(lease), mOneWaysDone);
+    return std::make_shared<CallEnd>(std::move(socket), node(), std::move(lease), mDoor);
 }
 
 bool DoorEnd::adopt(Envelope& envelope) {

@@ -2,10 +2,9 @@
 #ifndef VOXTREL_BINDER_TRANSPORT_DOOREND_H
 #define VOXTREL_BINDER_TRANSPORT_DOOREND_H
 
-#include <atomic>
 #include <memory>
 
-#include "binder/transport/ServedEnd.h"
+#include "binder/transport/CallEnd.h"
 
 namespace android::transport {
 
@@ -25,8 +24,7 @@ private:
     /// False when the message is none that may come through a door, which is closed then.
     bool adopt(Envelope& envelope);
 
-    const std::shared_ptr<std::atomic<uint32_t>> mOneWaysDone =
-        std::make_shared<std::atomic<uint32_t>>(0);
+    const std::shared_ptr<CallEnd::Door> mDoor = std::make_shared<CallEnd::Door>();
 };
 
 }  // namespace android::transport

@@ -7,6 +7,7 @@
 #include "binder/Parcel.h"
 #include "binder/transport/Lease.h"
 #include "binder/transport/Message.h"
+#include "binder/transport/Overtaking.h"
 
 namespace android::transport {
 
@@ -16,6 +17,8 @@ struct Incoming {
     Envelope envelope;
     /// A one-way call whose binders or bytes could not be taken: it only has its turn.
     bool lost = false;
+    /// Of a one-way call in the manners of a driver.
+    Overtaking::Arrival arrival;
     /// While it waits for its turn: what it takes is counted against its sender's share.
     std::optional<Lease> lease;
 

@@ -69,7 +69,7 @@ Shift::After Shift::handle(Received received) {
 Shift::After Shift::serveOne() {
     switch (mMessage->envelope.header().kind) {
         case Kind::Request:
-            return serveTwoWay();
+            return mEnd->overtaking() == nullptr ? serveTwoWay() : overtake();
         case Kind::OneWay:
             return enterOneWay();
         case Kind::Reply:
@@ -99,6 +99,14 @@ Shift::After Shift::serveTwoWay() {
     return ours ? After::ReadOn : After::Left;
 }
 
+Shift::After Shift::overtake() {
+    Overtaking& overtaking = *mEnd->overtaking();
+    const uint32_t before = overtaking.arrived();
+    const After after = serveTwoWay();
+    overtaking.overtake(before);
+    return after;
+}
+
 // A call whose binders or bytes could not be taken, for want of descriptors.
 Shift::After Shift::failLost() {
     const Envelope& envelope = mMessage->envelope;
@@ -123,6 +131,9 @@ Shift::After Shift::failLost() {
 }
 
 Shift::After Shift::enterOneWay() {
+    if (Overtaking* overtaking = mEnd->overtaking()) {
+        mMessage->arrival = overtaking->arrive();
+    }
     switch (mTurns.enter(mEnd, mMessage)) {
         case Turns::Place::Mine: {
             const uint32_t call = mEnd->beginCall();
@@ -152,6 +163,9 @@ bool Shift::serveTurn() {
 }
 
 bool Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
+    if (Overtaking* overtaking = end.overtaking()) {
+        overtaking->holdBack(message.arrival, message.envelope.header().code);
+    }
     const bool lost = std::exchange(message.lost, false);
     const bool sound = lost || serveOneWay(*end.node(), message) != Served::Badly;
     if (!sound) {

@@ -31,6 +31,7 @@ private:
     After handle(Received received);
     After serveOne();
     After serveTwoWay();
+    [[gnu::cold]] After overtake();
     After failLost();
     After enterOneWay();
     /// False when this socket has been closed for what came over it.
