@@ -115,7 +115,9 @@ TEST(ASoundMessage, IsOneOfTheFourKinds) {
     EXPECT_TRUE(sound(of(raw::kAdopt, raw::kCalls, 0, 0), {}, 1));
     EXPECT_FALSE(sound(of(0, 7, 0, 4), Bytes(4)));
     EXPECT_FALSE(sound(of(5, 7, 0, 4), Bytes(4)));
+    EXPECT_TRUE(sound(of(raw::kAdopt, raw::kBudget, 0, 0), {}, 1));
     EXPECT_FALSE(sound(of(raw::kAdopt, 0, 0, 0), {}, 1));
+    EXPECT_FALSE(sound(of(raw::kAdopt, 4, 0, 0), {}, 1));
     EXPECT_FALSE(sound(of(raw::kAdopt, raw::kDoor, 0, 4), Bytes(4), 1));
 }
 
@@ -125,6 +127,15 @@ TEST(ASoundMessage, StaysWithinItsKindsLimit) {
     EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 1040388, 0, 1), begin, 1));
     EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 520192, 0, 1), begin, 1));
     EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 520196, 0, 1), begin, 1));
+}
+
+TEST(ASoundMessage, IsCountedOnlyIfItIsAOneWayCall) {
+    EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 4, 0, 2), Bytes(4)));
+    EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 70000, 0, 3), Bytes(32768), 1));
+    EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 4, 0, 4), Bytes(4)));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 4, 0, 2), Bytes(4)));
+    EXPECT_FALSE(sound(of(raw::kReply, 7, 0, 4, 0, 2), Bytes(4)));
+    EXPECT_FALSE(sound(of(raw::kAdopt, raw::kDoor, 0, 0, 0, 2), {}, 1));
 }
 
 TEST(ASoundMessage, HasTheBeginningOfAPayloadThatIsInAMemfd) {

@@ -5,6 +5,7 @@
 #include <sys/time.h>
 
 #include "binder/transport/Log.h"
+#include "binder/transport/OneWayBudget.h"
 #include "binder/transport/ThreadPool.h"
 
 namespace android::transport {
@@ -70,6 +71,11 @@ bool DoorEnd::adopt(Envelope& envelope) {
         refuse("a message out of place", envelope);
         return false;
     }
+    const auto role = static_cast<Role>(envelope.header().code);
+    if (role == Role::Budget) {
+        showBudget(end);
+        return true;
+    }
     const Holder holder =
         holderOf({envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
     Lease lease(holder, end.get());
@@ -81,7 +87,6 @@ bool DoorEnd::adopt(Envelope& envelope) {
             static_cast<int>(holder.pid));
         return true;
     }
-    const auto role = static_cast<Role>(envelope.header().code);
     const auto source = makeEnd(role, std::move(end), std::move(lease));
     // What cannot be waited for is dropped, and its peer sees it hang up.
     (void)reactor().add(source);

@@ -6,6 +6,7 @@
 #include "binder/transport/Dispatch.h"
 #include "binder/transport/LocalNodes.h"
 #include "binder/transport/Log.h"
+#include "binder/transport/OneWayBudget.h"
 #include "binder/transport/ThreadPool.h"
 #include "binder/transport/Watchman.h"
 
@@ -172,6 +173,9 @@ bool Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
         end.refuse("a descriptor that is no reference", message.envelope);
     }
     message.lease.reset();
+    if (isCounted(message.envelope.header())) {
+        OneWayBudget::own().giveBack(message.envelope.header().payloadSize);
+    }
     end.oneWaysDone().fetch_add(1, std::memory_order_relaxed);
     return sound;
 }

@@ -7,6 +7,7 @@
 #include "binder/BpBinder.h"
 #include "binder/transport/KnownProxies.h"
 #include "binder/transport/Log.h"
+#include "binder/transport/Manners.h"
 #include "binder/transport/Objects.h"
 #include "binder/transport/ThreadPool.h"
 
@@ -91,7 +92,8 @@ SocketReference::SocketReference(const NodeId& id, Fd door,
     : mId(id),
       mDoor(std::move(door)),
       mLeadsToManager(leadsToManager),
-      mPredecessor(std::move(predecessor)) {}
+      mPredecessor(std::move(predecessor)),
+      mBudget(gManners.ofDriver ? std::make_unique<PeerBudget>() : nullptr) {}
 
 SocketReference::~SocketReference() {
     // A child shares the sockets with its parent, and may have copied a lock that is held.
@@ -117,7 +119,8 @@ status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply,
         return data.errorCheck();
     }
     if ((flags & kOneWay) != 0) {
-        return callOneWay({0, Kind::OneWay, code, 0, flags, 0, 0, 0}, data);
+        const Header header = {0, Kind::OneWay, code, 0, flags, 0, 0, 0};
+        return mBudget != nullptr ? callOneWayWithinBudget(header, data) : callOneWay(header, data);
     }
     const Header header = {0, Kind::Request, code, 0, flags, 0, 0, 0};
     if (reply != nullptr) {
@@ -206,6 +209,22 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
                 "a connection was refused by the process that it leads to: a one-way call fails, "
                 "and those before it may be lost");
         }
+    }
+    return status;
+}
+
+status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& data) {
+    OneWayBudget* budget = mBudget->find(mDoor);
+    if (budget == nullptr || data.dataSize() > kLargestOneWay) {
+        return callOneWay(header, data);
+    }
+    if (!budget->take(data.dataSize())) {
+        return hasEnded() ? DEAD_OBJECT : FAILED_TRANSACTION;
+    }
+    header.options = kCounted;
+    const status_t status = callOneWay(header, data);
+    if (status != OK) {
+        budget->giveBack(data.dataSize());
     }
     return status;
 }

@@ -10,6 +10,7 @@
 #include "binder/transport/Farewell.h"
 #include "binder/transport/Message.h"
 #include "binder/transport/Patience.h"
+#include "binder/transport/PeerBudget.h"
 #include "binder/transport/Reactor.h"
 #include "binder/transport/Reference.h"
 #include "utils/Mutex.h"
@@ -49,6 +50,7 @@ private:
 
     status_t callTwoWay(const Header& header, const Parcel& data, Parcel* reply);
     status_t callOneWay(const Header& header, const Parcel& data);
+    status_t callOneWayWithinBudget(Header header, const Parcel& data);
     status_t tryMain(const Header& header, const Parcel& data, const Attachments& attachments,
                      Obstacle& obstacle);
     status_t finishOnMain(status_t sent, Parcel* reply, Patience& patience);
@@ -95,6 +97,8 @@ private:
     static_assert(kRemembered > kMostAhead, "reaches back to the oldest that may be ahead");
     std::array<uint32_t, kRemembered> mBytesUpTo PLATFORM_GUARDED_BY(mSendLock) = {};
     std::atomic<uint32_t> mOneWaysDone{0};
+    // Null but in the manners of a driver.
+    const std::unique_ptr<PeerBudget> mBudget;
 };
 
 }  // namespace android::transport

@@ -5,6 +5,7 @@
 
 #include "binder/transport/CallEnd.h"
 #include "binder/transport/Incoming.h"
+#include "binder/transport/OneWayBudget.h"
 
 namespace android::transport {
 
@@ -29,14 +30,16 @@ Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<I
         return Place::Refused;
     }
     const bool scarce = message->lease->scarce();
+    const bool counted = isCounted(envelope.header());
     const size_t size = message->parcel.dataSize();
     mBytes += size;
     mWaiting.push_back({end, std::move(message), size});
     Share& share = mShares[end.get()];
     ++share.messages;
     share.bytes += size;
-    share.full = share.messages >= kMostOfOneConnection ||
-                 ((scarce || mBytes >= kMostBytes) && !share.isPromised());
+    // What is counted in the budget is limited there, for all connections together.
+    share.full = !counted && (share.messages >= kMostOfOneConnection ||
+                              ((scarce || mBytes >= kMostBytes) && !share.isPromised()));
     return share.full ? Place::Full : Place::Waiting;
 }
 

@@ -20,8 +20,9 @@ enum class Kind : uint32_t {
 
 /// What a socket is for, as the end that serves it sees it.
 enum class Role : uint32_t {
-    Door = 1,   ///< stands for the reference itself; carries Adopt only, and hangs up at the end
-    Calls = 2,  ///< one-way calls, and requests, one at a time, with their replies
+    Door = 1,    ///< stands for the reference itself; carries Adopt only, and hangs up at the end
+    Calls = 2,   ///< one-way calls, and requests, one at a time, with their replies
+    Budget = 3,  ///< is answered with the page of a `OneWayBudget`, if there is one, and closed
 };
 
 /// Names a node for as long as it lives, wherever references to it travel. Random, so that only who
@@ -52,6 +53,8 @@ static_assert(sizeof(Header) == 32, "the same on every machine");
 /// The payload is in a memfd, the first descriptor of the message, but for its first
 /// `kInlineWithMemfd` bytes.
 constexpr uint32_t kPayloadInMemfd = 1;
+/// A one-way call that is counted in its receiver's `OneWayBudget`.
+constexpr uint32_t kCounted = 2;
 
 struct ObjectRecord {
     uint32_t offset;  ///< of the binder's 24 bytes in the payload
