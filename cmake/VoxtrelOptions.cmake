@@ -11,6 +11,8 @@ option(VOXTREL_BUILD_TESTS "Build the tests" ON)
 option(VOXTREL_BUILD_BENCH "Build the benchmarks" OFF)
 option(VOXTREL_BUILD_FUZZERS "Build the libFuzzer targets (clang only)" OFF)
 option(VOXTREL_COVERAGE "Instrument the build for gcovr" OFF)
+option(VOXTREL_DRIVER_MANNERS
+       "Run the tests of several processes once more in the manners of a driver" OFF)
 option(VOXTREL_SYSTEMD "Let the programs work with systemd: sockets, readiness (needs libsystemd)" OFF)
 set(VOXTREL_VERSION_TEXT "" CACHE STRING "What --version prints; empty: the project's version")
 if(NOT VOXTREL_VERSION_TEXT)

@@ -10,15 +10,22 @@ function(voxtrel_test_header)
 endfunction()
 
 # voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds]
-#              [TOGETHER pattern... [ALONE pattern...]] [EXCLUDE pattern...] [COST number])
+#              [TOGETHER pattern... [ALONE pattern...]] [EXCLUDE pattern...] [COST number]
+#              [BOTH_MANNERS pattern... [DEFAULT_MANNERS pattern...]])
 #
 # One test program. For ctest, each of its tests is a test of its own, in a process of its own, but
 # for the quick ones that leave nothing behind in their process: TOGETHER names those, and ALONE what
 # of TOGETHER "*" is not so. They are one entry, NAME:together, and one process; scripts/lib.sh counts
 # each of them all the same. EXCLUDE leaves tests out. Patterns are those of --gtest_filter. Tests of
 # a higher COST start first: one that mostly waits, for a minute, would be the end of a run.
+#
+# Where VOXTREL_DRIVER_MANNERS is on, the tests that BOTH_MANNERS names run once more in the manners of
+# a driver (platform/README.md), as NAME:driver:..., with the label "driver". DEFAULT_MANNERS names
+# those of them that do not.
 function(voxtrel_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT;COST" "SOURCES;LINK;LABELS;TOGETHER;ALONE;EXCLUDE" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT;COST"
+                        "SOURCES;LINK;LABELS;TOGETHER;ALONE;EXCLUDE;BOTH_MANNERS;DEFAULT_MANNERS"
+                        ${ARGN})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 120)
   endif()
@@ -64,14 +71,27 @@ function(voxtrel_test name)
     string(APPEND alone "-${exclude}")
   endif()
   if(alone)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                         TEST_PREFIX "${name}:" TEST_FILTER "${alone}"
-                         TEST_LIST ${name}_tests PROPERTIES
-                         TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" COST ${TEST_COST})
-    # Not among the properties above, where a value that is a list loses all but its first element.
-    set(script "${CMAKE_CURRENT_BINARY_DIR}/${name}_environment.cmake")
-    file(CONFIGURE OUTPUT "${script}" @ONLY CONTENT
-         [[set_tests_properties(${@name@_tests} PROPERTIES ENVIRONMENT "@environment@")]])
-    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${script}")
+    voxtrel_test_entries(${name} ${name}_tests "${name}:" "${alone}")
   endif()
+  if(VOXTREL_DRIVER_MANNERS AND TEST_BOTH_MANNERS)
+    string(JOIN ":" both ${TEST_BOTH_MANNERS})
+    string(JOIN ":" default_only ${TEST_DEFAULT_MANNERS})
+    list(APPEND TEST_LABELS driver)
+    list(APPEND environment "VOXTREL_BINDER_MANNERS=driver")
+    voxtrel_test_entries(${name} ${name}_driver_tests "${name}:driver:"
+                         "${both}-${exclude}:${default_only}")
+  endif()
+endfunction()
+
+# Of voxtrel_test, whose variables it reads: an entry of ctest, named with `prefix` in front, for each
+# test that `filter` selects; the variable `list` names them all.
+function(voxtrel_test_entries name list prefix filter)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       TEST_PREFIX "${prefix}" TEST_FILTER "${filter}"
+                       TEST_LIST ${list} PROPERTIES TIMEOUT ${TEST_TIMEOUT} COST ${TEST_COST})
+  # Not among the properties above, where a value that is a list loses all but its first element.
+  set(script "${CMAKE_CURRENT_BINARY_DIR}/${list}_properties.cmake")
+  file(CONFIGURE OUTPUT "${script}" @ONLY CONTENT
+       [[set_tests_properties(${@list@} PROPERTIES LABELS "@TEST_LABELS@" ENVIRONMENT "@environment@")]])
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${script}")
 endfunction()
