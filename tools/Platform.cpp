@@ -23,7 +23,8 @@ void startBinderThreads() {
 }
 
 android::sp<android::IBinder> findService() {
-    return android::defaultServiceManager()->getService(TTS::ITextToSpeechFestival::descriptor);
+    // getService may wait for the service, and who calls this decides itself how long to wait.
+    return android::defaultServiceManager()->checkService(TTS::ITextToSpeechFestival::descriptor);
 }
 
 bool isServiceRegistered() {
