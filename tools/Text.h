@@ -9,8 +9,9 @@
 
 namespace voxtrelctl {
 
-/// The most bytes of text that go to the service in one request.
-constexpr size_t kPieceBytes = 32768;
+/// The most bytes of text that go to the service in one request: a minute of speech or so, since
+/// others who have something to say are heard between two requests.
+constexpr size_t kPieceBytes = 1024;
 
 /// The most bytes of text that are sent before the service is known to have taken them. The runtime
 /// of a device holds 520,192 bytes of requests that the service has not taken yet, of all clients

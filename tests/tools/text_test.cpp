@@ -57,6 +57,17 @@ TEST(Pieces, JoinedAreTheText) {
     EXPECT_EQ(std::accumulate(pieces.begin(), pieces.end(), std::string()), text);
 }
 
+TEST(Pieces, LeaveATurnToOthersAfterAMinuteOrSo) {
+    std::string text;
+    while (text.size() < 100'000) {
+        text += "The last train had left the station an hour ago. ";
+    }
+    constexpr size_t kCharactersInAMinute = 900;  // at the usual speed
+    for (const std::string& piece : cutIntoPieces(text)) {
+        EXPECT_LE(piece.size(), kCharactersInAMinute * 5 / 4);
+    }
+}
+
 TEST(ANulInAText, BecomesABlank) {
     EXPECT_EQ(cutIntoPieces(std::string("a\0b", 3)), Pieces{"a b"});
 }
