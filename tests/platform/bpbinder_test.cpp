@@ -27,6 +27,7 @@ using android::sp;
 using android::status_t;
 using android::String16;
 using android::wp;
+using android::transport::LogLevel;
 using probe::Mourner;
 
 struct Script {
@@ -146,9 +147,14 @@ protected:
         return mRegistry->addService(String16(name), service);
     }
 
+    static constexpr uid_t kKeeper = 1003;
+
     std::vector<std::string> mLines;
-    const sp<Registry> mRegistry =
-        new Registry([this](const std::string& line) { mLines.push_back(line); });
+    const sp<Registry> mRegistry = new Registry(
+        [this](LogLevel level, const std::string& line) {
+            mLines.push_back((level == LogLevel::Warning ? "warning: " : "") + line);
+        },
+        {{String16("kept"), kKeeper}});
     const sp<IBinder> mService = probe::makeNode();
 };
 
@@ -171,6 +177,62 @@ TEST_F(TheRegistry, RefusesAnEmptyOrLongNameAndANullService) {
     EXPECT_EQ(android::BAD_VALUE, add(std::string(128, 'x').c_str(), mService));
     EXPECT_EQ(OK, add(std::string(127, 'x').c_str(), mService));
     EXPECT_EQ(android::BAD_VALUE, add("a", nullptr));
+}
+
+TEST_F(TheRegistry, KeepsAReservedNameForItsUser) {
+    for (const int64_t uid : {int64_t{1000}, int64_t{geteuid()}}) {
+        actAs(uid, 7);
+        EXPECT_EQ(android::PERMISSION_DENIED, add("kept", mService)) << uid;
+    }
+    EXPECT_TRUE(mRegistry->getService(String16("kept")) == nullptr);
+    actAs(kKeeper, 8);
+    EXPECT_EQ(OK, add("kept", mService));
+    actAs(1000, 7);
+    EXPECT_EQ(OK, add("kept2", mService)) << "another name";
+}
+
+TEST_F(TheRegistry, SaysOnceToWhichUserItRefusedAReservedName) {
+    actAs(1000, 7);
+    (void)add("kept", mService);
+    actAs(1000, 8);
+    (void)add("kept", mService);
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: refused kept to process 7 of user 1000: it is reserved for user 1003"}),
+              mLines);
+    actAs(1001, 9);
+    (void)add("kept", mService);
+    EXPECT_EQ(2U, mLines.size());
+}
+
+TEST_F(TheRegistry, HasRoomForAReservedNameWhateverOthersHold) {
+    constexpr int kAll = 1024;
+    for (const int64_t uid : {1000, 1001}) {
+        actAs(uid, 7);
+        for (int i = 0; i < kAll / 2; ++i) {
+            ASSERT_EQ(OK, add((std::to_string(uid) + std::to_string(i)).c_str(), mService));
+        }
+    }
+    actAs(kKeeper, 8);
+    EXPECT_EQ(android::NO_MEMORY, add("more", mService));
+    EXPECT_EQ(OK, add("kept", mService));
+}
+
+TEST_F(TheRegistry, TellsTheOwnerWithTheService) {
+    actAs(1000, 7);
+    ASSERT_EQ(OK, add("a", mService));
+    const auto ask = [this](const char* name) {
+        Parcel data;
+        data.writeString16(String16(name));
+        auto reply = std::make_unique<Parcel>();
+        EXPECT_EQ(
+            OK, mRegistry->transact(android::GET_OWNED_SERVICE_TRANSACTION, data, reply.get(), 0));
+        reply->setDataPosition(0);
+        return reply;
+    };
+    const auto found = ask("a");
+    EXPECT_TRUE(found->readStrongBinder() == mService);
+    EXPECT_EQ(1000, found->readInt32());
+    EXPECT_TRUE(ask("b")->readStrongBinder() == nullptr);
 }
 
 TEST_F(TheRegistry, GivesAnotherUserHalfOfTheNames) {

@@ -52,7 +52,7 @@ TEST_F(TheManagersBinder, TellsOfTheManagersDeathAndIsAnotherAfterwards) {
 
 // Becomes the service manager, and says what its manager's binder is to itself.
 const voxtrel_test::Role kManager("becomes-manager", [](const voxtrel_test::Arguments&) {
-    const sp<android::Registry> registry = new android::Registry([](const std::string&) {});
+    const sp<android::Registry> registry = new android::Registry([](auto, const auto&) {});
     android::IPCThreadState::self()->setTheContextObject(registry);
     if (!ProcessState::self()->becomeContextManager()) {
         return 1;

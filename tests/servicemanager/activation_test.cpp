@@ -65,6 +65,18 @@ TEST_F(AnActivatedManager, RefusesASocketOfAnotherKind) {
     EXPECT_TRUE(std::filesystem::exists(socketPath()));
 }
 
+TEST_F(AnActivatedManager, DoesNotPretendToChangeTheModeOfItsSocket) {
+    for (const char* option : {"--socket-mode=660", "--socket-group=0"}) {
+        std::filesystem::remove(socketPath());
+        const auto manager = listenFor({"--seqpacket"}, {VOXTREL_SERVICEMANAGER, option});
+        const LocalSocket client = LocalSocket::connectedTo(socketPath());
+        const Outcome outcome = manager->wait();
+        EXPECT_EQ(1, outcome.status);
+        EXPECT_NE(std::string::npos, outcome.err.find("write SocketMode= and SocketGroup="))
+            << outcome.err;
+    }
+}
+
 TEST_F(AnActivatedManager, LeavesASocketForAnotherProcessAlone) {
     const Process manager({"env", "LISTEN_PID=1", "LISTEN_FDS=1", VOXTREL_SERVICEMANAGER});
     EXPECT_TRUE(eventually([&] { return LocalSocket::connectedTo(socketPath()).valid(); }));

@@ -32,8 +32,9 @@ TEST_F(TheCommandLine, ExplainsItselfAndLeavesWithZero) {
         const Outcome outcome = run({option});
         EXPECT_EQ(0, outcome.status);
         EXPECT_EQ(0U, outcome.out.find("Usage: voxtrel-servicemanager ")) << outcome.out;
-        for (const char* word : {"--version", "--exit-when-idle", "--log-level",
-                                 "VOXTREL_BINDER_SOCKET", "VOXTREL_LOG_LEVEL"}) {
+        for (const char* word :
+             {"--version", "--exit-when-idle", "--log-level", "--reserve", "--socket-group",
+              "--socket-mode", "VOXTREL_BINDER_SOCKET", "VOXTREL_LOG_LEVEL"}) {
             EXPECT_NE(std::string::npos, outcome.out.find(word)) << word;
         }
         EXPECT_EQ("", outcome.err);
@@ -62,6 +63,28 @@ TEST_F(TheCommandLine, WithAMistakeSaysWhichAndLeavesWithOne) {
                   "--log-level takes error, warning, info or debug, not loud"},
           Mistake{{"--exit-when-idle=soon"}, "--exit-when-idle takes 1 to 86400 seconds, not soon"},
           Mistake{{"--exit-when-idle", "0"}, "--exit-when-idle takes 1 to 86400 seconds, not 0"},
+          Mistake{{"--socket-mode", "rw"},
+                  "--socket-mode takes an octal number from 0 to 777, not rw"},
+          Mistake{{"--socket-mode", "668"},
+                  "--socket-mode takes an octal number from 0 to 777, not 668"},
+          Mistake{{"--socket-mode", "1777"},
+                  "--socket-mode takes an octal number from 0 to 777, not 1777"},
+          Mistake{{"--socket-mode="}, "--socket-mode takes an octal number from 0 to 777, not "},
+          Mistake{{"--socket-group", "no such group"},
+                  "--socket-group takes a group's name or number, and there is none that is no "
+                  "such group"},
+          Mistake{{"--socket-group", "4294967295"},
+                  "--socket-group takes a group's name or number, and there is none that is "
+                  "4294967295"},
+          Mistake{{"--reserve", "speech"},
+                  "--reserve takes NAME=USER, with a name of 1 to 127 characters, not speech"},
+          Mistake{{"--reserve", "=0"},
+                  "--reserve takes NAME=USER, with a name of 1 to 127 characters, not =0"},
+          Mistake{{"--reserve", "speech=no such user"},
+                  "--reserve takes a user's name or number, and there is none that is no such "
+                  "user"},
+          Mistake{{"--reserve", "speech=1", "--reserve", "speech=2"},
+                  "--reserve gives speech to two users"},
           Mistake{{"--exit-when-idle", "-5"},
                   "--exit-when-idle takes 1 to 86400 seconds, not -5"}}) {
         const Outcome outcome = run(mistake.words);

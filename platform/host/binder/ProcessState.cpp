@@ -29,7 +29,7 @@ bool ProcessState::becomeContextManager() {
         Mutex::Autolock held(mLock);
         manager = mOffered;
     }
-    return manager != nullptr && transport::transport().becomeContext(manager);
+    return manager != nullptr && transport::transport().becomeContext(manager, {});
 }
 
 void ProcessState::offerContextObject(const sp<BBinder>& manager) {

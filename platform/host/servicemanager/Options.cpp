@@ -9,6 +9,8 @@
 #include <iterator>
 #include <string>
 
+#include "servicemanager/Accounts.h"
+
 namespace servicemanager {
 namespace {
 
@@ -26,6 +28,12 @@ constexpr const char* kHelp =
     "                              nobody connected (1 to 86400; default: stay)\n"
     "  --log-level LEVEL           error, warning, info or debug (default: $VOXTREL_LOG_LEVEL,\n"
     "                              -1 to 2, else info)\n"
+    "  --reserve NAME=USER         Let only processes of USER, a name or a number, register NAME;\n"
+    "                              may be repeated\n"
+    "  --socket-group GROUP        Let the members of GROUP, a name or a number, connect: the\n"
+    "                              socket is the group's, and its mode 660 unless one is given\n"
+    "  --socket-mode MODE          Mode of the socket, octal; who may write may connect\n"
+    "                              (default: 600)\n"
     "\n"
     "SIGTERM and SIGINT end it. It logs to standard error; in the journal each line has its "
     "level.\n"
@@ -34,13 +42,26 @@ constexpr const char* kHelp =
 constexpr const char* kLevels[] = {"error", "warning", "info", "debug"};
 constexpr long kLongestIdle = 86400;
 
-enum : int { kIdleOption = 256, kLevelOption };
+constexpr mode_t kGroupToo = 0660;
+constexpr mode_t kAllBits = 0777;
+constexpr size_t kLongestName = 127;
+
+enum : int { kIdleOption = 256, kLevelOption, kReserveOption, kGroupOption, kModeOption };
 
 constexpr option kOptions[] = {{"help", no_argument, nullptr, 'h'},
                                {"version", no_argument, nullptr, 'V'},
                                {"exit-when-idle", required_argument, nullptr, kIdleOption},
                                {"log-level", required_argument, nullptr, kLevelOption},
+                               {"reserve", required_argument, nullptr, kReserveOption},
+                               {"socket-group", required_argument, nullptr, kGroupOption},
+                               {"socket-mode", required_argument, nullptr, kModeOption},
                                {nullptr, 0, nullptr, 0}};
+
+/// What the options say, and what of it was said.
+struct Reading {
+    Options& options;
+    bool modeGiven = false;
+};
 
 int complain(const std::string& reason) {
     std::fprintf(stderr,
@@ -68,18 +89,79 @@ bool readLevel(const char* text, int& level) {
     return false;
 }
 
-/// @return empty, or what is wrong.
-std::string take(int choice, const char* value, Options& options) {
-    if (choice == kIdleOption) {
-        long seconds = 0;
-        if (!readNumber(value, 1, kLongestIdle, seconds)) {
-            return std::string("--exit-when-idle takes 1 to 86400 seconds, not ") + value;
-        }
-        options.idleLimit = std::chrono::seconds(seconds);
-    } else if (!readLevel(value, options.logLevel)) {
-        return std::string("--log-level takes error, warning, info or debug, not ") + value;
+// Each takes an option's value, and returns nothing or what is wrong.
+
+std::string takeIdleLimit(const char* value, Options& options) {
+    long seconds = 0;
+    if (!readNumber(value, 1, kLongestIdle, seconds)) {
+        return std::string("--exit-when-idle takes 1 to 86400 seconds, not ") + value;
     }
+    options.idleLimit = std::chrono::seconds(seconds);
     return "";
+}
+
+std::string takeMode(const std::string& value, Reading& reading) {
+    const bool isOctal = !value.empty() && value.find_first_not_of("01234567") == std::string::npos;
+    const unsigned long mode = isOctal ? std::strtoul(value.c_str(), nullptr, 8) : kAllBits + 1;
+    if (mode > kAllBits) {
+        return "--socket-mode takes an octal number from 0 to 777, not " + value;
+    }
+    reading.options.access.mode = static_cast<mode_t>(mode);
+    reading.modeGiven = true;
+    return "";
+}
+
+std::string takeGroup(const std::string& value, Options& options) {
+    gid_t group = 0;
+    if (!findGroup(value, group)) {
+        return "--socket-group takes a group's name or number, and there is none that is " + value;
+    }
+    options.access.group = group;
+    return "";
+}
+
+std::string takeReservation(const std::string& value, Options& options) {
+    const size_t end = value.rfind('=');
+    const android::String16 name(value.c_str(), end == std::string::npos ? 0 : end);
+    if (name.size() == 0 || name.size() > kLongestName) {
+        return "--reserve takes NAME=USER, with a name of 1 to 127 characters, not " + value;
+    }
+    uid_t user = 0;
+    if (!findUser(value.substr(end + 1), user)) {
+        return "--reserve takes a user's name or number, and there is none that is " +
+               value.substr(end + 1);
+    }
+    const auto [entry, isNew] = options.reserved.emplace(name, user);
+    return isNew || entry->second == user
+               ? ""
+               : "--reserve gives " + value.substr(0, end) + " to two users";
+}
+
+std::string take(int choice, const char* value, Reading& reading) {
+    Options& options = reading.options;
+    switch (choice) {
+        case kIdleOption:
+            return takeIdleLimit(value, options);
+        case kReserveOption:
+            return takeReservation(value, options);
+        case kGroupOption:
+            return takeGroup(value, options);
+        case kModeOption:
+            return takeMode(value, reading);
+        default:
+            return readLevel(value, options.logLevel)
+                       ? ""
+                       : std::string("--log-level takes error, warning, info or debug, not ") +
+                             value;
+    }
+}
+
+void completeAccess(const Reading& reading) {
+    Options& options = reading.options;
+    options.asksForAccess = reading.modeGiven || options.access.group.has_value();
+    if (options.access.group.has_value() && !reading.modeGiven) {
+        options.access.mode = kGroupToo;
+    }
 }
 
 /// What getopt refused: `word` is where it stood.
@@ -100,6 +182,7 @@ void readEnvironment(Options& options) {
 bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
     readEnvironment(options);
     exitStatus = EXIT_SUCCESS;
+    Reading reading{options};
     std::string refusal;
     for (;;) {
         const char* word = argv[optind < argc ? optind : argc];
@@ -114,7 +197,7 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
             return false;
         }
         refusal = choice == '?' || choice == ':' ? explainRefusal(choice, word)
-                                                 : take(choice, optarg, options);
+                                                 : take(choice, optarg, reading);
         if (!refusal.empty()) {
             break;
         }
@@ -122,6 +205,7 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
     if (refusal.empty() && optind < argc) {
         refusal = std::string("it takes no argument, not ") + argv[optind];
     }
+    completeAccess(reading);
     exitStatus = refusal.empty() ? EXIT_SUCCESS : complain(refusal);
     return refusal.empty();
 }

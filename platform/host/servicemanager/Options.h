@@ -4,12 +4,18 @@
 
 #include <chrono>
 
+#include "binder/transport/SocketAccess.h"
+#include "servicemanager/Registry.h"
+
 namespace servicemanager {
 
 /// What the command line asks for.
 struct Options {
     int logLevel = 1;                   ///< of `dbgPrint`
     std::chrono::seconds idleLimit{0};  ///< 0: stay
+    android::transport::SocketAccess access;
+    bool asksForAccess = false;  ///< by an option, not by default
+    android::Registry::Reservations reserved;
 };
 
 /// Reads the command line. Help, version and complaints are printed here.

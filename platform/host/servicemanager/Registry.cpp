@@ -17,6 +17,7 @@ namespace {
 constexpr size_t kLongestName = 127;
 constexpr size_t kMostServices = 1024;
 constexpr size_t kMostOfOtherUser = kMostServices / 2;
+constexpr size_t kMostToldReserved = 1024;
 
 // For the log: what is not printable ASCII shows as a question mark.
 std::string printable(const String16& name) {
@@ -53,17 +54,22 @@ private:
     const String16 mName;
 };
 
-Registry::Registry(std::function<void(const std::string&)> report) : mReport(std::move(report)) {}
+Registry::Registry(Report report, Reservations reserved)
+    : mReport(std::move(report)), mReserved(std::move(reserved)) {}
 
 Registry::~Registry() = default;
 
 sp<IBinder> Registry::getService(const String16& name) const {
+    return find(name).service;
+}
+
+Registry::Entry Registry::find(const String16& name) const {
     Entry entry = {};
     {
         Mutex::Autolock held(mLock);
         const auto found = mEntries.find(name);
         if (found == mEntries.end()) {
-            return nullptr;
+            return {};
         }
         entry = found->second;
     }
@@ -71,9 +77,9 @@ sp<IBinder> Registry::getService(const String16& name) const {
     // the dead one again.
     if (isDead(entry.service)) {
         forget(name, entry.notice.get());
-        return nullptr;
+        return {};
     }
-    return entry.service;
+    return entry;
 }
 
 sp<IBinder> Registry::checkService(const String16& name) const {
@@ -87,6 +93,10 @@ status_t Registry::addService(const String16& name, const sp<IBinder>& service,
     }
     const uid_t owner = IPCThreadState::self()->getCallingUid();
     const pid_t pid = IPCThreadState::self()->getCallingPid();
+    if (isReservedForAnother(name, owner)) {
+        reportReserved(name, owner, pid);
+        return PERMISSION_DENIED;
+    }
     if (isDead(service)) {
         return DEAD_OBJECT;
     }
@@ -115,13 +125,40 @@ status_t Registry::addService(const String16& name, const sp<IBinder>& service,
     if (old.service != nullptr) {
         (void)old.service->unlinkToDeath(old.notice);  // it may have died meanwhile
     }
-    mReport((old.service != nullptr ? "replaced " : "added ") + printable(name) + " (process " +
-            std::to_string(pid) + ", user " + std::to_string(owner) + ")");
+    mReport(transport::LogLevel::Info, (old.service != nullptr ? "replaced " : "added ") +
+                                           printable(name) + " (process " + std::to_string(pid) +
+                                           ", user " + std::to_string(owner) + ")");
     return OK;
 }
 
-// No other user's processes can take all the names away from the manager's own.
+bool Registry::isReservedForAnother(const String16& name, uid_t user) const {
+    const auto reserved = mReserved.find(name);
+    return reserved != mReserved.end() && reserved->second != user;
+}
+
+// Who is refused may try for ever; one line says it.
+void Registry::reportReserved(const String16& name, uid_t user, pid_t pid) {
+    {
+        Mutex::Autolock held(mLock);
+        if (mToldReserved.size() >= kMostToldReserved) {
+            mToldReserved.clear();
+        }
+        if (!mToldReserved.emplace(name, user).second) {
+            return;
+        }
+    }
+    mReport(transport::LogLevel::Warning, "refused " + printable(name) + " to process " +
+                                              std::to_string(pid) + " of user " +
+                                              std::to_string(user) + ": it is reserved for user " +
+                                              std::to_string(mReserved.at(name)));
+}
+
+// No other user's processes can take all the names away from the manager's own, nor a reserved one
+// from whom it is reserved for.
 bool Registry::hasRoom(const String16& name, uid_t owner) const {
+    if (mReserved.count(name) != 0) {
+        return true;
+    }
     const auto found = mEntries.find(name);
     if (found != mEntries.end() && found->second.owner == owner) {
         return true;
@@ -154,7 +191,8 @@ void Registry::forget(const String16& name, const IBinder::DeathRecipient* notic
         gone = found->second;
         mEntries.erase(found);
     }
-    mReport("removed " + printable(name) + ": process " + std::to_string(gone.pid) + " has died");
+    mReport(transport::LogLevel::Info,
+            "removed " + printable(name) + ": process " + std::to_string(gone.pid) + " has died");
 }
 
 status_t Registry::listTo(Parcel* reply) {
@@ -166,6 +204,14 @@ status_t Registry::listTo(Parcel* reply) {
     return reply->errorCheck();
 }
 
+status_t Registry::writeOwned(const String16& name, Parcel* reply) const {
+    const Entry entry = find(name);
+    const status_t status = reply->writeStrongBinder(entry.service);
+    return status != OK || entry.service == nullptr
+               ? status
+               : reply->writeInt32(static_cast<int32_t>(entry.owner));
+}
+
 status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
     switch (code) {
         case GET_SERVICE_TRANSACTION:
@@ -175,6 +221,8 @@ status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, 
             const String16 name = data.readString16();
             return reply->writeInt32(addService(name, data.readStrongBinder()));
         }
+        case GET_OWNED_SERVICE_TRANSACTION:
+            return writeOwned(data.readString16(), reply);
         case LIST_SERVICES_TRANSACTION:
             return listTo(reply);
         default:

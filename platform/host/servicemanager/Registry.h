@@ -6,9 +6,13 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "binder/IServiceManager.h"
+#include "binder/ServiceOwner.h"
+#include "binder/transport/LogLevel.h"
 #include "utils/Mutex.h"
 
 namespace android {
@@ -19,8 +23,13 @@ namespace android {
 /// Called on: binder threads. Locks: its own, not while it reports.
 class Registry : public BnInterface<IServiceManager> {
 public:
-    /// `report` is given one line, without its end, for each change.
-    explicit Registry(std::function<void(const std::string&)> report);
+    using Report = std::function<void(transport::LogLevel level, const std::string& line)>;
+    /// Names that only processes of one user may register.
+    using Reservations = std::map<String16, uid_t>;
+
+    /// `report` is given one line, without its end, for each change, and for the first refusal of a
+    /// reserved name to each user.
+    explicit Registry(Report report, Reservations reserved = {});
 
     sp<IBinder> getService(const String16& name) const override;
     sp<IBinder> checkService(const String16& name) const override;
@@ -42,14 +51,20 @@ private:
     };
 
     bool hasRoom(const String16& name, uid_t owner) const PLATFORM_REQUIRES(mLock);
+    bool isReservedForAnother(const String16& name, uid_t user) const;
+    void reportReserved(const String16& name, uid_t user, pid_t pid);
+    Entry find(const String16& name) const;
     status_t listTo(Parcel* reply);
+    status_t writeOwned(const String16& name, Parcel* reply) const;
     /// Reports the death of the service that was registered with this notice, once.
     void forget(const String16& name, const IBinder::DeathRecipient* notice) const;
 
-    const std::function<void(const std::string&)> mReport;
+    const Report mReport;
+    const Reservations mReserved;
     mutable Mutex mLock;
     // Mutable: a look-up drops a service that has died.
     mutable std::map<String16, Entry> mEntries PLATFORM_GUARDED_BY(mLock);
+    std::set<std::pair<String16, uid_t>> mToldReserved PLATFORM_GUARDED_BY(mLock);
 };
 
 }  // namespace android

@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "binder/IPCThreadState.h"
 #include "binder/ProcessState.h"
 #include "binder/transport/Log.h"
 #include "binder/transport/Transport.h"
@@ -40,18 +39,24 @@ sigset_t blockSignals() {
     return signals;
 }
 
-bool listen(const android::sp<android::Registry>& registry) {
+bool listen(const android::sp<android::Registry>& registry,
+            const servicemanager::Options& options) {
     std::string error;
     android::transport::Fd socket = servicemanager::takeListeningSocket(error);
     if (!error.empty()) {
         log(LogLevel::Error, error);
         return false;
     }
+    if (socket.valid() && options.asksForAccess) {
+        log(LogLevel::Error,
+            "was handed a socket, whose mode and group are not --socket-mode's and "
+            "--socket-group's: write SocketMode= and SocketGroup= into the socket unit");
+        return false;
+    }
     if (socket.valid()) {
         return android::transport::transport().becomeContextAt(std::move(socket), registry);
     }
-    android::IPCThreadState::self()->setTheContextObject(registry);
-    return android::ProcessState::self()->becomeContextManager();
+    return android::transport::transport().becomeContext(registry, options.access);
 }
 
 /// How long nobody has needed the service manager.
@@ -95,9 +100,9 @@ int main(int argc, char** argv) {
     }
     gMostVerbose = options.logLevel;
     const sigset_t signals = blockSignals();
-    const android::sp<android::Registry> registry =
-        new android::Registry([](const std::string& line) { log(LogLevel::Info, line); });
-    if (!listen(registry)) {
+    const android::sp<android::Registry> registry = new android::Registry(
+        [](LogLevel level, const std::string& line) { log(level, line); }, options.reserved);
+    if (!listen(registry, options)) {
         return EXIT_FAILURE;
     }
     android::ProcessState::self()->startThreadPool();

@@ -96,6 +96,58 @@ bool nameSender(const Fd& socket) {
     return setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
 }
 
+/// The file of the socket that this process has bound, whatever its path leads to by now.
+Fd fileOf(const std::string& path) {
+    Fd file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    const bool isOurs = file.valid() && fstat(file.get(), &status) == 0 &&
+                        S_ISSOCK(status.st_mode) && status.st_uid == geteuid();
+    errno = file.valid() && !isOurs ? EPERM : errno;
+    return isOurs ? std::move(file) : Fd();
+}
+
+/// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen.
+bool grant(const std::string& path, const SocketAccess& access) {
+    const Fd file = fileOf(path);
+    if (!file.valid()) {
+        return false;
+    }
+    if (access.group.has_value() &&
+        fchownat(file.get(), "", static_cast<uid_t>(-1), *access.group, AT_EMPTY_PATH) != 0) {
+        return false;
+    }
+    return chmod(("/proc/self/fd/" + std::to_string(file.get())).c_str(), access.mode) == 0;
+}
+
+/// The mode that a socket has before it is bound is the most that its file gets.
+bool bindFor(const Fd& socket, const std::string& path, const sockaddr_un& address,
+             const SocketAccess& access) {
+    if (fchmod(socket.get(), SocketAccess::kOwnerOnly) != 0 ||
+        bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        return false;
+    }
+    if (grant(path, access)) {
+        return true;
+    }
+    const int error = errno;
+    (void)unlink(path.c_str());
+    errno = error;
+    return false;
+}
+
+constexpr mode_t kMayEnter = S_IXGRP | S_IXOTH;
+
+/// A socket that others may open is of no use to them where its folder lets nobody in.
+void warnOfClosedFolder(const std::string& path, const SocketAccess& access) {
+    const std::string folder = folderOf(path);
+    struct stat status {};
+    if ((access.mode & (S_IWGRP | S_IWOTH)) != 0 && stat(folder.c_str(), &status) == 0 &&
+        (status.st_mode & kMayEnter) == 0) {
+        logLine("other users may open %s, but not enter its folder %s (mode %03o)", path.c_str(),
+                folder.c_str(), static_cast<unsigned>(status.st_mode & 0777));
+    }
+}
+
 Holder peerOf(const Fd& door) {
     ucred peer = {};
     socklen_t size = sizeof(peer);
@@ -105,7 +157,8 @@ Holder peerOf(const Fd& door) {
 
 }  // namespace
 
-std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBinder>& manager) {
+std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBinder>& manager,
+                                         const SocketAccess& access) {
     makeFolderOf(path);
     sockaddr_un address;
     if (!fill(path, &address)) {
@@ -123,12 +176,12 @@ std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBind
         return nullptr;
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!socket.valid() || !nameSender(socket) ||
-        bind(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
+    if (!socket.valid() || !nameSender(socket) || !bindFor(socket, path, address, access) ||
         listen(socket.get(), kBacklog) != 0) {
         logLine("cannot listen at %s: %s", path.c_str(), strerrordesc_np(errno));
         return nullptr;
     }
+    warnOfClosedFolder(path, access);
     auto listener = std::make_shared<Listener>(std::move(socket), std::move(lock), path, manager);
     return reactor().add(listener) ? listener : nullptr;
 }

@@ -7,6 +7,7 @@
 
 #include "binder/Binder.h"
 #include "binder/transport/Reactor.h"
+#include "binder/transport/SocketAccess.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -14,9 +15,11 @@ namespace android::transport {
 /// The service manager's place: who connects there holds a reference to its node.
 class Listener final : public Source {
 public:
-    /// Takes the place at `path` for this process. Null when another service manager has it, or it
-    /// cannot be had; the log says which.
-    static std::shared_ptr<Listener> open(const std::string& path, const sp<BBinder>& manager);
+    /// Takes the place at `path` for this process. At no time can anybody connect whom `access`
+    /// does not let in. Null when another service manager has it, or it cannot be had; the log says
+    /// which.
+    static std::shared_ptr<Listener> open(const std::string& path, const sp<BBinder>& manager,
+                                          const SocketAccess& access = {});
 
     /// The same at a socket that listens already. It stays its owner's: its path is left alone.
     static std::shared_ptr<Listener> openAt(Fd socket, const sp<BBinder>& manager);

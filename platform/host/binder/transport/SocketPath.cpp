@@ -23,12 +23,12 @@ std::string sharedFallback() {
     return "/tmp/voxtrel-" + std::to_string(geteuid()) + "/binder";
 }
 
+}  // namespace
+
 std::string folderOf(const std::string& path) {
     const size_t slash = path.rfind('/');
     return slash == std::string::npos ? "." : path.substr(0, slash);
 }
-
-}  // namespace
 
 std::string socketPath() {
     if (const char* chosen = environment("VOXTREL_BINDER_SOCKET")) {

@@ -12,6 +12,9 @@ namespace android::transport {
 /// else voxtrel-<uid>/binder under /tmp. Read anew at each call.
 std::string socketPath();
 
+/// The folder in which the file of that path is.
+std::string folderOf(const std::string& path);
+
 /// Makes the folder of `path` for this user alone, where it is not there.
 void makeFolderOf(const std::string& path);
 

@@ -50,12 +50,12 @@ public:
         return adopt(std::move(door));
     }
 
-    bool becomeContext(const sp<BBinder>& manager) override {
+    bool becomeContext(const sp<BBinder>& manager, const SocketAccess& access) override {
         if (refusedAfterFork()) {
             return false;
         }
         Mutex::Autolock held(mLock);
-        return serve(Listener::open(socketPath(), manager), manager);
+        return serve(Listener::open(socketPath(), manager, access), manager);
     }
 
     bool becomeContextAt(Fd socket, const sp<BBinder>& manager) override {

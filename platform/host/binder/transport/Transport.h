@@ -8,6 +8,7 @@
 
 #include "binder/IBinder.h"
 #include "binder/transport/Fd.h"
+#include "binder/transport/SocketAccess.h"
 
 namespace android::transport {
 
@@ -22,9 +23,9 @@ public:
 
     /// The proxy of the service manager's node; null when there is none.
     virtual sp<IBinder> contextObject() = 0;
-    /// This process becomes the service manager. False when there is one already, or its place
-    /// cannot be had; the log says which.
-    virtual bool becomeContext(const sp<BBinder>& manager) = 0;
+    /// This process becomes the service manager, for those whom `access` lets in. False when there
+    /// is one already, or its place cannot be had; the log says which.
+    virtual bool becomeContext(const sp<BBinder>& manager, const SocketAccess& access) = 0;
     /// The same at a socket that listens already and belongs to whoever handed it over.
     virtual bool becomeContextAt(Fd socket, const sp<BBinder>& manager) = 0;
     /// The service manager gives its place up if nobody is connected to it. True: nobody can reach

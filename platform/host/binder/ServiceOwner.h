@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_BINDER_SERVICEOWNER_H
+#define VOXTREL_BINDER_SERVICEOWNER_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+#include "binder/IBinder.h"
+#include "utils/Errors.h"
+#include "utils/String16.h"
+
+namespace android {
+
+/// A service and the user whose process registered it, by the kernel's word at that moment. What
+/// that process has become since, or is made to look like in /proc, does not count.
+struct OwnedService {
+    sp<IBinder> service;  ///< null: there is none of that name
+    uid_t owner = static_cast<uid_t>(-1);
+};
+
+/// The service of that name with its owner, both out of one answer of the service manager's: it is
+/// the owner of this very reference, whoever has the name by now. Of this stand-in alone: a
+/// device's service manager does not tell.
+/// @param found receives both; untouched on failure.
+/// @return OK; DEAD_OBJECT when there is no service manager; UNKNOWN_TRANSACTION from one that is
+///     too old to tell. Called on: any thread.
+status_t findOwnedService(const String16& name, OwnedService& found);
+
+/// The service manager's transaction for it: a name; answered with a binder and, for one that is
+/// not null, an int32 with its owner's uid.
+constexpr uint32_t GET_OWNED_SERVICE_TRANSACTION = IBinder::FIRST_CALL_TRANSACTION + 0x100;
+
+}  // namespace android
+
+#endif
