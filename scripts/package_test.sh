@@ -93,6 +93,7 @@ is_documented() {
     for page in voxtreld voxtrelctl voxtrel-servicemanager; do
         gzip -t "$root/usr/share/man/man1/$page.1.gz" || return 1
     done
+    gzip -t "$root/usr/share/man/man5/voxtreld-policy.5.gz" || return 1
     for name in "${all[@]}"; do
         [ -s "$root/usr/share/doc/$name/copyright" ] || return 1
         gzip -t "$root/usr/share/doc/$name/changelog.Debian.gz" || return 1

@@ -60,11 +60,10 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
         ->type_name("N")
         ->check(CLI::Range(1, 1'000'000))
         ->capture_default_str();
-    app.add_option("--deny-uid", options.admission.denied, "User that is not admitted")
-        ->type_name("UID");
-    app.add_option("--allow-uid", options.admission.allowed,
-                   "User that is admitted; with this, all others are not")
-        ->type_name("UID");
+    app.add_option("--policy", options.policy,
+                   "File that says which users may do what; without it /etc/voxtrel/policy, and "
+                   "without that the service's own user everything, others nothing")
+        ->type_name("FILE");
     addLifetime(app, options);
     app.footer(kFooter);
     try {

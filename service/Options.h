@@ -7,7 +7,6 @@
 #include <string>
 
 #include "profile/TtsSetting.h"
-#include "service/Admission.h"
 #include "service/SpeechQueue.h"
 
 namespace voxtreld {
@@ -19,7 +18,7 @@ struct Options {
     std::string sink = "alsa";
     std::string background;  ///< empty: none
     bool realTime = false;
-    Admission admission;
+    std::optional<std::string> policy;  ///< without it the default file
     QueueLimits limits;
     std::chrono::seconds idleLimit{0};  ///< 0: stay
     std::optional<int> logLevel;        ///< of `LogLevel`

@@ -113,7 +113,8 @@ bool Registration::Work::registerWith(const sp<IBinder>& manager, const sp<IBind
     }
     if (added != android::OK) {
         fail("the service manager refused the service's name: status " + std::to_string(added) +
-             ": see its log; -1 means that another user holds the name");
+             ": see its log; -1 means that another user holds the name, or that it is reserved for "
+             "another user");
         return false;
     }
     setRegistered();

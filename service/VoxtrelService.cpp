@@ -42,7 +42,7 @@ TTS::Capabilities emptyCapabilities() {
 VoxtrelService::VoxtrelService(const Parts& parts)
     : mQueue(parts.queue),
       mProfile(parts.profile),
-      mAdmission(parts.admission),
+      mPolicy(parts.policy),
       mCaller(parts.caller),
       mLog(parts.log),
       mRefusals(parts.log),
@@ -76,6 +76,10 @@ void VoxtrelService::announceVoices(const std::vector<EngineVoice>& voices) {
 android::status_t VoxtrelService::onTransact(uint32_t code, const android::Parcel& data,
                                              android::Parcel* reply, uint32_t flags) {
     touch();
+    const auto bare = bareOperation(code);
+    if (bare.has_value() && permit(mCaller().pid, *bare) != STATUS_OK) {
+        return android::PERMISSION_DENIED;
+    }
     try {
         return BnTextToSpeechFestival::onTransact(code, data, reply, flags);
     } catch (const std::exception& failure) {
@@ -114,7 +118,7 @@ uint32_t VoxtrelService::senderOf(unsigned pid) const {
     return caller.pid == 0 && mClients.isUser(pid, caller.uid) ? pid : caller.pid;
 }
 
-int VoxtrelService::admit(unsigned pid, const char* operation) {
+int VoxtrelService::admit(unsigned pid, Operation operation) {
     const uint32_t user = mCaller().uid;
     const uint32_t sender = senderOf(pid);
     std::string reason;
@@ -124,21 +128,38 @@ int VoxtrelService::admit(unsigned pid, const char* operation) {
     } else if (sender != pid) {
         reason =
             "process " + std::to_string(sender) + " gave the process id " + std::to_string(pid);
-    } else if (!mAdmission.permits(user)) {
-        reason = "user " + std::to_string(user) + " is not admitted";
     } else {
+        return permit(sender, operation);
+    }
+    const char* name = ruleOf(operation).name;
+    mRefusals.refused(sender == 0 ? pid : sender, name, STATUS_PERMISSION_DENIED,
+                      std::string(name) + ": " + reason + ", refused");
+    return STATUS_PERMISSION_DENIED;
+}
+
+/// Asks the policy whether the user behind the request of this thread may do that. A client that
+/// gets no status is told.
+int VoxtrelService::permit(uint32_t sender, Operation operation) {
+    const OperationRule& rule = ruleOf(operation);
+    const uint32_t user = mCaller().uid;
+    if (mPolicy->permits(user, rule.permission)) {
         return STATUS_OK;
     }
-    mRefusals.refused(sender == 0 ? pid : sender, operation, STATUS_PERMISSION_DENIED,
-                      std::string(operation) + ": " + reason + ", refused");
+    mRefusals.refused(sender, rule.name, STATUS_PERMISSION_DENIED,
+                      std::string(rule.name) + ": user " + std::to_string(user) +
+                          " lacks the permission " + wordOf(rule.permission) + ", refused");
+    if (rule.refusal == Refusal::InState) {
+        mClients.tell(sender, EVENT_STATE, STATE_REFUSED, rule.code);
+    }
     return STATUS_PERMISSION_DENIED;
 }
 
 /// `status`, after it has been logged if it is a refusal that has not been yet.
-int VoxtrelService::answered(unsigned pid, const char* operation, int status) {
+int VoxtrelService::answered(unsigned pid, Operation operation, int status) {
     if (status < 0 && status != STATUS_PERMISSION_DENIED) {
-        mRefusals.refused(pid, operation, status,
-                          std::string(operation) + ": process " + std::to_string(pid) +
+        const char* name = ruleOf(operation).name;
+        mRefusals.refused(pid, name, status,
+                          std::string(name) + ": process " + std::to_string(pid) +
                               " is refused with " + std::to_string(status));
     }
     return status;
@@ -168,8 +189,7 @@ int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
                                : mQueue->pushDropped(utterance, STATUS_DISABLED);
 }
 
-int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked,
-                            const char* operation) {
+int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked, Operation operation) {
     const uint32_t pid = utterance.pid;
     const uint32_t id = utterance.id;
     int status = admit(pid, operation);
@@ -193,7 +213,7 @@ int VoxtrelService::say(unsigned pid, unsigned id, const std::string& text, unsi
     utterance.id = id;
     utterance.text = validUtf8(text);
     return enqueue(std::move(utterance),
-                   {speed, volume, voice, bgVolume, ttsVolume, pitch, language}, "say");
+                   {speed, volume, voice, bgVolume, ttsVolume, pitch, language}, Operation::Say);
 }
 
 int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsigned bgVolume) {
@@ -203,12 +223,14 @@ int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsig
     utterance.pauseMs = second;
     SpeechSettings asked;
     asked.bgVolume = bgVolume;
-    return enqueue(std::move(utterance), asked, "silence");
+    return enqueue(std::move(utterance), asked,
+                   second > kLongestPauseMs ? Operation::SilenceTooLong : Operation::Silence);
 }
 
 int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
-    const int status = admit(pid, "stopAndFlush");
-    return status != STATUS_OK ? status : answered(pid, "stopAndFlush", flush(pid, arg));
+    const Operation asked = arg == FLUSH_EVERYTHING ? Operation::StopAll : Operation::StopOwn;
+    const int status = admit(pid, asked);
+    return status != STATUS_OK ? status : answered(pid, asked, flush(pid, arg));
 }
 
 int VoxtrelService::flush(unsigned pid, unsigned arg) {
@@ -237,7 +259,7 @@ int VoxtrelService::mayChangeOrIsTold(unsigned pid) {
 }
 
 int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallback>& cb) {
-    const int status = admit(pid, "registerCallback");
+    const int status = admit(pid, Operation::RegisterCallback);
     if (status != STATUS_OK) {
         return status;
     }
@@ -252,10 +274,10 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
         return added;
     }
     if (added != STATUS_OK) {
-        return answered(pid, "registerCallback", added);
+        return answered(pid, Operation::RegisterCallback, added);
     }
     if (!stays(pid)) {
-        return answered(pid, "registerCallback", STATUS_BAD_PARAMETER);
+        return answered(pid, Operation::RegisterCallback, STATUS_BAD_PARAMETER);
     }
     mLog(LogLevel::Debug,
          "process " + std::to_string(pid) + " of user " + std::to_string(user) + " has come");
@@ -272,7 +294,7 @@ bool VoxtrelService::stays(unsigned pid) {
 }
 
 int VoxtrelService::deregisterCallback(unsigned pid) {
-    const int status = admit(pid, "deregisterCallback");
+    const int status = admit(pid, Operation::DeregisterCallback);
     if (status != STATUS_OK) {
         return status;
     }
@@ -304,8 +326,8 @@ void VoxtrelService::setLockOwner(uint32_t pid) {
 }
 
 int VoxtrelService::lock(unsigned pid) {
-    const int status = admit(pid, "lock");
-    return status != STATUS_OK ? status : answered(pid, "lock", takeLock(pid));
+    const int status = admit(pid, Operation::Lock);
+    return status != STATUS_OK ? status : answered(pid, Operation::Lock, takeLock(pid));
 }
 
 int VoxtrelService::takeLock(unsigned pid) {
@@ -325,8 +347,38 @@ int VoxtrelService::takeLock(unsigned pid) {
 }
 
 int VoxtrelService::unlock(unsigned pid) {
-    const int status = admit(pid, "unlock");
-    return status != STATUS_OK ? status : answered(pid, "unlock", freeLock(pid));
+    if (isLockOfAnother(pid)) {
+        return breakLock(pid);
+    }
+    const int status = admit(pid, Operation::Unlock);
+    return status != STATUS_OK ? status : answered(pid, Operation::Unlock, freeLock(pid));
+}
+
+/// True where a request names the process that holds the lock, and comes from another one.
+bool VoxtrelService::isLockOfAnother(unsigned pid) const {
+    const bool isSender = senderOf(pid) == pid;
+    const MutexLock lock(mMutex);
+    return !isSender && pid != 0 && mLockOwner == pid;
+}
+
+/// Clients that pair `lock` with `unlock` do not know whether they hold it. So who means to break
+/// the lock of another names that one, and not itself.
+int VoxtrelService::breakLock(unsigned holder) {
+    const Caller caller = mCaller();
+    const int status = permit(caller.pid, Operation::BreakLock);
+    if (status != STATUS_OK) {
+        return status;
+    }
+    {
+        const MutexLock lock(mMutex);
+        if (mLockOwner != holder) {
+            return 1;  // it was freed meanwhile
+        }
+        setLockOwner(0);
+    }
+    mLog(LogLevel::Info, "user " + std::to_string(caller.uid) + " has broken the lock of process " +
+                             std::to_string(holder));
+    return STATUS_OK;
 }
 
 int VoxtrelService::freeLock(unsigned pid) {
@@ -348,7 +400,7 @@ bool VoxtrelService::locked() {
 }
 
 int VoxtrelService::getCapabilities(TTS::Capabilities& caps) {
-    const bool permitted = mAdmission.permits(mCaller().uid);
+    const bool permitted = mPolicy->permits(mCaller().uid, Permission::Connect);
     const MutexLock lock(mMutex);
     caps = mCapabilities;
     caps.permitted = permitted;

@@ -10,12 +10,14 @@
 #include <string>
 
 #include "ipc/BnTextToSpeechFestival.h"
-#include "service/Admission.h"
+#include "service/Caller.h"
 #include "service/ClientRegistry.h"
 #include "service/Engine.h"
 #include "service/GlobalSettings.h"
 #include "service/Locking.h"
 #include "service/Log.h"
+#include "service/Operations.h"
+#include "service/Policy.h"
 #include "service/ProfileStore.h"
 #include "service/RefusalLog.h"
 #include "service/SpeechQueue.h"
@@ -27,9 +29,10 @@ namespace voxtreld {
 /// docs/service.md has a table of what each operation takes and answers.
 ///
 /// Every request with a process id is first refused with -10 if that is not the caller's own or the
-/// caller's user is not admitted; one that changes something is then refused with -7 while another
-/// client holds the lock. The lock is enforced here because `locked` over the wire is always false.
-/// `say` and `silence` travel one way, so what becomes of them is told by events.
+/// caller's user may not ask for it (`Policy`, `Operations`); one that changes something is then
+/// refused with -7 while another client holds the lock. The lock is enforced here because `locked`
+/// over the wire is always false. `say` and `silence` travel one way, so what becomes of them is
+/// told by events.
 ///
 /// Called on: binder threads, any number at once; no request waits for sound, disks or clients.
 /// Locks: one of its own, taken before those of its parts, and not while it logs. The runtime may
@@ -42,7 +45,7 @@ public:
     struct Parts {
         std::shared_ptr<SpeechQueue> queue;
         std::shared_ptr<ProfileStore> profile;
-        Admission admission;
+        std::shared_ptr<const Policy> policy;
         CallerSource caller;  ///< who sent the request that this thread serves
         Log log;
     };
@@ -99,26 +102,29 @@ private:
 
     void touch();
     uint32_t senderOf(unsigned pid) const;
-    int answered(unsigned pid, const char* operation, int status);
-    int admit(unsigned pid, const char* operation);
+    int answered(unsigned pid, Operation operation, int status);
+    int admit(unsigned pid, Operation operation);
+    int permit(uint32_t sender, Operation operation);
     int mayChange(unsigned pid) const VOXTRELD_REQUIRES(mMutex);
     int mayChangeOrIsTold(unsigned pid) VOXTRELD_REQUIRES(mMutex);
     int accept(Utterance utterance, const SpeechSettings& asked) VOXTRELD_REQUIRES(mMutex);
     int flush(unsigned pid, unsigned arg);
     int takeLock(unsigned pid);
     int freeLock(unsigned pid);
+    bool isLockOfAnother(unsigned pid) const;
+    int breakLock(unsigned holder);
     bool stays(unsigned pid);
     int applied(unsigned pid, uint32_t state, const Change& apply);
-    int enqueue(Utterance utterance, const SpeechSettings& asked, const char* operation);
-    int change(unsigned pid, const char* operation, uint32_t state, const Change& apply);
-    int switchSpeech(unsigned pid, const char* operation, bool on);
+    int enqueue(Utterance utterance, const SpeechSettings& asked, Operation operation);
+    int change(unsigned pid, Operation operation, uint32_t state, const Change& apply);
+    int switchSpeech(unsigned pid, bool on);
     void keep(uint32_t state) VOXTRELD_REQUIRES(mMutex);
     void setLockOwner(uint32_t pid) VOXTRELD_REQUIRES(mMutex);
     void clientDied(uint32_t pid);
 
     const std::shared_ptr<SpeechQueue> mQueue;
     const std::shared_ptr<ProfileStore> mProfile;
-    const Admission mAdmission;
+    const std::shared_ptr<const Policy> mPolicy;
     const CallerSource mCaller;
     const Log mLog;
     RefusalLog mRefusals;

@@ -31,8 +31,7 @@ void VoxtrelService::keep(uint32_t state) {
     mClients.tellAll(EVENT_STATE, state, value);
 }
 
-int VoxtrelService::change(unsigned pid, const char* operation, uint32_t state,
-                           const Change& apply) {
+int VoxtrelService::change(unsigned pid, Operation operation, uint32_t state, const Change& apply) {
     const int status = admit(pid, operation);
     return status != STATUS_OK ? status : answered(pid, operation, applied(pid, state, apply));
 }
@@ -51,8 +50,8 @@ int VoxtrelService::applied(unsigned pid, uint32_t state, const Change& apply) {
     return status;
 }
 
-int VoxtrelService::switchSpeech(unsigned pid, const char* operation, bool on) {
-    return change(pid, operation, STATE_ENABLED, [this, on](GlobalSettings& settings) {
+int VoxtrelService::switchSpeech(unsigned pid, bool on) {
+    return change(pid, Operation::SetEnable, STATE_ENABLED, [this, on](GlobalSettings& settings) {
         settings.setEnabled(on);
         if (!on) {
             mQueue->drop(std::nullopt, STATUS_DISABLED);
@@ -62,41 +61,41 @@ int VoxtrelService::switchSpeech(unsigned pid, const char* operation, bool on) {
 }
 
 int VoxtrelService::setEnable(unsigned pid, bool enable) {
-    return switchSpeech(pid, "setEnable", enable);
+    return switchSpeech(pid, enable);
 }
 
 int VoxtrelService::setEnable2(unsigned pid, VOXTRELAPI_GCONF key, bool enable) {
     if (key == kSpeechOff || key == kSpeechOn) {
-        return switchSpeech(pid, "setEnable", key == kSpeechOn);
+        return switchSpeech(pid, key == kSpeechOn);
     }
-    return change(pid, "setEnable2", static_cast<uint32_t>(key),
+    return change(pid, Operation::SetEnable2, static_cast<uint32_t>(key),
                   [=](GlobalSettings& settings) { return settings.setFlag(key, enable); });
 }
 
 int VoxtrelService::setVerbosity(unsigned pid, int verbosity) {
-    return change(pid, "setVerbosity", STATE_VERBOSITY,
+    return change(pid, Operation::SetVerbosity, STATE_VERBOSITY,
                   [=](GlobalSettings& settings) { return settings.setVerbosity(verbosity); });
 }
 
 int VoxtrelService::setGlobalRate(unsigned pid, unsigned rate) {
-    return change(pid, "setGlobalRate", GCONF_SPEED,
+    return change(pid, Operation::SetGlobalRate, GCONF_SPEED,
                   [&](GlobalSettings& settings) { return settings.set(GCONF_SPEED, &rate); });
 }
 
 int VoxtrelService::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* value) {
-    return change(pid, "setGlobalConfig", static_cast<uint32_t>(key),
+    return change(pid, Operation::SetGlobalConfig, static_cast<uint32_t>(key),
                   [=](GlobalSettings& settings) { return settings.set(key, value); });
 }
 
 int VoxtrelService::factoryReset(unsigned pid) {
-    return change(pid, "factoryReset", STATE_RESET, [](GlobalSettings& settings) {
+    return change(pid, Operation::FactoryReset, STATE_RESET, [](GlobalSettings& settings) {
         settings.reset();
         return STATUS_OK;
     });
 }
 
 int VoxtrelService::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
-    const int status = admit(pid, "enabled2");
+    const int status = admit(pid, Operation::Enabled2);
     if (status != STATUS_OK || out == nullptr) {
         return status == STATUS_OK ? STATUS_BAD_PARAMETER : status;
     }
@@ -105,7 +104,7 @@ int VoxtrelService::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
 }
 
 int VoxtrelService::globalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
-    const int status = admit(pid, "globalConfig");
+    const int status = admit(pid, Operation::GlobalConfig);
     if (status != STATUS_OK) {
         return status;
     }

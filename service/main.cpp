@@ -17,6 +17,8 @@
 #include "service/ManagerPlace.h"
 #include "service/Mixer.h"
 #include "service/Options.h"
+#include "service/Policy.h"
+#include "service/PolicyFile.h"
 #include "service/Preconditions.h"
 #include "service/ProfileLock.h"
 #include "service/ProfileStore.h"
@@ -53,7 +55,8 @@ bool publish(const android::sp<VoxtrelService>& service, Registration& registrat
 }
 
 /// Makes the parts and runs them until a signal ends the process, or nobody needs it any more.
-int serve(const Options& options, const sigset_t& signals, Registration& registration) {
+int serve(const Options& options, const std::shared_ptr<const Policy>& policy,
+          const sigset_t& signals, Registration& registration) {
     std::string error;
     std::unique_ptr<Sink> sink = makeSink(options.sink, options.realTime, error);
     if (sink == nullptr) {
@@ -63,7 +66,7 @@ int serve(const Options& options, const sigset_t& signals, Registration& registr
     const auto queue = std::make_shared<SpeechQueue>(options.limits);
     const auto profile = std::make_shared<ProfileStore>(options.profile, logLine);
     const android::sp<VoxtrelService> service =
-        new VoxtrelService({queue, profile, options.admission, binderCaller, logLine});
+        new VoxtrelService({queue, profile, policy, binderCaller, logLine});
     EspeakEngine engine;
     Readiness readiness;
 
@@ -114,6 +117,11 @@ int run(const Options& options, Registration& registration) {
     if (!isUsableProfile(options.profile, error) || !haveDescriptors(error)) {
         return fail(error);
     }
+    auto rules = loadPolicy(options.policy, error);
+    if (!rules.has_value()) {
+        return fail(error);
+    }
+    const auto policy = std::make_shared<const Policy>(geteuid(), std::move(*rules));
     switch (lockProfile(options.profile, signals, kPatience, logLine)) {
         case ProfileLock::OfAnother:
             return fail("another voxtreld uses the profile '" + options.profile +
@@ -124,7 +132,7 @@ int run(const Options& options, Registration& registration) {
         case ProfileLock::Ours:
             break;
     }
-    return serve(options, signals, registration);
+    return serve(options, policy, signals, registration);
 }
 
 }  // namespace

@@ -37,6 +37,15 @@ enum State : uint32_t {
     STATE_LOCK = 15,      ///< process id of the client that holds the lock; 0: it is free
     STATE_READY = 16,     ///< 1: the voices are loaded
     STATE_RESET = 17,     ///< every setting went back to its default; third number 0
+    STATE_REFUSED = 18,   ///< to one client alone: its user may not do what a request of it asked
+                          ///< for that brings no status back; third: a `RefusedRequest`
+};
+
+/// The third number of `STATE_REFUSED`: the code of the transaction.
+enum RefusedRequest : uint32_t {
+    REQUEST_STOP = 3,     ///< `stopAndFlush`
+    REQUEST_LOCK = 25,    ///< `lock`
+    REQUEST_UNLOCK = 26,  ///< `unlock`
 };
 
 /// The third number of `EVENT_SETTING`.

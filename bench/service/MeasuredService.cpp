@@ -56,10 +56,11 @@ Caller binderCaller() {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const auto queue = std::make_shared<SpeechQueue>(QueueLimits{});
     const auto profile = std::make_shared<ProfileStore>(profilePath);
-    const android::sp<VoxtrelService> service = new VoxtrelService(
-        {queue, profile, {}, binderCaller, [](LogLevel /*level*/, const std::string& line) {
-             std::fprintf(stderr, "%s\n", line.c_str());
-         }});
+    const android::sp<VoxtrelService> service =
+        new VoxtrelService({queue, profile, std::make_shared<const Policy>(geteuid()), binderCaller,
+                            [](LogLevel /*level*/, const std::string& line) {
+                                std::fprintf(stderr, "%s\n", line.c_str());
+                            }});
     EspeakEngine engine;
     PacedSink sink(std::make_unique<ClockSink>(clock));
     std::string error;

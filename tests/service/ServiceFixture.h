@@ -56,15 +56,16 @@ protected:
     ServiceFixture() { makeService(); }
     ~ServiceFixture() override { stopSpeech(); }
 
-    /// A service as after a start, on the profile that the last one left.
-    void makeService(const Admission& admission = {}, const QueueLimits& limits = {}) {
+    /// A service of the usual user's as after a start, on the profile that the last one left.
+    void makeService(std::vector<PolicyRule> rules = {}, const QueueLimits& limits = {}) {
         stopSpeech();
         service = nullptr;
         profile = nullptr;
         queue = std::make_shared<SpeechQueue>(limits);
         profile = std::make_shared<ProfileStore>(profilePath());
+        const auto policy = std::make_shared<const Policy>(kUser, std::move(rules));
         service =
-            new VoxtrelService({queue, profile, admission, [this] { return caller; },
+            new VoxtrelService({queue, profile, policy, [this] { return caller; },
                                 [this](LogLevel level, const std::string& line) {
                                     (level == LogLevel::Debug ? details : log).push_back(line);
                                 }});

@@ -40,21 +40,20 @@ TEST(TheCommandLine, HasDefaultsForADevice) {
     EXPECT_FALSE(parsed.options.realTime);
     EXPECT_TRUE(parsed.options.background.empty());
     EXPECT_EQ(2048U, parsed.options.limits.utterancesPerClient);
-    EXPECT_TRUE(parsed.options.admission.permits(0));
+    EXPECT_FALSE(parsed.options.policy.has_value());
 }
 
 TEST(TheCommandLine, IsTakenAtItsWord) {
     const Options options =
         parse({"--profile", "/tmp/p.ini", "--sink=wav:/tmp/x.wav", "--real-time", "--queue", "5",
-               "--deny-uid", "1", "--deny-uid", "2", "--allow-uid", "3", "--background", "b.wav"})
+               "--policy", "who", "--background", "b.wav"})
             .options;
     EXPECT_EQ("/tmp/p.ini", options.profile);
     EXPECT_EQ("wav:/tmp/x.wav", options.sink);
     EXPECT_TRUE(options.realTime);
     EXPECT_EQ("b.wav", options.background);
     EXPECT_EQ(5U, options.limits.utterancesPerClient);
-    EXPECT_EQ((std::set<uint32_t>{1, 2}), options.admission.denied);
-    EXPECT_EQ((std::set<uint32_t>{3}), options.admission.allowed);
+    EXPECT_EQ("who", options.policy);
 }
 
 TEST(TheCommandLine, SaysHowLongTheServiceLivesAndWhatItLogs) {
@@ -84,8 +83,7 @@ TEST(TheCommandLine, ExplainsItselfAndLeavesWithZero) {
 TEST(TheCommandLine, WithAMistakeLeavesWithAnErrorAndSaysWhich) {
     for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--queue", "0"},
                                                   {"--queue", "many"},
-                                                  {"--deny-uid", "root"},
-                                                  {"--deny-uid", "-1"},
+                                                  {"--policy"},
                                                   {"--exit-when-idle", "0"},
                                                   {"--exit-when-idle", "soon"},
                                                   {"--log-level", "loud"},

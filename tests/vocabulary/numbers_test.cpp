@@ -40,6 +40,13 @@ TEST(AStateEvent, NumbersWhatIsNoKeyOfASetting) {
     EXPECT_EQ(15U, TTS::STATE_LOCK);
     EXPECT_EQ(16U, TTS::STATE_READY);
     EXPECT_EQ(17U, TTS::STATE_RESET);
+    EXPECT_EQ(18U, TTS::STATE_REFUSED);
+}
+
+TEST(ARefusedRequest, IsNumberedByItsTransaction) {
+    EXPECT_EQ(3U, TTS::REQUEST_STOP);
+    EXPECT_EQ(25U, TTS::REQUEST_LOCK);
+    EXPECT_EQ(26U, TTS::REQUEST_UNLOCK);
 }
 
 TEST(ASettingEvent, NumbersTheSettersOfTheClient) {

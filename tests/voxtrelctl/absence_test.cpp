@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a person is told when something that speech needs is missing.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <csignal>
 
@@ -45,20 +44,6 @@ TEST(AServiceThatComesLate, IsFoundByACommandThatWaits) {
     const Outcome outcome = waiting->wait();
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("finished 1\n"), std::string::npos);
-}
-
-TEST(ARefusedUser, IsToldMinusTen) {
-    Device device;
-    device.startService({"--sink", "none", "--deny-uid", std::to_string(getuid())});
-    const Outcome outcome = device.ctl({"say", "x"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err,
-              "voxtrelctl: -10 permission denied: the service does "
-              "not admit this user; ask whoever "
-              "started voxtreld to admit your uid\n");
-    const Outcome doctor = device.ctl({"doctor"});
-    EXPECT_EQ(doctor.status, 1);
-    EXPECT_NE(doctor.out.find("!!  permission"), std::string::npos) << doctor.out;
 }
 
 TEST(TheDoctor, FindsTheServiceManagerAbsent) {

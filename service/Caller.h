@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_CALLER_H
+#define VOXTREL_SERVICE_CALLER_H
+
+#include <cstdint>
+
+namespace voxtreld {
+
+/// Who sent a request, in the kernel's own words.
+struct Caller {
+    uint32_t pid;
+    uint32_t uid;
+};
+
+}  // namespace voxtreld
+
+#endif

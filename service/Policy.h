@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SERVICE_POLICY_H
+#define VOXTREL_SERVICE_POLICY_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "service/Locking.h"
+#include "service/Permission.h"
+
+namespace voxtreld {
+
+/// One line of a policy: these may do that.
+struct PolicyRule {
+    enum class Subject { User, Group, Any };
+
+    Subject subject;
+    uint32_t id;  ///< of the user or group
+    Permissions granted;
+};
+
+/// Who may do what. What several rules grant a user adds up; who is granted anything may connect.
+/// The service's own user may do everything, and without a rule nobody else anything.
+///
+/// What a user may do is looked up once and remembered: a change of groups counts after a restart.
+///
+/// Called on: any thread. Locks: its own, not while it asks for groups.
+class Policy {
+public:
+    /// The groups of a user; empty optional where they cannot be had just now.
+    using Groups = std::optional<std::vector<uint32_t>>;
+    using GroupSource = std::function<Groups(uint32_t uid)>;
+
+    /// Of so many users it is remembered what they may do.
+    static constexpr size_t kRemembered = 1024;
+
+    explicit Policy(uint32_t ownUser, std::vector<PolicyRule> rules = {},
+                    GroupSource groupsOf = &groupsOfUser);
+
+    bool permits(uint32_t uid, Permission permission) const;
+
+    /// The groups that the system's database has for the user, its primary one included. A user
+    /// that the database does not know has none.
+    static Groups groupsOfUser(uint32_t uid);
+
+private:
+    Permissions permissionsOf(uint32_t uid) const;
+    bool needsGroups() const;
+
+    const uint32_t mOwnUser;
+    const std::vector<PolicyRule> mRules;
+    const GroupSource mGroupsOf;
+    mutable Mutex mMutex;
+    mutable std::unordered_map<uint32_t, Permissions> mKnown VOXTRELD_GUARDED_BY(mMutex);
+};
+
+}  // namespace voxtreld
+
+#endif
