@@ -35,6 +35,10 @@ public:
         mApp.add_flag("--spawn", mOptions.spawn,
                       "Before COMMAND: start service manager and service first where they are not "
                       "running");
+        mApp.add_option("--trust-owner", mOptions.trustedOwner,
+                        "Before COMMAND: talk to a service of this user's as well; without it to "
+                        "your own and root's only")
+            ->type_name("USER");
 #endif
         addSpeaking();
         addLooking();
@@ -104,6 +108,9 @@ private:
                 Command::Lock, kSpeak);
         lock->add_option("COMMAND", mOptions.words, "After --: the command and its arguments")
             ->required();
+
+        add(mApp, "break-lock", "Free the service from a lock that another client holds",
+            Command::BreakLock, kSpeak);
     }
 
     void addLooking() {

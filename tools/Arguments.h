@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ enum class Command {
     Silence,
     Stop,
     Lock,
+    BreakLock,
     Status,
     Languages,
     Voices,
@@ -45,7 +47,8 @@ struct Options {
     Command command = Command::Help;
     bool json = false;
     bool verbose = false;
-    bool spawn = false;  ///< start the service first where there is none
+    bool spawn = false;                       ///< start the service first where there is none
+    std::optional<std::string> trustedOwner;  ///< whose service is good, too
     bool wait = false;
     std::vector<std::string> words;  ///< text of `say`, COMMAND of `lock`, names of `get`...
     std::string file;                ///< text file of `say`, "-" for standard input

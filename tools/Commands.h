@@ -19,6 +19,9 @@ int runStop(const Options& options, Terminal& terminal);
 /// number when a signal ended it, 126 or 127 when it could not be started.
 int runLock(const Options& options, Terminal& terminal);
 
+/// Frees the service lock, whoever holds it.
+int runBreakLock(const Options& options, Terminal& terminal);
+
 int runStatus(const Options& options, Terminal& terminal);
 int runLanguages(const Options& options, Terminal& terminal);
 int runVoices(const Options& options, Terminal& terminal);

@@ -23,13 +23,15 @@ constexpr Step kSteps[] = {
      "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"},
     {Reach::NoService, TTS::STATUS_SERVICE_NOT_FOUND, "service", "registered", "absent",
      "start it with: voxtreld"},
+    {Reach::NotTrusted, TTS::STATUS_PERMISSION_DENIED, "owner", "", "not trusted: ",
+     "whoever that is could read what is said; if you trust that user, name it with --trust-owner"},
     {Reach::NoAnswer, TTS::STATUS_NO_SERVICE, "answer", "the service answers",
      "the service does not answer", "it hangs or is stopped; end it and start voxtreld again"},
     {Reach::NotReady, TTS::STATUS_NO_SERVICE, "voices", "loaded", "the service is not ready",
      "wait a moment; if it stays so, see what voxtreld prints about its engine"},
     {Reach::NotPermitted, TTS::STATUS_PERMISSION_DENIED, "permission", "this user is admitted",
      "this user is not admitted",
-     "start voxtreld with --allow-uid, or without --deny-uid, for this uid"},
+     "ask whoever runs the service; of voxtreld see voxtreld-policy(5)"},
 };
 
 Finding good(const char* subject, const std::string& seen) {
@@ -53,10 +55,8 @@ Finding lock(const Symptoms& symptoms) {
             return {"lock", Verdict::Bad, seen, meaningOf(TTS::STATUS_LOCKED).remedy,
                     TTS::STATUS_LOCKED};
         default:
-            return {
-                "lock", Verdict::Perhaps, seen,
-                "the service takes a switch that there is not; who holds the lock is in its log",
-                0};
+            return {"lock", Verdict::Perhaps, seen,
+                    "the service does not tell it, or not to this user; its log may", 0};
     }
 }
 
@@ -140,11 +140,16 @@ void append(std::vector<Finding>& findings, const std::vector<Finding>& more) {
 std::vector<Finding> diagnose(const Symptoms& symptoms) {
     std::vector<Finding> findings;
     for (const Step& step : kSteps) {
+        const bool concernsOwner = step.stopsAt == Reach::NotTrusted;
+        const std::string owner = concernsOwner ? symptoms.owner : "";
         if (symptoms.reach == step.stopsAt) {
-            findings.push_back({step.subject, Verdict::Bad, step.bad, step.remedy, step.code});
+            findings.push_back(
+                {step.subject, Verdict::Bad, step.bad + owner, step.remedy, step.code});
             break;
         }
-        findings.push_back(good(step.subject, step.good));
+        if (!concernsOwner || !owner.empty()) {
+            findings.push_back(good(step.subject, step.good + owner));
+        }
     }
     if (symptoms.reach == Reach::Connected) {
         append(findings, {speech(symptoms), lock(symptoms), events(symptoms)});

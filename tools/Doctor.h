@@ -12,6 +12,7 @@ namespace voxtrelctl {
 enum class Reach {
     NoServiceManager,
     NoService,
+    NotTrusted,    ///< registered, but of a user that it is not to be asked of
     NoAnswer,      ///< registered, but its process does not answer
     NotReady,      ///< it answers, but is still loading
     NotPermitted,  ///< it answers, but not to this user
@@ -21,6 +22,7 @@ enum class Reach {
 /// What was seen.
 struct Symptoms {
     Reach reach = Reach::NoServiceManager;
+    std::string owner;  ///< of the service, as in "user anna (1001)"; empty: not known
     bool hasSoundCard = false;
     bool enabled = false;
     bool sendsEvents = false;

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -12,6 +13,7 @@
 #include "tools/Errors.h"
 #include "tools/Json.h"
 #include "tools/Lock.h"
+#include "tools/Owner.h"
 #include "tools/Platform.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
@@ -52,19 +54,24 @@ Reach askInTime(const android::sp<android::IBinder>& binder) {
     return answered ? static_cast<Reach>(notice.status) : Reach::NoAnswer;
 }
 
-Reach findReach() {
+Reach findReach(std::string& ownerName) {
     if (!isServiceManagerThere()) {
         return Reach::NoServiceManager;
     }
     const auto binder = findService();
-    return binder == nullptr ? Reach::NoService : askInTime(binder);
+    if (binder == nullptr) {
+        return Reach::NoService;
+    }
+    const std::optional<Owner> owner = ownerOf(binder);
+    ownerName = owner.has_value() ? owner->name : "";
+    return owner.has_value() && !owner->isTrusted ? Reach::NotTrusted : askInTime(binder);
 }
 
 Symptoms examine(Terminal& terminal) {
     Symptoms symptoms;
     symptoms.hasSoundCard = hasSoundCard();
     startBinderThreads();
-    symptoms.reach = findReach();
+    symptoms.reach = findReach(symptoms.owner);
     if (symptoms.reach == Reach::Connected) {
         Session session(terminal);
         symptoms.enabled = session.client()->enabled();

@@ -25,7 +25,8 @@ constexpr StatusMeaning kMeanings[] = {
     {TTS::STATUS_NOT_SUPPORTED, "not supported, switched off, or refused by the language filter",
      "voxtrelctl doctor lists what is switched off or filtered"},
     {TTS::STATUS_PERMISSION_DENIED, "permission denied",
-     "the service does not admit this user; ask whoever started voxtreld to admit your uid"},
+     "the service does not let this user do that; ask whoever runs it (of voxtreld see "
+     "voxtreld-policy(5))"},
     {TTS::STATUS_NO_LANGUAGE, "the client has no language of its own", "name one with --lang"},
     {TTS::STATUS_QUEUE_FULL, "the service's queue is full",
      "say it again when some of it has been spoken"},

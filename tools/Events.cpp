@@ -22,7 +22,7 @@ struct StateNames {
 constexpr StateNames kStates[] = {
     {"speech", TTS::STATE_ENABLED, true}, {"verbosity", TTS::STATE_VERBOSITY, false},
     {"lock", TTS::STATE_LOCK, false},     {"ready", TTS::STATE_READY, true},
-    {"reset", TTS::STATE_RESET, false},
+    {"reset", TTS::STATE_RESET, false},   {"refused", TTS::STATE_REFUSED, false},
 };
 
 const StateNames* ownState(uint32_t second) {
@@ -46,6 +46,9 @@ std::string describeState(const Event& event) {
     }
     if (event.second == TTS::STATE_RESET) {
         return "reset: every setting went back to its default";
+    }
+    if (event.second == TTS::STATE_REFUSED) {
+        return "refused: " + describeRefusal(event);
     }
     return stateName(event.second) + ": " + stateValue(event.second, event.third);
 }
@@ -77,6 +80,24 @@ bool isOfUtterance(const Event& event) {
 
 int statusOf(const Event& event) {
     return static_cast<int32_t>(event.third);
+}
+
+bool isRefusal(const Event& event) {
+    return kindOf(event) == EventKind::State && event.second == TTS::STATE_REFUSED;
+}
+
+std::string describeRefusal(const Event& event) {
+    const std::string user = "this user may not ";
+    switch (event.third) {
+        case TTS::REQUEST_STOP:
+            return user + "stop what others say";
+        case TTS::REQUEST_LOCK:
+            return user + "take the lock";
+        case TTS::REQUEST_UNLOCK:
+            return user + "free the lock";
+        default:
+            return user + "do that (request " + std::to_string(event.third) + ")";
+    }
 }
 
 const char* kindName(EventKind kind) {

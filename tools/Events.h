@@ -52,6 +52,12 @@ std::string stateValue(uint32_t second, uint32_t third);
 /// The event in one line for a person, without a line end.
 std::string describe(const Event& event);
 
+/// True for the news that this client's user may not do what it asked for.
+bool isRefusal(const Event& event);
+
+/// "this user may not take the lock", for the request that such an event is about.
+std::string describeRefusal(const Event& event);
+
 }  // namespace voxtrelctl
 
 #endif

@@ -73,6 +73,19 @@ int await(pid_t child) {
 
 }  // namespace
 
+int runBreakLock(const Options& /*options*/, Terminal& terminal) {
+    Session session(terminal);
+    const uint32_t holder = askForLock(session, "who holds the lock");
+    if (holder == session.client()->mPid) {
+        (void)session.client()->unlock();
+        terminal.line("nobody held the lock");
+        return 0;
+    }
+    breakLock(session, holder);
+    terminal.line("the lock of process " + std::to_string(holder) + " is broken");
+    return 0;
+}
+
 int runLock(const Options& options, Terminal& terminal) {
     Session session(terminal);
     const LockHold hold(session);

@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "tools/Errors.h"
+#include "tools/Owner.h"
 #include "tools/Platform.h"
 
 namespace voxtrelctl {
@@ -59,7 +59,7 @@ void Session::connect(Terminal& terminal) {
     // The search sleeps inside the library, so it gets a thread of its own and this one stays free
     // to show progress and to hear Ctrl-C.
     std::thread search([this] {
-        EventQueue::instance().post({Notice::Source::Connected, {}, mClient->connect()});
+        EventQueue::instance().post({Notice::Source::Connected, {}, connectToTrusted()});
     });
     const auto begin = Clock::now();
     Notice notice = awaitConnected(begin + kPatience);
@@ -74,6 +74,9 @@ void Session::connect(Terminal& terminal) {
         std::_Exit(EXIT_FAILURE);
     }
     search.join();
+    if (mDoubt.has_value()) {
+        throw Failure(*mDoubt);
+    }
     // One that never became ready has not said whom it admits.
     if (notice.status == TTS::STATUS_PERMISSION_DENIED && !capabilities().ready) {
         throw Failure(TTS::STATUS_NO_SERVICE, "it is registered, but did not become ready in 60 s",
@@ -82,6 +85,24 @@ void Session::connect(Terminal& terminal) {
     if (notice.status != 0) {
         throw Failure(notice.status);
     }
+}
+
+// The library looks the name up itself, so it is looked at before, lest a stranger makes us wait,
+// and after: what counts is whose the reference is that will be used. Nothing but `getService` ever
+// takes another one.
+int Session::connectToTrusted() {
+    const android::sp<android::IBinder> registered = findService();
+    mDoubt = registered != nullptr ? doubtAbout(registered) : std::nullopt;
+    if (mDoubt.has_value()) {
+        return mDoubt->code();
+    }
+    const int status = mClient->connect();
+    if (status == TTS::STATUS_OK) {
+        mInterface = mClient->getService();
+        mService = android::IInterface::asBinder(mInterface);
+        mDoubt = mService != nullptr ? doubtAbout(mService) : std::nullopt;
+    }
+    return status;
 }
 
 ClientUse Session::client() {
@@ -108,8 +129,6 @@ void Session::confirm() {
 
 void Session::watchService() {
     mObituary = new Obituary;
-    mInterface = mClient->getService();
-    mService = android::IInterface::asBinder(mInterface);
     if (mService == nullptr || mService->linkToDeath(mObituary, nullptr, 0) != android::OK) {
         throw Failure(TTS::STATUS_NO_SERVICE);
     }

@@ -8,6 +8,7 @@
 #include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
+#include "tools/Errors.h"
 #include "tools/EventQueue.h"
 #include "tools/Terminal.h"
 
@@ -22,7 +23,8 @@ class Session {
 public:
     /// Connects. The client library searches up to 15 s for the service and waits up to 60 s for it
     /// to be ready; what is waited for is shown on `terminal` once it takes noticeably long.
-    /// Throws Failure with -8 (not found), -5 (never ready) or -10 (not admitted); Ctrl-C meanwhile
+    /// Throws Failure with -8 (not found), -5 (never ready) or -10 (not admitted, or a service
+    /// whose owner is not trusted: that one is sent nothing that anybody says); Ctrl-C meanwhile
     /// ends the process with status 1, because the search cannot be called off.
     explicit Session(Terminal& terminal);
 
@@ -45,6 +47,7 @@ private:
     friend class ClientUse;
 
     void connect(Terminal& terminal);
+    int connectToTrusted();
     void watchService();
 
     std::unique_ptr<TTS::TTSClientPrivate> mClient;
@@ -53,6 +56,7 @@ private:
     android::sp<android::IBinder::DeathRecipient> mObituary;
     std::optional<TTS::MutexLock> mHold;  ///< while there are uses
     size_t mUses = 0;
+    std::optional<Failure> mDoubt;  ///< of the search, once that has ended
 };
 
 /// The client with `Clientmutex` held; uses may nest. The library reads the shared connection

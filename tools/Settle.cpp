@@ -14,7 +14,8 @@ constexpr auto kPatience = std::chrono::seconds(10);
 
 bool matters(const Notice& notice) {
     return notice.source == Notice::Source::ServiceDied ||
-           (notice.source == Notice::Source::Service && isTerminal(notice.event));
+           (notice.source == Notice::Source::Service &&
+            (isTerminal(notice.event) || isRefusal(notice.event)));
 }
 
 /// A terminal event, or the death of the service, or TimedOut.
@@ -38,6 +39,9 @@ void settle(Session& session, const std::string& unknown) {
         }
         if (notice.source == Notice::Source::TimedOut) {
             throw Unanswered(unknown);
+        }
+        if (isRefusal(notice.event)) {
+            throw Failure(TTS::STATUS_PERMISSION_DENIED, describeRefusal(notice.event));
         }
         const int status = kindOf(notice.event) == EventKind::Stopped ? statusOf(notice.event) : 0;
         if (isFence(notice.event) && (status == TTS::STATUS_BAD_PARAMETER || status == 0)) {

@@ -5,6 +5,7 @@
 
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
+#include "tools/Owner.h"
 #include "tools/Platform.h"
 #ifdef VOXTREL_CAN_SPAWN
 #include "tools/Spawn.h"
@@ -26,6 +27,7 @@ constexpr Entry kCommands[] = {
     {Command::Silence, &runSilence},
     {Command::Stop, &runStop},
     {Command::Lock, &runLock},
+    {Command::BreakLock, &runBreakLock},
     {Command::Status, &runStatus},
     {Command::Languages, &runLanguages},
     {Command::Voices, &runVoices},
@@ -48,6 +50,9 @@ int run(const Options& options) {
         return EXIT_SUCCESS;
     }
     quietLog(options.verbose);
+    if (options.trustedOwner.has_value()) {
+        trustOwner(*options.trustedOwner);
+    }
     Terminal terminal(options.verbose);
 #ifdef VOXTREL_CAN_SPAWN
     if (options.spawn) {

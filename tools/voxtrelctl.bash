@@ -3,7 +3,7 @@
 
 _voxtrelctl()
 {
-    local commands="say silence stop lock status languages voices get set enable disable profile
+    local commands="say silence stop lock break-lock status languages voices get set enable disable profile
                     monitor doctor"
     local settings="speed pitch voice volume bg-volume tts-volume language rate verbosity"
     local features="speech speed pitch voice volume bg-volume tts-volume"
@@ -12,6 +12,7 @@ _voxtrelctl()
     local command="" at
     for ((at = 1; at < COMP_CWORD; at++)); do
         case ${COMP_WORDS[at]} in
+            --trust-owner) at=$((at + 1)) ;;
             -*) ;;
             *) command=${COMP_WORDS[at]}; break ;;
         esac
@@ -19,7 +20,11 @@ _voxtrelctl()
 
     COMPREPLY=()
     if [[ -z $command ]]; then
-        COMPREPLY=($(compgen -W "$commands --spawn --help --version --verbose" -- "$current"))
+        if [[ $previous == --trust-owner ]]; then
+            COMPREPLY=($(compgen -u -- "$current"))
+        else
+            COMPREPLY=($(compgen -W "$commands --spawn --trust-owner --help --version --verbose" -- "$current"))
+        fi
         return
     fi
     case $previous in

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "binder/ServiceOwner.h"
 #include "tests/platform/ProbeTest.h"
 
 namespace {
@@ -100,6 +101,31 @@ const voxtrel_test::Role kOtherUser("other-user", [](const voxtrel_test::Argumen
     }
     return 0;
 });
+
+// Registers a name, and becomes another user.
+const voxtrel_test::Role kTurncoat("turncoat", [](const voxtrel_test::Arguments& arguments) {
+    const android::status_t status =
+        android::defaultServiceManager()->addService(String16("turned"), probe::makeNode());
+    const bool turned = setuid(static_cast<uid_t>(std::stoul(arguments[0]))) == 0;
+    voxtrel_test::tell(status == OK && turned ? "ready" : "failed");
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+TEST_F(TheNamesOfServices, AreOfTheUserWhoRegisteredThemWhateverBecameOfIt) {
+    const uid_t user = geteuid() == 0 ? 54321 : geteuid();
+    ChildProcess server = ChildProcess::asRole("turncoat", {std::to_string(user)});
+    ASSERT_EQ("ready", server.readLine());
+    android::OwnedService found;
+    ASSERT_EQ(OK, android::findOwnedService(String16("turned"), found));
+    EXPECT_EQ(getuid(), found.owner);
+    EXPECT_TRUE(found.service == probe::find("turned")) << "and the reference is the same";
+    server.killNow();
+    EXPECT_TRUE(eventually([&] {
+        return android::findOwnedService(String16("turned"), found) == OK &&
+               found.service == nullptr;
+    }));
+}
 
 TEST_F(TheNamesOfServices, AreTakenFromTheLivingByTheirOwnUserOnly) {
     // Only root can play another user; anybody else plays the same one, who may.

@@ -10,6 +10,7 @@ namespace {
 Symptoms healthy() {
     Symptoms symptoms;
     symptoms.reach = Reach::Connected;
+    symptoms.owner = "user anna (1001)";
     symptoms.hasSoundCard = true;
     symptoms.enabled = true;
     symptoms.sendsEvents = true;
@@ -57,6 +58,7 @@ TEST(AServiceOutOfReach, IsTheOnlyComplaint) {
     constexpr ReachCase kCases[] = {
         {Reach::NoServiceManager, "service manager", -8},
         {Reach::NoService, "service", -8},
+        {Reach::NotTrusted, "owner", -10},
         {Reach::NoAnswer, "answer", -5},
         {Reach::NotReady, "voices", -5},
         {Reach::NotPermitted, "permission", -10},
@@ -72,6 +74,16 @@ TEST(AServiceOutOfReach, IsTheOnlyComplaint) {
         EXPECT_EQ(finding.code, example.code);
         EXPECT_EQ(diagnose(symptoms).size(), ++known) << "what was reached before has its line";
     }
+}
+
+TEST(TheOwnerOfTheService, IsNamedWhereItIsKnown) {
+    Symptoms symptoms = healthy();
+    EXPECT_EQ(diagnose(symptoms)[2].seen, "user anna (1001)");
+    symptoms.reach = Reach::NotTrusted;
+    EXPECT_EQ(complaint(symptoms).seen, "not trusted: user anna (1001)");
+    symptoms = healthy();
+    symptoms.owner = "";
+    EXPECT_EQ(diagnose(symptoms).size(), diagnose(healthy()).size() - 1);
 }
 
 TEST(DisabledSpeech, IsACause) {

@@ -78,6 +78,10 @@ TEST(AStateEvent, IsDescribedByWhatChanged) {
         {15, 0, "lock: free"},
         {15, 4321, "lock: held by process 4321"},
         {16, 1, "ready: on"},
+        {18, 3, "refused: this user may not stop what others say"},
+        {18, 25, "refused: this user may not take the lock"},
+        {18, 26, "refused: this user may not free the lock"},
+        {18, 1, "refused: this user may not do that (request 1)"},
         {17, 0, "reset: every setting went back to its default"},
         {99, 5, "99: 5"},
     };

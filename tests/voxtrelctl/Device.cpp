@@ -39,12 +39,14 @@ bool hasSink(const Process::Words& options) {
 
 }  // namespace
 
-Device::Device() {
+Device::Device(const Words& managerOptions) {
     const std::string socket = path("binder");
     setenv("VOXTREL_BINDER_SOCKET", socket.c_str(), 1);
     unsetenv("VOXTREL_LOG_LEVEL");
     unsetenv("VOXTREL_LANGUAGE_WITH_VOICES");
-    mManager = std::make_unique<Process>(Words{VOXTREL_SERVICEMANAGER_PROGRAM});
+    Words words = {VOXTREL_SERVICEMANAGER_PROGRAM};
+    words.insert(words.end(), managerOptions.begin(), managerOptions.end());
+    mManager = std::make_unique<Process>(words);
     if (!eventually([&] { return listens(socket); })) {
         throw std::runtime_error("the service manager does not listen");
     }

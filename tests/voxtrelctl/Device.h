@@ -16,8 +16,8 @@ class Device {
 public:
     using Words = Process::Words;
 
-    /// With a service manager and no service.
-    Device();
+    /// With a service manager, which is given these options, and no service.
+    explicit Device(const Words& managerOptions = {});
     ~Device();
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;

@@ -108,6 +108,7 @@ Table withTheExample(const std::string& profile) {
          "-3 bad parameter: see voxtrelctl --help for the values a command takes"},
         {{"stop"}, 0, "", ""},
         {{"lock", "--", "echo", "mine"}, 0, "mine\n", ""},
+        {{"break-lock"}, 0, "nobody held the lock\n", ""},
         {{"status"},
          0,
          "service  ready\nspeech   enabled\nlock     free\nvoices   1\n" + heading +
@@ -228,6 +229,7 @@ Table withTheMuteService(const std::string& profile) {
          1,
          "",
          unanswered("whether it has given the lock, and the command was not run")},
+        {{"break-lock"}, 1, "", unanswered("who holds the lock")},
         {{"status"},
          0,
          std::string("service  ready\nspeech   enabled\nlock     not told\nvoices   0\n"
