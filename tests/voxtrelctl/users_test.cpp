@@ -193,8 +193,8 @@ TEST_F(SeveralUsers, LeaveTheLockOfAnotherWhereTheyMayNotBreakIt) {
     const Outcome outcome = ctlAs(other, {"break-lock"});
     if (canBeOthers()) {
         EXPECT_EQ(1, outcome.status);
-        EXPECT_NE(std::string::npos, outcome.err.find("this user may not free the lock"))
-            << outcome.err;
+        // A driver's runtime does not let the service tell which request was refused.
+        EXPECT_EQ(0U, outcome.err.find("voxtrelctl: -10 permission denied: ")) << outcome.err;
     } else {
         EXPECT_EQ("the lock of process " + std::to_string(holder->pid()) + " is broken\n",
                   outcome.out);
