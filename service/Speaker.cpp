@@ -101,6 +101,7 @@ bool Speaker::samples(const int16_t* samples, size_t count) {
     const int16_t* mixed = mMixer.mix(samples, count, mCurrent->gain, mCurrent->backgroundGain);
     mSinkFailed = !mSink.write(mixed, count, mQueue.cancelled());
     tellStarted();  // after the sink has its samples, so that telling does not delay the sound
+    reportDropped(mQueue.takeDropped());
     return !mSinkFailed;
 }
 

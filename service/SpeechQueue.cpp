@@ -16,8 +16,9 @@ Status SpeechQueue::roomFor(const Utterance& utterance) const {
         return STATUS_SHUTDOWN;
     }
     const auto found = mShares.find(utterance.pid);
-    const size_t ownUtterances = found == mShares.end() ? 0 : found->second.waiting.size();
-    const size_t ownBytes = found == mShares.end() ? 0 : found->second.textBytes;
+    const bool isNew = found == mShares.end();
+    const size_t ownUtterances = isNew ? 0 : found->second.waiting.size() + found->second.dropped;
+    const size_t ownBytes = isNew ? 0 : found->second.textBytes;
     const bool fits =
         mWaiting + mDropped.size() < mLimits.clients * mLimits.utterancesPerClient &&
         ownUtterances < mLimits.utterancesPerClient &&
@@ -50,10 +51,15 @@ Status SpeechQueue::pushDropped(const Utterance& utterance, int32_t reason) {
         if (status != STATUS_OK) {
             return status;
         }
-        mDropped.push_back({utterance.pid, utterance.id, reason});
+        addDropped(mShares[utterance.pid], utterance, reason);
     }
     mChanged.notify_one();
     return STATUS_OK;
+}
+
+void SpeechQueue::addDropped(Share& share, const Utterance& utterance, int32_t status) {
+    mDropped.push_back({utterance.pid, utterance.id, status});
+    ++share.dropped;
 }
 
 /// Turns up to this one are forgotten.
@@ -92,7 +98,9 @@ Utterance SpeechQueue::takeNext() {
 
 void SpeechQueue::forgetIdleShares() {
     for (auto each = mShares.begin(); each != mShares.end();) {
-        const bool isIdle = each->second.waiting.empty() && each->second.lastTurn <= oldestTurn();
+        const Share& share = each->second;
+        const bool isIdle =
+            share.waiting.empty() && share.dropped == 0 && share.lastTurn <= oldestTurn();
         each = isIdle ? mShares.erase(each) : std::next(each);
     }
 }
@@ -100,7 +108,7 @@ void SpeechQueue::forgetIdleShares() {
 void SpeechQueue::dropShare(Share& share, int32_t status, bool report) {
     for (const Waiting& each : share.waiting) {
         if (report) {
-            mDropped.push_back({each.utterance.pid, each.utterance.id, status});
+            addDropped(share, each.utterance, status);
         }
     }
     mWaiting -= share.waiting.size();
@@ -146,6 +154,10 @@ bool SpeechQueue::wait(Work& work) {
         lock.wait(mChanged);
     }
     work.dropped = std::exchange(mDropped, {});
+    for (auto& [pid, share] : mShares) {
+        share.dropped = 0;
+    }
+    forgetIdleShares();
     work.next.reset();
     if (mWaiting > 0) {
         work.next = takeNext();
@@ -153,6 +165,20 @@ bool SpeechQueue::wait(Work& work) {
         mCancelled.clear();
     }
     return work.next.has_value() || !work.dropped.empty();
+}
+
+std::vector<SpeechQueue::Dropped> SpeechQueue::takeDropped() {
+    const MutexLock lock(mMutex);
+    const auto isOthers = [sounding = mSoundingPid](const Dropped& each) {
+        return each.pid != sounding;
+    };
+    const auto kept = std::stable_partition(mDropped.begin(), mDropped.end(), isOthers);
+    const std::vector<Dropped> taken(mDropped.begin(), kept);
+    mDropped.erase(mDropped.begin(), kept);
+    for (const Dropped& each : taken) {
+        --mShares[each.pid].dropped;
+    }
+    return taken;
 }
 
 std::optional<int32_t> SpeechQueue::finish() {

@@ -32,10 +32,12 @@ struct QueueLimits {
 /// the one whose utterance was accepted first is next. So who has had nothing to say for a while is
 /// heard after what sounds now, and nobody is passed over for more turns than that.
 ///
-/// Every utterance that `push` accepted comes out of `wait` once: as the next to speak, or as
-/// dropped. The speech thread reports both, so nothing is reported twice or not at all.
+/// Every utterance that `push` accepted comes out once: of `wait` as the next to speak, or of
+/// `wait` or `takeDropped` as dropped. The speech thread reports both, so nothing is reported twice
+/// or not at all. Until then a dropped one fills its client's share like one that waits.
 ///
-/// Called on: any thread; `wait` and `finish` on the speech thread only. Locks: its own.
+/// Called on: any thread; `wait`, `takeDropped` and `finish` on the speech thread only. Locks: its
+/// own.
 class SpeechQueue {
 public:
     /// More than there are clients with much to say.
@@ -76,6 +78,10 @@ public:
     /// @return false once the queue is closed and nothing is left.
     bool wait(Work& work);
 
+    /// What was dropped since, to be reported while an utterance sounds: that of its own client is
+    /// left to the next `wait`, since the end of what sounds is told before.
+    std::vector<Dropped> takeDropped();
+
     /// Ends the utterance that sounds. @return the reason if it was cancelled.
     std::optional<int32_t> finish();
 
@@ -99,6 +105,7 @@ private:
     struct Share {
         std::deque<Waiting> waiting;
         size_t textBytes = 0;   ///< of what waits
+        size_t dropped = 0;     ///< utterances that are yet to be reported
         uint64_t lastTurn = 0;  ///< the number of the turn in which it was heard last
     };
     using Shares = std::map<uint32_t, Share>;  ///< by process id
@@ -108,6 +115,8 @@ private:
     Share& nextShare() VOXTRELD_REQUIRES(mMutex);
     Utterance takeNext() VOXTRELD_REQUIRES(mMutex);
     void forgetIdleShares() VOXTRELD_REQUIRES(mMutex);
+    void addDropped(Share& share, const Utterance& utterance, int32_t status)
+        VOXTRELD_REQUIRES(mMutex);
     void dropShare(Share& share, int32_t status, bool report) VOXTRELD_REQUIRES(mMutex);
     void dropLocked(std::optional<uint32_t> pid, int32_t status, bool report)
         VOXTRELD_REQUIRES(mMutex);

@@ -217,6 +217,27 @@ TEST_F(ARunningService, HearsAnotherClientAfterTheUtteranceThatSounds) {
               }));
 }
 
+TEST_F(ARunningService, TellsAndServesOthersWhileOneSoundsAndAnotherDropsAgainAndAgain) {
+    const Process service = startService({"--sink", "none", "--real-time", "--queue", "16"});
+    const Process ann = startClient();
+    const Process bob = startClient();
+    const Process carol = startClient();
+    ann->tell("long 1 100000");  // outlasts the test on the slowest machine
+    ann->readUntil(eventLine(EVENT_STARTED, 1, 0));
+    for (int round = 0; round < 8; ++round) {  // so much may wait of all clients together
+        bob->tell("flood " + std::to_string(100 + 16 * round) + " 16 Never mind.");
+        bob->tell("stop 1");
+    }
+    for (const EventLine& each : eventsUntilEnded(*bob, 128)) {
+        EXPECT_NE(EVENT_FINISHED, each.event);
+    }
+    carol->tell("say 1 I have said nothing yet.");
+    carol->tell("fence 2");
+    const Lines told = carol->readUntil(eventLine(EVENT_STOPPED, 2, STATUS_BAD_PARAMETER));
+    EXPECT_EQ(0,
+              std::count(told.begin(), told.end(), eventLine(EVENT_STOPPED, 1, STATUS_QUEUE_FULL)));
+}
+
 /// Samples in a file that the service wrote.
 size_t lengthOf(const std::string& path) {
     SF_INFO info = {};

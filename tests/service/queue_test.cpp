@@ -233,14 +233,57 @@ TEST(WhatIsPushedAsDropped, ComesOutInItsOrderAndIsNeverNext) {
     EXPECT_EQ(-1, work.dropped[1].status);
 }
 
-TEST(WhatIsPushedAsDropped, IsBoundedUntilItIsReported) {
-    SpeechQueue queue(limitsOf(2, 1));
+TEST(WhatIsPushedAsDropped, FillsItsClientsShareUntilItIsReported) {
+    SpeechQueue queue(limitsOf(2));
     SpeechQueue::Work work;
     EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 1), -1));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(1, 2)));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.pushDropped(utteranceOf(1, 3), -1));
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(1, 3)));
     EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(2, 1)));
-    EXPECT_EQ(STATUS_QUEUE_FULL, queue.pushDropped(utteranceOf(1, 2), -1));
     ASSERT_TRUE(queue.wait(work));
-    EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 2), -1));
+    EXPECT_EQ(STATUS_OK, queue.pushDropped(utteranceOf(1, 3), -1));
+}
+
+TEST(WhatIsDropped, FillsItsClientsShareUntilItIsReported) {
+    SpeechQueue queue(limitsOf(2));
+    SpeechQueue::Work work;
+    pushAll(queue, {{1, 1}, {1, 2}});
+    queue.drop(1, 0);
+    EXPECT_EQ(STATUS_QUEUE_FULL, queue.push(utteranceOf(1, 3)));
+    ASSERT_TRUE(queue.wait(work));
+    pushAll(queue, {{1, 3}, {1, 4}});
+}
+
+TEST(WhatIsDroppedWhileAnotherSounds, ComesOutMeanwhileAndGivesBackItsRoom) {
+    SpeechQueue queue(limitsOf(2));
+    SpeechQueue::Work work;
+    pushAll(queue, {{1, 10}, {1, 11}, {2, 20}, {2, 21}});
+    ASSERT_TRUE(queue.wait(work));
+    ASSERT_EQ(1U, work.next->pid);
+    EXPECT_TRUE(queue.takeDropped().empty());
+    queue.drop(std::nullopt, -1);
+    const auto dropped = queue.takeDropped();
+    ASSERT_EQ(2U, dropped.size());
+    EXPECT_EQ(20U, dropped[0].id);
+    EXPECT_EQ(21U, dropped[1].id);
+    EXPECT_EQ(-1, dropped[1].status);
+    pushAll(queue, {{2, 22}, {2, 23}});
+    EXPECT_EQ(-1, queue.finish());
+    ASSERT_TRUE(queue.wait(work));
+    ASSERT_EQ(1U, work.dropped.size()) << "those of the client that sounds come after its end";
+    EXPECT_EQ(11U, work.dropped[0].id);
+}
+
+TEST(AClientThatDropsWhatItSaysAgainAndAgain, LeavesTheOthersTheirShares) {
+    SpeechQueue queue(limitsOf(2, 2));
+    for (uint32_t round = 0; round < 8; ++round) {
+        (void)queue.push(utteranceOf(1, 2 * round));  // refused when its share is full
+        (void)queue.push(utteranceOf(1, 2 * round + 1));
+        queue.drop(1, 0);
+    }
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(2, 1)));
+    EXPECT_EQ(STATUS_OK, queue.push(utteranceOf(2, 2)));
 }
 
 TEST(AClosedQueue, CancelsWhatSoundsWithAStatusOfItsOwn) {

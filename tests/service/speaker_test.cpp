@@ -108,9 +108,9 @@ TEST_F(ASpeaker, CutsWhatSoundsWhenItIsDropped) {
     EXPECT_EQ("end cancelled", sink.calls().back());
 }
 
-TEST_F(ASpeaker, StartsAndStopsWhatIsDroppedBeforeItBegan) {
+TEST_F(ASpeaker, TellsWhatAnotherClientDroppedWhileOneSounds) {
     engine.hold();
-    say(1, 1, "sounds");
+    say(1, 1, "sounds on");
     say(2, 2, "waits");
     start();
     ASSERT_TRUE(engine.waitUntilHeld());
@@ -118,9 +118,10 @@ TEST_F(ASpeaker, StartsAndStopsWhatIsDroppedBeforeItBegan) {
     engine.release();
     expectTold({{1, EVENT_STARTED, 1, 0},
                 {1, EVENT_WORD, 1, 0},
-                {1, EVENT_FINISHED, 1, 0},
                 {2, EVENT_STARTED, 2, 0},
-                {2, EVENT_STOPPED, 2, static_cast<uint32_t>(STATUS_DISABLED)}});
+                {2, EVENT_STOPPED, 2, static_cast<uint32_t>(STATUS_DISABLED)},
+                {1, EVENT_WORD, 1, 7},
+                {1, EVENT_FINISHED, 1, 0}});
     EXPECT_EQ((std::vector<std::string>{"begin 1 1", "end"}), sink.calls());
 }
 
