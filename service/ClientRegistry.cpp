@@ -53,30 +53,39 @@ void ClientRegistry::unlink(const Client& client) {
         ->unlinkToDeath(client.obituary, nullptr, 0, nullptr);
 }
 
-std::shared_ptr<EventOutbox> ClientRegistry::makeOutbox(
-    const android::sp<TTS::ICallback>& callback) const {
+/// An outbox for the client's callback, or the one that it has, redirected to it.
+bool ClientRegistry::startOutbox(Client& client) const {
     const auto release = [senders = mSenders](const void*) { --*senders; };
     const bool isRoom = mSenders->fetch_add(1) < kMaxSenders;
     const std::shared_ptr<const void> sender(mSenders.get(), release);
     if (!isRoom) {
-        return nullptr;
+        return false;
     }
     try {
-        return std::make_shared<EventOutbox>(callback, sender);
+        if (client.outbox == nullptr) {
+            client.outbox = std::make_shared<EventOutbox>(client.callback, sender);
+        } else {
+            client.outbox->redirect(client.callback, sender);
+        }
+        return true;
     } catch (const std::system_error&) {
-        return nullptr;  // the system gives us no more threads
+        return false;  // the system gives us no more threads
     }
 }
 
 int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
-    const Client client = {uid, callback, new Obituary(*this, pid), makeOutbox(callback)};
-    if (client.outbox == nullptr) {
-        return TTS::STATUS_QUEUE_FULL;
-    }
+    Client client = {uid, callback, new Obituary(*this, pid), nullptr};
     Client replaced;
     {
         const MutexLock lock(mMutex);
-        if (mClients.size() >= kMaxClients && mClients.count(pid) == 0) {
+        const auto found = mClients.find(pid);
+        if (found == mClients.end() && mClients.size() >= kMaxClients) {
+            return TTS::STATUS_QUEUE_FULL;
+        }
+        if (found != mClients.end() && found->second.uid == uid) {
+            client.outbox = found->second.outbox;
+        }
+        if (!startOutbox(client)) {
             return TTS::STATUS_QUEUE_FULL;
         }
         replaced = std::exchange(mClients[pid], client);

@@ -48,7 +48,8 @@ public:
 
     using Time = std::chrono::steady_clock::time_point;
 
-    /// Registers a client, in the place of an earlier callback of the same process.
+    /// Registers a client, in the place of an earlier callback of the same process, which what that
+    /// was not sent yet is sent to.
     /// @return -3, with the client forgotten, if the callback is dead already; -12, with nothing
     ///     changed, if there are too many clients or threads.
     int add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
@@ -94,7 +95,7 @@ private:
     };
     using Formers = std::deque<Former>;  ///< a process once; the latest at the end
 
-    std::shared_ptr<EventOutbox> makeOutbox(const android::sp<TTS::ICallback>& callback) const;
+    bool startOutbox(Client& client) const;
     void died(uint32_t pid, const Obituary* obituary);
     static void remember(Formers& formers, const Former& former);
     static void forget(Formers& formers, uint32_t pid);

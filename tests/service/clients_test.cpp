@@ -201,6 +201,23 @@ TEST_F(AClient, ThatRegistersAgainIsToldThroughItsNewCallbackOnly) {
     EXPECT_EQ(0, service->lock(kAnn)) << "the old callback's death is nobody's";
 }
 
+TEST_F(AClient, ThatRegistersAgainIsToldWhatItHadNoRoomFor) {
+    const auto full = joinRemotely(kAnn);
+    full->failWith(android::FAILED_TRANSACTION);
+    startSpeech();
+    ASSERT_EQ(0, say(kAnn, 1));
+    ASSERT_EQ(0, say(kAnn, 2));
+    ASSERT_TRUE(voxtrel_test::eventually([&] { return queue->idleSince().has_value(); }));
+    EXPECT_EQ((std::vector<Told>{{kAnn, EVENT_STATE, STATE_READY, 1},
+                                 {kAnn, EVENT_STARTED, 1, 0},
+                                 {kAnn, EVENT_WORD, 1, 0},
+                                 {kAnn, EVENT_FINISHED, 1, 0},
+                                 {kAnn, EVENT_STARTED, 2, 0},
+                                 {kAnn, EVENT_WORD, 2, 0},
+                                 {kAnn, EVENT_FINISHED, 2, 0}}),
+              toldAtTheEndTo(join(kAnn)));
+}
+
 TEST_F(AClient, ThatLeavesIsToldNothingMoreAndFreesItsLock) {
     const auto ann = join(kAnn);
     ASSERT_EQ(0, service->lock(kAnn));
@@ -285,6 +302,7 @@ private:
 TEST_F(AClient, ThatHangsAndRegistersAgainAndAgainCannotUseUpOurThreads) {
     const auto gate = std::make_shared<Gate>();  // threads of the service may outlive the test
     const auto bob = join(kBob);
+    constexpr uint32_t kProcesses = 64;
     size_t accepted = 0;
     int status = STATUS_OK;
     for (; status == STATUS_OK && accepted <= ClientRegistry::kMaxSenders; ++accepted) {
@@ -293,11 +311,14 @@ TEST_F(AClient, ThatHangsAndRegistersAgainAndAgainCannotUseUpOurThreads) {
             gate->pass();
             return android::OK;
         });
-        from(kAnn);
-        status = service->registerCallback(kAnn, new TTS::BpCallback(stuck));
+        const uint32_t pid = kAnn + 1000 + accepted % kProcesses;
+        if (accepted % kProcesses == 0) {  // each hangs in a call to its last callback
+            ASSERT_TRUE(gate->waitForCalls(accepted));
+        }
+        from(pid);
+        status = service->registerCallback(pid, new TTS::BpCallback(stuck));
         if (status == STATUS_OK) {
-            ASSERT_EQ(0, service->setVerbosity(kAnn, 1 - service->verbosity()));
-            ASSERT_TRUE(gate->waitForCalls(accepted + 1));
+            ASSERT_EQ(0, service->setVerbosity(pid, 1 - service->verbosity()));
         }
     }
     EXPECT_EQ(STATUS_QUEUE_FULL, status);

@@ -5,10 +5,13 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include "ipc/BpCallback.h"
 #include "tests/service/Fakes.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/RecordingRemote.h"
 
 namespace voxtreld {
@@ -84,10 +87,84 @@ TEST_F(AnOutbox, IsBoundedForAClientThatNeverLooks) {
     EventOutbox outbox(new TTS::BpCallback(remote));
     ASSERT_TRUE(outbox.post(EVENT_WORD, 1, 0));
     ASSERT_TRUE(waitForAttempts(1));
-    for (size_t i = 0; i < EventOutbox::kMostWaiting; ++i) {
+    for (size_t i = 1; i < EventOutbox::kMostWaiting; ++i) {
         ASSERT_TRUE(outbox.post(EVENT_WORD, 1, 0));
     }
     EXPECT_FALSE(outbox.post(EVENT_WORD, 1, 0));
+}
+
+/// What the second callback is sent, as the third numbers of its events, while the first one's call
+/// about the first of three events is under way and then gives `outcome`.
+class ARedirectedOutbox : public AnOutbox {
+protected:
+    std::vector<uint8_t> sentAfterACallThatGives(android::status_t outcome, bool inTime = true) {
+        Monitor gate;
+        bool called = false;
+        bool open = false;
+        remote->answerBy([&](auto&, auto&, auto&) {
+            gate.change([&] { called = true; });
+            EXPECT_TRUE(gate.waitFor([&] { return open; }));
+            return outcome;
+        });
+        const auto held = std::make_shared<int>();
+        const std::chrono::milliseconds patience = inTime ? kPatience : std::chrono::seconds(0);
+        EventOutbox outbox(new TTS::BpCallback(remote), held, patience);
+        for (const uint32_t number : {1, 2, 3}) {
+            EXPECT_TRUE(outbox.post(EVENT_WORD, 7, number));
+        }
+        EXPECT_TRUE(gate.waitFor([&] { return called; }));
+        const android::sp<support::RecordingRemote> second = new support::RecordingRemote();
+        outbox.redirect(new TTS::BpCallback(second));
+        EXPECT_TRUE(outbox.post(EVENT_WORD, 7, 4));
+        if (!inTime) {
+            EXPECT_TRUE(outbox.flush(kPatience));
+        }
+        gate.change([&] { open = true; });
+        EXPECT_TRUE(voxtrel_test::eventually([&] { return held.use_count() == 1; }));
+        EXPECT_TRUE(outbox.flush(kPatience));
+        EXPECT_EQ(1U, remote->sent().size());
+        std::vector<uint8_t> thirds;
+        for (const support::Transaction& each : second->sent()) {
+            thirds.push_back(each.request[8]);
+        }
+        return thirds;
+    }
+    using Thirds = std::vector<uint8_t>;
+};
+
+TEST_F(ARedirectedOutbox, SendsTheRestToTheNewCallback) {
+    EXPECT_EQ((Thirds{2, 3, 4}), sentAfterACallThatGives(android::OK));
+}
+
+TEST_F(ARedirectedOutbox, SendsWhatTheOldCallbackHadNoRoomForFirst) {
+    EXPECT_EQ((Thirds{1, 2, 3, 4}), sentAfterACallThatGives(android::FAILED_TRANSACTION));
+}
+
+TEST_F(ARedirectedOutbox, SendsWhatTheOldCallbackWasTooDeadFor) {
+    EXPECT_EQ((Thirds{1, 2, 3, 4}), sentAfterACallThatGives(android::DEAD_OBJECT));
+}
+
+TEST_F(ARedirectedOutbox, IsNotHeldUpByACallThatHangs) {
+    EXPECT_EQ((Thirds{2, 3, 4}), sentAfterACallThatGives(android::OK, false));
+}
+
+TEST_F(ARedirectedOutbox, DoesNotSendTwiceWhenACallThatHungFailsAfterAll) {
+    EXPECT_EQ((Thirds{2, 3, 4}), sentAfterACallThatGives(android::FAILED_TRANSACTION, false));
+}
+
+TEST_F(AnOutbox, KeepsWhatADeadCallbackDidNotTakeForTheNext) {
+    status = android::DEAD_OBJECT;
+    EventOutbox outbox(new TTS::BpCallback(remote));
+    ASSERT_TRUE(outbox.post(EVENT_STARTED, 1, 0));
+    ASSERT_TRUE(outbox.flush(kPatience));
+    ASSERT_TRUE(outbox.post(EVENT_FINISHED, 1, 0));
+    const android::sp<support::RecordingRemote> second = new support::RecordingRemote();
+    outbox.redirect(new TTS::BpCallback(second));
+    ASSERT_TRUE(outbox.flush(kPatience));
+    const auto sent = second->sent();
+    ASSERT_EQ(2U, sent.size());
+    EXPECT_EQ(EVENT_STARTED, sent[0].request[0]);
+    EXPECT_EQ(EVENT_FINISHED, sent[1].request[0]);
 }
 
 TEST_F(AnOutbox, DoesNotHoldUpWhoClosesIt) {
