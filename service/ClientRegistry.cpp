@@ -80,17 +80,18 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
         const MutexLock lock(mMutex);
         const auto found = mClients.find(pid);
         if (found == mClients.end() && mClients.size() >= kMaxClients) {
-            return TTS::STATUS_QUEUE_FULL;
+            return refuse(pid, uid);
         }
         if (found != mClients.end() && found->second.uid == uid) {
             client.outbox = found->second.outbox;
         }
         if (!startOutbox(client)) {
-            return TTS::STATUS_QUEUE_FULL;
+            return refuse(pid, uid);
         }
         replaced = std::exchange(mClients[pid], client);
         forget(mLeft, pid);
         forget(mDead, pid);
+        forget(mRefused, pid);
     }
     if (replaced.callback != nullptr) {
         unlink(replaced);
@@ -106,10 +107,17 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
     return TTS::STATUS_OK;
 }
 
+int ClientRegistry::refuse(uint32_t pid, uint32_t uid) {
+    forget(mRefused, pid);
+    remember(mRefused, {pid, uid, std::chrono::steady_clock::now()});
+    return TTS::STATUS_QUEUE_FULL;
+}
+
 bool ClientRegistry::remove(uint32_t pid, Time now) {
     Client removed;
     {
         const MutexLock lock(mMutex);
+        forget(mRefused, pid);
         const auto found = mClients.find(pid);
         if (found == mClients.end()) {
             return false;
@@ -148,8 +156,12 @@ bool ClientRegistry::isUser(uint32_t pid, uint32_t uid, Time now) const {
 
 bool ClientRegistry::isDead(uint32_t pid) const {
     const MutexLock lock(mMutex);
-    return std::any_of(mDead.begin(), mDead.end(),
-                       [pid](const Former& former) { return former.pid == pid; });
+    return isAmong(mDead, pid);
+}
+
+bool ClientRegistry::isRefused(uint32_t pid) const {
+    const MutexLock lock(mMutex);
+    return isAmong(mRefused, pid);
 }
 
 void ClientRegistry::tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) {
@@ -193,6 +205,11 @@ void ClientRegistry::forget(Formers& formers, uint32_t pid) {
     formers.erase(std::remove_if(formers.begin(), formers.end(),
                                  [pid](const Former& former) { return former.pid == pid; }),
                   formers.end());
+}
+
+bool ClientRegistry::isAmong(const Formers& formers, uint32_t pid) {
+    return std::any_of(formers.begin(), formers.end(),
+                       [pid](const Former& former) { return former.pid == pid; });
 }
 
 void ClientRegistry::died(uint32_t pid, const Obituary* obituary) {

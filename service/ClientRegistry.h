@@ -19,7 +19,8 @@
 
 namespace voxtreld {
 
-/// The clients that registered a callback, by process id, and those that left or died lately.
+/// The clients that registered a callback, by process id, and those that left, died or were refused
+/// lately.
 ///
 /// Called on: any thread. Locks: its own, never while it calls out.
 class ClientRegistry : public Listener {
@@ -39,8 +40,8 @@ public:
     /// returned from their last call yet.
     static constexpr size_t kMaxSenders = 2 * kMaxClients;
 
-    /// Of the clients that left, and of those that died, so many are remembered: far more than can
-    /// have requests on their way.
+    /// Of the clients that left, of those that died, and of those for which there was no room, so
+    /// many are remembered: far more than can have requests on their way.
     static constexpr size_t kMaxFormer = 256;
 
     /// For so long. A request waits for a thread of ours, which takes milliseconds.
@@ -58,6 +59,9 @@ public:
     bool remove(uint32_t pid, Time now = std::chrono::steady_clock::now());
 
     bool contains(uint32_t pid) const;
+
+    /// True for a process whose latest `add` found no room, until it leaves.
+    bool isRefused(uint32_t pid) const;
 
     /// True while no process is registered.
     bool isEmpty() const;
@@ -96,9 +100,11 @@ private:
     using Formers = std::deque<Former>;  ///< a process once; the latest at the end
 
     bool startOutbox(Client& client) const;
+    int refuse(uint32_t pid, uint32_t uid) VOXTRELD_REQUIRES(mMutex);
     void died(uint32_t pid, const Obituary* obituary);
     static void remember(Formers& formers, const Former& former);
     static void forget(Formers& formers, uint32_t pid);
+    static bool isAmong(const Formers& formers, uint32_t pid);
     static void unlink(const Client& client);
 
     const Died mDied;
@@ -107,6 +113,7 @@ private:
     std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);
     Formers mLeft VOXTRELD_GUARDED_BY(mMutex);
     Formers mDead VOXTRELD_GUARDED_BY(mMutex);
+    Formers mRefused VOXTRELD_GUARDED_BY(mMutex);
 };
 
 }  // namespace voxtreld

@@ -400,7 +400,10 @@ bool VoxtrelService::locked() {
 }
 
 int VoxtrelService::getCapabilities(TTS::Capabilities& caps) {
-    const bool permitted = mPolicy->permits(mCaller().uid, Permission::Connect);
+    const Caller caller = mCaller();
+    // A client does not look at the answer to its registration, only at this one.
+    const bool permitted =
+        mPolicy->permits(caller.uid, Permission::Connect) && !mClients.isRefused(caller.pid);
     const MutexLock lock(mMutex);
     caps = mCapabilities;
     caps.permitted = permitted;

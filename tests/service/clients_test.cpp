@@ -32,6 +32,12 @@ private:
 
 class AClient : public ServiceFixture {
 protected:
+    bool isPermitted(uint32_t pid) {
+        from(pid);
+        TTS::Capabilities caps;
+        EXPECT_EQ(0, service->getCapabilities(caps));
+        return caps.permitted;
+    }
     /// Registers a callback of another process, which the test can let die.
     android::sp<support::RecordingRemote> joinRemotely(uint32_t pid) {
         from(pid);
@@ -269,14 +275,29 @@ TEST_F(AClient, BeyondTheLimitIsRefusedWithALogLineUntilAnotherLeaves) {
     EXPECT_EQ(STATUS_QUEUE_FULL, service->registerCallback(kAnn, new RecordingCallback(kAnn)));
     ASSERT_EQ(1U, log.size());
     EXPECT_EQ(0U, log[0].find("registerCallback: no room for process 101,"));
+    EXPECT_FALSE(isPermitted(kAnn)) << "the answer to its next question is all that it looks at";
+    EXPECT_TRUE(isPermitted(kBob)) << "who has not tried";
+    EXPECT_TRUE(isPermitted(kFirst));
     clients[0] = join(kFirst);  // a new callback of one that is there needs no new room
     from(kFirst + 1);
     ASSERT_EQ(0, service->deregisterCallback(kFirst + 1));
     (void)join(kAnn);
+    EXPECT_TRUE(isPermitted(kAnn));
+    from(kAnn);
     ASSERT_EQ(0, service->setVerbosity(kAnn, 1));
     EXPECT_EQ(1U, toldTo(clients[0]).size());
     EXPECT_EQ(1U, toldTo(clients.back()).size());
     EXPECT_TRUE(clients[1]->told().empty());
+}
+
+TEST_F(AClient, ThatWasRefusedForRoomAndSaysGoodbyeMayComeAgain) {
+    for (uint32_t i = 0; i < ClientRegistry::kMaxClients; ++i) {
+        (void)join(1000 + i);
+    }
+    from(kAnn);
+    ASSERT_EQ(STATUS_QUEUE_FULL, service->registerCallback(kAnn, new RecordingCallback(kAnn)));
+    ASSERT_EQ(0, service->deregisterCallback(kAnn));
+    EXPECT_TRUE(isPermitted(kAnn));
 }
 
 /// Keeps each call until the test opens it.

@@ -480,6 +480,21 @@ TEST(AServiceWithAPolicy, DoesNotStartWhereItHasAMistakeOrIsMissing) {
         endOfAServiceWith(""));
 }
 
+TEST_F(ARunningService, DoesNotPermitTheClientForWhichItHasNoRoom) {
+    const Process service = startService({"--sink", "none"});
+    std::vector<Process> clients(128);
+    for (Process& client : clients) {
+        client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
+        client->tell("connect");
+    }
+    for (const Process& client : clients) {
+        client->readUntil("connect 0");
+    }
+    ChildProcess late(Lines{VOXTREL_SPEECH_CLIENT});
+    late.tell("connect");
+    late.readUntil("connect " + std::to_string(STATUS_PERMISSION_DENIED));
+}
+
 TEST_F(ARunningService, LetsAClientLeaveAndFinishesWhatItSaid) {
     const std::string path = folder.path("speech.wav");
     const Process service = startService({"--sink", "wavdir:" + folder.path("spoken")});
