@@ -9,6 +9,7 @@
 #include <chrono>
 #include <ctime>
 #include <functional>
+#include <optional>
 #include <utility>
 
 #include "ipc/ITextToSpeechFestival.h"
@@ -26,6 +27,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kStartPatience(10);
 constexpr std::chrono::seconds kAnswerPatience(5);
 constexpr std::chrono::seconds kStopPatience(1);
+constexpr std::chrono::seconds kNameCheck(1);
 constexpr std::chrono::milliseconds kPause(100);
 constexpr std::chrono::milliseconds kStartPause(10);
 
@@ -54,7 +56,8 @@ private:
 /// the runtime.
 class Registration::Work : public std::enable_shared_from_this<Work> {
 public:
-    Work(AfterDeath after, Log log) : mAfter(after), mLog(std::move(log)) {}
+    Work(AfterDeath after, Log log, Process process)
+        : mAfter(after), mLog(std::move(log)), mProcess(std::move(process)) {}
 
     void keepRegistered(const sp<IBinder>& service);
     void end();
@@ -66,18 +69,38 @@ public:
     bool hasAbandonedCall() const { return mCallAbandoned; }
 
 private:
-    bool registerWith(const sp<IBinder>& manager, const sp<IBinder>& service);
+    /// What became of an attempt to register.
+    enum class Outcome {
+        ManagerDied,  ///< or there is nothing more to do
+        NotNow,       ///< to be tried again after a while
+        DeadReference
+    };
+
+    Outcome registerWith(const sp<IBinder>& manager, const sp<IBinder>& service);
+    Outcome addLinked(const sp<IBinder>& manager, const sp<IBinder>& service,
+                      const ManagerDeath& death);
+    Outcome refused(status_t status);
     status_t add(const sp<IBinder>& service);
+    void failIfDeadForLong(Outcome outcome);
+    bool keepName(const sp<IBinder>& manager, const sp<IBinder>& service,
+                  const ManagerDeath& death);
+    bool deathComesWithin(std::chrono::milliseconds time, const ManagerDeath& death);
+    bool isRegistered() const;
     bool answersInTime(const sp<IBinder>& other);
     void setRegistered();
     void fail(const std::string& reason);
     bool isOver() const;
     void wake();
     void pause();
-    void waitForDeath(const ManagerDeath& death);
+    void takeNoteOfDeath();
 
     const AfterDeath mAfter;
     const Log mLog;
+    const Process mProcess;
+    // Of the thread that registers.
+    std::string mRegisteredAgain;                 ///< what is said when it is
+    bool mHasWarned = false;                      ///< of this manager's refusals
+    std::optional<Clock::time_point> mDeadSince;  ///< the reference to the manager
     std::atomic<bool> mManagerDied{false};
     std::atomic<bool> mCallAbandoned{false};
     mutable Mutex mMutex;
@@ -89,37 +112,76 @@ private:
 
 void Registration::Work::keepRegistered(const sp<IBinder>& service) {
     while (!isOver()) {
-        const sp<IBinder> manager = android::ProcessState::self()->getContextObject(nullptr);
+        const sp<IBinder> manager = mProcess.contextObject();
         if (manager == nullptr && !isSettled()) {
             fail("no service manager answers at " + managerPlace() +
                  ": start it first (on a PC: voxtrel-servicemanager)");
-        } else if (manager == nullptr || !registerWith(manager, service)) {
+            return;
+        }
+        const Outcome outcome =
+            manager == nullptr ? Outcome::NotNow : registerWith(manager, service);
+        failIfDeadForLong(outcome);
+        if (outcome != Outcome::ManagerDied) {
             pause();
         }
     }
 }
 
-/// Returns when that service manager has died, or there is nothing more to do.
-/// @return false if it could not be asked, and another one is to be looked for after a while.
-bool Registration::Work::registerWith(const sp<IBinder>& manager, const sp<IBinder>& service) {
+/// Returns when that service manager has died or lost the name, or could not be asked.
+Registration::Work::Outcome Registration::Work::registerWith(const sp<IBinder>& manager,
+                                                             const sp<IBinder>& service) {
     const sp<ManagerDeath> death = new ManagerDeath([self = shared_from_this()] { self->wake(); });
     const status_t linked = manager->linkToDeath(death, nullptr, 0);
     if (linked != android::OK && linked != android::INVALID_OPERATION) {
-        return false;
+        return linked == android::DEAD_OBJECT ? Outcome::DeadReference : Outcome::NotNow;
     }
+    const Outcome outcome = addLinked(manager, service, *death);
+    (void)manager->unlinkToDeath(death, nullptr, 0, nullptr);  // refused where it has died
+    return outcome;
+}
+
+Registration::Work::Outcome Registration::Work::addLinked(const sp<IBinder>& manager,
+                                                          const sp<IBinder>& service,
+                                                          const ManagerDeath& death) {
     const status_t added = add(service);
     if (added == android::DEAD_OBJECT || isOver()) {
-        return false;
+        return Outcome::NotNow;
     }
     if (added != android::OK) {
-        fail("the service manager refused the service's name: status " + std::to_string(added) +
-             ": see its log; -1 means that another user holds the name, or that it is reserved for "
-             "another user");
-        return false;
+        return refused(added);
     }
     setRegistered();
-    waitForDeath(*death);
-    return true;
+    return keepName(manager, service, death) ? Outcome::ManagerDied : Outcome::NotNow;
+}
+
+/// A service that speaks already gives up for nothing that may pass.
+Registration::Work::Outcome Registration::Work::refused(status_t status) {
+    const bool isFinal = status == android::PERMISSION_DENIED || status == android::ALREADY_EXISTS;
+    if (isFinal || !isRegistered()) {
+        fail("the service manager refused the service's name: status " + std::to_string(status) +
+             ": see its log; -1 means that another user holds the name, or that it is reserved for "
+             "another user");
+    } else if (!std::exchange(mHasWarned, true)) {
+        mLog(LogLevel::Warning, "the service manager does not register the service: status " +
+                                    std::to_string(status) + ": it is tried again until it does");
+    }
+    return Outcome::NotNow;
+}
+
+/// A device's runtime may give the reference to a dead manager for ever, while another one is
+/// there.
+void Registration::Work::failIfDeadForLong(Outcome outcome) {
+    if (outcome != Outcome::DeadReference) {
+        mDeadSince.reset();
+        return;
+    }
+    const auto now = Clock::now();
+    mDeadSince = mDeadSince.value_or(now);
+    if (now - *mDeadSince >= mProcess.deadLimit) {
+        fail(
+            "the service manager has died, and this process cannot reach the next one, since its "
+            "runtime keeps the reference to the dead one: start the service again");
+    }
 }
 
 status_t Registration::Work::add(const sp<IBinder>& service) {
@@ -154,8 +216,9 @@ void Registration::Work::setRegistered() {
         const MutexLock held(mMutex);
         again = std::exchange(mRegistered, true);
     }
+    mHasWarned = false;
     if (again) {
-        mLog(LogLevel::Info, "registered again, with the service manager that has been started");
+        mLog(LogLevel::Info, mRegisteredAgain);
     }
 }
 
@@ -167,28 +230,52 @@ void Registration::Work::fail(const std::string& reason) {
         wasRegistered = mRegistered;
     }
     if (wasRegistered) {
-        kill(getpid(), SIGTERM);
+        mProcess.end();
     }
 }
 
-void Registration::Work::waitForDeath(const ManagerDeath& death) {
-    {
-        MutexLock held(mMutex);
-        while (!mEnded && !death.told()) {
-            held.wait(mChanged);
+/// Another service can have taken the name, and ended, while this process was stopped.
+/// @return true when the service manager has died, or there is nothing more to do; false when it
+///     does not give the service under its name.
+bool Registration::Work::keepName(const sp<IBinder>& manager, const sp<IBinder>& service,
+                                  const ManagerDeath& death) {
+    while (!deathComesWithin(kNameCheck, death)) {
+        if (isOver()) {
+            return true;
         }
-        if (mEnded) {
-            return;
+        const sp<IBinder> found =
+            android::defaultServiceManager()->checkService(TTS::ITextToSpeechFestival::descriptor);
+        const bool isAnswer = found != nullptr || manager->pingBinder() == android::OK;
+        if (found != service && isAnswer) {
+            mRegisteredAgain =
+                "registered again: the service manager did not give the service under its name";
+            return false;
         }
     }
+    takeNoteOfDeath();
+    return true;
+}
+
+/// @return false when the time is up, or at the end of the service.
+bool Registration::Work::deathComesWithin(std::chrono::milliseconds time,
+                                          const ManagerDeath& death) {
+    const auto deadline = Clock::now() + time;
+    MutexLock held(mMutex);
+    while (!mEnded && !death.told() && held.waitUntil(mChanged, deadline)) {
+    }
+    return !mEnded && death.told();
+}
+
+void Registration::Work::takeNoteOfDeath() {
     if (mAfter == AfterDeath::RegisterAgain) {
+        mRegisteredAgain = "registered again, with the service manager that has been started";
         mLog(LogLevel::Warning,
              "the service manager has died: new clients find the service when it is there again");
         return;
     }
     mManagerDied = true;
     end();
-    kill(getpid(), SIGTERM);
+    mProcess.end();
 }
 
 void Registration::Work::end() {
@@ -214,6 +301,11 @@ void Registration::Work::pause() {
     }
 }
 
+bool Registration::Work::isRegistered() const {
+    const MutexLock held(mMutex);
+    return mRegistered;
+}
+
 bool Registration::Work::isSettled() const {
     const MutexLock held(mMutex);
     return mRegistered || !mFailure.empty();
@@ -229,8 +321,13 @@ std::string Registration::Work::failure() const {
     return mFailure;
 }
 
-Registration::Registration(AfterDeath after, Log log)
-    : mWork(std::make_shared<Work>(after, std::move(log))) {}
+Registration::Process Registration::Process::own() {
+    return {[] { return android::ProcessState::self()->getContextObject(nullptr); },
+            [] { kill(getpid(), SIGTERM); }};
+}
+
+Registration::Registration(AfterDeath after, Log log, Process process)
+    : mWork(std::make_shared<Work>(after, std::move(log), std::move(process))) {}
 
 Registration::~Registration() {
     (void)stop();

@@ -4,7 +4,9 @@
 
 #include <binder/IBinder.h>
 
+#include <chrono>
 #include <csignal>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -23,8 +25,20 @@ class Registration {
 public:
     enum class AfterDeath { RegisterAgain, End };
 
+    /// What it needs of the process; a test has its own.
+    struct Process {
+        /// The runtime's reference to the service manager; null where there is none.
+        std::function<android::sp<android::IBinder>()> contextObject;
+        /// Asks the process to end in order.
+        std::function<void()> end;
+        /// For so long a reference may be dead until it is taken for one that the runtime keeps.
+        std::chrono::milliseconds deadLimit{10'000};
+
+        static Process own();
+    };
+
     /// @param after what the death of the service manager means to the service.
-    Registration(AfterDeath after, Log log);
+    Registration(AfterDeath after, Log log, Process process = Process::own());
     ~Registration();
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
@@ -32,8 +46,8 @@ public:
     /// Registers `service`. Waits 10 s at most, and no longer than until one of the `signals`
     /// comes.
     /// @param error receives, on failure, why and what to do; nothing after a signal.
-    /// @return true once it is registered. From then on SIGTERM is sent to this process when the
-    /// service cannot be found any more: see `loss` and `managerHasDied`.
+    /// @return true once it is registered. From then on the process is asked to end (by SIGTERM)
+    /// when the service cannot be found any more: see `loss` and `managerHasDied`.
     bool begin(const android::sp<android::IBinder>& service, const sigset_t& signals,
                std::string& error);
 

@@ -202,6 +202,42 @@ TEST_F(ARegisteredService, TakesTheNameOfOneThatDoesNotAnswer) {
     EXPECT_EQ(0, second->wait());
 }
 
+TEST_F(ARegisteredService, IsFoundAgainWhenTheOneThatTookItsNameHasEnded) {
+    const Process first = startReady();
+    first->signal(SIGSTOP);
+    const Process second = startReady("second.ini");
+    second->signal(SIGTERM);
+    second->readUntil("voxtreld: stopped");
+    EXPECT_EQ(0, second->wait());
+    first->signal(SIGCONT);
+    first->readUntil(
+        "voxtreld: registered again: the service manager did not give the service under its name");
+    expectSpeech();
+}
+
+TEST_F(ARegisteredService, LeavesWhenAnotherTookItsNameWhileItWasStopped) {
+    const Process first = startReady();
+    first->signal(SIGSTOP);
+    const Process second = startReady("second.ini");
+    first->signal(SIGCONT);
+    first->readUntil(kOtherAnswers);
+    EXPECT_EQ(1, first->wait());
+    expectSpeech();
+}
+
+TEST_F(ARegisteredService, SpeaksAndEndsOnASignalWhileTheManagerThatRegisteredItHangs) {
+    const Process service = startReady();
+    const Process client = startClient();
+    manager->signal(SIGSTOP);
+    client->tell(
+        "say 1 It takes some seconds to speak this, and once a second the name is looked "
+        "up, which nobody answers now.");
+    client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 1 0");
+    service->signal(SIGTERM);
+    service->readUntil("voxtreld: stopped");
+    EXPECT_EQ(0, service->wait());
+}
+
 TEST_F(ARegisteredService, LeavesWhenAnotherHasTakenItsPlaceAtANewManager) {
     const Process first = startReady();
     first->signal(SIGSTOP);
