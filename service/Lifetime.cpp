@@ -41,6 +41,11 @@ sigset_t blockSignals() {
     return signals;
 }
 
+bool signalComesWithin(const sigset_t& signals, std::chrono::milliseconds time) {
+    const timespec limit = asTimespec(time);
+    return sigtimedwait(&signals, nullptr, &limit) > 0;
+}
+
 std::string waitForEnd(const sigset_t& signals, VoxtrelService& service,
                        std::chrono::seconds idleLimit) {
     if (idleLimit.count() == 0) {

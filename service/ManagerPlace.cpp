@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "service/Lifetime.h"
+
 // Of the runtime for a PC; a device's has a driver.
 #if __has_include(<binder/ServiceManagerSocket.h>)
 #include <binder/ServiceManagerSocket.h>
@@ -38,13 +40,7 @@ std::string placePath() {
 
 #endif
 
-}  // namespace
-
-std::string managerPlace() {
-    return std::string("the ") + kKind + " '" + placePath() + "'";
-}
-
-bool isManagerPlaceUsable(std::string& error) {
+bool isUsable(std::string& error) {
     const std::string path = placePath();
     struct stat status {};
     if (stat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) != kType) {
@@ -56,6 +52,27 @@ bool isManagerPlaceUsable(std::string& error) {
         error = "the service manager cannot be reached: " + managerPlace() + ": " +
                 std::system_category().message(errno) + ": " + kRemedy;
         return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string managerPlace() {
+    return std::string("the ") + kKind + " '" + placePath() + "'";
+}
+
+bool isManagerPlaceUsable(const sigset_t& signals, std::string& error) {
+    constexpr std::chrono::milliseconds kPause(10);
+    const auto deadline = std::chrono::steady_clock::now() + kManagerPatience;
+    while (!isUsable(error)) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        error.clear();
+        if (signalComesWithin(signals, kPause)) {
+            return false;
+        }
     }
     return true;
 }

@@ -2,6 +2,8 @@
 #ifndef VOXTREL_SERVICE_MANAGERPLACE_H
 #define VOXTREL_SERVICE_MANAGERPLACE_H
 
+#include <chrono>
+#include <csignal>
 #include <string>
 
 namespace voxtreld {
@@ -9,9 +11,14 @@ namespace voxtreld {
 /// Where the runtime reaches the service manager, for messages: its driver, or its socket.
 std::string managerPlace();
 
-/// True if the driver or the socket is there and may be opened, whether or not a service manager is
-/// behind it. @param error receives what is missing and what to do.
-bool isManagerPlaceUsable(std::string& error);
+/// How long a service manager that is started at the same time may take to come.
+constexpr std::chrono::seconds kManagerPatience(2);
+
+/// True once the driver or the socket is there and may be opened, whether or not a service manager
+/// is behind it. Waits `kManagerPatience` at most, and no longer than until one of the `signals`
+/// comes.
+/// @param error receives, on failure, what is missing and what to do; nothing after a signal.
+bool isManagerPlaceUsable(const sigset_t& signals, std::string& error);
 
 }  // namespace voxtreld
 

@@ -7,12 +7,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <ctime>
 #include <functional>
 #include <optional>
 #include <utility>
 
 #include "ipc/ITextToSpeechFestival.h"
+#include "service/Lifetime.h"
 #include "service/Locking.h"
 #include "service/ManagerPlace.h"
 
@@ -30,11 +30,6 @@ constexpr std::chrono::seconds kStopPatience(1);
 constexpr std::chrono::seconds kNameCheck(1);
 constexpr std::chrono::milliseconds kPause(100);
 constexpr std::chrono::milliseconds kStartPause(10);
-
-bool signalComesWithin(const sigset_t& signals, std::chrono::milliseconds time) {
-    const timespec limit = {0, static_cast<long>(std::chrono::nanoseconds(time).count())};
-    return sigtimedwait(&signals, nullptr, &limit) > 0;
-}
 
 class ManagerDeath : public IBinder::DeathRecipient {
 public:
@@ -111,9 +106,10 @@ private:
 };
 
 void Registration::Work::keepRegistered(const sp<IBinder>& service) {
+    const auto deadline = Clock::now() + kManagerPatience;
     while (!isOver()) {
         const sp<IBinder> manager = mProcess.contextObject();
-        if (manager == nullptr && !isSettled()) {
+        if (manager == nullptr && !isSettled() && Clock::now() >= deadline) {
             fail("no service manager answers at " + managerPlace() +
                  ": start it first (on a PC: voxtrel-servicemanager)");
             return;

@@ -47,7 +47,7 @@ Caller binderCaller() {
 /// Lets clients find the service, and starts the runtime's threads for them.
 bool publish(const android::sp<VoxtrelService>& service, Registration& registration,
              const sigset_t& signals, std::string& error) {
-    if (!isManagerPlaceUsable(error)) {
+    if (!isManagerPlaceUsable(signals, error)) {
         return false;
     }
     android::ProcessState::self()->startThreadPool();

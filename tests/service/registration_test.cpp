@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "service/ManagerPlace.h"
 #include "tests/service/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
@@ -93,11 +94,45 @@ protected:
 TEST_F(ARegisteredService, SaysThatTheSocketIsMissingAndLeaves) {
     killManager();
     std::filesystem::remove(socket);
+    const auto begin = std::chrono::steady_clock::now();
     const Process service = start();
     expectToEndWith(*service, "voxtreld: the service manager cannot be reached: the socket '" +
                                   socket +
                                   "': No such file or directory: start voxtrel-servicemanager, or "
                                   "name its socket in VOXTREL_BINDER_SOCKET");
+    EXPECT_LE(kManagerPatience, std::chrono::steady_clock::now() - begin);
+}
+
+TEST_F(ARegisteredService, WaitsAMomentForASocketThatIsAboutToCome) {
+    const std::string elsewhere = folder.path("elsewhere");
+    std::filesystem::rename(socket, elsewhere);
+    const Process service = start();
+    awaitItsProfile();
+    std::filesystem::rename(elsewhere, socket);
+    service->readUntil("voxtreld: ready");
+    expectSpeech();
+}
+
+TEST_F(ARegisteredService, WaitsAMomentForTheManagerBehindASocketThatWasLeft) {
+    const std::string elsewhere = folder.path("elsewhere");
+    killManager();
+    setenv("VOXTREL_BINDER_SOCKET", elsewhere.c_str(), 1);
+    startManager();
+    setenv("VOXTREL_BINDER_SOCKET", socket.c_str(), 1);
+    const Process service = start();
+    awaitItsProfile();
+    std::filesystem::rename(elsewhere, socket);
+    service->readUntil("voxtreld: ready");
+    expectSpeech();
+}
+
+TEST_F(ARegisteredService, EndsOnASignalWhileItWaitsForTheSocket) {
+    std::filesystem::remove(socket);
+    const Process service = start();
+    awaitItsProfile();
+    service->signal(SIGTERM);
+    EXPECT_EQ(Lines{"voxtreld: stopped"}, service->readUntil("voxtreld: stopped"));
+    EXPECT_EQ(0, service->wait());
 }
 
 TEST_F(ARegisteredService, SaysThatTheSocketIsNoneAndLeaves) {
@@ -112,9 +147,11 @@ TEST_F(ARegisteredService, SaysThatTheSocketIsNoneAndLeaves) {
 
 TEST_F(ARegisteredService, SaysThatNoManagerIsBehindTheSocketAndLeaves) {
     killManager();
+    const auto begin = std::chrono::steady_clock::now();
     const Process service = start();
     expectToEndWith(*service, "voxtreld: no service manager answers at the socket '" + socket +
                                   "': start it first (on a PC: voxtrel-servicemanager)");
+    EXPECT_LE(kManagerPatience, std::chrono::steady_clock::now() - begin);
 }
 
 TEST_F(ARegisteredService, DoesNotWaitForEverForAManagerThatHangs) {
