@@ -73,8 +73,10 @@ class Service : public BnTextToSpeechFestival, public android::IBinder::DeathRec
     int registerCallback(unsigned pid, const android::sp<ICallback>& callback) override {
         const auto* call = android::IPCThreadState::self();
         const auto client = android::IInterface::asBinder(callback);
-        if (static_cast<unsigned>(call->getCallingPid()) != pid || client == nullptr ||
-            client->linkToDeath(this, nullptr, 0) != android::OK) {
+        if (static_cast<unsigned>(call->getCallingPid()) != pid) {
+            return STATUS_PERMISSION_DENIED;
+        }
+        if (client == nullptr || client->linkToDeath(this, nullptr, 0) != android::OK) {
             return STATUS_BAD_PARAMETER;
         }
         mClients[pid] = {callback, call->getCallingUid()};

@@ -2,13 +2,17 @@
 // The command line with services that are not voxtreld: the example, and one that answers 0 to
 // everything and sends no event.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <set>
 
+#include "ipc/Callback.h"
+#include "ipc/ITextToSpeechFestival.h"
 #include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
 #include "tools/Arguments.h"
+#include "vocabulary/Status.h"
 
 using namespace voxtrel_test;
 using voxtrelctl::Command;
@@ -184,6 +188,20 @@ TEST(TheExampleService, RefusesOthersWhileOneHasTheLock) {
     EXPECT_EQ(holder->wait().status, 128 + SIGKILL);
     const auto isFree = [&] { return device.ctl({"say", "free"}).status == 0; };
     EXPECT_TRUE(eventually(isFree));
+}
+
+TEST(TheExampleService, DeniesARegistrationForAnotherProcess) {
+    Device device;
+    device.startOther({VOXTREL_EXAMPLE_SERVICE});
+    const auto service = TTS::ITextToSpeechFestival::asInterface(
+        android::defaultServiceManager()->getService(TTS::ITextToSpeechFestival::descriptor));
+    ASSERT_TRUE(service != nullptr);
+    const auto self = static_cast<unsigned>(getpid());
+    const android::sp<TTS::Callback> callback =
+        new TTS::Callback([](unsigned, unsigned, unsigned) {});
+    EXPECT_EQ(service->registerCallback(self + 1, callback), TTS::STATUS_PERMISSION_DENIED);
+    EXPECT_EQ(service->registerCallback(self, nullptr), TTS::STATUS_BAD_PARAMETER);
+    EXPECT_EQ(service->registerCallback(self, callback), TTS::STATUS_OK);
 }
 
 std::string unanswered(const std::string& unknown) {
