@@ -109,7 +109,7 @@ protected:
         const auto held = std::make_shared<int>();
         const std::chrono::milliseconds patience = inTime ? kPatience : std::chrono::seconds(0);
         EventOutbox outbox(new TTS::BpCallback(remote), held, patience);
-        for (const uint32_t number : {1, 2, 3}) {
+        for (const uint32_t number : {1U, 2U, 3U}) {
             EXPECT_TRUE(outbox.post(EVENT_WORD, 7, number));
         }
         EXPECT_TRUE(gate.waitFor([&] { return called; }));
