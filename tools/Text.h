@@ -13,10 +13,11 @@ namespace voxtrelctl {
 /// others who have something to say are heard between two requests.
 constexpr size_t kPieceBytes = 1024;
 
-/// The most bytes of text that are sent before the service is known to have taken them. The runtime
-/// of a device holds 520,192 bytes of requests that the service has not taken yet, of all clients
-/// together, and loses what comes beyond without telling anybody.
-constexpr size_t kMostOnTheWay = 262144;
+/// The most bytes of text that are sent before the service is known to be through with them. The
+/// runtime of a device holds 520,192 bytes of requests that the service has not taken yet, of all
+/// clients together, and loses what comes beyond without telling anybody: this leaves room for some
+/// others that do the same.
+constexpr size_t kMostOnTheWay = 65536;
 
 /// Cuts `text` into pieces of at most `most` bytes, at the last end of a sentence, else the last
 /// white space, else the last whole UTF-8 character of each piece. Joined they are the text, but

@@ -19,8 +19,9 @@ using namespace voxtrel_test;
 
 namespace {
 
-/// What a device's runtime holds of requests that a service has not taken; more is lost.
-constexpr size_t kMostOnTheWay = 520'192;
+/// A device's runtime holds 520,192 bytes of requests that a service has not taken, of all clients
+/// together; more is lost.
+constexpr size_t kMostOnTheWay = 520'192 / 7;
 
 /// Takes every text, and counts what can be on the way at a time: all that was said since a pause
 /// that is too long was sent and refused.
@@ -66,7 +67,7 @@ private:
     size_t mMost = 0;
 };
 
-TEST(AVeryLongText, IsHandedOverWithoutMoreOnTheWayThanTheRuntimeHolds) {
+TEST(AVeryLongText, IsHandedOverWithRoomForOthersInWhatTheRuntimeHolds) {
     Device device;
     android::ProcessState::self()->startThreadPool();
     const android::sp<CountingService> service = new CountingService;
@@ -80,7 +81,7 @@ TEST(AVeryLongText, IsHandedOverWithoutMoreOnTheWayThanTheRuntimeHolds) {
     EXPECT_EQ(said.status, 0) << said.err;
     EXPECT_EQ(service->text(), book);
     EXPECT_LE(service->mostOnTheWay(), kMostOnTheWay);
-    EXPECT_GT(service->mostOnTheWay(), 100'000U) << "a wait for each page would be slow";
+    EXPECT_GT(service->mostOnTheWay(), 32'768U) << "a wait for each page would be slow";
 }
 
 }  // namespace
