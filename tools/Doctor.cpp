@@ -61,7 +61,13 @@ Finding lock(const Symptoms& symptoms) {
 }
 
 Finding events(const Symptoms& symptoms) {
-    if (symptoms.sendsEvents) {
+    if (symptoms.events.takesAnyPause) {
+        return {"events", Verdict::Perhaps,
+                "the service sends them, but takes a pause of 49 days and may be silent for as "
+                "long",
+                "it must refuse that at once; docs/writing-a-service.md has the rules", 0};
+    }
+    if (symptoms.events.sendsEvents) {
         return good("events", "the service sends them");
     }
     return {

@@ -25,7 +25,7 @@ struct Symptoms {
     std::string owner;  ///< of the service, as in "user anna (1001)"; empty: not known
     bool hasSoundCard = false;
     bool enabled = false;
-    bool sendsEvents = false;
+    EventReport events;
     LockState lock = LockState::Unknown;
     std::vector<SettingReport> settings;
     std::vector<LanguageReport> languages;

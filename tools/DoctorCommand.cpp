@@ -75,7 +75,7 @@ Symptoms examine(Terminal& terminal) {
     if (symptoms.reach == Reach::Connected) {
         Session session(terminal);
         symptoms.enabled = session.client()->enabled();
-        symptoms.sendsEvents = sendsEvents(session);
+        symptoms.events = checkEvents(session);
         symptoms.lock = lockState(session);
         symptoms.settings = surveySettings(session, {});
         symptoms.languages = surveyLanguages(session);

@@ -68,11 +68,20 @@ Failure::Failure(int code, const std::string& detail)
 Failure::Failure(int code, const std::string& detail, const std::string& remedy)
     : std::runtime_error(compose(code, detail, remedy)), mCode(code) {}
 
-Unanswered::Unanswered(const std::string& unknown)
+Unanswered::Unanswered(const std::string& unknown, Why why)
+    : std::runtime_error(std::string("0 sent, not answered: ") +
+                         (why == Why::NoEvent
+                              ? "the service sends no event about it"
+                              : "the service takes a pause of 49 days instead of refusing it") +
+                         ", so it is not known " + unknown +
+                         ": see its own log; docs/writing-a-service.md says what it must send") {}
+
+Lost::Lost(uint32_t utterance)
     : std::runtime_error(
-          "0 sent, not answered: the service sends no event about it, so it is not "
-          "known " +
-          unknown + ": see its own log; docs/writing-a-service.md says what it must send") {}
+          "0 sent, lost: the service has come to a later request and never got utterance " +
+          std::to_string(utterance) +
+          " (requests are dropped on the way while too much is unread there), and "
+          "was asked to drop what is left: try again") {}
 
 void check(int status, const std::string& detail) {
     if (status != 0) {

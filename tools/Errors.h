@@ -2,6 +2,7 @@
 #ifndef VOXTREL_TOOLS_ERRORS_H
 #define VOXTREL_TOOLS_ERRORS_H
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -42,8 +43,20 @@ private:
 /// prints its line and leaves with status 1.
 class Unanswered : public std::runtime_error {
 public:
+    enum class Why {
+        NoEvent,        ///< the service has sent no event about it
+        TakesAnyPause,  ///< it has not refused a pause of 49 days, and so has not told in time
+    };
+
     /// @param unknown what the person would want to know, as in "whether it has taken the text".
-    explicit Unanswered(const std::string& unknown);
+    explicit Unanswered(const std::string& unknown, Why why = Why::NoEvent);
+};
+
+/// A request that the service never got, as a later one shows. `main` prints its line and leaves
+/// with status 1.
+class Lost : public std::runtime_error {
+public:
+    explicit Lost(uint32_t utterance);
 };
 
 /// Throws `Failure(status, detail)` unless `status` is 0.

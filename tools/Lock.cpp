@@ -2,6 +2,7 @@
 #include "tools/Lock.h"
 
 #include "tools/Errors.h"
+#include "tools/Fence.h"
 #include "tools/Settle.h"
 
 namespace voxtrelctl {
@@ -16,7 +17,7 @@ constexpr auto kLockPatience = std::chrono::seconds(10);
 bool concernsLock(const Notice& notice) {
     return notice.source == Notice::Source::ServiceDied ||
            (notice.source == Notice::Source::Service &&
-            (isFence(notice.event) || isRefusal(notice.event) ||
+            (Fence::isFence(notice.event) || isRefusal(notice.event) ||
              (kindOf(notice.event) == EventKind::State && notice.event.second == TTS::STATE_LOCK)));
 }
 
@@ -73,12 +74,14 @@ void breakLock(Session& session, uint32_t holder) {
     // Only who means to break it names another process than itself. Not every runtime tells the
     // service whom to tell of a refusal, so the fence tells that the request was served.
     (void)session.service().unlock(holder);
-    sendFence(session);
+    Fence fence(session);
+    fence.send();
     const auto deadline = EventQueue::Clock::now() + kLockPatience;
     Event event = {};
     do {
         event = awaitEvent(deadline, "the lock is gone with it", "whether the lock is free");
-        if (isFence(event)) {
+        if (Fence::isFence(event)) {
+            fence.see({Notice::Source::Service, event, 0});
             throw Failure(TTS::STATUS_PERMISSION_DENIED, "the service did not free the lock");
         }
     } while (event.third == holder);

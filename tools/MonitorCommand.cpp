@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "tools/Commands.h"
+#include "tools/Fence.h"
 #include "tools/Json.h"
 #include "tools/Session.h"
-#include "tools/Settle.h"
 
 namespace voxtrelctl {
 namespace {
@@ -21,24 +21,35 @@ void showConnection(const Options& options, Terminal& terminal, const char* what
 /// Asked for an event at the start, a service sends one, or it never sends any.
 class Doubt {
 public:
-    explicit Doubt(Session& session) : mEnd(EventQueue::Clock::now() + kPatience) {
-        sendFence(session);
-    }
+    explicit Doubt(Session& session) : mFence(session) { mFence.send(); }
     EventQueue::Clock::time_point end() const { return mEnd; }
 
-    void dispel() { mEnd = EventQueue::Clock::time_point::max(); }
+    void see(const Notice& notice) {
+        mFence.see(notice);
+        mHeard = mHeard || notice.source == Notice::Source::Service;
+        if (mFence.wasTaken() && !mComplained) {
+            mComplained = true;
+            warnOfAnyPause();
+        }
+    }
 
+    /// Time is up.
     void voice() {
-        std::cerr
-            << "voxtrelctl: the service does not answer with an event when it is asked for one; "
-               "what changes may not be told\n";
-        dispel();
+        if (!mHeard) {
+            std::cerr << "voxtrelctl: the service does not answer with an event when it is asked "
+                         "for one; what changes may not be told\n";
+        }
+        mFence.recall();
+        mEnd = EventQueue::Clock::time_point::max();
     }
 
 private:
     static constexpr auto kPatience = std::chrono::seconds(10);
 
-    EventQueue::Clock::time_point mEnd;
+    Fence mFence;
+    EventQueue::Clock::time_point mEnd = EventQueue::Clock::now() + kPatience;
+    bool mHeard = false;
+    bool mComplained = false;
 };
 
 bool anyNotice(const Notice&) {
@@ -50,26 +61,27 @@ bool anyNotice(const Notice&) {
 int runMonitor(const Options& options, Terminal& terminal) {
     auto session = std::make_unique<Session>(terminal);
     showConnection(options, terminal, "connected");
-    Doubt doubt(*session);
+    auto doubt = std::make_unique<Doubt>(*session);
     uint32_t shown = 0;
     while (options.count == 0 || shown < options.count) {
-        const Notice notice = EventQueue::instance().next(doubt.end(), anyNotice);
+        const Notice notice = EventQueue::instance().next(doubt->end(), anyNotice);
+        doubt->see(notice);
         switch (notice.source) {
             case Notice::Source::Interrupted:
                 return 0;
             case Notice::Source::TimedOut:
-                doubt.voice();
+                doubt->voice();
                 break;
             case Notice::Source::ServiceDied:
                 showConnection(options, terminal, "died");
+                doubt.reset();
                 session.reset();
                 session = std::make_unique<Session>(terminal);
                 showConnection(options, terminal, "connected");
-                doubt = Doubt(*session);
+                doubt = std::make_unique<Doubt>(*session);
                 break;
             case Notice::Source::Service:
-                doubt.dispel();
-                if (!isFence(notice.event)) {
+                if (!Fence::isFence(notice.event)) {
                     show(options, terminal, notice.event);
                     ++shown;
                 }

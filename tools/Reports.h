@@ -35,6 +35,12 @@ struct VoiceReport {
     bool usable = false;  ///< passes the device's filter
 };
 
+/// What the service does with a pause that it must refuse by an event.
+struct EventReport {
+    bool sendsEvents = false;
+    bool takesAnyPause = false;
+};
+
 /// Who has the service lock, as far as the service has told.
 enum class LockState { Free, OfAnother, Unknown };
 

@@ -59,17 +59,22 @@ EventPrinter::Style styleOf(const Options& options, const Terminal& terminal) {
 
 /// Gives the service all of it and leaves; what is queued is spoken all the same.
 void handOver(Session& session, const std::vector<std::string>& pieces) {
+    Utterances sent;
     size_t onTheWay = 0;
     for (size_t n = 0; n < pieces.size(); ++n) {
         if (onTheWay + pieces[n].size() > kMostOnTheWay) {
-            settle(session,
-                   "whether it has taken the beginning of the text (the rest was not sent)");
+            settle(session, sent,
+                   "whether it has taken the beginning of the text (the rest was not sent), and it "
+                   "was asked to drop what is left of it");
             onTheWay = 0;
         }
-        check(session.client()->say(static_cast<unsigned>(n + 1), pieces[n]), "");
+        const auto number = static_cast<uint32_t>(n + 1);
+        check(session.client()->say(number, pieces[n]), "");
+        sent.sent(number);
         onTheWay += pieces[n].size();
     }
-    settle(session, "whether it has taken the text");
+    settle(session, sent,
+           "whether it has taken the text, and it was asked to drop what is left of it");
 }
 
 }  // namespace
@@ -100,7 +105,10 @@ int runSilence(const Options& options, Terminal& terminal) {
         Speech(session, *printer).pause(options.milliseconds);
     } else {
         check(session.client()->silence(1, options.milliseconds), "");
-        settle(session, "whether it has taken the pause");
+        Utterances sent;
+        sent.sent(1);
+        settle(session, sent,
+               "whether it has taken the pause, and it was asked to drop what is left of it");
     }
     return 0;
 }
@@ -108,7 +116,8 @@ int runSilence(const Options& options, Terminal& terminal) {
 int runStop(const Options&, Terminal& terminal) {
     Session session(terminal);
     check(session.client()->stopAndFlush(kFlushEverything), "");
-    settle(session, "whether it has stopped");
+    Utterances none;
+    settle(session, none, "whether it has stopped");
     return 0;
 }
 

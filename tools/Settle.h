@@ -5,7 +5,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "tools/Reports.h"
 #include "tools/Session.h"
+#include "tools/Utterances.h"
 
 namespace voxtrelctl {
 
@@ -16,24 +18,20 @@ public:
 };
 
 // Requests to speak and to stop travel one way, so their 0 only means "sent", and a process that
-// left at once could overtake them. Requests of one client are served in the order sent, and one
-// that is refused is told so by an event. A pause that is too long for any service is the fence:
-// the event of its refusal says that everything before it was served.
+// left at once could overtake them. What the service refuses it tells by an event; the fence
+// (tools/Fence.h) shows when it is through with them.
 
-/// Returns when the service has taken every request that was sent before.
+/// Returns when the service is through with every request that was sent before and has reached it.
+/// A service that takes the fence is complained of on standard error.
 ///
 /// Throws Failure with the reason when a request sent before was refused, -5 when the service dies,
-/// Unanswered (of which `unknown` is a part) when it sends no event in time, and Interrupted.
-void settle(Session& session, const std::string& unknown);
+/// Lost when events about `sent` show that one was lost, Unanswered (of which `unknown` is a part)
+/// when no event about the fence comes in time, and Interrupted; after the last three the service
+/// has been asked to drop what this client asked for.
+void settle(Session& session, Utterances& sent, const std::string& unknown);
 
-/// Sends the fence, without waiting, whether speech is on or not.
-void sendFence(Session& session);
-
-/// An event about the fence.
-bool isFence(const Event& event);
-
-/// Sends the fence, and says whether an event about it came in time. Throws Interrupted.
-bool sendsEvents(Session& session);
+/// Sends the fence, and says what came of it in time. Throws Interrupted.
+EventReport checkEvents(Session& session);
 
 }  // namespace voxtrelctl
 

@@ -13,7 +13,7 @@ Symptoms healthy() {
     symptoms.owner = "user anna (1001)";
     symptoms.hasSoundCard = true;
     symptoms.enabled = true;
-    symptoms.sendsEvents = true;
+    symptoms.events.sendsEvents = true;
     symptoms.lock = LockState::Free;
     symptoms.settings = {{"volume", Value(100.0F), true, "0 to 100"},
                          {"tts-volume", Value(uint32_t{100}), true, "0 to 100"},
@@ -105,13 +105,21 @@ TEST(WhatAServiceDoesNotTell, IsPerhapsACause) {
     EXPECT_EQ(complaint(symptoms).subject, "lock");
     EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
     symptoms = healthy();
-    symptoms.sendsEvents = false;
+    symptoms.events.sendsEvents = false;
     EXPECT_EQ(complaint(symptoms).subject, "events");
     EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
     symptoms = healthy();
     symptoms.languages[0].isGlobal = false;
     EXPECT_EQ(complaint(symptoms).subject, "language");
     EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
+}
+
+TEST(AServiceThatTakesAnyPause, IsPerhapsACause) {
+    Symptoms symptoms = healthy();
+    symptoms.events.takesAnyPause = true;
+    EXPECT_EQ(complaint(symptoms).subject, "events");
+    EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
+    EXPECT_NE(complaint(symptoms).seen.find("49 days"), std::string::npos);
 }
 
 TEST(AFilteredLanguage, IsACauseWhenItIsTheServices) {

@@ -52,6 +52,13 @@ TEST(AFailure, TakesABetterNextStepThanTheTables) {
                  "-3 bad parameter: no such file: name another");
 }
 
+TEST(ALostRequest, IsNamedWithTheNextStep) {
+    EXPECT_STREQ(Lost(3).what(),
+                 "0 sent, lost: the service has come to a later request and never got utterance 3 "
+                 "(requests are dropped on the way while too much is unread there), and was asked "
+                 "to drop what is left: try again");
+}
+
 TEST(CheckingAStatus, ThrowsForEverythingButZero) {
     EXPECT_NO_THROW(check(0, "x"));
     EXPECT_THROW(check(-5, "x"), Failure);

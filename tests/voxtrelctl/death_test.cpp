@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include "client/TTSClientPrivate.h"
 #include "tests/support/Eventually.h"
@@ -79,10 +80,14 @@ TEST(AServiceShutDownInMidSpeech, GivesItsReasonEvenIfItsDeathIsToldFirst) {
     voxtrelctl::Terminal terminal(true);  // what the test itself prints is to be seen
     voxtrelctl::Session session(terminal);
     EventQueue::instance().post({Notice::Source::ServiceDied, {}, 0});
-    EventQueue::instance().post(
-        {Notice::Source::Service,
-         {TTS::EVENT_STOPPED, 1, static_cast<uint32_t>(TTS::STATUS_SHUTDOWN)},
-         0});
+    // A busy machine is late with the event.
+    std::thread late([] {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+        EventQueue::instance().post(
+            {Notice::Source::Service,
+             {TTS::EVENT_STOPPED, 1, static_cast<uint32_t>(TTS::STATUS_SHUTDOWN)},
+             0});
+    });
     const auto printer =
         voxtrelctl::EventPrinter::make(voxtrelctl::EventPrinter::Style::Silent, nullptr);
     try {
@@ -91,6 +96,7 @@ TEST(AServiceShutDownInMidSpeech, GivesItsReasonEvenIfItsDeathIsToldFirst) {
     } catch (const voxtrelctl::Failure& failure) {
         EXPECT_STREQ(failure.what(), kShutdownLine);
     }
+    late.join();
 }
 
 /// The example of the README in the middle of a long sentence.

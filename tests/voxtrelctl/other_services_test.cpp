@@ -231,17 +231,18 @@ constexpr const char* kMuteLanguages =
     "pt_PT  0 voices  not spoken by the service\n";
 
 Table withTheMuteService(const std::string& profile) {
+    const std::string dropped = "and it was asked to drop what is left of it";
     return {
-        {{"say", "x"}, 1, "", unanswered("whether it has taken the text")},
-        {{"say", "--wait", "x"}, 1, "", unanswered("whether it has spoken")},
-        {{"say", "--json", "x"}, 1, "", unanswered("whether it has spoken")},
+        {{"say", "x"}, 1, "", unanswered("whether it has taken the text, " + dropped)},
+        {{"say", "--wait", "x"}, 1, "", unanswered("whether it has spoken, " + dropped)},
+        {{"say", "--json", "x"}, 1, "", unanswered("whether it has spoken, " + dropped)},
         {{"say", "--voice", "Anna", "x"},
          1,
          "",
          "-11 the client has no language of its own: and the service does not tell its own: name "
          "one with --lang"},
-        {{"silence", "20"}, 1, "", unanswered("whether it has taken the pause")},
-        {{"silence", "--wait", "20"}, 1, "", unanswered("whether it has spoken")},
+        {{"silence", "20"}, 1, "", unanswered("whether it has taken the pause, " + dropped)},
+        {{"silence", "--wait", "20"}, 1, "", unanswered("whether it has spoken, " + dropped)},
         {{"stop"}, 1, "", unanswered("whether it has stopped")},
         {{"lock", "--", "echo", "mine"},
          1,

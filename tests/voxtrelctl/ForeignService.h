@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_VOXTRELCTL_FOREIGNSERVICE_H
+#define VOXTREL_TESTS_VOXTRELCTL_FOREIGNSERVICE_H
+
+#include <deque>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "tests/support/RecordingService.h"
+
+namespace voxtrel_test {
+
+/// A service in the test's own process that speaks in no time, one thing after the other, and has
+/// the faults that the test gives it. Set them before the first client.
+///
+/// Called on: any thread. Locks: one around the queue, and those of RecordingService.
+class ForeignService : public support::RecordingService {
+public:
+    ForeignService();
+
+    std::set<unsigned> lost;     ///< numbers of utterances that never reach it
+    std::set<unsigned> endless;  ///< those that it begins and does not end until they are flushed
+    std::set<unsigned> untold;   ///< those whose end it does not tell
+    bool takesAnyPause = false;  ///< and pauses for as long as it says
+    bool isMute = false;         ///< sends no event of an utterance
+
+    /// Makes it what clients find.
+    static android::sp<ForeignService> registered();
+
+    /// Something is being spoken, or waits.
+    bool isBusy() const;
+
+    /// Ends what has no end, as if it had been spoken.
+    void goOn();
+
+    /// Tells every client that a setting has changed.
+    void tellState();
+
+    /// Was it called with a line that begins like this?
+    bool wasCalled(const std::string& line) const;
+
+    int say(unsigned pid, unsigned id, const std::string& words, unsigned speed, float volume,
+            unsigned voice, unsigned bgVolume, unsigned ttsVolume, float pitch,
+            EN_VOXTREL_LANGUAGE language) override;
+    int silence(unsigned pid, unsigned first, unsigned second, unsigned bgVolume) override;
+    int stopAndFlush(unsigned pid, unsigned arg) override;
+    int registerCallback(unsigned pid, const android::sp<TTS::ICallback>& cb) override;
+    int deregisterCallback(unsigned pid) override;
+
+private:
+    struct Item {
+        unsigned pid;
+        unsigned id;
+        bool isEndless;
+    };
+
+    void enqueue(const Item& item);
+    void drop(const Item& item, bool hasStarted);
+    void begin();
+    void tell(unsigned pid, unsigned event, unsigned second, unsigned third);
+
+    mutable std::mutex mMutex;
+    std::map<unsigned, android::sp<TTS::ICallback>> mClients;
+    std::deque<Item> mQueue;  ///< the first one is being spoken, and has no end
+};
+
+}  // namespace voxtrel_test
+
+#endif

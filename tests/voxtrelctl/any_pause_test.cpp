@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+// The command line asks for a pause of 49 days, which a service must refuse. What becomes of it
+// where the service takes it, and where it says nothing.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/Eventually.h"
+#include "tests/voxtrelctl/Device.h"
+#include "tests/voxtrelctl/ForeignService.h"
+
+using namespace voxtrel_test;
+
+namespace {
+
+constexpr const char* kComplaint =
+    "voxtrelctl: the service takes a pause of 49 days, which it must refuse at once "
+    "(docs/writing-a-service.md); it was told to drop it again\n";
+
+std::string fenceOf(pid_t process) {
+    return "silence(" + std::to_string(process) + ", 4294967295, 4294967295, ";
+}
+
+class AServiceThatTakesAnyPause : public ::testing::Test {
+protected:
+    AServiceThatTakesAnyPause() { service->takesAnyPause = true; }
+
+    Device device;
+    android::sp<ForeignService> service = ForeignService::registered();
+};
+
+TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilent) {
+    for (const Device::Words& words :
+         {Device::Words{"say", "Hello."}, {"silence", "20"}, {"stop"}}) {
+        const Outcome outcome = device.ctl(words);
+        EXPECT_EQ(outcome.status, 0) << words.front();
+        EXPECT_EQ(outcome.err, kComplaint) << words.front();
+        EXPECT_FALSE(service->isBusy()) << words.front();
+    }
+}
+
+TEST_F(AServiceThatTakesAnyPause, IsFoundByTheDoctor) {
+    const Outcome doctor = device.ctl({"doctor"});
+    EXPECT_NE(doctor.out.find("??  events           the service sends them, but takes a pause of "
+                              "49 days and may be silent for as long; "),
+              std::string::npos)
+        << doctor.out;
+    EXPECT_FALSE(service->isBusy());
+}
+
+TEST_F(AServiceThatTakesAnyPause, IsComplainedOfByTheMonitor) {
+    const auto monitor = device.start({"monitor"});
+    EXPECT_TRUE(monitor->awaitError(kComplaint));
+    EXPECT_TRUE(eventually([&] { return !service->isBusy(); }));
+    monitor->signal(SIGINT);
+    const Outcome outcome = monitor->wait();
+    EXPECT_EQ(outcome.out, "service connected\n");
+    EXPECT_EQ(outcome.err, kComplaint);
+}
+
+TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByWhoLeavesBeforeThePauseBegins) {
+    service->endless = {1};
+    const auto first = device.start({"say", "--wait", "Hello."});
+    ASSERT_TRUE(first->awaitOutput("started 1\n"));
+    const auto pause = device.start({"monitor"});
+    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(pause->pid())); }));
+    pause->signal(SIGINT);
+    EXPECT_EQ(pause->wait().status, 0);
+    first->signal(SIGINT);
+    EXPECT_EQ(first->wait().status, 1);
+    EXPECT_FALSE(service->isBusy());
+}
+
+TEST_F(AServiceThatTakesAnyPause, DropsTheTextWithThePauseWhenItWouldComeTooLate) {
+    service->endless = {1};
+    const Outcome said = device.ctl({"say", "Hello."});
+    EXPECT_EQ(said.status, 1);
+    EXPECT_EQ(said.err,
+              "voxtrelctl: 0 sent, not answered: the service takes a pause of 49 days instead of "
+              "refusing it, so it is not known whether it has taken the text, and it was asked to "
+              "drop what is left of it: see its own log; docs/writing-a-service.md says what it "
+              "must send\n");
+    EXPECT_FALSE(service->isBusy());
+}
+
+TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByALongWait) {
+    service->endless = {1};
+    const auto speaker = device.start({"say", "--wait", "Hello."});
+    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
+    EXPECT_EQ(device.ctl({"stop"}).status, 0);
+    EXPECT_EQ(speaker->wait().status, 0);
+    EXPECT_FALSE(service->isBusy());
+}
+
+TEST_F(AServiceThatTakesAnyPause, LosesNoPartOfATextWithThePause) {
+    service->endless = {1};
+    std::string text;
+    for (int n = 1; n <= 5; ++n) {
+        text += "It rains." + std::string(1015, ' ');
+    }
+    const auto speaker = device.start({"say", "--wait", text});
+    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
+    service->goOn();
+    const Outcome outcome = speaker->wait();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, kComplaint);
+    EXPECT_EQ(outcome.out,
+              "started 1\nfinished 1\nstarted 2\nfinished 2\nstarted 3\nfinished 3\n"
+              "started 4\nfinished 4\nstarted 5\nfinished 5\n");
+    EXPECT_FALSE(service->isBusy());
+}
+
+class AMuteService : public ::testing::Test {
+protected:
+    AMuteService() {
+        service->isMute = true;
+        service->takesAnyPause = true;
+    }
+
+    Device device;
+    android::sp<ForeignService> service = ForeignService::registered();
+};
+
+TEST_F(AMuteService, IsNotLeftSilent) {
+    std::vector<std::unique_ptr<Process>> all;
+    for (const Device::Words& words : {Device::Words{"say", "Hello."},
+                                       {"say", "--wait", "Hello."},
+                                       {"silence", "--wait", "20"},
+                                       {"stop"},
+                                       {"doctor"}}) {
+        all.push_back(device.start(words));
+    }
+    const auto monitor = device.start({"monitor"});
+    for (const auto& each : all) {
+        (void)each->wait();
+    }
+    EXPECT_TRUE(monitor->awaitError("the service does not answer with an event"));
+    EXPECT_TRUE(eventually([&] { return !service->isBusy(); }));
+    monitor->signal(SIGINT);
+    EXPECT_EQ(monitor->wait().status, 0);
+}
+
+TEST_F(AMuteService, IsAskedToDropWhatACommandAskedForThatIsInterrupted) {
+    const auto speaker = device.start({"say", "Hello."});
+    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
+    speaker->signal(SIGINT);
+    const Outcome outcome = speaker->wait();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "voxtrelctl: interrupted\n");
+    EXPECT_FALSE(service->isBusy());
+}
+
+}  // namespace

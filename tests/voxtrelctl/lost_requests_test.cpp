@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the command line says when the service never gets what it was sent.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <memory>
+#include <thread>
+
+#include "tests/support/Eventually.h"
+#include "tests/voxtrelctl/Device.h"
+#include "tests/voxtrelctl/ForeignService.h"
+
+using namespace voxtrel_test;
+
+namespace {
+
+constexpr size_t kPiece = 1024;
+
+std::string lostLine(unsigned utterance) {
+    return "voxtrelctl: 0 sent, lost: the service has come to a later request and never got "
+           "utterance " +
+           std::to_string(utterance) +
+           " (requests are dropped on the way while too much is unread there), and was asked to "
+           "drop what is left: try again\n";
+}
+
+/// So many texts of a piece each.
+std::string textOf(size_t pieces) {
+    std::string text;
+    for (size_t n = 0; n < pieces; ++n) {
+        text += "It rains." + std::string(kPiece - 9, ' ');
+    }
+    return text;
+}
+
+class ALostRequest : public ::testing::Test {
+protected:
+    Device device;
+    android::sp<ForeignService> service = ForeignService::registered();
+};
+
+TEST_F(ALostRequest, EndsWhoWaitsForIt) {
+    service->lost = {1};
+    const auto words = device.start({"say", "--wait", "Hello."});
+    const auto json = device.start({"say", "--json", "Hello."});
+    const auto pause = device.start({"silence", "--wait", "20"});
+    for (const auto& each : {words.get(), json.get(), pause.get()}) {
+        const Outcome outcome = each->wait();
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err, lostLine(1));
+    }
+}
+
+TEST_F(ALostRequest, IsNoticedAtOnceWhenALaterOneIsSpoken) {
+    service->lost = {2};
+    const Outcome outcome = device.ctl({"say", "--wait"}, textOf(4));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, lostLine(2));
+    EXPECT_EQ(outcome.out.rfind("started 1\nfinished 1\nstarted 3\n", 0), 0U) << outcome.out;
+    EXPECT_FALSE(service->wasCalled("silence")) << "nothing had to be asked";
+    EXPECT_TRUE(service->wasCalled("stopAndFlush")) << "the rest would be spoken all the same";
+}
+
+TEST_F(ALostRequest, IsNoticedWithoutWaitWhenALaterOneIsSpokenMeanwhile) {
+    service->lost = {2};
+    const Outcome outcome = device.ctl({"say"}, textOf(70));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, lostLine(2));
+}
+
+TEST_F(ALostRequest, IsNoticedWhileTheServiceTellsOfOtherThings) {
+    service->lost = {1};
+    std::atomic<bool> done{false};
+    std::thread changes([&] {
+        while (!done) {
+            service->tellState();
+            std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        }
+    });
+    const Outcome outcome = device.ctl({"say", "--wait", "Hello."});
+    done = true;
+    changes.join();
+    EXPECT_EQ(outcome.err, lostLine(1));
+}
+
+TEST_F(ALostRequest, IsNotTakenForOneThatIsStillSpoken) {
+    service->endless = {1};
+    const auto speaker = device.start({"say", "--wait", "Hello."});
+    const auto isAskedTwice = [&] {
+        size_t fences = 0;
+        for (const std::string& call : service->calls()) {
+            fences += call.find(", 4294967295, 4294967295, ") != std::string::npos ? 1 : 0;
+        }
+        return fences == 2;
+    };
+    EXPECT_TRUE(eventually(isAskedTwice));
+    speaker->signal(SIGINT);
+    const Outcome outcome = speaker->wait();
+    EXPECT_EQ(outcome.out, "started 1\nstopped 1 (flushed)\n");
+    EXPECT_EQ(outcome.err, "voxtrelctl: interrupted\n");
+}
+
+TEST_F(ALostRequest, IsNotSaidOfOneWhoseEndIsNotTold) {
+    service->untold = {1};
+    const Outcome outcome = device.ctl({"say", "--wait", "Hello."});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "started 1\n");
+    EXPECT_NE(outcome.err.find("so it is not known whether it has spoken to the end: "),
+              std::string::npos)
+        << outcome.err;
+}
+
+/// A service in the manners of a driver, a kilobyte of whose budget is left: a long request does
+/// not reach it, a short one does.
+class AFloodedService : public ::testing::Test {
+protected:
+    AFloodedService() {
+        device.startOther({VOXTREL_BLOCKED_SERVICE});
+        flooder = std::make_unique<Process>(Process::Words{VOXTREL_FLOODER, "test.blocked"});
+        EXPECT_TRUE(flooder->awaitOutput("flooded\n")) << flooder->output();
+    }
+
+    static std::string longSentence() { return "It" + std::string(1010, 'n') + "rains. "; }
+
+    // For the processes that are started here. A seed that is given is not logged.
+    const int manners = setenv("VOXTREL_BINDER_MANNERS", "driver", 1);
+    const int seed = setenv("VOXTREL_BINDER_SEED", "7", 1);
+    Device device;
+    std::unique_ptr<Process> flooder;
+};
+
+TEST_F(AFloodedService, DoesNotLetWhoWaitsForASentenceWaitForEver) {
+    const Outcome outcome = device.ctl({"say", "--wait"}, "Hello. " + longSentence());
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, lostLine(2));
+    EXPECT_EQ(outcome.out, "started 1\nfinished 1\n");
+}
+
+TEST_F(AFloodedService, IsNotSaidToHaveSpokenWhatItNeverGot) {
+    const Outcome outcome =
+        device.ctl({"say", "--wait"}, "Hello. " + longSentence() + "So take an umbrella along.");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, lostLine(2));
+    EXPECT_EQ(outcome.out.rfind("started 1\nfinished 1\nstarted 3\n", 0), 0U) << outcome.out;
+}
+
+}  // namespace
