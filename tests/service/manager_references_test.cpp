@@ -108,6 +108,7 @@ protected:
     Lines log;
     bool isToEnd = false;
     int attempts = 0;  ///< to get a reference to the service manager
+    int absences = 0;  ///< so many of them find none
     sp<support::RecordingRemote> context = new support::RecordingRemote();
     const sp<OneName> manager = new OneName();
     const sp<IBinder> service = new android::BBinder();
@@ -115,13 +116,20 @@ protected:
         Registration::AfterDeath::RegisterAgain,
         [this](LogLevel, const std::string& line) { state.change([&] { log.push_back(line); }); },
         {[this] {
-             state.change([&] { ++attempts; });
-             return state.read([&] { return sp<IBinder>(context); });
+             sp<IBinder> found;
+             state.change([&] { found = ++attempts > absences ? context : nullptr; });
+             return found;
          },
          [this] { state.change([&] { isToEnd = true; }); }, std::chrono::milliseconds(500)}};
 };
 
 const std::string kAgain = "registered again, with the service manager that has been started";
+
+TEST_F(ARegistration, WaitsAMomentForAManagerThatIsAboutToCome) {
+    absences = 1;
+    begin();
+    EXPECT_EQ(2, state.read([&] { return attempts; }));
+}
 
 TEST_F(ARegistration, IsTriedUntilTheNextManagerTakesTheNameAndWarnsOnce) {
     begin();

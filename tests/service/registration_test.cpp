@@ -103,29 +103,6 @@ TEST_F(ARegisteredService, SaysThatTheSocketIsMissingAndLeaves) {
     EXPECT_LE(kManagerPatience, std::chrono::steady_clock::now() - begin);
 }
 
-TEST_F(ARegisteredService, WaitsAMomentForASocketThatIsAboutToCome) {
-    const std::string elsewhere = folder.path("elsewhere");
-    std::filesystem::rename(socket, elsewhere);
-    const Process service = start();
-    awaitItsProfile();
-    std::filesystem::rename(elsewhere, socket);
-    service->readUntil("voxtreld: ready");
-    expectSpeech();
-}
-
-TEST_F(ARegisteredService, WaitsAMomentForTheManagerBehindASocketThatWasLeft) {
-    const std::string elsewhere = folder.path("elsewhere");
-    killManager();
-    setenv("VOXTREL_BINDER_SOCKET", elsewhere.c_str(), 1);
-    startManager();
-    setenv("VOXTREL_BINDER_SOCKET", socket.c_str(), 1);
-    const Process service = start();
-    awaitItsProfile();
-    std::filesystem::rename(elsewhere, socket);
-    service->readUntil("voxtreld: ready");
-    expectSpeech();
-}
-
 TEST_F(ARegisteredService, EndsOnASignalWhileItWaitsForTheSocket) {
     std::filesystem::remove(socket);
     const Process service = start();
