@@ -90,6 +90,10 @@ TEST_F(TheSocket, IsNotLeftBehindWhereItCannotBeGivenToTheGroup) {
     command.insert(command.end(), words.begin(), words.end());
     const Outcome outcome = Process(isRoot() ? command : words).wait();
     EXPECT_EQ(1, outcome.status);
+    EXPECT_NE(std::string::npos, outcome.err.find("cannot give " + socketPath() +
+                                                  " to group 12345: Operation not "
+                                                  "permitted; its members and root may\n"))
+        << outcome.err;
     EXPECT_NE(std::string::npos, outcome.err.find("cannot listen at " + socketPath() + ": "))
         << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(socketPath()));

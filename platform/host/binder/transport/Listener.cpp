@@ -114,6 +114,10 @@ bool grant(const std::string& path, const SocketAccess& access) {
     }
     if (access.group.has_value() &&
         fchownat(file.get(), "", static_cast<uid_t>(-1), *access.group, AT_EMPTY_PATH) != 0) {
+        const int error = errno;
+        logLine("cannot give %s to group %u: %s; its members and root may", path.c_str(),
+                static_cast<unsigned>(*access.group), strerrordesc_np(error));
+        errno = error;
         return false;
     }
     return chmod(("/proc/self/fd/" + std::to_string(file.get())).c_str(), access.mode) == 0;
