@@ -82,6 +82,12 @@ void Session::connect(Terminal& terminal) {
         throw Failure(TTS::STATUS_NO_SERVICE, "it is registered, but did not become ready in 60 s",
                       "see what the service logs about its voices, and try again");
     }
+    if (notice.status == TTS::STATUS_PERMISSION_DENIED) {
+        throw Failure(notice.status,
+                      "the service does not admit this client: its user may not connect, or there "
+                      "are too many clients",
+                      "ask whoever runs it; of voxtreld see its log and voxtreld-policy(5)");
+    }
     if (notice.status != 0) {
         throw Failure(notice.status);
     }

@@ -146,8 +146,9 @@ TEST_F(SeveralUsers, AreNotAdmittedWithoutAPolicy) {
     }
     EXPECT_EQ(1, outcome.status);
     EXPECT_EQ(
-        "voxtrelctl: -10 permission denied: the service does not let this user do that; ask "
-        "whoever runs it (of voxtreld see voxtreld-policy(5))\n",
+        "voxtrelctl: -10 permission denied: the service does not admit this client: its user may "
+        "not connect, or there are too many clients: ask whoever runs it; of voxtreld see its log "
+        "and voxtreld-policy(5)\n",
         outcome.err);
     const Outcome doctor = ctlAs(other, {"doctor"});
     EXPECT_EQ(1, doctor.status);
