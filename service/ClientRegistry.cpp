@@ -33,7 +33,8 @@ private:
     const uint32_t mPid;
 };
 
-ClientRegistry::ClientRegistry(Died died) : mDied(std::move(died)) {}
+ClientRegistry::ClientRegistry(Died died, uint32_t ownUser)
+    : mDied(std::move(died)), mOwnUser(ownUser) {}
 
 ClientRegistry::~ClientRegistry() {
     std::unordered_map<uint32_t, Client> clients;
@@ -51,6 +52,13 @@ void ClientRegistry::unlink(const Client& client) {
     // Refused when the binder is dead or local, and then there is nothing to unlink.
     (void)android::IInterface::asBinder(client.callback)
         ->unlinkToDeath(client.obituary, nullptr, 0, nullptr);
+}
+
+bool ClientRegistry::hasRoomFor(uint32_t uid) const {
+    const auto isOfUser = [uid](const auto& entry) { return entry.second.uid == uid; };
+    const auto held = std::count_if(mClients.begin(), mClients.end(), isOfUser);
+    return mClients.size() < kMaxClients &&
+           (uid == mOwnUser || static_cast<size_t>(held) < kMaxOfOtherUser);
 }
 
 /// An outbox for the client's callback, or the one that it has, redirected to it.
@@ -79,7 +87,7 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
     {
         const MutexLock lock(mMutex);
         const auto found = mClients.find(pid);
-        if (found == mClients.end() && mClients.size() >= kMaxClients) {
+        if (found == mClients.end() && !hasRoomFor(uid)) {
             return refuse(pid, uid);
         }
         if (found != mClients.end() && found->second.uid == uid) {

@@ -28,13 +28,17 @@ public:
     /// Called on a binder thread after a client's callback died and was forgotten.
     using Died = std::function<void(uint32_t pid)>;
 
-    explicit ClientRegistry(Died died);
+    /// @param ownUser the service's own user, whose clients others cannot keep out.
+    ClientRegistry(Died died, uint32_t ownUser);
     ~ClientRegistry() override;
     ClientRegistry(const ClientRegistry&) = delete;
     ClientRegistry& operator=(const ClientRegistry&) = delete;
 
     /// How many processes may be registered, so that nobody can use up our threads and memory.
     static constexpr size_t kMaxClients = 128;
+
+    /// Of one user other than the service's own.
+    static constexpr size_t kMaxOfOtherUser = kMaxClients / 2;
 
     /// Threads that send events: one a client, and those of earlier callbacks that have not
     /// returned from their last call yet.
@@ -99,6 +103,7 @@ private:
     };
     using Formers = std::deque<Former>;  ///< a process once; the latest at the end
 
+    bool hasRoomFor(uint32_t uid) const VOXTRELD_REQUIRES(mMutex);
     bool startOutbox(Client& client) const;
     int refuse(uint32_t pid, uint32_t uid) VOXTRELD_REQUIRES(mMutex);
     void died(uint32_t pid, const Obituary* obituary);
@@ -108,6 +113,7 @@ private:
     static void unlink(const Client& client);
 
     const Died mDied;
+    const uint32_t mOwnUser;
     const std::shared_ptr<std::atomic<size_t>> mSenders = std::make_shared<std::atomic<size_t>>(0);
     mutable Mutex mMutex;
     std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);

@@ -43,6 +43,8 @@ public:
 
     bool permits(uint32_t uid, Permission permission) const;
 
+    uint32_t ownUser() const { return mOwnUser; }
+
     /// The groups that the system's database has for the user, its primary one included. A user
     /// that the database does not know has none.
     static Groups groupsOfUser(uint32_t uid);

@@ -49,7 +49,7 @@ VoxtrelService::VoxtrelService(const Parts& parts)
       mLastRequest(std::chrono::steady_clock::now()),
       mSettings(parts.profile->load()),
       mCapabilities(emptyCapabilities()),
-      mClients([this](uint32_t pid) { clientDied(pid); }) {
+      mClients([this](uint32_t pid) { clientDied(pid); }, parts.policy->ownUser()) {
     const MutexLock lock(mMutex);
     mProfile->save(mSettings.profile());  // a fresh or repaired profile is on disk from the start
 }
@@ -270,7 +270,8 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     if (added == STATUS_QUEUE_FULL) {
         mRefusals.refused(pid, "registerCallback", added,
                           "registerCallback: no room for process " + std::to_string(pid) +
-                              ", too many clients are registered; try again when one has left");
+                              ", too many clients are registered, of its user or in all; try "
+                              "again when one has left");
         return added;
     }
     if (added != STATUS_OK) {

@@ -290,6 +290,23 @@ TEST_F(AClient, BeyondTheLimitIsRefusedWithALogLineUntilAnotherLeaves) {
     EXPECT_TRUE(clients[1]->told().empty());
 }
 
+TEST_F(AClient, FindsRoomHoweverManyAnotherUserHas) {
+    makeService({{PolicyRule::Subject::Any, 0, bitOf(Permission::Connect)}});
+    const auto registerAs = [this](uint32_t pid, uint32_t user) {
+        caller = {pid, user};
+        return service->registerCallback(pid, new RecordingCallback(pid));
+    };
+    uint32_t pid = 1000;
+    int status = STATUS_OK;
+    for (; status == STATUS_OK && pid < 1000 + ClientRegistry::kMaxClients; ++pid) {
+        status = registerAs(pid, kUser + 1);
+    }
+    EXPECT_EQ(STATUS_QUEUE_FULL, status);
+    EXPECT_EQ(STATUS_OK, registerAs(1000, kUser + 1)) << "who is there may register again";
+    EXPECT_EQ(STATUS_OK, registerAs(kAnn, kUser + 2));
+    EXPECT_EQ(STATUS_OK, registerAs(kBob, kUser));
+}
+
 TEST_F(AClient, ThatWasRefusedForRoomAndSaysGoodbyeMayComeAgain) {
     for (uint32_t i = 0; i < ClientRegistry::kMaxClients; ++i) {
         (void)join(1000 + i);

@@ -31,7 +31,7 @@ protected:
         ASSERT_TRUE(registry.remove(pid, now));
     }
 
-    ClientRegistry registry{[](uint32_t) {}};
+    ClientRegistry registry{[](uint32_t) {}, kUser};
     const Time now = std::chrono::steady_clock::now();
 };
 
@@ -76,7 +76,7 @@ private:
 
 TEST(TheRegistry, LetsGoOfAClientsProxyWithoutItsLock) {
     constexpr uint32_t kPid = 1;
-    ClientRegistry registry([](uint32_t) {});
+    ClientRegistry registry([](uint32_t) {}, 0);
     std::vector<std::future<bool>> looks;
     const auto look = [&] {
         // On another thread, so that a lock that is held fails the test and does not hang it.
