@@ -19,8 +19,10 @@ struct Step {
 
 /// What must be so before the service can be asked for more, in this order.
 constexpr Step kSteps[] = {
-    {Reach::NoServiceManager, TTS::STATUS_SERVICE_NOT_FOUND, "service manager", "running", "absent",
-     "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"},
+    {Reach::NoServiceManager, TTS::STATUS_SERVICE_NOT_FOUND, "service manager", "running",
+     "none that this user can reach",
+     "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here), or ask whoever "
+     "runs it to let this user in"},
     {Reach::NoService, TTS::STATUS_SERVICE_NOT_FOUND, "service", "registered", "absent",
      "start it with: voxtreld"},
     {Reach::NotTrusted, TTS::STATUS_PERMISSION_DENIED, "owner", "", "not trusted: ",

@@ -51,10 +51,14 @@ TEST(TheDoctor, FindsTheServiceManagerAbsent) {
     device.killServiceManager();
     const Outcome outcome = device.ctl({"doctor"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.out.rfind("!!  service manager  absent; start it with: ", 0), 0U)
+    EXPECT_EQ(
+        outcome.out.rfind("!!  service manager  none that this user can reach; start it with: ", 0),
+        0U)
         << outcome.out;
-    EXPECT_EQ(outcome.err.rfind("voxtrelctl: -8 service not found: service manager absent: ", 0),
-              0U)
+    EXPECT_EQ(
+        outcome.err.rfind(
+            "voxtrelctl: -8 service not found: service manager none that this user can reach: ", 0),
+        0U)
         << outcome.err;
 }
 

@@ -137,6 +137,17 @@ TEST_F(SeveralUsers, TrustRootsService) {
         << doctor.out;
 }
 
+TEST_F(SeveralUsers, LearnThatTheSocketMayNotBeTheirs) {
+    ASSERT_EQ(0, chmod(device.path("").c_str(), 0700));
+    const Outcome doctor = ctlAs(other, {"doctor"});
+    EXPECT_EQ(1, doctor.status);
+    const bool seesManager = doctor.out.find("ok  service manager") != std::string::npos;
+    EXPECT_EQ(canBeOthers(), !seesManager) << doctor.out;
+    EXPECT_EQ(canBeOthers(),
+              doctor.out.find("none that this user can reach; ") != std::string::npos)
+        << doctor.out;
+}
+
 TEST_F(SeveralUsers, AreNotAdmittedWithoutAPolicy) {
     startServiceAs(geteuid(), "");
     const Outcome outcome = ctlAs(other, {"say", "x"});
