@@ -9,9 +9,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
+#include <string>
 #include <utility>
 
 #include "tests/support/TempFolder.h"
