@@ -17,6 +17,10 @@ using Clock = EventQueue::Clock;
 constexpr auto kPatience = std::chrono::milliseconds(800);
 constexpr auto kProgressStep = std::chrono::seconds(1);
 
+/// As often as the library looks, which asks in a way that may take seconds for each look.
+constexpr int kLooks = 31;
+constexpr auto kLookPause = std::chrono::milliseconds(500);
+
 class Obituary : public android::IBinder::DeathRecipient {
 public:
     void binderDied(const android::wp<android::IBinder>&) override {
@@ -29,10 +33,18 @@ Notice awaitConnected(Clock::time_point deadline) {
         deadline, [](const Notice& n) { return n.source == Notice::Source::Connected; });
 }
 
-void showProgress(Terminal& terminal, std::chrono::seconds passed) {
-    terminal.progress(isServiceRegistered()
-                          ? "the service is there and loads its voices (up to 60 s)"
-                          : "looking for the service for up to 15 s; is voxtreld running?",
+android::sp<android::IBinder> awaitService() {
+    android::sp<android::IBinder> service = findService();
+    for (int look = 1; service == nullptr && look < kLooks; ++look) {
+        std::this_thread::sleep_for(kLookPause);
+        service = findService();
+    }
+    return service;
+}
+
+void showProgress(Terminal& terminal, bool isRegistered, std::chrono::seconds passed) {
+    terminal.progress(isRegistered ? "the service is there and loads its voices (up to 60 s)"
+                                   : "looking for the service for up to 15 s; is voxtreld running?",
                       std::to_string(passed.count()) + " s");
 }
 
@@ -56,15 +68,16 @@ Session::~Session() {
 }
 
 void Session::connect(Terminal& terminal) {
-    // The search sleeps inside the library, so it gets a thread of its own and this one stays free
-    // to show progress and to hear Ctrl-C.
+    // The search sleeps inside the library, and a runtime without a service manager may never come
+    // back. So it gets a thread of its own, and this one, which asks the runtime for nothing, stays
+    // free to show progress and to hear Ctrl-C.
     std::thread search([this] {
         EventQueue::instance().post({Notice::Source::Connected, {}, connectToTrusted()});
     });
     const auto begin = Clock::now();
     Notice notice = awaitConnected(begin + kPatience);
     while (notice.source == Notice::Source::TimedOut) {
-        showProgress(terminal,
+        showProgress(terminal, mIsRegistered,
                      std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - begin));
         notice = awaitConnected(Clock::now() + kProgressStep);
     }
@@ -97,8 +110,12 @@ void Session::connect(Terminal& terminal) {
 // and after: what counts is whose the reference is that will be used. Nothing but `getService` ever
 // takes another one.
 int Session::connectToTrusted() {
-    const android::sp<android::IBinder> registered = findService();
-    mDoubt = registered != nullptr ? doubtAbout(registered) : std::nullopt;
+    const android::sp<android::IBinder> registered = awaitService();
+    if (registered == nullptr) {
+        return TTS::STATUS_SERVICE_NOT_FOUND;
+    }
+    mIsRegistered = true;
+    mDoubt = doubtAbout(registered);
     if (mDoubt.has_value()) {
         return mDoubt->code();
     }

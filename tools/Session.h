@@ -2,6 +2,7 @@
 #ifndef VOXTREL_TOOLS_SESSION_H
 #define VOXTREL_TOOLS_SESSION_H
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -21,7 +22,7 @@ class ClientUse;
 /// Called on: the main thread. Locks: none.
 class Session {
 public:
-    /// Connects. The client library searches up to 15 s for the service and waits up to 60 s for it
+    /// Connects. Searches up to 15 s for the service, for which the client library waits up to 60 s
     /// to be ready; what is waited for is shown on `terminal` once it takes noticeably long.
     /// Throws Failure with -8 (not found), -5 (never ready) or -10 (not admitted, or a service
     /// whose owner is not trusted: that one is sent nothing that anybody says); Ctrl-C meanwhile
@@ -56,7 +57,8 @@ private:
     android::sp<android::IBinder::DeathRecipient> mObituary;
     std::optional<TTS::MutexLock> mHold;  ///< while there are uses
     size_t mUses = 0;
-    std::optional<Failure> mDoubt;  ///< of the search, once that has ended
+    std::atomic<bool> mIsRegistered{false};  ///< the search has found the service
+    std::optional<Failure> mDoubt;           ///< of the search, once that has ended
 };
 
 /// The client with `Clientmutex` held; uses may nest. The library reads the shared connection

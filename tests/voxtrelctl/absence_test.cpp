@@ -36,6 +36,19 @@ TEST(WithoutAService, TheSearchEndsAtOnceOnCtrlC) {
     EXPECT_EQ(outcome.err, std::string(kWaiting) + "voxtrelctl: interrupted\n");
 }
 
+/// Where the runtime waits for one without end, nothing of this program's may wait with it.
+TEST(WithoutAServiceManager, TheSearchEndsAtOnceOnCtrlC) {
+    Device device;
+    device.killServiceManager();
+    const auto waiting = device.start({"say", "x"});
+    ASSERT_TRUE(waiting->awaitError(kWaiting));
+    waiting->signal(SIGINT);
+    const Outcome outcome = waiting->wait();
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_NE(outcome.err.find("voxtrelctl: interrupted\n"), std::string::npos) << outcome.err;
+}
+
 TEST(AServiceThatComesLate, IsFoundByACommandThatWaits) {
     Device device;
     const auto waiting = device.start({"say", "--wait", "late"});
