@@ -34,6 +34,31 @@ android::sp<ForeignService> ForeignService::registered() {
     return service;
 }
 
+void ForeignService::lose(unsigned id) {
+    const std::lock_guard<std::mutex> held(mMutex);
+    mLost.insert(id);
+}
+
+void ForeignService::neverEnd(unsigned id) {
+    const std::lock_guard<std::mutex> held(mMutex);
+    mEndless.insert(id);
+}
+
+void ForeignService::hideEndOf(unsigned id) {
+    const std::lock_guard<std::mutex> held(mMutex);
+    mUntold.insert(id);
+}
+
+void ForeignService::takeAnyPause() {
+    const std::lock_guard<std::mutex> held(mMutex);
+    mTakesAnyPause = true;
+}
+
+void ForeignService::beMute() {
+    const std::lock_guard<std::mutex> held(mMutex);
+    mIsMute = true;
+}
+
 bool ForeignService::isBusy() const {
     const std::lock_guard<std::mutex> held(mMutex);
     return !mQueue.empty();
@@ -63,17 +88,17 @@ int ForeignService::say(unsigned pid, unsigned id, const std::string& words, uns
                         float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
                         float pitch, EN_VOXTREL_LANGUAGE language) {
     const std::lock_guard<std::mutex> held(mMutex);
-    enqueue({pid, id, endless.count(id) != 0});
+    enqueue({pid, id, mEndless.count(id) != 0});
     return RecordingService::say(pid, id, words, speed, volume, voice, bgVolume, ttsVolume, pitch,
                                  language);
 }
 
 int ForeignService::silence(unsigned pid, unsigned first, unsigned second, unsigned bgVolume) {
     const std::lock_guard<std::mutex> held(mMutex);
-    if (second > kLongestPause && !takesAnyPause) {
+    if (second > kLongestPause && !mTakesAnyPause) {
         tell(pid, TTS::EVENT_STOPPED, first, static_cast<unsigned>(TTS::STATUS_BAD_PARAMETER));
     } else {
-        enqueue({pid, first, second > kLongestPause || endless.count(first) != 0});
+        enqueue({pid, first, second > kLongestPause || mEndless.count(first) != 0});
     }
     return RecordingService::silence(pid, first, second, bgVolume);
 }
@@ -111,7 +136,7 @@ int ForeignService::deregisterCallback(unsigned pid) {
 }
 
 void ForeignService::enqueue(const Item& item) {
-    if (lost.count(item.id) != 0) {
+    if (mLost.count(item.id) != 0) {
         return;
     }
     mQueue.push_back(item);
@@ -134,7 +159,7 @@ void ForeignService::begin() {
         if (item.isEndless) {
             return;
         }
-        if (untold.count(item.id) == 0) {
+        if (mUntold.count(item.id) == 0) {
             tell(item.pid, TTS::EVENT_FINISHED, item.id, 0);
         }
         mQueue.pop_front();
@@ -143,7 +168,7 @@ void ForeignService::begin() {
 
 void ForeignService::tell(unsigned pid, unsigned event, unsigned second, unsigned third) {
     const auto client = mClients.find(pid);
-    if (!isMute && client != mClients.end()) {
+    if (!mIsMute && client != mClients.end()) {
         client->second->notify(event, second, third);
     }
 }

@@ -13,18 +13,27 @@
 namespace voxtrel_test {
 
 /// A service in the test's own process that speaks in no time, one thing after the other, and has
-/// the faults that the test gives it. Set them before the first client.
+/// the faults that the test gives it.
 ///
 /// Called on: any thread. Locks: one around the queue, and those of RecordingService.
 class ForeignService : public support::RecordingService {
 public:
     ForeignService();
 
-    std::set<unsigned> lost;     ///< numbers of utterances that never reach it
-    std::set<unsigned> endless;  ///< those that it begins and does not end until they are flushed
-    std::set<unsigned> untold;   ///< those whose end it does not tell
-    bool takesAnyPause = false;  ///< and pauses for as long as it says
-    bool isMute = false;         ///< sends no event of an utterance
+    /// Never gets the utterance with this number.
+    void lose(unsigned id);
+
+    /// Begins it, and does not end it until it is flushed.
+    void neverEnd(unsigned id);
+
+    /// Does not tell its end.
+    void hideEndOf(unsigned id);
+
+    /// Pauses for as long as it is asked to.
+    void takeAnyPause();
+
+    /// Sends no event of an utterance.
+    void beMute();
 
     /// Makes it what clients find.
     static android::sp<ForeignService> registered();
@@ -63,6 +72,11 @@ private:
 
     mutable std::mutex mMutex;
     std::map<unsigned, android::sp<TTS::ICallback>> mClients;
+    std::set<unsigned> mLost;
+    std::set<unsigned> mEndless;
+    std::set<unsigned> mUntold;
+    bool mTakesAnyPause = false;
+    bool mIsMute = false;
     std::deque<Item> mQueue;  ///< the first one is being spoken, and has no end
 };
 

@@ -26,7 +26,7 @@ std::string fenceOf(pid_t process) {
 
 class AServiceThatTakesAnyPause : public ::testing::Test {
 protected:
-    AServiceThatTakesAnyPause() { service->takesAnyPause = true; }
+    AServiceThatTakesAnyPause() { service->takeAnyPause(); }
 
     Device device;
     android::sp<ForeignService> service = ForeignService::registered();
@@ -62,7 +62,7 @@ TEST_F(AServiceThatTakesAnyPause, IsComplainedOfByTheMonitor) {
 }
 
 TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByWhoLeavesBeforeThePauseBegins) {
-    service->endless = {1};
+    service->neverEnd(1);
     const auto first = device.start({"say", "--wait", "Hello."});
     ASSERT_TRUE(first->awaitOutput("started 1\n"));
     const auto pause = device.start({"monitor"});
@@ -75,7 +75,7 @@ TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByWhoLeavesBeforeThePauseBegins
 }
 
 TEST_F(AServiceThatTakesAnyPause, DropsTheTextWithThePauseWhenItWouldComeTooLate) {
-    service->endless = {1};
+    service->neverEnd(1);
     const Outcome said = device.ctl({"say", "Hello."});
     EXPECT_EQ(said.status, 1);
     EXPECT_EQ(said.err,
@@ -87,7 +87,7 @@ TEST_F(AServiceThatTakesAnyPause, DropsTheTextWithThePauseWhenItWouldComeTooLate
 }
 
 TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByALongWait) {
-    service->endless = {1};
+    service->neverEnd(1);
     const auto speaker = device.start({"say", "--wait", "Hello."});
     EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
     EXPECT_EQ(device.ctl({"stop"}).status, 0);
@@ -96,7 +96,7 @@ TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByALongWait) {
 }
 
 TEST_F(AServiceThatTakesAnyPause, LosesNoPartOfATextWithThePause) {
-    service->endless = {1};
+    service->neverEnd(1);
     std::string text;
     for (int n = 1; n <= 5; ++n) {
         text += "It rains." + std::string(1015, ' ');
@@ -116,8 +116,8 @@ TEST_F(AServiceThatTakesAnyPause, LosesNoPartOfATextWithThePause) {
 class AMuteService : public ::testing::Test {
 protected:
     AMuteService() {
-        service->isMute = true;
-        service->takesAnyPause = true;
+        service->beMute();
+        service->takeAnyPause();
     }
 
     Device device;

@@ -42,7 +42,7 @@ protected:
 };
 
 TEST_F(ALostRequest, EndsWhoWaitsForIt) {
-    service->lost = {1};
+    service->lose(1);
     const auto words = device.start({"say", "--wait", "Hello."});
     const auto json = device.start({"say", "--json", "Hello."});
     const auto pause = device.start({"silence", "--wait", "20"});
@@ -55,7 +55,7 @@ TEST_F(ALostRequest, EndsWhoWaitsForIt) {
 }
 
 TEST_F(ALostRequest, IsNoticedAtOnceWhenALaterOneIsSpoken) {
-    service->lost = {2};
+    service->lose(2);
     const Outcome outcome = device.ctl({"say", "--wait"}, textOf(4));
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, lostLine(2));
@@ -65,14 +65,14 @@ TEST_F(ALostRequest, IsNoticedAtOnceWhenALaterOneIsSpoken) {
 }
 
 TEST_F(ALostRequest, IsNoticedWithoutWaitWhenALaterOneIsSpokenMeanwhile) {
-    service->lost = {2};
+    service->lose(2);
     const Outcome outcome = device.ctl({"say"}, textOf(70));
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, lostLine(2));
 }
 
 TEST_F(ALostRequest, IsNoticedWhileTheServiceTellsOfOtherThings) {
-    service->lost = {1};
+    service->lose(1);
     std::atomic<bool> done{false};
     std::thread changes([&] {
         while (!done) {
@@ -87,7 +87,7 @@ TEST_F(ALostRequest, IsNoticedWhileTheServiceTellsOfOtherThings) {
 }
 
 TEST_F(ALostRequest, IsNotTakenForOneThatIsStillSpoken) {
-    service->endless = {1};
+    service->neverEnd(1);
     const auto speaker = device.start({"say", "--wait", "Hello."});
     const auto isAskedTwice = [&] {
         size_t fences = 0;
@@ -104,7 +104,7 @@ TEST_F(ALostRequest, IsNotTakenForOneThatIsStillSpoken) {
 }
 
 TEST_F(ALostRequest, IsNotSaidOfOneWhoseEndIsNotTold) {
-    service->untold = {1};
+    service->hideEndOf(1);
     const Outcome outcome = device.ctl({"say", "--wait", "Hello."});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "started 1\n");
