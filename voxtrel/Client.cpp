@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voxtrel/Client.h"
+
+#include "voxtrel/ClientState.h"
+#include "voxtrel/Deadline.h"
+#include "voxtrel/session/TextCutter.h"
+#include "voxtrel/session/Wire.h"
+#include "voxtrel/testing/FakeSession.h"
+
+namespace voxtrel {
+namespace {
+
+/// A text that is marked up cannot be cut.
+constexpr std::size_t kMostMarkedUp = 262144;
+
+/// Ok if it can be spoken, whatever service there is.
+Status checkText(const Speech& speech) {
+    const bool isTooLong = speech.isMarkedUp() && speech.text.size() > kMostMarkedUp;
+    return isTooLong || firstInvalidByte(speech.text) ? Status::BadParameter : Status::Ok;
+}
+
+std::shared_ptr<Session> sessionFor(const ClientOptions& options,
+                                    const std::shared_ptr<Mailbox>& mailbox) {
+    return options.fake != nullptr ? testing::sessionOf(*options.fake, mailbox)
+                                   : Session::ofProcess(mailbox);
+}
+
+}  // namespace
+
+ClientState::ClientState(const ClientOptions& chosen)
+    : options(chosen),
+      mailbox(std::make_shared<Mailbox>(chosen.handlerThread == HandlerThread::OfTheApplication)),
+      session(sessionFor(chosen, mailbox)) {}
+
+std::chrono::steady_clock::time_point ClientState::deadline(
+    std::optional<Milliseconds> asked) const {
+    return deadlineAfter(asked.value_or(options.deadline));
+}
+
+std::shared_ptr<Speech> ClientState::newSpeech() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    auto speech = std::make_shared<Speech>();
+    speech->client = mailbox;
+    speech->state = std::make_shared<UtteranceState>(++said);
+    speech->options = defaults;
+    return speech;
+}
+
+Client::Client(std::string, ClientOptions options)
+    : mState(std::make_shared<ClientState>(options)) {}
+
+Client::~Client() {
+    if (mState != nullptr) {
+        const auto deadline = deadlineAfter(mState->options.linger);
+        mState->session->waitUntilSent(*mState->mailbox, deadline);
+        mState->session->unlock(*mState->mailbox);
+        mState->session->leave(mState->mailbox, deadlineAfter(mState->options.deadline));
+    }
+}
+
+Client::Client(Client&&) noexcept = default;
+
+Client& Client::operator=(Client&& other) noexcept {
+    if (this != &other) {
+        Client old(std::move(*this));
+        mState = std::move(other.mState);
+    }
+    return *this;
+}
+
+Utterance Client::say(std::string_view text, const SpeechOptions& options) {
+    const std::shared_ptr<Speech> speech = mState->newSpeech();
+    speech->text = text;
+    speech->options = merged(options, speech->options);
+    const Status textStatus = checkText(*speech);
+    const Status status = textStatus != Status::Ok ? textStatus : checkOptions(speech->options);
+    const Utterance utterance(speech->state);
+    if (status == Status::Ok) {
+        mState->session->say(speech);
+    } else {
+        mState->session->refuse(speech, status);
+    }
+    return utterance;
+}
+
+Utterance Client::pause(Milliseconds length) {
+    const std::shared_ptr<Speech> speech = mState->newSpeech();
+    const Utterance utterance(speech->state);
+    if (length.count() >= 0 && length.count() < wire::kEndlessPause) {
+        speech->pauseMs = static_cast<std::uint32_t>(length.count());
+        mState->session->say(speech);
+    } else {
+        mState->session->refuse(speech, Status::BadParameter);
+    }
+    return utterance;
+}
+
+void Client::stop() {
+    mState->session->stop(mState->mailbox);
+}
+
+Result<void> Client::stopEverybody(std::optional<Milliseconds> deadline) {
+    return mState->session->stopEverybody(mState->mailbox, mState->deadline(deadline));
+}
+
+Result<void> Client::waitForAll(Milliseconds patience) {
+    if (mState->session->waitForAll(*mState->mailbox, deadlineAfter(patience))) {
+        return {};
+    }
+    return Error{Status::TimedOut, "something is still being spoken, or waits for its turn"};
+}
+
+void Client::setDefaults(const SpeechOptions& defaults) {
+    const std::lock_guard<std::mutex> lock(mState->mutex);
+    mState->defaults = defaults;
+}
+
+SpeechOptions Client::defaults() const {
+    const std::lock_guard<std::mutex> lock(mState->mutex);
+    return mState->defaults;
+}
+
+void Client::onEvent(std::function<void(const Event&)> handler) {
+    if (handler && mState->options.handlerThread == HandlerThread::OfTheLibrary) {
+        mState->session->startHandling();
+    }
+    mState->mailbox->setHandler(std::move(handler));
+}
+
+int Client::fd() const noexcept {
+    return mState->mailbox->fd();
+}
+
+std::size_t Client::dispatch() {
+    return mState->mailbox->dispatch();
+}
+
+bool Client::isConnected() const noexcept {
+    return mState->session->isConnected();
+}
+
+Result<void> Client::waitUntilConnected(std::optional<Milliseconds> deadline) {
+    return mState->session->waitUntilConnected(mState->deadline(deadline));
+}
+
+Result<Lock> Client::lock(std::optional<Milliseconds> deadline) {
+    const Result<void> locked =
+        mState->session->lock(*mState->mailbox, mState->deadline(deadline));
+    return locked ? Result<Lock>(Lock(mState)) : Result<Lock>(locked.error());
+}
+
+Lock& Lock::operator=(Lock&& other) noexcept {
+    if (this != &other) {
+        release();
+        mClient = std::move(other.mClient);
+    }
+    return *this;
+}
+
+Lock::~Lock() {
+    release();
+}
+
+bool Lock::isHeld() const noexcept {
+    return mClient != nullptr && mClient->session->holdsLock(*mClient->mailbox);
+}
+
+void Lock::release() noexcept {
+    if (mClient != nullptr) {
+        mClient->session->unlock(*mClient->mailbox);
+        mClient.reset();
+    }
+}
+
+}  // namespace voxtrel

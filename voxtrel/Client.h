@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_CLIENT_H
+#define VOXTREL_CLIENT_H
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "voxtrel/Event.h"
+#include "voxtrel/Result.h"
+#include "voxtrel/Settings.h"
+#include "voxtrel/Speech.h"
+#include "voxtrel/Utterance.h"
+
+namespace voxtrel {
+
+class ClientState;
+
+namespace testing {
+class FakeService;
+}
+
+using Milliseconds = std::chrono::milliseconds;
+
+/// The thread on which a client's handler runs.
+enum class HandlerThread {
+    OfTheLibrary,      ///< one for all clients of the process that choose it
+    OfTheApplication,  ///< the one that calls `Client::dispatch`
+};
+
+struct ClientOptions {
+    /// How long a call may wait for the service; negative counts as 0.
+    Milliseconds deadline = Milliseconds(2000);
+
+    /// How long the end of the client may wait until the service has what was said. Not waited for
+    /// are the end of the speech, and a service that is not there.
+    Milliseconds linger = Milliseconds(2000);
+
+    HandlerThread handlerThread = HandlerThread::OfTheLibrary;
+
+    /// Stands in for the service in the tests of an application; must outlive the client.
+    testing::FakeService* fake = nullptr;
+};
+
+/// Holds the service's lock until it ends: nobody else can speak or change settings meanwhile.
+/// Moves, does not copy. Called on: any one thread.
+class Lock {
+public:
+    Lock(Lock&& other) noexcept = default;
+    Lock& operator=(Lock&& other) noexcept;
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+    ~Lock();
+
+    /// False once the service that gave it has died, or the lock was broken.
+    bool isHeld() const noexcept;
+
+    /// Gives it back before the end.
+    void release() noexcept;
+
+private:
+    friend class Client;
+    explicit Lock(std::shared_ptr<ClientState> client) noexcept : mClient(std::move(client)) {}
+    std::shared_ptr<ClientState> mClient;
+};
+
+/// Speaks through the service.
+///
+/// The constructor returns at once. The client finds the service by itself, and again after each
+/// death; what is said meanwhile waits. No call waits longer than its deadline, whatever the service
+/// or the service manager does; `say`, `pause` and `stop` do not wait at all. Clients of one process
+/// share one connection, two threads, and the lock, and do not know of each other otherwise.
+///
+/// A process that uses this class does not use `TTS::TTSClientPrivate` as well: the service knows
+/// processes, and tells a process's events to whoever registered last. After a fork, the child makes
+/// clients of its own and lets those of its parent be.
+///
+/// Called on: any thread, handlers included; the destructor may run inside the client's own handler,
+/// and returns only when no handler of it runs on another thread. Nothing is printed.
+class Client {
+public:
+    /// @param name what the application is called; of use in tests and logs only.
+    explicit Client(std::string name = {}, ClientOptions options = {});
+
+    /// Utterances without an outcome get one: Lost, `Status::Closed`. What the service already has
+    /// is spoken all the same.
+    ~Client();
+    Client(Client&&) noexcept;
+    Client& operator=(Client&&) noexcept;
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    /// Speaks a text after what was said before. A text that begins with `<speak` is marked up
+    /// (SSML) where the service understands it.
+    ///
+    /// A text of any length is spoken; it is held in memory until then. One that is marked up may
+    /// have 262144 bytes. An utterance that cannot be spoken is Refused: at once if the text is not
+    /// UTF-8 or an option is no language or number, and else when the service is known.
+    Utterance say(std::string_view text, const SpeechOptions& options = {});
+
+    /// Silence among what is said.
+    Utterance pause(Milliseconds length);
+
+    /// Ends what this client said; the outcomes come as the service tells them.
+    void stop();
+
+    /// Ends what anybody said.
+    Result<void> stopEverybody(std::optional<Milliseconds> deadline = {});
+
+    /// Waits until every utterance of this client has an outcome.
+    Result<void> waitForAll(Milliseconds patience);
+
+    /// What `say` uses where its options are not set.
+    void setDefaults(const SpeechOptions& defaults);
+    SpeechOptions defaults() const;
+
+    /// Calls `handler` for what happens from now on; in place of an earlier one, which has returned
+    /// then, unless it is the caller. Empty: no events. What it throws is the application's loss: it
+    /// is caught and forgotten.
+    void onEvent(std::function<void(const Event&)> handler);
+
+    /// Readable while there is something to dispatch; for `poll`. Of this client until it ends. With
+    /// `HandlerThread::OfTheApplication` only, else -1.
+    int fd() const noexcept;
+
+    /// Calls the handler for all that has happened, on this thread.
+    /// @return how many events there were.
+    std::size_t dispatch();
+
+    bool isConnected() const noexcept;
+
+    /// @return why there is no service, when there is none in time.
+    Result<void> waitUntilConnected(std::optional<Milliseconds> deadline = {});
+
+    /// What the service can do.
+    Result<Features> features(std::optional<Milliseconds> deadline = {});
+
+    Result<GlobalSettings> settings(std::optional<Milliseconds> deadline = {});
+
+    /// Changes those that are set, one after the other, and ends with the first that is refused.
+    Result<void> change(const GlobalSettings& settings,
+                        std::optional<Milliseconds> deadline = {});
+    Result<bool> isOn(Switch which, std::optional<Milliseconds> deadline = {});
+    Result<void> turn(Switch which, bool on, std::optional<Milliseconds> deadline = {});
+
+    /// Puts the settings of the service back to what it was delivered with.
+    Result<void> resetSettings(std::optional<Milliseconds> deadline = {});
+
+    /// Takes the lock. A process has it once.
+    Result<Lock> lock(std::optional<Milliseconds> deadline = {});
+
+    /// Writes the defaults of this client into a profile (docs/profile-format.md).
+    Result<void> saveProfile(const std::string& path) const;
+
+    /// Reads them from there. An unset value of the profile is not set afterwards.
+    Result<void> loadProfile(const std::string& path);
+
+private:
+    std::shared_ptr<ClientState> mState;
+};
+
+}  // namespace voxtrel
+
+#endif

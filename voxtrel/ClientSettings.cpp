@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+// The members of Client about what the service can do, and about settings.
+#include <array>
+#include <cstring>
+
+#include "profile/TtsSetting.h"
+#include "vocabulary/GlobalConfig.h"
+#include "voxtrel/Client.h"
+#include "voxtrel/ClientState.h"
+
+namespace voxtrel {
+namespace {
+
+using Service = TTS::ITextToSpeechFestival;
+
+/// What a service that keeps a value to itself gives.
+constexpr std::uint32_t kNotSet = WireSettings::kNotSet;
+
+/// The code of a language as it travels, with its NUL.
+using LanguageCode = std::array<char, 256>;
+
+VOXTRELAPI_GCONF keyOf(Switch which) {
+    switch (which) {
+        case Switch::Speed:
+            return GCONF_SPEED_ENABLE;
+        case Switch::Pitch:
+            return GCONF_PITCH_ENABLE;
+        case Switch::Voice:
+            return GCONF_VOICE_ENABLE;
+        case Switch::Volume:
+            return GCONF_VOLUME_ENABLE;
+        case Switch::MediaVolume:
+            return GCONF_BG_VOLUME_ENABLE;
+        default:
+            return GCONF_TTS_VOLUME_ENABLE;
+    }
+}
+
+template <typename Number>
+void read(Service& service, unsigned pid, VOXTRELAPI_GCONF key, std::optional<Number>& out) {
+    auto number = static_cast<Number>(kNotSet);
+    if (service.globalConfig(pid, key, &number) == 0 && number != static_cast<Number>(kNotSet)) {
+        out = number;
+    }
+}
+
+int readAll(Service& service, unsigned pid, GlobalSettings& out) {
+    LanguageCode code = {};
+    const int status = service.globalConfig(pid, GCONF_LANGUAGE, code.data());
+    code.back() = '\0';
+    if (const auto language = languageOf(code.data()); status == 0 && language) {
+        out.language = tagOf(*language);
+    }
+    read(service, pid, GCONF_VOICE, out.voice);
+    read(service, pid, GCONF_SPEED, out.speed);
+    read(service, pid, GCONF_PITCH, out.pitch);
+    read(service, pid, GCONF_VOLUME, out.volume);
+    read(service, pid, GCONF_TTS_VOLUME, out.speechVolume);
+    read(service, pid, GCONF_BG_VOLUME, out.mediaVolume);
+    out.verbosity = service.verbosity();
+    return 0;
+}
+
+int writeLanguage(Service& service, unsigned pid, const std::string& tag) {
+    LanguageCode code = {};
+    const auto language = languageOf(tag);
+    const std::string text = language ? TTS::langId2Str(*language) : "";
+    std::memcpy(code.data(), text.data(), text.size());
+    return service.setGlobalConfig(pid, GCONF_LANGUAGE, code.data());
+}
+
+int writeAll(Service& service, unsigned pid, const GlobalSettings& settings) {
+    int status = 0;
+    const auto write = [&](VOXTRELAPI_GCONF key, auto value) {
+        if (status == 0 && value) {
+            status = service.setGlobalConfig(pid, key, &*value);
+        }
+    };
+    if (settings.language) {
+        status = writeLanguage(service, pid, *settings.language);
+    }
+    write(GCONF_VOICE, settings.voice);
+    write(GCONF_SPEED, settings.speed);
+    write(GCONF_PITCH, settings.pitch);
+    write(GCONF_VOLUME, settings.volume);
+    write(GCONF_TTS_VOLUME, settings.speechVolume);
+    write(GCONF_BG_VOLUME, settings.mediaVolume);
+    if (status == 0 && settings.verbosity) {
+        status = service.setVerbosity(pid, *settings.verbosity);
+    }
+    return status;
+}
+
+template <typename Number>
+std::optional<Number> fromProfile(Number value) {
+    return value == static_cast<Number>(kNotSet) ? std::nullopt : std::optional<Number>(value);
+}
+
+}  // namespace
+
+Result<Features> Client::features(std::optional<Milliseconds> deadline) {
+    const Result<TTS::Capabilities> found =
+        mState->session->capabilities(mState->deadline(deadline));
+    return found ? Result<Features>(toFeatures(*found)) : Result<Features>(found.error());
+}
+
+Result<GlobalSettings> Client::settings(std::optional<Milliseconds> deadline) {
+    const unsigned pid = mState->session->pid();
+    return mState->session->ask<GlobalSettings>(
+        [pid](Service& service, GlobalSettings& out) { return readAll(service, pid, out); },
+        mState->deadline(deadline));
+}
+
+Result<void> Client::change(const GlobalSettings& settings, std::optional<Milliseconds> deadline) {
+    if (settings.language && !languageOf(*settings.language)) {
+        return Error{Status::NotSupported, describe(Status::NotSupported)};
+    }
+    const unsigned pid = mState->session->pid();
+    return mState->session->perform(
+        [pid, settings](Service& service) { return writeAll(service, pid, settings); },
+        mState->deadline(deadline));
+}
+
+Result<bool> Client::isOn(Switch which, std::optional<Milliseconds> deadline) {
+    const unsigned pid = mState->session->pid();
+    return mState->session->ask<bool>(
+        [pid, which](Service& service, bool& on) {
+            if (which == Switch::Speech) {
+                on = service.enabled();
+                return 0;
+            }
+            return service.enabled2(pid, keyOf(which), &on);
+        },
+        mState->deadline(deadline));
+}
+
+Result<void> Client::turn(Switch which, bool on, std::optional<Milliseconds> deadline) {
+    const unsigned pid = mState->session->pid();
+    return mState->session->perform(
+        [pid, which, on](Service& service) {
+            return which == Switch::Speech ? service.setEnable(pid, on)
+                                           : service.setEnable2(pid, keyOf(which), on);
+        },
+        mState->deadline(deadline));
+}
+
+Result<void> Client::resetSettings(std::optional<Milliseconds> deadline) {
+    const unsigned pid = mState->session->pid();
+    return mState->session->perform(
+        [pid](Service& service) { return service.factoryReset(pid); }, mState->deadline(deadline));
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voxtrel/session/BinderPort.h"
+
+#include <binder/ProcessState.h>
+
+namespace voxtrel {
+namespace {
+
+class Watch : public android::IBinder::DeathRecipient {
+public:
+    explicit Watch(std::function<void()> died) : mDied(std::move(died)) {}
+    void binderDied(const android::wp<android::IBinder>&) override { mDied(); }
+
+private:
+    const std::function<void()> mDied;
+};
+
+}  // namespace
+
+Port::Found BinderPort::find(std::function<void()> died) {
+    const android::sp<android::IServiceManager> manager = android::defaultServiceManager();
+    if (manager == nullptr) {
+        return {nullptr, Status::ServiceNotFound, "there is no service manager: start it"};
+    }
+    android::ProcessState::self()->startThreadPool();
+    // Not getService, which takes seconds on some runtimes when there is none.
+    const android::sp<android::IBinder> binder =
+        manager->checkService(TTS::ITextToSpeechFestival::descriptor);
+    if (binder == nullptr) {
+        return {nullptr, Status::ServiceNotFound, describe(Status::ServiceNotFound)};
+    }
+    const android::sp<Watch> watch = new Watch(std::move(died));
+    if (binder->linkToDeath(watch, nullptr, 0) == android::DEAD_OBJECT) {
+        return {nullptr, Status::NoService, "the service has just died: start it"};
+    }
+    mWatch = watch;
+    return {TTS::ITextToSpeechFestival::asInterface(binder), Status::Ok, ""};
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+// The thread of a session that finds the service and registers with it.
+#include "ipc/BnCallback.h"
+#include "vocabulary/Status.h"
+#include "voxtrel/session/Session.h"
+
+namespace voxtrel {
+namespace {
+
+/// How often the service is looked for: often at first, so that a restart is hardly noticed.
+constexpr std::chrono::milliseconds kPause(20);
+constexpr std::chrono::milliseconds kLongPause(250);
+constexpr std::chrono::seconds kAtFirst(30);
+
+/// A service that loads its voices is asked so often whether it has.
+constexpr std::chrono::milliseconds kLoadingPause(50);
+
+/// A stage that takes longer is stuck.
+constexpr std::chrono::milliseconds kPrompt(200);
+
+class SessionCallback : public TTS::BnCallback {
+public:
+    explicit SessionCallback(std::weak_ptr<Session> session) : mSession(std::move(session)) {}
+
+    bool notify(unsigned event, unsigned second, unsigned third) override {
+        if (const std::shared_ptr<Session> session = mSession.lock()) {
+            session->onNotify(event, second, third);
+        }
+        return true;
+    }
+
+private:
+    const std::weak_ptr<Session> mSession;
+};
+
+}  // namespace
+
+void Session::link() {
+    if (mPredecessor != nullptr) {
+        mPredecessor->awaitLeft();
+    }
+    std::unique_lock<std::mutex> lock(mMutex);
+    Clock::time_point since = Clock::now();
+    while (!mIsEnding) {
+        if (mService != nullptr) {
+            mToLink.wait(lock);
+            since = Clock::now();
+            continue;
+        }
+        const std::uint64_t life = ++mLife;
+        TTS::Capabilities capabilities;
+        lock.unlock();
+        const Port::Found found = connect(life, capabilities);
+        lock.lock();
+        if (found.service != nullptr && !isOver(life)) {
+            publish(found.service, capabilities);
+            continue;
+        }
+        mWhyNot = {found.status, found.why};
+        mStageBegun = Clock::now();
+        const bool isEarly = Clock::now() < since + kAtFirst;
+        mToLink.wait_for(lock, isEarly ? kPause : kLongPause, [this] { return mIsEnding; });
+    }
+}
+
+Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities) {
+    enter(Stage::Searching);
+    Port::Found found = mPort->find([weak = weak_from_this(), life] {
+        if (const std::shared_ptr<Session> session = weak.lock()) {
+            session->onDeath(life);
+        }
+    });
+    if (found.service == nullptr) {
+        return found;
+    }
+    enter(Stage::Registering);
+    if (mCallback == nullptr) {
+        mCallback = new SessionCallback(weak_from_this());
+    }
+    // Services differ in what they answer; whether the client is admitted, the capabilities tell.
+    (void)found.service->registerCallback(mPid, mCallback);
+    if (!awaitReady(life, *found.service, capabilities)) {
+        return {nullptr, Status::NoService, describe(Status::NoService)};
+    }
+    if (!capabilities.permitted) {
+        return {nullptr, Status::PermissionDenied, describe(Status::PermissionDenied)};
+    }
+    return found;
+}
+
+bool Session::awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities) {
+    (void)service.getCapabilities(capabilities);
+    while (!capabilities.ready) {
+        enter(Stage::Loading);
+        {
+            std::unique_lock<std::mutex> lock(mMutex);
+            if (mToLink.wait_for(lock, kLoadingPause, [&] { return isOver(life); })) {
+                return false;
+            }
+        }
+        (void)service.getCapabilities(capabilities);
+    }
+    return true;
+}
+
+bool Session::isOver(std::uint64_t life) const {
+    return mIsEnding || mDeadLife == life;
+}
+
+void Session::enter(Stage stage) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (mStage != stage) {
+        mStage = stage;
+        mStageBegun = Clock::now();
+    }
+}
+
+void Session::publish(const android::sp<Service>& service, const TTS::Capabilities& capabilities) {
+    mService = service;
+    mCapabilities = std::make_shared<const TTS::Capabilities>(capabilities);
+    Event event;
+    event.kind = Event::Kind::Connected;
+    tellAll(event);
+    mChanged.notify_all();
+    mToSend.notify_one();
+}
+
+void Session::onDeath(std::uint64_t life) {
+    android::sp<Service> dead;  // let go without the lock
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (life != mLife || mDeadLife == life) {
+        return;
+    }
+    mDeadLife = life;
+    if (mService == nullptr) {
+        mToLink.notify_one();
+        return;
+    }
+    dead = mService;
+    mService.clear();
+    mGone = Clock::now();
+    mWhyNot = {Status::NoService, describe(Status::NoService)};
+    failCalls(TTS::STATUS_NO_SERVICE);
+    answerFences(Answer::Gone);
+    mLockAnswer = Answer::Gone;
+    Event event;
+    event.kind = Event::Kind::Disconnected;
+    tellAll(event);
+    mChanged.notify_all();
+    mToSend.notify_one();
+    mToLink.notify_one();
+}
+
+/// Why there is no connection, in the words of what it waits for.
+Error Session::unavailable() const {
+    if (mStage == Stage::Loading) {
+        return {Status::NoService, "the service is loading its voices: wait a little longer"};
+    }
+    if (Clock::now() < mStageBegun + kPrompt) {
+        return mWhyNot;
+    }
+    if (mStage == Stage::Registering) {
+        return {Status::Unresponsive, "the service does not answer: it may be stopped"};
+    }
+    return {Status::Unresponsive,
+            "the service manager does not answer: it may be stopped, or not be there"};
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+// The thread of a session that makes its requests.
+#include "vocabulary/Status.h"
+#include "voxtrel/session/Session.h"
+#include "voxtrel/session/Wire.h"
+
+namespace voxtrel {
+namespace {
+
+/// The last events of a service that has died come on other threads than the news of its end.
+constexpr std::chrono::milliseconds kLastEvents(250);
+
+/// The clock of the system's waits has an end.
+constexpr std::chrono::hours kLongest(1);
+
+}  // namespace
+
+void Session::send() {
+    std::unique_lock<std::mutex> lock(mMutex);
+    while (!mIsEnding) {
+        if (!sendOne(lock)) {
+            mToSend.wait_until(lock, nextMoment());
+        }
+    }
+    if (mService != nullptr) {
+        callService(lock, [pid = mPid](Service& service) { return service.deregisterCallback(pid); });
+    }
+    mHasLeft = true;
+    mService.clear();
+    failCalls(TTS::STATUS_NO_SERVICE);
+    mChanged.notify_all();
+}
+
+/// False when there is nothing to do now.
+bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
+    const Clock::time_point now = Clock::now();
+    if (mGone && now >= *mGone + kLastEvents) {
+        endLife();
+        return true;
+    }
+    if (mService == nullptr) {
+        return false;
+    }
+    if (mSpeech.takeFlush()) {
+        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+    }
+    if (!mCalls.empty()) {
+        runCall(lock);
+        return true;
+    }
+    if (mGone) {
+        return false;
+    }
+    if (mSpeech.isDoubtful(now)) {
+        doubt(lock);
+        return true;
+    }
+    const std::optional<SpeechRequest> request = mSpeech.next(now);
+    if (request) {
+        transmit(lock, *request);
+    }
+    return request.has_value();
+}
+
+Session::Clock::time_point Session::nextMoment() const {
+    Clock::time_point moment = Clock::now() + kLongest;
+    if (mGone) {
+        moment = std::min(moment, *mGone + kLastEvents);
+    } else if (mService != nullptr) {
+        moment = std::min(moment, mSpeech.nextMoment());
+    }
+    return moment;
+}
+
+int Session::callService(std::unique_lock<std::mutex>& lock, const Work& work) {
+    const android::sp<Service> service = mService;
+    mIsInside = true;
+    lock.unlock();
+    const int status = work(*service);
+    lock.lock();
+    mIsInside = false;
+    mIsStuck = false;
+    return status;
+}
+
+void Session::runCall(std::unique_lock<std::mutex>& lock) {
+    const std::shared_ptr<Call> call = mCalls.front();
+    mCalls.pop_front();
+    call->status = callService(lock, call->work);
+    call->isDone = true;
+    mChanged.notify_all();
+}
+
+void Session::transmit(std::unique_lock<std::mutex>& lock, const SpeechRequest& request) {
+    if (request.speech == nullptr) {
+        const bool isFence = request.kind == SpeechRequest::Kind::Fence;
+        const std::uint32_t length = isFence ? wire::kEndlessPause : 0;
+        (void)callService(lock, [&](Service& service) {
+            return service.silence(mPid, request.number, length, WireSettings::kNotSet);
+        });
+        return;
+    }
+    const Speech& speech = *request.speech;
+    const Result<WireSettings> checked = toWire(speech.options, *mCapabilities);
+    if (!checked) {
+        mSpeech.refuse(request, checked.status());
+        return;
+    }
+    const WireSettings& wire = *checked;
+    if (speech.pauseMs) {
+        (void)callService(lock, [&](Service& service) {
+            return service.silence(mPid, request.number, *speech.pauseMs, wire.mediaVolume);
+        });
+    } else {
+        const std::string text = speech.text.substr(request.begin.bytes, request.bytes);
+        (void)callService(lock, [&](Service& service) {
+            return service.say(mPid, request.number, text, wire.speed, wire.volume, wire.voice,
+                               wire.mediaVolume, wire.speechVolume, wire.pitch, wire.language);
+        });
+    }
+    mChanged.notify_all();
+}
+
+void Session::endLife() {
+    mGone.reset();
+    mSpeech.lose(Status::NoService);
+}
+
+/// Asked twice for an event, the service sent none. One that is stopped may still; one that answers
+/// never will.
+void Session::doubt(std::unique_lock<std::mutex>& lock) {
+    (void)callService(lock, [](Service& service) { return service.enabled() ? 1 : 0; });
+    if (!mGone && mSpeech.isDoubtful(Clock::now())) {
+        mSpeech.lose(Status::Lost);
+        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+    }
+}
+
+void Session::post(Work work) {
+    const auto call = std::make_shared<Call>();
+    call->work = std::move(work);
+    mCalls.push_back(call);
+    mToSend.notify_one();
+}
+
+void Session::failCalls(int status) {
+    for (const auto& call : mCalls) {
+        call->status = status;
+        call->isDone = true;
+    }
+    mCalls.clear();
+}
+
+void Session::awaitLeft() {
+    std::unique_lock<std::mutex> lock(mMutex);
+    mChanged.wait(lock, [this] { return mHasLeft; });
+}
+
+}  // namespace voxtrel

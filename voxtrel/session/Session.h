@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SESSION_SESSION_H
+#define VOXTREL_SESSION_SESSION_H
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "ipc/ITextToSpeechFestival.h"
+#include "vocabulary/Capabilities.h"
+#include "voxtrel/Result.h"
+#include "voxtrel/session/Mailbox.h"
+#include "voxtrel/session/Port.h"
+#include "voxtrel/session/SpeechQueue.h"
+#include "voxtrel/session/SpeechRules.h"
+
+namespace voxtrel {
+
+/// What the clients of a process share: the connection to the service, and two threads.
+///
+/// The linker finds the service and registers with it. The sender makes every request, in order.
+/// The runtime's calls, which may take for ever, are made on these two alone and without a lock;
+/// whoever needs an answer posts the request and waits with a deadline.
+///
+/// Called on: any thread. Locks: one, held for as long as it takes to look or to note.
+class Session : public std::enable_shared_from_this<Session> {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Service = TTS::ITextToSpeechFestival;
+
+    /// A request with an answer; its status goes to the caller.
+    using Work = std::function<int(Service&)>;
+
+    /// The session of this process, begun if there is none, which `client` has joined.
+    static std::shared_ptr<Session> ofProcess(const std::shared_ptr<Mailbox>& client);
+
+    /// @param predecessor leaves the service before this one registers; may be null.
+    explicit Session(std::unique_ptr<Port> port, std::shared_ptr<Session> predecessor = nullptr);
+    ~Session();
+    void start();
+
+    /// @return false if the session is ending.
+    bool join(const std::shared_ptr<Mailbox>& client);
+
+    /// The client has a handler that runs on a thread of this session's.
+    void startHandling();
+
+    /// The client's utterances get their outcome; its handler does not run any more. With the last
+    /// client the session ends: it leaves the service, if that answers in time.
+    void leave(const std::shared_ptr<Mailbox>& client, Clock::time_point deadline);
+
+    /// These never wait.
+    void say(const std::shared_ptr<Speech>& speech);
+    void refuse(const std::shared_ptr<Speech>& speech, Status status);
+    void stop(const std::shared_ptr<Mailbox>& client);
+
+    Result<void> stopEverybody(const std::shared_ptr<Mailbox>& by, Clock::time_point deadline);
+    bool waitForAll(const Mailbox& client, Clock::time_point deadline);
+
+    /// Returns at once where there is no service, or none that answers.
+    void waitUntilSent(const Mailbox& client, Clock::time_point deadline);
+
+    unsigned pid() const { return mPid; }
+    bool isConnected() const;
+    Result<void> waitUntilConnected(Clock::time_point deadline);
+    Result<TTS::Capabilities> capabilities(Clock::time_point deadline);
+
+    /// Has `work` done on the sender's thread.
+    /// @return an Error also for a status other than 0.
+    Result<void> perform(Work work, Clock::time_point deadline);
+
+    /// As `perform`, for an answer beside the status.
+    template <typename Answer>
+    Result<Answer> ask(std::function<int(Service&, Answer&)> work, Clock::time_point deadline) {
+        const auto answer = std::make_shared<Answer>();  // outlives a caller that has given up
+        const Result<void> done = perform(
+            [work = std::move(work), answer](Service& service) { return work(service, *answer); },
+            deadline);
+        return done ? Result<Answer>(std::move(*answer)) : Result<Answer>(done.error());
+    }
+
+    /// The lock is the process's: one client of it has it at a time.
+    Result<void> lock(const Mailbox& client, Clock::time_point deadline);
+    void unlock(const Mailbox& client);
+    bool holdsLock(const Mailbox& client) const;
+
+    /// An event of the service. Called on: binder threads.
+    void onNotify(unsigned event, unsigned second, unsigned third);
+
+private:
+    struct Call {
+        Work work;
+        int status = 0;
+        bool isDone = false;
+    };
+    /// What a waiter learns from events: of a fence, or of the lock.
+    enum class Answer { None, Yes, Refused, Locked, Gone };
+    /// What the linker is in, which may take for ever.
+    enum class Stage { Searching, Registering, Loading };
+
+    // The linker's (Linker.cpp).
+    void link();
+    Port::Found connect(std::uint64_t life, TTS::Capabilities& capabilities);
+    bool awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities);
+    void enter(Stage stage);
+    bool isOver(std::uint64_t life) const;
+    void publish(const android::sp<Service>& service, const TTS::Capabilities& capabilities);
+    void onDeath(std::uint64_t life);
+    Error unavailable() const;
+
+    // The sender's (Sender.cpp).
+    void send();
+    bool sendOne(std::unique_lock<std::mutex>& lock);
+    void runCall(std::unique_lock<std::mutex>& lock);
+    int callService(std::unique_lock<std::mutex>& lock, const Work& work);
+    void transmit(std::unique_lock<std::mutex>& lock, const SpeechRequest& request);
+    void endLife();
+    void doubt(std::unique_lock<std::mutex>& lock);
+    Clock::time_point nextMoment() const;
+    void post(Work work);
+    void failCalls(int status);
+
+    // The handler thread's.
+    void handle();
+    void tell(Mailbox& client, Event&& event);
+    void tellAll(const Event& event);
+
+    void onState(unsigned state, unsigned value);
+    void answerFences(Answer answer);
+    void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
+    void startThread(std::thread& thread, void (Session::*loop)());
+    void awaitLeft();
+    static Error errorOf(Answer answer);
+
+    const std::unique_ptr<Port> mPort;
+    const std::shared_ptr<Session> mPredecessor;
+    const unsigned mPid;
+
+    mutable std::mutex mMutex;
+    std::condition_variable mChanged;   ///< anything that a caller waits for
+    std::condition_variable mToSend;    ///< something for the sender
+    std::condition_variable mToLink;    ///< something for the linker
+    std::condition_variable mToHandle;  ///< something for the handler thread
+
+    android::sp<Service> mService;  ///< null: not connected
+    android::sp<TTS::ICallback> mCallback;
+    std::shared_ptr<const TTS::Capabilities> mCapabilities;
+    Stage mStage = Stage::Searching;
+    Clock::time_point mStageBegun = Clock::now();
+    Error mWhyNot = {Status::ServiceNotFound, describe(Status::ServiceNotFound)};
+    std::uint64_t mLife = 0;      ///< counts the services found
+    std::uint64_t mDeadLife = 0;  ///< the last that died
+    std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
+
+    SpeechQueue mSpeech;
+    std::deque<std::shared_ptr<Call>> mCalls;
+    bool mIsInside = false;  ///< the sender is in a call of the runtime
+    bool mIsStuck = false;   ///< and somebody has given up waiting for it
+
+    std::map<std::uint32_t, Answer> mFences;  ///< that callers wait for, by number
+    std::uint32_t mFence = 0;
+    const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
+    Answer mLockAnswer = Answer::None;
+
+    std::vector<std::shared_ptr<Mailbox>> mClients;
+    std::vector<std::shared_ptr<Mailbox>> mHandling;  ///< the handler thread's; memory is kept
+    std::thread mLinker;
+    std::thread mSender;
+    std::thread mHandler;
+    unsigned mThreads = 0;  ///< running
+    bool mHasNews = false;  ///< for the handler thread
+    bool mHasLeft = false;  ///< the service, or never will
+    bool mIsEnding = false;
+};
+
+}  // namespace voxtrel
+
+#endif

@@ -1,0 +1,439 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voxtrel/session/SpeechQueue.h"
+
+#include <algorithm>
+
+#include "vocabulary/Events.h"
+#include "voxtrel/session/TextCutter.h"
+
+namespace voxtrel {
+
+using Kind = Outcome::Kind;
+
+void SpeechQueue::add(std::shared_ptr<Speech> speech) {
+    mWaiting.push_back(std::move(speech));
+}
+
+std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
+    const std::shared_ptr<Speech> speech = choose();
+    if (speech == nullptr) {
+        return probe(now);
+    }
+    mLast = now;
+    return cut(speech);
+}
+
+std::shared_ptr<Speech> SpeechQueue::choose() const {
+    const std::shared_ptr<Speech> speech = mBegun != nullptr ? mBegun : nextTurn();
+    if (speech == nullptr || mWay.empty()) {
+        return speech;
+    }
+    const std::size_t left = speech->text.size() - speech->sent.bytes;
+    const std::size_t bytes = speech->isMarkedUp() ? left : std::min(left, kPieceBytes);
+    return mWay.size() < kMostPieces && mBytes + bytes <= kMostBytes ? speech : nullptr;
+}
+
+std::shared_ptr<Speech> SpeechQueue::nextTurn() const {
+    const auto first = [this](const auto& isWanted) {
+        const auto found = std::find_if(mWaiting.begin(), mWaiting.end(), isWanted);
+        return found == mWaiting.end() ? nullptr : *found;
+    };
+    const auto isOfAnother = [this](const auto& speech) { return speech->client != mTurn; };
+    const auto isOfSame = [this](const auto& speech) { return speech->client == mTurn; };
+    if (mWay.empty()) {
+        const std::shared_ptr<Speech> other = first(isOfAnother);
+        return other != nullptr ? other : first(isOfSame);
+    }
+    return first(isOfAnother) != nullptr || isBusyWithPieces() ? nullptr : first(isOfSame);
+}
+
+/// Pieces may have to be recalled, which would recall what follows them too.
+bool SpeechQueue::isBusyWithPieces() const {
+    return std::any_of(mWay.begin(), mWay.end(), [](const Sent& sent) {
+        return sent.speech != nullptr && sent.speech->isCut && sent.speech->open > 1;
+    });
+}
+
+SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
+    const std::string_view rest = std::string_view(speech->text).substr(speech->sent.bytes);
+    const std::size_t bytes = speech->isMarkedUp() ? rest.size() : nextPiece(rest);
+    SpeechRequest request;
+    request.number = newNumber();
+    request.speech = speech;
+    request.begin = speech->sent;
+    request.bytes = bytes;
+    speech->sent.bytes += bytes;
+    speech->sent.characters += countCharacters(rest.substr(0, bytes));
+    speech->isCut = speech->isCut || !speech->isWhole();
+    ++speech->open;
+    if (mBegun == nullptr) {
+        mWaiting.remove(speech);
+        mTurn = speech->client;
+    }
+    mBegun = speech->isWhole() ? nullptr : speech;
+    mWay.push_back({request.number, speech, request.begin, request.begin, bytes});
+    mBytes += bytes;
+    mPatience = kQuiet;
+    return request;
+}
+
+SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
+    if (mOwesFence) {
+        return mLast;
+    }
+    if (mWay.empty()) {
+        return Clock::time_point::max();
+    }
+    return mLast + (mUnanswered > 1 ? kDoubt : mPatience);
+}
+
+std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
+    if (now < nextMoment() || mUnanswered > 1) {
+        return std::nullopt;  // it is doubted first
+    }
+    SpeechRequest request;
+    request.number = newNumber();
+    if (mOwesFence) {
+        mOwesFence = false;
+        ++mUnanswered;
+        request.kind = SpeechRequest::Kind::Fence;
+        return request;
+    }
+    mPatience = mPatience < kDoubt ? kDoubt : std::min(2 * mPatience, kLongestQuiet);
+    mLast = now;
+    mOwesFence = true;
+    request.kind = SpeechRequest::Kind::Probe;
+    Sent sent;
+    sent.number = request.number;
+    sent.isProbe = true;
+    mWay.push_back(std::move(sent));
+    return request;
+}
+
+bool SpeechQueue::isDoubtful(Clock::time_point now) const {
+    return mUnanswered > 1 && !mWay.empty() && now >= mLast + kDoubt;
+}
+
+std::uint32_t SpeechQueue::newNumber() {
+    mNumber = mNumber % 0x7FFFFFFF + 1;
+    return mNumber;
+}
+
+void SpeechQueue::refuse(const SpeechRequest& request, Status status) {
+    remove(request.number);
+    refuse(request.speech, status);
+}
+
+void SpeechQueue::refuse(const std::shared_ptr<Speech>& speech, Status status) {
+    end(speech, {Kind::Refused, status, speech->heard});
+}
+
+void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32_t third,
+                          Clock::time_point now) {
+    mLast = now;
+    mUnanswered = 0;
+    Sent* const sent = find(number);
+    if (sent == nullptr) {
+        return;
+    }
+    if (event != TTS::EVENT_STOPPED && !sent->hasStarted) {
+        onStarted(number, now);
+    }
+    if (event == TTS::EVENT_WORD || event == TTS::EVENT_MARK) {
+        // A probe, whose turn has been told, is not there any more.
+        if (Sent* const piece = find(number)) {
+            onPlace(*piece, event == TTS::EVENT_WORD ? Event::Kind::Word : Event::Kind::Mark,
+                    third);
+        }
+    } else if (event == TTS::EVENT_FINISHED) {
+        onFinished(number);
+    } else if (event == TTS::EVENT_STOPPED) {
+        onStopped(number, static_cast<Status>(static_cast<std::int32_t>(third)), now);
+    }
+}
+
+void SpeechQueue::onStarted(std::uint32_t number, Clock::time_point now) {
+    passed(number);
+    mPatience = kQuiet;
+    Sent& sent = *find(number);
+    sent.hasStarted = true;
+    sent.started = now;
+    if (sent.isProbe) {
+        remove(number);
+    } else if (sent.speech != nullptr && !sent.speech->wasTold) {
+        sent.speech->wasTold = true;
+        Event event;
+        event.kind = Event::Kind::Started;
+        event.utterance = Utterance(sent.speech->state);
+        mTell(*sent.speech->client, std::move(event));
+    }
+}
+
+void SpeechQueue::onPlace(Sent& sent, Event::Kind kind, std::uint32_t third) {
+    if (sent.speech == nullptr) {
+        return;
+    }
+    Speech& speech = *sent.speech;
+    speech.heard = true;
+    Event event;
+    event.kind = kind;
+    event.utterance = Utterance(speech.state);
+    if (kind == Event::Kind::Word) {
+        const std::string_view known =
+            std::string_view(speech.text).substr(0, sent.begin.bytes + sent.bytes);
+        const std::size_t place = sent.begin.characters + third;
+        if (place < sent.cursor.characters) {
+            sent.cursor = sent.begin;  // a word may come once more, or earlier
+        }
+        sent.cursor = advance(known, sent.cursor, place - sent.cursor.characters);
+        speech.state->moveTo(sent.cursor);
+    } else {
+        event.value = third;
+    }
+    event.position = sent.cursor;
+    mTell(*speech.client, std::move(event));
+}
+
+void SpeechQueue::onFinished(std::uint32_t number) {
+    Sent* const sent = find(number);
+    if (sent == nullptr) {
+        return;
+    }
+    const std::shared_ptr<Speech> speech = sent->speech;
+    remove(number);
+    if (speech == nullptr) {
+        return;
+    }
+    speech->heard = true;
+    if (speech->open == 0 && speech->isWhole()) {
+        const bool isAll = speech->sent.bytes == speech->text.size();
+        end(speech, isAll ? Outcome(Kind::Finished, Status::Ok, true)
+                          : Outcome(Kind::Stopped, Status::Ok, true, speech->stopper));
+    }
+}
+
+void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_point now) {
+    const Sent sent = *find(number);
+    remove(number);
+    if (sent.speech == nullptr) {
+        return;
+    }
+    Speech& speech = *sent.speech;
+    speech.heard = speech.heard || (sent.hasStarted && now - sent.started > kInaudible);
+    if (status == Status::Shutdown) {
+        lose({sent.speech}, status);
+    } else if (!sent.hasStarted) {
+        end(sent.speech, {Kind::Refused, status, speech.heard});
+    } else if (status == Status::Ok) {
+        end(sent.speech, {Kind::Stopped, status, speech.heard, speech.stopper});
+    } else {
+        end(sent.speech, {status == Status::Disabled ? Kind::Stopped : Kind::Lost, status,
+                          speech.heard});
+    }
+}
+
+/// Something sent later is being spoken: of what comes before, nothing more will be told.
+void SpeechQueue::passed(std::uint32_t number) {
+    const std::shared_ptr<Speech> current = find(number)->speech;
+    std::vector<std::shared_ptr<Speech>> lost;
+    while (mWay.front().number != number) {
+        const Sent sent = mWay.front();
+        remove(sent.number);
+        if (sent.speech == nullptr) {
+            continue;
+        }
+        // A piece that began and is followed by the next has been spoken.
+        const bool isSpoken = sent.hasStarted && sent.speech == current;
+        sent.speech->heard = sent.speech->heard || sent.hasStarted;
+        if (!isSpoken && (lost.empty() || lost.back() != sent.speech)) {
+            lost.push_back(sent.speech);
+        }
+    }
+    lose(lost, Status::Lost);
+}
+
+void SpeechQueue::lose(Status status) {
+    std::vector<std::shared_ptr<Speech>> lost;
+    const auto note = [&lost](const std::shared_ptr<Speech>& speech) {
+        if (speech != nullptr && (lost.empty() || lost.back() != speech)) {
+            lost.push_back(speech);
+        }
+    };
+    for (const Sent& sent : mWay) {
+        if (sent.speech != nullptr) {
+            sent.speech->heard = sent.speech->heard || sent.hasStarted;
+        }
+        note(sent.speech);
+    }
+    note(mBegun);
+    mWay.clear();
+    mBytes = 0;
+    lose(lost, status);
+    mUnanswered = 0;
+    mOwesFence = false;
+    mOwesFlush = false;
+}
+
+void SpeechQueue::lose(const std::vector<std::shared_ptr<Speech>>& lost, Status status) {
+    for (auto each = lost.rbegin(); each != lost.rend(); ++each) {
+        const std::shared_ptr<Speech>& speech = *each;
+        if (speech->isStopped) {
+            end(speech, {Kind::Stopped, Status::Ok, speech->heard, speech->stopper});
+        } else if (!repeat(speech)) {
+            end(speech, {Kind::Lost, status, speech->heard});
+        }
+    }
+}
+
+/// Puts it back if it may be said once more.
+bool SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
+    const OnLoss choice = speech->onLoss();
+    const bool isWanted = choice == OnLoss::SayAgainWhatever ||
+                          (choice == OnLoss::SayAgain && !speech->heard);
+    if (!isWanted || speech->wasRepeated) {
+        return false;
+    }
+    detach(speech);
+    speech->sent = {};
+    speech->open = 0;
+    speech->isCut = false;
+    speech->wasRepeated = true;
+    mWaiting.push_front(speech);
+    return true;
+}
+
+/// Nothing that was sent of it matters any more, nor is more of it sent.
+void SpeechQueue::detach(const std::shared_ptr<Speech>& speech) {
+    for (Sent& sent : mWay) {
+        if (sent.speech == speech) {
+            sent.speech = nullptr;
+            mOwesFlush = true;
+        }
+    }
+    if (mBegun == speech) {
+        mBegun = nullptr;
+    }
+}
+
+void SpeechQueue::end(const std::shared_ptr<Speech>& speech, const Outcome& outcome) {
+    detach(speech);
+    speech->state->end(outcome);
+    Event event;
+    event.kind = Event::Kind::Ended;
+    event.utterance = Utterance(speech->state);
+    event.outcome = outcome;
+    mTell(*speech->client, std::move(event));
+}
+
+bool SpeechQueue::stop(const Mailbox& client) {
+    bool isOnItsWay = false;
+    for (Sent& sent : mWay) {
+        if (sent.speech != nullptr && sent.speech->client.get() == &client) {
+            sent.speech->stopper = Outcome::Stopper::ThisClient;
+            sent.speech->isStopped = true;
+            isOnItsWay = true;
+        }
+    }
+    if (mBegun != nullptr && mBegun->client.get() == &client) {
+        const std::shared_ptr<Speech> begun = std::move(mBegun);
+        mBegun = nullptr;
+        if (begun->open == 0) {
+            end(begun, {Kind::Stopped, Status::Ok, begun->heard, Outcome::Stopper::ThisClient});
+        }
+    }
+    std::list<std::shared_ptr<Speech>> dropped;
+    for (auto each = mWaiting.begin(); each != mWaiting.end();) {
+        const auto following = std::next(each);
+        if ((*each)->client.get() == &client) {
+            dropped.splice(dropped.end(), mWaiting, each);
+        }
+        each = following;
+    }
+    for (const auto& speech : dropped) {
+        end(speech, {Kind::Stopped, Status::Ok, speech->heard, Outcome::Stopper::ThisClient});
+    }
+    return isOnItsWay;
+}
+
+void SpeechQueue::blame(const Mailbox& by) {
+    for (Sent& sent : mWay) {
+        if (sent.speech != nullptr) {
+            sent.speech->stopper = sent.speech->client.get() == &by
+                                       ? Outcome::Stopper::ThisClient
+                                       : Outcome::Stopper::ThisProcess;
+        }
+    }
+}
+
+void SpeechQueue::dropWaiting(const Mailbox& by) {
+    const std::list<std::shared_ptr<Speech>> dropped = std::move(mWaiting);
+    mWaiting.clear();
+    for (const auto& speech : dropped) {
+        const bool isOwn = speech->client.get() == &by;
+        end(speech, {Kind::Stopped, Status::Ok, speech->heard,
+                     isOwn ? Outcome::Stopper::ThisClient : Outcome::Stopper::ThisProcess});
+    }
+}
+
+void SpeechQueue::close(const Mailbox& client) {
+    const bool owed = mOwesFlush;
+    std::vector<std::shared_ptr<Speech>> closed;
+    const auto note = [&](const std::shared_ptr<Speech>& speech) {
+        const bool isNew = std::find(closed.begin(), closed.end(), speech) == closed.end();
+        if (speech != nullptr && speech->client.get() == &client && isNew) {
+            closed.push_back(speech);
+        }
+    };
+    for (const Sent& sent : mWay) {
+        note(sent.speech);
+    }
+    note(mBegun);
+    for (const auto& speech : mWaiting) {
+        note(speech);
+    }
+    mWaiting.remove_if([&](const auto& speech) { return speech->client.get() == &client; });
+    for (const auto& speech : closed) {
+        end(speech, {Kind::Lost, Status::Closed, speech->heard});
+    }
+    mOwesFlush = owed;  // what the service has is spoken
+}
+
+bool SpeechQueue::isWaiting(const Mailbox& client) const {
+    const auto isOwn = [&client](const auto& speech) { return speech->client.get() == &client; };
+    return (mBegun != nullptr && isOwn(mBegun)) ||
+           std::any_of(mWaiting.begin(), mWaiting.end(), isOwn);
+}
+
+bool SpeechQueue::isOpen(const Mailbox& client) const {
+    return isWaiting(client) ||
+           std::any_of(mWay.begin(), mWay.end(), [&client](const Sent& sent) {
+               return sent.speech != nullptr && sent.speech->client.get() == &client;
+           });
+}
+
+bool SpeechQueue::takeFlush() {
+    const bool owed = mOwesFlush;
+    mOwesFlush = false;
+    return owed;
+}
+
+SpeechQueue::Sent* SpeechQueue::find(std::uint32_t number) {
+    const auto found = std::find_if(mWay.begin(), mWay.end(),
+                                    [number](const Sent& sent) { return sent.number == number; });
+    return found == mWay.end() ? nullptr : &*found;
+}
+
+void SpeechQueue::remove(std::uint32_t number) {
+    const auto found = std::find_if(mWay.begin(), mWay.end(),
+                                    [number](const Sent& sent) { return sent.number == number; });
+    if (found == mWay.end()) {
+        return;
+    }
+    mBytes -= found->bytes;
+    if (found->speech != nullptr) {
+        --found->speech->open;
+    }
+    mWay.erase(found);
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SESSION_SPEECHQUEUE_H
+#define VOXTREL_SESSION_SPEECHQUEUE_H
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "voxtrel/Event.h"
+#include "voxtrel/session/Speech.h"
+
+namespace voxtrel {
+
+/// What the clients of a process have said and what has become of it: the one place where outcomes
+/// are decided.
+///
+/// The service serves a process's requests in the order sent, and tells of them in that order. So
+/// when it tells that a later one sounds, an earlier one without an end was lost, or the event about
+/// its end. Behind the last one a probe is sent after a while of quiet.
+///
+/// All that is on its way belongs to one client, because the service can only be asked to drop all
+/// that a process sent. Clients take turns by utterance.
+///
+/// No threads, no waiting, no clock of its own. Called on: any one thread at a time.
+class SpeechQueue {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// At most so much is on its way without an end, as far as one utterance allows.
+    static constexpr std::size_t kMostPieces = 64;
+    static constexpr std::size_t kMostBytes = 65536;
+
+    /// After so much quiet the first probe is sent, and the next after longer and longer ones.
+    static constexpr std::chrono::milliseconds kQuiet = std::chrono::seconds(2);
+    static constexpr std::chrono::milliseconds kDoubt = std::chrono::seconds(15);
+    static constexpr std::chrono::milliseconds kLongestQuiet = std::chrono::minutes(8);
+
+    /// What is dropped while it waits is told to start and to stop at once. Only what goes on for
+    /// longer than this, or comes to a word, has been heard.
+    static constexpr std::chrono::milliseconds kInaudible = std::chrono::milliseconds(50);
+
+    /// Called for whatever the application is to be told, after the state of the utterance changed.
+    using Teller = std::function<void(Mailbox&, Event&&)>;
+
+    explicit SpeechQueue(Teller teller) : mTell(std::move(teller)) {}
+
+    /// Queues it.
+    void add(std::shared_ptr<Speech> speech);
+
+    /// The next request that may be sent now. It counts as sent.
+    std::optional<SpeechRequest> next(Clock::time_point now);
+
+    /// When `next` or `isDoubtful` may answer otherwise though nothing happens;
+    /// `time_point::max()` for never.
+    Clock::time_point nextMoment() const;
+
+    /// The request that `next` gave cannot be sent; or a text cannot be spoken, and is not queued.
+    void refuse(const SpeechRequest& request, Status status);
+    void refuse(const std::shared_ptr<Speech>& speech, Status status);
+
+    /// Takes note of an event: started, finished, stopped, a word or a mark.
+    void onEvent(std::uint32_t event, std::uint32_t number, std::uint32_t third,
+                 Clock::time_point now);
+
+    /// Drops what `client` said and has not been sent, and notes that it wanted the rest stopped.
+    /// @return the service has something of it, and must be asked to drop it.
+    bool stop(const Mailbox& client);
+
+    /// Notes that a client is about to silence everybody.
+    void blame(const Mailbox& by);
+
+    /// Drops what has not been sent, whoever said it.
+    void dropWaiting(const Mailbox& by);
+
+    /// The service is gone, or its events are: everything on its way is lost.
+    void lose(Status status);
+
+    /// The client ends: its utterances get their outcome.
+    void close(const Mailbox& client);
+
+    /// Utterances of `client` that the service does not have yet, or that have no outcome.
+    bool isWaiting(const Mailbox& client) const;
+    bool isOpen(const Mailbox& client) const;
+    bool isAnythingOnItsWay() const { return !mWay.empty(); }
+
+    /// No event came though one was asked for twice: the service tells of nothing.
+    bool isDoubtful(Clock::time_point now) const;
+
+    /// Set when pieces are on their way that must not be spoken any more: ask for them to be
+    /// dropped, and forget it.
+    bool takeFlush();
+
+private:
+    /// A piece with the service, or a probe.
+    struct Sent {
+        std::uint32_t number = 0;
+        std::shared_ptr<Speech> speech = nullptr;  ///< null: a probe, or its speech has ended
+        Position begin = {};
+        Position cursor = {};  ///< of the last word told
+        std::size_t bytes = 0;
+        bool isProbe = false;
+        bool hasStarted = false;
+        Clock::time_point started = {};
+    };
+    using Way = std::deque<Sent>;
+
+    std::shared_ptr<Speech> choose() const;
+    std::shared_ptr<Speech> nextTurn() const;
+    bool isBusyWithPieces() const;
+    SpeechRequest cut(const std::shared_ptr<Speech>& speech);
+    std::optional<SpeechRequest> probe(Clock::time_point now);
+    std::uint32_t newNumber();
+
+    Sent* find(std::uint32_t number);
+    void remove(std::uint32_t number);
+    void onStarted(std::uint32_t number, Clock::time_point now);
+    void onPlace(Sent& sent, Event::Kind kind, std::uint32_t third);
+    void onFinished(std::uint32_t number);
+    void onStopped(std::uint32_t number, Status status, Clock::time_point now);
+    void passed(std::uint32_t number);
+
+    void lose(const std::vector<std::shared_ptr<Speech>>& lost, Status status);
+    bool repeat(const std::shared_ptr<Speech>& speech);
+    void detach(const std::shared_ptr<Speech>& speech);
+    void end(const std::shared_ptr<Speech>& speech, const Outcome& outcome);
+
+    const Teller mTell;
+    std::list<std::shared_ptr<Speech>> mWaiting;  ///< nothing of them was sent
+    std::shared_ptr<Speech> mBegun;               ///< a part of it was sent, and not all
+    std::shared_ptr<Mailbox> mTurn;               ///< who had the last turn
+    Way mWay;                                     ///< by number
+    std::size_t mBytes = 0;                       ///< in `mWay`
+    std::uint32_t mNumber = 0;
+    Clock::time_point mLast = {};  ///< last sending or event
+    std::chrono::milliseconds mPatience = kQuiet;
+    unsigned mUnanswered = 0;  ///< fences since the last event
+    bool mOwesFence = false;
+    bool mOwesFlush = false;
+};
+
+}  // namespace voxtrel
+
+#endif
