@@ -1,0 +1,92 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * A service inside an application's own test: no processes, no runtime, no sound, and whatever
+ * faults the test wants. It has five languages, two voices each, and keeps the rules of a service.
+ * It speaks at once and takes no time, on a thread of its own, unless it is told to wait.
+ *
+ * Called on: any thread. Statuses, null pointers and ownership as in <voxtrel/voxtrel.h>.
+ */
+#ifndef VOXTREL_TESTING_FAKE_H
+#define VOXTREL_TESTING_FAKE_H
+
+#include <stddef.h>
+
+#include "voxtrel/voxtrel.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct vx_fake vx_fake;
+
+vx_status vx_fake_new(vx_fake** fake);
+
+/* No client of it may be left. */
+vx_status vx_fake_free(vx_fake* fake);
+
+/* Lets the fake stand in for the service; it must outlive the clients. Null: the real service. */
+vx_status vx_client_options_set_fake(vx_client_options* options, vx_fake* fake);
+
+/* A list of texts that does not change; the texts are valid until it is freed. */
+typedef struct vx_texts vx_texts;
+
+vx_status vx_texts_count(const vx_texts* texts, size_t* count);
+
+/* Counted from 0; VX_BAD_PARAMETER: there are not so many. */
+vx_status vx_texts_get(const vx_texts* texts, size_t index, const char** text);
+vx_status vx_texts_free(vx_texts* texts);
+
+/*
+ * What has been spoken to its end: texts, and "(pause N ms)". A text that goes in pieces is
+ * several.
+ */
+vx_status vx_fake_spoken(vx_fake* fake, vx_texts** texts);
+
+/* Waits until so many have been. timeout_ms: from 0, or VX_FOREVER. VX_TIMED_OUT: they were fewer.
+ */
+vx_status vx_fake_wait_for_spoken(vx_fake* fake, size_t count, int timeout_ms);
+
+/* What was asked of it, one line each, as `say 3 "Hello."` or `stop own`. */
+vx_status vx_fake_requests(vx_fake* fake, vx_texts** texts);
+
+/* From now on speech begins and does not end until vx_fake_go_on. */
+vx_status vx_fake_hold(vx_fake* fake);
+
+/* Ends what is held, and speaks on as at first. */
+vx_status vx_fake_go_on(vx_fake* fake);
+
+/* Refuses the next utterance with `why`, from -1 to -99. */
+vx_status vx_fake_refuse_next(vx_fake* fake, vx_status why);
+
+/* Never gets the next request to speak, and nobody is told. */
+vx_status vx_fake_lose_next_request(vx_fake* fake);
+
+/* Does not send the next event about an utterance. */
+vx_status vx_fake_lose_next_event(vx_fake* fake);
+
+/* Answers nothing, and sends no events, until vx_fake_thaw: like a stopped process. */
+vx_status vx_fake_freeze(vx_fake* fake);
+vx_status vx_fake_thaw(vx_fake* fake);
+
+/* Takes so long for each request that has an answer; milliseconds from 0. */
+vx_status vx_fake_answer_after(vx_fake* fake, int milliseconds);
+
+/* Dies at once. Clients that look for it find nothing until vx_fake_come_back. */
+vx_status vx_fake_die(vx_fake* fake);
+
+/* Tells whom it cuts off that it is being ended, and dies. */
+vx_status vx_fake_shut_down(vx_fake* fake);
+
+/* Is there again, with default settings. */
+vx_status vx_fake_come_back(vx_fake* fake);
+
+/* Another process stops everything, or takes or gives back the lock. */
+vx_status vx_fake_stop_by_another(vx_fake* fake);
+vx_status vx_fake_lock_by_another(vx_fake* fake, unsigned int process);
+vx_status vx_fake_unlock_by_another(vx_fake* fake);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
