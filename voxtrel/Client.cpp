@@ -131,8 +131,8 @@ int Client::fd() const noexcept {
     return mState->mailbox->fd();
 }
 
-std::size_t Client::dispatch() {
-    return mState->mailbox->dispatch();
+std::size_t Client::dispatch(std::size_t max) {
+    return mState->mailbox->dispatch(max);
 }
 
 bool Client::isConnected() const noexcept {

@@ -3,7 +3,9 @@
 #define VOXTREL_CLIENT_H
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -126,9 +128,10 @@ public:
     /// `HandlerThread::OfTheApplication` only, else -1.
     int fd() const noexcept;
 
-    /// Calls the handler for all that has happened, on this thread.
-    /// @return how many events there were.
-    std::size_t dispatch();
+    /// Calls the handler for all that has happened, on this thread; or for the first `max` of it,
+    /// after which `fd` is still readable if there is more.
+    /// @return how many events there were; 0 inside a handler.
+    std::size_t dispatch(std::size_t max = std::numeric_limits<std::size_t>::max());
 
     bool isConnected() const noexcept;
 

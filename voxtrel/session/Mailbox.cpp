@@ -14,8 +14,7 @@ bool isDispensable(const Event& event) {
 }  // namespace
 
 Mailbox::Mailbox(bool isPolled) : mIsPolled(isPolled), mFd(isPolled ? eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) : -1) {
-    mEvents.reserve(kRoom);
-    mHandled.reserve(kRoom);
+    mEvents.reserve(2 * kRoom);
 }
 
 Mailbox::~Mailbox() {
@@ -26,22 +25,22 @@ Mailbox::~Mailbox() {
 
 bool Mailbox::put(Event&& event) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    if (mHandler == nullptr || mClosed || (mEvents.size() >= kRoom && isDispensable(event))) {
+    if (mHandler == nullptr || mClosed || (waiting() >= kRoom && isDispensable(event))) {
         return false;
     }
-    mEvents.push_back(std::move(event));
-    if (mEvents.size() == 1) {
+    append(std::move(event));
+    if (waiting() == 1) {
         signal();
     }
     return true;
 }
 
 void Mailbox::setHandler(Handler handler) {
+    auto other = handler ? std::make_shared<const Handler>(std::move(handler)) : nullptr;
     std::unique_lock<std::mutex> lock(mMutex);
-    mHandler = handler ? std::make_shared<const Handler>(std::move(handler)) : nullptr;
+    mHandler.swap(other);
     if (mHandler == nullptr) {
-        mEvents.clear();
-        unsignal();
+        clear();
     }
     waitForOthers(lock);
 }
@@ -51,42 +50,58 @@ bool Mailbox::hasHandler() const {
     return mHandler != nullptr;
 }
 
-std::size_t Mailbox::dispatch() {
+std::size_t Mailbox::dispatch(std::size_t max) {
     std::unique_lock<std::mutex> lock(mMutex);
     if (mInside != std::thread::id()) {
         return 0;
     }
     std::size_t count = 0;
     mInside = std::this_thread::get_id();
-    while (!mEvents.empty() && !mClosed) {
-        mHandled.swap(mEvents);
-        unsignal();
-        for (const Event& event : mHandled) {
-            const std::shared_ptr<const Handler> handler = mClosed ? nullptr : mHandler;
-            if (handler == nullptr) {
-                break;
-            }
-            lock.unlock();
-            try {
-                (*handler)(event);
-            } catch (...) {
-                // Said at Client::onEvent: there is nobody to tell.
-            }
-            lock.lock();
-            ++count;
+    while (count < max && waiting() > 0 && mHandler != nullptr && !mClosed) {
+        std::shared_ptr<const Handler> handler = mHandler;
+        const Event event = takeFirst();
+        lock.unlock();
+        try {
+            (*handler)(event);
+        } catch (...) {
+            // Said at Client::onEvent: there is nobody to tell.
         }
-        mHandled.clear();
+        handler.reset();  // what it owns may end here, and call us
+        lock.lock();
+        ++count;
     }
     mInside = std::thread::id();
     mIdle.notify_all();
     return count;
 }
 
+Event Mailbox::takeFirst() {
+    Event event = std::move(mEvents[mFirst++]);
+    if (waiting() == 0) {
+        clear();
+    }
+    return event;
+}
+
+void Mailbox::append(Event&& event) {
+    // Moved to the front rather than into more memory: a word must not allocate.
+    if (mEvents.size() == mEvents.capacity() && mFirst >= mEvents.size() / 2) {
+        mEvents.erase(mEvents.begin(), mEvents.begin() + static_cast<std::ptrdiff_t>(mFirst));
+        mFirst = 0;
+    }
+    mEvents.push_back(std::move(event));
+}
+
+void Mailbox::clear() {
+    mEvents.clear();
+    mFirst = 0;
+    unsignal();
+}
+
 void Mailbox::close() {
     std::unique_lock<std::mutex> lock(mMutex);
     mClosed = true;
-    mEvents.clear();
-    unsignal();
+    clear();
     waitForOthers(lock);
 }
 

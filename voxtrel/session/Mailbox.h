@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -42,9 +43,10 @@ public:
     void setHandler(Handler handler);
     bool hasHandler() const;
 
-    /// Runs the handler for all that is there; nothing while another thread, or the caller itself,
-    /// is inside it.
-    std::size_t dispatch();
+    /// Runs the handler for all that is there, or for the first `max`; for nothing while another
+    /// thread, or the caller itself, is inside it.
+    /// @return how many events there were.
+    std::size_t dispatch(std::size_t max = std::numeric_limits<std::size_t>::max());
 
     /// No handler runs from now on; waits for one as `setHandler` does.
     void close();
@@ -53,6 +55,10 @@ private:
     /// Words beyond are dropped.
     static constexpr std::size_t kRoom = 256;
 
+    std::size_t waiting() const { return mEvents.size() - mFirst; }
+    Event takeFirst();
+    void append(Event&& event);
+    void clear();
     void waitForOthers(std::unique_lock<std::mutex>& lock);
     void signal() const;
     void unsignal() const;
@@ -62,9 +68,9 @@ private:
     mutable std::mutex mMutex;
     std::condition_variable mIdle;
     std::shared_ptr<const Handler> mHandler;
-    std::vector<Event> mEvents;     ///< from `mFirst`; memory is kept
-    std::vector<Event> mHandled;    ///< swapped with it
-    std::thread::id mInside;        ///< runs the handler
+    std::vector<Event> mEvents;  ///< from `mFirst`; memory is kept
+    std::size_t mFirst = 0;
+    std::thread::id mInside;  ///< runs the handler
     bool mClosed = false;
 };
 
