@@ -13,7 +13,7 @@
  * ..._free function of its type.
  *
  * Called on: any thread, event handlers included; where a type is for one thread at a time, it is
- * said there. No call waits longer than its deadline, whatever the service or the service manager
+ * said there. A thread must not be cancelled (pthread_cancel) inside a function. No call waits longer than its deadline, whatever the service or the service manager
  * does; the functions without one do not wait at all.
  *
  * After a fork, the child makes clients of its own and lets those of its parent be.
@@ -66,7 +66,7 @@ vx_status vx_describe(vx_status status, const char** text);
 
 /*
  * Why the last call on this thread that failed did so, in more detail than its status: one line of
- * English; empty before the first. Valid until the next call on this thread.
+ * English; empty before the first. Valid until the next call on this thread that fails.
  */
 vx_status vx_last_error(const char** text);
 
@@ -168,7 +168,8 @@ typedef struct vx_client_options vx_client_options;
 /* The thread on which a client's events arrive. */
 enum {
     VX_THREAD_OF_LIBRARY = 0,    /* one for all clients of the process that choose it */
-    VX_THREAD_OF_APPLICATION = 1 /* the one that calls vx_next_event or vx_dispatch */
+    /* the one that calls vx_next_event or vx_dispatch; events are kept in memory until it does */
+    VX_THREAD_OF_APPLICATION = 1
 };
 
 /* A deadline of 2000 ms, a linger of 2000 ms, VX_THREAD_OF_LIBRARY. */
