@@ -33,6 +33,8 @@ struct Prosody {
     uint32_t speed = 300;      ///< `kSpeedMin` to `kSpeedMax`
     float pitch = 200.0F;      ///< `kPitchMin` to `kPitchMax`
     bool punctuation = false;  ///< punctuation marks are named as well
+    bool markup = false;       ///< the text is an SSML document, see `Engine::speak`
+    bool endPause = true;      ///< the pause behind a sentence follows the text
 };
 
 /// Takes speech as it is made. A word is announced right before its first sample.
@@ -65,6 +67,11 @@ public:
     virtual std::vector<EngineVoice> voices() const = 0;
 
     /// Speaks one text (valid UTF-8, a few sentences) and returns when all of it is handed over.
+    ///
+    /// A text that is marked up is well-formed, a few KiB long, and consists of `speak`,
+    /// `prosody`, `emphasis`, `say-as` (no deeper than `MarkupReader::kDeepest`, with short values),
+    /// and the references "&amp;", "&lt;" and "&gt;". What an engine does not know of it, it passes
+    /// over. The offsets of its words count all characters of the document.
     /// @return false if the engine failed; true also when the receiver wanted no more.
     virtual bool speak(const std::string& text, const Prosody& prosody,
                        SpeechReceiver& receiver) = 0;

@@ -195,8 +195,10 @@ bool EspeakEngine::speak(const std::string& text, const Prosody& prosody,
         return false;
     }
     Passage passage = {&receiver, mSampleRate, 0, SIZE_MAX};
-    return espeak_Synth(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0,
-                        espeakCHARS_UTF8 | espeakENDPAUSE, nullptr, &passage) == EE_OK;
+    const unsigned flags = espeakCHARS_UTF8 | (prosody.endPause ? espeakENDPAUSE : 0U) |
+                           (prosody.markup ? espeakSSML : 0U);
+    return espeak_Synth(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0, flags, nullptr,
+                        &passage) == EE_OK;
 }
 
 }  // namespace voxtreld

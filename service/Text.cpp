@@ -125,4 +125,12 @@ size_t pieceLength(std::string_view text, size_t limit) {
     return end;
 }
 
+size_t sentenceLength(std::string_view text) {
+    size_t end = text.empty() ? 0 : 1;
+    while (end < text.size() && !endsSentence(text, end)) {
+        ++end;
+    }
+    return end;
+}
+
 }  // namespace voxtreld

@@ -24,6 +24,9 @@ size_t characterCount(std::string_view text);
 /// @param limit at least 4, the longest character.
 size_t pieceLength(std::string_view text, size_t limit);
 
+/// The length in bytes up to the first sentence end, or of all of the text if it has none.
+size_t sentenceLength(std::string_view text);
+
 }  // namespace voxtreld
 
 #endif
