@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "service/MarkupReader.h"
 #include "service/Text.h"
 #include "vocabulary/Status.h"
 
@@ -40,14 +41,17 @@ void Speaker::speak(const Utterance& utterance) {
     mStarted = false;
     mSinkFailed = !mSink.begin(utterance.pid, utterance.id);
     mPieceOffset = 0;
-    mEarlyWords.clear();
+    mLastWord.reset();
+    mEarly.clear();
 
     bool good = !mSinkFailed;
     if (good) {
-        good = utterance.text.empty() ? pause(utterance.pauseMs) : speakText(utterance);
+        good = isMarkup(utterance.text) ? speakMarkup(utterance)
+               : utterance.text.empty() ? pause(utterance.pauseMs)
+                                        : speakText(utterance);
         good = mSink.end(mQueue.cancelled()) && good && !mSinkFailed;
     }
-    mEarlyWords.clear();  // without a sample nobody heard them
+    dropUnheard(good);
     tellStarted();
     if (const auto cancelStatus = mQueue.finish()) {
         tell(EVENT_STOPPED, static_cast<uint32_t>(*cancelStatus));
@@ -72,6 +76,27 @@ bool Speaker::speakText(const Utterance& utterance) {
     return true;
 }
 
+bool Speaker::speakMarkup(const Utterance& utterance) {
+    MarkupReader reader(utterance.text, utterance.prosody, mEngine.voices());
+    MarkupPiece piece;
+    bool good = true;
+    while (good && !mSinkFailed && !mQueue.cancelled() && reader.next(piece)) {
+        good = speakPiece(piece);
+    }
+    return good;
+}
+
+bool Speaker::speakPiece(const MarkupPiece& piece) {
+    mPiece = &piece;
+    mMarksTold = 0;
+    const bool good = !piece.hasText() || mEngine.speak(piece.document(), piece.prosody, *this);
+    if (good && !mSinkFailed && !mQueue.cancelled()) {
+        tellMarks(SIZE_MAX);
+    }
+    mPiece = nullptr;
+    return good && pause(piece.pauseMs);
+}
+
 bool Speaker::pause(uint32_t milliseconds) {
     constexpr std::array<int16_t, 512> kSilence = {};
     uint64_t left = static_cast<uint64_t>(milliseconds) * mEngine.sampleRate() / 1000;
@@ -86,11 +111,23 @@ bool Speaker::pause(uint32_t milliseconds) {
 }
 
 void Speaker::word(size_t offset) {
-    const auto inText = static_cast<uint32_t>(mPieceOffset + offset);
-    if (mStarted) {
-        tell(EVENT_WORD, inText);
-    } else {
-        mEarlyWords.push_back(inText);
+    if (mPiece == nullptr) {
+        tellWhenStarted(EVENT_WORD, static_cast<uint32_t>(mPieceOffset + offset));
+        return;
+    }
+    tellMarks(offset);
+    const auto inText = static_cast<uint32_t>(mPiece->sentOffset(offset));
+    if (!mLastWord || inText > *mLastWord) {  // several words may stand for one place in the text
+        mLastWord = inText;
+        tellWhenStarted(EVENT_WORD, inText);
+    }
+}
+
+/// Tells the marks of the piece that stand before the word at this offset.
+void Speaker::tellMarks(size_t upTo) {
+    const std::vector<MarkupPiece::Mark>& marks = mPiece->marks();
+    for (; mMarksTold < marks.size() && marks[mMarksTold].offset <= upTo; ++mMarksTold) {
+        tellWhenStarted(EVENT_MARK, marks[mMarksTold].number);
     }
 }
 
@@ -111,10 +148,27 @@ void Speaker::tellStarted() {
     }
     mStarted = true;
     tell(EVENT_STARTED, 0);
-    for (const uint32_t offset : mEarlyWords) {
-        tell(EVENT_WORD, offset);
+    for (const EarlyEvent& early : mEarly) {
+        tell(early.event, early.third);
     }
-    mEarlyWords.clear();
+    mEarly.clear();
+}
+
+/// Without a sample nobody heard a word, but a text of nothing but marks reaches them.
+void Speaker::dropUnheard(bool good) {
+    const bool keepsMarks = good && !mQueue.cancelled();
+    const auto isUnheard = [keepsMarks](const EarlyEvent& early) {
+        return !keepsMarks || early.event == EVENT_WORD;
+    };
+    mEarly.erase(std::remove_if(mEarly.begin(), mEarly.end(), isUnheard), mEarly.end());
+}
+
+void Speaker::tellWhenStarted(TTS::Event event, uint32_t third) {
+    if (mStarted) {
+        tell(event, third);
+    } else {
+        mEarly.push_back({event, third});
+    }
 }
 
 void Speaker::tell(TTS::Event event, uint32_t third) {

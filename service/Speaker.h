@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "service/Engine.h"
 #include "service/Listener.h"
+#include "service/MarkupPiece.h"
 #include "service/Mixer.h"
 #include "service/Sink.h"
 #include "service/SpeechQueue.h"
@@ -28,14 +30,24 @@ public:
     void run();
 
 private:
+    struct EarlyEvent {
+        TTS::Event event;
+        uint32_t third;
+    };
+
     void word(size_t offset) override;
     bool samples(const int16_t* samples, size_t count) override;
 
     void reportDropped(const std::vector<SpeechQueue::Dropped>& dropped);
     void speak(const Utterance& utterance);
     bool speakText(const Utterance& utterance);
+    bool speakMarkup(const Utterance& utterance);
+    bool speakPiece(const MarkupPiece& piece);
     bool pause(uint32_t milliseconds);
     void tellStarted();
+    void dropUnheard(bool good);
+    void tellMarks(size_t upTo);
+    void tellWhenStarted(TTS::Event event, uint32_t third);
     void tell(TTS::Event event, uint32_t third);
 
     Engine& mEngine;
@@ -48,8 +60,11 @@ private:
     const Utterance* mCurrent = nullptr;
     bool mStarted = false;
     bool mSinkFailed = false;
-    size_t mPieceOffset = 0;            ///< characters before the piece that the engine has
-    std::vector<uint32_t> mEarlyWords;  ///< announced before the first sample
+    size_t mPieceOffset = 0;              ///< characters before the piece that the engine has
+    const MarkupPiece* mPiece = nullptr;  ///< that the engine has, of a marked-up text
+    size_t mMarksTold = 0;                ///< of the piece
+    std::optional<uint32_t> mLastWord;    ///< of a marked-up text
+    std::vector<EarlyEvent> mEarly;       ///< before the first sample
 };
 
 }  // namespace voxtreld

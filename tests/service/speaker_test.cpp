@@ -228,5 +228,68 @@ TEST_F(ASpeaker, StopsAnUtteranceWhoseSamplesAreNotTaken) {
         {{1, EVENT_STARTED, 1, 0}, {1, EVENT_WORD, 1, 0}, {1, EVENT_STOPPED, 1, kAudioFailed}});
 }
 
+TEST_F(ASpeaker, TellsTheMarksOfAMarkedUpTextBetweenItsWords) {
+    say(7, 42, "<speak>one <mark name='a'/>two<mark name='b'/></speak>");
+    start();
+    expectTold({{7, EVENT_STARTED, 42, 0},
+                {7, EVENT_WORD, 42, 7},
+                {7, EVENT_MARK, 42, 1},
+                {7, EVENT_WORD, 42, 27},
+                {7, EVENT_MARK, 42, 2},
+                {7, EVENT_FINISHED, 42, 0}});
+}
+
+TEST_F(ASpeaker, TellsNoMoreMarksOfATextThatIsCut) {
+    engine.hold();
+    say(1, 1, "<speak><mark name='a'/>one two <mark name='b'/><break time='60s'/>three</speak>");
+    start();
+    ASSERT_TRUE(engine.waitUntilHeld());
+    queue.drop(1, STATUS_OK);
+    engine.release();
+    expectTold({{1, EVENT_STARTED, 1, 0}, {1, EVENT_STOPPED, 1, 0}});
+    EXPECT_EQ(1U, engine.spoken().size());
+    EXPECT_TRUE(sink.samples().empty());
+}
+
+TEST_F(ASpeaker, TellsNoMarksOfATextThatTheEngineCannotSpeak) {
+    engine.failOn("<speak>broken</speak>");
+    say(1, 1, "<speak><mark name='a'/>broken<mark name='b'/></speak>");
+    start();
+    expectTold({{1, EVENT_STARTED, 1, 0}, {1, EVENT_STOPPED, 1, kAudioFailed}});
+}
+
+TEST_F(ASpeaker, GivesTheEngineNothingOfATextOfMarksAndBreaks) {
+    say(1, 1, "<speak><mark name='a'/><break time='10ms'/><mark name='b'/></speak>");
+    start();
+    expectTold({{1, EVENT_STARTED, 1, 0},
+                {1, EVENT_MARK, 1, 1},
+                {1, EVENT_MARK, 1, 2},
+                {1, EVENT_FINISHED, 1, 0}});
+    EXPECT_TRUE(engine.spoken().empty());
+    EXPECT_EQ(std::vector<int16_t>(ScriptedEngine::kRate / 100, 0), sink.samples());
+}
+
+TEST_F(ASpeaker, SpeaksAMarkedUpTextInTheVoicesThatItNames) {
+    say(1, 1, "<speak>one <voice name='two'>two</voice> <lang xml:lang='fr'>un</lang></speak>");
+    start();
+    ASSERT_TRUE(listener.waitForCount(5));
+    stop();
+    const auto spoken = engine.spoken();
+    ASSERT_EQ(3U, spoken.size());
+    EXPECT_EQ(LANG_EN_US, spoken[0].second.language);
+    EXPECT_EQ(2U, spoken[1].second.voice);
+    EXPECT_EQ(LANG_FR_FR, spoken[2].second.language);
+}
+
+TEST_F(ASpeaker, SpeaksATextThatDoesNotBeginWithSpeakAsItStands) {
+    say(1, 1, " <speak>a</speak>");
+    start();
+    ASSERT_TRUE(listener.waitForCount(3));
+    stop();
+    ASSERT_EQ(1U, engine.spoken().size());
+    EXPECT_EQ(" <speak>a</speak>", engine.spoken()[0].first);
+    EXPECT_FALSE(engine.spoken()[0].second.markup);
+}
+
 }  // namespace
 }  // namespace voxtreld
