@@ -95,6 +95,8 @@ private:
         say->add_option("-f,--file", mOptions.file, "Speak this file; - is standard input");
         say->add_flag("-w,--wait", mOptions.wait,
                       "Stay until all is spoken, and show the words as they are spoken");
+        say->add_flag("--ssml", mOptions.ssml,
+                      "Check that the text is good SSML, and send it whole");
         addProsody(*say);
 
         CLI::App* silence = add(mApp, "silence", "Queue a pause", Command::Silence, kSpeak);

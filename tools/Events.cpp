@@ -9,7 +9,7 @@ namespace voxtrelctl {
 namespace {
 
 constexpr const char* kKindNames[] = {"unknown", "started", "finished", "stopped",
-                                      "word",    "state",   "setting"};
+                                      "word",    "state",   "setting",  "mark"};
 constexpr const char* kSettingNames[] = {"language", "speed",     "pitch",     "voice",
                                          "volume",   "bg-volume", "tts-volume"};
 
@@ -64,7 +64,7 @@ std::string describeStop(const Event& event) {
 }  // namespace
 
 EventKind kindOf(const Event& event) {
-    return event.first <= static_cast<uint32_t>(EventKind::Setting)
+    return event.first <= static_cast<uint32_t>(EventKind::Mark)
                ? static_cast<EventKind>(event.first)
                : EventKind::Unknown;
 }
@@ -75,7 +75,7 @@ bool isTerminal(const Event& event) {
 
 bool isOfUtterance(const Event& event) {
     return kindOf(event) == EventKind::Started || kindOf(event) == EventKind::Word ||
-           isTerminal(event);
+           kindOf(event) == EventKind::Mark || isTerminal(event);
 }
 
 int statusOf(const Event& event) {
@@ -140,6 +140,8 @@ std::string describe(const Event& event) {
             return describeStop(event);
         case EventKind::Word:
             return "word " + second + " at " + std::to_string(event.third);
+        case EventKind::Mark:
+            return "mark " + second + " " + std::to_string(event.third);
         case EventKind::State:
             return describeState(event);
         case EventKind::Setting:

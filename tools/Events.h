@@ -18,6 +18,7 @@ enum class EventKind : uint32_t {
     Word = TTS::EVENT_WORD,
     State = TTS::EVENT_STATE,
     Setting = TTS::EVENT_SETTING,
+    Mark = TTS::EVENT_MARK,
 };
 
 /// One notification, as its three numbers.

@@ -77,6 +77,10 @@ std::string eventJson(const Event& event, const std::string& word) {
                 json["word"] = word;
             }
             break;
+        case EventKind::Mark:
+            json["utterance"] = event.second;
+            json["mark"] = event.third;
+            break;
         case EventKind::State:
             json["what"] = stateName(event.second);
             json["value"] = event.third;

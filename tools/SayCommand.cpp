@@ -10,6 +10,7 @@
 #include "tools/Errors.h"
 #include "tools/Settle.h"
 #include "tools/Speech.h"
+#include "tools/SsmlChecker.h"
 #include "tools/Text.h"
 
 namespace voxtrelctl {
@@ -50,11 +51,40 @@ std::string textOf(const Options& options) {
     return text;
 }
 
-EventPrinter::Style styleOf(const Options& options, const Terminal& terminal) {
+void checkSsml(const std::string& text) {
+    if (const auto mistake = SsmlChecker(text).check()) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER,
+                      "line " + std::to_string(mistake->line) + ", column " +
+                          std::to_string(mistake->column) + ": " + forTerminal(mistake->what),
+                      "correct the markup, or leave out --ssml");
+    }
+}
+
+/// Marked-up text goes whole: no part of it would be marked up by itself.
+std::vector<std::string> piecesOf(const Options& options, std::string text) {
+    if (options.ssml) {
+        checkSsml(text);
+    }
+    if (!isMarkedUp(text)) {
+        return cutIntoPieces(std::move(text));
+    }
+    if (text.size() > kMostOnTheWay) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER,
+                      "the marked-up text has " + std::to_string(text.size()) +
+                          " bytes, and no more than " + std::to_string(kMostOnTheWay) +
+                          " can be sent at once",
+                      "say it in several texts, each in a <speak> of its own");
+    }
+    return cutIntoPieces(std::move(text), kMostOnTheWay);
+}
+
+EventPrinter::Style styleOf(const Options& options, const Terminal& terminal, bool isMarkup) {
     if (options.json) {
         return EventPrinter::Style::Json;
     }
-    return terminal.isInteractive() ? EventPrinter::Style::Words : EventPrinter::Style::Lines;
+    // The running text would be full of tags.
+    return terminal.isInteractive() && !isMarkup ? EventPrinter::Style::Words
+                                                 : EventPrinter::Style::Lines;
 }
 
 /// Gives the service all of it and leaves; what is queued is spoken all the same.
@@ -80,7 +110,7 @@ void handOver(Session& session, const std::vector<std::string>& pieces) {
 }  // namespace
 
 int runSay(const Options& options, Terminal& terminal) {
-    const std::vector<std::string> pieces = cutIntoPieces(textOf(options));
+    const std::vector<std::string> pieces = piecesOf(options, textOf(options));
     if (pieces.empty()) {
         throw Failure(TTS::STATUS_BAD_PARAMETER, "there is nothing to say",
                       "give a text, --file FILE, or pipe a text into standard input");
@@ -89,7 +119,7 @@ int runSay(const Options& options, Terminal& terminal) {
     applyProsody(session, options.prosody);
     if (options.wait || options.json) {
         const auto printer =
-            EventPrinter::make(styleOf(options, terminal),
+            EventPrinter::make(styleOf(options, terminal, isMarkedUp(pieces.front())),
                                [&terminal](const std::string& text) { terminal.print(text); });
         Speech(session, *printer).say(pieces);
     } else {

@@ -69,6 +69,12 @@ std::vector<std::string> cutIntoPieces(std::string text, size_t most) {
     return pieces;
 }
 
+bool isMarkedUp(const std::string& text) {
+    constexpr size_t kRootLength = 6;
+    return text.size() > kRootLength && text.compare(0, kRootLength, "<speak") == 0 &&
+           std::string("/> \t\r\n").find(text[kRootLength]) != std::string::npos;
+}
+
 std::string forTerminal(std::string text) {
     for (size_t at = 0; at < text.size(); ++at) {
         const auto value = static_cast<unsigned char>(text[at]);
@@ -83,6 +89,12 @@ std::string forTerminal(std::string text) {
     return text;
 }
 
+WordCursor::WordCursor(std::string text) : mText(std::move(text)), mEnds(kWhite) {
+    if (isMarkedUp(mText)) {
+        mEnds += '<';
+    }
+}
+
 size_t WordCursor::byteOf(uint32_t offset) const {
     size_t byte = 0;
     for (uint32_t character = 0; character < offset && byte < mText.size(); ++character) {
@@ -94,7 +106,7 @@ size_t WordCursor::byteOf(uint32_t offset) const {
 
 size_t WordCursor::endOfWord(size_t byte) const {
     const size_t word = std::min(mText.find_first_not_of(kWhite, byte), mText.size());
-    return std::min(mText.find_first_of(kWhite, word), mText.size());
+    return std::min(mText.find_first_of(mEnds, word), mText.size());
 }
 
 std::string WordCursor::advanceTo(uint32_t offset) {

@@ -25,6 +25,9 @@ constexpr size_t kMostOnTheWay = 65536;
 /// white space are left out. `most` is at least 4.
 std::vector<std::string> cutIntoPieces(std::string text, size_t most = kPieceBytes);
 
+/// True for a text that a service takes for SSML: it begins with the tag "<speak".
+bool isMarkedUp(const std::string& text);
+
 /// `text` for a terminal: control characters but line feed and tab become blanks, so that a spoken
 /// file cannot steer the terminal.
 std::string forTerminal(std::string text);
@@ -32,10 +35,11 @@ std::string forTerminal(std::string text);
 /// Follows the voice through a text: gives what has been spoken since the last call.
 ///
 /// Offsets count UTF-8 characters from 0, as the service's word events do; a byte that is no part
-/// of a valid character counts as one. Offsets beyond the end stand for the end.
+/// of a valid character counts as one. Offsets beyond the end stand for the end. A word of a
+/// marked-up text ends before the next tag.
 class WordCursor {
 public:
-    explicit WordCursor(std::string text) : mText(std::move(text)) {}
+    explicit WordCursor(std::string text);
 
     /// The text up to the end of the word that begins at `offset`, from where the last call
     /// ended; empty for an offset that was passed already.
@@ -52,6 +56,7 @@ private:
     size_t endOfWord(size_t byte) const;
 
     std::string mText;
+    std::string mEnds;  ///< characters that end a word
     size_t mDone = 0;
 };
 

@@ -39,7 +39,7 @@ _voxtrelctl()
     esac
     case $command in
         say)
-            COMPREPLY=($(compgen -W "--wait --json --file --lang --voice --speed --pitch --volume
+            COMPREPLY=($(compgen -W "--wait --ssml --json --file --lang --voice --speed --pitch --volume
                 --bg-volume --tts-volume --profile --verbose --help" -- "$current")) ;;
         silence) COMPREPLY=($(compgen -W "--wait --verbose --help" -- "$current")) ;;
         lock)

@@ -16,13 +16,14 @@ TEST(AnEvent, IsNamedByItsFirstNumber) {
     EXPECT_EQ(kindOf({4, 7, 0}), EventKind::Word);
     EXPECT_EQ(kindOf({5, 7, 0}), EventKind::State);
     EXPECT_EQ(kindOf({6, 7, 0}), EventKind::Setting);
+    EXPECT_EQ(kindOf({7, 7, 0}), EventKind::Mark);
 }
 
 TEST(AnEvent, OfANumberFromTheFutureIsUnknown) {
     EXPECT_EQ(kindOf({0, 0, 0}), EventKind::Unknown);
-    EXPECT_EQ(kindOf({7, 1, 2}), EventKind::Unknown);
+    EXPECT_EQ(kindOf({8, 1, 2}), EventKind::Unknown);
     EXPECT_EQ(kindOf({0xFFFFFFFFU, 1, 2}), EventKind::Unknown);
-    EXPECT_EQ(describe({7, 1, 2}), "unknown event 7 1 2");
+    EXPECT_EQ(describe({8, 1, 2}), "unknown event 8 1 2");
 }
 
 TEST(OnlyFinishedAndStopped, EndAnUtterance) {
@@ -31,9 +32,13 @@ TEST(OnlyFinishedAndStopped, EndAnUtterance) {
     }
 }
 
+TEST(AMark, IsDescribedByItsUtteranceAndItsNumber) {
+    EXPECT_EQ(describe({7, 3, 1}), "mark 3 1");
+}
+
 TEST(StateAndSettingEvents, NameNoUtterance) {
-    for (uint32_t first = 0; first < 8; ++first) {
-        EXPECT_EQ(isOfUtterance({first, 1, 0}), first >= 1 && first <= 4) << first;
+    for (uint32_t first = 0; first < 9; ++first) {
+        EXPECT_EQ(isOfUtterance({first, 1, 0}), (first >= 1 && first <= 4) || first == 7) << first;
     }
 }
 

@@ -15,6 +15,7 @@ TEST(AnEventInJson, IsOneLineNamingItsUtterance) {
     EXPECT_EQ(eventJson({2, 4, 0}, ""), R"({"event":"finished","utterance":4})");
     EXPECT_EQ(eventJson({3, 4, 0xFFFFFFF9U}, ""),
               R"({"event":"stopped","utterance":4,"status":-7})");
+    EXPECT_EQ(eventJson({7, 4, 2}, ""), R"({"event":"mark","utterance":4,"mark":2})");
     EXPECT_EQ(eventJson({4, 4, 7}, "world."),
               R"({"event":"word","utterance":4,"offset":7,"word":"world."})");
 }

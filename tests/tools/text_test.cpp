@@ -83,6 +83,20 @@ TEST(AControlCharacter, OfTwoBytesDoesNotReachTheTerminalEither) {
     EXPECT_EQ(forTerminal("Na\xC3\x9B \xC2\xBF?"), "Na\xC3\x9B \xC2\xBF?") << "letters stay";
 }
 
+TEST(MarkedUpText, BeginsWithTheSpeakTag) {
+    EXPECT_TRUE(isMarkedUp("<speak>"));
+    EXPECT_TRUE(isMarkedUp("<speak\nversion='1.1'>a</speak>"));
+    EXPECT_TRUE(isMarkedUp("<speak/>"));
+    for (const char* text : {"", "<speak", "<speaker>", " <speak>", "Hello <speak>"}) {
+        EXPECT_FALSE(isMarkedUp(text)) << text;
+    }
+}
+
+TEST(AWordOfMarkedUpText, EndsBeforeATag) {
+    EXPECT_EQ(WordCursor("<speak>Hello<p>wide</p> world").wordAt(7), "Hello");
+    EXPECT_EQ(WordCursor("Hello<p>wide").wordAt(0), "Hello<p>wide");
+}
+
 TEST(TheVoice, IsFollowedWordByWord) {
     WordCursor cursor("Hello, world.  Bye");
     EXPECT_EQ(cursor.advanceTo(0), "Hello,");
