@@ -69,9 +69,9 @@ public:
     /// Speaks one text (valid UTF-8, a few sentences) and returns when all of it is handed over.
     ///
     /// A text that is marked up is well-formed, a few KiB long, and consists of `speak`,
-    /// `prosody`, `emphasis`, `say-as` (no deeper than `MarkupReader::kDeepest`, with short values),
-    /// and the references "&amp;", "&lt;" and "&gt;". What an engine does not know of it, it passes
-    /// over. The offsets of its words count all characters of the document.
+    /// `prosody`, `emphasis`, `say-as` (no deeper than `MarkupReader::kDeepest`, with short
+    /// values), and the references "&amp;", "&lt;" and "&gt;". What an engine does not know of it,
+    /// it passes over. The offsets of its words count all characters of the document.
     /// @return false if the engine failed; true also when the receiver wanted no more.
     virtual bool speak(const std::string& text, const Prosody& prosody,
                        SpeechReceiver& receiver) = 0;

@@ -50,7 +50,7 @@ struct Options {
     bool spawn = false;                       ///< start the service first where there is none
     std::optional<std::string> trustedOwner;  ///< whose service is good, too
     bool wait = false;
-    bool ssml = false;  ///< the text of `say` is marked up
+    bool ssml = false;               ///< the text of `say` is marked up
     std::vector<std::string> words;  ///< text of `say`, COMMAND of `lock`, names of `get`...
     std::string file;                ///< text file of `say`, "-" for standard input
     Prosody prosody;

@@ -26,7 +26,9 @@ enum Event : uint32_t {
     EVENT_STATE = 5,     ///< (a `State`, its new value): something shared by all clients changed
     EVENT_SETTING = 6,   ///< (0, a `SettingKind`): a setter of this client stored a new value; made
                          ///< by the client library, never by the service
-    EVENT_MARK = 7,      ///< (utterance, its number): a mark in marked-up text was reached
+    EVENT_MARK = 7,      ///< (utterance, number of the mark): a mark in marked-up text is reached;
+                         ///< marks are numbered from 1 as they appear in the text, whatever their
+                         ///< names. A service need not know marked-up text
 };
 
 /// The second number of `EVENT_STATE`. Values 2 to 14 are the keys of global settings
