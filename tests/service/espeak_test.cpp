@@ -206,6 +206,13 @@ TEST_F(TheEspeakEngine, SpeaksHigherAtAHigherPitch) {
     }
 }
 
+TEST_F(TheEspeakEngine, PausesBehindATextOnlyWhenAsked) {
+    Prosody prosody = prosodyOf(LANG_EN_US);
+    const size_t paused = hear("Yes", prosody).samplesHeard.size();
+    prosody.endPause = false;
+    EXPECT_LT(hear("Yes", prosody).samplesHeard.size() + engine.sampleRate() / 50, paused);
+}
+
 TEST_F(TheEspeakEngine, NamesPunctuationWhenAsked) {
     Prosody prosody = prosodyOf(LANG_EN_US);
     const size_t plain = hear("Yes (no)?", prosody).samplesHeard.size();

@@ -90,6 +90,8 @@ TEST(MarkupForTheEngine, HoldsNothingThatAnEngineWouldOpenOrCannotTake) {
          {"0.1 <speak>ab</speak>..."}},
         {"<speak><prosody rate='99999%' pitch='a b' volume='&lt;' range=''>a</prosody></speak>",
          {"0.1 <speak><prosody>a</prosody></speak>..."}},
+        {"<speak><prosody rate='aaaaaaaaaaaaaaaaaaaaaaaaa' pitch='aaaaaaaaaaaaaaaaaaaaaaaa'>a",
+         {"0.1 <speak><prosody pitch=\"aaaaaaaaaaaaaaaaaaaaaaaa\">a</prosody></speak>..."}},
         {"<speak><say-as interpret-as='tts:key'>a</say-as></speak>",
          {"0.1 <speak><say-as>a</say-as></speak>..."}},
         {"<speak><tts:style field='x' mode='y'>a</tts:style></speak>", {"0.1 <speak>a</speak>..."}},

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -31,11 +32,16 @@ struct Heard {
 
 class TimedListener : public Listener {
 public:
-    explicit TimedListener(const RecordingSink& sink) : mSink(sink) {}
+    /// @param onMark called when a mark was told.
+    TimedListener(const RecordingSink& sink, std::function<void()> onMark)
+        : mSink(sink), mOnMark(std::move(onMark)) {}
 
     void tell(uint32_t /*pid*/, Event event, uint32_t /*second*/, uint32_t third) override {
         const size_t samples = mSink.samples().size();
         mMonitor.change([&] { mHeard.push_back({event, third, samples}); });
+        if (event == EVENT_MARK) {
+            mOnMark();
+        }
     }
     bool waitForEnd() const {
         return mMonitor.waitFor([&] {
@@ -49,6 +55,7 @@ public:
 
 private:
     const RecordingSink& mSink;
+    const std::function<void()> mOnMark;
     Monitor mMonitor;
     std::vector<Heard> mHeard;
 };
@@ -56,11 +63,15 @@ private:
 /// One text, spoken by the real engine.
 class Speech {
 public:
-    explicit Speech(const std::string& text) {
+    explicit Speech(const std::string& text, bool stopsAtMark = false) {
         std::string error;
         EXPECT_TRUE(mEngine.load(error)) << error;
         SpeechQueue queue{QueueLimits{}};
-        TimedListener listener(mSink);
+        TimedListener listener(mSink, [&] {
+            if (stopsAtMark) {
+                queue.drop(std::nullopt, STATUS_OK);
+            }
+        });
         Mixer mixer(nullptr);
         std::thread thread([&] { Speaker(mEngine, mSink, mixer, queue, listener).run(); });
         Utterance utterance;
@@ -214,6 +225,15 @@ TEST(AMarkOfMarkup, IsToldOnceHoweverManyStandInOnePlace) {
         expected[n] = n + 1;
     }
     EXPECT_EQ(expected, thirdsOf(speech.heard(EVENT_MARK)));
+}
+
+TEST(AMarkOfMarkup, IsNotToldOfWhatIsCut) {
+    const Speech speech(marked("One <mark name='a'/>two <mark name='b'/>three.<mark name='c'/>"
+                               "<break time='60s'/><mark name='d'/> Four."),
+                        true);
+    EXPECT_EQ(std::vector<uint32_t>{1}, thirdsOf(speech.heard(EVENT_MARK)));
+    EXPECT_EQ(EVENT_STOPPED, speech.heard().back().event);
+    EXPECT_LT(speech.seconds(), 1);
 }
 
 TEST(ABreakOfMarkup, AddsItsSilenceAtAnySpeed) {

@@ -251,9 +251,37 @@ TEST_F(ASpeaker, TellsNoMoreMarksOfATextThatIsCut) {
     EXPECT_TRUE(sink.samples().empty());
 }
 
-TEST_F(ASpeaker, TellsNoMarksOfATextThatTheEngineCannotSpeak) {
-    engine.failOn("<speak>broken</speak>");
-    say(1, 1, "<speak><mark name='a'/>broken<mark name='b'/></speak>");
+/// A marked-up text whose mark is passed before the engine has anything to speak.
+std::string textBehindAMark(const std::string& text) {
+    std::string marked = "<speak><mark name='a'/>";
+    for (int n = 0; n < 200; ++n) {
+        marked += "<emphasis></emphasis>";  // more than goes to the engine at once
+    }
+    return marked + text + "</speak>";
+}
+
+TEST_F(ASpeaker, TellsAMarkBeforeTheFirstSoundRightBehindTheStart) {
+    say(1, 1, textBehindAMark("one"));
+    start();
+    ASSERT_TRUE(listener.waitForCount(4));
+    stop();
+    EXPECT_EQ((Told{1, EVENT_STARTED, 1, 0}), listener.told()[0]);
+    EXPECT_EQ((Told{1, EVENT_MARK, 1, 1}), listener.told()[1]);
+}
+
+TEST_F(ASpeaker, TellsNoMarkOfATextThatIsCutBeforeItsFirstSound) {
+    engine.hold();
+    say(1, 1, textBehindAMark("one"));
+    start();
+    ASSERT_TRUE(engine.waitUntilHeld());
+    queue.drop(1, STATUS_OK);
+    engine.release();
+    expectTold({{1, EVENT_STARTED, 1, 0}, {1, EVENT_STOPPED, 1, 0}});
+}
+
+TEST_F(ASpeaker, TellsNoMarkOfATextThatTheEngineCannotSpeak) {
+    engine.failOn("broken");
+    say(1, 1, textBehindAMark("broken"));
     start();
     expectTold({{1, EVENT_STARTED, 1, 0}, {1, EVENT_STOPPED, 1, kAudioFailed}});
 }

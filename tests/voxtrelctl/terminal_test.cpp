@@ -24,6 +24,14 @@ TEST(APersonAtATerminal, SeesTheWordsAndNothingElse) {
     EXPECT_EQ(seen.out, "Hello there, world. It works.\r\n");
 }
 
+TEST(APersonAtATerminal, SeesLinesForTextThatIsMarkedUp) {
+    Device device;
+    device.startService({"--sink", "none"});
+    const Outcome seen = onTerminal("say --wait '<speak>Hello<mark name=\"a\"/></speak>'")->wait();
+    EXPECT_EQ(seen.status, 0);
+    EXPECT_EQ(seen.out, "started 1\r\nword 1 at 7: Hello\r\nmark 1 1\r\nfinished 1\r\n");
+}
+
 TEST(APersonAtATerminal, SeesEachWordWhenItIsSpoken) {
     Device device;
     device.startService({"--real-time"});
