@@ -110,7 +110,7 @@ TEST(AStop, EndsSsmlInTheMiddleOfABreak) {
     EXPECT_NE(stopped.out.find("stopped 1 (flushed)"), std::string::npos) << stopped.out;
     EXPECT_EQ(stopped.out.find("mark 1 2"), std::string::npos) << stopped.out;
     device.stopService();
-    EXPECT_LT(readSound(device.wavPath()).seconds(), 55);
+    EXPECT_LT(readSound(device.wavPath()).seconds(), 30);
 }
 
 TEST(SsmlThatNamesFiles, MakesTheServiceOpenNone) {
