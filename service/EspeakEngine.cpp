@@ -197,7 +197,10 @@ bool EspeakEngine::speak(const std::string& text, const Prosody& prosody,
     Passage passage = {&receiver, mSampleRate, 0, SIZE_MAX};
     const unsigned flags = espeakCHARS_UTF8 | (prosody.endPause ? espeakENDPAUSE : 0U) |
                            (prosody.markup ? espeakSSML : 0U);
-    return espeak_Synth(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0, flags, nullptr,
+    // The end tag makes the library set its voice anew, and it loses the memory of one that is set
+    // in a sentence that is cut. It takes the text's end for the end of all elements.
+    const std::string spoken = prosody.markup ? text.substr(0, text.rfind("</speak>")) : text;
+    return espeak_Synth(spoken.c_str(), spoken.size() + 1, 0, POS_CHARACTER, 0, flags, nullptr,
                         &passage) == EE_OK;
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <cmath>
@@ -252,6 +253,23 @@ TEST_F(TheEspeakEngine, StopsMakingSoundAtOnceWhenTheReceiverHasEnough) {
     EXPECT_EQ(1U, ear.blocks);
     // and the next text is not disturbed by the one that was cut
     EXPECT_GT(hear("Again.", prosodyOf(LANG_EN_US)).loudest(), 1000);
+}
+
+TEST_F(TheEspeakEngine, LosesNoMemoryWhenItIsCut) {
+    Prosody markup = prosodyOf(LANG_EN_US);
+    markup.markup = true;
+    const std::string text = "Hello <prosody rate=\"slow\">there</prosody> you. And more.";
+    for (const size_t enough : {1, 4000, 9000, 15'000, 20'000}) {
+        size_t before = 0;
+        constexpr size_t kTimes = 100;
+        for (size_t n = 0; n < 2 * kTimes; ++n) {
+            before = n == kTimes ? mallinfo2().uordblks : before;
+            Ear ear;
+            ear.enough = enough;
+            EXPECT_TRUE(engine.speak("<speak>" + text + "</speak>", markup, ear));
+        }
+        EXPECT_LT(mallinfo2().uordblks, before + kTimes * 100) << enough;
+    }
 }
 
 TEST_F(TheEspeakEngine, RefusesAVoiceThatDoesNotExist) {
