@@ -259,7 +259,7 @@ TEST_F(TheEspeakEngine, LosesNoMemoryWhenItIsCut) {
     Prosody markup = prosodyOf(LANG_EN_US);
     markup.markup = true;
     const std::string text = "Hello <prosody rate=\"slow\">there</prosody> you. And more.";
-    for (const size_t enough : {1, 4000, 9000, 15'000, 20'000}) {
+    for (const size_t enough : {1U, 4000U, 9000U, 15'000U, 20'000U}) {
         size_t before = 0;
         constexpr size_t kTimes = 100;
         for (size_t n = 0; n < 2 * kTimes; ++n) {
