@@ -1,66 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/DeviceFilter.h"
 
-#include <cstring>
-#include <sstream>
+#include <optional>
 #include <string>
 
+#include "client/FilterText.h"
 #include "client/Log.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {
-namespace {
-
-struct Item {
-    std::string code;
-    std::string voice;
-};
-
-/// The device's text; a null one is empty. Some devices declare it as an array, hence the pointer.
-std::string filterText() {
-    const char* text = INI_LANGUAGE_WITH_VOICES;
-    return text != nullptr ? text : "";
-}
-
-/// Takes the next item off the text; an item without "." is both code and voice.
-bool nextItem(std::istream& text, Item* item) {
-    std::string whole;
-    if (!std::getline(text, whole, ',')) {
-        return false;
-    }
-    const size_t dot = whole.find('.');
-    item->code = whole.substr(0, dot);
-    item->voice = dot == std::string::npos ? whole : whole.substr(dot + 1);
-    return true;
-}
-
-std::string nameOf(const VoiceInfo& voice) {
-    return {voice.name, strnlen(voice.name, sizeof voice.name)};
-}
-
-}  // namespace
 
 int findVoiceInFilter(const VoiceInfo& voice, bool* listed) {
-    std::istringstream text(filterText());
+    const std::string filter = deviceFilter();
     dbgPrint(kLogTrace, VOXTREL_DEBUG_LINE("supportVoiceByFilter(), INI_LANGUAGE_WITH_VOICES = %s"),
-             text.str().c_str());
-    int result = 0;
-    *listed = false;
-    Item item;
-    while (nextItem(text, &item)) {
-        if (langStr2Id(item.code) != voice.langId) {
-            continue;
-        }
-        result = 1;
-        if (item.voice == nameOf(voice)) {
-            dbgPrint(kLogTrace,
-                     VOXTREL_DEBUG_LINE("supportVoiceByFilter(), language : %s, voice : %s"),
-                     item.code.c_str(), item.voice.c_str());
-            *listed = true;
-            break;
-        }
+             filter.c_str());
+    const VoiceInFilter found = findVoice(filter, voice);
+    if (found.item) {
+        dbgPrint(kLogTrace, VOXTREL_DEBUG_LINE("supportVoiceByFilter(), language : %s, voice : %s"),
+                 found.item->code.c_str(), found.item->voice.c_str());
     }
-    return result;
+    *listed = found.item.has_value();
+    return found.isRestricted ? 1 : 0;
 }
 
 bool isUsable(const VoiceInfo& voice) {
@@ -78,18 +38,15 @@ int refusalOfVoice(const Capabilities& capabilities, EN_VOXTREL_LANGUAGE languag
 }
 
 bool isFilteredOut(EN_VOXTREL_LANGUAGE language) {
-    std::istringstream text(filterText());
+    const std::string filter = deviceFilter();
     dbgPrint(kLogTrace, VOXTREL_DEBUG_LINE("languageByFilter(), INI_LANGUAGE_WITH_VOICES = %s"),
-             text.str().c_str());
-    Item item;
-    while (nextItem(text, &item)) {
-        if (item.voice == "none" && langStr2Id(item.code) == language) {
-            dbgPrint(kLogTrace, VOXTREL_DEBUG_LINE("languageByFilter(), language : %s, voice : %s"),
-                     item.code.c_str(), item.voice.c_str());
-            return true;
-        }
+             filter.c_str());
+    const std::optional<FilterItem> item = findRemoval(filter, language);
+    if (item) {
+        dbgPrint(kLogTrace, VOXTREL_DEBUG_LINE("languageByFilter(), language : %s, voice : %s"),
+                 item->code.c_str(), item->voice.c_str());
     }
-    return false;
+    return item.has_value();
 }
 
 }  // namespace TTS

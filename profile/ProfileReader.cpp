@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <limits>
-#include <locale>
-#include <string_view>
+#include "profile/ProfileReader.h"
 
-#include "profile/TtsSetting.h"
-#include "vocabulary/Language.h"
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <string_view>
 
 namespace TTS {
 namespace {
@@ -83,44 +80,15 @@ bool applyLine(TtsSetting& setting, const std::string& line) {
     return false;
 }
 
-void replaceUnsetValues(TtsSetting& setting) {
-    if (langStr2Id(setting.mLang) == LANG_NA) {
-        setting.mLang = langId2Str(LANG_EN_US);
-    }
-    const auto replace = [](auto& value, auto real) { value = value == 65535 ? real : value; };
-    replace(setting.mSpeed, 300U);
-    replace(setting.mPitch, 200.0F);
-    replace(setting.mVolume, 100.0F);
-    replace(setting.mVoice, 0U);
-    replace(setting.mMediaVolume, 50U);
-    replace(setting.mTtsVolume, 100U);
-}
-
 }  // namespace
 
-bool TtsSetting::deserialize(const char* path) {
-    const std::string name = fileOf(path);
-    bool outdated = name.find("voxtrel.ini") != std::string::npos;
-    std::printf("[TtsSetting] %s %s\n", "deserialize", name.c_str());
-    std::ifstream file;
-    file.imbue(std::locale::classic());
-    file.open(name);
-    if (!file.is_open()) {
-        std::printf("[TtsSetting] Error while reading tts profile %s\n", name.c_str());
-        return false;
-    }
+bool readProfile(std::istream& file, TtsSetting& setting) {
+    bool isCurrent = false;
     std::string line;
     while (std::getline(file, line)) {
-        if (applyLine(*this, line)) {
-            outdated = false;
-        }
+        isCurrent = applyLine(setting, line) || isCurrent;
     }
-    file.close();
-    if (outdated) {
-        replaceUnsetValues(*this);
-        (void)serialize(path);  // the values hold in memory whether or not they can be kept
-    }
-    return true;
+    return isCurrent;
 }
 
 }  // namespace TTS

@@ -144,8 +144,7 @@ Result<void> Client::waitUntilConnected(std::optional<Milliseconds> deadline) {
 }
 
 Result<Lock> Client::lock(std::optional<Milliseconds> deadline) {
-    const Result<void> locked =
-        mState->session->lock(*mState->mailbox, mState->deadline(deadline));
+    const Result<void> locked = mState->session->lock(*mState->mailbox, mState->deadline(deadline));
     return locked ? Result<Lock>(Lock(mState)) : Result<Lock>(locked.error());
 }
 

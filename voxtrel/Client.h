@@ -72,16 +72,17 @@ private:
 /// Speaks through the service.
 ///
 /// The constructor returns at once. The client finds the service by itself, and again after each
-/// death; what is said meanwhile waits. No call waits longer than its deadline, whatever the service
-/// or the service manager does; `say`, `pause` and `stop` do not wait at all. Clients of one process
-/// share one connection, two threads, and the lock, and do not know of each other otherwise.
+/// death; what is said meanwhile waits. No call waits longer than its deadline, whatever the
+/// service or the service manager does; `say`, `pause` and `stop` do not wait at all. Clients of
+/// one process share one connection, two threads, and the lock, and do not know of each other
+/// otherwise.
 ///
 /// A process that uses this class does not use `TTS::TTSClientPrivate` as well: the service knows
-/// processes, and tells a process's events to whoever registered last. After a fork, the child makes
-/// clients of its own and lets those of its parent be.
+/// processes, and tells a process's events to whoever registered last. After a fork, the child
+/// makes clients of its own and lets those of its parent be.
 ///
-/// Called on: any thread, handlers included; the destructor may run inside the client's own handler,
-/// and returns only when no handler of it runs on another thread. Nothing is printed.
+/// Called on: any thread, handlers included; the destructor may run inside the client's own
+/// handler, and returns only when no handler of it runs on another thread. Nothing is printed.
 class Client {
 public:
     /// @param name what the application is called; of use in tests and logs only.
@@ -120,12 +121,12 @@ public:
     SpeechOptions defaults() const;
 
     /// Calls `handler` for what happens from now on; in place of an earlier one, which has returned
-    /// then, unless it is the caller. Empty: no events. What it throws is the application's loss: it
-    /// is caught and forgotten.
+    /// then, unless it is the caller. Empty: no events. What it throws is the application's loss:
+    /// it is caught and forgotten.
     void onEvent(std::function<void(const Event&)> handler);
 
-    /// Readable while there is something to dispatch; for `poll`. Of this client until it ends. With
-    /// `HandlerThread::OfTheApplication` only, else -1.
+    /// Readable while there is something to dispatch; for `poll`. Of this client until it ends.
+    /// With `HandlerThread::OfTheApplication` only, else -1.
     int fd() const noexcept;
 
     /// Calls the handler for all that has happened, on this thread; or for the first `max` of it,
@@ -144,8 +145,7 @@ public:
     Result<GlobalSettings> settings(std::optional<Milliseconds> deadline = {});
 
     /// Changes those that are set, one after the other, and ends with the first that is refused.
-    Result<void> change(const GlobalSettings& settings,
-                        std::optional<Milliseconds> deadline = {});
+    Result<void> change(const GlobalSettings& settings, std::optional<Milliseconds> deadline = {});
     Result<bool> isOn(Switch which, std::optional<Milliseconds> deadline = {});
     Result<void> turn(Switch which, bool on, std::optional<Milliseconds> deadline = {});
 
@@ -155,10 +155,16 @@ public:
     /// Takes the lock. A process has it once.
     Result<Lock> lock(std::optional<Milliseconds> deadline = {});
 
-    /// Writes the defaults of this client into a profile (docs/profile-format.md).
+    /// Writes the defaults of this client into a profile (docs/profile-format.md). What was there
+    /// stays as it is unless all could be written. Volume and pitch become whole numbers, which the
+    /// format has; a voice is written as its number, so that one named otherwise needs a
+    /// connection. `SpeechOptions::onLoss` is not kept.
+    /// @return ProfileError with the system's reason; BadParameter for what a profile cannot hold.
     Result<void> saveProfile(const std::string& path) const;
 
-    /// Reads them from there. An unset value of the profile is not set afterwards.
+    /// Reads them from there, but for `SpeechOptions::onLoss`, which stays. What the profile leaves
+    /// unset, or what is no language, is not set afterwards.
+    /// @return ProfileError with the system's reason; then nothing has changed.
     Result<void> loadProfile(const std::string& path);
 
 private:

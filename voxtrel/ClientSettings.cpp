@@ -3,10 +3,11 @@
 #include <array>
 #include <cstring>
 
-#include "profile/TtsSetting.h"
 #include "vocabulary/GlobalConfig.h"
+#include "vocabulary/Status.h"
 #include "voxtrel/Client.h"
 #include "voxtrel/ClientState.h"
+#include "voxtrel/session/DeviceFilter.h"
 
 namespace voxtrel {
 namespace {
@@ -44,11 +45,15 @@ void read(Service& service, unsigned pid, VOXTRELAPI_GCONF key, std::optional<Nu
     }
 }
 
-int readAll(Service& service, unsigned pid, GlobalSettings& out) {
+std::optional<EN_VOXTREL_LANGUAGE> readLanguage(Service& service, unsigned pid) {
     LanguageCode code = {};
     const int status = service.globalConfig(pid, GCONF_LANGUAGE, code.data());
     code.back() = '\0';
-    if (const auto language = languageOf(code.data()); status == 0 && language) {
+    return status == 0 ? languageOf(code.data()) : std::nullopt;
+}
+
+int readAll(Service& service, unsigned pid, GlobalSettings& out) {
+    if (const auto language = readLanguage(service, pid)) {
         out.language = tagOf(*language);
     }
     read(service, pid, GCONF_VOICE, out.voice);
@@ -61,15 +66,27 @@ int readAll(Service& service, unsigned pid, GlobalSettings& out) {
     return 0;
 }
 
-int writeLanguage(Service& service, unsigned pid, const std::string& tag) {
+int writeLanguage(Service& service, unsigned pid, EN_VOXTREL_LANGUAGE language,
+                  const TTS::Capabilities& can) {
+    const auto index = static_cast<std::size_t>(language);
+    if (index >= can.languages.size() || !can.languages[index]) {
+        return TTS::STATUS_NOT_SUPPORTED;
+    }
     LanguageCode code = {};
-    const auto language = languageOf(tag);
-    const std::string text = language ? TTS::langId2Str(*language) : "";
+    const std::string text = TTS::langId2Str(language);
     std::memcpy(code.data(), text.data(), text.size());
     return service.setGlobalConfig(pid, GCONF_LANGUAGE, code.data());
 }
 
-int writeAll(Service& service, unsigned pid, const GlobalSettings& settings) {
+/// Voices are numbered in the language that the service has by then.
+int checkVoice(Service& service, unsigned pid, std::uint32_t voice, const TTS::Capabilities& can) {
+    const auto language = readLanguage(service, pid);
+    return language && isVoiceTakenAway(can, *language, voice) ? TTS::STATUS_NOT_SUPPORTED
+                                                               : TTS::STATUS_OK;
+}
+
+int writeAll(Service& service, unsigned pid, const GlobalSettings& settings,
+             const TTS::Capabilities& can) {
     int status = 0;
     const auto write = [&](VOXTRELAPI_GCONF key, auto value) {
         if (status == 0 && value) {
@@ -77,7 +94,10 @@ int writeAll(Service& service, unsigned pid, const GlobalSettings& settings) {
         }
     };
     if (settings.language) {
-        status = writeLanguage(service, pid, *settings.language);
+        status = writeLanguage(service, pid, languageOf(*settings.language).value_or(LANG_NA), can);
+    }
+    if (status == 0 && settings.voice) {
+        status = checkVoice(service, pid, *settings.voice, can);
     }
     write(GCONF_VOICE, settings.voice);
     write(GCONF_SPEED, settings.speed);
@@ -89,11 +109,6 @@ int writeAll(Service& service, unsigned pid, const GlobalSettings& settings) {
         status = service.setVerbosity(pid, *settings.verbosity);
     }
     return status;
-}
-
-template <typename Number>
-std::optional<Number> fromProfile(Number value) {
-    return value == static_cast<Number>(kNotSet) ? std::nullopt : std::optional<Number>(value);
 }
 
 }  // namespace
@@ -112,13 +127,17 @@ Result<GlobalSettings> Client::settings(std::optional<Milliseconds> deadline) {
 }
 
 Result<void> Client::change(const GlobalSettings& settings, std::optional<Milliseconds> deadline) {
-    if (settings.language && !languageOf(*settings.language)) {
-        return Error{Status::NotSupported, describe(Status::NotSupported)};
+    const auto until = mState->deadline(deadline);
+    const Result<TTS::Capabilities> can = mState->session->capabilities(until);
+    if (!can) {
+        return can.error();
     }
     const unsigned pid = mState->session->pid();
     return mState->session->perform(
-        [pid, settings](Service& service) { return writeAll(service, pid, settings); },
-        mState->deadline(deadline));
+        [pid, settings, can = *can](Service& service) {
+            return writeAll(service, pid, settings, can);
+        },
+        until);
 }
 
 Result<bool> Client::isOn(Switch which, std::optional<Milliseconds> deadline) {
@@ -146,8 +165,8 @@ Result<void> Client::turn(Switch which, bool on, std::optional<Milliseconds> dea
 
 Result<void> Client::resetSettings(std::optional<Milliseconds> deadline) {
     const unsigned pid = mState->session->pid();
-    return mState->session->perform(
-        [pid](Service& service) { return service.factoryReset(pid); }, mState->deadline(deadline));
+    return mState->session->perform([pid](Service& service) { return service.factoryReset(pid); },
+                                    mState->deadline(deadline));
 }
 
 }  // namespace voxtrel

@@ -2,6 +2,7 @@
 // The thread of a session that finds the service and registers with it.
 #include "ipc/BnCallback.h"
 #include "vocabulary/Status.h"
+#include "voxtrel/session/DeviceFilter.h"
 #include "voxtrel/session/Session.h"
 
 namespace voxtrel {
@@ -85,6 +86,7 @@ Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities
     if (!capabilities.permitted) {
         return {nullptr, Status::PermissionDenied, describe(Status::PermissionDenied)};
     }
+    removeFiltered(capabilities);
     return found;
 }
 

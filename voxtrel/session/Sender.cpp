@@ -23,7 +23,8 @@ void Session::send() {
         }
     }
     if (mService != nullptr) {
-        callService(lock, [pid = mPid](Service& service) { return service.deregisterCallback(pid); });
+        callService(lock,
+                    [pid = mPid](Service& service) { return service.deregisterCallback(pid); });
     }
     mHasLeft = true;
     mService.clear();

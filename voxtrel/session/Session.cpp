@@ -40,7 +40,8 @@ std::shared_ptr<Session> Session::ofProcess(const std::shared_ptr<Mailbox>& clie
 }
 
 Session::Session(std::unique_ptr<Port> port, std::shared_ptr<Session> predecessor)
-    : mPort(std::move(port)), mPredecessor(std::move(predecessor)),
+    : mPort(std::move(port)),
+      mPredecessor(std::move(predecessor)),
       mPid(static_cast<unsigned>(getpid())),
       mSpeech([this](Mailbox& client, Event&& event) { tell(client, std::move(event)); }) {}
 
@@ -299,8 +300,8 @@ void Session::onNotify(unsigned event, unsigned second, unsigned third) {
         return;
     }
     // A refusal of the lock's is that of the request before; any other word proves it was served.
-    const bool isLocked = event == TTS::EVENT_STOPPED &&
-                          static_cast<std::int32_t>(third) == TTS::STATUS_LOCKED;
+    const bool isLocked =
+        event == TTS::EVENT_STOPPED && static_cast<std::int32_t>(third) == TTS::STATUS_LOCKED;
     if (fence->second == Answer::None) {
         fence->second = isLocked ? Answer::Locked : Answer::Yes;
         mChanged.notify_all();

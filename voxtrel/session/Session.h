@@ -154,8 +154,8 @@ private:
     Stage mStage = Stage::Searching;
     Clock::time_point mStageBegun = Clock::now();
     Error mWhyNot = {Status::ServiceNotFound, describe(Status::ServiceNotFound)};
-    std::uint64_t mLife = 0;      ///< counts the services found
-    std::uint64_t mDeadLife = 0;  ///< the last that died
+    std::uint64_t mLife = 0;                 ///< counts the services found
+    std::uint64_t mDeadLife = 0;             ///< the last that died
     std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
 
     SpeechQueue mSpeech;

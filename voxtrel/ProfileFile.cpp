@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voxtrel/ProfileFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <locale>
+#include <sstream>
+#include <system_error>
+
+#include "profile/ProfileReader.h"
+#include "profile/ProfileWriter.h"
+
+namespace voxtrel {
+namespace {
+
+constexpr mode_t kMode = 0666;  // less the process's mask
+
+Error failure(const char* verb, const std::string& path, int error) {
+    return {Status::ProfileError, std::string("the profile '") + path + "' cannot be " + verb +
+                                      ": " + std::generic_category().message(error)};
+}
+
+/// 0 if the path names a file or nothing, else why not: only these can be replaced.
+int checkReplaceable(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        return errno == ENOENT ? 0 : errno;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return EISDIR;
+    }
+    return S_ISREG(status.st_mode) ? 0 : EINVAL;
+}
+
+/// What a symbolic link leads to, so that the link stays.
+std::string targetOf(const std::string& path) {
+    char* const resolved = realpath(path.c_str(), nullptr);
+    std::string target = resolved != nullptr ? resolved : path;
+    std::free(resolved);
+    return target;
+}
+
+int writeAll(int file, const std::string& text) {
+    for (std::size_t at = 0; at < text.size();) {
+        const ssize_t written = write(file, text.data() + at, text.size() - at);
+        if (written < 0 && errno != EINTR) {
+            return errno;
+        }
+        at += written > 0 ? static_cast<std::size_t>(written) : 0;
+    }
+    return fsync(file) == 0 ? 0 : errno;
+}
+
+/// 0, or why not all of it is on the disk; then there is no such file.
+int writeNewFile(const std::string& path, const std::string& text) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode);
+    if (file < 0) {
+        return errno;
+    }
+    int error = writeAll(file, text);
+    if (close(file) != 0 && error == 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        (void)unlink(path.c_str());
+    }
+    return error;
+}
+
+std::string textOf(const TTS::TtsSetting& setting) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    TTS::writeProfile(text, setting);
+    return text.str();
+}
+
+}  // namespace
+
+Result<void> replaceProfile(const std::string& path, const TTS::TtsSetting& setting) {
+    int error = checkReplaceable(path);
+    const std::string target = targetOf(path);
+    const std::string next = target + ".new";
+    if (error == 0) {
+        error = writeNewFile(next, textOf(setting));
+    }
+    if (error == 0 && std::rename(next.c_str(), target.c_str()) != 0) {
+        error = errno;
+        (void)unlink(next.c_str());
+    }
+    if (error != 0) {
+        return failure("written", path, error);
+    }
+    return {};
+}
+
+Result<TTS::TtsSetting> readProfile(const std::string& path) {
+    // A FIFO would hold the caller up, and a folder reads as an empty profile.
+    if (const int error = checkReplaceable(path); error != 0) {
+        return failure("read", path, error);
+    }
+    std::ifstream file;
+    file.imbue(std::locale::classic());
+    errno = 0;
+    file.open(path);
+    if (!file.is_open()) {
+        return failure("read", path, errno);
+    }
+    TTS::TtsSetting setting("");
+    (void)TTS::readProfile(file, setting);
+    return setting;
+}
+
+TTS::TtsSetting rereadProfile(const TTS::TtsSetting& setting) {
+    std::istringstream text(textOf(setting));
+    text.imbue(std::locale::classic());
+    TTS::TtsSetting read("");
+    (void)TTS::readProfile(text, read);
+    return read;
+}
+
+}  // namespace voxtrel
