@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voxtrel/Client.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+
 #include "voxtrel/ClientState.h"
 #include "voxtrel/Deadline.h"
 #include "voxtrel/session/TextCutter.h"
@@ -50,7 +54,8 @@ Client::Client(std::string, ClientOptions options)
     : mState(std::make_shared<ClientState>(options)) {}
 
 Client::~Client() {
-    if (mState != nullptr) {
+    // A forked child lets its parent's be.
+    if (mState != nullptr && mState->session->pid() == static_cast<unsigned>(getpid())) {
         const auto deadline = deadlineAfter(mState->options.linger);
         mState->session->waitUntilSent(*mState->mailbox, deadline);
         mState->session->unlock(*mState->mailbox);
@@ -71,6 +76,8 @@ Client& Client::operator=(Client&& other) noexcept {
 Utterance Client::say(std::string_view text, const SpeechOptions& options) {
     const std::shared_ptr<Speech> speech = mState->newSpeech();
     speech->text = text;
+    // Texts travel with a NUL behind them.
+    std::replace(speech->text.begin(), speech->text.end(), '\0', ' ');
     speech->options = merged(options, speech->options);
     const Status textStatus = checkText(*speech);
     const Status status = textStatus != Status::Ok ? textStatus : checkOptions(speech->options);
@@ -144,14 +151,16 @@ Result<void> Client::waitUntilConnected(std::optional<Milliseconds> deadline) {
 }
 
 Result<Lock> Client::lock(std::optional<Milliseconds> deadline) {
-    const Result<void> locked = mState->session->lock(*mState->mailbox, mState->deadline(deadline));
-    return locked ? Result<Lock>(Lock(mState)) : Result<Lock>(locked.error());
+    const Result<std::uint64_t> locked =
+        mState->session->lock(*mState->mailbox, mState->deadline(deadline));
+    return locked ? Result<Lock>(Lock(mState, *locked)) : Result<Lock>(locked.error());
 }
 
 Lock& Lock::operator=(Lock&& other) noexcept {
     if (this != &other) {
         release();
         mClient = std::move(other.mClient);
+        mNumber = other.mNumber;
     }
     return *this;
 }
@@ -161,12 +170,12 @@ Lock::~Lock() {
 }
 
 bool Lock::isHeld() const noexcept {
-    return mClient != nullptr && mClient->session->holdsLock(*mClient->mailbox);
+    return mClient != nullptr && mClient->session->holdsLock(mNumber);
 }
 
 void Lock::release() noexcept {
     if (mClient != nullptr) {
-        mClient->session->unlock(*mClient->mailbox);
+        mClient->session->unlock(mNumber);
         mClient.reset();
     }
 }

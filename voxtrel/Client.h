@@ -65,8 +65,10 @@ public:
 
 private:
     friend class Client;
-    explicit Lock(std::shared_ptr<ClientState> client) noexcept : mClient(std::move(client)) {}
+    Lock(std::shared_ptr<ClientState> client, std::uint64_t number) noexcept
+        : mClient(std::move(client)), mNumber(number) {}
     std::shared_ptr<ClientState> mClient;
+    std::uint64_t mNumber = 0;
 };
 
 /// Speaks through the service.

@@ -37,9 +37,6 @@ private:
 }  // namespace
 
 void Session::link() {
-    if (mPredecessor != nullptr) {
-        mPredecessor->awaitLeft();
-    }
     std::unique_lock<std::mutex> lock(mMutex);
     Clock::time_point since = Clock::now();
     while (!mIsEnding) {
@@ -51,7 +48,7 @@ void Session::link() {
         const std::uint64_t life = ++mLife;
         TTS::Capabilities capabilities;
         lock.unlock();
-        const Port::Found found = connect(life, capabilities);
+        Port::Found found = connect(life, capabilities);
         lock.lock();
         if (found.service != nullptr && !isOver(life)) {
             publish(found.service, capabilities);
@@ -59,11 +56,20 @@ void Session::link() {
         }
         mWhyNot = {found.status, found.why};
         mStageBegun = Clock::now();
+        if (found.service != nullptr) {
+            lock.unlock();
+            (void)found.service->deregisterCallback(mPid);
+            found.service.clear();
+            lock.lock();
+        }
         const bool isEarly = Clock::now() < since + kAtFirst;
-        mToLink.wait_for(lock, isEarly ? kPause : kLongPause, [this] { return mIsEnding; });
+        const bool isPrompt = isEarly && mWhyNot.status != Status::PermissionDenied;
+        mToLink.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
     }
+    finish(mLinker);
 }
 
+/// A service among what is found has this client's callback.
 Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities) {
     enter(Stage::Searching);
     Port::Found found = mPort->find([weak = weak_from_this(), life] {
@@ -71,6 +77,7 @@ Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities
             session->onDeath(life);
         }
     });
+    noteAbsence(found.service == nullptr);
     if (found.service == nullptr) {
         return found;
     }
@@ -81,7 +88,9 @@ Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities
     // Services differ in what they answer; whether the client is admitted, the capabilities tell.
     (void)found.service->registerCallback(mPid, mCallback);
     if (!awaitReady(life, *found.service, capabilities)) {
-        return {nullptr, Status::NoService, describe(Status::NoService)};
+        found.status = Status::NoService;
+        found.why = describe(Status::NoService);
+        return found;
     }
     if (!capabilities.permitted) {
         return {nullptr, Status::PermissionDenied, describe(Status::PermissionDenied)};
@@ -90,13 +99,22 @@ Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities
     return found;
 }
 
+void Session::noteAbsence(bool isAbsent) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mIsAbsent = isAbsent;
+    mIsReady = false;
+    mChanged.notify_all();
+}
+
 bool Session::awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities) {
     (void)service.getCapabilities(capabilities);
     while (!capabilities.ready) {
         enter(Stage::Loading);
         {
             std::unique_lock<std::mutex> lock(mMutex);
-            if (mToLink.wait_for(lock, kLoadingPause, [&] { return isOver(life); })) {
+            mToLink.wait_for(lock, kLoadingPause, [&] { return mIsReady || isOver(life); });
+            mIsReady = false;
+            if (isOver(life)) {
                 return false;
             }
         }

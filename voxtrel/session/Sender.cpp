@@ -10,6 +10,9 @@ namespace {
 /// The last events of a service that has died come on other threads than the news of its end.
 constexpr std::chrono::milliseconds kLastEvents(250);
 
+/// When the next service has been found, whatever the last one sent has long come.
+constexpr std::chrono::milliseconds kLastEventsBesideNext(20);
+
 /// The clock of the system's waits has an end.
 constexpr std::chrono::hours kLongest(1);
 
@@ -18,38 +21,55 @@ constexpr std::chrono::hours kLongest(1);
 void Session::send() {
     std::unique_lock<std::mutex> lock(mMutex);
     while (!mIsEnding) {
-        if (!sendOne(lock)) {
-            mToSend.wait_until(lock, nextMoment());
+        while (!mIsEnding) {
+            if (!sendOne(lock)) {
+                mToSend.wait_until(lock, nextMoment());
+            }
         }
+        leaveService(lock);  // a new client may join meanwhile
+    }
+    finish(mSender);
+}
+
+void Session::leaveService(std::unique_lock<std::mutex>& lock) {
+    while (mService != nullptr && sendCall(lock)) {
     }
     if (mService != nullptr) {
         callService(lock,
                     [pid = mPid](Service& service) { return service.deregisterCallback(pid); });
     }
-    mHasLeft = true;
+    android::sp<Service> left = mService;
     mService.clear();
-    failCalls(TTS::STATUS_NO_SERVICE);
-    mChanged.notify_all();
+    mGone.reset();
+    mSpeech.lose(Status::NoService);
+    if (mIsEnding) {
+        failCalls(TTS::STATUS_NO_SERVICE);
+    }
+    if (left != nullptr) {
+        Event event;
+        event.kind = Event::Kind::Disconnected;
+        tellAll(event);
+    }
+    lock.unlock();
+    left.clear();
+    lock.lock();
+    mToLink.notify_one();
 }
 
 /// False when there is nothing to do now.
 bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
     const Clock::time_point now = Clock::now();
-    if (mGone && now >= *mGone + kLastEvents) {
+    if (mGone && now >= endOfLife()) {
         endLife();
         return true;
     }
     if (mService == nullptr) {
         return false;
     }
-    if (mSpeech.takeFlush()) {
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
-    }
-    if (!mCalls.empty()) {
-        runCall(lock);
+    if (sendCall(lock)) {
         return true;
     }
-    if (mGone) {
+    if (holdsSpeech()) {
         return false;
     }
     if (mSpeech.isDoubtful(now)) {
@@ -63,24 +83,47 @@ bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
     return request.has_value();
 }
 
+/// Makes the next request that is no speech, if there is one.
+bool Session::sendCall(std::unique_lock<std::mutex>& lock) {
+    if (mSpeech.takeFlush()) {
+        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+    }
+    if (mCalls.empty()) {
+        return false;
+    }
+    runCall(lock);
+    return true;
+}
+
+/// What the service has yet to say about the speech before decides what becomes of the next.
+bool Session::holdsSpeech() const {
+    return mGone || !mFences.empty();
+}
+
+Session::Clock::time_point Session::endOfLife() const {
+    return *mGone + (mService != nullptr ? kLastEventsBesideNext : kLastEvents);
+}
+
 Session::Clock::time_point Session::nextMoment() const {
     Clock::time_point moment = Clock::now() + kLongest;
     if (mGone) {
-        moment = std::min(moment, *mGone + kLastEvents);
-    } else if (mService != nullptr) {
+        moment = std::min(moment, endOfLife());
+    } else if (mService != nullptr && !holdsSpeech()) {
         moment = std::min(moment, mSpeech.nextMoment());
     }
     return moment;
 }
 
 int Session::callService(std::unique_lock<std::mutex>& lock, const Work& work) {
-    const android::sp<Service> service = mService;
+    android::sp<Service> service = mService;
     mIsInside = true;
     lock.unlock();
     const int status = work(*service);
+    service.clear();
     lock.lock();
     mIsInside = false;
     mIsStuck = false;
+    mChanged.notify_all();
     return status;
 }
 
@@ -89,7 +132,6 @@ void Session::runCall(std::unique_lock<std::mutex>& lock) {
     mCalls.pop_front();
     call->status = callService(lock, call->work);
     call->isDone = true;
-    mChanged.notify_all();
 }
 
 void Session::transmit(std::unique_lock<std::mutex>& lock, const SpeechRequest& request) {
@@ -150,11 +192,6 @@ void Session::failCalls(int status) {
         call->isDone = true;
     }
     mCalls.clear();
-}
-
-void Session::awaitLeft() {
-    std::unique_lock<std::mutex> lock(mMutex);
-    mChanged.wait(lock, [this] { return mHasLeft; });
 }
 
 }  // namespace voxtrel

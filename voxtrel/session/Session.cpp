@@ -19,6 +19,12 @@ constexpr std::uint32_t kFirstFence = 0x80000000;
 /// How long a thread that has nothing more to do may take to end.
 constexpr std::chrono::milliseconds kToEnd(200);
 
+/// What a dead service answers reads as zeros.
+bool isDead(TTS::ITextToSpeechFestival& service) {
+    const android::sp<TTS::ITextToSpeechFestival> held = &service;
+    return android::IInterface::asBinder(held)->pingBinder() == android::DEAD_OBJECT;
+}
+
 std::mutex gMutex;
 std::weak_ptr<Session>& theSession() {
     static auto& session = *new std::weak_ptr<Session>;  // threads may outlive static objects
@@ -29,54 +35,67 @@ std::weak_ptr<Session>& theSession() {
 
 std::shared_ptr<Session> Session::ofProcess(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> guard(gMutex);
-    std::shared_ptr<Session> session = theSession().lock();
-    if (session == nullptr || !session->join(client)) {
-        session = std::make_shared<Session>(std::make_unique<BinderPort>(), session);
-        session->join(client);
-        session->start();
-        theSession() = session;
+    return joinAt(
+        theSession(), [] { return std::make_unique<BinderPort>(); }, client);
+}
+
+std::shared_ptr<Session> Session::joinAt(std::weak_ptr<Session>& place, const NewPort& newPort,
+                                         const std::shared_ptr<Mailbox>& client) {
+    std::shared_ptr<Session> session = place.lock();
+    if (session == nullptr || session->pid() != static_cast<unsigned>(getpid())) {
+        // A forked child has the memory of its parent's session, and none of the threads.
+        session = std::make_shared<Session>(newPort());
+        place = session;
     }
+    session->join(client);
     return session;
 }
 
-Session::Session(std::unique_ptr<Port> port, std::shared_ptr<Session> predecessor)
+Session::Session(std::unique_ptr<Port> port)
     : mPort(std::move(port)),
-      mPredecessor(std::move(predecessor)),
       mPid(static_cast<unsigned>(getpid())),
       mSpeech([this](Mailbox& client, Event&& event) { tell(client, std::move(event)); }) {}
 
 Session::~Session() = default;
 
-void Session::start() {
+void Session::join(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    startThread(mLinker, &Session::link);
-    startThread(mSender, &Session::send);
-}
-
-void Session::startThread(std::thread& thread, void (Session::*loop)()) {
-    ++mThreads;
-    thread = std::thread([self = shared_from_this(), loop] {
-        (self.get()->*loop)();
-        const std::lock_guard<std::mutex> lock(self->mMutex);
-        --self->mThreads;
-        self->mChanged.notify_all();
-    });
-}
-
-bool Session::join(const std::shared_ptr<Mailbox>& client) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    if (mIsEnding) {
-        return false;
+    mIsEnding = false;
+    try {
+        start(mLinker, &Session::link);
+        start(mSender, &Session::send);
+    } catch (...) {
+        mIsEnding = mClients.empty();
+        mToLink.notify_all();
+        throw;
     }
     mClients.push_back(client);
-    return true;
+    mToSend.notify_all();
+    mToLink.notify_all();
+}
+
+void Session::start(Worker& worker, void (Session::*loop)()) {
+    if (worker.isRunning) {
+        return;
+    }
+    if (worker.handle.joinable()) {
+        worker.handle.detach();  // past its loop, after an end that somebody still waits for
+    }
+    worker.handle = std::thread([self = shared_from_this(), loop] { (self.get()->*loop)(); });
+    worker.id = worker.handle.get_id();
+    worker.isRunning = true;
+}
+
+/// The last that a thread does under the lock.
+void Session::finish(Worker& worker) {
+    worker.isRunning = false;
+    worker.id = {};
+    mChanged.notify_all();
 }
 
 void Session::startHandling() {
     const std::lock_guard<std::mutex> lock(mMutex);
-    if (!mHandler.joinable() && !mIsEnding) {
-        startThread(mHandler, &Session::handle);
-    }
+    start(mHandler, &Session::handle);
 }
 
 void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point deadline) {
@@ -89,30 +108,42 @@ void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point de
     }
 }
 
+/// No thread of the session runs but the caller's.
+bool Session::isAlone() const {
+    const bool isHandler = mHandler.id == std::this_thread::get_id();
+    return !mLinker.isRunning && !mSender.isRunning && (!mHandler.isRunning || isHandler);
+}
+
 void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline) {
     mIsEnding = true;
+    const std::uint64_t end = ++mEnds;
     mToSend.notify_all();
     mToLink.notify_all();
     mToHandle.notify_all();
     mChanged.notify_all();
-    const bool isHandler = mHandler.get_id() == std::this_thread::get_id();
-    const unsigned left = isHandler ? 1 : 0;
     if (mIsStuck) {
         deadline = std::min(deadline, Clock::now() + kToEnd);
     }
-    mChanged.wait_until(lock, deadline, [&] { return mThreads == left; });
-    const bool areOver = mThreads == left;
-    lock.unlock();
-    for (std::thread* thread : {&mLinker, &mSender, &mHandler}) {
-        if (!thread->joinable()) {
+    const auto isOverruled = [&] { return !mIsEnding || mEnds != end; };
+    mChanged.wait_until(lock, deadline, [&] { return isAlone() || isOverruled(); });
+    if (isOverruled()) {
+        return;  // a new client has joined, and goes on with the threads
+    }
+    std::vector<std::thread> ended;
+    for (Worker* worker : {&mLinker, &mSender, &mHandler}) {
+        if (!worker->handle.joinable()) {
             continue;
         }
         // A thread that the runtime keeps ends by itself when the service answers or dies.
-        if (areOver && thread->get_id() != std::this_thread::get_id()) {
-            thread->join();
+        if (worker->isRunning) {
+            worker->handle.detach();
         } else {
-            thread->detach();
+            ended.push_back(std::move(worker->handle));
         }
+    }
+    lock.unlock();
+    for (std::thread& thread : ended) {
+        thread.join();
     }
 }
 
@@ -159,13 +190,16 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     }
     const Answer found = answer;
     mFences.erase(fence);
+    if (found == Answer::Yes) {
+        mSpeech.dropWaiting(*by);
+    }
+    mToSend.notify_one();
     if (!sent) {
         return sent;
     }
     if (found != Answer::Yes) {
         return errorOf(found);
     }
-    mSpeech.dropWaiting(*by);
     return {};
 }
 
@@ -193,7 +227,8 @@ bool Session::waitForAll(const Mailbox& client, Clock::time_point deadline) {
 void Session::waitUntilSent(const Mailbox& client, Clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mMutex);
     mChanged.wait_until(lock, deadline, [&] {
-        return !mSpeech.isWaiting(client) || mService == nullptr || mIsStuck;
+        const bool isTaken = !mSpeech.isWaiting(client) && !mIsInside;
+        return isTaken || (mService == nullptr && mIsAbsent) || mIsStuck;
     });
 }
 
@@ -228,7 +263,10 @@ Result<void> Session::perform(Work work, Clock::time_point deadline) {
         return unavailable();
     }
     const auto call = std::make_shared<Call>();
-    call->work = std::move(work);
+    call->work = [work = std::move(work)](Service& service) {
+        const int status = work(service);
+        return status == 0 && isDead(service) ? TTS::STATUS_NO_SERVICE : status;
+    };
     mCalls.push_back(call);
     mToSend.notify_one();
     if (!mChanged.wait_until(lock, deadline, [&] { return call->isDone; })) {
@@ -243,14 +281,19 @@ Result<void> Session::perform(Work work, Clock::time_point deadline) {
     return Error{status, describe(status)};
 }
 
-Result<void> Session::lock(const Mailbox& client, Clock::time_point deadline) {
+Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point deadline) {
+    std::uint64_t number = 0;
     {
         const std::lock_guard<std::mutex> guard(mMutex);
-        if (mLockOwner != nullptr) {
-            return Error{Status::Locked, "another client of this process holds the lock"};
+        const bool isTaken = mLockAnswer == Answer::None || mLockAnswer == Answer::Yes;
+        if (mLockOwner != nullptr && isTaken) {
+            return Error{Status::Locked, mLockOwner == &client
+                                             ? "this client holds the lock, or asks for it"
+                                             : "another client of this process holds the lock"};
         }
         mLockOwner = &client;
         mLockAnswer = Answer::None;
+        number = ++mLock;
     }
     const Result<void> sent =
         perform([pid = mPid](Service& service) { return (void)service.lock(pid), 0; }, deadline);
@@ -258,27 +301,42 @@ Result<void> Session::lock(const Mailbox& client, Clock::time_point deadline) {
     if (sent) {
         mChanged.wait_until(lock, deadline, [this] { return mLockAnswer != Answer::None; });
     }
-    if (sent && mLockAnswer == Answer::Yes) {
-        return {};
+    const Answer answer = mLockAnswer;
+    if (sent && answer == Answer::Yes) {
+        return number;
+    }
+    const bool mayCome = sent ? answer == Answer::None : sent.status() == Status::TimedOut;
+    if (mayCome) {
+        giveBackLock();
     }
     mLockOwner = nullptr;
-    if (sent && mLockAnswer == Answer::None) {
-        post([pid = mPid](Service& service) { return service.unlock(pid); });  // it may have it
+    return sent ? errorOf(answer) : sent.error();
+}
+
+void Session::unlock(std::uint64_t number) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (mLockOwner != nullptr && mLock == number) {
+        giveBackLock();
     }
-    return sent ? errorOf(mLockAnswer) : sent;
 }
 
 void Session::unlock(const Mailbox& client) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (mLockOwner == &client) {
-        mLockOwner = nullptr;
+        giveBackLock();
+    }
+}
+
+void Session::giveBackLock() {
+    mLockOwner = nullptr;
+    if (mService != nullptr) {
         post([pid = mPid](Service& service) { return service.unlock(pid); });
     }
 }
 
-bool Session::holdsLock(const Mailbox& client) const {
+bool Session::holdsLock(std::uint64_t number) const {
     const std::lock_guard<std::mutex> lock(mMutex);
-    return mLockOwner == &client && mLockAnswer == Answer::Yes;
+    return mLockOwner != nullptr && mLock == number && mLockAnswer == Answer::Yes;
 }
 
 void Session::onNotify(unsigned event, unsigned second, unsigned third) {
@@ -293,16 +351,19 @@ void Session::onNotify(unsigned event, unsigned second, unsigned third) {
     if (!isOfUtterance) {
         return;
     }
-    const auto fence = mFences.find(second);
-    if (fence == mFences.end()) {
-        mSpeech.onEvent(event, second, third, Clock::now());
-        mToSend.notify_one();
+    if (second >= kFirstFence) {
+        onFence(mFences.find(second), event, third);
         return;
     }
+    mSpeech.onEvent(event, second, third, Clock::now());
+    mToSend.notify_one();
+}
+
+void Session::onFence(Fences::iterator fence, unsigned event, unsigned third) {
     // A refusal of the lock's is that of the request before; any other word proves it was served.
     const bool isLocked =
         event == TTS::EVENT_STOPPED && static_cast<std::int32_t>(third) == TTS::STATUS_LOCKED;
-    if (fence->second == Answer::None) {
+    if (fence != mFences.end() && fence->second == Answer::None) {
         fence->second = isLocked ? Answer::Locked : Answer::Yes;
         mChanged.notify_all();
     }
@@ -321,21 +382,31 @@ void Session::onState(unsigned state, unsigned value) {
         mChanged.notify_all();
         return;
     }
-    if (state == TTS::STATE_LOCK && mLockOwner != nullptr) {
-        if (value == mPid) {
-            mLockAnswer = Answer::Yes;
-        } else if (value != 0) {
-            mLockAnswer = Answer::Locked;
-        } else if (mLockAnswer == Answer::Yes) {
-            mLockAnswer = Answer::Gone;
-        }
-        mChanged.notify_all();
+    if (state == TTS::STATE_LOCK) {
+        onLock(value);
+    } else if (state == TTS::STATE_READY && value != 0) {
+        mIsReady = true;
+        mToLink.notify_one();
     }
     Event event;
     event.kind = Event::Kind::Changed;
     event.setting = static_cast<Event::Setting>(state);
     event.value = value;
     tellAll(event);
+}
+
+void Session::onLock(unsigned holder) {
+    if (mLockOwner == nullptr) {
+        return;
+    }
+    if (holder == mPid) {
+        mLockAnswer = Answer::Yes;
+    } else if (holder != 0) {
+        mLockAnswer = Answer::Locked;
+    } else if (mLockAnswer == Answer::Yes) {
+        mLockAnswer = Answer::Gone;
+    }
+    mChanged.notify_all();
 }
 
 void Session::answerFences(Answer answer) {
@@ -363,10 +434,10 @@ void Session::tellAll(const Event& event) {
 
 void Session::handle() {
     std::unique_lock<std::mutex> lock(mMutex);
-    while (true) {
-        mToHandle.wait(lock, [this] { return mHasNews || mIsEnding; });
-        if (mIsEnding) {
-            return;
+    while (!mIsEnding) {
+        if (!mHasNews) {
+            mToHandle.wait(lock);
+            continue;
         }
         mHasNews = false;
         mHandling = mClients;
@@ -379,6 +450,7 @@ void Session::handle() {
         mHandling.clear();
         lock.lock();
     }
+    finish(mHandler);
 }
 
 }  // namespace voxtrel

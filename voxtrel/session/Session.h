@@ -37,16 +37,19 @@ public:
     /// A request with an answer; its status goes to the caller.
     using Work = std::function<int(Service&)>;
 
+    using NewPort = std::function<std::unique_ptr<Port>()>;
+
     /// The session of this process, begun if there is none, which `client` has joined.
     static std::shared_ptr<Session> ofProcess(const std::shared_ptr<Mailbox>& client);
 
-    /// @param predecessor leaves the service before this one registers; may be null.
-    explicit Session(std::unique_ptr<Port> port, std::shared_ptr<Session> predecessor = nullptr);
-    ~Session();
-    void start();
+    /// The session at `place`, begun there if there is none, which `client` has joined. One that
+    /// has ended and whose threads are kept by the runtime goes on with these, so that there are
+    /// never more. Called by: one thread at a time for one place.
+    static std::shared_ptr<Session> joinAt(std::weak_ptr<Session>& place, const NewPort& newPort,
+                                           const std::shared_ptr<Mailbox>& client);
 
-    /// @return false if the session is ending.
-    bool join(const std::shared_ptr<Mailbox>& client);
+    explicit Session(std::unique_ptr<Port> port);
+    ~Session();
 
     /// The client has a handler that runs on a thread of this session's.
     void startHandling();
@@ -85,10 +88,12 @@ public:
         return done ? Result<Answer>(std::move(*answer)) : Result<Answer>(done.error());
     }
 
-    /// The lock is the process's: one client of it has it at a time.
-    Result<void> lock(const Mailbox& client, Clock::time_point deadline);
+    /// The lock is the process's: one client of it has it at a time. The number that a lock is
+    /// given tells it from an earlier one of the same client.
+    Result<std::uint64_t> lock(const Mailbox& client, Clock::time_point deadline);
+    void unlock(std::uint64_t number);
     void unlock(const Mailbox& client);
-    bool holdsLock(const Mailbox& client) const;
+    bool holdsLock(std::uint64_t number) const;
 
     /// An event of the service. Called on: binder threads.
     void onNotify(unsigned event, unsigned second, unsigned third);
@@ -101,13 +106,28 @@ private:
     };
     /// What a waiter learns from events: of a fence, or of the lock.
     enum class Answer { None, Yes, Refused, Locked, Gone };
+    using Fences = std::map<std::uint32_t, Answer>;
+
+    /// A thread of the session's. The handle is let go of while the runtime keeps the thread.
+    struct Worker {
+        std::thread handle;
+        std::thread::id id;
+        bool isRunning = false;
+    };
+
     /// What the linker is in, which may take for ever.
     enum class Stage { Searching, Registering, Loading };
+
+    void join(const std::shared_ptr<Mailbox>& client);
+    void start(Worker& worker, void (Session::*loop)());
+    void finish(Worker& worker);
+    bool isAlone() const;
 
     // The linker's (Linker.cpp).
     void link();
     Port::Found connect(std::uint64_t life, TTS::Capabilities& capabilities);
     bool awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities);
+    void noteAbsence(bool isAbsent);
     void enter(Stage stage);
     bool isOver(std::uint64_t life) const;
     void publish(const android::sp<Service>& service, const TTS::Capabilities& capabilities);
@@ -117,10 +137,14 @@ private:
     // The sender's (Sender.cpp).
     void send();
     bool sendOne(std::unique_lock<std::mutex>& lock);
+    bool sendCall(std::unique_lock<std::mutex>& lock);
     void runCall(std::unique_lock<std::mutex>& lock);
     int callService(std::unique_lock<std::mutex>& lock, const Work& work);
     void transmit(std::unique_lock<std::mutex>& lock, const SpeechRequest& request);
+    bool holdsSpeech() const;
+    Clock::time_point endOfLife() const;
     void endLife();
+    void leaveService(std::unique_lock<std::mutex>& lock);
     void doubt(std::unique_lock<std::mutex>& lock);
     Clock::time_point nextMoment() const;
     void post(Work work);
@@ -131,15 +155,15 @@ private:
     void tell(Mailbox& client, Event&& event);
     void tellAll(const Event& event);
 
+    void onFence(Fences::iterator fence, unsigned event, unsigned third);
     void onState(unsigned state, unsigned value);
+    void onLock(unsigned holder);
+    void giveBackLock();
     void answerFences(Answer answer);
     void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
-    void startThread(std::thread& thread, void (Session::*loop)());
-    void awaitLeft();
     static Error errorOf(Answer answer);
 
     const std::unique_ptr<Port> mPort;
-    const std::shared_ptr<Session> mPredecessor;
     const unsigned mPid;
 
     mutable std::mutex mMutex;
@@ -154,8 +178,10 @@ private:
     Stage mStage = Stage::Searching;
     Clock::time_point mStageBegun = Clock::now();
     Error mWhyNot = {Status::ServiceNotFound, describe(Status::ServiceNotFound)};
-    std::uint64_t mLife = 0;                 ///< counts the services found
-    std::uint64_t mDeadLife = 0;             ///< the last that died
+    std::uint64_t mLife = 0;      ///< counts the services found
+    std::uint64_t mDeadLife = 0;  ///< the last that died
+    bool mIsAbsent = false;       ///< there was none when the linker last looked
+    bool mIsReady = false;        ///< the one that is loading has said that it has its voices
     std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
 
     SpeechQueue mSpeech;
@@ -163,20 +189,20 @@ private:
     bool mIsInside = false;  ///< the sender is in a call of the runtime
     bool mIsStuck = false;   ///< and somebody has given up waiting for it
 
-    std::map<std::uint32_t, Answer> mFences;  ///< that callers wait for, by number
+    Fences mFences;  ///< that callers wait for, by number: until then no speech is sent
     std::uint32_t mFence = 0;
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
+    std::uint64_t mLock = 0;              ///< number of the owner's
     Answer mLockAnswer = Answer::None;
 
     std::vector<std::shared_ptr<Mailbox>> mClients;
     std::vector<std::shared_ptr<Mailbox>> mHandling;  ///< the handler thread's; memory is kept
-    std::thread mLinker;
-    std::thread mSender;
-    std::thread mHandler;
-    unsigned mThreads = 0;  ///< running
+    Worker mLinker;
+    Worker mSender;
+    Worker mHandler;
     bool mHasNews = false;  ///< for the handler thread
-    bool mHasLeft = false;  ///< the service, or never will
     bool mIsEnding = false;
+    std::uint64_t mEnds = 0;  ///< counts them
 };
 
 }  // namespace voxtrel
