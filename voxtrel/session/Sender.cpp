@@ -169,11 +169,10 @@ void Session::endLife() {
     mSpeech.lose(Status::NoService);
 }
 
-/// Asked twice for an event, the service sent none. One that is stopped may still; one that answers
-/// never will.
+/// Asked twice for an event, the service sent none. One that is stopped may still.
 void Session::doubt(std::unique_lock<std::mutex>& lock) {
     (void)callService(lock, [](Service& service) { return service.enabled() ? 1 : 0; });
-    if (!mGone && mSpeech.isDoubtful(Clock::now())) {
+    if (!mGone && mSpeech.isDoubtful(Clock::now()) && !mSpeech.askOnceMore()) {
         mSpeech.lose(Status::Lost);
         post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
     }

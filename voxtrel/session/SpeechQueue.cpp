@@ -15,9 +15,12 @@ void SpeechQueue::add(std::shared_ptr<Speech> speech) {
 }
 
 std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
-    const std::shared_ptr<Speech> speech = choose();
+    const std::shared_ptr<Speech> speech = now < mClosed ? nullptr : choose();
     if (speech == nullptr) {
         return probe(now);
+    }
+    if (mWay.empty()) {
+        mUnanswered = 0;
     }
     mLast = now;
     return cut(speech);
@@ -82,20 +85,23 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
         return mLast;
     }
     if (mWay.empty()) {
-        return Clock::time_point::max();
+        const bool isWaiting = mBegun != nullptr || !mWaiting.empty();
+        return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
     }
-    return mLast + (mUnanswered > 1 ? kDoubt : mPatience);
+    return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kDoubt) : mLast + mPatience;
 }
 
 std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
-    if (now < nextMoment() || mUnanswered > 1) {
-        return std::nullopt;  // it is doubted first
+    const bool isDoubted = mUnanswered > 1 && !mOwesFence;
+    if (now < nextMoment() || isDoubted || (mWay.empty() && !mOwesFence)) {
+        return std::nullopt;
     }
     SpeechRequest request;
     request.number = newNumber();
     if (mOwesFence) {
         mOwesFence = false;
         ++mUnanswered;
+        mAsked = now;
         request.kind = SpeechRequest::Kind::Fence;
         return request;
     }
@@ -111,7 +117,15 @@ std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
 }
 
 bool SpeechQueue::isDoubtful(Clock::time_point now) const {
-    return mUnanswered > 1 && !mWay.empty() && now >= mLast + kDoubt;
+    return mUnanswered > 1 && !mOwesFence && !mWay.empty() && now >= nextMoment();
+}
+
+bool SpeechQueue::askOnceMore() {
+    if (mHasAnswered) {
+        return false;
+    }
+    mHasAnswered = mOwesFence = true;
+    return true;
 }
 
 std::uint32_t SpeechQueue::newNumber() {
@@ -132,6 +146,7 @@ void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32
                           Clock::time_point now) {
     mLast = now;
     mUnanswered = 0;
+    mHasAnswered = false;
     Sent* const sent = find(number);
     if (sent == nullptr) {
         return;
@@ -221,14 +236,15 @@ void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_poi
     Speech& speech = *sent.speech;
     speech.heard = speech.heard || (sent.hasStarted && now - sent.started > kInaudible);
     if (status == Status::Shutdown) {
+        mClosed = now + kEnding;
         lose({sent.speech}, status);
-    } else if (!sent.hasStarted) {
-        end(sent.speech, {Kind::Refused, status, speech.heard});
     } else if (status == Status::Ok) {
         end(sent.speech, {Kind::Stopped, status, speech.heard, speech.stopper});
+    } else if (!speech.wasTold) {
+        end(sent.speech, {Kind::Refused, status, speech.heard});
     } else {
-        end(sent.speech, {status == Status::Disabled ? Kind::Stopped : Kind::Lost, status,
-                          speech.heard});
+        end(sent.speech,
+            {status == Status::Disabled ? Kind::Stopped : Kind::Lost, status, speech.heard});
     }
 }
 
@@ -270,36 +286,40 @@ void SpeechQueue::lose(Status status) {
     mBytes = 0;
     lose(lost, status);
     mUnanswered = 0;
+    mHasAnswered = false;
+    mClosed = {};
     mOwesFence = false;
     mOwesFlush = false;
 }
 
 void SpeechQueue::lose(const std::vector<std::shared_ptr<Speech>>& lost, Status status) {
-    for (auto each = lost.rbegin(); each != lost.rend(); ++each) {
-        const std::shared_ptr<Speech>& speech = *each;
+    std::vector<std::shared_ptr<Speech>> again;
+    for (const auto& speech : lost) {
         if (speech->isStopped) {
             end(speech, {Kind::Stopped, Status::Ok, speech->heard, speech->stopper});
-        } else if (!repeat(speech)) {
+        } else if (mayRepeat(*speech)) {
+            again.push_back(speech);
+        } else {
             end(speech, {Kind::Lost, status, speech->heard});
         }
     }
+    std::for_each(again.rbegin(), again.rend(), [this](const auto& speech) { repeat(speech); });
 }
 
-/// Puts it back if it may be said once more.
-bool SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
-    const OnLoss choice = speech->onLoss();
-    const bool isWanted = choice == OnLoss::SayAgainWhatever ||
-                          (choice == OnLoss::SayAgain && !speech->heard);
-    if (!isWanted || speech->wasRepeated) {
-        return false;
-    }
+bool SpeechQueue::mayRepeat(const Speech& speech) {
+    const OnLoss choice = speech.onLoss();
+    const bool isWanted =
+        choice == OnLoss::SayAgainWhatever || (choice == OnLoss::SayAgain && !speech.heard);
+    return isWanted && !speech.wasRepeated;
+}
+
+void SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
     detach(speech);
     speech->sent = {};
     speech->open = 0;
     speech->isCut = false;
     speech->wasRepeated = true;
     mWaiting.push_front(speech);
-    return true;
 }
 
 /// Nothing that was sent of it matters any more, nor is more of it sent.
@@ -358,16 +378,18 @@ bool SpeechQueue::stop(const Mailbox& client) {
 void SpeechQueue::blame(const Mailbox& by) {
     for (Sent& sent : mWay) {
         if (sent.speech != nullptr) {
-            sent.speech->stopper = sent.speech->client.get() == &by
-                                       ? Outcome::Stopper::ThisClient
-                                       : Outcome::Stopper::ThisProcess;
+            sent.speech->stopper = sent.speech->client.get() == &by ? Outcome::Stopper::ThisClient
+                                                                    : Outcome::Stopper::ThisProcess;
         }
     }
 }
 
 void SpeechQueue::dropWaiting(const Mailbox& by) {
-    const std::list<std::shared_ptr<Speech>> dropped = std::move(mWaiting);
+    std::list<std::shared_ptr<Speech>> dropped = std::move(mWaiting);
     mWaiting.clear();
+    if (mBegun != nullptr && mBegun->open == 0) {
+        dropped.push_front(mBegun);
+    }
     for (const auto& speech : dropped) {
         const bool isOwn = speech->client.get() == &by;
         end(speech, {Kind::Stopped, Status::Ok, speech->heard,
@@ -396,6 +418,9 @@ void SpeechQueue::close(const Mailbox& client) {
         end(speech, {Kind::Lost, Status::Closed, speech->heard});
     }
     mOwesFlush = owed;  // what the service has is spoken
+    if (mWay.empty()) {
+        mTurn.reset();
+    }
 }
 
 bool SpeechQueue::isWaiting(const Mailbox& client) const {
@@ -405,8 +430,7 @@ bool SpeechQueue::isWaiting(const Mailbox& client) const {
 }
 
 bool SpeechQueue::isOpen(const Mailbox& client) const {
-    return isWaiting(client) ||
-           std::any_of(mWay.begin(), mWay.end(), [&client](const Sent& sent) {
+    return isWaiting(client) || std::any_of(mWay.begin(), mWay.end(), [&client](const Sent& sent) {
                return sent.speech != nullptr && sent.speech->client.get() == &client;
            });
 }

@@ -19,8 +19,8 @@ namespace voxtrel {
 /// are decided.
 ///
 /// The service serves a process's requests in the order sent, and tells of them in that order. So
-/// when it tells that a later one sounds, an earlier one without an end was lost, or the event about
-/// its end. Behind the last one a probe is sent after a while of quiet.
+/// when it tells that a later one sounds, an earlier one without an end was lost, or the event
+/// about its end. Behind the last one a probe is sent after a while of quiet.
 ///
 /// All that is on its way belongs to one client, because the service can only be asked to drop all
 /// that a process sent. Clients take turns by utterance.
@@ -39,6 +39,9 @@ public:
     static constexpr std::chrono::milliseconds kDoubt = std::chrono::seconds(15);
     static constexpr std::chrono::milliseconds kLongestQuiet = std::chrono::minutes(8);
 
+    /// A service that is being ended is sent nothing for so long, or until it is gone.
+    static constexpr std::chrono::milliseconds kEnding = std::chrono::seconds(15);
+
     /// What is dropped while it waits is told to start and to stop at once. Only what goes on for
     /// longer than this, or comes to a word, has been heard.
     static constexpr std::chrono::milliseconds kInaudible = std::chrono::milliseconds(50);
@@ -46,7 +49,9 @@ public:
     /// Called for whatever the application is to be told, after the state of the utterance changed.
     using Teller = std::function<void(Mailbox&, Event&&)>;
 
-    explicit SpeechQueue(Teller teller) : mTell(std::move(teller)) {}
+    /// @param lastNumber numbers on the wire go on from there.
+    explicit SpeechQueue(Teller teller, std::uint32_t lastNumber = 0)
+        : mTell(std::move(teller)), mNumber(lastNumber) {}
 
     /// Queues it.
     void add(std::shared_ptr<Speech> speech);
@@ -87,8 +92,13 @@ public:
     bool isOpen(const Mailbox& client) const;
     bool isAnythingOnItsWay() const { return !mWay.empty(); }
 
-    /// No event came though one was asked for twice: the service tells of nothing.
+    /// No event came though one was asked for twice, long ago: the service is stopped, or tells of
+    /// nothing. Ask it something else.
     bool isDoubtful(Clock::time_point now) const;
+
+    /// It answers that. One that was stopped tells now what it did not, after one more fence.
+    /// @return false when it had that chance before: no event will ever come.
+    bool askOnceMore();
 
     /// Set when pieces are on their way that must not be spoken any more: ask for them to be
     /// dropped, and forget it.
@@ -124,7 +134,8 @@ private:
     void passed(std::uint32_t number);
 
     void lose(const std::vector<std::shared_ptr<Speech>>& lost, Status status);
-    bool repeat(const std::shared_ptr<Speech>& speech);
+    static bool mayRepeat(const Speech& speech);
+    void repeat(const std::shared_ptr<Speech>& speech);
     void detach(const std::shared_ptr<Speech>& speech);
     void end(const std::shared_ptr<Speech>& speech, const Outcome& outcome);
 
@@ -134,10 +145,13 @@ private:
     std::shared_ptr<Mailbox> mTurn;               ///< who had the last turn
     Way mWay;                                     ///< by number
     std::size_t mBytes = 0;                       ///< in `mWay`
-    std::uint32_t mNumber = 0;
+    std::uint32_t mNumber;
     Clock::time_point mLast = {};  ///< last sending or event
     std::chrono::milliseconds mPatience = kQuiet;
-    unsigned mUnanswered = 0;  ///< fences since the last event
+    unsigned mUnanswered = 0;        ///< fences since the last event
+    Clock::time_point mAsked = {};   ///< when the last of them was sent
+    bool mHasAnswered = false;       ///< something else since
+    Clock::time_point mClosed = {};  ///< until then it is being ended
     bool mOwesFence = false;
     bool mOwesFlush = false;
 };

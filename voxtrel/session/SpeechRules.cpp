@@ -40,9 +40,9 @@ std::string nameOf(const TTS::VoiceInfo& voice) {
 }
 
 std::optional<std::uint32_t> numberOf(const std::string& text) {
-    const bool isNumber = !text.empty() && text.size() <= 4 &&
-                          std::all_of(text.begin(), text.end(),
-                                      [](char each) { return each >= '0' && each <= '9'; });
+    const bool isNumber =
+        !text.empty() && text.size() <= 4 &&
+        std::all_of(text.begin(), text.end(), [](char each) { return each >= '0' && each <= '9'; });
     return isNumber ? std::optional<std::uint32_t>(std::stoul(text)) : std::nullopt;
 }
 
@@ -120,7 +120,8 @@ std::string tagOf(EN_VOXTREL_LANGUAGE language) {
 SpeechOptions merged(const SpeechOptions& options, const SpeechOptions& defaults) {
     SpeechOptions all = options;
     // A voice belongs to its language, and another one's is of no use.
-    const bool isOther = all.language && all.language != defaults.language;
+    const bool isOther = all.language && (!defaults.language || languageOf(*all.language) !=
+                                                                    languageOf(*defaults.language));
     prefer(all.voice, isOther ? std::nullopt : defaults.voice);
     prefer(all.language, defaults.language);
     prefer(all.speed, defaults.speed);
