@@ -139,7 +139,8 @@ int Client::fd() const noexcept {
 }
 
 std::size_t Client::dispatch(std::size_t max) {
-    return mState->mailbox->dispatch(max);
+    const std::shared_ptr<Mailbox> mailbox = mState->mailbox;  // a handler may destroy this client
+    return mailbox->dispatch(max);
 }
 
 bool Client::isConnected() const noexcept {

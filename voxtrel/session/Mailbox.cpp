@@ -13,7 +13,8 @@ bool isDispensable(const Event& event) {
 
 }  // namespace
 
-Mailbox::Mailbox(bool isPolled) : mIsPolled(isPolled), mFd(isPolled ? eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) : -1) {
+Mailbox::Mailbox(bool isPolled)
+    : mIsPolled(isPolled), mFd(isPolled ? eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) : -1) {
     mEvents.reserve(2 * kRoom);
 }
 
@@ -25,7 +26,7 @@ Mailbox::~Mailbox() {
 
 bool Mailbox::put(Event&& event) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    if (mHandler == nullptr || mClosed || (waiting() >= kRoom && isDispensable(event))) {
+    if (mHandler == nullptr || (waiting() >= kRoom && isDispensable(event))) {
         return false;
     }
     append(std::move(event));
@@ -38,11 +39,14 @@ bool Mailbox::put(Event&& event) {
 void Mailbox::setHandler(Handler handler) {
     auto other = handler ? std::make_shared<const Handler>(std::move(handler)) : nullptr;
     std::unique_lock<std::mutex> lock(mMutex);
+    if (mClosed) {
+        return;
+    }
     mHandler.swap(other);
     if (mHandler == nullptr) {
         clear();
     }
-    waitForOthers(lock);
+    waitForOlder(lock);
 }
 
 bool Mailbox::hasHandler() const {
@@ -57,22 +61,30 @@ std::size_t Mailbox::dispatch(std::size_t max) {
     }
     std::size_t count = 0;
     mInside = std::this_thread::get_id();
-    while (count < max && waiting() > 0 && mHandler != nullptr && !mClosed) {
-        std::shared_ptr<const Handler> handler = mHandler;
-        const Event event = takeFirst();
-        lock.unlock();
-        try {
-            (*handler)(event);
-        } catch (...) {
-            // Said at Client::onEvent: there is nobody to tell.
-        }
-        handler.reset();  // what it owns may end here, and call us
-        lock.lock();
+    while (count < max && waiting() > 0) {
+        handleFirst(lock);
         ++count;
     }
     mInside = std::thread::id();
-    mIdle.notify_all();
     return count;
+}
+
+void Mailbox::handleFirst(std::unique_lock<std::mutex>& lock) {
+    mRunning = mHandler;
+    const Event event = takeFirst();
+    lock.unlock();
+    try {
+        (*mRunning)(event);
+    } catch (...) {
+        // Said at Client::onEvent: there is nobody to tell.
+    }
+    lock.lock();
+    SharedHandler done;
+    done.swap(mRunning);
+    mIdle.notify_all();
+    lock.unlock();
+    done.reset();  // what it owns may end here, and call us
+    lock.lock();
 }
 
 Event Mailbox::takeFirst() {
@@ -99,16 +111,17 @@ void Mailbox::clear() {
 }
 
 void Mailbox::close() {
+    SharedHandler last;
     std::unique_lock<std::mutex> lock(mMutex);
+    mHandler.swap(last);
     mClosed = true;
     clear();
-    waitForOthers(lock);
+    waitForOlder(lock);
 }
 
-void Mailbox::waitForOthers(std::unique_lock<std::mutex>& lock) {
-    // Only an older handler is waited for: whoever is inside meanwhile may be a newer one.
+void Mailbox::waitForOlder(std::unique_lock<std::mutex>& lock) {
     if (mInside != std::this_thread::get_id()) {
-        mIdle.wait(lock, [this] { return mInside == std::thread::id(); });
+        mIdle.wait(lock, [this] { return mRunning == nullptr || mRunning == mHandler; });
     }
 }
 

@@ -39,7 +39,8 @@ public:
     /// @return there is something new to dispatch.
     bool put(Event&& event);
 
-    /// Replaces the handler, and waits until the old one has returned unless it is the caller.
+    /// Replaces the handler, and waits until the old one has returned unless it is the caller. What
+    /// has not been handled yet is left to the new one.
     void setHandler(Handler handler);
     bool hasHandler() const;
 
@@ -52,6 +53,8 @@ public:
     void close();
 
 private:
+    using SharedHandler = std::shared_ptr<const Handler>;
+
     /// Words beyond are dropped.
     static constexpr std::size_t kRoom = 256;
 
@@ -59,7 +62,8 @@ private:
     Event takeFirst();
     void append(Event&& event);
     void clear();
-    void waitForOthers(std::unique_lock<std::mutex>& lock);
+    void handleFirst(std::unique_lock<std::mutex>& lock);
+    void waitForOlder(std::unique_lock<std::mutex>& lock);
     void signal() const;
     void unsignal() const;
 
@@ -67,10 +71,11 @@ private:
     const int mFd;
     mutable std::mutex mMutex;
     std::condition_variable mIdle;
-    std::shared_ptr<const Handler> mHandler;
+    SharedHandler mHandler;
     std::vector<Event> mEvents;  ///< from `mFirst`; memory is kept
     std::size_t mFirst = 0;
-    std::thread::id mInside;  ///< runs the handler
+    std::thread::id mInside;  ///< dispatches
+    SharedHandler mRunning;   ///< the handler that runs there
     bool mClosed = false;
 };
 
