@@ -172,8 +172,7 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         mSpeech.blame(*by);
-        mFence = (mFence + 1) % kFirstFence;
-        fence = kFirstFence + mFence;
+        fence = newFence();
         mFences[fence] = Answer::None;
     }
     const Result<void> sent = perform(
@@ -201,6 +200,11 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
         return errorOf(found);
     }
     return {};
+}
+
+std::uint32_t Session::newFence() {
+    mFence = (mFence + 1) % kFirstFence;
+    return kFirstFence + mFence;
 }
 
 Error Session::errorOf(Answer answer) {
@@ -283,6 +287,7 @@ Result<void> Session::perform(Work work, Clock::time_point deadline) {
 
 Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point deadline) {
     std::uint64_t number = 0;
+    std::uint32_t fence = 0;
     {
         const std::lock_guard<std::mutex> guard(mMutex);
         const bool isTaken = mLockAnswer == Answer::None || mLockAnswer == Answer::Yes;
@@ -293,10 +298,16 @@ Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point dea
         }
         mLockOwner = &client;
         mLockAnswer = Answer::None;
+        mLockFence = fence = newFence();
         number = ++mLock;
     }
-    const Result<void> sent =
-        perform([pid = mPid](Service& service) { return (void)service.lock(pid), 0; }, deadline);
+    const Result<void> sent = perform(
+        [pid = mPid, fence](Service& service) {
+            (void)service.lock(pid);
+            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+            return 0;
+        },
+        deadline);
     std::unique_lock<std::mutex> lock(mMutex);
     if (sent) {
         mChanged.wait_until(lock, deadline, [this] { return mLockAnswer != Answer::None; });
@@ -351,6 +362,10 @@ void Session::onNotify(unsigned event, unsigned second, unsigned third) {
     if (!isOfUtterance) {
         return;
     }
+    if (second == mLockFence && mLockAnswer == Answer::None) {
+        mLockAnswer = Answer::Locked;  // it has been served, and the lock is not ours
+        mChanged.notify_all();
+    }
     if (second >= kFirstFence) {
         onFence(mFences.find(second), event, third);
         return;
@@ -401,11 +416,9 @@ void Session::onLock(unsigned holder) {
     }
     if (holder == mPid) {
         mLockAnswer = Answer::Yes;
-    } else if (holder != 0) {
-        mLockAnswer = Answer::Locked;
     } else if (mLockAnswer == Answer::Yes) {
-        mLockAnswer = Answer::Gone;
-    }
+        mLockAnswer = holder == 0 ? Answer::Gone : Answer::Locked;
+    }  // else it may tell of what was before our request
     mChanged.notify_all();
 }
 

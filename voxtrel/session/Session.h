@@ -159,6 +159,7 @@ private:
     void onState(unsigned state, unsigned value);
     void onLock(unsigned holder);
     void giveBackLock();
+    std::uint32_t newFence();
     void answerFences(Answer answer);
     void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
     static Error errorOf(Answer answer);
@@ -191,6 +192,7 @@ private:
 
     Fences mFences;  ///< that callers wait for, by number: until then no speech is sent
     std::uint32_t mFence = 0;
+    std::uint32_t mLockFence = 0;  ///< when it is answered, the last request for the lock is
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
     std::uint64_t mLock = 0;              ///< number of the owner's
     Answer mLockAnswer = Answer::None;
