@@ -23,7 +23,8 @@ std::size_t countCharacters(std::string_view text);
 /// `from` moved on by code points, not beyond the end of `text`.
 Position advance(std::string_view text, Position from, std::size_t characters);
 
-/// Where `text` stops being UTF-8, or nothing. Surrogates and forms that are too long are not UTF-8.
+/// Where `text` stops being UTF-8, or nothing. Surrogates and forms that are too long are not
+/// UTF-8.
 std::optional<std::size_t> firstInvalidByte(std::string_view text);
 
 }  // namespace voxtrel
