@@ -76,7 +76,7 @@ test_jobs_here() { echo $((3 * $(nproc))); }
 
 # Sources that are ours to format and lint.
 own_sources() {
-    git ls-files '*.h' '*.cpp' 2>/dev/null
+    git ls-files '*.h' '*.cpp' '*.c' 2>/dev/null
 }
 
 # build_preset PRESET [cmake --build arguments]: shows how far it is, and the compiler's words when it fails.

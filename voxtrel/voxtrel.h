@@ -13,8 +13,9 @@
  * ..._free function of its type.
  *
  * Called on: any thread, event handlers included; where a type is for one thread at a time, it is
- * said there. A thread must not be cancelled (pthread_cancel) inside a function. No call waits longer than its deadline, whatever the service or the service manager
- * does; the functions without one do not wait at all.
+ * said there. A thread must not be cancelled (pthread_cancel) inside a function. No call waits
+ * longer than its deadline, whatever the service or the service manager does; the functions without
+ * one do not wait at all.
  *
  * After a fork, the child makes clients of its own and lets those of its parent be.
  */
@@ -167,7 +168,7 @@ typedef struct vx_client_options vx_client_options;
 
 /* The thread on which a client's events arrive. */
 enum {
-    VX_THREAD_OF_LIBRARY = 0,    /* one for all clients of the process that choose it */
+    VX_THREAD_OF_LIBRARY = 0, /* one for all clients of the process that choose it */
     /* the one that calls vx_next_event or vx_dispatch; events are kept in memory until it does */
     VX_THREAD_OF_APPLICATION = 1
 };
@@ -441,10 +442,18 @@ vx_status vx_lock_free(vx_lock* lock);
 
 /* ---- Profiles -------------------------------------------------------------------------------- */
 
-/* Writes the defaults of this client into a profile (docs/profile-format.md). */
+/*
+ * Writes the defaults of this client into a profile (docs/profile-format.md). What was there stays
+ * as it is unless all could be written. Volume and pitch become whole numbers, which the format
+ * has; a voice is written as its number, so that one named otherwise needs a connection. What to do
+ * on loss is not kept. VX_PROFILE_ERROR, or VX_BAD_PARAMETER for what a profile cannot hold.
+ */
 vx_status vx_save_profile(vx_client* client, const char* path);
 
-/* Reads them from there. An unset value of the profile is not set afterwards. */
+/*
+ * Reads them from there, but for what to do on loss, which stays. What the profile leaves unset, or
+ * what is no language, is not set afterwards. VX_PROFILE_ERROR: nothing has changed.
+ */
 vx_status vx_load_profile(vx_client* client, const char* path);
 
 #ifdef __cplusplus

@@ -1,10 +1,12 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * A service inside an application's own test: no processes, no runtime, no sound, and whatever
- * faults the test wants. It has five languages, two voices each, and keeps the rules of a service.
- * It speaks at once and takes no time, on a thread of its own, unless it is told to wait.
+ * faults the test wants. It has five languages, two voices each, named "fr-FR-1" and "fr-FR-2",
+ * everything switched on, and keeps the rules of a service. It speaks at once and takes no time, on
+ * a thread of its own, and tells of each word; marked-up text is like any other to it.
  *
- * Called on: any thread. Statuses, null pointers and ownership as in <voxtrel/voxtrel.h>.
+ * Called on: any thread, event handlers included. Statuses, null pointers and ownership as in
+ * <voxtrel/voxtrel.h>.
  */
 #ifndef VOXTREL_TESTING_FAKE_H
 #define VOXTREL_TESTING_FAKE_H
@@ -37,8 +39,8 @@ vx_status vx_texts_get(const vx_texts* texts, size_t index, const char** text);
 vx_status vx_texts_free(vx_texts* texts);
 
 /*
- * What has been spoken to its end: texts, and "(pause N ms)". A text that goes in pieces is
- * several.
+ * What has been spoken to its end: texts, and "(pause N ms)" unless N is 0. A text that goes in
+ * pieces is several.
  */
 vx_status vx_fake_spoken(vx_fake* fake, vx_texts** texts);
 
@@ -46,41 +48,47 @@ vx_status vx_fake_spoken(vx_fake* fake, vx_texts** texts);
  */
 vx_status vx_fake_wait_for_spoken(vx_fake* fake, size_t count, int timeout_ms);
 
-/* What was asked of it, one line each, as `say 3 "Hello."` or `stop own`. */
+/*
+ * What was asked of it, one line each, in order, as `say 3 "Hello." fr-FR` or `stop own`;
+ * <voxtrel/testing/FakeService.h> lists them.
+ */
 vx_status vx_fake_requests(vx_fake* fake, vx_texts** texts);
 
-/* From now on speech begins and does not end until vx_fake_go_on. */
+/* From now on speech begins, and comes to no word, until vx_fake_go_on. */
 vx_status vx_fake_hold(vx_fake* fake);
 
-/* Ends what is held, and speaks on as at first. */
+/* Speaks what is held, and on as at first. */
 vx_status vx_fake_go_on(vx_fake* fake);
 
-/* Refuses the next utterance with `why`, from -1 to -99. */
+/* Refuses the next text or pause with `why`, from -1 to -99. */
 vx_status vx_fake_refuse_next(vx_fake* fake, vx_status why);
 
-/* Never gets the next request to speak, and nobody is told. */
+/* Never gets the next text or pause, and nobody is told. */
 vx_status vx_fake_lose_next_request(vx_fake* fake);
 
-/* Does not send the next event about an utterance. */
+/* Does not send the next event that a text or pause has ended. */
 vx_status vx_fake_lose_next_event(vx_fake* fake);
 
-/* Answers nothing, and sends no events, until vx_fake_thaw: like a stopped process. */
+/*
+ * Answers nothing, and sends no events, until vx_fake_thaw: like a stopped process that has no room
+ * for requests any more. Every thread that asks it something is kept until then, or until it dies.
+ */
 vx_status vx_fake_freeze(vx_fake* fake);
 vx_status vx_fake_thaw(vx_fake* fake);
 
 /* Takes so long for each request that has an answer; milliseconds from 0. */
 vx_status vx_fake_answer_after(vx_fake* fake, int milliseconds);
 
-/* Dies at once. Clients that look for it find nothing until vx_fake_come_back. */
+/* Dies at once, also when frozen. Clients that look for it find nothing until vx_fake_come_back. */
 vx_status vx_fake_die(vx_fake* fake);
 
-/* Tells whom it cuts off that it is being ended, and dies. */
+/* Thaws, tells whom it cuts off that it is being ended, and dies. */
 vx_status vx_fake_shut_down(vx_fake* fake);
 
-/* Is there again, with default settings. */
+/* Is there again, with default settings, speaking at once. */
 vx_status vx_fake_come_back(vx_fake* fake);
 
-/* Another process stops everything, or takes or gives back the lock. */
+/* Another process stops everything, or takes the lock, from whom that may be, or gives it back. */
 vx_status vx_fake_stop_by_another(vx_fake* fake);
 vx_status vx_fake_lock_by_another(vx_fake* fake, unsigned int process);
 vx_status vx_fake_unlock_by_another(vx_fake* fake);

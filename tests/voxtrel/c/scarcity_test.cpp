@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+// Memory that runs out is a status, not an end of the program.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <functional>
+#include <new>
+
+#include "tests/support/TempFolder.h"
+#include "tests/voxtrel/c/program.h"
+
+namespace {
+
+/// How many allocations this thread has left; negative: all that it wants.
+thread_local int allocationsLeft = -1;
+
+void* allocate(std::size_t size) {
+    if (allocationsLeft == 0) {
+        throw std::bad_alloc();
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+    }
+    void* const memory = malloc(size != 0 ? size : 1);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return allocate(size);
+}
+
+void operator delete(void* memory) noexcept {
+    free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    free(memory);
+}
+
+namespace {
+
+/// Makes a client where no service can be found.
+class WhereMemoryRunsOut : public ::testing::Test {
+protected:
+    WhereMemoryRunsOut() {
+        setenv("VOXTREL_BINDER_SOCKET", mFolder.path("binder").c_str(), 1);
+        mClient = client_of(nullptr, VX_THREAD_OF_APPLICATION);
+    }
+    ~WhereMemoryRunsOut() override {
+        vx_client_free(mClient);
+        unsetenv("VOXTREL_BINDER_SOCKET");
+    }
+
+    /// Fails the first allocation of `call`, then the second and so on, until it does without.
+    /// @return how often it failed.
+    static int failEach(const std::function<vx_status()>& call) {
+        for (int allocations = 0;; ++allocations) {
+            allocationsLeft = allocations;
+            const vx_status status = call();
+            allocationsLeft = -1;
+            if (status == VX_OK) {
+                return allocations;
+            }
+            EXPECT_EQ(VX_NO_MEMORY, status) << "with " << allocations << " allocations";
+            if (status != VX_NO_MEMORY || allocations > 1000) {
+                return -1;
+            }
+        }
+    }
+
+    voxtrel_test::TempFolder mFolder;
+    vx_client* mClient = nullptr;
+};
+
+TEST_F(WhereMemoryRunsOut, AnOptionIsNotSet) {
+    vx_options* options = nullptr;
+    EXPECT_GT(failEach([&] { return vx_options_new(&options); }), 0);
+    EXPECT_GT(failEach([&] {
+                  return vx_options_set_voice(options,
+                                              "a voice whose name is long enough to need memory");
+              }),
+              0);
+    EXPECT_GT(failEach([&] { return vx_set_defaults(mClient, options); }), 0);
+    vx_options* defaults = nullptr;
+    EXPECT_GT(failEach([&] { return vx_get_defaults(mClient, &defaults); }), 0);
+    EXPECT_EQ(VX_OK, vx_options_free(defaults));
+    EXPECT_EQ(VX_OK, vx_options_free(options));
+}
+
+TEST_F(WhereMemoryRunsOut, NoClientIsMade) {
+    vx_client* client = nullptr;
+    EXPECT_GT(failEach([&] { return vx_client_new("another", nullptr, &client); }), 0);
+    ASSERT_NE(nullptr, client);
+    EXPECT_EQ(VX_OK, vx_client_free(client));
+}
+
+TEST_F(WhereMemoryRunsOut, NoFirstClientIsMade) {
+    EXPECT_EQ(VX_OK, vx_client_free(mClient));
+    EXPECT_GT(failEach([&] { return vx_client_new("first", nullptr, &mClient); }), 0);
+}
+
+TEST_F(WhereMemoryRunsOut, NothingIsSaid) {
+    vx_utterance* utterance = nullptr;
+    EXPECT_GT(failEach([&] {
+                  return vx_say(mClient, "A text that is long enough to need memory of its own.",
+                                nullptr, &utterance);
+              }),
+              0);
+    EXPECT_EQ(VX_OK, vx_utterance_free(utterance));
+}
+
+TEST_F(WhereMemoryRunsOut, NoPauseIsMadeAndNothingIsStopped) {
+    vx_utterance* pause = nullptr;
+    EXPECT_GT(failEach([&] { return vx_pause(mClient, 10, &pause); }), 0);
+    EXPECT_GE(failEach([&] { return vx_stop(mClient); }), 0);
+    vx_outcome outcome;
+    EXPECT_EQ(VX_OK, vx_utterance_wait(pause, 60000, &outcome));
+    EXPECT_EQ(VX_OUTCOME_STOPPED, outcome.kind);
+    EXPECT_EQ(VX_OK, vx_wait_for_all(mClient, 60000));
+    EXPECT_EQ(VX_OK, vx_utterance_free(pause));
+}
+
+TEST_F(WhereMemoryRunsOut, NoHandlerIsSet) {
+    EXPECT_GT(failEach([&] { return vx_on_event(mClient, nullptr, nullptr); }), 0);
+}
+
+TEST_F(WhereMemoryRunsOut, ItIsToldInWords) {
+    vx_options* options = nullptr;
+    allocationsLeft = 0;
+    EXPECT_EQ(VX_NO_MEMORY, vx_options_new(&options));
+    allocationsLeft = -1;
+    const char* why = nullptr;
+    ASSERT_EQ(VX_OK, vx_last_error(&why));
+    EXPECT_STREQ("memory or threads ran out: nothing was done", why);
+    EXPECT_EQ(nullptr, options);
+}
+
+}  // namespace
