@@ -64,3 +64,4 @@ file(RELATIVE_PATH VOXTREL_PC_INCLUDEDIR "${CMAKE_INSTALL_PREFIX}"
 configure_file(cmake/voxtrel-client.pc.in "${CMAKE_BINARY_DIR}/voxtrel-client.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/voxtrel-client.pc" COMPONENT development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+include(VoxtrelInterfaceInstall)

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -29,11 +31,27 @@ std::vector<fs::path> documents() {
     return found;
 }
 
+/// A document without what stands between its fences.
+std::string withoutPrograms(const std::string& text) {
+    static const std::string fence = "```";
+    std::string prose;
+    std::size_t from = 0;
+    bool isProse = true;
+    while (from < text.size()) {
+        const std::size_t to = std::min(text.find(fence, from), text.size());
+        prose += isProse ? text.substr(from, to - from) : "";
+        isProse = !isProse;
+        from = to + fence.size();
+    }
+    return prose;
+}
+
 /// Targets of a document's links that name files here.
 std::vector<std::string> linksOf(const std::string& text) {
     static const std::regex link(R"re(\]\(([^)#]+)[^)]*\))re");
+    const std::string prose = withoutPrograms(text);
     std::vector<std::string> targets;
-    for (std::sregex_iterator it(text.begin(), text.end(), link), end; it != end; ++it) {
+    for (std::sregex_iterator it(prose.begin(), prose.end(), link), end; it != end; ++it) {
         const std::string target = (*it)[1];
         if (target.find("://") == std::string::npos) {
             targets.push_back(target);
@@ -43,11 +61,14 @@ std::vector<std::string> linksOf(const std::string& text) {
 }
 
 /// A document that shows all of a program but its first line, the licence.
-void expectShown(const std::string& document, const std::string& source) {
+void expectShown(const std::string& document, const fs::path& source) {
     const std::string example = house::read(root() / source);
     const std::string program = example.substr(example.find('\n') + 1);
-    ASSERT_GT(program.size(), 500U);
-    EXPECT_NE(std::string::npos, house::read(root() / document).find("```cpp\n" + program + "```"));
+    const std::string language = source.extension().string().substr(1);
+    ASSERT_GT(program.size(), 300U) << source;
+    EXPECT_NE(std::string::npos,
+              house::read(root() / document).find("```" + language + "\n" + program + "```"))
+        << source;
 }
 
 TEST(TheReadme, ShowsTheExampleAsItIsBuilt) {
@@ -56,6 +77,35 @@ TEST(TheReadme, ShowsTheExampleAsItIsBuilt) {
 
 TEST(TheGuideToServices, ShowsTheExampleAsItIsBuilt) {
     expectShown("docs/writing-a-service.md", "examples/service/service.cpp");
+}
+
+TEST(TheGuideToTheInterface, ShowsTheExamplesAsTheyAreBuilt) {
+    for (const char* source : {"speak.cpp", "speak.c", "survive.cpp", "loop.cpp", "loop.c"}) {
+        expectShown("docs/interface.md", fs::path("examples/application") / source);
+    }
+    expectShown("README.md", "examples/application/speak.cpp");
+}
+
+/// Lines of a program that are neither empty nor a comment of their own.
+std::size_t linesOfCode(const fs::path& file) {
+    static const std::regex other(R"(\s*((//|/\*).*)?)");
+    std::istringstream text(house::read(file));
+    std::size_t count = 0;
+    for (std::string line; std::getline(text, line);) {
+        count += std::regex_match(line, other) ? 0 : 1;
+    }
+    return count;
+}
+
+TEST(TheExamplesOfApplications, HaveTwentyLinesAtMost) {
+    std::size_t seen = 0;
+    for (const auto& entry : fs::directory_iterator(root() / "examples/application")) {
+        if (entry.path().extension() != ".txt") {
+            ++seen;
+            EXPECT_LE(linesOfCode(entry.path()), 20U) << entry.path();
+        }
+    }
+    EXPECT_GE(seen, 6U);
 }
 
 TEST(EveryDocument, LinksToWhatIsThere) {

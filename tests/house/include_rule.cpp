@@ -13,8 +13,9 @@ bool startsWith(const std::string& text, const std::string& prefix) {
 
 bool isGuarded(const std::string& target) {
     static const std::vector<std::string> folders = {
-        "vocabulary/", "ipc/",   "profile/", "client/", "platform/",  "service/", "tools/",
-        "examples/",   "tests/", "bench/",   "fuzz/",   "ttscommon/", "binder/",  "utils/"};
+        "vocabulary/", "ipc/",     "profile/",   "client/",   "voxtrel/",
+        "platform/",   "service/", "tools/",     "examples/", "tests/",
+        "bench/",      "fuzz/",    "ttscommon/", "binder/",   "utils/"};
     return std::any_of(folders.begin(), folders.end(),
                        [&](const std::string& folder) { return startsWith(target, folder); });
 }
@@ -35,11 +36,14 @@ const std::vector<Room>& rooms() {
         {"ipc", {"ipc/", "vocabulary/", "binder/", "utils/"}},
         {"profile", {"profile/", "vocabulary/"}},
         {"client", {"client/", "profile/", "ipc/", "vocabulary/", "ttscommon/"}},
+        {"voxtrel",
+         {"voxtrel/", "client/", "profile/", "ipc/", "vocabulary/", "binder/", "utils/"}},
         {"platform", {"binder/", "utils/", "ttscommon/", "platform/"}},
         {"service",
          {"service/", "vocabulary/", "ipc/", "profile/", "binder/", "utils/", "ttscommon/"}},
         {"tools", {"tools/", "client/", "vocabulary/", "binder/", "utils/", "ttscommon/"}},
-        {"examples", {"client/", "ipc/", "profile/", "vocabulary/", "binder/", "utils/"}},
+        {"examples",
+         {"voxtrel/", "client/", "ipc/", "profile/", "vocabulary/", "binder/", "utils/"}},
     };
     return all;
 }

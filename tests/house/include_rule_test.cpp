@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
+#include <set>
+#include <sstream>
 
 #include "tests/house/files.h"
 
@@ -14,7 +17,7 @@ namespace fs = std::filesystem;
 using house::read;
 
 bool isSource(const fs::path& file) {
-    return file.extension() == ".h" || file.extension() == ".cpp";
+    return file.extension() == ".h" || file.extension() == ".cpp" || file.extension() == ".c";
 }
 
 std::vector<fs::path> sourcesOf(const fs::path& folder) {
@@ -54,12 +57,42 @@ TEST(EveryRoom, IncludesOnlyThroughItsDoors) {
     EXPECT_GT(seen, 20U) << "the sources were not found under " << root;
 }
 
+/// The headers that are installed for applications, as their room's CMakeLists.txt names them.
+std::set<std::string> interfaceHeaders() {
+    const std::string text = read(fs::path(VOXTREL_SOURCE_DIR) / "voxtrel/CMakeLists.txt");
+    std::smatch list;
+    if (!std::regex_search(text, list, std::regex(R"(VOXTREL_PUBLIC_HEADERS([^)]*)\))"))) {
+        return {};
+    }
+    std::istringstream names(list[1]);
+    std::set<std::string> headers;
+    for (std::string name; names >> name;) {
+        headers.insert("voxtrel/" + name);
+    }
+    return headers;
+}
+
+TEST(EveryHeaderForApplications, IncludesNothingButItsLikeAndTheStandardLibrary) {
+    const std::set<std::string> headers = interfaceHeaders();
+    EXPECT_GT(headers.size(), 5U);
+    for (const std::string& header : headers) {
+        for (const std::string& target :
+             house::includesOf(read(fs::path(VOXTREL_SOURCE_DIR) / header))) {
+            const bool isStandard = target.find('/') == std::string::npos;
+            EXPECT_TRUE(isStandard || headers.count(target) == 1) << header << ": " << target;
+        }
+    }
+}
+
 TEST(EverySource, OpensWithItsLicence) {
     const fs::path root = VOXTREL_SOURCE_DIR;
-    for (const char* folder : {"vocabulary", "ipc", "profile", "client", "platform", "service",
-                               "tools", "examples", "tests", "bench", "fuzz"}) {
+    for (const char* folder : {"vocabulary", "ipc", "profile", "client", "platform", "voxtrel",
+                               "service", "tools", "examples", "tests", "bench", "fuzz"}) {
         for (const fs::path& file : sourcesOf(root / folder)) {
-            EXPECT_EQ(0U, read(file).find("// SPDX-License-Identifier: Apache-2.0\n")) << file;
+            const std::string text = read(file);
+            EXPECT_TRUE(text.find("// SPDX-License-Identifier: Apache-2.0\n") == 0 ||
+                        text.find("/* SPDX-License-Identifier: Apache-2.0 */\n") == 0)
+                << file;
         }
     }
 }
@@ -68,7 +101,7 @@ TEST(EveryTestFile, IsBuilt) {
     const std::string compiled = read(fs::path(VOXTREL_BUILD_DIR) / "compile_commands.json");
     ASSERT_FALSE(compiled.empty());
     for (const fs::path& file : sourcesOf(fs::path(VOXTREL_SOURCE_DIR) / "tests")) {
-        if (file.extension() == ".cpp") {
+        if (file.extension() != ".h") {
             EXPECT_NE(std::string::npos, compiled.find(file.string() + "\"")) << file;
         }
     }
@@ -86,6 +119,9 @@ TEST(TheIncludeRule, RefusesAnArrowThatRunsBack) {
     EXPECT_FALSE(house::mayInclude(roomNamed("profile"), "profile/a.h", "ipc/ICallback.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("ipc"), "ipc/a.h", "client/Mutex.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.h", "service/Engine.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.h", "voxtrel/Client.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("service"), "service/a.h", "voxtrel/Client.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/a.h", "service/Engine.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("tools"), "tools/a.h", "profile/TtsSetting.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("platform"), "platform/a.h", "ipc/ICallback.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("ipc"), "ipc/a.h", "../client/Mutex.h"));

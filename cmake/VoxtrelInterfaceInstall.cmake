@@ -1,0 +1,26 @@
+# What an application gets that speaks through voxtrel/: the shared object, the public headers, a CMake
+# package and a pkg-config file. It needs neither the headers of the client library and the platform nor
+# a link line with them: the linker finds both beside the shared object or in the system's folders.
+set(interface_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/voxtrel")
+
+install(TARGETS voxtrel EXPORT voxtrel-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+set_target_properties(voxtrel PROPERTIES INSTALL_RPATH "$ORIGIN")
+foreach(header IN LISTS VOXTREL_PUBLIC_HEADERS)
+  get_filename_component(folder "voxtrel/${header}" DIRECTORY)
+  install(FILES "${CMAKE_SOURCE_DIR}/voxtrel/${header}" COMPONENT development
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
+endforeach()
+
+install(EXPORT voxtrel-targets NAMESPACE voxtrel:: COMPONENT development
+  DESTINATION "${interface_package_dir}")
+configure_package_config_file(cmake/voxtrel-config.cmake.in
+  "${CMAKE_BINARY_DIR}/voxtrel-config.cmake" INSTALL_DESTINATION "${interface_package_dir}")
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/voxtrel-config-version.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES "${CMAKE_BINARY_DIR}/voxtrel-config.cmake"
+  "${CMAKE_BINARY_DIR}/voxtrel-config-version.cmake" COMPONENT development
+  DESTINATION "${interface_package_dir}")
+configure_file(cmake/voxtrel.pc.in "${CMAKE_BINARY_DIR}/voxtrel.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/voxtrel.pc" COMPONENT development
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
