@@ -12,7 +12,7 @@ source "$here/lib.sh"
 
 NOBODY=65534
 work=/tmp/package-test
-all=(libvoxtrel-client1 libvoxtrel-platform1 libvoxtrel-client-dev voxtrel)
+all=(libvoxtrel-client1 libvoxtrel-platform1 libvoxtrel-client-dev libvoxtrel1 libvoxtrel-dev voxtrel)
 log=$(mktemp)
 trap 'rm -f "$log"; rm -rf "$root$work"' EXIT
 
@@ -150,6 +150,36 @@ builds_with_pkg_config() {
         -o $work/build/hello \$(pkg-config --cflags --libs voxtrel-client)"
 }
 
+# Applications need neither the headers of the client library nor its link line.
+build_application() {
+    as_user sh -ec "cd /usr/share/doc/voxtrel/examples/application
+        g++ -std=c++17 speak.cpp -o $work/build/speak \$(pkg-config --cflags --libs voxtrel)
+        gcc speak.c -o $work/build/speak-c \$(pkg-config --cflags --libs voxtrel)"
+}
+restart_with() { as_user "$work/with_restarted_service.sh" /usr/bin "$@"; }
+long="This sentence is long enough to be cut off in its middle."
+is_cut_off() { ! restart_with "$@" "$long" && grep -q "there is no connection to the service" "$log"; }
+loses_both() {
+    restart_with "$@" "$long" Two. && [ "$(grep -c "there is no connection" "$log")" -eq 2 ]
+}
+is_said_again() { restart_with "$@" "$long" && grep -q "spoken to its end" "$log"; }
+
+build_applications() {
+    local language
+    check "only the headers for applications stay" remove_headers
+    check "applications build with CMake" builds_with_cmake application
+    check "applications build with pkg-config" build_application
+    for language in "" -c; do
+        check "speak$language speaks" speak_with "$work/build/speak$language"
+        check "speak$language tells that the service died" \
+            is_cut_off "$work/build/cmake-application/speak$language"
+        check "loop$language tells of each utterance that the service died" \
+            loses_both "$work/build/cmake-application/loop$language"
+        check "survive$language speaks again after the service died" \
+            is_said_again "$work/build/cmake-application/survive$language"
+    done
+}
+
 build_example() {
     check "the packages install again" install_from old "${all[@]}"
     check "CMake, pkg-config and g++ install" \
@@ -170,7 +200,8 @@ runs_lintian() {
 rm -rf "$root$work"
 install -d -m 755 "$root$work" "$root$work/old" "$root$work/new"
 install -d -m 777 "$root$work/build"
-install -m 755 "$here/with_service.sh" "$here/with_example_service.sh" "$here/wav_level.sh" "$root$work"
+install -m 755 "$here/with_service.sh" "$here/with_example_service.sh" \
+    "$here/with_restarted_service.sh" "$here/wav_level.sh" "$root$work"
 install -m 644 "$here/service_manager.sh" "$root$work"
 cp "$packages"/*.deb "$root$work/old"
 cp "$newer"/*.deb "$root$work/new"
@@ -183,6 +214,8 @@ upgrade
 purge
 say_step "the example"
 build_example
+say_step "applications"
+build_applications
 say_step "lintian"
 check "lintian installs" apt --no-install-recommends install lintian
 check "lintian finds no error" runs_lintian
