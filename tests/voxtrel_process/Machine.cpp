@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/voxtrel_process/Machine.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+#include "tests/support/Eventually.h"
+
+namespace voxtrel_test {
+namespace {
+
+bool listens(const std::string& path) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    const int probe = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    const bool connected =
+        connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    close(probe);
+    return connected;
+}
+
+void kill(std::unique_ptr<Process>& process) {
+    process->signal(SIGKILL);
+    EXPECT_EQ(process->wait().status, 128 + SIGKILL);
+    process.reset();
+}
+
+/// Returns when the process has stopped.
+void stop(const Process& process) {
+    process.signal(SIGSTOP);
+    int status = 0;
+    if (waitpid(process.pid(), &status, WUNTRACED) != process.pid() || !WIFSTOPPED(status)) {
+        throw std::runtime_error("the process does not stop");
+    }
+}
+
+}  // namespace
+
+Machine::Machine() {
+    setenv("VOXTREL_BINDER_SOCKET", path("binder").c_str(), 1);
+    setenv("VOXTREL_BINDER_SEED", "7", 0);  // one that is drawn is logged
+    unsetenv("VOXTREL_LOG_LEVEL");
+    startManager();
+}
+
+Machine::~Machine() = default;
+
+void Machine::startManager() {
+    mManager = std::make_unique<Process>(Words{VOXTREL_SERVICEMANAGER_PROGRAM});
+    if (!eventually([&] { return listens(path("binder")); })) {
+        throw std::runtime_error("the service manager does not listen");
+    }
+}
+
+void Machine::stopManager() {
+    stop(*mManager);
+}
+
+void Machine::continueManager() {
+    mManager->signal(SIGCONT);
+}
+
+void Machine::killManager() {
+    kill(mManager);
+}
+
+void Machine::startService(const Words& options) {
+    Words words = {VOXTREL_SERVICE_PROGRAM, "--profile", path("voxtrel.ini")};
+    if (std::find(options.begin(), options.end(), "--sink") == options.end()) {
+        words.insert(words.end(), {"--sink", "none"});
+    }
+    words.insert(words.end(), options.begin(), options.end());
+    mService = std::make_unique<Process>(words);
+}
+
+void Machine::startOther(const Words& words) {
+    mOther = std::make_unique<Process>(words);
+    if (!mOther->awaitOutput("service: clients find it now\n")) {
+        throw std::runtime_error(mOther->wait().err);
+    }
+}
+
+void Machine::shutDownService() {
+    mService->signal(SIGTERM);
+    EXPECT_EQ(mService->wait().status, 0);
+}
+
+void Machine::killService() {
+    kill(mService);
+}
+
+void Machine::stopService() {
+    stop(mService != nullptr ? *mService : *mOther);
+}
+
+void Machine::continueService() {
+    (mService != nullptr ? *mService : *mOther).signal(SIGCONT);
+}
+
+std::size_t Machine::spokenFiles() const {
+    std::error_code none;
+    const std::filesystem::directory_iterator files(path("spoken"), none);
+    return none ? 0 : static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+}  // namespace voxtrel_test
