@@ -6,6 +6,8 @@
 namespace voxtrel {
 namespace {
 
+constexpr const char* kNoManager = "there is no service manager: start it";
+
 class Watch : public android::IBinder::DeathRecipient {
 public:
     explicit Watch(std::function<void()> died) : mDied(std::move(died)) {}
@@ -20,14 +22,17 @@ private:
 Port::Found BinderPort::find(std::function<void()> died) {
     const android::sp<android::IServiceManager> manager = android::defaultServiceManager();
     if (manager == nullptr) {
-        return {nullptr, Status::ServiceNotFound, "there is no service manager: start it"};
+        return {nullptr, Status::ServiceNotFound, kNoManager};
     }
     android::ProcessState::self()->startThreadPool();
     // Not getService, which takes seconds on some runtimes when there is none.
     const android::sp<android::IBinder> binder =
         manager->checkService(TTS::ITextToSpeechFestival::descriptor);
     if (binder == nullptr) {
-        return {nullptr, Status::ServiceNotFound, describe(Status::ServiceNotFound)};
+        // Some runtimes tell no manager from one that does not know the name.
+        const bool isManaged = android::IInterface::asBinder(manager) != nullptr;
+        return {nullptr, Status::ServiceNotFound,
+                isManaged ? describe(Status::ServiceNotFound) : kNoManager};
     }
     const android::sp<Watch> watch = new Watch(std::move(died));
     if (binder->linkToDeath(watch, nullptr, 0) == android::DEAD_OBJECT) {

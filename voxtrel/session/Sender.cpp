@@ -23,7 +23,8 @@ void Session::send() {
     while (!mIsEnding) {
         while (!mIsEnding) {
             if (!sendOne(lock)) {
-                mToSend.wait_until(lock, nextMoment());
+                mWakeAt = nextMoment();
+                mToSend.wait_until(lock, mWakeAt);
             }
         }
         leaveService(lock);  // a new client may join meanwhile

@@ -148,9 +148,11 @@ void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline
 }
 
 void Session::say(const std::shared_ptr<Speech>& speech) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mSpeech.add(speech);
-    mToSend.notify_one();
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mSpeech.add(speech);
+    }
+    mToSend.notify_one();  // without the lock, which whoever wakes up takes first
 }
 
 void Session::refuse(const std::shared_ptr<Speech>& speech, Status status) {
@@ -351,7 +353,26 @@ bool Session::holdsLock(std::uint64_t number) const {
 }
 
 void Session::onNotify(unsigned event, unsigned second, unsigned third) {
-    const std::lock_guard<std::mutex> lock(mMutex);
+    bool hasNews = false;
+    bool hasMore = false;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mIsNoting = true;
+        note(event, second, third);
+        mIsNoting = false;
+        hasNews = mHasNews;
+        hasMore = mSpeech.hasMore() || nextMoment() < mWakeAt;
+    }
+    // Without the lock, which whoever wakes up takes first.
+    if (hasNews) {
+        mToHandle.notify_one();
+    }
+    if (hasMore) {
+        mToSend.notify_one();
+    }
+}
+
+void Session::note(unsigned event, unsigned second, unsigned third) {
     if (event == TTS::EVENT_STATE) {
         onState(second, third);
         return;
@@ -371,7 +392,6 @@ void Session::onNotify(unsigned event, unsigned second, unsigned third) {
         return;
     }
     mSpeech.onEvent(event, second, third, Clock::now());
-    mToSend.notify_one();
 }
 
 void Session::onFence(Fences::iterator fence, unsigned event, unsigned third) {
@@ -432,7 +452,9 @@ void Session::tell(Mailbox& client, Event&& event) {
     const bool isEnd = event.kind == Event::Kind::Ended;
     if (client.put(std::move(event)) && !client.isPolled()) {
         mHasNews = true;
-        mToHandle.notify_one();
+        if (!mIsNoting) {
+            mToHandle.notify_one();
+        }
     }
     if (isEnd) {
         mChanged.notify_all();

@@ -155,6 +155,7 @@ private:
     void tell(Mailbox& client, Event&& event);
     void tellAll(const Event& event);
 
+    void note(unsigned event, unsigned second, unsigned third);
     void onFence(Fences::iterator fence, unsigned event, unsigned third);
     void onState(unsigned state, unsigned value);
     void onLock(unsigned holder);
@@ -187,12 +188,13 @@ private:
 
     SpeechQueue mSpeech;
     std::deque<std::shared_ptr<Call>> mCalls;
-    bool mIsInside = false;  ///< the sender is in a call of the runtime
-    bool mIsStuck = false;   ///< and somebody has given up waiting for it
+    Clock::time_point mWakeAt = {};  ///< when the sender looks again by itself
+    bool mIsInside = false;          ///< the sender is in a call of the runtime
+    bool mIsStuck = false;           ///< and somebody has given up waiting for it
 
     Fences mFences;  ///< that callers wait for, by number: until then no speech is sent
     std::uint32_t mFence = 0;
-    std::uint32_t mLockFence = 0;  ///< when it is answered, the last request for the lock is
+    std::uint32_t mLockFence = 0;         ///< when it is answered, the last request for the lock is
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
     std::uint64_t mLock = 0;              ///< number of the owner's
     Answer mLockAnswer = Answer::None;
@@ -202,7 +204,8 @@ private:
     Worker mLinker;
     Worker mSender;
     Worker mHandler;
-    bool mHasNews = false;  ///< for the handler thread
+    bool mHasNews = false;   ///< for the handler thread
+    bool mIsNoting = false;  ///< an event is noted; the handler thread is woken behind the lock
     bool mIsEnding = false;
     std::uint64_t mEnds = 0;  ///< counts them
 };

@@ -92,6 +92,9 @@ public:
     bool isOpen(const Mailbox& client) const;
     bool isAnythingOnItsWay() const { return !mWay.empty(); }
 
+    /// `next` or `takeFlush` may have something when an event has made room for it.
+    bool hasMore() const { return mBegun != nullptr || !mWaiting.empty() || mOwesFlush; }
+
     /// No event came though one was asked for twice, long ago: the service is stopped, or tells of
     /// nothing. Ask it something else.
     bool isDoubtful(Clock::time_point now) const;
