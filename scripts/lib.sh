@@ -10,9 +10,11 @@ declare -A PACKAGES=(
              libasound2-dev libcli11-dev nlohmann-json3-dev"
     [build]="ccache libgtest-dev libgmock-dev python3 util-linux mandoc man-db libsystemd-dev
              systemd"
+    [python]="python3-pytest python3-setuptools python3-wheel mypy"
     [clang]="clang-14 libclang-rt-14-dev"
-    [package]="build-essential debhelper cmake ninja-build pkg-config libasound2-dev libcli11-dev
-               libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev"
+    [package]="build-essential debhelper dh-python cmake ninja-build pkg-config libasound2-dev
+               libcli11-dev libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev
+               python3"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind"
     [coverage]="gcovr"
