@@ -65,7 +65,7 @@ void expectShown(const std::string& document, const fs::path& source) {
     const std::string example = house::read(root() / source);
     const std::string program = example.substr(example.find('\n') + 1);
     const std::string language = source.extension().string().substr(1);
-    ASSERT_GT(program.size(), 300U) << source;
+    ASSERT_GT(program.size(), 200U) << source;
     EXPECT_NE(std::string::npos,
               house::read(root() / document).find("```" + language + "\n" + program + "```"))
         << source;
@@ -84,6 +84,12 @@ TEST(TheGuideToTheInterface, ShowsTheExamplesAsTheyAreBuilt) {
         expectShown("docs/interface.md", fs::path("examples/application") / source);
     }
     expectShown("README.md", "examples/application/speak.cpp");
+}
+
+TEST(TheGuideToPython, ShowsTheExamplesAsTheyAreRun) {
+    for (const char* source : {"speak.py", "loop.py", "survive.py"}) {
+        expectShown("docs/python.md", fs::path("examples/python") / source);
+    }
 }
 
 /// Lines of a program that are neither empty nor a comment of their own.
