@@ -12,7 +12,8 @@ source "$here/lib.sh"
 
 NOBODY=65534
 work=/tmp/package-test
-all=(libvoxtrel-client1 libvoxtrel-platform1 libvoxtrel-client-dev libvoxtrel1 libvoxtrel-dev voxtrel)
+all=(libvoxtrel-client1 libvoxtrel-platform1 libvoxtrel-client-dev libvoxtrel1 libvoxtrel-dev
+    python3-voxtrel voxtrel)
 log=$(mktemp)
 trap 'rm -f "$log"; rm -rf "$root$work"' EXIT
 
@@ -180,6 +181,16 @@ build_applications() {
     done
 }
 
+run_python() {
+    local examples=/usr/share/doc/voxtrel/examples/python
+    check "speak.py speaks" speak_with python3 "$examples/speak.py"
+    check "speak.py tells that the service died" is_cut_off python3 "$examples/speak.py"
+    check "loop.py tells of each utterance that the service died" \
+        loses_both python3 "$examples/loop.py"
+    check "survive.py speaks again after the service died" \
+        is_said_again python3 "$examples/survive.py"
+}
+
 build_example() {
     check "the packages install again" install_from old "${all[@]}"
     check "CMake, pkg-config and g++ install" \
@@ -216,6 +227,8 @@ say_step "the example"
 build_example
 say_step "applications"
 build_applications
+say_step "applications in Python"
+run_python
 say_step "lintian"
 check "lintian installs" apt --no-install-recommends install lintian
 check "lintian finds no error" runs_lintian
