@@ -80,8 +80,9 @@ private:
 /// otherwise.
 ///
 /// A process that uses this class does not use `TTS::TTSClientPrivate` as well: the service knows
-/// processes, and tells a process's events to whoever registered last. After a fork, the child
-/// makes clients of its own and lets those of its parent be.
+/// processes, and tells a process's events to whoever registered last. A process that
+/// is forked off one that has had a client can have none: it starts a program of its own (exec),
+/// and lets the clients of its parent be.
 ///
 /// Called on: any thread, handlers included; the destructor may run inside the client's own
 /// handler, and returns only when no handler of it runs on another thread. Nothing is printed.

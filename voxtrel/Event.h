@@ -16,7 +16,7 @@ struct Event {
         Word,          ///< a word of it begins, at `position`
         Mark,          ///< the mark with the number `value` in its marked-up text was reached
         Ended,         ///< `utterance` has its `outcome`; the one such event about it
-        Connected,     ///< the service is there; `value`: its process id, 0 if unknown
+        Connected,     ///< the service is there
         Disconnected,  ///< it is not any more, and is being looked for
         Changed,       ///< something that all clients share: `setting` is now `value`
     };
@@ -44,11 +44,11 @@ struct Event {
     };
 
     Kind kind = Kind::Ended;
-    Utterance utterance = {};          ///< Started, Word, Mark, Ended
-    Position position = {};            ///< Word, Mark: in the text that was given to `say`
-    Outcome outcome = {};              ///< Ended
-    Setting setting = Setting::Speech; ///< Changed
-    std::uint32_t value = 0;           ///< numbers as their whole part
+    Utterance utterance = {};           ///< Started, Word, Mark, Ended
+    Position position = {};             ///< Word, Mark: in the text that was given to `say`
+    Outcome outcome = {};               ///< Ended
+    Setting setting = Setting::Speech;  ///< Changed
+    std::uint32_t value = 0;            ///< numbers as their whole part
 };
 
 }  // namespace voxtrel

@@ -17,7 +17,8 @@
  * longer than its deadline, whatever the service or the service manager does; the functions without
  * one do not wait at all.
  *
- * After a fork, the child makes clients of its own and lets those of its parent be.
+ * A process that is forked off one that has had a client can have none: it starts a program of its
+ * own (exec), and lets the handles of its parent be.
  */
 #ifndef VOXTREL_VOXTREL_H
 #define VOXTREL_VOXTREL_H
@@ -272,7 +273,7 @@ enum {
     VX_EVENT_WORD = 1,         /* a word of it begins, at `position` */
     VX_EVENT_MARK = 2,         /* the mark with the number `value` in its text was reached */
     VX_EVENT_ENDED = 3,        /* `utterance` has its `outcome`; the one such event about it */
-    VX_EVENT_CONNECTED = 4,    /* the service is there; `value`: its process id, 0 if unknown */
+    VX_EVENT_CONNECTED = 4,    /* the service is there */
     VX_EVENT_DISCONNECTED = 5, /* it is not any more, and is being looked for */
     VX_EVENT_CHANGED = 6       /* something that all clients share: `setting` is now `value` */
 };

@@ -112,7 +112,7 @@ class EventKind(_OpenEnum):
     ENDED = 3
     """`utterance` has its `outcome`; the one such event about it."""
     CONNECTED = 4
-    """The service is there; `value`: its process id, 0 if unknown."""
+    """The service is there."""
     DISCONNECTED = 5
     """It is not any more, and is being looked for."""
     CHANGED = 6

@@ -188,6 +188,16 @@ TEST_F(ClientTest, ARequestWithASlowAnswerIsDoneAllTheSame) {
     EXPECT_FALSE(client.isOn(Switch::Speed, kLong).value());
 }
 
+TEST_F(ClientTest, AShortDeadlineOfOneCallIsNoReasonForTheNextToFail) {
+    Client client("test", options());
+    ASSERT_TRUE(client.waitUntilConnected(kLong));
+    service.answerAfter(100ms);
+    for (int n = 0; n < 5; ++n) {
+        EXPECT_EQ(Status::TimedOut, client.settings(0ms).status());
+        EXPECT_TRUE(client.isOn(Switch::Speed, kLong));
+    }
+}
+
 TEST_F(ClientTest, AServiceThatDiesInARequestHasNotDoneIt) {
     Client client("test", options());
     ASSERT_TRUE(client.waitUntilConnected(kLong));

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <future>
@@ -77,6 +78,19 @@ TEST_F(AMailbox, DropsWordsAndMarksWhenFullAndNothingElse) {
     EXPECT_EQ(255U, values[255]);
     EXPECT_EQ(2000U, values[256]);
     EXPECT_TRUE(mailbox.put(eventOf(Kind::Word)));
+}
+
+TEST_F(AMailbox, HasTheLastChangeOfEachSettingAloneWhenFull) {
+    listen();
+    Event change = eventOf(Kind::Changed);
+    for (std::uint32_t n = 0; n < 10000; ++n) {
+        change.setting = n % 2 == 0 ? Event::Setting::Lock : Event::Setting::Speech;
+        change.value = n;
+        mailbox.put(Event(change));
+    }
+    EXPECT_EQ(256U, mailbox.dispatch());
+    EXPECT_EQ(1U, static_cast<unsigned>(std::count(values.begin(), values.end(), 9998U)));
+    EXPECT_EQ(1U, static_cast<unsigned>(std::count(values.begin(), values.end(), 9999U)));
 }
 
 TEST_F(AMailbox, IsReadableExactlyWhileThereIsSomething) {

@@ -76,6 +76,24 @@ TEST(WhoSaysSomethingAndLeavesAtOnce, IsHeard) {
         << machine.spokenFiles();
 }
 
+TEST(AClientAfterAnother, IsNotToldOfWhatThatOneHasLeftToTheService) {
+    Machine machine;
+    machine.startService({"--sink", "wavdir:" + machine.path("spoken"), "--real-time"});
+    {
+        Client first;
+        ASSERT_TRUE(first.waitUntilConnected(kLimit));
+        first.say(kLong);
+        first.say(kLong);
+    }
+    Recorder recorder;
+    Client second;
+    recorder.listenTo(second);
+    const Utterance word = second.say("Hello.");
+    EXPECT_EQ("finished", inWords(word.wait(kLimit)));
+    EXPECT_EQ(3U, machine.spokenFiles()) << "it is told of its own end, after what was said before";
+    EXPECT_EQ(1U, recorder.count(Event::Kind::Word));
+}
+
 TEST(WhoSaysSomethingAndLeavesAtOnce, IsHeardThoughItsProcessHasEnded) {
     Machine machine;
     machine.startService({"--sink", "wavdir:" + machine.path("spoken")});

@@ -4,6 +4,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace voxtrel {
 namespace {
 
@@ -26,7 +28,7 @@ Mailbox::~Mailbox() {
 
 bool Mailbox::put(Event&& event) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    if (mHandler == nullptr || (waiting() >= kRoom && isDispensable(event))) {
+    if (mHandler == nullptr || (waiting() >= kRoom && (isDispensable(event) || renews(event)))) {
         return false;
     }
     append(std::move(event));
@@ -34,6 +36,21 @@ bool Mailbox::put(Event&& event) {
         signal();
     }
     return true;
+}
+
+/// A change of what has changed before and has not been handled takes its place.
+bool Mailbox::renews(const Event& event) {
+    if (event.kind != Event::Kind::Changed) {
+        return false;
+    }
+    const auto first = mEvents.begin() + static_cast<std::ptrdiff_t>(mFirst);
+    const auto found = std::find_if(first, mEvents.end(), [&event](const Event& other) {
+        return other.kind == event.kind && other.setting == event.setting;
+    });
+    if (found != mEvents.end()) {
+        found->value = event.value;
+    }
+    return found != mEvents.end();
 }
 
 void Mailbox::setHandler(Handler handler) {

@@ -64,6 +64,7 @@ private:
     void clear();
     void handleFirst(std::unique_lock<std::mutex>& lock);
     void waitForOlder(std::unique_lock<std::mutex>& lock);
+    bool renews(const Event& event);
     void signal() const;
     void unsignal() const;
 

@@ -118,6 +118,7 @@ Session::Clock::time_point Session::nextMoment() const {
 int Session::callService(std::unique_lock<std::mutex>& lock, const Work& work) {
     android::sp<Service> service = mService;
     mIsInside = true;
+    mInsideSince = Clock::now();
     lock.unlock();
     const int status = work(*service);
     service.clear();

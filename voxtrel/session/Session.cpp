@@ -19,10 +19,22 @@ constexpr std::uint32_t kFirstFence = 0x80000000;
 /// How long a thread that has nothing more to do may take to end.
 constexpr std::chrono::milliseconds kToEnd(200);
 
+/// A call that takes longer does not answer, whatever the deadline of whoever waits for it.
+constexpr std::chrono::milliseconds kPrompt(100);
+
 /// What a dead service answers reads as zeros.
 bool isDead(TTS::ITextToSpeechFestival& service) {
     const android::sp<TTS::ITextToSpeechFestival> held = &service;
     return android::IInterface::asBinder(held)->pingBinder() == android::DEAD_OBJECT;
+}
+
+/// The service may still speak what an earlier session of this process has left it, and tells the
+/// process: the numbers of the next one begin elsewhere.
+std::shared_ptr<Session> newSessionOfProcess() {
+    constexpr std::uint32_t kNumbersOfOne = 0x100000;
+    static std::uint32_t lastNumber = 0;
+    lastNumber = (lastNumber + kNumbersOfOne) % kFirstFence;
+    return std::make_shared<Session>(std::make_unique<BinderPort>(), lastNumber);
 }
 
 std::mutex gMutex;
@@ -35,26 +47,27 @@ std::weak_ptr<Session>& theSession() {
 
 std::shared_ptr<Session> Session::ofProcess(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> guard(gMutex);
-    return joinAt(
-        theSession(), [] { return std::make_unique<BinderPort>(); }, client);
+    return joinAt(theSession(), newSessionOfProcess, client);
 }
 
-std::shared_ptr<Session> Session::joinAt(std::weak_ptr<Session>& place, const NewPort& newPort,
+std::shared_ptr<Session> Session::joinAt(std::weak_ptr<Session>& place,
+                                         const NewSession& newSession,
                                          const std::shared_ptr<Mailbox>& client) {
     std::shared_ptr<Session> session = place.lock();
     if (session == nullptr || session->pid() != static_cast<unsigned>(getpid())) {
         // A forked child has the memory of its parent's session, and none of the threads.
-        session = std::make_shared<Session>(newPort());
+        session = newSession();
         place = session;
     }
     session->join(client);
     return session;
 }
 
-Session::Session(std::unique_ptr<Port> port)
+Session::Session(std::unique_ptr<Port> port, std::uint32_t lastNumber)
     : mPort(std::move(port)),
       mPid(static_cast<unsigned>(getpid())),
-      mSpeech([this](Mailbox& client, Event&& event) { tell(client, std::move(event)); }) {}
+      mSpeech([this](Mailbox& client, Event&& event) { tell(client, std::move(event)); },
+              lastNumber) {}
 
 Session::~Session() = default;
 
@@ -193,6 +206,8 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     mFences.erase(fence);
     if (found == Answer::Yes) {
         mSpeech.dropWaiting(*by);
+    } else if (found != Answer::None) {
+        mSpeech.blameNobody();
     }
     mToSend.notify_one();
     if (!sent) {
@@ -277,7 +292,7 @@ Result<void> Session::perform(Work work, Clock::time_point deadline) {
     mToSend.notify_one();
     if (!mChanged.wait_until(lock, deadline, [&] { return call->isDone; })) {
         mCalls.erase(std::remove(mCalls.begin(), mCalls.end(), call), mCalls.end());
-        mIsStuck = mIsInside;
+        mIsStuck = mIsInside && Clock::now() >= mInsideSince + kPrompt;
         return Error{Status::TimedOut, describe(Status::TimedOut)};
     }
     if (call->status == 0) {

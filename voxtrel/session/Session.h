@@ -37,7 +37,7 @@ public:
     /// A request with an answer; its status goes to the caller.
     using Work = std::function<int(Service&)>;
 
-    using NewPort = std::function<std::unique_ptr<Port>()>;
+    using NewSession = std::function<std::shared_ptr<Session>()>;
 
     /// The session of this process, begun if there is none, which `client` has joined.
     static std::shared_ptr<Session> ofProcess(const std::shared_ptr<Mailbox>& client);
@@ -45,10 +45,12 @@ public:
     /// The session at `place`, begun there if there is none, which `client` has joined. One that
     /// has ended and whose threads are kept by the runtime goes on with these, so that there are
     /// never more. Called by: one thread at a time for one place.
-    static std::shared_ptr<Session> joinAt(std::weak_ptr<Session>& place, const NewPort& newPort,
+    static std::shared_ptr<Session> joinAt(std::weak_ptr<Session>& place,
+                                           const NewSession& newSession,
                                            const std::shared_ptr<Mailbox>& client);
 
-    explicit Session(std::unique_ptr<Port> port);
+    /// @param lastNumber numbers on the wire go on from there.
+    explicit Session(std::unique_ptr<Port> port, std::uint32_t lastNumber = 0);
     ~Session();
 
     /// The client has a handler that runs on a thread of this session's.
@@ -190,7 +192,8 @@ private:
     std::deque<std::shared_ptr<Call>> mCalls;
     Clock::time_point mWakeAt = {};  ///< when the sender looks again by itself
     bool mIsInside = false;          ///< the sender is in a call of the runtime
-    bool mIsStuck = false;           ///< and somebody has given up waiting for it
+    Clock::time_point mInsideSince = {};
+    bool mIsStuck = false;  ///< and somebody has given up waiting for it
 
     Fences mFences;  ///< that callers wait for, by number: until then no speech is sent
     std::uint32_t mFence = 0;

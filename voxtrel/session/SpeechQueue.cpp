@@ -384,6 +384,14 @@ void SpeechQueue::blame(const Mailbox& by) {
     }
 }
 
+void SpeechQueue::blameNobody() {
+    for (Sent& sent : mWay) {
+        if (sent.speech != nullptr && !sent.speech->isStopped) {
+            sent.speech->stopper = Outcome::Stopper::Somebody;
+        }
+    }
+}
+
 void SpeechQueue::dropWaiting(const Mailbox& by) {
     std::list<std::shared_ptr<Speech>> dropped = std::move(mWaiting);
     mWaiting.clear();

@@ -78,6 +78,9 @@ public:
     /// Notes that a client is about to silence everybody.
     void blame(const Mailbox& by);
 
+    /// It has not come to that.
+    void blameNobody();
+
     /// Drops what has not been sent, whoever said it.
     void dropWaiting(const Mailbox& by);
 

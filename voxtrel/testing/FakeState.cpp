@@ -62,8 +62,10 @@ void FakeState::end() {
 
 std::shared_ptr<Session> FakeState::join(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> lock(mSessionMutex);
-    const auto newPort = [this] { return std::make_unique<FakePort>(weak_from_this()); };
-    return Session::joinAt(mSession, newPort, client);
+    const auto newSession = [this] {
+        return std::make_shared<Session>(std::make_unique<FakePort>(weak_from_this()));
+    };
+    return Session::joinAt(mSession, newSession, client);
 }
 
 Port::Found FakeState::find(std::function<void()> died) {
