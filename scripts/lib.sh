@@ -20,6 +20,7 @@ declare -A PACKAGES=(
     [coverage]="gcovr"
     [lint]="clang-format-14 clang-tidy-14"
     [terminal]="tmux"
+    [desktop]="speech-dispatcher"
     [docs]="doxygen"
     [bare]="debootstrap git"
 )

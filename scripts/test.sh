@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
 STEPS=(debug asan tsan arm form fuzz)
-declare -A STEP_PACKAGES=([debug]="python" [asan]="clang bench" [tsan]="clang" [arm]="arm" [form]="lint" [fuzz]="clang")
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [fuzz]="clang")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]]...; the steps: ${STEPS[*]}" >&2

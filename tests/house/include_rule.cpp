@@ -13,9 +13,9 @@ bool startsWith(const std::string& text, const std::string& prefix) {
 
 bool isGuarded(const std::string& target) {
     static const std::vector<std::string> folders = {
-        "vocabulary/", "ipc/",     "profile/",   "client/",   "voxtrel/",
-        "platform/",   "service/", "tools/",     "examples/", "tests/",
-        "bench/",      "fuzz/",    "ttscommon/", "binder/",   "utils/"};
+        "vocabulary/", "ipc/",       "profile/",  "client/", "voxtrel/", "platform/",
+        "service/",    "tools/",     "examples/", "tests/",  "bridges/", "bench/",
+        "fuzz/",       "ttscommon/", "binder/",   "utils/"};
     return std::any_of(folders.begin(), folders.end(),
                        [&](const std::string& folder) { return startsWith(target, folder); });
 }
@@ -42,6 +42,7 @@ const std::vector<Room>& rooms() {
         {"service",
          {"service/", "vocabulary/", "ipc/", "profile/", "binder/", "utils/", "ttscommon/"}},
         {"tools", {"tools/", "client/", "vocabulary/", "binder/", "utils/", "ttscommon/"}},
+        {"bridges", {"bridges/", "voxtrel/voxtrel.h"}},
         {"examples",
          {"voxtrel/", "client/", "ipc/", "profile/", "vocabulary/", "binder/", "utils/"}},
     };

@@ -86,8 +86,9 @@ TEST(EveryHeaderForApplications, IncludesNothingButItsLikeAndTheStandardLibrary)
 
 TEST(EverySource, OpensWithItsLicence) {
     const fs::path root = VOXTREL_SOURCE_DIR;
-    for (const char* folder : {"vocabulary", "ipc", "profile", "client", "platform", "voxtrel",
-                               "service", "tools", "examples", "tests", "bench", "fuzz"}) {
+    for (const char* folder :
+         {"vocabulary", "ipc", "profile", "client", "platform", "voxtrel", "service", "tools",
+          "bridges", "examples", "tests", "bench", "fuzz"}) {
         for (const fs::path& file : sourcesOf(root / folder)) {
             const std::string text = read(file);
             EXPECT_TRUE(text.find("// SPDX-License-Identifier: Apache-2.0\n") == 0 ||
@@ -125,6 +126,14 @@ TEST(TheIncludeRule, RefusesAnArrowThatRunsBack) {
     EXPECT_FALSE(house::mayInclude(roomNamed("tools"), "tools/a.h", "profile/TtsSetting.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("platform"), "platform/a.h", "ipc/ICallback.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("ipc"), "ipc/a.h", "../client/Mutex.h"));
+}
+
+TEST(TheIncludeRule, OpensTheCHeaderAloneToBridges) {
+    const house::Room& bridges = roomNamed("bridges");
+    EXPECT_TRUE(house::mayInclude(bridges, "bridges/a/b.h", "voxtrel/voxtrel.h"));
+    EXPECT_FALSE(house::mayInclude(bridges, "bridges/a/b.h", "voxtrel/Client.h"));
+    EXPECT_FALSE(house::mayInclude(bridges, "bridges/a/b.h", "vocabulary/Events.h"));
+    EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.h", "bridges/a/b.h"));
 }
 
 TEST(TheIncludeRule, OpensThePlatformToOneHeaderOfTheLibrary) {

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bridges/speech-dispatcher/Speaker.h"
+
+#include "bridges/speech-dispatcher/Markup.h"
+
+namespace sd_voxtrel {
+namespace {
+
+/// How often a service is looked at that has told nothing.
+constexpr std::chrono::milliseconds kDoubtPause(500);
+
+/// How long a service may take to stop.
+constexpr std::chrono::milliseconds kToStop(500);
+
+/// How long a pause waits for a mark: who asks for silence must soon have it.
+constexpr std::chrono::milliseconds kToMark(1000);
+
+/// How often a message may be said, if nothing of it has been heard.
+constexpr unsigned kMostTries = 3;
+
+/// The library's limit.
+constexpr std::size_t kMostMarkedUp = 262144;
+
+}  // namespace
+
+void Speaker::start(Message message, std::chrono::milliseconds patience, Clock::time_point now) {
+    mMessage = std::move(message);
+    mPatience = patience;
+    mMarks.clear();
+    mLastMark = 0;
+    mTries = 0;
+    mHasAsked = false;
+    mHasBegun = false;
+    mTrouble.clear();
+    if (mMessage.text.empty()) {
+        finish(End::End);
+        return;
+    }
+    mLastNews = now;
+    hold(now);
+}
+
+void Speaker::hold(Clock::time_point now) {
+    mState = State::Held;
+    mMoment = now + kDoubtPause;
+    tryToSay(now);
+}
+
+void Speaker::tryToSay(Clock::time_point now) {
+    if (mState != State::Held || !mService.isConnected()) {
+        return;
+    }
+    if (isMarkedUp(mMessage.text) && !mHasAsked) {
+        mHasAsked = true;
+        mProbe.ask();
+    }
+    if (!mProbe.isUnderway()) {  // a question that is stopped would take the message with it
+        say(now);
+    }
+}
+
+void Speaker::say(Clock::time_point now) {
+    const bool isMarked = isMarkedUp(mMessage.text) && mProbe.isUnderstood();
+    std::string text = mMessage.text;
+    if (isMarked && mMessage.isSpelled) {
+        text = spelled(text);
+    }
+    mMarks.clear();
+    if (isMarked && text.size() <= kMostMarkedUp) {
+        mMarks = markNames(text);
+    } else if (isMarkedUp(mMessage.text)) {
+        text = withoutMarkup(mMessage.text);
+    }
+    if (!isMarked && mMessage.isSpelled) {
+        text = spelled(text);
+    }
+    ++mTries;
+    mLastMark = 0;
+    mNumber = mService.say(text, mMessage.style);
+    mState = State::Said;
+    mMoment = now + kDoubtPause;
+    if (mNumber == 0) {
+        mTrouble = "the library could not take the message";
+        finish(End::Stop);
+    }
+}
+
+void Speaker::stop(Clock::time_point now) {
+    if (mState == State::Held) {
+        finish(End::Stop);
+    } else if (mState == State::Ending) {
+        mEnd = End::Stop;
+    } else if (mState != State::Idle) {
+        endWith(End::Stop, now);
+    }
+}
+
+void Speaker::pause(Clock::time_point now) {
+    if (mState == State::Held) {
+        finish(End::Pause);
+    } else if (mState == State::Said && mHasBegun && mLastMark < mMarks.size()) {
+        mState = State::Pausing;
+        mMoment = now + kToMark;
+    } else if (mState == State::Said) {
+        endWith(End::Pause, now);
+    }
+}
+
+void Speaker::onEvent(const ServiceEvent& event, Clock::time_point now) {
+    if (event.kind == ServiceEvent::Kind::Connected) {
+        mProbe.forget();
+        mHasAsked = false;
+        tryToSay(now);
+    } else if (mProbe.take(event)) {
+        mLastNews = now;
+        tryToSay(now);
+    } else if (mNumber != 0 && event.utterance == mNumber) {
+        mLastNews = now;
+        take(event, now);
+    }
+}
+
+void Speaker::take(const ServiceEvent& event, Clock::time_point now) {
+    switch (event.kind) {
+        case ServiceEvent::Kind::Started:
+            begin();
+            break;
+        case ServiceEvent::Kind::Mark:
+            takeMark(event.mark, now);
+            break;
+        case ServiceEvent::Kind::Finished:
+            finish(End::End);
+            break;
+        case ServiceEvent::Kind::Stopped:
+        case ServiceEvent::Kind::Refused:
+            mTrouble = mState == State::Ending ? "" : event.why;
+            finish(mState == State::Ending ? mEnd : End::Stop);
+            break;
+        case ServiceEvent::Kind::Unable:
+        case ServiceEvent::Kind::Lost:
+            takeLost(event, now);
+            break;
+        default:
+            break;
+    }
+}
+
+void Speaker::takeMark(unsigned long number, Clock::time_point now) {
+    if (mState == State::Ending || number <= mLastMark || number > mMarks.size()) {
+        return;
+    }
+    begin();
+    mLastMark = number;
+    mWrite("700-" + mMarks[number - 1] + "\n700 INDEX MARK\n");
+    if (mState == State::Pausing) {
+        endWith(End::Pause, now);
+    }
+}
+
+/// Also of what the service is unable to say: it may be able to say it in its own way.
+void Speaker::takeLost(const ServiceEvent& event, Clock::time_point now) {
+    mTrouble = event.why;
+    const bool isUnable = event.kind == ServiceEvent::Kind::Unable;
+    const bool mayBeSaid =
+        isUnable ? mMessage.style.relax() : !event.wasHeard && mTries < kMostTries;
+    if (mState == State::Ending || !mayBeSaid) {
+        finish(mState == State::Ending ? mEnd : End::Stop);
+        return;
+    }
+    mNumber = 0;
+    hold(now);
+}
+
+std::optional<Speaker::Clock::time_point> Speaker::nextMoment() const {
+    return isIdle() ? std::nullopt : std::optional<Clock::time_point>(mMoment);
+}
+
+void Speaker::onTime(Clock::time_point now) {
+    if (isIdle() || now < mMoment) {
+        return;
+    }
+    if (mState == State::Ending) {
+        finish(mEnd);
+    } else if (mState == State::Pausing) {
+        endWith(End::Pause, now);
+    } else {
+        doubt(now);
+    }
+}
+
+/// Silence is no proof: others may be speaking. Only a service that is not there, or does not
+/// answer, is given up.
+void Speaker::doubt(Clock::time_point now) {
+    mMoment = now + kDoubtPause;
+    const bool isConnected = mService.isConnected();
+    if (isConnected && now < mLastNews + 2 * kDoubtPause) {
+        return;
+    }
+    if (isConnected && mService.answers()) {
+        mLastNews = now;
+    } else if (now >= mLastNews + mPatience) {
+        mTrouble = isConnected ? "the service does not answer" : "there is no service";
+        if (mState == State::Said) {
+            mService.stop();
+        }
+        finish(End::Stop);
+    }
+}
+
+void Speaker::endWith(End end, Clock::time_point now) {
+    mService.stop();
+    mState = State::Ending;
+    mEnd = end;
+    mMoment = now + kToStop;
+}
+
+void Speaker::begin() {
+    if (!mHasBegun) {
+        mHasBegun = true;
+        mWrite("701 BEGIN\n");
+    }
+}
+
+void Speaker::finish(End end) {
+    mState = State::Idle;
+    mNumber = 0;
+    begin();
+    mWrite(end == End::End ? "702 END\n" : end == End::Stop ? "703 STOP\n" : "704 PAUSE\n");
+    if (end == End::End) {
+        mTrouble.clear();
+    }
+}
+
+}  // namespace sd_voxtrel

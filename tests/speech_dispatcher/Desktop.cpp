@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/speech_dispatcher/Desktop.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+#include "tests/support/Eventually.h"
+#include "tests/support/TempFolder.h"
+
+namespace voxtrel_test {
+namespace {
+
+bool listens(const std::string& path) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool connected =
+        connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    close(probe);
+    return connected;
+}
+
+}  // namespace
+
+Desktop::Desktop(const Device::Words& options, unsigned patience) {
+    device.startService(options);
+    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
+        setenv(name, device.path("home").c_str(), 1);
+    }
+    writeConfig(patience);
+    const std::string socket = socketPath();
+    setenv("SPEECHD_ADDRESS", ("unix_socket:" + socket).c_str(), 1);
+    mServer = std::make_unique<Process>(
+        Process::Words{VOXTREL_DESKTOP_SERVER, "-s", "-S", socket, "-C", device.path("conf"), "-P",
+                       device.path("pid"), "-L", device.path("log")});
+    if (!eventually([&] { return listens(socket); })) {
+        throw std::runtime_error("the server does not listen");
+    }
+}
+
+void Desktop::writeConfig(unsigned patience) {
+    namespace fs = std::filesystem;
+    fs::create_directories(device.path("home"));
+    fs::create_directories(device.path("log"));
+    fs::create_directories(device.path("conf/modules"));
+    writeFile(device.path("conf/speechd.conf"),
+              "LogLevel 3\nTimeout 0\nLogDir \"" + device.path("log") + "\"\nDefaultVolume 0\n" +
+                  "AddModule \"voxtrel\" \"" VOXTREL_DESKTOP_MODULE
+                  "\" \"voxtrel.conf\"\nDefaultModule voxtrel\n");
+    writeFile(
+        device.path("conf/modules/voxtrel.conf"),
+        readFile(VOXTREL_DESKTOP_CONFIG) + "WaitForService " + std::to_string(patience) + "\n");
+}
+
+std::unique_ptr<Process> Desktop::start(const Process::Words& arguments) {
+    Process::Words words = {VOXTREL_DESKTOP_SAY};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return std::make_unique<Process>(words);
+}
+
+Outcome Desktop::say(const Process::Words& arguments) {
+    return start(arguments)->wait();
+}
+
+bool Desktop::awaitSound(double seconds) {
+    constexpr double kBytesASecond = 2 * 22050;
+    return eventually([&] {
+        std::error_code none;
+        const auto size = std::filesystem::file_size(device.wavPath(), none);
+        return !none && static_cast<double>(size) > seconds * kBytesASecond;
+    });
+}
+
+}  // namespace voxtrel_test

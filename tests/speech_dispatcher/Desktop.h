@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_SPEECH_DISPATCHER_DESKTOP_H
+#define VOXTREL_TESTS_SPEECH_DISPATCHER_DESKTOP_H
+
+#include <memory>
+#include <string>
+
+#include "tests/voxtrelctl/Device.h"
+
+namespace voxtrel_test {
+
+/// A device and, in the same folder, speech-dispatcher with the module under test alone. One in a
+/// process, as a device is.
+class Desktop {
+public:
+    /// @param options of the service.
+    /// @param patience how many milliseconds the module waits for a service; on a busy machine one
+    /// that is there may take a while to answer.
+    explicit Desktop(const Device::Words& options = {}, unsigned patience = 60000);
+
+    /// Runs spd-say to its end.
+    Outcome say(const Process::Words& arguments);
+
+    /// Starts spd-say.
+    std::unique_ptr<Process> start(const Process::Words& arguments);
+
+    /// Waits until that much of the sound is in the service's file.
+    bool awaitSound(double seconds);
+
+    /// Where the server listens.
+    std::string socketPath() const { return device.path("speechd"); }
+
+    Device device;
+
+private:
+    void writeConfig(unsigned patience);
+
+    std::unique_ptr<Process> mServer;
+};
+
+}  // namespace voxtrel_test
+
+#endif

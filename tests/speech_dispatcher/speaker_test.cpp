@@ -1,0 +1,447 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bridges/speech-dispatcher/Speaker.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace sd_voxtrel;
+using Kind = ServiceEvent::Kind;
+
+/// Does what the test says, and notes what is wanted of it.
+class FakeService : public Service {
+public:
+    bool isConnected() override { return connected; }
+    bool answers() override { return answering; }
+    unsigned long say(const std::string& text, const Style& style) override {
+        said.push_back(text);
+        styles.push_back(style);
+        return isFull ? 0 : ++number;
+    }
+    void stop() override { ++stops; }
+
+    bool connected = true;
+    bool answering = true;
+    bool isFull = false;
+    unsigned long number = 0;
+    int stops = 0;
+    std::vector<std::string> said;
+    std::vector<Style> styles;
+};
+
+class ASpeaker : public ::testing::Test {
+protected:
+    static constexpr std::chrono::milliseconds kPatience{3000};
+
+    explicit ASpeaker(MarkupPolicy policy = MarkupPolicy::Always)
+        : speaker(service, policy, [this](const std::string& lines) { written += lines; }) {}
+
+    void start(const std::string& text, Style style = {}) {
+        speaker.start({text, std::move(style), false}, kPatience, now);
+    }
+    void tell(Kind kind, unsigned long mark = 0) { tellOf(service.number, kind, mark); }
+    void tellOf(unsigned long utterance, Kind kind, unsigned long mark = 0) {
+        ServiceEvent event;
+        event.kind = kind;
+        event.utterance = utterance;
+        event.mark = mark;
+        event.why = "why";
+        speaker.onEvent(event, now);
+    }
+    void loseHeard() {
+        ServiceEvent event;
+        event.kind = Kind::Lost;
+        event.utterance = service.number;
+        event.wasHeard = true;
+        speaker.onEvent(event, now);
+    }
+    /// Lets time pass as a loop does that looks at `nextMoment`.
+    void wait(std::chrono::milliseconds time) {
+        const auto end = now + time;
+        while (speaker.nextMoment() && *speaker.nextMoment() <= end) {
+            now = std::max(now, *speaker.nextMoment());
+            speaker.onTime(now);
+        }
+        now = end;
+    }
+    /// What was written since this was last asked.
+    std::string events() { return std::exchange(written, ""); }
+
+    FakeService service;
+    Speaker::Clock::time_point now{std::chrono::hours(1)};
+    std::string written;
+    Speaker speaker;
+};
+
+class ASpeakerThatAsks : public ASpeaker {
+protected:
+    ASpeakerThatAsks() : ASpeaker(MarkupPolicy::Auto) {}
+};
+
+class ASpeakerWithoutMarkup : public ASpeaker {
+protected:
+    ASpeakerWithoutMarkup() : ASpeaker(MarkupPolicy::Never) {}
+};
+
+constexpr const char* kMarked = "<speak>a<mark name=\"x\"/>b<mark name=\"y\"/>c</speak>";
+
+TEST_F(ASpeaker, TellsBeginMarksAndEnd) {
+    start(kMarked);
+    EXPECT_EQ("", events());
+    EXPECT_EQ(std::vector<std::string>{kMarked}, service.said);
+    tell(Kind::Started);
+    tell(Kind::Word);
+    tell(Kind::Mark, 1);
+    tell(Kind::Mark, 2);
+    EXPECT_FALSE(speaker.isIdle());
+    tell(Kind::Finished);
+    EXPECT_EQ("701 BEGIN\n700-x\n700 INDEX MARK\n700-y\n700 INDEX MARK\n702 END\n", events());
+    EXPECT_TRUE(speaker.isIdle());
+    EXPECT_EQ("", speaker.trouble());
+    EXPECT_FALSE(speaker.nextMoment());
+}
+
+TEST_F(ASpeaker, TellsNoMarkTwiceOrThatThereIsNot) {
+    start(kMarked);
+    tell(Kind::Mark, 2);
+    tell(Kind::Mark, 2);
+    tell(Kind::Mark, 1);
+    tell(Kind::Mark, 0);
+    tell(Kind::Mark, 3);
+    EXPECT_EQ("701 BEGIN\n700-y\n700 INDEX MARK\n", events());
+}
+
+TEST_F(ASpeaker, TellsNothingOfOtherUtterances) {
+    start("a");
+    tellOf(7, Kind::Started);
+    tellOf(0, Kind::Finished);
+    EXPECT_EQ("", events());
+}
+
+TEST_F(ASpeaker, EndsAnEmptyMessageAtOnce) {
+    start("");
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
+    EXPECT_TRUE(service.said.empty());
+}
+
+TEST_F(ASpeaker, StopsAndTellsItWhenTheServiceDoes) {
+    start("a");
+    tell(Kind::Started);
+    speaker.stop(now);
+    EXPECT_EQ(1, service.stops);
+    EXPECT_EQ("701 BEGIN\n", events());
+    tell(Kind::Stopped);
+    EXPECT_EQ("703 STOP\n", events());
+    EXPECT_EQ("", speaker.trouble());
+}
+
+TEST_F(ASpeaker, TellsAStopThatTheServiceDoesNotTell) {
+    start("a");
+    tell(Kind::Started);
+    speaker.stop(now);
+    speaker.stop(now);
+    wait(std::chrono::milliseconds(499));
+    EXPECT_EQ("701 BEGIN\n", events());
+    wait(std::chrono::milliseconds(1));
+    EXPECT_EQ("703 STOP\n", events());
+    tell(Kind::Stopped);
+    EXPECT_EQ("", events()) << "one end";
+    EXPECT_EQ(1, service.stops);
+}
+
+TEST_F(ASpeaker, TellsTheEndOfWhatHasBeenSpokenInSpiteOfAStop) {
+    start("a");
+    tell(Kind::Started);
+    speaker.stop(now);
+    tell(Kind::Finished);
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
+}
+
+TEST_F(ASpeaker, TellsAStopByOthers) {
+    start("a");
+    tell(Kind::Started);
+    tell(Kind::Stopped);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    EXPECT_EQ("why", speaker.trouble());
+}
+
+TEST_F(ASpeaker, DoesNothingWhenThereIsNothingToStop) {
+    speaker.stop(now);
+    speaker.pause(now);
+    EXPECT_EQ("", events());
+    EXPECT_EQ(0, service.stops);
+}
+
+TEST_F(ASpeaker, PausesAtTheNextMark) {
+    start(kMarked);
+    tell(Kind::Started);
+    tell(Kind::Mark, 1);
+    speaker.pause(now);
+    EXPECT_EQ(0, service.stops);
+    tell(Kind::Mark, 2);
+    EXPECT_EQ(1, service.stops);
+    tell(Kind::Stopped);
+    EXPECT_EQ("701 BEGIN\n700-x\n700 INDEX MARK\n700-y\n700 INDEX MARK\n704 PAUSE\n", events());
+}
+
+TEST_F(ASpeaker, TellsNoMarkThatItPausedBefore) {
+    start(kMarked);
+    tell(Kind::Started);
+    speaker.pause(now);
+    tell(Kind::Mark, 1);
+    tell(Kind::Mark, 2);
+    tell(Kind::Stopped);
+    EXPECT_EQ("701 BEGIN\n700-x\n700 INDEX MARK\n704 PAUSE\n", events());
+}
+
+TEST_F(ASpeaker, PausesSoonWhereTheNextMarkIsFar) {
+    start(kMarked);
+    tell(Kind::Started);
+    speaker.pause(now);
+    wait(std::chrono::milliseconds(999));
+    EXPECT_EQ(0, service.stops);
+    wait(std::chrono::milliseconds(1));
+    EXPECT_EQ(1, service.stops);
+    tell(Kind::Stopped);
+    EXPECT_EQ("701 BEGIN\n704 PAUSE\n", events());
+}
+
+TEST_F(ASpeaker, PausesAtOnceWhereThereIsNoMarkToCome) {
+    start("a");
+    tell(Kind::Started);
+    speaker.pause(now);
+    EXPECT_EQ(1, service.stops);
+    wait(std::chrono::milliseconds(500));
+    EXPECT_EQ("701 BEGIN\n704 PAUSE\n", events());
+}
+
+TEST_F(ASpeaker, StopsWhatWasToPause) {
+    start(kMarked);
+    tell(Kind::Started);
+    speaker.pause(now);
+    speaker.stop(now);
+    tell(Kind::Stopped);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+TEST_F(ASpeaker, EndsWhatIsRefused) {
+    start("a");
+    tell(Kind::Refused);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+TEST_F(ASpeaker, SaysInTheServicesOwnWayWhatItCannotSayOtherwise) {
+    Style style;
+    style.language = "de";
+    style.voice = "3";
+    start("a", style);
+    tell(Kind::Unable);
+    tell(Kind::Unable);
+    tell(Kind::Started);
+    tell(Kind::Finished);
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
+    ASSERT_EQ(3U, service.styles.size());
+    EXPECT_EQ("de", service.styles[1].language);
+    EXPECT_FALSE(service.styles[1].voice);
+    EXPECT_FALSE(service.styles[2].language);
+}
+
+TEST_F(ASpeaker, EndsWhatCannotBeSaidInAnyWay) {
+    start("a");
+    tell(Kind::Unable);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+TEST_F(ASpeaker, EndsWhatTheLibraryDoesNotTake) {
+    service.isFull = true;
+    start("a");
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    EXPECT_NE("", speaker.trouble());
+}
+
+TEST_F(ASpeaker, SaysAgainWhatWasLostUnheard) {
+    start("a");
+    service.connected = false;
+    tell(Kind::Lost);
+    EXPECT_EQ(1U, service.said.size());
+    service.connected = true;
+    tellOf(0, Kind::Connected);
+    EXPECT_EQ((std::vector<std::string>{"a", "a"}), service.said);
+    tell(Kind::Started);
+    tell(Kind::Finished);
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
+}
+
+TEST_F(ASpeaker, SaysNothingForEver) {
+    start("a");
+    for (int count = 0; count < 10; ++count) {
+        tell(Kind::Lost);
+    }
+    EXPECT_EQ(3U, service.said.size());
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+TEST_F(ASpeaker, SaysNothingTwiceThatWasHeard) {
+    start("a");
+    tell(Kind::Started);
+    loseHeard();
+    EXPECT_EQ(1U, service.said.size());
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+TEST_F(ASpeaker, WaitsForAServiceAndGivesItUp) {
+    service.connected = false;
+    start("a");
+    wait(kPatience - std::chrono::milliseconds(1));
+    EXPECT_EQ("", events());
+    wait(std::chrono::milliseconds(1));
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    EXPECT_TRUE(service.said.empty());
+    EXPECT_EQ("there is no service", speaker.trouble());
+    tellOf(0, Kind::Connected);
+    EXPECT_TRUE(service.said.empty()) << "given up";
+}
+
+TEST_F(ASpeaker, GivesUpAServiceThatDoesNotAnswer) {
+    start("a");
+    service.answering = false;
+    wait(kPatience - std::chrono::milliseconds(1));
+    EXPECT_EQ("", events());
+    wait(std::chrono::milliseconds(501));
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    EXPECT_EQ(1, service.stops) << "or it would be heard when the service goes on";
+    EXPECT_EQ("the service does not answer", speaker.trouble());
+    service.answering = true;
+    start("b");
+    tell(Kind::Finished);
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
+}
+
+TEST_F(ASpeaker, WaitsAsLongAsTheServiceAnswers) {
+    start("a");
+    wait(std::chrono::hours(1));
+    EXPECT_EQ("", events()) << "others are speaking";
+    tell(Kind::Started);
+    tell(Kind::Finished);
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
+}
+
+TEST_F(ASpeaker, StopsAMessageThatWaits) {
+    service.connected = false;
+    start("a");
+    speaker.stop(now);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    start("b");
+    speaker.pause(now);
+    EXPECT_EQ("701 BEGIN\n704 PAUSE\n", events());
+}
+
+TEST_F(ASpeaker, SpellsWithMarkup) {
+    speaker.start({"<speak>ab</speak>", {}, true}, kPatience, now);
+    EXPECT_EQ("<speak><say-as interpret-as=\"characters\">ab</say-as></speak>", service.said[0]);
+}
+
+TEST_F(ASpeaker, LeavesOutTheMarkupOfATextTheLibraryWouldRefuse) {
+    const std::string words(300000, 'a');
+    start("<speak><mark name='x'/>" + words + "</speak>");
+    EXPECT_EQ(words, service.said[0].substr(0, words.size()));
+    tell(Kind::Mark, 1);
+    EXPECT_EQ("", events());
+}
+
+TEST_F(ASpeakerWithoutMarkup, LeavesItOut) {
+    start(kMarked);
+    EXPECT_EQ("abc", service.said[0].substr(0, 3));
+    tell(Kind::Started);
+    speaker.pause(now);
+    EXPECT_EQ(1, service.stops) << "there are no marks";
+}
+
+TEST_F(ASpeakerWithoutMarkup, SpellsWithBlanks) {
+    speaker.start({"ab", {}, true}, kPatience, now);
+    EXPECT_EQ("a b", service.said[0]);
+}
+
+TEST_F(ASpeakerThatAsks, AsksUnheardBeforeTheFirstMarkedUpMessage) {
+    start(kMarked);
+    ASSERT_EQ(1U, service.said.size());
+    EXPECT_EQ("<speak><mark name=\"a\"/></speak>", service.said[0]);
+    EXPECT_TRUE(service.styles[0].isMute);
+    tell(Kind::Started);
+    tell(Kind::Mark, 1);
+    tell(Kind::Finished);
+    EXPECT_EQ("", events());
+    ASSERT_EQ(2U, service.said.size());
+    EXPECT_EQ(kMarked, service.said[1]);
+    tell(Kind::Finished);
+    start(kMarked);
+    EXPECT_EQ(3U, service.said.size()) << "asked once";
+    EXPECT_EQ(kMarked, service.said[2]);
+}
+
+TEST_F(ASpeakerThatAsks, LeavesOutTheMarkupWhereAWordComesInPlaceOfTheMark) {
+    start(kMarked);
+    tell(Kind::Word);
+    EXPECT_EQ(1, service.stops);
+    tell(Kind::Word);
+    EXPECT_EQ(1, service.stops);
+    EXPECT_EQ(1U, service.said.size()) << "what is said before the end would be stopped too";
+    tell(Kind::Stopped);
+    ASSERT_EQ(2U, service.said.size());
+    EXPECT_EQ("abc", service.said[1].substr(0, 3));
+}
+
+TEST_F(ASpeakerThatAsks, LeavesOutTheMarkupWhereNoMarkComes) {
+    start(kMarked);
+    tell(Kind::Finished);
+    ASSERT_EQ(2U, service.said.size());
+    EXPECT_EQ("abc", service.said[1].substr(0, 3));
+}
+
+TEST_F(ASpeakerThatAsks, AsksAgainWhereTheQuestionWasCut) {
+    start(kMarked);
+    tell(Kind::Stopped);
+    ASSERT_EQ(2U, service.said.size());
+    EXPECT_EQ("abc", service.said[1].substr(0, 3)) << "this one is not held up any more";
+    tell(Kind::Finished);
+    start(kMarked);
+    ASSERT_EQ(3U, service.said.size());
+    EXPECT_TRUE(service.styles[2].isMute);
+}
+
+TEST_F(ASpeakerThatAsks, AsksEachServiceAnew) {
+    start(kMarked);
+    tell(Kind::Mark, 1);
+    tell(Kind::Finished);
+    tell(Kind::Finished);
+    tellOf(0, Kind::Connected);
+    start(kMarked);
+    ASSERT_EQ(3U, service.said.size());
+    EXPECT_TRUE(service.styles[2].isMute);
+}
+
+TEST_F(ASpeakerThatAsks, AsksNothingForPlainText) {
+    start("a");
+    EXPECT_EQ(std::vector<std::string>{"a"}, service.said);
+}
+
+TEST_F(ASpeakerThatAsks, StopsAMessageThatWaitsForTheAnswer) {
+    start(kMarked);
+    speaker.stop(now);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    start("<speak>new</speak>");
+    EXPECT_EQ(1U, service.said.size()) << "still asking";
+    tellOf(1, Kind::Mark, 1);
+    tellOf(1, Kind::Finished);
+    ASSERT_EQ(2U, service.said.size());
+    EXPECT_EQ("<speak>new</speak>", service.said[1]);
+}
+
+TEST_F(ASpeakerThatAsks, GivesUpAServiceThatDoesNotAnswerTheQuestion) {
+    start(kMarked);
+    service.answering = false;
+    wait(kPatience + std::chrono::milliseconds(500));
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+}  // namespace
