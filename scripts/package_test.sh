@@ -13,7 +13,7 @@ source "$here/lib.sh"
 NOBODY=65534
 work=/tmp/package-test
 all=(libvoxtrel-client1 libvoxtrel-platform1 libvoxtrel-client-dev libvoxtrel1 libvoxtrel-dev
-    python3-voxtrel voxtrel)
+    python3-voxtrel voxtrel speech-dispatcher-voxtrel)
 log=$(mktemp)
 trap 'rm -f "$log"; rm -rf "$root$work"' EXIT
 
@@ -102,12 +102,19 @@ is_documented() {
     [ -f "$root/usr/share/bash-completion/completions/voxtrelctl" ]
 }
 
+module_begins() {
+    printf 'INIT\nQUIT\n' |
+        as_user /usr/lib/speech-dispatcher-modules/sd_voxtrel /etc/speech-dispatcher/modules/voxtrel.conf |
+        grep -A 1 -Fx "299 OK LOADED SUCCESSFULLY" | grep -Fx "210 OK QUIT"
+}
+
 install_and_speak() {
     check "the packages install" install_from old "${all[@]}"
     check "no file is in two packages" no_file_twice
     check "programs depend on the library's interface" dependants_need_the_interface_only
     check "man pages, completion, copyright and changelogs are there" is_documented
     check "an ordinary user speaks" speaks
+    check "speech-dispatcher's module begins and ends" module_begins
     check "root speaks" in_root "$work/with_service.sh" /usr/bin voxtrelctl say --wait "Hello."
 }
 
@@ -218,6 +225,8 @@ cp "$packages"/*.deb "$root$work/old"
 cp "$newer"/*.deb "$root$work/new"
 say_step "packages"
 check "apt knows its sources" apt update
+# Its user stays when it is purged, so it is there before and after.
+check "speech-dispatcher installs" apt --no-install-recommends install speech-dispatcher
 state_of_root >"$root$work/before"
 install_and_speak
 say_step "upgrade and purge"
