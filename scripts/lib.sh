@@ -16,7 +16,7 @@ declare -A PACKAGES=(
                libcli11-dev libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev
                python3"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
-    [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind"
+    [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind speech-dispatcher libspeechd-dev"
     [coverage]="gcovr"
     [lint]="clang-format-14 clang-tidy-14"
     [terminal]="tmux"

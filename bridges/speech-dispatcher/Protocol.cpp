@@ -20,7 +20,7 @@ std::string takeWord(std::string& text, const char* separators) {
     return word;
 }
 
-std::string valueOrNothing(std::string value) {
+std::string valueOrNothing(const std::string& value) {
     return value == "NULL" || value == "none" ? "" : value;
 }
 
