@@ -6,6 +6,6 @@ source scripts/lib.sh
 scripts/format_check.sh
 cmake --preset asan >/dev/null
 git ls-files 'vocabulary/*.cpp' 'ipc/*.cpp' 'profile/*.cpp' 'client/*.cpp' 'platform/*.cpp' \
-    'service/*.cpp' 'tools/*.cpp' 'bridges/*.cpp' |
+    'service/*.cpp' 'tools/*.cpp' 'voxtrel/*.cpp' 'bridges/*.cpp' |
     xargs -r -P "$(jobs_here)" -n 4 clang-tidy-14 --quiet -p build/asan
 say "clang-tidy: clean"
