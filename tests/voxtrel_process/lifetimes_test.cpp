@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <future>
 #include <memory>
@@ -236,6 +237,23 @@ TEST(TheEndOfAClient, IsNotMixedUpWithTheBeginningOfTheNext) {
         EXPECT_FALSE(one.outcome().isPending());
         EXPECT_TRUE(second.isConnected() || second.waitUntilConnected(kLimit));
     }
+}
+
+TEST(AClient, LeavesTheSignalsOfItsProcessToTheThreadThatWaitsForThem) {
+    Machine machine;
+    machine.startService();
+    Client client;
+    ASSERT_TRUE(client.waitUntilConnected(kLimit));
+    ASSERT_EQ(inWords(client.say("Hello.").wait(kLimit)), "finished");
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &signals, nullptr), 0);
+    // Another thread that took it would end the process.
+    ASSERT_EQ(kill(getpid(), SIGUSR1), 0);
+    int came = 0;
+    EXPECT_EQ(sigwait(&signals, &came), 0);
+    EXPECT_EQ(came, SIGUSR1);
 }
 
 TEST(TheEndOfAClient, MayComeInItsOwnHandler) {

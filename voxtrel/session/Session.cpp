@@ -73,42 +73,31 @@ Session::~Session() = default;
 
 void Session::join(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> lock(mMutex);
+    mClients.push_back(client);
     mIsEnding = false;
     try {
-        start(mLinker, &Session::link);
-        start(mSender, &Session::send);
+        mLinker.startWithoutSignals([self = shared_from_this()] { self->link(); });
+        mSender.startWithoutSignals([self = shared_from_this()] { self->send(); });
     } catch (...) {
+        mClients.pop_back();
         mIsEnding = mClients.empty();
+        mToSend.notify_all();
         mToLink.notify_all();
         throw;
     }
-    mClients.push_back(client);
     mToSend.notify_all();
     mToLink.notify_all();
 }
 
-void Session::start(Worker& worker, void (Session::*loop)()) {
-    if (worker.isRunning) {
-        return;
-    }
-    if (worker.handle.joinable()) {
-        worker.handle.detach();  // past its loop, after an end that somebody still waits for
-    }
-    worker.handle = std::thread([self = shared_from_this(), loop] { (self.get()->*loop)(); });
-    worker.id = worker.handle.get_id();
-    worker.isRunning = true;
-}
-
 /// The last that a thread does under the lock.
 void Session::finish(Worker& worker) {
-    worker.isRunning = false;
-    worker.id = {};
+    worker.finish();
     mChanged.notify_all();
 }
 
 void Session::startHandling() {
     const std::lock_guard<std::mutex> lock(mMutex);
-    start(mHandler, &Session::handle);
+    mHandler.start([self = shared_from_this()] { self->handle(); });
 }
 
 void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point deadline) {
@@ -123,8 +112,8 @@ void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point de
 
 /// No thread of the session runs but the caller's.
 bool Session::isAlone() const {
-    const bool isHandler = mHandler.id == std::this_thread::get_id();
-    return !mLinker.isRunning && !mSender.isRunning && (!mHandler.isRunning || isHandler);
+    return !mLinker.isRunning() && !mSender.isRunning() &&
+           (!mHandler.isRunning() || mHandler.isHere());
 }
 
 void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline) {
@@ -142,21 +131,13 @@ void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline
     if (isOverruled()) {
         return;  // a new client has joined, and goes on with the threads
     }
-    std::vector<std::thread> ended;
-    for (Worker* worker : {&mLinker, &mSender, &mHandler}) {
-        if (!worker->handle.joinable()) {
-            continue;
-        }
-        // A thread that the runtime keeps ends by itself when the service answers or dies.
-        if (worker->isRunning) {
-            worker->handle.detach();
-        } else {
-            ended.push_back(std::move(worker->handle));
-        }
-    }
+    // A thread that the runtime keeps ends by itself when the service answers or dies.
+    std::thread ended[] = {mLinker.release(), mSender.release(), mHandler.release()};
     lock.unlock();
     for (std::thread& thread : ended) {
-        thread.join();
+        if (thread.joinable()) {
+            thread.join();
+        }
     }
 }
 

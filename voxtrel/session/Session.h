@@ -9,7 +9,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
 
 #include "ipc/ITextToSpeechFestival.h"
@@ -19,6 +18,7 @@
 #include "voxtrel/session/Port.h"
 #include "voxtrel/session/SpeechQueue.h"
 #include "voxtrel/session/SpeechRules.h"
+#include "voxtrel/session/Worker.h"
 
 namespace voxtrel {
 
@@ -110,18 +110,10 @@ private:
     enum class Answer { None, Yes, Refused, Locked, Gone };
     using Fences = std::map<std::uint32_t, Answer>;
 
-    /// A thread of the session's. The handle is let go of while the runtime keeps the thread.
-    struct Worker {
-        std::thread handle;
-        std::thread::id id;
-        bool isRunning = false;
-    };
-
     /// What the linker is in, which may take for ever.
     enum class Stage { Searching, Registering, Loading };
 
     void join(const std::shared_ptr<Mailbox>& client);
-    void start(Worker& worker, void (Session::*loop)());
     void finish(Worker& worker);
     bool isAlone() const;
 

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <filesystem>
 #include <functional>
 #include <new>
 
+#include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
 #include "tests/voxtrel/c/program.h"
 
@@ -43,6 +45,11 @@ void operator delete(void* memory, std::size_t) noexcept {
 }
 
 namespace {
+
+std::ptrdiff_t threads() {
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+}
 
 /// Makes a client where no service can be found.
 class WhereMemoryRunsOut : public ::testing::Test {
@@ -102,6 +109,19 @@ TEST_F(WhereMemoryRunsOut, NoClientIsMade) {
 TEST_F(WhereMemoryRunsOut, NoFirstClientIsMade) {
     EXPECT_EQ(VX_OK, vx_client_free(mClient));
     EXPECT_GT(failEach([&] { return vx_client_new("first", nullptr, &mClient); }), 0);
+}
+
+TEST_F(WhereMemoryRunsOut, EndsTheThreadOfAFirstClientWhoseOtherThreadCannotBegin) {
+    EXPECT_EQ(VX_OK, vx_client_free(mClient));
+    const std::ptrdiff_t before = threads();
+    EXPECT_GT(failEach([&] {
+                  const vx_status status = vx_client_new("first", nullptr, &mClient);
+                  allocationsLeft = -1;
+                  EXPECT_TRUE(status == VX_OK ||
+                              voxtrel_test::eventually([&] { return threads() <= before; }));
+                  return status;
+              }),
+              0);
 }
 
 TEST_F(WhereMemoryRunsOut, NothingIsSaid) {
