@@ -56,14 +56,15 @@ bool beginsName(char c) {
            (static_cast<std::uint8_t>(c) & 0x80U) != 0;
 }
 
-/// The length of a tag up to its ">", or 0 if this "<" begins none.
+/// The length of a tag up to its ">", or 0 if this "<" begins none. Neither a tag nor a quoted
+/// value holds another "<", for a service as well; so nothing is looked at twice.
 std::size_t tagLength(std::string_view text) {
     const std::size_t name = text.size() > 1 && text[1] == '/' ? 2 : 1;
     if (name >= text.size() || !beginsName(text[name])) {
         return 0;
     }
     char quote = '\0';
-    for (std::size_t at = name; at < text.size(); ++at) {
+    for (std::size_t at = name; at < text.size() && text[at] != '<'; ++at) {
         const char c = text[at];
         if (quote != '\0') {
             quote = c == quote ? '\0' : quote;
@@ -138,8 +139,9 @@ Token takeToken(std::string_view& rest) {
 }
 
 std::string_view nameOf(std::string_view tag) {
-    const std::size_t begin = tag[1] == '/' ? 2 : 1;
-    return tag.substr(begin, tag.find_first_of(" \t\r\n/>", begin) - begin);
+    tag.remove_prefix(tag[1] == '/' ? 2 : 1);
+    tag.remove_suffix(tag[tag.size() - 2] == '/' ? 2 : 1);
+    return tag.substr(0, tag.find_first_of(kBlanks));
 }
 
 /// A value as it is meant: references are their characters, line ends are blanks.

@@ -46,13 +46,25 @@ TEST(Marks, HaveNamesOnOneLine) {
     EXPECT_EQ((Names{"a&<\" b"}), markNames("<mark name='a&amp;&#60;&quot;\nb'/>"));
 }
 
-TEST(Marks, OfAnyBrokenTextAreFoundInTime) {
+TEST(Marks, AreCountedInBrokenTextsAsServicesDo) {
     EXPECT_EQ((Names{}), markNames("<mark name='a"));
     EXPECT_EQ((Names{}), markNames("<mark name="));
     EXPECT_EQ((Names{""}), markNames("<mark name=>"));
     EXPECT_EQ((Names{""}), markNames("<mark name>"));
     EXPECT_EQ((Names{}), markNames("<"));
     EXPECT_EQ((Names{}), markNames("</>&"));
+    EXPECT_EQ((Names{"b"}), markNames("<p title='1<2'><mark name='a<b'/><mark name='b'/></p>"));
+    EXPECT_EQ((Names{"b"}), markNames("<p title='<mark name='b'/></p>"));
+    EXPECT_EQ((Names{"b"}), markNames("<mark/ name='a'><mark name='b'></mark>"));
+}
+
+TEST(Marks, OfATextFullOfBrokenTagsAreFoundInTime) {
+    std::string text = "<speak>";
+    while (text.size() < 1'000'000) {
+        text += "<a";
+    }
+    EXPECT_EQ((Names{}), markNames(text));
+    EXPECT_EQ((Names{"b"}), markNames(text + "<mark name='b'/>"));
 }
 
 TEST(TheTextOfAMarkedUpText, IsWhatIsHeard) {
