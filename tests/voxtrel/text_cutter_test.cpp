@@ -49,6 +49,24 @@ TEST(ALongWord, IsCutBetweenCharacters) {
     }
 }
 
+TEST(AMarkedUpText, BeginsWithTheTagSpeak) {
+    for (const char* text : {"<speak>", "<speak xml:lang='fr'>", "<speak/>", "<speak\n>"}) {
+        EXPECT_TRUE(isMarkedUp(text)) << text;
+    }
+    for (const char* text : {"", "speak", "<speak", "<speaker>", " <speak>", "<s>"}) {
+        EXPECT_FALSE(isMarkedUp(text)) << text;
+    }
+}
+
+TEST(ALongText, IsNotCutWhereTheRestWouldBeTakenForMarkedUp) {
+    const std::string tag = "<speak>" + std::string(kPieceBytes, 'x');
+    EXPECT_EQ(5U, nextPiece("One. Two. " + tag));
+    EXPECT_EQ(4U, nextPiece("One\nTwo\n" + tag));
+    EXPECT_EQ(4U, nextPiece("One two " + tag));
+    EXPECT_EQ(kPieceBytes, nextPiece(" " + tag));
+    EXPECT_EQ(kPieceBytes - 1, nextPiece(std::string(kPieceBytes, 'a') + tag));
+}
+
 TEST(ATextInPieces, IsWholeAgainWhenTheyArePutTogether) {
     std::string text;
     for (int line = 0; line < 500; ++line) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "voxtrel/Speech.h"
+#include "voxtrel/session/TextCutter.h"
 #include "voxtrel/session/UtteranceState.h"
 
 namespace voxtrel {
@@ -34,7 +35,7 @@ struct Speech {
     Outcome::Stopper stopper = Outcome::Stopper::Somebody;  ///< who a flush is put down to
 
     bool isWhole() const { return isStopped || sent.bytes == text.size(); }
-    bool isMarkedUp() const { return text.rfind("<speak", 0) == 0; }
+    bool isMarkedUp() const { return voxtrel::isMarkedUp(text); }
     OnLoss onLoss() const { return options.onLoss.value_or(OnLoss::Report); }
 };
 

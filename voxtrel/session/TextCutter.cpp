@@ -18,6 +18,8 @@ bool endsSentence(char byte) {
     return byte == '.' || byte == '!' || byte == '?' || byte == ';';
 }
 
+constexpr std::string_view kMarkup = "<speak";
+
 /// A form of UTF-8: first byte from `low` to `high`, then `more` bytes, of which the second is
 /// limited by what is neither a surrogate, too long a form nor too large.
 struct Form {
@@ -59,6 +61,12 @@ std::size_t lengthOfFirst(std::string_view text) {
 
 }  // namespace
 
+bool isMarkedUp(std::string_view text) {
+    constexpr std::string_view kEndsOfName = " \t\r\n/>";
+    return text.size() > kMarkup.size() && text.substr(0, kMarkup.size()) == kMarkup &&
+           kEndsOfName.find(text[kMarkup.size()]) != std::string_view::npos;
+}
+
 std::size_t nextPiece(std::string_view text) {
     if (text.size() <= kPieceBytes) {
         return text.size();
@@ -67,7 +75,7 @@ std::size_t nextPiece(std::string_view text) {
     std::size_t line = 0;
     std::size_t word = 0;
     for (std::size_t end = 1; end <= kPieceBytes; ++end) {
-        if (!isBlank(text[end - 1])) {
+        if (!isBlank(text[end - 1]) || isMarkedUp(text.substr(end))) {
             continue;
         }
         word = end;
@@ -80,7 +88,7 @@ std::size_t nextPiece(std::string_view text) {
         }
     }
     std::size_t end = kPieceBytes;
-    while (end > 1 && continues(text[end])) {
+    while (end > 1 && (continues(text[end]) || isMarkedUp(text.substr(end)))) {
         --end;
     }
     return end;

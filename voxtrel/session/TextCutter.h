@@ -13,8 +13,12 @@ namespace voxtrel {
 /// The largest piece in which a text is sent: a minute of speech, after which others have a turn.
 constexpr std::size_t kPieceBytes = 1024;
 
-/// How many bytes of `text`, which is UTF-8, go in the next piece: all of it if it fits, else up to
-/// the end of a sentence, a line, a word or at least a character. 0 only for an empty text.
+/// A service may take it for marked up: it begins with the tag "<speak".
+bool isMarkedUp(std::string_view text);
+
+/// How many bytes of `text`, which is UTF-8 and not marked up, go in the next piece: all of it if
+/// it fits, else up to the end of a sentence, a line, a word or at least a character, such that the
+/// rest is not marked up either. 0 only for an empty text.
 std::size_t nextPiece(std::string_view text);
 
 /// Counts code points: the bytes that begin one.
