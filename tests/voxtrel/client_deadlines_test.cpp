@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // A service that does not answer.
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -116,6 +117,23 @@ TEST_F(AFrozenService, StopsWhatItHasNotGotAtOnceAndTheRestLater) {
         EXPECT_FALSE(utterance.wait(kLong).isPending());
     }
     EXPECT_EQ("finished", textOf(after.wait(kLong)));
+}
+
+TEST_F(AFrozenService, IsAskedOnceToStopHoweverOftenAClientWantsIt) {
+    Notes notes;
+    Client client("test", options());
+    client.onEvent(notes.taker());
+    const Utterance held = speakAndHold(client, notes);
+    service.freeze();
+    for (int n = 0; n < 1000; ++n) {
+        client.stop();
+    }
+    service.thaw();
+    EXPECT_EQ("stopped by client", textOf(held.wait(kLong)));
+    EXPECT_TRUE(client.settings(kLong)) << "it has got what came before";
+    const std::vector<std::string> requests = service.requests();
+    // The first may be on its way before the others are wanted.
+    EXPECT_GE(2, std::count(requests.begin(), requests.end(), "stop own"));
 }
 
 TEST_F(AFrozenService, ThatNeverRegistersTheClientIsSaidNotToAnswer) {

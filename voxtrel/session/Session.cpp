@@ -156,9 +156,7 @@ void Session::refuse(const std::shared_ptr<Speech>& speech, Status status) {
 
 void Session::stop(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    if (mSpeech.stop(*client)) {
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
-    }
+    mSpeech.stop(*client);
     mToSend.notify_one();
 }
 

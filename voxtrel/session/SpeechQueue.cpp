@@ -345,13 +345,12 @@ void SpeechQueue::end(const std::shared_ptr<Speech>& speech, const Outcome& outc
     mTell(*speech->client, std::move(event));
 }
 
-bool SpeechQueue::stop(const Mailbox& client) {
-    bool isOnItsWay = false;
+void SpeechQueue::stop(const Mailbox& client) {
     for (Sent& sent : mWay) {
         if (sent.speech != nullptr && sent.speech->client.get() == &client) {
             sent.speech->stopper = Outcome::Stopper::ThisClient;
             sent.speech->isStopped = true;
-            isOnItsWay = true;
+            mOwesFlush = true;
         }
     }
     if (mBegun != nullptr && mBegun->client.get() == &client) {
@@ -372,7 +371,6 @@ bool SpeechQueue::stop(const Mailbox& client) {
     for (const auto& speech : dropped) {
         end(speech, {Kind::Stopped, Status::Ok, speech->heard, Outcome::Stopper::ThisClient});
     }
-    return isOnItsWay;
 }
 
 void SpeechQueue::blame(const Mailbox& by) {

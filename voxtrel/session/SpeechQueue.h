@@ -71,9 +71,8 @@ public:
     void onEvent(std::uint32_t event, std::uint32_t number, std::uint32_t third,
                  Clock::time_point now);
 
-    /// Drops what `client` said and has not been sent, and notes that it wanted the rest stopped.
-    /// @return the service has something of it, and must be asked to drop it.
-    bool stop(const Mailbox& client);
+    /// Drops what `client` said and has not been sent; `takeFlush` asks for the rest to be dropped.
+    void stop(const Mailbox& client);
 
     /// Notes that a client is about to silence everybody.
     void blame(const Mailbox& by);
