@@ -140,7 +140,7 @@ int Client::fd() const noexcept {
 
 std::size_t Client::dispatch(std::size_t max) {
     const std::shared_ptr<Mailbox> mailbox = mState->mailbox;  // a handler may destroy this client
-    return mailbox->dispatch(max);
+    return mailbox->isPolled() ? mailbox->dispatch(max) : 0;
 }
 
 bool Client::isConnected() const noexcept {

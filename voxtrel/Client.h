@@ -134,7 +134,8 @@ public:
 
     /// Calls the handler for all that has happened, on this thread; or for the first `max` of it,
     /// after which `fd` is still readable if there is more.
-    /// @return how many events there were; 0 inside a handler.
+    /// @return how many events there were; 0 inside a handler, and where the library's thread calls
+    /// the handler.
     std::size_t dispatch(std::size_t max = std::numeric_limits<std::size_t>::max());
 
     bool isConnected() const noexcept;

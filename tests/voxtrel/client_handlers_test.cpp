@@ -194,6 +194,32 @@ TEST_F(ClientTest, AHandlerThatStaysDoesNotHoldUpSpeech) {
     mayGo.set_value();
 }
 
+TEST_F(ClientTest, WhatTheThreadOfTheLibraryHandlesIsNotHandledElsewhere) {
+    Client client("test", options());
+    Client other("other", options());
+    std::atomic<bool> isHandledHere{false};
+    Notes notes;
+    client.onEvent([&, here = std::this_thread::get_id()](const Event& event) {
+        isHandledHere = isHandledHere || std::this_thread::get_id() == here;
+        notes.take(event);
+    });
+    std::promise<void> isInside;
+    std::promise<void> mayGo;
+    other.onEvent([&](const Event& event) {
+        if (event.kind == Kind::Started) {
+            isInside.set_value();
+            mayGo.get_future().wait();
+        }
+    });
+    other.say("One.");
+    isInside.get_future().wait();
+    EXPECT_TRUE(client.say("Two.").wait(kLong));
+    EXPECT_EQ(0U, client.dispatch());
+    mayGo.set_value();
+    EXPECT_TRUE(notes.waitFor(Kind::Ended));
+    EXPECT_FALSE(isHandledHere);
+}
+
 TEST_F(ClientTest, TheDescriptorIsReadableWhileThereIsSomethingToDispatch) {
     Notes notes;
     Client client("test", polled());
