@@ -92,7 +92,8 @@ public:
     explicit Client(std::string name = {}, ClientOptions options = {});
 
     /// Utterances without an outcome get one: Lost, `Status::Closed`. What the service already has
-    /// is spoken all the same.
+    /// is spoken all the same. Waits for the service for `linger` at most, and then, if this is the
+    /// last client of the process, for `deadline` to leave it.
     ~Client();
     Client(Client&&) noexcept;
     Client& operator=(Client&&) noexcept;

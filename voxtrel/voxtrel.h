@@ -183,7 +183,8 @@ vx_status vx_client_options_set_deadline(vx_client_options* options, int millise
 
 /*
  * How long vx_client_free may wait until the service has what was said; from 0. Not waited for are
- * the end of the speech, and a service that is not there.
+ * the end of the speech, and a service that is not there. The last client of the process then
+ * waits for its deadline at most to leave the service.
  */
 vx_status vx_client_options_set_linger(vx_client_options* options, int milliseconds);
 vx_status vx_client_options_set_handler_thread(vx_client_options* options, int thread);
