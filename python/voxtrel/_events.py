@@ -52,7 +52,8 @@ def _on(loop: Loop, function: Callable[[], None]) -> None:
 class Events:
     """What happens to a client: `async for event in client.events()`.
 
-    Begins with the last 256 events until then that nobody has heard. Ends with the client. A loop that reads slowly misses words, and nothing else.
+    Begins with the last 256 events until then that nobody has heard. Ends with the client. A loop
+    that reads slowly misses words, and nothing else.
 
     Called on: the event loop on which it was made.
     """
@@ -232,12 +233,20 @@ class Hub:
         if not outcome.is_pending:
             return outcome
         loop = asyncio.get_running_loop()
+        try:
+            await self._end_of(utterance, loop)
+        except Closed:
+            pass
+        outcome = utterance.outcome
+        if outcome.is_pending:  # until the client, which is closed, has lingered on another thread
+            outcome = await loop.run_in_executor(None, utterance.wait)
+        return outcome
+
+    async def _end_of(self, utterance: Utterance, loop: Loop) -> None:
+        """Waits until the utterance has an outcome, or the client is closed."""
         ended = asyncio.Event()
         wake = partial(_on, loop, ended.set)
-        try:
-            self.join(loop)
-        except Closed:
-            return utterance.outcome
+        self.join(loop)
         self._add_waiter(utterance.number, wake)
         try:
             # An outcome comes before its event.
@@ -246,7 +255,6 @@ class Hub:
         finally:
             self._remove_waiter(utterance.number, wake)
             self.leave(loop)
-        return utterance.outcome
 
     def _add_waiter(self, number: int, wake: Callable[[], None]) -> None:
         with self._mutex:

@@ -218,6 +218,21 @@ def test_events_need_a_running_loop(faked: voxtrel.Client) -> None:
         faked.events()
 
 
+def test_an_utterance_of_a_client_that_lingers_is_awaited(fake: FakeService) -> None:
+    client = voxtrel.Client("test", fake=fake, linger=LONG)
+    client.wait_until_connected()
+    fake.freeze()
+
+    async def work() -> voxtrel.Outcome:
+        utterance = client.say("a")
+        threading.Thread(target=client.close).start()
+        eventually(lambda: client.is_closed, "the begin of the end")
+        asyncio.get_running_loop().call_later(0.01, fake.thaw)
+        return await utterance
+
+    assert run(work()).kind is not OutcomeKind.PENDING
+
+
 def test_a_client_closed_on_another_thread_ends_its_waits(fake: FakeService) -> None:
     client = voxtrel.Client("test", fake=fake)
     fake.hold()
