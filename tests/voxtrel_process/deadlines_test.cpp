@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "tests/support/Eventually.h"
 #include "tests/voxtrel_process/Calls.h"
 #include "tests/voxtrel_process/Machine.h"
 #include "tests/voxtrel_process/Recorder.h"
@@ -139,6 +140,22 @@ TEST_P(ACall, EndsWhileTheServiceLoadsItsVoices) {
     const Error error = make(client, kLongEnough);
     EXPECT_EQ(error.status, Status::NoService);
     EXPECT_NE(error.message.find("is loading its voices"), std::string::npos) << error.message;
+}
+
+TEST(AServiceThatIsStoppedWhileItLoadsItsVoices, IsSaidNotToAnswer) {
+    Machine machine;
+    machine.startOther({VOXTREL_MUTE_SERVICE});
+    Client client;
+    const auto says = [&client](const char* what) {
+        return std::string(client.features(Milliseconds(100)).message()).find(what) !=
+               std::string::npos;
+    };
+    EXPECT_TRUE(eventually([&] { return says("is loading its voices"); }));
+    machine.stopService();
+    EXPECT_TRUE(eventually([&] { return says("the service does not answer"); }));
+    EXPECT_EQ(client.settings(kDeadline).status(), Status::Unresponsive);
+    machine.continueService();
+    EXPECT_TRUE(eventually([&] { return says("is loading its voices"); }));
 }
 
 INSTANTIATE_TEST_SUITE_P(OfTheClient, ACall, ::testing::ValuesIn(waitingCalls()),

@@ -118,6 +118,7 @@ bool Session::awaitReady(std::uint64_t life, Service& service, TTS::Capabilities
                 return false;
             }
         }
+        enter(Stage::AskingAgain);
         (void)service.getCapabilities(capabilities);
     }
     return true;
@@ -173,17 +174,19 @@ void Session::onDeath(std::uint64_t life) {
 
 /// Why there is no connection, in the words of what it waits for.
 Error Session::unavailable() const {
-    if (mStage == Stage::Loading) {
+    const bool isLoading = mStage == Stage::Loading || mStage == Stage::AskingAgain;
+    const bool isPrompt = mStage == Stage::Loading || Clock::now() < mStageBegun + kPrompt;
+    if (isPrompt && isLoading) {
         return {Status::NoService, "the service is loading its voices: wait a little longer"};
     }
-    if (Clock::now() < mStageBegun + kPrompt) {
+    if (isPrompt) {
         return mWhyNot;
     }
-    if (mStage == Stage::Registering) {
-        return {Status::Unresponsive, "the service does not answer: it may be stopped"};
+    if (mStage == Stage::Searching) {
+        return {Status::Unresponsive,
+                "the service manager does not answer: it may be stopped, or not be there"};
     }
-    return {Status::Unresponsive,
-            "the service manager does not answer: it may be stopped, or not be there"};
+    return {Status::Unresponsive, "the service does not answer: it may be stopped"};
 }
 
 }  // namespace voxtrel

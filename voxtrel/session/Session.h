@@ -110,8 +110,9 @@ private:
     enum class Answer { None, Yes, Refused, Locked, Gone };
     using Fences = std::map<std::uint32_t, Answer>;
 
-    /// What the linker is in, which may take for ever.
-    enum class Stage { Searching, Registering, Loading };
+    /// What the linker is in, which may take for ever; but for `Loading`, a short wait before it
+    /// asks again whether the service has its voices.
+    enum class Stage { Searching, Registering, Loading, AskingAgain };
 
     void join(const std::shared_ptr<Mailbox>& client);
     void finish(Worker& worker);
