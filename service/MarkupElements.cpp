@@ -8,23 +8,6 @@
 namespace voxtreld {
 namespace {
 
-struct NamedElement {
-    std::string_view name;
-    MarkupElement element;
-};
-
-constexpr NamedElement kElements[] = {
-    {"speak", MarkupElement::Sentence},  {"voice", MarkupElement::Voice},
-    {"lang", MarkupElement::Voice},      {"p", MarkupElement::Sentence},
-    {"s", MarkupElement::Sentence},      {"prosody", MarkupElement::Engine},
-    {"emphasis", MarkupElement::Engine}, {"say-as", MarkupElement::Engine},
-    {"sub", MarkupElement::Substitute},  {"metadata", MarkupElement::Silent},
-    {"desc", MarkupElement::Silent},     {"mark", MarkupElement::Mark},
-    {"break", MarkupElement::Break},
-};
-
-constexpr std::string_view kEngineAttributes[] = {"rate", "pitch", "range", "volume", "level"};
-
 struct SpokenAs {
     std::string_view written;
     std::string_view forEngine;
@@ -81,7 +64,7 @@ uint32_t strengthMs(std::string_view name) {
 }  // namespace
 
 MarkupElement elementOf(std::string_view name) {
-    for (const NamedElement& known : kElements) {
+    for (const NamedMarkupElement& known : kMarkupElements) {
         if (known.name == name) {
             return known.element;
         }
@@ -113,7 +96,7 @@ uint32_t breakMs(const MarkupTag& tag, uint32_t most) {
     const auto [at, error] = std::from_chars(time.data(), end, value, std::chars_format::fixed);
     const std::string_view unit(at, static_cast<size_t>(end - at));
     if (error != std::errc() || !(value >= 0) || (unit != "s" && unit != "ms")) {
-        return strengthMs(attributeOf(tag, "strength"));
+        return std::min(strengthMs(attributeOf(tag, "strength")), most);
     }
     const double milliseconds = unit == "s" ? value * 1000 : value;
     return static_cast<uint32_t>(std::lround(std::min(milliseconds, static_cast<double>(most))));

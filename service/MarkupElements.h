@@ -22,13 +22,33 @@ enum class MarkupElement {
     Break,
 };
 
+struct NamedMarkupElement {
+    std::string_view name;
+    MarkupElement element;
+};
+
+/// All that are known.
+inline constexpr NamedMarkupElement kMarkupElements[] = {
+    {"speak", MarkupElement::Sentence},  {"voice", MarkupElement::Voice},
+    {"lang", MarkupElement::Voice},      {"p", MarkupElement::Sentence},
+    {"s", MarkupElement::Sentence},      {"prosody", MarkupElement::Engine},
+    {"emphasis", MarkupElement::Engine}, {"say-as", MarkupElement::Engine},
+    {"sub", MarkupElement::Substitute},  {"metadata", MarkupElement::Silent},
+    {"desc", MarkupElement::Silent},     {"mark", MarkupElement::Mark},
+    {"break", MarkupElement::Break},
+};
+
+/// Attributes that the engine gets as they are, of the elements that are left to it.
+inline constexpr std::string_view kEngineAttributes[] = {"rate", "pitch", "range", "volume",
+                                                         "level"};
+
 MarkupElement elementOf(std::string_view name);
 
 /// The opening tag of an element that is left to the engine, with those of its attributes that an
 /// engine knows and can be trusted with.
 std::string engineTag(const MarkupTag& tag);
 
-/// The silence that a break asks for; any number of milliseconds above `most` is `most`.
+/// The silence that a break asks for, but no more than `most` milliseconds.
 uint32_t breakMs(const MarkupTag& tag, uint32_t most);
 
 }  // namespace voxtreld

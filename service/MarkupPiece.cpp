@@ -25,6 +25,15 @@ std::string escaped(char c) {
 
 }  // namespace
 
+size_t MarkupPiece::fitting(std::string_view text, size_t room) {
+    size_t bytes = 0;
+    size_t written = 0;
+    while (bytes < text.size() && (written += escaped(text[bytes]).size()) <= room) {
+        ++bytes;
+    }
+    return bytes;
+}
+
 void MarkupPiece::addText(std::string_view text, size_t sent) {
     size_t begin = 0;
     while (begin < text.size()) {

@@ -27,6 +27,10 @@ public:
     Prosody prosody;       ///< of the document
     uint32_t pauseMs = 0;  ///< of silence that follow it
 
+    /// How many bytes of the text, at least a fifth of `room`, take no more than `room` in a
+    /// document.
+    static size_t fitting(std::string_view text, size_t room);
+
     /// Appends text as it stands in the sent text from `sent` on.
     void addText(std::string_view text, size_t sent);
 

@@ -127,10 +127,10 @@ bool MarkupReader::takeToken(MarkupPiece& piece) {
 bool MarkupReader::takeText(MarkupPiece& piece) {
     const size_t used = piece.document().size();
     if (!isSilent()) {
-        std::string_view text = mToken.text;
+        std::string_view text = mToken.text.substr(0, kPieceBytes);  // more is not looked at
         text = text.substr(0, used >= kEnoughBytes ? sentenceLength(text) : text.size());
         const size_t room = used < kPieceBytes - kLeastRoom ? kPieceBytes - used : kLeastRoom;
-        text = text.substr(0, pieceLength(text, room));
+        text = text.substr(0, pieceLength(text, MarkupPiece::fitting(text, room)));
         piece.addText(text, mTextAt);
         mTextAt += characterCount(text);
         mToken.text.remove_prefix(text.size());

@@ -159,9 +159,14 @@ std::string_view attributeOf(const MarkupTag& tag, std::string_view name) {
 }
 
 std::string referencedCharacter(std::string_view text, size_t& length) {
-    constexpr size_t kLongest = 12;
-    const size_t end = text.substr(0, kLongest).find(';');
-    if (text.empty() || text.front() != '&' || end == std::string_view::npos || end < 2) {
+    if (text.empty() || text.front() != '&') {
+        return "";
+    }
+    // Up to the first that is no part of one: what follows another "&" is not looked at twice.
+    const auto isPart = [](char c) { return c == '#' || isNameStart(c) || (c >= '0' && c <= '9'); };
+    const auto last = std::find_if_not(text.begin() + 1, text.end(), isPart);
+    const auto end = static_cast<size_t>(last - text.begin());
+    if (last == text.end() || *last != ';' || end < 2) {
         return "";
     }
     const std::string_view reference = text.substr(1, end - 1);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <ostream>
 #include <tuple>
 
@@ -162,15 +163,18 @@ TEST(ABreak, IsSilenceInMilliseconds) {
 }
 
 TEST(ABreak, IsOverWhenThoseOfTheTextAreTenMinutes) {
-    std::string text = "<speak>";
-    for (int n = 0; n < 1000; ++n) {
-        text += "<break time='9999999s'/>";
+    for (const char* each :
+         {"<break time='9999999s'/>", "<break/>", "<break strength='strong'/>"}) {
+        std::string text = "<speak>";
+        for (int n = 0; n < 3000; ++n) {
+            text += each;
+        }
+        uint64_t total = 0;
+        for (const MarkupPiece& piece : piecesOf(text)) {
+            total += piece.pauseMs;
+        }
+        EXPECT_EQ(600'000U, total) << each;
     }
-    uint64_t total = 0;
-    for (const MarkupPiece& piece : piecesOf(text)) {
-        total += piece.pauseMs;
-    }
-    EXPECT_EQ(600'000U, total);
 }
 
 /// Every character of the documents that stands in the text as well must be found there.
@@ -275,6 +279,7 @@ TEST(HostileMarkup, BecomesPiecesOfBoundedSize) {
         {"closing tags", "<speak>" + repeated("</prosody>", kMega / 10)},
         {"changing voices", "<speak>" + repeated("<lang xml:lang='fr'>x</lang>y", 20'000)},
         {"empty elements", "<speak>x" + repeated("<emphasis></emphasis>", 50'000)},
+        {"a section of ampersands", "<speak><![CDATA[" + repeated("&", kMega) + "]]>"},
     };
     for (const Hostile& each : kTexts) {
         MarkupReader reader(each.text, Prosody(), ScriptedEngine().voices());
@@ -285,6 +290,23 @@ TEST(HostileMarkup, BecomesPiecesOfBoundedSize) {
         }
         EXPECT_LE(marks, 10'000U) << each.what;
     }
+}
+
+double processorSeconds() {
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+TEST(HostileMarkup, IsReadInOnePassThoughItsTagsFillHalfOfEachPiece) {
+    std::string tag = "<prosody";
+    for (const char* name : {" rate", " pitch", " range", " volume", " level"}) {
+        tag += name + ("='" + std::string(24, 'a') + "'");
+    }
+    const std::string text = "<speak>" + repeated(tag + ">", 8) + repeated("word ", 1U << 19U);
+    const double begun = processorSeconds();
+    MarkupReader reader(text, Prosody(), ScriptedEngine().voices());
+    for (MarkupPiece piece; reader.next(piece);) {
+    }
+    EXPECT_LT(processorSeconds() - begun, 30) << "its rest was looked through for each piece";
 }
 
 TEST(HostileMarkup, IsNoDeeperThanAnEngineTakes) {

@@ -56,6 +56,7 @@ TEST(AMarkedUpText, ConsistsOfTextTagsAndReferences) {
         {"a&amp;b", {"text:a", "char:&", "text:b"}},
         {"&lt;&gt;&quot;&apos;", {"char:<", "char:>", "char:\"", "char:'"}},
         {"&#65;&#xE9;&#x1F600;", {"char:A", "char:\xC3\xA9", "char:\xF0\x9F\x98\x80"}},
+        {"&#00000000000000000065;&#x000000000041;", {"char:A", "char:A"}},
         {"a<!-- <p> -->b", {"text:a", "ignored", "text:b"}},
         {"<?xml version='1.0'?>a", {"ignored", "text:a"}},
         {"<!DOCTYPE speak>a", {"ignored", "text:a"}},
