@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-constexpr std::string_view kElements[] = {
-    "audio",  "break", "desc", "emphasis", "lang",  "lexicon", "lookup",
-    "mark",   "meta",  "p",    "metadata", "s",     "phoneme", "prosody",
-    "say-as", "speak", "sub",  "token",    "voice", "w",
-};
-
 constexpr std::string_view kEntities[] = {"amp", "lt", "gt", "quot", "apos"};
 
 template <typename Table>
@@ -126,19 +120,19 @@ bool SsmlChecker::checkReference(size_t end) {
 
 bool SsmlChecker::checkMarkup() {
     if (startsWith("<!--")) {
-        return skipTo("-->", "a comment");
+        return skipTo(4, "-->", "a comment");
     }
     if (startsWith("<?")) {
-        return skipTo("?>", "an instruction");
+        return skipTo(2, "?>", "an instruction");
     }
     if (startsWith("<![CDATA[") && !mOpen.empty()) {
-        return skipTo("]]>", "a CDATA section");
+        return skipTo(9, "]]>", "a CDATA section");
     }
     return startsWith("</") ? checkEndTag() : checkStartTag();
 }
 
-bool SsmlChecker::skipTo(std::string_view end, const char* what) {
-    const size_t found = mText.find(end, mAt + 2);
+bool SsmlChecker::skipTo(size_t begin, std::string_view end, const char* what) {
+    const size_t found = mText.find(end, mAt + begin);
     if (found == std::string_view::npos) {
         return fail(mAt, std::string(what) + " that does not end with " + std::string(end));
     }

@@ -18,6 +18,13 @@ namespace voxtrelctl {
 /// checked. Takes time proportional to the text. Called on: one thread at a time. Locks: none.
 class SsmlChecker {
 public:
+    /// Those of SSML 1.1.
+    static constexpr std::string_view kElements[] = {
+        "audio",  "break", "desc", "emphasis", "lang",  "lexicon", "lookup",
+        "mark",   "meta",  "p",    "metadata", "s",     "phoneme", "prosody",
+        "say-as", "speak", "sub",  "token",    "voice", "w",
+    };
+
     struct Mistake {
         size_t line;    ///< from 1
         size_t column;  ///< from 1, in UTF-8 characters
@@ -40,7 +47,7 @@ private:
     bool checkAttributes(bool& isEmpty);
     bool checkAttribute();
     bool checkValue();
-    bool skipTo(std::string_view end, const char* what);
+    bool skipTo(size_t begin, std::string_view end, const char* what);
     bool fail(size_t at, std::string what);
 
     bool startsWith(std::string_view prefix) const {

@@ -92,6 +92,8 @@ TEST(AMistake, IsNamedByItsPlace) {
         {"<speak>&#12a;</speak>", "1:8 &#12a; is not known"},
         {"<speak><sub alias='a & b'>c</sub></speak>", "1:22 a bare &, which is written &amp;"},
         {"<speak><!-- a</speak>", "1:8 a comment that does not end with -->"},
+        {"<speak><!--></speak>", "1:8 a comment that does not end with -->"},
+        {"<speak><!---></speak>", "1:8 a comment that does not end with -->"},
         {"<speak><![CDATA[a</speak>", "1:8 a CDATA section that does not end with ]]>"},
         {"<speak><?a</speak>", "1:8 an instruction that does not end with ?>"},
         {"<speak><!DOCTYPE x>a</speak>", "1:8 a bare <, which is written &lt;"},
