@@ -2,6 +2,7 @@
 // A service that does not answer.
 #include <algorithm>
 #include <functional>
+#include <future>
 #include <memory>
 
 #include "tests/voxtrel/ClientTest.h"
@@ -59,6 +60,24 @@ TEST_F(AFrozenService, KeepsNoRequestBeyondTheDeadlineOfItsClient) {
     connect(client);
     service.freeze();
     EXPECT_EQ(Status::TimedOut, client.settings().status());
+}
+
+TEST_F(AFrozenService, GrantsTheLockToWhoTakesItAgainAfterGivingUp) {
+    Client client("test", options(20ms));
+    connect(client);
+    for (int round = 0; round < 20; ++round) {  // what is told of the first may come meanwhile
+        service.freeze();
+        EXPECT_EQ(Status::TimedOut, client.lock().status());
+        auto thawing = std::async(std::launch::async, [this] { service.thaw(); });
+        Result<Lock> lock = Error{};
+        EXPECT_TRUE(eventually([&] {
+            lock = client.lock(kLong);
+            return lock.status() != Status::Unresponsive;
+        }));
+        ASSERT_TRUE(lock) << lock.message();
+        EXPECT_TRUE(client.isOn(Switch::Speech, kLong));
+        EXPECT_TRUE(lock->isHeld());
+    }
 }
 
 TEST_F(AFrozenService, IsNotAskedAgainBeforeItHasAnswered) {

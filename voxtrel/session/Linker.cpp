@@ -164,6 +164,7 @@ void Session::onDeath(std::uint64_t life) {
     failCalls(TTS::STATUS_NO_SERVICE);
     answerFences(Answer::Gone);
     mLockAnswer = Answer::Gone;
+    mLockHolder = 0;
     Event event;
     event.kind = Event::Kind::Disconnected;
     tellAll(event);

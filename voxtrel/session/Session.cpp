@@ -378,7 +378,7 @@ void Session::note(unsigned event, unsigned second, unsigned third) {
         return;
     }
     if (second == mLockFence && mLockAnswer == Answer::None) {
-        mLockAnswer = Answer::Locked;  // it has been served, and the lock is not ours
+        mLockAnswer = mLockHolder == mPid ? Answer::Yes : Answer::Locked;  // it has been served
         mChanged.notify_all();
     }
     if (second >= kFirstFence) {
@@ -424,16 +424,13 @@ void Session::onState(unsigned state, unsigned value) {
     tellAll(event);
 }
 
+/// An answer that is awaited is decided by the fence: this may tell of an earlier request.
 void Session::onLock(unsigned holder) {
-    if (mLockOwner == nullptr) {
-        return;
-    }
-    if (holder == mPid) {
-        mLockAnswer = Answer::Yes;
-    } else if (mLockAnswer == Answer::Yes) {
+    mLockHolder = holder;
+    if (mLockOwner != nullptr && mLockAnswer == Answer::Yes && holder != mPid) {
         mLockAnswer = holder == 0 ? Answer::Gone : Answer::Locked;
-    }  // else it may tell of what was before our request
-    mChanged.notify_all();
+        mChanged.notify_all();
+    }
 }
 
 void Session::answerFences(Answer answer) {

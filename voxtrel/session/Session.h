@@ -194,6 +194,7 @@ private:
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
     std::uint64_t mLock = 0;              ///< number of the owner's
     Answer mLockAnswer = Answer::None;
+    std::uint32_t mLockHolder = 0;  ///< as the service told last; 0: nobody, or not told
 
     std::vector<std::shared_ptr<Mailbox>> mClients;
     std::vector<std::shared_ptr<Mailbox>> mHandling;  ///< the handler thread's; memory is kept
