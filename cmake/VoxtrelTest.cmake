@@ -41,12 +41,12 @@ function(voxtrel_test name)
   target_precompile_headers(${name} REUSE_FROM test_header)
   # Reports go into files: the processes that a test starts report, too, and their exit status may say
   # nothing. A process that ends with threads running waits a moment for what they do meanwhile; a
-  # second each would be most of the run.
+  # second each would be most of the run. A test forks a process with threads on purpose.
   set(environment "")
   set(reports "log_path=${CMAKE_BINARY_DIR}/sanitizer-reports/report")
   if(VOXTREL_SANITIZE MATCHES "thread")
-    set(environment
-      "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}:atexit_sleep_ms=50")
+    set(environment "suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}")
+    set(environment "TSAN_OPTIONS=${environment}:atexit_sleep_ms=50:die_after_fork=0")
   elseif(VOXTREL_SANITIZE MATCHES "address")
     set(environment "ASAN_OPTIONS=${reports}" "UBSAN_OPTIONS=${reports}")
   endif()

@@ -12,6 +12,8 @@ public:
     Found find(std::function<void()> died) override;
 
 private:
+    // A copy: a thread that the runtime keeps may outlive static objects.
+    const android::String16 mName = TTS::ITextToSpeechFestival::descriptor;
     android::sp<android::IBinder::DeathRecipient> mWatch;  // the runtime holds it weakly
 };
 
