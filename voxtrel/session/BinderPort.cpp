@@ -26,8 +26,7 @@ Port::Found BinderPort::find(std::function<void()> died) {
     }
     android::ProcessState::self()->startThreadPool();
     // Not getService, which takes seconds on some runtimes when there is none.
-    const android::sp<android::IBinder> binder =
-        manager->checkService(mName);
+    const android::sp<android::IBinder> binder = manager->checkService(mName);
     if (binder == nullptr) {
         // Some runtimes tell no manager from one that does not know the name.
         const bool isManaged = android::IInterface::asBinder(manager) != nullptr;
