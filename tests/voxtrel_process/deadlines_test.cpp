@@ -94,15 +94,12 @@ TEST_P(ACall, EndsWhenTheServiceIsStoppedMeanwhile) {
     ASSERT_TRUE(client.waitUntilConnected(kLimit));
     machine.stopService();
     const Error first = make(client);
-    const Error second = make(client);
     EXPECT_EQ(first.status, asksTheService() ? Status::TimedOut : Status::Ok) << first.message;
-    if (first.status != Status::Ok && std::string(GetParam().name) != "lock") {
-        EXPECT_EQ(second.status, Status::Unresponsive) << second.message;
-    }
+    // The first may have come to the service late, on a machine that is busy.
+    EXPECT_TRUE(!asksTheService() ||
+                eventually([&] { return make(client).status == Status::Unresponsive; }));
     machine.continueService();
-    const Error later = GetParam().make(client, kLimit);
-    EXPECT_TRUE(later.status == Status::Ok || later.status == Status::Unresponsive)
-        << later.message;
+    EXPECT_TRUE(eventually([&] { return GetParam().make(client, kLimit).status == Status::Ok; }));
 }
 
 TEST_P(ACall, EndsWhenTheServiceHasDied) {
