@@ -11,7 +11,7 @@ namespace voxtrel {
 using Kind = Outcome::Kind;
 
 void SpeechQueue::add(std::shared_ptr<Speech> speech) {
-    mWaiting.push_back(std::move(speech));
+    mWaiting.add(std::move(speech));
 }
 
 std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
@@ -37,17 +37,11 @@ std::shared_ptr<Speech> SpeechQueue::choose() const {
 }
 
 std::shared_ptr<Speech> SpeechQueue::nextTurn() const {
-    const auto first = [this](const auto& isWanted) {
-        const auto found = std::find_if(mWaiting.begin(), mWaiting.end(), isWanted);
-        return found == mWaiting.end() ? nullptr : *found;
-    };
-    const auto isOfAnother = [this](const auto& speech) { return speech->client != mTurn; };
-    const auto isOfSame = [this](const auto& speech) { return speech->client == mTurn; };
+    const std::shared_ptr<Speech> other = mWaiting.firstOfAnother(mTurn.get());
     if (mWay.empty()) {
-        const std::shared_ptr<Speech> other = first(isOfAnother);
-        return other != nullptr ? other : first(isOfSame);
+        return other != nullptr ? other : mWaiting.firstOf(mTurn.get());
     }
-    return first(isOfAnother) != nullptr || isBusyWithPieces() ? nullptr : first(isOfSame);
+    return other != nullptr || isBusyWithPieces() ? nullptr : mWaiting.firstOf(mTurn.get());
 }
 
 /// Pieces may have to be recalled, which would recall what follows them too.
@@ -70,7 +64,7 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
     speech->isCut = speech->isCut || !speech->isWhole();
     ++speech->open;
     if (mBegun == nullptr) {
-        mWaiting.remove(speech);
+        mWaiting.takeFirst(speech);
         mTurn = speech->client;
     }
     mBegun = speech->isWhole() ? nullptr : speech;
@@ -85,7 +79,7 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
         return mLast;
     }
     if (mWay.empty()) {
-        const bool isWaiting = mBegun != nullptr || !mWaiting.empty();
+        const bool isWaiting = mBegun != nullptr || !mWaiting.isEmpty();
         return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
     }
     return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kDoubt) : mLast + mPatience;
@@ -319,7 +313,7 @@ void SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
     speech->open = 0;
     speech->isCut = false;
     speech->wasRepeated = true;
-    mWaiting.push_front(speech);
+    mWaiting.addFirst(speech);
 }
 
 /// Nothing that was sent of it matters any more, nor is more of it sent.
@@ -360,15 +354,7 @@ void SpeechQueue::stop(const Mailbox& client) {
             end(begun, {Kind::Stopped, Status::Ok, begun->heard, Outcome::Stopper::ThisClient});
         }
     }
-    std::list<std::shared_ptr<Speech>> dropped;
-    for (auto each = mWaiting.begin(); each != mWaiting.end();) {
-        const auto following = std::next(each);
-        if ((*each)->client.get() == &client) {
-            dropped.splice(dropped.end(), mWaiting, each);
-        }
-        each = following;
-    }
-    for (const auto& speech : dropped) {
+    for (const auto& speech : mWaiting.takeAllOf(client)) {
         end(speech, {Kind::Stopped, Status::Ok, speech->heard, Outcome::Stopper::ThisClient});
     }
 }
@@ -391,10 +377,9 @@ void SpeechQueue::blameNobody() {
 }
 
 void SpeechQueue::dropWaiting(const Mailbox& by) {
-    std::list<std::shared_ptr<Speech>> dropped = std::move(mWaiting);
-    mWaiting.clear();
+    std::vector<std::shared_ptr<Speech>> dropped = mWaiting.takeAll();
     if (mBegun != nullptr && mBegun->open == 0) {
-        dropped.push_front(mBegun);
+        dropped.insert(dropped.begin(), mBegun);
     }
     for (const auto& speech : dropped) {
         const bool isOwn = speech->client.get() == &by;
@@ -416,10 +401,8 @@ void SpeechQueue::close(const Mailbox& client) {
         note(sent.speech);
     }
     note(mBegun);
-    for (const auto& speech : mWaiting) {
-        note(speech);
-    }
-    mWaiting.remove_if([&](const auto& speech) { return speech->client.get() == &client; });
+    const std::vector<std::shared_ptr<Speech>> waiting = mWaiting.takeAllOf(client);
+    closed.insert(closed.end(), waiting.begin(), waiting.end());
     for (const auto& speech : closed) {
         end(speech, {Kind::Lost, Status::Closed, speech->heard});
     }
@@ -430,9 +413,7 @@ void SpeechQueue::close(const Mailbox& client) {
 }
 
 bool SpeechQueue::isWaiting(const Mailbox& client) const {
-    const auto isOwn = [&client](const auto& speech) { return speech->client.get() == &client; };
-    return (mBegun != nullptr && isOwn(mBegun)) ||
-           std::any_of(mWaiting.begin(), mWaiting.end(), isOwn);
+    return (mBegun != nullptr && mBegun->client.get() == &client) || mWaiting.has(client);
 }
 
 bool SpeechQueue::isOpen(const Mailbox& client) const {

@@ -5,13 +5,13 @@
 #include <chrono>
 #include <deque>
 #include <functional>
-#include <list>
 #include <memory>
 #include <optional>
 #include <vector>
 
 #include "voxtrel/Event.h"
 #include "voxtrel/session/Speech.h"
+#include "voxtrel/session/WaitingLines.h"
 
 namespace voxtrel {
 
@@ -95,7 +95,7 @@ public:
     bool isAnythingOnItsWay() const { return !mWay.empty(); }
 
     /// `next` or `takeFlush` may have something when an event has made room for it.
-    bool hasMore() const { return mBegun != nullptr || !mWaiting.empty() || mOwesFlush; }
+    bool hasMore() const { return mBegun != nullptr || !mWaiting.isEmpty() || mOwesFlush; }
 
     /// No event came though one was asked for twice, long ago: the service is stopped, or tells of
     /// nothing. Ask it something else.
@@ -145,11 +145,11 @@ private:
     void end(const std::shared_ptr<Speech>& speech, const Outcome& outcome);
 
     const Teller mTell;
-    std::list<std::shared_ptr<Speech>> mWaiting;  ///< nothing of them was sent
-    std::shared_ptr<Speech> mBegun;               ///< a part of it was sent, and not all
-    std::shared_ptr<Mailbox> mTurn;               ///< who had the last turn
-    Way mWay;                                     ///< by number
-    std::size_t mBytes = 0;                       ///< in `mWay`
+    WaitingLines mWaiting;
+    std::shared_ptr<Speech> mBegun;  ///< a part of it was sent, and not all
+    std::shared_ptr<Mailbox> mTurn;  ///< who had the last turn
+    Way mWay;                        ///< by number
+    std::size_t mBytes = 0;          ///< in `mWay`
     std::uint32_t mNumber;
     Clock::time_point mLast = {};  ///< last sending or event
     std::chrono::milliseconds mPatience = kQuiet;

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voxtrel/session/WaitingLines.h"
+
+#include <algorithm>
+
+namespace voxtrel {
+namespace {
+
+template <typename Lines>
+auto find(Lines& lines, const Mailbox* client) {
+    return std::find_if(lines.begin(), lines.end(),
+                        [client](const auto& line) { return line.client == client; });
+}
+
+}  // namespace
+
+void WaitingLines::add(Item speech) {
+    const Mailbox* const client = speech->client.get();
+    lineOf(client).places.push_back({++mLast, std::move(speech)});
+}
+
+void WaitingLines::addFirst(Item speech) {
+    const Mailbox* const client = speech->client.get();
+    lineOf(client).places.push_front({--mFirst, std::move(speech)});
+}
+
+WaitingLines::Item WaitingLines::firstOfAnother(const Mailbox* client) const {
+    const Place* first = nullptr;
+    for (const Line& line : mLines) {
+        const Place& place = line.places.front();
+        if (line.client != client && (first == nullptr || place.order < first->order)) {
+            first = &place;
+        }
+    }
+    return first == nullptr ? nullptr : first->speech;
+}
+
+WaitingLines::Item WaitingLines::firstOf(const Mailbox* client) const {
+    const auto line = find(mLines, client);
+    return line == mLines.end() ? nullptr : line->places.front().speech;
+}
+
+void WaitingLines::takeFirst(const Item& speech) {
+    const auto line = find(mLines, speech->client.get());
+    line->places.pop_front();
+    if (line->places.empty()) {
+        mLines.erase(line);
+    }
+}
+
+std::vector<WaitingLines::Item> WaitingLines::takeAllOf(const Mailbox& client) {
+    std::vector<Item> taken;
+    const auto line = find(mLines, &client);
+    if (line != mLines.end()) {
+        for (Place& place : line->places) {
+            taken.push_back(std::move(place.speech));
+        }
+        mLines.erase(line);
+    }
+    return taken;
+}
+
+std::vector<WaitingLines::Item> WaitingLines::takeAll() {
+    std::vector<Place> places;
+    for (Line& line : mLines) {
+        std::move(line.places.begin(), line.places.end(), std::back_inserter(places));
+    }
+    mLines.clear();
+    std::sort(places.begin(), places.end(),
+              [](const Place& a, const Place& b) { return a.order < b.order; });
+    std::vector<Item> taken;
+    for (Place& place : places) {
+        taken.push_back(std::move(place.speech));
+    }
+    return taken;
+}
+
+bool WaitingLines::has(const Mailbox& client) const {
+    return find(mLines, &client) != mLines.end();
+}
+
+WaitingLines::Line& WaitingLines::lineOf(const Mailbox* client) {
+    const auto line = find(mLines, client);
+    return line == mLines.end() ? mLines.emplace_back(Line{client}) : *line;
+}
+
+}  // namespace voxtrel

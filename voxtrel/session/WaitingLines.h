@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SESSION_WAITINGLINES_H
+#define VOXTREL_SESSION_WAITINGLINES_H
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <vector>
+
+#include "voxtrel/session/Speech.h"
+
+namespace voxtrel {
+
+/// Utterances of which nothing has been sent: a line for each client, so that what a turn costs
+/// does not grow with what waits. Called on: one thread at a time.
+class WaitingLines {
+public:
+    using Item = std::shared_ptr<Speech>;
+
+    /// Behind everything.
+    void add(Item speech);
+
+    /// Before everything.
+    void addFirst(Item speech);
+
+    /// What has waited longest of any other client's; null: nothing.
+    Item firstOfAnother(const Mailbox* client) const;
+    Item firstOf(const Mailbox* client) const;
+
+    /// Takes the first of its client's away.
+    void takeFirst(const Item& speech);
+
+    /// Takes these away, in the order in which they were added.
+    std::vector<Item> takeAllOf(const Mailbox& client);
+    std::vector<Item> takeAll();
+
+    bool has(const Mailbox& client) const;
+    bool isEmpty() const { return mLines.empty(); }
+
+private:
+    struct Place {
+        std::int64_t order = 0;
+        Item speech;
+    };
+    struct Line {
+        const Mailbox* client = nullptr;
+        std::deque<Place> places = {};
+    };
+
+    Line& lineOf(const Mailbox* client);
+
+    std::vector<Line> mLines;  ///< none is empty
+    std::int64_t mFirst = 0;   ///< order of whatever was put before everything
+    std::int64_t mLast = 0;
+};
+
+}  // namespace voxtrel
+
+#endif
