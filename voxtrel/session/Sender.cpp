@@ -41,6 +41,7 @@ void Session::leaveService(std::unique_lock<std::mutex>& lock) {
     }
     android::sp<Service> left = mService;
     mService.clear();
+    mLockHolder = 0;
     mGone.reset();
     mSpeech.lose(Status::NoService);
     if (mIsEnding) {

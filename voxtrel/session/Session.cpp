@@ -212,6 +212,8 @@ Error Session::errorOf(Answer answer) {
                 return Status::Locked;
             case Answer::Gone:
                 return Status::NoService;
+            case Answer::Lost:
+                return Status::Lost;
             default:
                 return Status::TimedOut;
         }
@@ -312,7 +314,8 @@ Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point dea
     if (sent && answer == Answer::Yes) {
         return number;
     }
-    const bool mayCome = sent ? answer == Answer::None : sent.status() == Status::TimedOut;
+    const bool mayCome =
+        sent ? answer == Answer::None || answer == Answer::Lost : sent.status() == Status::TimedOut;
     if (mayCome) {
         giveBackLock();
     }
@@ -377,21 +380,26 @@ void Session::note(unsigned event, unsigned second, unsigned third) {
     if (!isOfUtterance) {
         return;
     }
-    if (second == mLockFence && mLockAnswer == Answer::None) {
-        mLockAnswer = mLockHolder == mPid ? Answer::Yes : Answer::Locked;  // it has been served
-        mChanged.notify_all();
-    }
     if (second >= kFirstFence) {
-        onFence(mFences.find(second), event, third);
+        onFence(second, event, third);
         return;
     }
     mSpeech.onEvent(event, second, third, Clock::now());
 }
 
-void Session::onFence(Fences::iterator fence, unsigned event, unsigned third) {
+void Session::onFence(std::uint32_t number, unsigned event, unsigned third) {
     // A refusal of the lock's is that of the request before; any other word proves it was served.
     const bool isLocked =
         event == TTS::EVENT_STOPPED && static_cast<std::int32_t>(third) == TTS::STATUS_LOCKED;
+    if (number == mLockFence && mLockAnswer == Answer::None) {
+        // Without a holder the request was lost, or what the service told of it.
+        mLockAnswer = isLocked              ? Answer::Locked
+                      : mLockHolder == mPid ? Answer::Yes
+                      : mLockHolder != 0    ? Answer::Locked
+                                            : Answer::Lost;
+        mChanged.notify_all();
+    }
+    const auto fence = mFences.find(number);
     if (fence != mFences.end() && fence->second == Answer::None) {
         fence->second = isLocked ? Answer::Locked : Answer::Yes;
         mChanged.notify_all();

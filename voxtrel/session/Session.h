@@ -107,7 +107,7 @@ private:
         bool isDone = false;
     };
     /// What a waiter learns from events: of a fence, or of the lock.
-    enum class Answer { None, Yes, Refused, Locked, Gone };
+    enum class Answer { None, Yes, Refused, Locked, Gone, Lost };
     using Fences = std::map<std::uint32_t, Answer>;
 
     /// What the linker is in, which may take for ever; but for `Loading`, a short wait before it
@@ -151,7 +151,7 @@ private:
     void tellAll(const Event& event);
 
     void note(unsigned event, unsigned second, unsigned third);
-    void onFence(Fences::iterator fence, unsigned event, unsigned third);
+    void onFence(std::uint32_t number, unsigned event, unsigned third);
     void onState(unsigned state, unsigned value);
     void onLock(unsigned holder);
     void giveBackLock();

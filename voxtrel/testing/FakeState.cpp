@@ -300,6 +300,9 @@ void FakeState::drop(int status) {
 
 void FakeState::lock(unsigned pid) {
     note("lock");
+    if (mHolder == pid) {
+        return;  // nothing has changed
+    }
     if (changeStatus(pid) == TTS::STATUS_OK && pid == mPid) {
         mHolder = pid;
     }
