@@ -235,6 +235,21 @@ TEST_F(ClientTest, AShortDeadlineOfOneCallIsNoReasonForTheNextToFail) {
     }
 }
 
+TEST_F(ClientTest, AServiceThatHasJustDiedIsNotSaidNotToAnswer) {
+    for (int n = 0; n < 5; ++n) {
+        Client client("test", options());
+        ASSERT_TRUE(client.waitUntilConnected(kLong));
+        service.answerAfter(300ms);
+        EXPECT_TRUE(client.isOn(Switch::Speech, kLong)) << "it was found a while ago";
+        service.answerAfter(0ms);
+        service.die();
+        const Status status = client.settings(0ms).status();
+        EXPECT_TRUE(status == Status::NoService || status == Status::ServiceNotFound)
+            << static_cast<int>(status);
+        service.comeBack();
+    }
+}
+
 TEST_F(ClientTest, AServiceThatDiesInARequestHasNotDoneIt) {
     Client client("test", options());
     ASSERT_TRUE(client.waitUntilConnected(kLong));

@@ -55,13 +55,13 @@ void Session::link() {
             continue;
         }
         mWhyNot = {found.status, found.why};
-        mStageBegun = Clock::now();
         if (found.service != nullptr) {
             lock.unlock();
             (void)found.service->deregisterCallback(mPid);
             found.service.clear();
             lock.lock();
         }
+        mStage = Stage::Waiting;
         const bool isEarly = Clock::now() < since + kAtFirst;
         const bool isPrompt = isEarly && mWhyNot.status != Status::PermissionDenied;
         mToLink.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
@@ -161,6 +161,7 @@ void Session::onDeath(std::uint64_t life) {
     mService.clear();
     mGone = Clock::now();
     mWhyNot = {Status::NoService, describe(Status::NoService)};
+    mStage = Stage::Waiting;
     failCalls(TTS::STATUS_NO_SERVICE);
     answerFences(Answer::Gone);
     mLockAnswer = Answer::Gone;
@@ -176,7 +177,8 @@ void Session::onDeath(std::uint64_t life) {
 /// Why there is no connection, in the words of what it waits for.
 Error Session::unavailable() const {
     const bool isLoading = mStage == Stage::Loading || mStage == Stage::AskingAgain;
-    const bool isPrompt = mStage == Stage::Loading || Clock::now() < mStageBegun + kPrompt;
+    const bool isAsking = mStage != Stage::Waiting && mStage != Stage::Loading;
+    const bool isPrompt = !isAsking || Clock::now() < mStageBegun + kPrompt;
     if (isPrompt && isLoading) {
         return {Status::NoService, "the service is loading its voices: wait a little longer"};
     }

@@ -48,6 +48,7 @@ void Session::leaveService(std::unique_lock<std::mutex>& lock) {
         failCalls(TTS::STATUS_NO_SERVICE);
     }
     if (left != nullptr) {
+        mStage = Stage::Waiting;
         Event event;
         event.kind = Event::Kind::Disconnected;
         tellAll(event);

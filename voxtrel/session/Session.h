@@ -110,9 +110,9 @@ private:
     enum class Answer { None, Yes, Refused, Locked, Gone, Lost };
     using Fences = std::map<std::uint32_t, Answer>;
 
-    /// What the linker is in, which may take for ever; but for `Loading`, a short wait before it
-    /// asks again whether the service has its voices.
-    enum class Stage { Searching, Registering, Loading, AskingAgain };
+    /// What the linker is in. It asks, which may take for ever, or waits before it asks again:
+    /// `Loading` is the wait for a service that has no voices yet.
+    enum class Stage { Waiting, Searching, Registering, Loading, AskingAgain };
 
     void join(const std::shared_ptr<Mailbox>& client);
     void finish(Worker& worker);
@@ -172,7 +172,7 @@ private:
     android::sp<Service> mService;  ///< null: not connected
     android::sp<TTS::ICallback> mCallback;
     std::shared_ptr<const TTS::Capabilities> mCapabilities;
-    Stage mStage = Stage::Searching;
+    Stage mStage = Stage::Waiting;
     Clock::time_point mStageBegun = Clock::now();
     Error mWhyNot = {Status::ServiceNotFound, describe(Status::ServiceNotFound)};
     std::uint64_t mLife = 0;      ///< counts the services found

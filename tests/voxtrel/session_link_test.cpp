@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// Why there is no connection, while the service is looked for again and again.
+#include <memory>
+
+#include "tests/voxtrel/ClientTest.h"
+#include "voxtrel/session/Session.h"
+#include "voxtrel/testing/FakeRemote.h"
+
+namespace {
+
+using namespace voxtrel;
+using namespace voxtrel_test;
+using voxtrel::testing::FakeRemote;
+using voxtrel::testing::FakeState;
+
+constexpr std::uint64_t kFirstLife = 1;
+
+class ClosedRemote : public FakeRemote {
+public:
+    explicit ClosedRemote(std::shared_ptr<FakeState> service)
+        : FakeRemote(std::move(service), kFirstLife) {}
+
+    int getCapabilities(TTS::Capabilities& capabilities) override {
+        const int status = FakeRemote::getCapabilities(capabilities);
+        capabilities.permitted = false;
+        return status;
+    }
+};
+
+/// The way to a service that does not let us in.
+class ClosedPort : public Port {
+public:
+    explicit ClosedPort(std::shared_ptr<FakeState> service) : mService(std::move(service)) {}
+
+    Found find(std::function<void()> /*died*/) override {
+        return {new ClosedRemote(mService), Status::Ok, ""};
+    }
+
+private:
+    const std::shared_ptr<FakeState> mService;
+};
+
+TEST(AServiceThatDoesNotLetUsIn, IsNotTakenForOneThatDoesNotAnswerBetweenTwoQuestions) {
+    const auto service = std::make_shared<FakeState>();
+    const auto client = std::make_shared<Mailbox>(true);
+    std::weak_ptr<Session> place;
+    const std::shared_ptr<Session> session = Session::joinAt(
+        place, [&] { return std::make_shared<Session>(std::make_unique<ClosedPort>(service)); },
+        client);
+    const auto isDenied = [&] {
+        const auto soon = Session::Clock::now() + 5ms;
+        return session->waitUntilConnected(soon).status() == Status::PermissionDenied;
+    };
+    ASSERT_TRUE(eventually(isDenied));
+    // Longer than from one question to the next; a machine that is busy may answer late for once.
+    const auto isDeniedForLong = [&] {
+        int count = 0;
+        while (count < 150 && isDenied()) {
+            ++count;
+        }
+        return count == 150;
+    };
+    EXPECT_TRUE(eventually(isDeniedForLong));
+    session->leave(client, Session::Clock::now() + kLong);
+    service->end();
+}
+
+}  // namespace
