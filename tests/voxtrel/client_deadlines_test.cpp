@@ -138,6 +138,19 @@ TEST_F(AFrozenService, StopsWhatItHasNotGotAtOnceAndTheRestLater) {
     EXPECT_EQ("finished", textOf(after.wait(kLong)));
 }
 
+TEST_F(AFrozenService, IsNotStoppedByWhoCouldNotAskIt) {
+    Notes notes;
+    Client client("test", options());
+    client.onEvent(notes.taker());
+    const Utterance held = speakAndHold(client, notes);
+    service.freeze();
+    ASSERT_TRUE(eventually([&] { return client.settings(20ms).status() == Status::Unresponsive; }));
+    EXPECT_EQ(Status::Unresponsive, client.stopEverybody(kLong).status());
+    service.thaw();
+    service.stopByAnother();
+    EXPECT_EQ("stopped by somebody", textOf(held.wait(kLong)));
+}
+
 TEST_F(AFrozenService, IsAskedOnceToStopHoweverOftenAClientWantsIt) {
     Notes notes;
     Client client("test", options());

@@ -165,14 +165,17 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     std::uint32_t fence = 0;
     {
         const std::lock_guard<std::mutex> lock(mMutex);
-        mSpeech.blame(*by);
         fence = newFence();
         mFences[fence] = Answer::None;
     }
     const Result<void> sent = perform(
-        [pid = mPid, fence](Service& service) {
-            (void)service.stopAndFlush(pid, wire::kFlushEverything);
-            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        [this, by, fence](Service& service) {
+            {
+                const std::lock_guard<std::mutex> lock(mMutex);
+                mSpeech.blame(*by);
+            }
+            (void)service.stopAndFlush(mPid, wire::kFlushEverything);
+            (void)service.silence(mPid, fence, wire::kEndlessPause, WireSettings::kNotSet);
             return 0;  // what comes of them, events tell
         },
         deadline);
