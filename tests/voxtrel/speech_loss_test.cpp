@@ -188,6 +188,15 @@ TEST_F(TheQueue, SaysATextAgainFromItsBeginning) {
     EXPECT_EQ(6U, sendRequests().size());
 }
 
+TEST_F(TheQueue, IsAtTheBeginningOfATextThatIsSaidAgain) {
+    const SpeechPtr speech = say(a, "Hello again.", kWhatever);
+    send();
+    word(1, 6);
+    EXPECT_EQ(6U, speech->state->position().bytes);
+    mQueue.lose(Status::NoService);
+    EXPECT_EQ(0U, speech->state->position().bytes);
+}
+
 TEST_F(TheQueue, DoesNotSayAgainWhatItsClientStopped) {
     say(a, "1", kAgain);
     send();

@@ -313,6 +313,7 @@ void SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
     speech->open = 0;
     speech->isCut = false;
     speech->wasRepeated = true;
+    speech->state->moveTo({});
     mWaiting.addFirst(speech);
 }
 
