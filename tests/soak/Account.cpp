@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/soak/Account.h"
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+namespace soak {
+namespace {
+
+/// One ledger, as it is read.
+class Reader {
+public:
+    Reader(Account& account, const std::string& name) : mAccount(account), mName(name) {}
+
+    void read(std::istream& ledger) {
+        for (std::string line; std::getline(ledger, line);) {
+            take(line);
+        }
+        for (const auto& [key, outcomes] : mOutcomes) {
+            close(key, outcomes);
+        }
+    }
+
+private:
+    using Key = std::pair<unsigned, unsigned long>;
+
+    void take(const std::string& line) {
+        std::istringstream words(line);
+        std::string what;
+        words >> what;
+        if (what == "called") {
+            takeCall(words);
+        } else if (what == "left") {
+            mHasLeft = true;
+        } else {
+            takeUtterance(what, words);
+        }
+    }
+
+    void takeCall(std::istream& words) {
+        std::string name;
+        long beyond = 0;
+        words >> name >> beyond;
+        ++mAccount.calls;
+        mAccount.longestBeyondMs = std::max(mAccount.longestBeyondMs, beyond);
+        if (beyond > Account::kLateMs) {
+            ++mAccount.late;
+            find(name + " ended " + std::to_string(beyond) + " ms behind its deadline");
+        }
+    }
+
+    void takeUtterance(const std::string& what, std::istream& words) {
+        Key key;
+        int kind = 0;
+        words >> key.first >> key.second >> kind;
+        unsigned& outcomes = mOutcomes[key];
+        if (what == "differs") {
+            ++outcomes;
+        } else if ((what == "ended" || what == "closed") && kind != 0) {
+            ++mAccount.outcomes[kind];
+            ++outcomes;
+        }
+    }
+
+    void close(const Key& key, unsigned outcomes) {
+        ++mAccount.utterances;
+        const std::string name =
+            "utterance " + std::to_string(key.second) + " of client " + std::to_string(key.first);
+        if (outcomes > 1) {
+            ++mAccount.withTwo;
+            find(name + " has more than one outcome");
+        } else if (outcomes == 0 && mHasLeft) {
+            ++mAccount.without;
+            find(name + " has no outcome");
+        } else if (outcomes == 0) {
+            ++mAccount.killed;
+        }
+    }
+
+    void find(const std::string& what) { mAccount.findings.push_back(mName + ": " + what); }
+
+    Account& mAccount;
+    const std::string mName;
+    std::map<Key, unsigned> mOutcomes;
+    bool mHasLeft = false;
+};
+
+}  // namespace
+
+void Account::add(const std::string& name, std::istream& ledger) {
+    Reader(*this, name).read(ledger);
+}
+
+}  // namespace soak

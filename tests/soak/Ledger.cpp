@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/soak/Ledger.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace soak {
+namespace {
+
+std::string words(unsigned client, unsigned long number) {
+    return " " + std::to_string(client) + " " + std::to_string(number);
+}
+
+}  // namespace
+
+Ledger::Ledger(const std::string& path)
+    : mFile(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {}
+
+Ledger::~Ledger() {
+    close(mFile);
+}
+
+void Ledger::said(unsigned client, unsigned long number) {
+    write("said" + words(client, number));
+}
+
+void Ledger::ended(unsigned client, unsigned long number, int kind) {
+    write("ended" + words(client, number) + " " + std::to_string(kind));
+}
+
+void Ledger::endedWithItsClient(unsigned client, unsigned long number, int kind) {
+    write("closed" + words(client, number) + " " + std::to_string(kind));
+}
+
+void Ledger::differs(unsigned client, unsigned long number) {
+    write("differs" + words(client, number));
+}
+
+void Ledger::called(const char* name, long beyondMs) {
+    write(std::string("called ") + name + " " + std::to_string(beyondMs));
+}
+
+void Ledger::left() {
+    write("left");
+}
+
+void Ledger::write(const std::string& line) const {
+    const std::string text = line + "\n";
+    if (::write(mFile, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        std::abort();  // a ledger with gaps would prove nothing
+    }
+}
+
+}  // namespace soak

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_SOAK_LEDGER_H
+#define VOXTREL_TESTS_SOAK_LEDGER_H
+
+#include <string>
+
+namespace soak {
+
+/// What a process notes of its clients, a line each in a file. What was noted survives the process,
+/// however it ends.
+///
+/// Called on: any thread. Locks: none; a line is one write.
+class Ledger {
+public:
+    explicit Ledger(const std::string& path);
+    ~Ledger();
+    Ledger(const Ledger&) = delete;
+    Ledger& operator=(const Ledger&) = delete;
+
+    void said(unsigned client, unsigned long number);
+
+    /// An event told of the outcome, or only the handle did when the client had ended.
+    /// @param kind as `voxtrel::Outcome::Kind`.
+    void ended(unsigned client, unsigned long number, int kind);
+    void endedWithItsClient(unsigned client, unsigned long number, int kind);
+
+    /// Event and handle tell of different outcomes.
+    void differs(unsigned client, unsigned long number);
+
+    /// A call that took so long beyond its deadline; negative: within it.
+    void called(const char* name, long beyondMs);
+
+    /// All clients of the process have ended in order.
+    void left();
+
+private:
+    void write(const std::string& line) const;
+
+    const int mFile;
+};
+
+}  // namespace soak
+
+#endif

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/soak/Member.h"
+
+#include <csignal>
+#include <utility>
+
+namespace soak {
+
+Member::Member(std::string name, std::function<Words(unsigned)> command)
+    : mName(std::move(name)), mCommand(std::move(command)) {}
+
+void Member::start() {
+    mProcess = std::make_unique<voxtrel_test::ChildProcess>(mCommand(++mLife));
+}
+
+void Member::kill() {
+    ++mCounts.kills;
+    mProcess->kill(SIGKILL);
+    expectStatus(128 + SIGKILL);
+}
+
+void Member::stop() {
+    ++mCounts.stops;
+    mIsStopped = true;
+    mProcess->kill(SIGSTOP);
+}
+
+void Member::proceed() {
+    if (mIsStopped) {
+        mIsStopped = false;
+        mProcess->kill(SIGCONT);
+    }
+}
+
+void Member::awaitEnd(int signal) {
+    ++mCounts.ends;
+    if (signal != 0) {
+        mProcess->kill(signal);
+    }
+    while (!mProcess->readLine().empty()) {  // until it has closed its output, or hangs
+    }
+    mProcess->kill(SIGKILL);
+    expectStatus(0);
+}
+
+bool Member::say(const std::string& line) {
+    // Ignored for no longer than that: the members inherit it.
+    const auto handler = std::signal(SIGPIPE, SIG_IGN);
+    const bool isTaken = mProcess->say(line);
+    std::signal(SIGPIPE, handler);
+    return isTaken;
+}
+
+void Member::expectStatus(int expected) {
+    const int status = mProcess->wait();
+    if (status != expected) {
+        mFindings.push_back(mName + ", life " + std::to_string(mLife) +
+                            (status == 128 + SIGKILL
+                                 ? std::string(" did not end")
+                                 : " ended by itself with status " + std::to_string(status)));
+    }
+    mProcess.reset();
+    mIsStopped = false;
+}
+
+}  // namespace soak

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_TESTS_SOAK_UTTERANCES_H
+#define VOXTREL_TESTS_SOAK_UTTERANCES_H
+
+#include <functional>
+#include <map>
+#include <mutex>
+
+#include "tests/soak/Ledger.h"
+
+namespace soak {
+
+/// The utterances of one client that have no outcome yet, and what becomes of all of them.
+/// Called on: any thread.
+class Utterances {
+public:
+    /// Asks a handle for its outcome; kinds as `voxtrel::Outcome::Kind`.
+    using Handle = std::function<int()>;
+
+    Utterances(Ledger& ledger, unsigned client) : mLedger(ledger), mClient(client) {}
+
+    void said(unsigned long number, Handle handle);
+
+    /// An event has told of it, which may be before `said`.
+    void ended(unsigned long number, int kind);
+
+    /// The client has ended: there will be no more events.
+    void close();
+
+    std::size_t open() const;
+
+private:
+    void compare(unsigned long number, const Handle& handle, int kind);
+
+    Ledger& mLedger;
+    const unsigned mClient;
+    mutable std::mutex mMutex;
+    std::map<unsigned long, Handle> mOpen;
+    std::map<unsigned long, int> mEarly;  ///< told of before `said`
+};
+
+}  // namespace soak
+
+#endif
