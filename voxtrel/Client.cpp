@@ -50,7 +50,7 @@ std::shared_ptr<Speech> ClientState::newSpeech() {
     return speech;
 }
 
-Client::Client(std::string, ClientOptions options)
+Client::Client(const std::string&, const ClientOptions& options)
     : mState(std::make_shared<ClientState>(options)) {}
 
 Client::~Client() {
@@ -81,7 +81,7 @@ Utterance Client::say(std::string_view text, const SpeechOptions& options) {
     speech->options = merged(options, speech->options);
     const Status textStatus = checkText(*speech);
     const Status status = textStatus != Status::Ok ? textStatus : checkOptions(speech->options);
-    const Utterance utterance(speech->state);
+    Utterance utterance(speech->state);
     if (status == Status::Ok) {
         mState->session->say(speech);
     } else {
@@ -92,7 +92,7 @@ Utterance Client::say(std::string_view text, const SpeechOptions& options) {
 
 Utterance Client::pause(Milliseconds length) {
     const std::shared_ptr<Speech> speech = mState->newSpeech();
-    const Utterance utterance(speech->state);
+    Utterance utterance(speech->state);
     if (length.count() >= 0 && length.count() < wire::kEndlessPause) {
         speech->pauseMs = static_cast<std::uint32_t>(length.count());
         mState->session->say(speech);

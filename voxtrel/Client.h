@@ -89,7 +89,7 @@ private:
 class Client {
 public:
     /// @param name what the application is called; of use in tests and logs only.
-    explicit Client(std::string name = {}, ClientOptions options = {});
+    explicit Client(const std::string& name = {}, const ClientOptions& options = {});
 
     /// Utterances without an outcome get one: Lost, `Status::Closed`. What the service already has
     /// is spoken all the same. Waits for the service for `linger` at most, and then, if this is the
