@@ -16,8 +16,9 @@ constexpr std::chrono::seconds kAtFirst(30);
 /// A service that loads its voices is asked so often whether it has.
 constexpr std::chrono::milliseconds kLoadingPause(50);
 
-/// A stage that takes longer is stuck.
+/// A question that takes longer is stuck. A service that loads its voices may be slow.
 constexpr std::chrono::milliseconds kPrompt(200);
+constexpr std::chrono::milliseconds kPromptWhileLoading(2000);
 
 class SessionCallback : public TTS::BnCallback {
 public:
@@ -178,7 +179,8 @@ void Session::onDeath(std::uint64_t life) {
 Error Session::unavailable() const {
     const bool isLoading = mStage == Stage::Loading || mStage == Stage::AskingAgain;
     const bool isAsking = mStage != Stage::Waiting && mStage != Stage::Loading;
-    const bool isPrompt = !isAsking || Clock::now() < mStageBegun + kPrompt;
+    const auto patience = isLoading ? kPromptWhileLoading : kPrompt;
+    const bool isPrompt = !isAsking || Clock::now() < mStageBegun + patience;
     if (isPrompt && isLoading) {
         return {Status::NoService, "the service is loading its voices: wait a little longer"};
     }
