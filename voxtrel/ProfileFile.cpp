@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -57,9 +58,25 @@ int writeAll(int file, const std::string& text) {
     return fsync(file) == 0 ? 0 : errno;
 }
 
+/// Makes a file beside `path` that is nobody else's, whatever lies there. -1, and errno, if that
+/// cannot be.
+int makeBeside(const std::string& path, std::string& name) {
+    constexpr int kMostTries = 1000;  // a process of this number may have died and left some
+    static std::atomic<unsigned> made{0};
+    int file = -1;
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        name = path + "." + std::to_string(getpid()) + "-" + std::to_string(made++) + ".new";
+        file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+        if (file >= 0 || errno != EEXIST) {
+            break;
+        }
+    }
+    return file;
+}
+
 /// 0, or why not all of it is on the disk; then there is no such file.
-int writeNewFile(const std::string& path, const std::string& text) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode);
+int writeBeside(const std::string& path, const std::string& text, std::string& name) {
+    const int file = makeBeside(path, name);
     if (file < 0) {
         return errno;
     }
@@ -68,7 +85,7 @@ int writeNewFile(const std::string& path, const std::string& text) {
         error = errno;
     }
     if (error != 0) {
-        (void)unlink(path.c_str());
+        (void)unlink(name.c_str());
     }
     return error;
 }
@@ -85,9 +102,9 @@ std::string textOf(const TTS::TtsSetting& setting) {
 Result<void> replaceProfile(const std::string& path, const TTS::TtsSetting& setting) {
     int error = checkReplaceable(path);
     const std::string target = targetOf(path);
-    const std::string next = target + ".new";
+    std::string next;
     if (error == 0) {
-        error = writeNewFile(next, textOf(setting));
+        error = writeBeside(target, textOf(setting), next);
     }
     if (error == 0 && std::rename(next.c_str(), target.c_str()) != 0) {
         error = errno;

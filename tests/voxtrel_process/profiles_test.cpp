@@ -6,6 +6,8 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <thread>
 
 #include "profile/TtsSetting.h"
 #include "tests/support/ChildProcess.h"
@@ -43,6 +45,11 @@ protected:
         options.speechVolume = 70;
         options.mediaVolume = 10;
         return options;
+    }
+
+    std::ptrdiff_t filesInFolder() const {
+        const std::filesystem::directory_iterator files(folder.path("."));
+        return std::distance(begin(files), end(files));
     }
 
     Machine machine;
@@ -174,7 +181,42 @@ TEST_F(AProfile, StaysAsItWasWhenTheDiskIsFull) {
     EXPECT_EQ(std::string(saved.message()),
               "the profile '" + path + "' cannot be written: File too large");
     EXPECT_EQ(readFile(path), before);
-    EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(AProfile, TakesNoFileBesideItForItsOwn) {
+    const std::string beside = folder.path("beside");
+    std::ofstream(beside) << "somebody's";
+    for (const char* end : {".new", ".tmp", "~"}) {
+        std::filesystem::create_symlink(beside, path + end);
+    }
+    client.setDefaults(usual());
+    const auto saved = client.saveProfile(path);
+    ASSERT_TRUE(saved) << saved.message();
+    EXPECT_FALSE(std::filesystem::is_symlink(path));
+    EXPECT_EQ(std::filesystem::file_size(beside), 10U);
+    EXPECT_EQ(contents().mSpeed, 250U);
+}
+
+TEST_F(AProfile, IsOneOfThoseThatSeveralSaveAtOnce) {
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([this, thread] {
+            Client own;
+            SpeechOptions options;
+            options.speed = thread % 2 == 0 ? 100 : 1000;
+            own.setDefaults(options);
+            for (int n = 0; n < 50; ++n) {
+                const auto saved = own.saveProfile(path);
+                EXPECT_TRUE(saved) << saved.message();
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_TRUE(contents().mSpeed == 100 || contents().mSpeed == 1000);
+    EXPECT_EQ(filesInFolder(), 1);
 }
 
 TEST_F(AProfile, LeavesTheLinkThatLeadsToIt) {
