@@ -5,8 +5,12 @@
 #include <sstream>
 #include <utility>
 
+#include "tests/soak/Ledger.h"
+
 namespace soak {
 namespace {
+
+constexpr int kLost = 4;
 
 /// One ledger, as it is read.
 class Reader {
@@ -52,13 +56,14 @@ private:
 
     void takeUtterance(const std::string& what, std::istream& words) {
         Key key;
-        int kind = 0;
-        words >> key.first >> key.second >> kind;
+        Ending ending;
+        words >> key.first >> key.second >> ending.kind >> ending.status;
         unsigned& outcomes = mOutcomes[key];
         if (what == "differs") {
             ++outcomes;
-        } else if ((what == "ended" || what == "closed") && kind != 0) {
-            ++mAccount.outcomes[kind];
+        } else if ((what == "ended" || what == "closed") && ending.kind != 0) {
+            ++mAccount.outcomes[ending.kind];
+            mAccount.losses[ending.status] += ending.kind == kLost ? 1 : 0;
             ++outcomes;
         }
     }

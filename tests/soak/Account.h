@@ -16,6 +16,7 @@ struct Account {
 
     std::size_t utterances = 0;
     std::map<int, std::size_t> outcomes;  ///< by `voxtrel::Outcome::Kind`
+    std::map<int, std::size_t> losses;    ///< of the kind Lost, by status
     std::size_t killed = 0;               ///< open when the process of their client was killed
     std::size_t without = 0;              ///< open though their client ended in order
     std::size_t withTwo = 0;              ///< or with two that differ

@@ -59,7 +59,7 @@ void Actor::doSomething() {
         call("stop", Milliseconds(0), [&] { mSpeaker->stop(); });
     } else if (choice < (mTalks ? 94 : 20)) {
         speak();
-    } else if (choice < 97) {
+    } else if (choice < 99) {
         request();
     } else {
         renew();

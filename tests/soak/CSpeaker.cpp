@@ -10,6 +10,10 @@ int inMs(Milliseconds length) {
     return static_cast<int>(length.count());
 }
 
+Ending endingOf(const vx_outcome& outcome) {
+    return {outcome.kind, outcome.status};
+}
+
 class CSpeaker : public Speaker {
 public:
     CSpeaker(Ledger& ledger, unsigned client, bool isPolled) : mUtterances(ledger, client) {
@@ -97,13 +101,14 @@ private:
         mUtterances.said(number, [handle] {
             vx_outcome outcome = {};
             vx_utterance_outcome(handle.get(), &outcome);
-            return outcome.kind;
+            return endingOf(outcome);
         });
     }
 
     static void handle(const vx_event* event, void* user) {
         if (event->kind == VX_EVENT_ENDED) {
-            static_cast<CSpeaker*>(user)->mUtterances.ended(event->utterance, event->outcome.kind);
+            static_cast<CSpeaker*>(user)->mUtterances.ended(event->utterance,
+                                                            endingOf(event->outcome));
         }
     }
 

@@ -8,8 +8,8 @@
 namespace soak {
 namespace {
 
-int kindOf(const voxtrel::Outcome& outcome) {
-    return static_cast<int>(outcome.kind());
+Ending endingOf(const voxtrel::Outcome& outcome) {
+    return {static_cast<int>(outcome.kind()), static_cast<int>(outcome.status())};
 }
 
 class CppSpeaker : public Speaker {
@@ -66,14 +66,14 @@ private:
     }
 
     void note(const voxtrel::Utterance& utterance) {
-        mUtterances.said(utterance.number(), [utterance] { return kindOf(utterance.outcome()); });
+        mUtterances.said(utterance.number(), [utterance] { return endingOf(utterance.outcome()); });
     }
 
     void handle(const voxtrel::Event& event) {
         if (event.kind != voxtrel::Event::Kind::Ended) {
             return;
         }
-        mUtterances.ended(event.utterance.number(), kindOf(event.outcome));
+        mUtterances.ended(event.utterance.number(), endingOf(event.outcome));
         if (event.outcome && event.utterance.number() % 8 == 0) {
             note(mClient->say("And another."));
         }

@@ -13,6 +13,10 @@ std::string words(unsigned client, unsigned long number) {
     return " " + std::to_string(client) + " " + std::to_string(number);
 }
 
+std::string words(const Ending& ending) {
+    return " " + std::to_string(ending.kind) + " " + std::to_string(ending.status);
+}
+
 }  // namespace
 
 Ledger::Ledger(const std::string& path)
@@ -26,12 +30,12 @@ void Ledger::said(unsigned client, unsigned long number) {
     write("said" + words(client, number));
 }
 
-void Ledger::ended(unsigned client, unsigned long number, int kind) {
-    write("ended" + words(client, number) + " " + std::to_string(kind));
+void Ledger::ended(unsigned client, unsigned long number, const Ending& ending) {
+    write("ended" + words(client, number) + words(ending));
 }
 
-void Ledger::endedWithItsClient(unsigned client, unsigned long number, int kind) {
-    write("closed" + words(client, number) + " " + std::to_string(kind));
+void Ledger::endedWithItsClient(unsigned client, unsigned long number, const Ending& ending) {
+    write("closed" + words(client, number) + words(ending));
 }
 
 void Ledger::differs(unsigned client, unsigned long number) {

@@ -6,6 +6,16 @@
 
 namespace soak {
 
+/// What became of an utterance: kind and status as in `voxtrel::Outcome`.
+struct Ending {
+    int kind = 0;
+    int status = 0;
+
+    bool operator!=(const Ending& other) const {
+        return kind != other.kind || status != other.status;
+    }
+};
+
 /// What a process notes of its clients, a line each in a file. What was noted survives the process,
 /// however it ends.
 ///
@@ -20,9 +30,8 @@ public:
     void said(unsigned client, unsigned long number);
 
     /// An event told of the outcome, or only the handle did when the client had ended.
-    /// @param kind as `voxtrel::Outcome::Kind`.
-    void ended(unsigned client, unsigned long number, int kind);
-    void endedWithItsClient(unsigned client, unsigned long number, int kind);
+    void ended(unsigned client, unsigned long number, const Ending& ending);
+    void endedWithItsClient(unsigned client, unsigned long number, const Ending& ending);
 
     /// Event and handle tell of different outcomes.
     void differs(unsigned client, unsigned long number);

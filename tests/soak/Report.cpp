@@ -35,6 +35,11 @@ void printUtterances(const Account& account, std::ostream& out) {
     for (const auto& [kind, count] : account.outcomes) {
         row(out, std::string("  ") + kKinds[kind], {count});
     }
+    for (const auto& [status, count] : account.losses) {
+        if (count > 0) {
+            row(out, "    lost with status " + std::to_string(status), {count});
+        }
+    }
     row(out, "  open when their client was killed", {account.killed});
     row(out, "  without an outcome", {account.without});
     row(out, "  with two", {account.withTwo});

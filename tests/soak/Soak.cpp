@@ -56,7 +56,7 @@ Soak::Soak(std::string folder, std::chrono::seconds length, unsigned seed)
       mService("service", [this](unsigned life) {
           Member::Words words = {VOXTREL_SERVICE, "--profile", mFolder + "/voxtrel.ini", "--sink",
                                  "none"};
-          if (life % 2 == 0) {
+          if (life % 4 == 0) {
               words.emplace_back("--real-time");
           }
           return words;

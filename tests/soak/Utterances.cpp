@@ -17,20 +17,20 @@ void Utterances::said(unsigned long number, Handle handle) {
     mEarly.erase(early);
 }
 
-void Utterances::ended(unsigned long number, int kind) {
-    mLedger.ended(mClient, number, kind);
+void Utterances::ended(unsigned long number, const Ending& ending) {
+    mLedger.ended(mClient, number, ending);
     const std::lock_guard<std::mutex> lock(mMutex);
     const auto open = mOpen.find(number);
     if (open == mOpen.end()) {
-        mEarly[number] = kind;
+        mEarly[number] = ending;
         return;
     }
-    compare(number, open->second, kind);
+    compare(number, open->second, ending);
     mOpen.erase(open);
 }
 
-void Utterances::compare(unsigned long number, const Handle& handle, int kind) {
-    if (handle() != kind) {
+void Utterances::compare(unsigned long number, const Handle& handle, const Ending& ending) {
+    if (handle() != ending) {
         mLedger.differs(mClient, number);
     }
 }

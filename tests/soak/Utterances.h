@@ -14,15 +14,15 @@ namespace soak {
 /// Called on: any thread.
 class Utterances {
 public:
-    /// Asks a handle for its outcome; kinds as `voxtrel::Outcome::Kind`.
-    using Handle = std::function<int()>;
+    /// Asks a handle for its outcome.
+    using Handle = std::function<Ending()>;
 
     Utterances(Ledger& ledger, unsigned client) : mLedger(ledger), mClient(client) {}
 
     void said(unsigned long number, Handle handle);
 
     /// An event has told of it, which may be before `said`.
-    void ended(unsigned long number, int kind);
+    void ended(unsigned long number, const Ending& ending);
 
     /// The client has ended: there will be no more events.
     void close();
@@ -30,13 +30,13 @@ public:
     std::size_t open() const;
 
 private:
-    void compare(unsigned long number, const Handle& handle, int kind);
+    void compare(unsigned long number, const Handle& handle, const Ending& ending);
 
     Ledger& mLedger;
     const unsigned mClient;
     mutable std::mutex mMutex;
     std::map<unsigned long, Handle> mOpen;
-    std::map<unsigned long, int> mEarly;  ///< told of before `said`
+    std::map<unsigned long, Ending> mEarly;  ///< told of before `said`
 };
 
 }  // namespace soak

@@ -25,11 +25,13 @@ Account accountOf(const std::string& ledger) {
 
 TEST(AnAccount, CountsUtterancesAndTheirOutcomes) {
     const Account account = accountOf(
-        "said 1 1\nended 1 1 1\n"
-        "ended 1 2 4\nsaid 1 2\n"  // the event was quicker
-        "said 2 1\nclosed 2 1 4\nleft\n");
+        "said 1 1\nended 1 1 1 0\n"
+        "ended 1 2 4 -5\nsaid 1 2\n"  // the event was quicker
+        "said 2 1\nclosed 2 1 4 -103\nleft\n");
     EXPECT_EQ(account.utterances, 3U);
     EXPECT_EQ(account.outcomes, (std::map<int, std::size_t>{{1, 1}, {4, 2}}));
+    EXPECT_EQ(account.losses.at(-5), 1U);
+    EXPECT_EQ(account.losses.at(-103), 1U);
     EXPECT_EQ(account.findings, Findings());
 }
 

@@ -22,6 +22,10 @@ TO_BE_CALM = 180.0
 TEXTS = ("Hello.", "Hello.", "Two short sentences. Both are in English.", "It rains. " * 500)
 
 
+def words(outcome: voxtrel.Outcome) -> tuple[int, int]:
+    return int(outcome.kind), int(outcome.status)
+
+
 class Ledger:
     def __init__(self, path: str) -> None:
         self.file = os.open(path, os.O_WRONLY | os.O_CREAT | os.O_APPEND, 0o600)
@@ -67,15 +71,15 @@ class Life:
     def end(self) -> None:
         self.call("end", 4.0, self.client.close)
         for number, utterance in self.open.items():
-            self.ledger.write("closed", self.clients, number, int(utterance.outcome.kind))
+            self.ledger.write("closed", self.clients, number, *words(utterance.outcome))
         self.open.clear()
 
     def handle(self, event: voxtrel.Event) -> None:
         if event.outcome is None:
             return
-        self.ledger.write("ended", self.clients, event.utterance, int(event.outcome.kind))
+        self.ledger.write("ended", self.clients, event.utterance, *words(event.outcome))
         utterance = self.open.pop(event.utterance, None)
-        if utterance is not None and utterance.outcome.kind is not event.outcome.kind:
+        if utterance is not None and words(utterance.outcome) != words(event.outcome):
             self.ledger.write("differs", self.clients, event.utterance)
 
     def call(self, name: str, deadline: float, make: Callable[[], object]) -> None:
@@ -111,7 +115,7 @@ class Life:
             self.call("stop", 0.0, self.client.stop)
         elif choice < 0.6:
             self.call("say", 0.0, self.say)
-        elif choice < 0.97:
+        elif choice < 0.99:
             self.request()
         else:
             self.end()
