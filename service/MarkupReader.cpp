@@ -43,7 +43,7 @@ void MarkupReader::advance() {
     mTokenAt += characterCount(mToken.source);
     mHasToken = mScanner.next(mToken);
     mTextAt = mTokenAt;
-    if (!mToken.text.empty()) {
+    if (mHasToken && !mToken.text.empty()) {
         mTextAt += static_cast<size_t>(mToken.text.data() - mToken.source.data());
     }
 }

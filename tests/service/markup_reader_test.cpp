@@ -211,6 +211,14 @@ TEST(AnOffset, OfASubstituteIsThatOfTheTextItStandsFor) {
     EXPECT_EQ(text.find(" d"), piece.sentOffset(piece.document().find(" d")));
 }
 
+TEST(AnOffset, LiesInTheTextAlsoBehindAllThatIsSpoken) {
+    for (const std::string text :
+         {"<speak>a</speak>", "<speak>a<![CDATA[b]]>", "<speak>a<metadata><![CDATA[b]]>"}) {
+        const MarkupPiece piece = piecesOf(text).front();
+        EXPECT_EQ(characterCount(text), piece.sentOffset(piece.document().size() - 1)) << text;
+    }
+}
+
 TEST(AMark, StandsBeforeTheTextBehindItAndIsCounted) {
     const auto pieces = piecesOf(
         "<speak><mark name='x'/>One <mark name='x'/>two<break/><mark></mark>&amp;"
