@@ -14,7 +14,9 @@ public:
         Finished,  ///< spoken to its end
         Stopped,   ///< somebody wanted silence
         Refused,   ///< nothing of it is spoken; `status` says why
-        Lost,      ///< the service died or was ended, or never got it; `status` says which
+        /// The service died or was ended, never got it, or refused the rest of it after it had
+        /// begun; `status` says which.
+        Lost,
     };
 
     /// Who stopped it, as far as it is known.

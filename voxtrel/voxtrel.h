@@ -88,7 +88,9 @@ enum {
     VX_OUTCOME_FINISHED = 1, /* spoken to its end */
     VX_OUTCOME_STOPPED = 2,  /* somebody wanted silence */
     VX_OUTCOME_REFUSED = 3,  /* nothing of it is spoken; `status` says why */
-    VX_OUTCOME_LOST = 4 /* the service died or was ended, or never got it; `status` says which */
+    /* the service died or was ended, never got it, or refused the rest of it after it had begun;
+       `status` says which */
+    VX_OUTCOME_LOST = 4
 };
 
 /* Who stopped it, as far as it is known. */

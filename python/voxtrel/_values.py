@@ -74,7 +74,8 @@ class OutcomeKind(enum.IntEnum):
     REFUSED = 3
     """Nothing of it is spoken; `status` says why."""
     LOST = 4
-    """The service died or was ended, or never got it; `status` says which."""
+    """The service died or was ended, never got it, or refused the rest after it had begun; `status`
+    says which."""
 
 
 class Stopper(enum.IntEnum):
