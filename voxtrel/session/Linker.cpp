@@ -167,6 +167,7 @@ void Session::onDeath(std::uint64_t life) {
     answerFences(Answer::Gone);
     mLockAnswer = Answer::Gone;
     mLockHolder = 0;
+    mOwesUnlock = false;
     Event event;
     event.kind = Event::Kind::Disconnected;
     tellAll(event);

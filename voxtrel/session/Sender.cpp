@@ -42,6 +42,7 @@ void Session::leaveService(std::unique_lock<std::mutex>& lock) {
     android::sp<Service> left = mService;
     mService.clear();
     mLockHolder = 0;
+    mOwesUnlock = false;
     mGone.reset();
     mSpeech.lose(Status::NoService);
     if (mIsEnding) {
@@ -89,7 +90,10 @@ bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
 /// Makes the next request that is no speech, if there is one.
 bool Session::sendCall(std::unique_lock<std::mutex>& lock) {
     if (mSpeech.takeFlush()) {
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+        postFlush();
+    }
+    if (mCalls.empty()) {
+        postUnlock();
     }
     if (mCalls.empty()) {
         return false;
@@ -178,7 +182,7 @@ void Session::doubt(std::unique_lock<std::mutex>& lock) {
     (void)callService(lock, [](Service& service) { return service.enabled() ? 1 : 0; });
     if (!mGone && mSpeech.isDoubtful(Clock::now()) && !mSpeech.askOnceMore()) {
         mSpeech.lose(Status::Lost);
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+        postFlush();
     }
 }
 
@@ -187,6 +191,10 @@ void Session::post(Work work) {
     call->work = std::move(work);
     mCalls.push_back(call);
     mToSend.notify_one();
+}
+
+void Session::postFlush() {
+    post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
 }
 
 void Session::failCalls(int status) {

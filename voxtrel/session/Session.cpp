@@ -168,17 +168,24 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
         fence = newFence();
         mFences[fence] = Answer::None;
     }
-    const Result<void> sent = perform(
-        [this, by, fence](Service& service) {
-            {
-                const std::lock_guard<std::mutex> lock(mMutex);
-                mSpeech.blame(*by);
-            }
-            (void)service.stopAndFlush(mPid, wire::kFlushEverything);
-            (void)service.silence(mPid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-            return 0;  // what comes of them, events tell
-        },
-        deadline);
+    const auto silence = [this, by, fence](Service& service) {
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            mSpeech.blame(*by);
+        }
+        (void)service.stopAndFlush(mPid, wire::kFlushEverything);
+        (void)service.silence(mPid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        return 0;  // what comes of them, events tell
+    };
+    Result<void> sent;
+    try {
+        sent = perform(silence, deadline);
+    } catch (...) {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mFences.erase(fence);
+        mToSend.notify_one();
+        throw;
+    }
     std::unique_lock<std::mutex> lock(mMutex);
     Answer& answer = mFences[fence];
     if (sent) {
@@ -297,18 +304,25 @@ Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point dea
                                              ? "this client holds the lock, or asks for it"
                                              : "another client of this process holds the lock"};
         }
+        postUnlock();
         mLockOwner = &client;
         mLockAnswer = Answer::None;
         mLockFence = fence = newFence();
         number = ++mLock;
     }
-    const Result<void> sent = perform(
-        [pid = mPid, fence](Service& service) {
-            (void)service.lock(pid);
-            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-            return 0;
-        },
-        deadline);
+    const auto take = [pid = mPid, fence](Service& service) {
+        (void)service.lock(pid);
+        (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        return 0;
+    };
+    Result<void> sent;
+    try {
+        sent = perform(take, deadline);
+    } catch (...) {
+        const std::lock_guard<std::mutex> guard(mMutex);
+        giveBackLock();
+        throw;
+    }
     std::unique_lock<std::mutex> lock(mMutex);
     if (sent) {
         mChanged.wait_until(lock, deadline, [this] { return mLockAnswer != Answer::None; });
@@ -340,9 +354,20 @@ void Session::unlock(const Mailbox& client) {
     }
 }
 
+/// Takes no memory: the end of a lock, or of a client, must not fail.
 void Session::giveBackLock() {
     mLockOwner = nullptr;
-    if (mService != nullptr) {
+    mOwesUnlock = mService != nullptr;
+    mToSend.notify_one();
+}
+
+/// Behind what was wanted before; a request for the lock comes behind it.
+void Session::postUnlock() {
+    if (mSpeech.takeFlush()) {
+        postFlush();
+    }
+    if (mOwesUnlock) {
+        mOwesUnlock = false;
         post([pid = mPid](Service& service) { return service.unlock(pid); });
     }
 }
@@ -408,7 +433,7 @@ void Session::onFence(std::uint32_t number, unsigned event, unsigned third) {
         mChanged.notify_all();
     }
     if (event == TTS::EVENT_STARTED) {  // the service takes the pause: it must not last
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+        postFlush();
     }
 }
 

@@ -155,6 +155,8 @@ private:
     void onState(unsigned state, unsigned value);
     void onLock(unsigned holder);
     void giveBackLock();
+    void postUnlock();
+    void postFlush();
     std::uint32_t newFence();
     void answerFences(Answer answer);
     void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
@@ -194,6 +196,7 @@ private:
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
     std::uint64_t mLock = 0;              ///< number of the owner's
     Answer mLockAnswer = Answer::None;
+    bool mOwesUnlock = false;       ///< it was given back, and the service is still to be told
     std::uint32_t mLockHolder = 0;  ///< as the service told last; 0: nobody, or not told
 
     std::vector<std::shared_ptr<Mailbox>> mClients;

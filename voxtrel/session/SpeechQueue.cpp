@@ -391,21 +391,18 @@ void SpeechQueue::dropWaiting(const Mailbox& by) {
 
 void SpeechQueue::close(const Mailbox& client) {
     const bool owed = mOwesFlush;
-    std::vector<std::shared_ptr<Speech>> closed;
-    const auto note = [&](const std::shared_ptr<Speech>& speech) {
-        const bool isNew = std::find(closed.begin(), closed.end(), speech) == closed.end();
-        if (speech != nullptr && speech->client.get() == &client && isNew) {
-            closed.push_back(speech);
+    const auto closeOwn = [&](const std::shared_ptr<Speech> speech) {
+        if (speech != nullptr && speech->client.get() == &client) {
+            end(speech, {Kind::Lost, Status::Closed, speech->heard});
         }
     };
     for (const Sent& sent : mWay) {
-        note(sent.speech);
+        closeOwn(sent.speech);
     }
-    note(mBegun);
-    const std::vector<std::shared_ptr<Speech>> waiting = mWaiting.takeAllOf(client);
-    closed.insert(closed.end(), waiting.begin(), waiting.end());
-    for (const auto& speech : closed) {
-        end(speech, {Kind::Lost, Status::Closed, speech->heard});
+    closeOwn(mBegun);
+    while (const std::shared_ptr<Speech> waiting = mWaiting.firstOf(&client)) {
+        mWaiting.takeFirst(waiting);
+        closeOwn(waiting);
     }
     mOwesFlush = owed;  // what the service has is spoken
     if (mWay.empty()) {

@@ -86,7 +86,7 @@ public:
     /// The service is gone, or its events are: everything on its way is lost.
     void lose(Status status);
 
-    /// The client ends: its utterances get their outcome.
+    /// The client ends: its utterances get their outcome. Takes no memory.
     void close(const Mailbox& client);
 
     /// Utterances of `client` that the service does not have yet, or that have no outcome.

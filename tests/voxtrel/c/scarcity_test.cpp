@@ -145,6 +145,79 @@ TEST_F(WhereMemoryRunsOut, NoPauseIsMadeAndNothingIsStopped) {
     EXPECT_EQ(VX_OK, vx_utterance_free(pause));
 }
 
+/// A client of a fake service that is connected.
+class WhereNoMemoryIsLeft : public WhereMemoryRunsOut {
+protected:
+    WhereNoMemoryIsLeft() {
+        EXPECT_EQ(VX_OK, vx_client_free(mClient));
+        EXPECT_EQ(VX_OK, vx_fake_new(&mFake));
+        mClient = client_of(mFake, VX_THREAD_OF_LIBRARY);
+        EXPECT_EQ(VX_OK, vx_wait_until_connected(mClient, 60000));
+    }
+    ~WhereNoMemoryIsLeft() override {
+        vx_client_free(mClient);
+        mClient = nullptr;
+        vx_fake_free(mFake);
+    }
+
+    static vx_status without(const std::function<vx_status()>& call) {
+        allocationsLeft = 0;
+        const vx_status status = call();
+        allocationsLeft = -1;
+        return status;
+    }
+
+    void endWithoutMemory() {
+        EXPECT_EQ(VX_OK, without([this] { return vx_client_free(mClient); }));
+        mClient = nullptr;
+    }
+
+    vx_fake* mFake = nullptr;
+};
+
+TEST_F(WhereNoMemoryIsLeft, ALockIsGivenBack) {
+    vx_lock* lock = nullptr;
+    ASSERT_EQ(VX_OK, vx_take_lock(mClient, 60000, &lock));
+    EXPECT_EQ(VX_OK, without([&] { return vx_lock_free(lock); }));
+    ASSERT_EQ(VX_OK, vx_take_lock(mClient, 60000, &lock));
+    endWithoutMemory();
+    EXPECT_EQ(VX_OK, vx_lock_free(lock));
+}
+
+TEST_F(WhereNoMemoryIsLeft, ALockIsTakenAsSoonAsThereIsMemory) {
+    vx_lock* lock = nullptr;
+    EXPECT_GT(failEach([&] { return vx_take_lock(mClient, 60000, &lock); }), 0);
+    EXPECT_EQ(VX_OK, vx_lock_free(lock));
+}
+
+TEST_F(WhereNoMemoryIsLeft, WhoCouldNotSilenceEverybodySpeaksOn) {
+    EXPECT_GT(failEach([&] { return vx_stop_everybody(mClient, 60000); }), 0);
+    allocationsLeft = 0;
+    EXPECT_EQ(VX_NO_MEMORY, vx_stop_everybody(mClient, 60000));
+    allocationsLeft = -1;
+    vx_utterance* said = nullptr;
+    EXPECT_EQ(VX_OK, vx_say(mClient, "Hello.", nullptr, &said));
+    vx_outcome outcome;
+    EXPECT_EQ(VX_OK, vx_utterance_wait(said, 60000, &outcome));
+    EXPECT_EQ(VX_OUTCOME_FINISHED, outcome.kind);
+    EXPECT_EQ(VX_OK, vx_utterance_free(said));
+}
+
+TEST_F(WhereNoMemoryIsLeft, AClientEndsWithAllItSaid) {
+    EXPECT_EQ(VX_OK, vx_fake_hold(mFake));
+    vx_utterance* said[100] = {};
+    for (vx_utterance*& each : said) {
+        EXPECT_EQ(VX_OK, vx_say(mClient, "Hello.", nullptr, &each));
+    }
+    endWithoutMemory();
+    for (vx_utterance* each : said) {
+        vx_outcome outcome;
+        EXPECT_EQ(VX_OK, vx_utterance_outcome(each, &outcome));
+        EXPECT_EQ(VX_CLOSED, outcome.status);
+        EXPECT_EQ(VX_OK, vx_utterance_free(each));
+    }
+}
+
 TEST_F(WhereMemoryRunsOut, NoHandlerIsSet) {
     EXPECT_GT(failEach([&] { return vx_on_event(mClient, nullptr, nullptr); }), 0);
 }
