@@ -12,7 +12,7 @@ namespace soak {
 /// What the ledgers of all processes come to.
 struct Account {
     /// A call that ends later than this behind its deadline is late. Others use the machine too.
-    static constexpr long kLateMs = 1000;
+    static constexpr long kLateMs = 2000;
 
     std::size_t utterances = 0;
     std::map<int, std::size_t> outcomes;  ///< by `voxtrel::Outcome::Kind`

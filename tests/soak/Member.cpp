@@ -2,9 +2,22 @@
 #include "tests/soak/Member.h"
 
 #include <csignal>
+#include <fstream>
 #include <utility>
 
 namespace soak {
+namespace {
+
+/// As in /proc: 'Z' of a process that has ended.
+char stateOf(pid_t process) {
+    std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
+    std::string line;
+    std::getline(stat, line);
+    const std::size_t name = line.rfind(") ");
+    return name == std::string::npos || name + 2 >= line.size() ? '?' : line[name + 2];
+}
+
+}  // namespace
 
 Member::Member(std::string name, std::function<Words(unsigned)> command)
     : mName(std::move(name)), mCommand(std::move(command)) {}
@@ -41,6 +54,16 @@ void Member::awaitEnd(int signal) {
     }
     mProcess->kill(SIGKILL);
     expectStatus(0);
+}
+
+bool Member::hasLeft() {
+    constexpr int kNoManager = 1;
+    if (!isAlive() || stateOf(pid()) != 'Z') {
+        return false;
+    }
+    ++mCounts.leaves;
+    expectStatus(kNoManager);
+    return true;
 }
 
 bool Member::say(const std::string& line) {

@@ -32,6 +32,10 @@ public:
     /// Waits until it has ended by itself, after `signal` or an order.
     void awaitEnd(int signal = 0);
 
+    /// True if it has left, with status 1 as a service without a service manager does. Then it is
+    /// not alive any more.
+    bool hasLeft();
+
     /// A line to it, and its answer; empty for none.
     bool say(const std::string& line);
     std::string answer() { return mProcess->readLine(); }
@@ -43,6 +47,7 @@ public:
         unsigned kills = 0;
         unsigned stops = 0;
         unsigned ends = 0;
+        unsigned leaves = 0;
     };
     const Counts& counts() const { return mCounts; }
 

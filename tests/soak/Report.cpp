@@ -20,9 +20,9 @@ void row(std::ostream& out, const std::string& name, std::initializer_list<Numbe
 }
 
 void printDisturbances(const Soak::Result& result, std::ostream& out) {
-    row(out, "", {"killed", "stopped", "ended"});
+    row(out, "", {"killed", "stopped", "ended", "left"});
     const auto line = [&out](const char* name, const Member::Counts& counts) {
-        row(out, name, {counts.kills, counts.stops, counts.ends});
+        row(out, name, {counts.kills, counts.stops, counts.ends, counts.leaves});
     };
     line("clients", result.clients);
     line("service", result.service);

@@ -127,6 +127,7 @@ void Soak::disturbUntil(Clock::time_point end, bool mayKillServers) {
             mRepairs.doUntil(Clock::now());
         }
         std::this_thread::sleep_until(next);
+        supervise();
         disturb(mayKillServers);
     }
 }
@@ -187,7 +188,15 @@ void Soak::startAfterAWhile(Member& member) {
     mRepairs.add(Clock::now() + milliseconds(upTo(1000)), [&member] { member.start(); });
 }
 
+/// On a busy machine a service manager may be back later than a service waits for it.
+void Soak::supervise() {
+    if (mService.hasLeft()) {
+        startAfterAWhile(mService);
+    }
+}
+
 void Soak::repairAll() {
+    supervise();
     mRepairs.doUntil(Clock::time_point::max());
 }
 
@@ -200,6 +209,9 @@ void Soak::order(const std::string& line) {
         std::string answer;
         for (int n = 0; n < kPatience && answer.empty(); ++n) {
             answer = client->answer();
+            if (mService.hasLeft()) {
+                mService.start();
+            }
         }
         if (answer != line) {
             mResult.findings.push_back(client->name() + " did not obey: " + line + ": " + answer);
@@ -246,6 +258,7 @@ void Soak::collect() {
         counts.kills += member.counts().kills;
         counts.stops += member.counts().stops;
         counts.ends += member.counts().ends;
+        counts.leaves += member.counts().leaves;
         mResult.findings.insert(mResult.findings.end(), member.findings().begin(),
                                 member.findings().end());
     };

@@ -48,6 +48,7 @@ private:
     void disturbServer(Member& server, bool mayKill);
     void stopForAWhile(Member& member);
     void startAfterAWhile(Member& member);
+    void supervise();
     void repairAll();
     bool isWhole() const { return mRepairs.next() == Clock::time_point::max(); }
     void calm();

@@ -62,11 +62,11 @@ TEST(AnAccount, FindsAnUtteranceWithTwoOutcomes) {
 }
 
 TEST(AnAccount, FindsALateCall) {
-    const Account account = accountOf("called say -3\ncalled lock 1000\ncalled stop 1001\nleft\n");
+    const Account account = accountOf("called say -3\ncalled lock 2000\ncalled stop 2001\nleft\n");
     EXPECT_EQ(account.calls, 3U);
     EXPECT_EQ(account.late, 1U);
-    EXPECT_EQ(account.longestBeyondMs, 1001);
-    EXPECT_EQ(account.findings, Findings{"1.1: stop ended 1001 ms behind its deadline"});
+    EXPECT_EQ(account.longestBeyondMs, 2001);
+    EXPECT_EQ(account.findings, Findings{"1.1: stop ended 2001 ms behind its deadline"});
 }
 
 /// A run in which all went well.
