@@ -17,6 +17,17 @@ char stateOf(pid_t process) {
     return name == std::string::npos || name + 2 >= line.size() ? '?' : line[name + 2];
 }
 
+/// The signals of one line of its status, such as "SigBlk:".
+unsigned long signalsOf(pid_t process, const std::string& line) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    std::string word;
+    while (status >> word && word != line) {
+    }
+    unsigned long signals = 0;
+    status >> std::hex >> signals;
+    return signals;
+}
+
 }  // namespace
 
 Member::Member(std::string name, std::function<Words(unsigned)> command)
@@ -24,6 +35,11 @@ Member::Member(std::string name, std::function<Words(unsigned)> command)
 
 void Member::start() {
     mProcess = std::make_unique<voxtrel_test::ChildProcess>(mCommand(++mLife));
+}
+
+bool Member::canBeEnded() const {
+    const unsigned long signals = signalsOf(pid(), "SigBlk:") | signalsOf(pid(), "SigCgt:");
+    return (signals >> (SIGTERM - 1) & 1UL) != 0;
 }
 
 void Member::kill() {

@@ -22,6 +22,9 @@ public:
     const std::string& name() const { return mName; }
     bool isAlive() const { return mProcess != nullptr; }
     bool isStopped() const { return mIsStopped; }
+
+    /// SIGTERM does not just kill it: it has come so far as to wait for the signal.
+    bool canBeEnded() const;
     pid_t pid() const { return isAlive() ? mProcess->pid() : -1; }
 
     void start();

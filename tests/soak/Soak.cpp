@@ -169,7 +169,7 @@ void Soak::disturbServer(Member& server, bool mayKill) {
     if (choice < 2) {
         server.kill();
         startAfterAWhile(server);
-    } else if (choice < 3 && isWhole()) {
+    } else if (choice < 3 && isWhole() && server.canBeEnded()) {
         server.awaitEnd(SIGTERM);
         startAfterAWhile(server);
     } else {
