@@ -119,6 +119,7 @@ TEST_F(TheNamesOfServices, AreOfTheUserWhoRegisteredThemWhateverBecameOfIt) {
     android::OwnedService found;
     ASSERT_EQ(OK, android::findOwnedService(String16("turned"), found));
     EXPECT_EQ(getuid(), found.owner);
+    EXPECT_EQ(server.pid(), found.process);
     EXPECT_TRUE(found.service == probe::find("turned")) << "and the reference is the same";
     server.killNow();
     EXPECT_TRUE(eventually([&] {

@@ -32,10 +32,15 @@ status_t findOwnedService(const String16& name, OwnedService& found) {
     }
     const sp<IBinder> service = reply.readStrongBinder();
     int32_t owner = 0;
+    int32_t process = 0;
     if (service != nullptr && reply.readInt32(&owner) != OK) {
         return BAD_VALUE;
     }
+    if (service == nullptr || reply.readInt32(&process) != OK) {
+        process = 0;
+    }
     found.service = service;
+    found.process = process;
     found.owner = service != nullptr ? static_cast<uid_t>(owner) : static_cast<uid_t>(-1);
     return OK;
 }

@@ -17,6 +17,7 @@ namespace android {
 struct OwnedService {
     sp<IBinder> service;  ///< null: there is none of that name
     uid_t owner = static_cast<uid_t>(-1);
+    pid_t process = 0;  ///< that registered it; 0: an older service manager does not tell
 };
 
 /// The service of that name with its owner, both out of one answer of the service manager's: it is
@@ -28,7 +29,7 @@ struct OwnedService {
 status_t findOwnedService(const String16& name, OwnedService& found);
 
 /// The service manager's transaction for it: a name; answered with a binder and, for one that is
-/// not null, an int32 with its owner's uid.
+/// not null, an int32 with its owner's uid and one with the process id.
 constexpr uint32_t GET_OWNED_SERVICE_TRANSACTION = IBinder::FIRST_CALL_TRANSACTION + 0x100;
 
 }  // namespace android

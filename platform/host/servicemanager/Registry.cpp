@@ -206,10 +206,12 @@ status_t Registry::listTo(Parcel* reply) {
 
 status_t Registry::writeOwned(const String16& name, Parcel* reply) const {
     const Entry entry = find(name);
-    const status_t status = reply->writeStrongBinder(entry.service);
-    return status != OK || entry.service == nullptr
-               ? status
-               : reply->writeInt32(static_cast<int32_t>(entry.owner));
+    status_t status = reply->writeStrongBinder(entry.service);
+    if (status == OK && entry.service != nullptr) {
+        reply->writeInt32(static_cast<int32_t>(entry.owner));
+        status = reply->writeInt32(entry.pid);
+    }
+    return status;
 }
 
 status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
