@@ -26,7 +26,7 @@ Status checkText(const Speech& speech) {
 std::shared_ptr<Session> sessionFor(const ClientOptions& options,
                                     const std::shared_ptr<Mailbox>& mailbox) {
     return options.fake != nullptr ? testing::sessionOf(*options.fake, mailbox)
-                                   : Session::ofProcess(mailbox);
+                                   : Session::ofProcess(mailbox, options.trustedUsers);
 }
 
 }  // namespace
@@ -151,10 +151,30 @@ Result<void> Client::waitUntilConnected(std::optional<Milliseconds> deadline) {
     return mState->session->waitUntilConnected(mState->deadline(deadline));
 }
 
+Diagnosis Client::diagnose(std::optional<Milliseconds> deadline) {
+    return mState->session->diagnose(mState->deadline(deadline));
+}
+
+Result<void> Client::waitUntilTaken(std::optional<Milliseconds> deadline) {
+    return mState->session->waitUntilTaken(*mState->mailbox, mState->deadline(deadline));
+}
+
+Result<void> Client::checkEvents(std::optional<Milliseconds> deadline) {
+    return mState->session->checkEvents(mState->deadline(deadline));
+}
+
 Result<Lock> Client::lock(std::optional<Milliseconds> deadline) {
     const Result<std::uint64_t> locked =
         mState->session->lock(*mState->mailbox, mState->deadline(deadline));
     return locked ? Result<Lock>(Lock(mState, *locked)) : Result<Lock>(locked.error());
+}
+
+Result<LockState> Client::lockState(std::optional<Milliseconds> deadline) {
+    return mState->session->lockState(mState->deadline(deadline));
+}
+
+Result<std::uint32_t> Client::breakLock(std::optional<Milliseconds> deadline) {
+    return mState->session->breakLock(*mState->mailbox, mState->deadline(deadline));
 }
 
 Lock& Lock::operator=(Lock&& other) noexcept {

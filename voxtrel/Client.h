@@ -10,7 +10,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "voxtrel/Diagnosis.h"
 #include "voxtrel/Event.h"
 #include "voxtrel/Result.h"
 #include "voxtrel/Settings.h"
@@ -42,6 +44,12 @@ struct ClientOptions {
     Milliseconds linger = Milliseconds(2000);
 
     HandlerThread handlerThread = HandlerThread::OfTheLibrary;
+
+    /// Set: a service is talked to, and told what is to be said, only if it is this user's own,
+    /// root's, or that of one of these users, by number. Not set: anybody's. Without effect on a
+    /// device, whose service manager does not tell whose a service is and decides itself who may
+    /// register one. That of the client that begins the connection of the process counts.
+    std::optional<std::vector<std::uint32_t>> trustedUsers = {};
 
     /// Stands in for the service in the tests of an application; must outlive the client.
     testing::FakeService* fake = nullptr;
@@ -144,6 +152,22 @@ public:
     /// @return why there is no service, when there is none in time.
     Result<void> waitUntilConnected(std::optional<Milliseconds> deadline = {});
 
+    /// How far the way to the service goes, and what is in the way. Says so as soon as it is known,
+    /// and at once where there is no service manager; while nobody answers it waits a moment for an
+    /// answer, and no longer than the deadline.
+    Diagnosis diagnose(std::optional<Milliseconds> deadline = {});
+
+    /// Waits until the service has everything that this client said, and has told what it refuses:
+    /// what has no outcome then is being spoken or waits at the service for its turn. Of a long
+    /// text that may be as late as it takes to speak all but the last 64 KiB.
+    /// @return TimedOut, or why there is no service; not what became of the utterances.
+    Result<void> waitUntilTaken(std::optional<Milliseconds> deadline = {});
+
+    /// Asks the service for an event, and waits until it has told it: a service that does not will
+    /// tell of nothing else either. After a call that timed out the next one waits on.
+    /// @return TimedOut, or why there is no service.
+    Result<void> checkEvents(std::optional<Milliseconds> deadline = {});
+
     /// What the service can do.
     Result<Features> features(std::optional<Milliseconds> deadline = {});
 
@@ -159,6 +183,12 @@ public:
 
     /// Takes the lock. A process has it once.
     Result<Lock> lock(std::optional<Milliseconds> deadline = {});
+
+    Result<LockState> lockState(std::optional<Milliseconds> deadline = {});
+
+    /// Frees the lock, whoever has it, if this user may.
+    /// @return the process that had it; 0: nobody. Locked: another client of this process.
+    Result<std::uint32_t> breakLock(std::optional<Milliseconds> deadline = {});
 
     /// Writes the defaults of this client into a profile (docs/profile-format.md). What was there
     /// stays as it is unless all could be written. Volume and pitch become whole numbers, which the

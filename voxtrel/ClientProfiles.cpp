@@ -1,52 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // The members of Client about profiles.
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
-#include "vocabulary/Language.h"
 #include "voxtrel/Client.h"
 #include "voxtrel/ClientState.h"
-#include "voxtrel/ProfileFile.h"
+#include "voxtrel/Profile.h"
 #include "voxtrel/session/SpeechRules.h"
 
 namespace voxtrel {
 namespace {
-
-using TTS::TtsSetting;
-
-template <typename Number>
-constexpr auto kUnset = static_cast<Number>(WireSettings::kNotSet);
-
-template <typename Number>
-void put(const std::optional<Number>& value, Number& field) {
-    if (value) {
-        field = *value;
-    }
-}
-
-template <typename Number>
-std::optional<Number> get(Number field) {
-    return field == kUnset<Number> ? std::nullopt : std::optional<Number>(field);
-}
-
-/// The setting without the language and the voice, which must be looked up.
-TtsSetting numbersOf(const SpeechOptions& options) {
-    TtsSetting setting("");
-    put(options.speed, setting.mSpeed);
-    put(options.pitch, setting.mPitch);
-    put(options.volume, setting.mVolume);
-    put(options.speechVolume, setting.mTtsVolume);
-    put(options.mediaVolume, setting.mMediaVolume);
-    setting.mPitch = std::round(setting.mPitch);
-    setting.mVolume = std::round(setting.mVolume);
-    return setting;
-}
-
-bool isSame(const TtsSetting& a, const TtsSetting& b) {
-    return a.mSpeed == b.mSpeed && a.mPitch == b.mPitch && a.mVolume == b.mVolume &&
-           a.mTtsVolume == b.mTtsVolume && a.mMediaVolume == b.mMediaVolume;
-}
 
 /// Nothing if it is not a number of a voice.
 std::optional<std::uint32_t> numberOf(const std::string& voice) {
@@ -78,19 +41,27 @@ Result<WireSettings> lookUp(const SpeechOptions& options, Session& session) {
     return toWire(speaker, *known);
 }
 
-SpeechOptions optionsOf(const TtsSetting& setting) {
+Profile profileOf(const SpeechOptions& options) {
+    Profile profile;
+    profile.settings.speed = options.speed;
+    profile.settings.pitch = options.pitch;
+    profile.settings.volume = options.volume;
+    profile.settings.speechVolume = options.speechVolume;
+    profile.settings.mediaVolume = options.mediaVolume;
+    return profile;
+}
+
+SpeechOptions optionsOf(const GlobalSettings& settings) {
     SpeechOptions options;
-    const EN_VOXTREL_LANGUAGE language = TTS::langStr2Id(setting.mLang);
-    if (language < LANG_NA) {
-        options.language = tagOf(language);
-        const bool hasVoice = setting.mVoice != 0 && get(setting.mVoice);  // 0: the language's own
-        options.voice = hasVoice ? std::optional(std::to_string(setting.mVoice)) : std::nullopt;
+    options.language = settings.language;
+    if (settings.language && settings.voice.value_or(0) != 0) {  // 0: the language's own
+        options.voice = std::to_string(*settings.voice);
     }
-    options.speed = get(setting.mSpeed);
-    options.pitch = get(setting.mPitch);
-    options.volume = get(setting.mVolume);
-    options.speechVolume = get(setting.mTtsVolume);
-    options.mediaVolume = get(setting.mMediaVolume);
+    options.speed = settings.speed;
+    options.pitch = settings.pitch;
+    options.volume = settings.volume;
+    options.speechVolume = settings.speechVolume;
+    options.mediaVolume = settings.mediaVolume;
     return options;
 }
 
@@ -101,25 +72,24 @@ Result<void> Client::saveProfile(const std::string& path) const {
     if (const Status status = checkOptions(options); status != Status::Ok) {
         return Error{status, describe(status)};
     }
-    TtsSetting setting = numbersOf(options);
-    if (!isSame(setting, rereadProfile(setting))) {
-        return Error{Status::BadParameter, "a profile cannot hold so large a number"};
-    }
     const Result<WireSettings> speaker = lookUp(options, *mState->session);
     if (!speaker) {
         return speaker.error();
     }
-    setting.mLang = TTS::langId2Str(speaker->language);
-    setting.mVoice = speaker->voice;
-    return replaceProfile(path, setting);
+    Profile profile = profileOf(options);
+    if (speaker->language != LANG_NA) {
+        profile.settings.language = tagOf(speaker->language);
+    }
+    profile.settings.voice = speaker->voice;
+    return profile.write(path);
 }
 
 Result<void> Client::loadProfile(const std::string& path) {
-    const Result<TtsSetting> read = readProfile(path);
+    const Result<Profile> read = Profile::read(path);
     if (!read) {
         return read.error();
     }
-    SpeechOptions options = optionsOf(*read);
+    SpeechOptions options = optionsOf(read->settings);
     const std::lock_guard<std::mutex> lock(mState->mutex);
     options.onLoss = mState->defaults.onLoss;
     mState->defaults = options;

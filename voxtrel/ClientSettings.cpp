@@ -63,6 +63,10 @@ int readAll(Service& service, unsigned pid, GlobalSettings& out) {
     read(service, pid, GCONF_TTS_VOLUME, out.speechVolume);
     read(service, pid, GCONF_BG_VOLUME, out.mediaVolume);
     out.verbosity = service.verbosity();
+    const int rate = service.globalRate();
+    if (rate >= 0 && static_cast<std::uint32_t>(rate) != kNotSet) {
+        out.rate = static_cast<std::uint32_t>(rate);
+    }
     return 0;
 }
 
@@ -85,6 +89,12 @@ int checkVoice(Service& service, unsigned pid, std::uint32_t voice, const TTS::C
                                                                : TTS::STATUS_OK;
 }
 
+/// Some services answer 0 to a rate that they do not take.
+int writeRate(Service& service, unsigned pid, std::uint32_t rate, const TTS::Capabilities& can) {
+    const bool isTaken = can.speedSupported && rate >= can.speedMin && rate <= can.speedMax;
+    return isTaken ? service.setGlobalRate(pid, rate) : TTS::STATUS_BAD_PARAMETER;
+}
+
 int writeAll(Service& service, unsigned pid, const GlobalSettings& settings,
              const TTS::Capabilities& can) {
     int status = 0;
@@ -101,6 +111,9 @@ int writeAll(Service& service, unsigned pid, const GlobalSettings& settings,
     }
     write(GCONF_VOICE, settings.voice);
     write(GCONF_SPEED, settings.speed);
+    if (status == 0 && settings.rate) {
+        status = writeRate(service, pid, *settings.rate, can);
+    }
     write(GCONF_PITCH, settings.pitch);
     write(GCONF_VOLUME, settings.volume);
     write(GCONF_TTS_VOLUME, settings.speechVolume);
@@ -114,9 +127,7 @@ int writeAll(Service& service, unsigned pid, const GlobalSettings& settings,
 }  // namespace
 
 Result<Features> Client::features(std::optional<Milliseconds> deadline) {
-    const Result<TTS::Capabilities> found =
-        mState->session->capabilities(mState->deadline(deadline));
-    return found ? Result<Features>(toFeatures(*found)) : Result<Features>(found.error());
+    return mState->session->features(mState->deadline(deadline));
 }
 
 Result<GlobalSettings> Client::settings(std::optional<Milliseconds> deadline) {

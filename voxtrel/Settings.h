@@ -19,6 +19,14 @@ enum class Switch {
     SpeechVolume,
 };
 
+/// Who has the service's lock.
+enum class LockState {
+    Free,
+    HeldByThisProcess,
+    HeldByAnother,
+    Unknown,  ///< the service does not tell, or not this user
+};
+
 /// Settings that the service keeps for all its clients.
 ///
 /// Read: those that the service does not tell are not set. Changed: those that are set.
@@ -26,6 +34,7 @@ struct GlobalSettings {
     std::optional<std::string> language = {};  ///< a tag, "fr-FR"
     std::optional<std::uint32_t> voice = {};   ///< its number in the language
     std::optional<std::uint32_t> speed = {};
+    std::optional<std::uint32_t> rate = {};  ///< `Features::speed`; of most services the same
     std::optional<float> pitch = {};
     std::optional<float> volume = {};
     std::optional<std::uint32_t> speechVolume = {};  ///< per cent

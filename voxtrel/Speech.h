@@ -49,6 +49,8 @@ struct Features {
     Range<float> volume;
     std::vector<std::string> languages;  ///< as tags, "en-US"
     std::vector<Voice> voices;
+    std::vector<std::string> filteredLanguages;  ///< the service's, kept from applications here
+    std::vector<Voice> filteredVoices;
 };
 
 }  // namespace voxtrel

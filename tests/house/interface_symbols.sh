@@ -11,13 +11,13 @@ wanted=$(sed 's/$/@@VOXTREL_APP_1/' <<<"$declared" | sort)
 exported=$(grep '^vx_' <<<"$symbols" | sort)
 diff <(echo "$wanted") <(echo "$exported") || { echo "declared (<), exported (>)"; exit 1; }
 for class in 'Client::say(' 'Client::~Client()' 'Utterance::wait(' 'Outcome::message() const' \
-    'Lock::~Lock()' 'describe(' 'testing::FakeService::FakeService()' \
+    'Lock::~Lock()' 'Diagnosis::whyNot() const' 'Profile::read(' 'describe(' 'testing::FakeService::FakeService()' \
     'testing::FakeService::die()'; do
     grep -qF "voxtrel::$class" <<<"$symbols" || { echo "not exported: voxtrel::$class"; exit 1; }
 done
 grep -qxF 'typeinfo for voxtrel::Failure@@VOXTREL_APP_1' <<<"$symbols" ||
     { echo "a Failure cannot be caught"; exit 1; }
-foreign=$(grep -vE '^(vx_[a-z_]+|VOXTREL_APP_1|voxtrel::(Client|Lock|Outcome|Utterance)::[^:]*\(.*|voxtrel::describe\(.*|voxtrel::testing::FakeService::(~?FakeService|[a-z][A-Za-z]*(\[abi:cxx11\])?)\(.*|(typeinfo|typeinfo name|vtable) for voxtrel::Failure)(@@VOXTREL_APP_1)?$' \
+foreign=$(grep -vE '^(vx_[a-z_]+|VOXTREL_APP_1|voxtrel::(Client|Diagnosis|Lock|Outcome|Profile|Utterance)::[^:]*\(.*|voxtrel::describe\(.*|voxtrel::testing::FakeService::(~?FakeService|[a-z][A-Za-z]*(\[abi:cxx11\])?)\(.*|(typeinfo|typeinfo name|vtable) for voxtrel::Failure)(@@VOXTREL_APP_1)?$' \
     <<<"$symbols" || true)
 unversioned=$(grep -vE '@@VOXTREL_APP_1$|^VOXTREL_APP_1$' <<<"$symbols" || true)
 if [ -n "$foreign$unversioned" ]; then

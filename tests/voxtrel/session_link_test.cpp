@@ -32,9 +32,7 @@ class ClosedPort : public Port {
 public:
     explicit ClosedPort(std::shared_ptr<FakeState> service) : mService(std::move(service)) {}
 
-    Found find(std::function<void()> /*died*/) override {
-        return {new ClosedRemote(mService), Status::Ok, ""};
-    }
+    Found find(std::function<void()> /*died*/) override { return {new ClosedRemote(mService)}; }
 
 private:
     const std::shared_ptr<FakeState> mService;

@@ -63,7 +63,7 @@ public:
         : mService(std::move(service)), mLosses(losses) {}
 
     Found find(std::function<void()> /*died*/) override {
-        return {new LossyRemote(mService, mLosses), Status::Ok, ""};
+        return {new LossyRemote(mService, mLosses)};
     }
 
 private:

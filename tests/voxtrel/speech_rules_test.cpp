@@ -180,7 +180,7 @@ TEST(Features, AreThoseOfTheService) {
     TTS::Capabilities can = all();
     can.languages[LANG_ES_ES] = false;
     can.volumeSupported = false;
-    const Features features = toFeatures(can);
+    const Features features = toFeatures(can, can);
     EXPECT_TRUE(features.speed.isSupported);
     EXPECT_EQ(80U, features.speed.least);
     EXPECT_EQ(900U, features.speed.most);
@@ -196,7 +196,7 @@ TEST(Features, AreThoseOfTheService) {
 TEST(Features, TakeANameThatFillsItsField) {
     TTS::Capabilities can = all();
     std::fill(std::begin(can.voices[0].name), std::end(can.voices[0].name), 'n');
-    EXPECT_EQ(std::string(64, 'n'), toFeatures(can).voices[0].name);
+    EXPECT_EQ(std::string(64, 'n'), toFeatures(can, can).voices[0].name);
 }
 
 }  // namespace

@@ -2,11 +2,25 @@
 #include "voxtrel/session/BinderPort.h"
 
 #include <binder/ProcessState.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+// Of a PC alone: a device's service manager decides itself who may register, and tells nobody.
+#if __has_include(<binder/ServiceOwner.h>)
+#include <binder/ServiceManagerSocket.h>
+#include <binder/ServiceOwner.h>
+
+#include "voxtrel/session/Surroundings.h"
+#define VOXTREL_KNOWS_OWNERS 1
+#else
+#define VOXTREL_KNOWS_OWNERS 0
+#endif
 
 namespace voxtrel {
 namespace {
 
-constexpr const char* kNoManager = "there is no service manager: start it";
+constexpr std::uint32_t kRoot = 0;
 
 class Watch : public android::IBinder::DeathRecipient {
 public:
@@ -17,28 +31,77 @@ private:
     const std::function<void()> mDied;
 };
 
+struct Registered {
+    android::sp<android::IBinder> binder = nullptr;
+    Peer peer = {};
+};
+
+Registered lookUp(android::IServiceManager& manager, const android::String16& name) {
+    Registered found;
+#if VOXTREL_KNOWS_OWNERS
+    android::OwnedService owned;
+    if (android::findOwnedService(name, owned) == android::OK) {
+        found.binder = owned.service;
+        found.peer.process = static_cast<std::uint32_t>(std::max<pid_t>(owned.process, 0));
+        found.peer.user = owned.owner;
+        return found;
+    }
+#endif
+    // Not getService, which takes seconds on some runtimes when there is none.
+    found.binder = manager.checkService(name);
+    return found;
+}
+
 }  // namespace
+
+bool BinderPort::isTrusted(const Peer& peer) const {
+    if (VOXTREL_KNOWS_OWNERS == 0 || !mTrusted) {
+        return true;
+    }
+    const bool isOwn = peer.user == getuid() || peer.user == kRoot;
+    return isOwn || (peer.user && std::count(mTrusted->begin(), mTrusted->end(), *peer.user) > 0);
+}
 
 Port::Found BinderPort::find(std::function<void()> died) {
     const android::sp<android::IServiceManager> manager = android::defaultServiceManager();
     if (manager == nullptr) {
-        return {nullptr, Status::ServiceNotFound, kNoManager};
+        return {nullptr, Reach::NoManager};
     }
     android::ProcessState::self()->startThreadPool();
-    // Not getService, which takes seconds on some runtimes when there is none.
-    const android::sp<android::IBinder> binder = manager->checkService(mName);
-    if (binder == nullptr) {
+    const Registered registered = lookUp(*manager, mName);
+    if (registered.binder == nullptr) {
         // Some runtimes tell no manager from one that does not know the name.
         const bool isManaged = android::IInterface::asBinder(manager) != nullptr;
-        return {nullptr, Status::ServiceNotFound,
-                isManaged ? describe(Status::ServiceNotFound) : kNoManager};
+        return {nullptr, isManaged ? Reach::NoService : Reach::NoManager};
+    }
+    if (!isTrusted(registered.peer)) {
+        return {nullptr, Reach::NotTrusted, registered.peer};
     }
     const android::sp<Watch> watch = new Watch(std::move(died));
-    if (binder->linkToDeath(watch, nullptr, 0) == android::DEAD_OBJECT) {
-        return {nullptr, Status::NoService, "the service has just died: start it"};
+    if (registered.binder->linkToDeath(watch, nullptr, 0) == android::DEAD_OBJECT) {
+        return {nullptr, Reach::NoService};
     }
     mWatch = watch;
-    return {TTS::ITextToSpeechFestival::asInterface(binder), Status::Ok, ""};
+    return {TTS::ITextToSpeechFestival::asInterface(registered.binder), Reach::Connected,
+            registered.peer};
+}
+
+Diagnosis BinderPort::look() const {
+#if VOXTREL_KNOWS_OWNERS
+    const std::lock_guard<std::mutex> lock(mMutex);
+    if (isStopped(mManager.process)) {
+        // Another connection would only fill the queue of those that wait for it.
+        return {Reach::Connected, "socket", android::serviceManagerSocket(), 0, mManager};
+    }
+    const Diagnosis seen = lookAtSocket(android::serviceManagerSocket());
+    mManager = seen.manager;
+    return seen;
+#else
+    Diagnosis seen;
+    seen.reach = Reach::Connected;
+    seen.transport = "driver";
+    return seen;
+#endif
 }
 
 }  // namespace voxtrel

@@ -4,6 +4,7 @@
 #include "vocabulary/Status.h"
 #include "voxtrel/session/DeviceFilter.h"
 #include "voxtrel/session/Session.h"
+#include "voxtrel/session/Surroundings.h"
 
 namespace voxtrel {
 namespace {
@@ -16,9 +17,13 @@ constexpr std::chrono::seconds kAtFirst(30);
 /// A service that loads its voices is asked so often whether it has.
 constexpr std::chrono::milliseconds kLoadingPause(50);
 
-/// A question that takes longer is stuck. A service that loads its voices may be slow.
+/// A right service refuses a pause that is too long at once.
+constexpr std::chrono::seconds kToRefuse(1);
+
+/// Who takes longer does not answer if its process is stopped; else it may just be busy, for a
+/// while.
 constexpr std::chrono::milliseconds kPrompt(200);
-constexpr std::chrono::milliseconds kPromptWhileLoading(2000);
+constexpr std::chrono::seconds kPatience(2);
 
 class SessionCallback : public TTS::BnCallback {
 public:
@@ -47,15 +52,17 @@ void Session::link() {
             continue;
         }
         const std::uint64_t life = ++mLife;
-        TTS::Capabilities capabilities;
+        Offer offer;
         lock.unlock();
-        Port::Found found = connect(life, capabilities);
+        Port::Found found = connect(life, offer);
         lock.lock();
         if (found.service != nullptr && !isOver(life)) {
-            publish(found.service, capabilities);
+            publish(found.service, offer);
             continue;
         }
-        mWhyNot = {found.status, found.why};
+        mReach = found.service != nullptr ? Reach::NoService : found.reach;
+        mHasSearched = true;
+        mChanged.notify_all();
         if (found.service != nullptr) {
             lock.unlock();
             (void)found.service->deregisterCallback(mPid);
@@ -64,21 +71,22 @@ void Session::link() {
         }
         mStage = Stage::Waiting;
         const bool isEarly = Clock::now() < since + kAtFirst;
-        const bool isPrompt = isEarly && mWhyNot.status != Status::PermissionDenied;
+        const bool isPrompt =
+            isEarly && mReach != Reach::NotAdmitted && mReach != Reach::NotTrusted;
         mToLink.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
     }
     finish(mLinker);
 }
 
 /// A service among what is found has this client's callback.
-Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities) {
+Port::Found Session::connect(std::uint64_t life, Offer& offer) {
     enter(Stage::Searching);
     Port::Found found = mPort->find([weak = weak_from_this(), life] {
         if (const std::shared_ptr<Session> session = weak.lock()) {
             session->onDeath(life);
         }
     });
-    noteAbsence(found.service == nullptr);
+    noteSearch(found);
     if (found.service == nullptr) {
         return found;
     }
@@ -88,21 +96,26 @@ Port::Found Session::connect(std::uint64_t life, TTS::Capabilities& capabilities
     }
     // Services differ in what they answer; whether the client is admitted, the capabilities tell.
     (void)found.service->registerCallback(mPid, mCallback);
-    if (!awaitReady(life, *found.service, capabilities)) {
-        found.status = Status::NoService;
-        found.why = describe(Status::NoService);
+    if (!awaitReady(life, *found.service, offer.all)) {
+        found.reach = Reach::NoService;
         return found;
     }
-    if (!capabilities.permitted) {
-        return {nullptr, Status::PermissionDenied, describe(Status::PermissionDenied)};
+    if (!offer.all.permitted) {
+        return {nullptr, Reach::NotAdmitted};
     }
-    removeFiltered(capabilities);
+    offer.left = offer.all;
+    removeFiltered(offer.left);
     return found;
 }
 
-void Session::noteAbsence(bool isAbsent) {
+void Session::noteSearch(const Port::Found& found) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    mIsAbsent = isAbsent;
+    mIsAbsent = found.service == nullptr;
+    mPeer = found.peer;
+    mTakesAnyPause = false;
+    mOpenFence = 0;
+    mEventFence = 0;
+    mIsEventTold = false;
     mIsReady = false;
     mChanged.notify_all();
 }
@@ -134,14 +147,17 @@ void Session::enter(Stage stage) {
     if (mStage != stage) {
         mStage = stage;
         mStageBegun = Clock::now();
+        mChanged.notify_all();
     }
 }
 
-void Session::publish(const android::sp<Service>& service, const TTS::Capabilities& capabilities) {
+void Session::publish(const android::sp<Service>& service, const Offer& offer) {
     mService = service;
-    mCapabilities = std::make_shared<const TTS::Capabilities>(capabilities);
+    mCapabilities = std::make_shared<const TTS::Capabilities>(offer.left);
+    mFeatures = toFeatures(offer.left, offer.all);
     Event event;
     event.kind = Event::Kind::Connected;
+    event.value = mPeer.process;
     tellAll(event);
     mChanged.notify_all();
     mToSend.notify_one();
@@ -161,7 +177,7 @@ void Session::onDeath(std::uint64_t life) {
     dead = mService;
     mService.clear();
     mGone = Clock::now();
-    mWhyNot = {Status::NoService, describe(Status::NoService)};
+    mReach = Reach::NoService;
     mStage = Stage::Waiting;
     failCalls(TTS::STATUS_NO_SERVICE);
     answerFences(Answer::Gone);
@@ -176,23 +192,73 @@ void Session::onDeath(std::uint64_t life) {
     mToLink.notify_one();
 }
 
+Diagnosis Session::diagnose(Clock::time_point deadline) {
+    if (const Diagnosis seen = mPort->look(); seen.reach != Reach::Connected && !isConnected()) {
+        return seen;
+    }
+    std::unique_lock<std::mutex> lock(mMutex);
+    if (!waitUntilKnown(lock, std::min(deadline, mStageBegun + kPrompt))) {
+        const Diagnosis seen = diagnose(lock);
+        if (seen.manager.isStopped || seen.service.isStopped) {
+            return seen;
+        }
+        waitUntilKnown(lock, std::min(deadline, mStageBegun + kPatience));
+    }
+    if (mIsInside) {
+        mChanged.wait_until(lock, std::min(deadline, mInsideSince + kPrompt),
+                            [this] { return !mIsInside; });
+    }
+    const auto refused = std::min(deadline, Clock::now() + kToRefuse);
+    mChanged.wait_until(lock, refused,
+                        [this] { return mOpenFence == 0 || mService == nullptr || mIsStuck; });
+    return diagnose(lock);
+}
+
+/// How far the way to the service goes, or how far it went last.
+bool Session::waitUntilKnown(std::unique_lock<std::mutex>& lock, Clock::time_point deadline) {
+    return mChanged.wait_until(lock, deadline, [this] {
+        return mService != nullptr || mHasSearched || mStage == Stage::Loading ||
+               mStage == Stage::AskingAgain;
+    });
+}
+
+/// Lets go of the lock while it looks.
+Diagnosis Session::diagnose(std::unique_lock<std::mutex>& lock) const {
+    const Peer service = mPeer;
+    lock.unlock();
+    Diagnosis seen = mPort->look();
+    seen.service = service;
+    seen.service.isStopped = isStopped(service.process);
+    lock.lock();
+    seen.takesAnyPause = mTakesAnyPause;
+    if (mService != nullptr) {
+        const bool isSilent = mIsInside && Clock::now() >= mInsideSince + kPrompt;
+        seen.reach = mIsStuck || isSilent ? Reach::ServiceSilent : Reach::Connected;
+    } else if (seen.reach == Reach::Connected) {
+        seen.reach = reachOfStage(seen);
+    }
+    return seen;
+}
+
+Reach Session::reachOfStage(const Diagnosis& seen) const {
+    const bool isAtManager = mStage == Stage::Searching || mStage == Stage::Waiting;
+    const bool isStopped = isAtManager ? seen.manager.isStopped : seen.service.isStopped;
+    const auto end = mStageBegun + (isStopped ? Clock::duration(kPrompt) : kPatience);
+    const bool isPrompt = Clock::now() < end;
+    if (mStage == Stage::Loading || (mStage == Stage::AskingAgain && isPrompt)) {
+        return Reach::Loading;
+    }
+    if (mHasSearched && (mStage == Stage::Waiting || isPrompt)) {
+        return mReach;
+    }
+    return isAtManager ? Reach::ManagerSilent : Reach::ServiceSilent;
+}
+
 /// Why there is no connection, in the words of what it waits for.
-Error Session::unavailable() const {
-    const bool isLoading = mStage == Stage::Loading || mStage == Stage::AskingAgain;
-    const bool isAsking = mStage != Stage::Waiting && mStage != Stage::Loading;
-    const auto patience = isLoading ? kPromptWhileLoading : kPrompt;
-    const bool isPrompt = !isAsking || Clock::now() < mStageBegun + patience;
-    if (isPrompt && isLoading) {
-        return {Status::NoService, "the service is loading its voices: wait a little longer"};
-    }
-    if (isPrompt) {
-        return mWhyNot;
-    }
-    if (mStage == Stage::Searching) {
-        return {Status::Unresponsive,
-                "the service manager does not answer: it may be stopped, or not be there"};
-    }
-    return {Status::Unresponsive, "the service does not answer: it may be stopped"};
+Error Session::unavailable(std::unique_lock<std::mutex>& lock) const {
+    const Diagnosis seen = diagnose(lock);
+    const Error error = seen.whyNot();
+    return error.status == Status::Ok ? Error{Status::TimedOut, describe(Status::TimedOut)} : error;
 }
 
 }  // namespace voxtrel

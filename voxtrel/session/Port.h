@@ -6,7 +6,7 @@
 #include <string>
 
 #include "ipc/ITextToSpeechFestival.h"
-#include "voxtrel/Status.h"
+#include "voxtrel/Diagnosis.h"
 
 namespace voxtrel {
 
@@ -18,14 +18,19 @@ public:
 
     /// What `find` found, or why nothing.
     struct Found {
-        android::sp<TTS::ITextToSpeechFestival> service;
-        Status status = Status::Ok;
-        std::string why;
+        android::sp<TTS::ITextToSpeechFestival> service = nullptr;
+        Reach reach = Reach::Connected;  ///< where it ended, when there is no service
+        Peer peer = {};                  ///< of the service
     };
 
     /// Looks for the service once. May take as long as the runtime does: without end.
     /// @param died is called on any thread, once, when the service dies.
     virtual Found find(std::function<void()> died) = 0;
+
+    /// What the system tells of the way to the service manager, asking nobody: reach `NoManager`,
+    /// `ManagerNotPermitted`, or `Connected` for one that may be there. Never waits. Called on: any
+    /// thread.
+    virtual Diagnosis look() const { return {Reach::Connected}; }
 };
 
 }  // namespace voxtrel

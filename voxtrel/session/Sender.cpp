@@ -146,6 +146,8 @@ void Session::transmit(std::unique_lock<std::mutex>& lock, const SpeechRequest& 
     if (request.speech == nullptr) {
         const bool isFence = request.kind == SpeechRequest::Kind::Fence;
         const std::uint32_t length = isFence ? wire::kEndlessPause : 0;
+        mOpenFence = isFence ? request.number : mOpenFence;
+        mFenceSent = isFence ? Clock::now() : mFenceSent;
         (void)callService(lock, [&](Service& service) {
             return service.silence(mPid, request.number, length, WireSettings::kNotSet);
         });

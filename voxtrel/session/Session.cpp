@@ -19,6 +19,9 @@ constexpr std::uint32_t kFirstFence = 0x80000000;
 /// How long a thread that has nothing more to do may take to end.
 constexpr std::chrono::milliseconds kToEnd(200);
 
+/// A right service refuses a pause that is too long at once.
+constexpr std::chrono::milliseconds kToRefuse(200);
+
 /// A call that takes longer does not answer, whatever the deadline of whoever waits for it.
 constexpr std::chrono::milliseconds kPrompt(100);
 
@@ -30,11 +33,12 @@ bool isDead(TTS::ITextToSpeechFestival& service) {
 
 /// The service may still speak what an earlier session of this process has left it, and tells the
 /// process: the numbers of the next one begin elsewhere.
-std::shared_ptr<Session> newSessionOfProcess() {
+std::shared_ptr<Session> newSessionOfProcess(
+    const std::optional<std::vector<std::uint32_t>>& trusted) {
     constexpr std::uint32_t kNumbersOfOne = 0x100000;
     static std::uint32_t lastNumber = 0;
     lastNumber = (lastNumber + kNumbersOfOne) % kFirstFence;
-    return std::make_shared<Session>(std::make_unique<BinderPort>(), lastNumber);
+    return std::make_shared<Session>(std::make_unique<BinderPort>(trusted), lastNumber);
 }
 
 std::mutex gMutex;
@@ -45,9 +49,12 @@ std::weak_ptr<Session>& theSession() {
 
 }  // namespace
 
-std::shared_ptr<Session> Session::ofProcess(const std::shared_ptr<Mailbox>& client) {
+std::shared_ptr<Session> Session::ofProcess(
+    const std::shared_ptr<Mailbox>& client,
+    const std::optional<std::vector<std::uint32_t>>& trusted) {
     const std::lock_guard<std::mutex> guard(gMutex);
-    return joinAt(theSession(), newSessionOfProcess, client);
+    return joinAt(
+        theSession(), [&trusted] { return newSessionOfProcess(trusted); }, client);
 }
 
 std::shared_ptr<Session> Session::joinAt(std::weak_ptr<Session>& place,
@@ -103,6 +110,13 @@ void Session::startHandling() {
 void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point deadline) {
     client->close();
     std::unique_lock<std::mutex> lock(mMutex);
+    const bool isLast = mClients.size() == 1 && !mSpeech.isWanted(*client);
+    const auto isRefused = [this] { return mOpenFence == 0 || mService == nullptr || mIsStuck; };
+    const auto inTime = std::min(deadline, mFenceSent + kToRefuse);
+    if (isLast && !mChanged.wait_until(lock, inTime, isRefused)) {
+        // Lest a service that takes such a pause begins it when nobody recalls it any more.
+        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+    }
     mSpeech.close(*client);
     mClients.erase(std::remove(mClients.begin(), mClients.end(), client), mClients.end());
     if (mClients.empty() && !mIsEnding) {
@@ -123,7 +137,7 @@ void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline
     mToLink.notify_all();
     mToHandle.notify_all();
     mChanged.notify_all();
-    if (mIsStuck) {
+    if (mIsStuck || mService == nullptr) {  // nobody has to be taken leave of
         deadline = std::min(deadline, Clock::now() + kToEnd);
     }
     const auto isOverruled = [&] { return !mIsEnding || mEnds != end; };
@@ -157,6 +171,9 @@ void Session::refuse(const std::shared_ptr<Speech>& speech, Status status) {
 void Session::stop(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> lock(mMutex);
     mSpeech.stop(*client);
+    if (mOpenFence != 0 && !mSpeech.isAnythingOnItsWay()) {
+        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+    }
     mToSend.notify_one();
 }
 
@@ -187,33 +204,96 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
         throw;
     }
     std::unique_lock<std::mutex> lock(mMutex);
-    Answer& answer = mFences[fence];
-    if (sent) {
-        mChanged.wait_until(lock, deadline, [&] { return answer != Answer::None || mIsEnding; });
-    }
-    const Answer found = answer;
-    mFences.erase(fence);
+    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
     if (found == Answer::Yes) {
         mSpeech.dropWaiting(*by);
     } else if (found != Answer::None) {
         mSpeech.blameNobody();
     }
-    mToSend.notify_one();
     if (!sent) {
         return sent;
     }
     if (found != Answer::Yes) {
-        return errorOf(found);
+        return errorOf(found, "stop what others say");
     }
+    return {};
+}
+
+/// Takes the fence away, so that speech is sent again.
+Session::Answer Session::awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,
+                                    Clock::time_point deadline) {
+    const Answer& answer = mFences[fence];
+    mChanged.wait_until(lock, deadline, [&] { return answer != Answer::None || mIsEnding; });
+    const Answer found = answer;
+    mFences.erase(fence);
+    mToSend.notify_one();
+    return found;
+}
+
+Result<void> Session::waitUntilTaken(const Mailbox& client, Clock::time_point deadline) {
+    std::uint32_t fence = 0;
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        const auto isSent = [&] { return !mSpeech.isWaiting(client) && !mIsInside; };
+        if (!mChanged.wait_until(lock, deadline, isSent)) {
+            return mService == nullptr ? unavailable(lock) : errorOf(Answer::None);
+        }
+        if (!mSpeech.isOpen(client)) {
+            return {};  // whose outcome is known has been served
+        }
+        fence = newFence();
+        mFences[fence] = Answer::None;
+    }
+    const Result<void> sent = perform(
+        [pid = mPid, fence](Service& service) {
+            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+            return 0;
+        },
+        deadline);
+    std::unique_lock<std::mutex> lock(mMutex);
+    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
+    if (!sent || found == Answer::Yes || found == Answer::Locked) {
+        return sent;  // a lock refuses the fence as it refuses the speech, which has been told
+    }
+    return errorOf(found);
+}
+
+Result<void> Session::checkEvents(Clock::time_point deadline) {
+    std::unique_lock<std::mutex> lock(mMutex);
+    if (!mChanged.wait_until(lock, deadline, [this] { return mService != nullptr; })) {
+        return unavailable(lock);
+    }
+    if (mEventFence == 0) {
+        mEventFence = newFence();
+        post([pid = mPid, fence = mEventFence](Service& service) {
+            return service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        });
+    }
+    const auto isKnown = [this] { return mIsEventTold || mService == nullptr; };
+    if (!mChanged.wait_until(lock, deadline, isKnown)) {
+        return errorOf(Answer::None);
+    }
+    if (mService == nullptr) {
+        return errorOf(Answer::Gone);
+    }
+    mEventFence = 0;
+    mIsEventTold = false;
     return {};
 }
 
 std::uint32_t Session::newFence() {
     mFence = (mFence + 1) % kFirstFence;
-    return kFirstFence + mFence;
+    mOpenFence = kFirstFence + mFence;
+    mFenceSent = Clock::now();
+    return mOpenFence;
 }
 
-Error Session::errorOf(Answer answer) {
+/// @param refused what this user may not do.
+Error Session::errorOf(Answer answer, const char* refused) {
+    if (answer == Answer::Refused && refused != nullptr) {
+        return {Status::PermissionDenied,
+                std::string("this user may not ") + refused + ": ask whoever runs the service"};
+    }
     const auto status = [answer] {
         switch (answer) {
             case Answer::Refused:
@@ -252,7 +332,7 @@ bool Session::isConnected() const {
 Result<void> Session::waitUntilConnected(Clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mMutex);
     if (!mChanged.wait_until(lock, deadline, [this] { return mService != nullptr; })) {
-        return unavailable();
+        return unavailable(lock);
     }
     return {};
 }
@@ -266,13 +346,22 @@ Result<TTS::Capabilities> Session::capabilities(Clock::time_point deadline) {
     return *mCapabilities;
 }
 
+Result<Features> Session::features(Clock::time_point deadline) {
+    const Result<void> connected = waitUntilConnected(deadline);
+    if (!connected) {
+        return connected.error();
+    }
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mFeatures;
+}
+
 Result<void> Session::perform(Work work, Clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mMutex);
     if (mIsStuck) {
         return Error{Status::Unresponsive, describe(Status::Unresponsive)};
     }
     if (!mChanged.wait_until(lock, deadline, [this] { return mService != nullptr; })) {
-        return unavailable();
+        return unavailable(lock);
     }
     const auto call = std::make_shared<Call>();
     call->work = [work = std::move(work)](Service& service) {
@@ -337,7 +426,72 @@ Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point dea
         giveBackLock();
     }
     mLockOwner = nullptr;
-    return sent ? errorOf(answer) : sent.error();
+    if (!sent) {
+        return sent.error();
+    }
+    return answer == Answer::Locked ? lockedError() : errorOf(answer, "take the lock");
+}
+
+Error Session::lockedError() const {
+    if (mLockHolder == 0 || mLockHolder == mPid) {
+        return errorOf(Answer::Locked);
+    }
+    return {Status::Locked, "process " + std::to_string(mLockHolder) +
+                                " holds the service's lock: try again when it is free"};
+}
+
+Result<std::uint32_t> Session::breakLock(const Mailbox& client, Clock::time_point deadline) {
+    const Result<std::uint64_t> own = lock(client, deadline);
+    if (own) {
+        unlock(*own);
+        return 0U;
+    }
+    std::uint32_t holder = 0;
+    std::uint32_t fence = 0;
+    {
+        const std::lock_guard<std::mutex> guard(mMutex);
+        holder = mLockHolder;
+        if (own.status() != Status::Locked || holder == 0 || holder == mPid) {
+            return own.error();
+        }
+        fence = newFence();
+        mFences[fence] = Answer::None;
+    }
+    // Only who means to break it names another process than itself.
+    const Result<void> sent = perform(
+        [pid = mPid, holder, fence](Service& service) {
+            (void)service.unlock(holder);
+            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+            return 0;
+        },
+        deadline);
+    std::unique_lock<std::mutex> guard(mMutex);
+    const Answer found = awaitFence(guard, fence, sent ? deadline : Clock::now());
+    if (!sent) {
+        return sent.error();
+    }
+    if (mLockHolder != holder) {
+        return holder;
+    }
+    const bool wasServed = found == Answer::Yes || found == Answer::Locked;
+    return errorOf(wasServed ? Answer::Refused : found, "free the lock of another process");
+}
+
+Result<LockState> Session::lockState(Clock::time_point deadline) {
+    // The switch of nothing: a lock is looked at before it is.
+    constexpr auto kNoSwitch = static_cast<VOXTRELAPI_GCONF>(15);
+    const Result<LockState> state = ask<LockState>(
+        [pid = mPid](Service& service, LockState& out) {
+            const int status = service.setEnable2(pid, kNoSwitch, false);
+            out = status == TTS::STATUS_LOCKED          ? LockState::HeldByAnother
+                  : status == TTS::STATUS_BAD_PARAMETER ? LockState::Free
+                                                        : LockState::Unknown;
+            return 0;
+        },
+        deadline);
+    const std::lock_guard<std::mutex> guard(mMutex);
+    const bool isOwn = mLockOwner != nullptr && mLockAnswer == Answer::Yes;
+    return state && *state == LockState::Free && isOwn ? LockState::HeldByThisProcess : state;
 }
 
 void Session::unlock(std::uint64_t number) {
@@ -408,6 +562,17 @@ void Session::note(unsigned event, unsigned second, unsigned third) {
     if (!isOfUtterance) {
         return;
     }
+    if (second == mOpenFence && second < kFirstFence && event == TTS::EVENT_STARTED) {
+        recallFence();
+    }
+    if (second == mOpenFence && (event == TTS::EVENT_FINISHED || event == TTS::EVENT_STOPPED)) {
+        mOpenFence = 0;
+        mChanged.notify_all();
+    }
+    if (second == mEventFence) {
+        mIsEventTold = true;
+        mChanged.notify_all();
+    }
     if (second >= kFirstFence) {
         onFence(second, event, third);
         return;
@@ -432,9 +597,15 @@ void Session::onFence(std::uint32_t number, unsigned event, unsigned third) {
         fence->second = isLocked ? Answer::Locked : Answer::Yes;
         mChanged.notify_all();
     }
-    if (event == TTS::EVENT_STARTED) {  // the service takes the pause: it must not last
-        postFlush();
+    if (event == TTS::EVENT_STARTED) {
+        recallFence();
     }
+}
+
+/// The service takes the pause, which must not last.
+void Session::recallFence() {
+    mTakesAnyPause = true;
+    postFlush();
 }
 
 void Session::onState(unsigned state, unsigned value) {

@@ -14,6 +14,7 @@
 #include "ipc/ITextToSpeechFestival.h"
 #include "vocabulary/Capabilities.h"
 #include "voxtrel/Result.h"
+#include "voxtrel/Settings.h"
 #include "voxtrel/session/Mailbox.h"
 #include "voxtrel/session/Port.h"
 #include "voxtrel/session/SpeechQueue.h"
@@ -40,7 +41,10 @@ public:
     using NewSession = std::function<std::shared_ptr<Session>()>;
 
     /// The session of this process, begun if there is none, which `client` has joined.
-    static std::shared_ptr<Session> ofProcess(const std::shared_ptr<Mailbox>& client);
+    /// @param trusted whose service it may find, if it is begun; as `ClientOptions::trustedUsers`.
+    static std::shared_ptr<Session> ofProcess(
+        const std::shared_ptr<Mailbox>& client,
+        const std::optional<std::vector<std::uint32_t>>& trusted);
 
     /// The session at `place`, begun there if there is none, which `client` has joined. One that
     /// has ended and whose threads are kept by the runtime goes on with these, so that there are
@@ -75,6 +79,16 @@ public:
     bool isConnected() const;
     Result<void> waitUntilConnected(Clock::time_point deadline);
     Result<TTS::Capabilities> capabilities(Clock::time_point deadline);
+    Result<Features> features(Clock::time_point deadline);
+
+    /// Waits until it is known how far the way to the service goes.
+    Diagnosis diagnose(Clock::time_point deadline);
+
+    /// Waits until the service has served every request to speak of this client.
+    Result<void> waitUntilTaken(const Mailbox& client, Clock::time_point deadline);
+
+    /// Asks for an event, unless one that was asked for may still come, and waits for it.
+    Result<void> checkEvents(Clock::time_point deadline);
 
     /// Has `work` done on the sender's thread.
     /// @return an Error also for a status other than 0.
@@ -97,6 +111,10 @@ public:
     void unlock(const Mailbox& client);
     bool holdsLock(std::uint64_t number) const;
 
+    /// @return the process whose lock was broken; 0: nobody's.
+    Result<std::uint32_t> breakLock(const Mailbox& client, Clock::time_point deadline);
+    Result<LockState> lockState(Clock::time_point deadline);
+
     /// An event of the service. Called on: binder threads.
     void onNotify(unsigned event, unsigned second, unsigned third);
 
@@ -110,6 +128,12 @@ private:
     enum class Answer { None, Yes, Refused, Locked, Gone, Lost };
     using Fences = std::map<std::uint32_t, Answer>;
 
+    /// What the service that was found can do, and what of it applications may use.
+    struct Offer {
+        TTS::Capabilities all;
+        TTS::Capabilities left;
+    };
+
     /// What the linker is in. It asks, which may take for ever, or waits before it asks again:
     /// `Loading` is the wait for a service that has no voices yet.
     enum class Stage { Waiting, Searching, Registering, Loading, AskingAgain };
@@ -120,14 +144,17 @@ private:
 
     // The linker's (Linker.cpp).
     void link();
-    Port::Found connect(std::uint64_t life, TTS::Capabilities& capabilities);
+    Port::Found connect(std::uint64_t life, Offer& offer);
+    void noteSearch(const Port::Found& found);
     bool awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities);
-    void noteAbsence(bool isAbsent);
     void enter(Stage stage);
     bool isOver(std::uint64_t life) const;
-    void publish(const android::sp<Service>& service, const TTS::Capabilities& capabilities);
+    void publish(const android::sp<Service>& service, const Offer& offer);
     void onDeath(std::uint64_t life);
-    Error unavailable() const;
+    Diagnosis diagnose(std::unique_lock<std::mutex>& lock) const;
+    Error unavailable(std::unique_lock<std::mutex>& lock) const;
+    bool waitUntilKnown(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
+    Reach reachOfStage(const Diagnosis& seen) const;
 
     // The sender's (Sender.cpp).
     void send();
@@ -152,6 +179,7 @@ private:
 
     void note(unsigned event, unsigned second, unsigned third);
     void onFence(std::uint32_t number, unsigned event, unsigned third);
+    void recallFence();
     void onState(unsigned state, unsigned value);
     void onLock(unsigned holder);
     void giveBackLock();
@@ -160,7 +188,10 @@ private:
     std::uint32_t newFence();
     void answerFences(Answer answer);
     void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
-    static Error errorOf(Answer answer);
+    static Error errorOf(Answer answer, const char* refused = nullptr);
+    Error lockedError() const;
+    Answer awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,
+                      Clock::time_point deadline);
 
     const std::unique_ptr<Port> mPort;
     const unsigned mPid;
@@ -174,13 +205,17 @@ private:
     android::sp<Service> mService;  ///< null: not connected
     android::sp<TTS::ICallback> mCallback;
     std::shared_ptr<const TTS::Capabilities> mCapabilities;
+    Features mFeatures;
     Stage mStage = Stage::Waiting;
     Clock::time_point mStageBegun = Clock::now();
-    Error mWhyNot = {Status::ServiceNotFound, describe(Status::ServiceNotFound)};
-    std::uint64_t mLife = 0;      ///< counts the services found
-    std::uint64_t mDeadLife = 0;  ///< the last that died
-    bool mIsAbsent = false;       ///< there was none when the linker last looked
-    bool mIsReady = false;        ///< the one that is loading has said that it has its voices
+    Reach mReach = Reach::NoService;  ///< of the last search
+    Peer mPeer;                       ///< the service that was found last
+    bool mTakesAnyPause = false;      ///< that one
+    bool mHasSearched = false;        ///< once, to its end
+    std::uint64_t mLife = 0;          ///< counts the services found
+    std::uint64_t mDeadLife = 0;      ///< the last that died
+    bool mIsAbsent = false;           ///< there was none when the linker last looked
+    bool mIsReady = false;            ///< the one that is loading has said that it has its voices
     std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
 
     SpeechQueue mSpeech;
@@ -192,6 +227,10 @@ private:
 
     Fences mFences;  ///< that callers wait for, by number: until then no speech is sent
     std::uint32_t mFence = 0;
+    std::uint32_t mOpenFence = 0;         ///< the last that was sent, until its end is told
+    Clock::time_point mFenceSent = {};    ///< when it was
+    std::uint32_t mEventFence = 0;        ///< of `checkEvents`, until that has seen the answer
+    bool mIsEventTold = false;            ///< the answer
     std::uint32_t mLockFence = 0;         ///< when it is answered, the last request for the lock is
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
     std::uint64_t mLock = 0;              ///< number of the owner's

@@ -420,6 +420,13 @@ bool SpeechQueue::isOpen(const Mailbox& client) const {
            });
 }
 
+bool SpeechQueue::isWanted(const Mailbox& client) const {
+    return isWaiting(client) || std::any_of(mWay.begin(), mWay.end(), [&client](const Sent& sent) {
+               return sent.speech != nullptr && sent.speech->client.get() == &client &&
+                      !sent.speech->isStopped;
+           });
+}
+
 bool SpeechQueue::takeFlush() {
     const bool owed = mOwesFlush;
     mOwesFlush = false;

@@ -92,6 +92,10 @@ public:
     /// Utterances of `client` that the service does not have yet, or that have no outcome.
     bool isWaiting(const Mailbox& client) const;
     bool isOpen(const Mailbox& client) const;
+
+    /// Utterances of `client` that have no outcome, and that it has not stopped.
+    bool isWanted(const Mailbox& client) const;
+
     bool isAnythingOnItsWay() const { return !mWay.empty(); }
 
     /// `next` or `takeFlush` may have something when an event has made room for it.

@@ -174,18 +174,23 @@ Result<WireSettings> toWire(const SpeechOptions& options, const TTS::Capabilitie
     return wire;
 }
 
-Features toFeatures(const TTS::Capabilities& can) {
+Features toFeatures(const TTS::Capabilities& can, const TTS::Capabilities& all) {
     Features features;
     features.speed = {can.speedSupported, can.speedMin, can.speedMax};
     features.pitch = {can.pitchSupported, can.pitchMin, can.pitchMax};
     features.volume = {can.volumeSupported, can.volumeMin, can.volumeMax};
     for (const Tag& each : kTags) {
-        if (speaks(can, each.language)) {
-            features.languages.emplace_back(each.text);
+        if (speaks(all, each.language)) {
+            (speaks(can, each.language) ? features.languages : features.filteredLanguages)
+                .emplace_back(each.text);
         }
     }
-    for (const TTS::VoiceInfo& voice : can.voices) {
-        features.voices.push_back({nameOf(voice), tagOf(voice.langId), voice.id});
+    for (const TTS::VoiceInfo& voice : all.voices) {
+        const bool isLeft = std::any_of(
+            can.voices.begin(), can.voices.end(),
+            [&](const auto& left) { return left.id == voice.id && left.langId == voice.langId; });
+        (isLeft ? features.voices : features.filteredVoices)
+            .push_back({nameOf(voice), tagOf(voice.langId), voice.id});
     }
     return features;
 }

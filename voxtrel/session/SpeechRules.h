@@ -42,7 +42,8 @@ Status checkOptions(const SpeechOptions& options);
 Result<WireSettings> toWire(const SpeechOptions& options, const TTS::Capabilities& capabilities);
 
 /// The features that the capabilities stand for.
-Features toFeatures(const TTS::Capabilities& capabilities);
+/// @param can what the device leaves to applications of `all`, which the service can do.
+Features toFeatures(const TTS::Capabilities& can, const TTS::Capabilities& all);
 
 }  // namespace voxtrel
 

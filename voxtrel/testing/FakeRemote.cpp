@@ -12,7 +12,7 @@ Port::Found FakePort::find(std::function<void()> died) {
     if (const std::shared_ptr<State> service = mService.lock()) {
         return service->find(std::move(died));
     }
-    return {nullptr, Status::ServiceNotFound, describe(Status::ServiceNotFound)};
+    return {nullptr, Reach::NoService};
 }
 
 int FakeRemote::answer(const std::function<int(State&)>& serve) const {

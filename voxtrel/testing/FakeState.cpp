@@ -71,10 +71,10 @@ std::shared_ptr<Session> FakeState::join(const std::shared_ptr<Mailbox>& client)
 Port::Found FakeState::find(std::function<void()> died) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (!mIsAlive || mHasEnded) {
-        return {nullptr, Status::ServiceNotFound, describe(Status::ServiceNotFound)};
+        return {nullptr, Reach::NoService};
     }
     mDied = std::move(died);
-    return {new FakeRemote(shared_from_this(), mLife), Status::Ok, ""};
+    return {new FakeRemote(shared_from_this(), mLife)};
 }
 
 /// Waits while the service is frozen. False if that life has ended.
