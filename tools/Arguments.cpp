@@ -2,6 +2,7 @@
 #include "tools/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 
 #include "tools/Errors.h"
 #include "tools/Settings.h"
@@ -13,6 +14,8 @@ constexpr const char* kSpeak = "Speaking";
 constexpr const char* kLook = "Looking";
 constexpr const char* kChange = "Settings";
 
+constexpr double kLongestTimeout = 86'400;
+
 constexpr const char* kFooter =
     "Examples:\n"
     "  voxtrelctl say --wait \"Hello, world.\"\n"
@@ -21,6 +24,29 @@ constexpr const char* kFooter =
     "  voxtrelctl get --json\n"
     "No sound? voxtrelctl doctor says why.\n"
     "Exit status: 0, or 1 with one line on standard error.";
+
+/// A value that an option does not take.
+class BadValue : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+template <typename Number>
+Number numberIn(const std::string& name, const std::string& text, Number least, Number most,
+                const char* wanted) {
+    Number number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || !(number >= least && number <= most)) {
+        throw BadValue(name + " takes " + wanted + ", not \"" + text + "\"");
+    }
+    return number;
+}
+
+std::uint32_t wholeNumber(const std::string& name, const std::string& text, std::uint32_t least,
+                          const char* wanted = "a whole number") {
+    return numberIn(name, text, least, std::numeric_limits<std::uint32_t>::max(), wanted);
+}
 
 /// Builds the subcommands; each sets `Options::command` when the line names it.
 class Grammar {
@@ -53,7 +79,20 @@ public:
 private:
     void addVerbose(CLI::App& app) {
         app.add_flag("-v,--verbose", mOptions.verbose,
-                     "Show what the client library logs, on standard error");
+                     "Show whom it talks to, and what the runtime logs, on standard error");
+    }
+
+    void addTimeout(CLI::App& app) {
+        app.add_option_function<std::string>(
+               "--timeout",
+               [this](const std::string& text) {
+                   const double seconds = numberIn("--timeout", text, 0.0, kLongestTimeout,
+                                                   "a number of seconds, up to 86400");
+                   mOptions.timeout =
+                       std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+               },
+               "Wait no longer for the service than this; 10 when left out")
+            ->type_name("SECONDS");
     }
 
     CLI::App* add(CLI::App& parent, const char* name, const char* help, Command command,
@@ -62,7 +101,16 @@ private:
         sub->callback([this, command] { mOptions.command = command; });
         sub->footer("");
         addVerbose(*sub);
+        if (!isOfFiles(command)) {
+            addTimeout(*sub);
+        }
         return sub;
+    }
+
+    /// Needs no service.
+    static bool isOfFiles(Command command) {
+        return command == Command::ProfileShow || command == Command::ProfileCopy ||
+               command == Command::ProfileRemove;
     }
 
     CLI::App* addPrinting(CLI::App& parent, const char* name, const char* help, Command command,
@@ -74,7 +122,7 @@ private:
 
     void addProsody(CLI::App& sub) {
         Prosody& prosody = mOptions.prosody;
-        sub.add_option("--lang", prosody.language, "Language to speak, as in fr_FR");
+        sub.add_option("--lang", prosody.language, "Language to speak, as in fr or fr_FR");
         sub.add_option("--voice", prosody.voice,
                        "Voice: its number or name, see voxtrelctl voices");
         for (const char* name : {"speed", "pitch", "volume", "bg-volume", "tts-volume"}) {
@@ -100,7 +148,14 @@ private:
         addProsody(*say);
 
         CLI::App* silence = add(mApp, "silence", "Queue a pause", Command::Silence, kSpeak);
-        silence->add_option("MILLISECONDS", mOptions.milliseconds, "How long")->required();
+        silence
+            ->add_option_function<std::string>(
+                "MILLISECONDS",
+                [this](const std::string& text) {
+                    mOptions.milliseconds = wholeNumber("MILLISECONDS", text, 0);
+                },
+                "How long")
+            ->required();
         silence->add_flag("-w,--wait", mOptions.wait, "Stay until the pause is over");
 
         add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak);
@@ -119,10 +174,17 @@ private:
         addPrinting(mApp, "status", "Show what the service is doing", Command::Status, kLook);
         addPrinting(mApp, "languages", "List the languages", Command::Languages, kLook);
         CLI::App* voices = addPrinting(mApp, "voices", "List the voices", Command::Voices, kLook);
-        voices->add_option("LANGUAGE", mOptions.language, "Only this language, as in fr_FR");
+        voices->add_option("LANGUAGE", mOptions.language, "Only this language, as in fr or fr_FR");
         CLI::App* monitor =
             addPrinting(mApp, "monitor", "Show events as they come", Command::Monitor, kLook);
-        monitor->add_option("--count", mOptions.count, "Leave after so many events");
+        monitor
+            ->add_option_function<std::string>(
+                "--count",
+                [this](const std::string& text) {
+                    mOptions.count = wholeNumber("--count", text, 1, "a whole number from 1");
+                },
+                "Leave after so many events")
+            ->type_name("NUMBER");
         addPrinting(mApp, "doctor", "Explain why there is no sound", Command::Doctor, kLook);
     }
 
@@ -141,7 +203,7 @@ private:
     void addSwitch(const char* name, const char* help, Command command) {
         add(mApp, name, help, command, kChange)
             ->add_option("FEATURE", mOptions.name,
-                         "speech (when left out), " + settingNames(&hasFlag));
+                         "speech (when left out), " + settingNames(&hasSwitch));
     }
 
     void addProfiles() {
@@ -173,12 +235,22 @@ private:
     CLI::App mApp;
 };
 
+/// What does not fit, in words of our own.
 std::string explain(const CLI::App& app, const CLI::ParseError& error, int argc,
                     const char* const* argv) {
     if (app.get_subcommands().empty() && argc > 1 && argv[1][0] != '-') {
         return std::string("there is no command \"") + argv[1] + "\"";
     }
-    return error.what();
+    const std::string text = error.what();
+    const std::string first = text.substr(0, text.find_first_of(": "));
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        return first == "A" ? "a command is missing" : first + " is missing";
+    }
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        return "\"" + text.substr(text.rfind(": ") + 2) + "\" does not belong there";
+    }
+    const std::string option = text.substr(std::min(text.find("--"), text.size()));
+    return option.substr(0, option.find_first_of(":, ")) + " takes one value";
 }
 
 /// "voxtrelctl profile copy" for the subcommand that the line got to.
@@ -203,6 +275,8 @@ Options parseArguments(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw Failure(TTS::STATUS_BAD_PARAMETER, explain(app, error, argc, argv),
                       "see " + deepest(app) + " --help");
+    } catch (const BadValue& bad) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER, bad.what(), "see " + deepest(app) + " --help");
     }
     return options;
 }

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_TOOLS_ARGUMENTS_H
 #define VOXTREL_TOOLS_ARGUMENTS_H
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -47,6 +48,7 @@ struct Options {
     Command command = Command::Help;
     bool json = false;
     bool verbose = false;
+    std::chrono::milliseconds timeout = std::chrono::seconds(10);  ///< for what the service answers
     bool spawn = false;                       ///< start the service first where there is none
     std::optional<std::string> trustedOwner;  ///< whose service is good, too
     bool wait = false;

@@ -3,91 +3,68 @@
 
 #include <algorithm>
 
-#include "tools/Errors.h"
+#include "tools/Languages.h"
 #include "tools/ProfileFile.h"
 #include "tools/ServiceSettings.h"
-#include "vocabulary/Language.h"
 
 namespace voxtrelctl {
 namespace {
 
-struct Setter {
-    const char* name;
-    int (TTS::TTSClientPrivate::*set)(void*);
-};
+using voxtrel::Features;
+using voxtrel::SpeechOptions;
 
-constexpr Setter kSetters[] = {
-    {"speed", &TTS::TTSClientPrivate::setSpeed},
-    {"pitch", &TTS::TTSClientPrivate::setPitch},
-    {"volume", &TTS::TTSClientPrivate::setVolume},
-    {"bg-volume", &TTS::TTSClientPrivate::setBgVolume},
-    {"tts-volume", &TTS::TTSClientPrivate::setTtsVolume},
-};
-
-void applyNumber(Session& session, const Setter& setter, const std::string& text) {
-    const Setting& setting = *findSetting(setter.name);
-    Value value = parseValue(setting, text);
-    void* address = setting.type == ValueType::Float ? static_cast<void*>(&std::get<float>(value))
-                                                     : &std::get<uint32_t>(value);
-    check(((*session.client()).*setter.set)(address),
-          std::string(setter.name) + " " + text + acceptedText(setting, session.capabilities()));
+void chooseLanguage(const std::string& text, const Features& can, SpeechOptions& chosen) {
+    const std::string code = requireLanguage(text);
+    const std::string tag = tagOf(code);
+    if (std::find(can.languages.begin(), can.languages.end(), tag) == can.languages.end()) {
+        throw Failure(TTS::STATUS_NOT_SUPPORTED, "language " + code);
+    }
+    chosen.language = tag;
+    chosen.voice.reset();
 }
 
-void applyLanguage(Session& session, std::string code) {
-    if (TTS::langStr2Id(code) == LANG_NA) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is no language \"" + code + "\"",
-                      "there are " + session.client()->supportLanguages());
+void chooseVoice(Connection& connection, const std::string& text, const Features& can,
+                 SpeechOptions& chosen) {
+    if (!chosen.language) {
+        chosen.language = serviceLanguage(connection);
     }
-    check(session.client()->setLanguage(code.data()), "language " + code);
+    const std::uint32_t number = voiceNumber(can, *chosen.language, text);
+    requireAccepted(connection, settingNamed("voice"), number, can);
+    chosen.voice = std::to_string(number);
 }
 
-/// The number of a voice given by number or name.
-uint32_t voiceNumber(Session& session, const std::string& text, EN_VOXTREL_LANGUAGE language) {
-    const std::string code = TTS::langId2Str(language);
-    for (const VoiceReport& voice : surveyVoices(session)) {
-        if (voice.language == code && voice.name == text) {
-            return voice.id;
-        }
+void chooseNumbers(Connection& connection, const Prosody& prosody, const Features& can,
+                   SpeechOptions& chosen) {
+    for (const auto& [name, text] : prosody.values) {
+        const Setting& setting = settingNamed(name);
+        const Value value = parseValue(setting, text);
+        requireAccepted(connection, setting, value, can);
+        const voxtrel::GlobalSettings one = only(setting, value);
+        chosen.speed = one.speed ? one.speed : chosen.speed;
+        chosen.pitch = one.pitch ? one.pitch : chosen.pitch;
+        chosen.volume = one.volume ? one.volume : chosen.volume;
+        chosen.mediaVolume = one.mediaVolume ? one.mediaVolume : chosen.mediaVolume;
+        chosen.speechVolume = one.speechVolume ? one.speechVolume : chosen.speechVolume;
     }
-    if (text.find_first_not_of("0123456789") != std::string::npos) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER, code + " has no voice \"" + text + "\"",
-                      "see voxtrelctl voices " + code);
-    }
-    return std::get<uint32_t>(parseValue(*findSetting("voice"), text));
-}
-
-void applyVoice(Session& session, const std::string& text) {
-    EN_VOXTREL_LANGUAGE language = TTS::langStr2Id(session.client()->mSetting.mLang);
-    if (language == LANG_NA) {
-        language = globalLanguage(session);
-        if (language == LANG_NA) {
-            throw Failure(TTS::STATUS_NO_LANGUAGE, "and the service does not tell its own");
-        }
-        applyLanguage(session, TTS::langId2Str(language));
-    }
-    uint32_t number = voiceNumber(session, text, language);
-    check(session.client()->setVoice(&number),
-          "voice " + text + " of " + TTS::langId2Str(language));
 }
 
 }  // namespace
 
-void applyProsody(Session& session, const Prosody& prosody) {
+void applyProsody(Connection& connection, const Prosody& prosody) {
+    voxtrel::Client& client = connection.client();
     if (!prosody.profile.empty()) {
-        readProfile(*session.client(), profilePath(prosody.profile));
+        check(client.loadProfile(profilePath(prosody.profile)));
     }
+    SpeechOptions chosen = client.defaults();
+    const Features can = connection.require(client.features(connection.left()));
     if (!prosody.language.empty()) {
-        applyLanguage(session, prosody.language);
+        chooseLanguage(prosody.language, can, chosen);
     }
     if (!prosody.voice.empty()) {
-        applyVoice(session, prosody.voice);
+        chooseVoice(connection, prosody.voice, can, chosen);
     }
-    for (const Setter& setter : kSetters) {
-        const auto given = prosody.values.find(setter.name);
-        if (given != prosody.values.end()) {
-            applyNumber(session, setter, given->second);
-        }
-    }
+    chooseNumbers(connection, prosody, can, chosen);
+    client.setDefaults(chosen);
 }
 
 }  // namespace voxtrelctl

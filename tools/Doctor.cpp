@@ -3,48 +3,79 @@
 
 #include <algorithm>
 
-#include "tools/Errors.h"
+#include "tools/Connection.h"
+#include "tools/Owner.h"
 
 namespace voxtrelctl {
 namespace {
 
-struct Step {
-    Reach stopsAt;
-    int code;
-    const char* subject;
-    const char* good;
-    const char* bad;
-    const char* remedy;
-};
+using voxtrel::Diagnosis;
+using voxtrel::LockState;
+using voxtrel::Peer;
+using voxtrel::Reach;
+
+Finding good(const std::string& subject, const std::string& seen) {
+    return {subject, Verdict::Good, seen, "", 0};
+}
+
+std::string processOf(const Peer& peer) {
+    return peer.process != 0 ? "process " + std::to_string(peer.process) : "";
+}
+
+std::string managerPlace(const Diagnosis& seen) {
+    std::string place = "running";
+    for (const std::string& part : {seen.path, seen.transport, processOf(seen.manager)}) {
+        place += part.empty() ? "" : ", " + part;
+    }
+    return place;
+}
 
 /// What must be so before the service can be asked for more, in this order.
-constexpr Step kSteps[] = {
-    {Reach::NoServiceManager, TTS::STATUS_SERVICE_NOT_FOUND, "service manager", "running",
-     "none that this user can reach",
-     "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here), or ask whoever "
-     "runs it to let this user in"},
-    {Reach::NoService, TTS::STATUS_SERVICE_NOT_FOUND, "service", "registered", "absent",
-     "start it with: voxtreld"},
-    {Reach::NotTrusted, TTS::STATUS_PERMISSION_DENIED, "owner", "", "not trusted: ",
-     "whoever that is could read what is said; if you trust that user, name it with --trust-owner"},
-    {Reach::NoAnswer, TTS::STATUS_NO_SERVICE, "answer", "the service answers",
-     "the service does not answer", "it hangs or is stopped; end it and start voxtreld again"},
-    {Reach::NotReady, TTS::STATUS_NO_SERVICE, "voices", "loaded", "the service is not ready",
-     "wait a moment; if it stays so, see what voxtreld prints about its engine"},
-    {Reach::NotPermitted, TTS::STATUS_PERMISSION_DENIED, "permission", "this user is admitted",
-     "this user is not admitted",
-     "ask whoever runs the service; of voxtreld see voxtreld-policy(5)"},
+struct Step {
+    const char* subject;
+    std::vector<Reach> stopsAt;
+    std::string good;  ///< empty: not told
 };
 
-Finding good(const char* subject, const std::string& seen) {
-    return {subject, Verdict::Good, seen, "", 0};
+std::vector<Step> stepsOf(const Diagnosis& seen) {
+    const std::string process = processOf(seen.service);
+    return {
+        {"service manager",
+         {Reach::NoManager, Reach::ManagerNotPermitted, Reach::ManagerSilent},
+         managerPlace(seen)},
+        {"service", {Reach::NoService}, "registered" + (process.empty() ? "" : ", " + process)},
+        {"owner", {Reach::NotTrusted}, seen.service.user ? ownerName(*seen.service.user) : ""},
+        {"answer", {Reach::ServiceSilent}, "the service answers"},
+        {"voices", {Reach::Loading}, "loaded"},
+        {"permission", {Reach::NotAdmitted}, "this user is admitted"},
+    };
+}
+
+bool isAt(const Step& step, Reach reach) {
+    return std::find(step.stopsAt.begin(), step.stopsAt.end(), reach) != step.stopsAt.end();
+}
+
+std::vector<Finding> wayTo(const Diagnosis& seen) {
+    std::vector<Finding> findings;
+    for (const Step& step : stepsOf(seen)) {
+        if (isAt(step, seen.reach)) {
+            const Obstacle obstacle = obstacleIn(seen);
+            const std::string what = obstacle.what.empty() ? "absent" : obstacle.what;
+            findings.push_back({step.subject, Verdict::Bad, what, obstacle.remedy, obstacle.code});
+            break;
+        }
+        if (!step.good.empty()) {
+            findings.push_back(good(step.subject, step.good));
+        }
+    }
+    return findings;
 }
 
 Finding speech(const Symptoms& symptoms) {
     if (symptoms.enabled) {
         return good("speech", "enabled");
     }
-    return {"speech", Verdict::Bad, "disabled", "switch it on with: voxtrelctl enable speech",
+    return {"speech", Verdict::Bad, "disabled", meaningOf(TTS::STATUS_DISABLED).remedy,
             TTS::STATUS_DISABLED};
 }
 
@@ -53,23 +84,23 @@ Finding lock(const Symptoms& symptoms) {
     switch (symptoms.lock) {
         case LockState::Free:
             return good("lock", seen);
-        case LockState::OfAnother:
-            return {"lock", Verdict::Bad, seen, meaningOf(TTS::STATUS_LOCKED).remedy,
-                    TTS::STATUS_LOCKED};
-        default:
+        case LockState::Unknown:
             return {"lock", Verdict::Perhaps, seen,
                     "the service does not tell it, or not to this user; its log may", 0};
+        default:
+            return {"lock", Verdict::Bad, seen, meaningOf(TTS::STATUS_LOCKED).remedy,
+                    TTS::STATUS_LOCKED};
     }
 }
 
 Finding events(const Symptoms& symptoms) {
-    if (symptoms.events.takesAnyPause) {
+    if (symptoms.way.takesAnyPause) {
         return {"events", Verdict::Perhaps,
                 "the service sends them, but takes a pause of 49 days and may be silent for as "
                 "long",
                 "it must refuse that at once; docs/writing-a-service.md has the rules", 0};
     }
-    if (symptoms.events.sendsEvents) {
+    if (symptoms.sendsEvents) {
         return good("events", "the service sends them");
     }
     return {
@@ -112,20 +143,22 @@ std::vector<Finding> languages(const Symptoms& symptoms) {
     return findings;
 }
 
-/// The settings that silence speech when they are 0.
-std::vector<Finding> volumes(const Symptoms& symptoms) {
+/// The settings that silence speech when they are 0, and those that are switched off.
+std::vector<Finding> settingsIn(const Symptoms& symptoms) {
     std::vector<Finding> findings;
     for (const SettingReport& setting : symptoms.settings) {
         const bool counts = setting.name == "volume" || setting.name == "tts-volume";
-        if (!counts) {
-            continue;
-        }
         const std::string value = valueText(setting.value);
-        if (value == "0") {
+        if (counts && value == "0") {
             findings.push_back({setting.name, Verdict::Bad, "is 0",
                                 "raise it with: voxtrelctl set " + setting.name + " 100", 0});
-        } else {
-            findings.push_back(good(setting.name.c_str(), value));
+        } else if (counts) {
+            findings.push_back(good(setting.name, value));
+        }
+        if (!setting.enabled.value_or(true)) {
+            findings.push_back({setting.name, Verdict::Perhaps,
+                                "switched off, so that nobody can choose it",
+                                "switch it on with: voxtrelctl enable " + setting.name, 0});
         }
     }
     return findings;
@@ -145,24 +178,12 @@ void append(std::vector<Finding>& findings, const std::vector<Finding>& more) {
 
 }  // namespace
 
-std::vector<Finding> diagnose(const Symptoms& symptoms) {
-    std::vector<Finding> findings;
-    for (const Step& step : kSteps) {
-        const bool concernsOwner = step.stopsAt == Reach::NotTrusted;
-        const std::string owner = concernsOwner ? symptoms.owner : "";
-        if (symptoms.reach == step.stopsAt) {
-            findings.push_back(
-                {step.subject, Verdict::Bad, step.bad + owner, step.remedy, step.code});
-            break;
-        }
-        if (!concernsOwner || !owner.empty()) {
-            findings.push_back(good(step.subject, step.good + owner));
-        }
-    }
-    if (symptoms.reach == Reach::Connected) {
+std::vector<Finding> findingsOf(const Symptoms& symptoms) {
+    std::vector<Finding> findings = wayTo(symptoms.way);
+    if (symptoms.way.reach == Reach::Connected) {
         append(findings, {speech(symptoms), lock(symptoms), events(symptoms)});
         append(findings, languages(symptoms));
-        append(findings, volumes(symptoms));
+        append(findings, settingsIn(symptoms));
     }
     findings.push_back(soundCard(symptoms));
     return findings;

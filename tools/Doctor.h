@@ -5,35 +5,24 @@
 #include <vector>
 
 #include "tools/Reports.h"
+#include "voxtrel/Diagnosis.h"
 
 namespace voxtrelctl {
 
-/// How far the service could be asked.
-enum class Reach {
-    NoServiceManager,
-    NoService,
-    NotTrusted,    ///< registered, but of a user that it is not to be asked of
-    NoAnswer,      ///< registered, but its process does not answer
-    NotReady,      ///< it answers, but is still loading
-    NotPermitted,  ///< it answers, but not to this user
-    Connected,     ///< everything below is known
-};
-
-/// What was seen.
+/// What was seen. Unless there is a connection, only the first two.
 struct Symptoms {
-    Reach reach = Reach::NoServiceManager;
-    std::string owner;  ///< of the service, as in "user anna (1001)"; empty: not known
+    voxtrel::Diagnosis way;
     bool hasSoundCard = false;
     bool enabled = false;
-    EventReport events;
-    LockState lock = LockState::Unknown;
+    bool sendsEvents = false;
+    voxtrel::LockState lock = voxtrel::LockState::Unknown;
     std::vector<SettingReport> settings;
     std::vector<LanguageReport> languages;
 };
 
 /// Every cause of silence in a line of its own, with its remedy; what is in order has a line too.
 /// What could not be asked has none.
-std::vector<Finding> diagnose(const Symptoms& symptoms);
+std::vector<Finding> findingsOf(const Symptoms& symptoms);
 
 }  // namespace voxtrelctl
 

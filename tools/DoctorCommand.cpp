@@ -1,28 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <memory>
-#include <optional>
-#include <string>
-#include <thread>
-#include <utility>
 
 #include "tools/Commands.h"
 #include "tools/Doctor.h"
-#include "tools/Errors.h"
 #include "tools/Json.h"
-#include "tools/Lock.h"
-#include "tools/Owner.h"
-#include "tools/Platform.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
-#include "tools/Settle.h"
 
 namespace voxtrelctl {
 namespace {
 
-constexpr auto kAnswerPatience = std::chrono::seconds(5);
+using std::chrono::milliseconds;
+using voxtrel::Diagnosis;
+using voxtrel::Reach;
+
+/// Who does not answer for so long is said to be silent.
+constexpr milliseconds kPatience(5000);
+constexpr milliseconds kLook(100);
 
 bool hasSoundCard() {
     std::ifstream cards("/proc/asound/cards");
@@ -30,79 +25,59 @@ bool hasSoundCard() {
     return std::getline(cards, first) && first.find("no soundcards") == std::string::npos;
 }
 
-/// Asks once for the capabilities, which a connection would wait for up to a minute.
-Reach askService(const android::sp<android::IBinder>& binder) {
-    TTS::Capabilities can;
-    (void)TTS::ITextToSpeechFestival::asInterface(binder)->getCapabilities(can);
-    if (!can.ready) {
-        return binder->pingBinder() == android::OK ? Reach::NotReady : Reach::NoService;
+Diagnosis look(Connection& connection) {
+    const milliseconds patience = std::min(connection.left(), kPatience);
+    const milliseconds end = connection.left() - patience;
+    Diagnosis seen = connection.client().diagnose(patience);
+    while ((seen.reach == Reach::ServiceSilent || seen.reach == Reach::ManagerSilent) &&
+           connection.left() > end) {
+        (void)connection.client().waitUntilConnected(kLook);
+        seen = connection.client().diagnose(kLook);
     }
-    return can.permitted ? Reach::Connected : Reach::NotPermitted;
+    return seen;
 }
 
-/// A service that hangs would keep this thread for ever, so another one asks.
-Reach askInTime(const android::sp<android::IBinder>& binder) {
-    std::thread asker([binder] {
-        const auto reach = static_cast<int>(askService(binder));
-        EventQueue::instance().post({Notice::Source::Connected, {}, reach});
-    });
-    const Notice notice = EventQueue::instance().next(
-        EventQueue::Clock::now() + kAnswerPatience,
-        [](const Notice& n) { return n.source == Notice::Source::Connected; });
-    const bool answered = notice.source == Notice::Source::Connected;
-    settle(std::move(asker), answered);
-    return answered ? static_cast<Reach>(notice.status) : Reach::NoAnswer;
-}
-
-Reach findReach(std::string& ownerName) {
-    if (!isServiceManagerThere()) {
-        return Reach::NoServiceManager;
-    }
-    const auto binder = findService();
-    if (binder == nullptr) {
-        return Reach::NoService;
-    }
-    const std::optional<Owner> owner = ownerOf(binder);
-    ownerName = owner.has_value() ? owner->name : "";
-    return owner.has_value() && !owner->isTrusted ? Reach::NotTrusted : askInTime(binder);
-}
-
-Symptoms examine(Terminal& terminal) {
+Symptoms examine(Connection& connection) {
     Symptoms symptoms;
     symptoms.hasSoundCard = hasSoundCard();
-    startBinderThreads();
-    symptoms.reach = findReach(symptoms.owner);
-    if (symptoms.reach == Reach::Connected) {
-        Session session(terminal);
-        symptoms.enabled = session.client()->enabled();
-        symptoms.events = checkEvents(session);
-        symptoms.lock = lockState(session);
-        symptoms.settings = surveySettings(session, {});
-        symptoms.languages = surveyLanguages(session);
+    symptoms.way = look(connection);
+    if (symptoms.way.reach == Reach::Connected) {
+        voxtrel::Client& client = connection.client();
+        symptoms.enabled =
+            connection.require(client.isOn(voxtrel::Switch::Speech, connection.left()));
+        symptoms.lock = connection.require(client.lockState(connection.left()));
+        symptoms.settings = surveySettings(connection, {});
+        symptoms.languages = surveyLanguages(connection);
+        const auto events = client.checkEvents(connection.left());
+        symptoms.sendsEvents = static_cast<bool>(events);
+        if (!events && !connection.isUntold(events.error())) {
+            connection.require(events.error());
+        }
+        symptoms.way.takesAnyPause = client.diagnose(kLook).takesAnyPause;
     }
     return symptoms;
+}
+
+/// The first cause, as an application is told it.
+std::string lineOf(const Finding& finding) {
+    const std::string seen = finding.subject + " " + finding.seen;
+    return finding.code != 0 ? Failure(finding.code, seen, finding.remedy).what()
+                             : seen + ": " + finding.remedy;
 }
 
 }  // namespace
 
 int runDoctor(const Options& options, Terminal& terminal) {
-    const Symptoms symptoms = examine(terminal);
-    const std::vector<Finding> findings = diagnose(symptoms);
+    Connection connection(options, terminal);
+    const std::vector<Finding> findings = findingsOf(examine(connection));
     options.json ? terminal.line(findingsJson(findings)) : terminal.print(findingsPage(findings));
-    int status = 0;
     for (const Finding& finding : findings) {
-        if (finding.verdict == Verdict::Bad && status == 0) {
-            std::cerr << "voxtrelctl: "
-                      << Failure(finding.code, finding.subject + " " + finding.seen, finding.remedy)
-                             .what()
-                      << "\n";
-            status = 1;
+        if (finding.verdict == Verdict::Bad) {
+            std::cerr << "voxtrelctl: " << lineOf(finding) << "\n";
+            return 1;
         }
     }
-    if (symptoms.reach == Reach::NoAnswer) {
-        std::_Exit(status);  // the thread that asks is still waiting inside the runtime
-    }
-    return status;
+    return 0;
 }
 
 }  // namespace voxtrelctl

@@ -9,6 +9,10 @@
 namespace voxtrelctl {
 namespace {
 
+constexpr int codeOf(voxtrel::Status status) {
+    return static_cast<int>(status);
+}
+
 constexpr StatusMeaning kMeanings[] = {
     {TTS::STATUS_OK, "success", "nothing to do"},
     {TTS::STATUS_DISABLED, "speech is disabled", "switch it on with: voxtrelctl enable speech"},
@@ -34,14 +38,20 @@ constexpr StatusMeaning kMeanings[] = {
      "look at the output of voxtreld for the reason"},
     {TTS::STATUS_SHUTDOWN, "the service has been shut down",
      "start voxtreld again and repeat the command"},
+    {codeOf(voxtrel::Status::TimedOut), "no answer in time",
+     "it may still be done; --timeout waits longer"},
+    {codeOf(voxtrel::Status::Unresponsive), "the service does not answer",
+     "voxtrelctl doctor says why"},
+    {codeOf(voxtrel::Status::Lost), "lost on its way, or the service does not tell of it",
+     "say it again; see the service's own log, and docs/writing-a-service.md for what it must "
+     "tell"},
 };
 
 std::string compose(int code, const std::string& detail, const std::string& remedy) {
-    std::string line = std::to_string(code) + " " + meaningOf(code).meaning + ": ";
-    if (!detail.empty()) {
-        line += detail + ": ";
+    std::string line = std::to_string(code) + " " + meaningOf(code).meaning;
+    for (const std::string& part : {detail, remedy}) {
+        line += part.empty() ? "" : ": " + part;
     }
-    line += remedy;
     std::replace(line.begin(), line.end(), '\n', ' ');
     return forTerminal(line);  // a detail may quote what a file or another program gave
 }
@@ -76,17 +86,14 @@ Unanswered::Unanswered(const std::string& unknown, Why why)
                          ", so it is not known " + unknown +
                          ": see its own log; docs/writing-a-service.md says what it must send") {}
 
-Lost::Lost(uint32_t utterance)
-    : std::runtime_error(
-          "0 sent, lost: the service has come to a later request and never got utterance " +
-          std::to_string(utterance) +
-          " (requests are dropped on the way while too much is unread there), and "
-          "was asked to drop what is left: try again") {}
-
 void check(int status, const std::string& detail) {
     if (status != 0) {
         throw Failure(status, detail);
     }
+}
+
+void check(const voxtrel::Result<void>& result) {
+    check(static_cast<int>(result.status()), result.message());
 }
 
 }  // namespace voxtrelctl

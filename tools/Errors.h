@@ -7,6 +7,7 @@
 #include <string>
 
 #include "vocabulary/Status.h"
+#include "voxtrel/Result.h"
 
 namespace voxtrelctl {
 
@@ -30,7 +31,8 @@ class Failure : public std::runtime_error {
 public:
     explicit Failure(int code, const std::string& detail = "");
 
-    /// Replaces the remedy of the table where the caller knows a better next step.
+    /// Replaces the remedy of the table where the caller knows a better next step, or tells it in
+    /// the detail.
     Failure(int code, const std::string& detail, const std::string& remedy);
 
     int code() const { return mCode; }
@@ -52,15 +54,11 @@ public:
     explicit Unanswered(const std::string& unknown, Why why = Why::NoEvent);
 };
 
-/// A request that the service never got, as a later one shows. `main` prints its line and leaves
-/// with status 1.
-class Lost : public std::runtime_error {
-public:
-    explicit Lost(uint32_t utterance);
-};
-
 /// Throws `Failure(status, detail)` unless `status` is 0.
 void check(int status, const std::string& detail);
+
+/// Throws `Failure` with the message of what was not done.
+void check(const voxtrel::Result<void>& result);
 
 }  // namespace voxtrelctl
 

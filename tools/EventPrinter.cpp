@@ -11,26 +11,23 @@ namespace {
 
 class SilentPrinter : public EventPrinter {
 public:
-    void show(const Event&, const std::string&) override {}
+    void show(const Event&) override {}
 };
 
 class WordPrinter : public EventPrinter {
 public:
-    explicit WordPrinter(Sink sink) : mSink(std::move(sink)) {}
+    WordPrinter(const std::string& text, Sink sink) : mCursor(text), mSink(std::move(sink)) {}
 
-    void show(const Event& event, const std::string& text) override {
-        switch (kindOf(event)) {
-            case EventKind::Started:
-                mCursor = WordCursor(text);
+    void show(const Event& event) override {
+        switch (event.kind) {
+            case TTS::EVENT_WORD:
+                print(mCursor.advanceTo(event.byte));
                 break;
-            case EventKind::Word:
-                print(mCursor.advanceTo(event.third));
-                break;
-            case EventKind::Finished:
+            case TTS::EVENT_FINISHED:
                 print(mCursor.rest());
                 endLine();
                 break;
-            case EventKind::Stopped:
+            case TTS::EVENT_STOPPED:
                 print(" [stopped]");
                 endLine();
                 break;
@@ -53,50 +50,52 @@ private:
         }
     }
 
+    WordCursor mCursor;
     Sink mSink;
-    WordCursor mCursor{""};
     char mLast = '\n';
 };
 
 class LinePrinter : public EventPrinter {
 public:
-    explicit LinePrinter(Sink sink) : mSink(std::move(sink)) {}
+    LinePrinter(const std::string& text, Sink sink) : mText(text), mSink(std::move(sink)) {}
 
-    void show(const Event& event, const std::string& text) override {
+    void show(const Event& event) override {
         std::string line = describe(event);
-        if (kindOf(event) == EventKind::Word) {
-            line += ": " + forTerminal(WordCursor(text).wordAt(event.third));
+        if (event.kind == TTS::EVENT_WORD) {
+            line += ": " + forTerminal(wordAt(mText, event.byte));
         }
         mSink(line + "\n");
     }
 
 private:
+    const std::string& mText;
     Sink mSink;
 };
 
 class JsonPrinter : public EventPrinter {
 public:
-    explicit JsonPrinter(Sink sink) : mSink(std::move(sink)) {}
+    JsonPrinter(const std::string& text, Sink sink) : mText(text), mSink(std::move(sink)) {}
 
-    void show(const Event& event, const std::string& text) override {
-        const bool isWord = kindOf(event) == EventKind::Word;
-        mSink(eventJson(event, isWord ? WordCursor(text).wordAt(event.third) : "") + "\n");
+    void show(const Event& event) override {
+        const bool isWord = event.kind == TTS::EVENT_WORD;
+        mSink(eventJson(event, isWord ? wordAt(mText, event.byte) : "") + "\n");
     }
 
 private:
+    const std::string& mText;
     Sink mSink;
 };
 
 }  // namespace
 
-std::unique_ptr<EventPrinter> EventPrinter::make(Style style, Sink sink) {
+std::unique_ptr<EventPrinter> EventPrinter::make(Style style, const std::string& text, Sink sink) {
     switch (style) {
         case Style::Words:
-            return std::make_unique<WordPrinter>(std::move(sink));
+            return std::make_unique<WordPrinter>(text, std::move(sink));
         case Style::Lines:
-            return std::make_unique<LinePrinter>(std::move(sink));
+            return std::make_unique<LinePrinter>(text, std::move(sink));
         case Style::Json:
-            return std::make_unique<JsonPrinter>(std::move(sink));
+            return std::make_unique<JsonPrinter>(text, std::move(sink));
         default:
             return std::make_unique<SilentPrinter>();
     }

@@ -10,8 +10,7 @@
 
 namespace voxtrelctl {
 
-/// Shows what becomes of utterances, as they are spoken. One utterance is shown at a time, in the
-/// order of their events. Called on: the main thread. Locks: none.
+/// Shows what becomes of an utterance, as it is spoken. Called on: the main thread. Locks: none.
 class EventPrinter {
 public:
     /// Where the text goes; the string is printed as it stands.
@@ -24,13 +23,12 @@ public:
         Json,    ///< a JSON object an event, one on each line
     };
 
-    static std::unique_ptr<EventPrinter> make(Style style, Sink sink);
+    /// @param text of the utterance; must outlive the printer.
+    static std::unique_ptr<EventPrinter> make(Style style, const std::string& text, Sink sink);
 
     virtual ~EventPrinter() = default;
 
-    /// @param event of an utterance.
-    /// @param text the text of that utterance; the same at each of its events.
-    virtual void show(const Event& event, const std::string& text) = 0;
+    virtual void show(const Event& event) = 0;
 };
 
 }  // namespace voxtrelctl

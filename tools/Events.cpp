@@ -1,156 +1,112 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/Events.h"
 
+#include <iterator>
+
 #include "tools/Errors.h"
-#include "tools/Settings.h"
 #include "vocabulary/Language.h"
 
 namespace voxtrelctl {
 namespace {
 
-constexpr const char* kKindNames[] = {"unknown", "started", "finished", "stopped",
-                                      "word",    "state",   "setting",  "mark"};
-constexpr const char* kSettingNames[] = {"language", "speed",     "pitch",     "voice",
-                                         "volume",   "bg-volume", "tts-volume"};
+using Kind = voxtrel::Event::Kind;
+using State = voxtrel::Event::Setting;
 
-struct StateNames {
-    const char* name;
-    uint32_t second;
-    bool isSwitch;
-};
+/// By the number of the state.
+constexpr const char* kStates[] = {
+    "speech",     "verbosity",         "speed",    "speed-enable",  "pitch",     "pitch-enable",
+    "voice",      "voice-enable",      "volume",   "volume-enable", "bg-volume", "bg-volume-enable",
+    "tts-volume", "tts-volume-enable", "language", "lock",          "ready",     "reset"};
+static_assert(std::size(kStates) == static_cast<std::size_t>(State::Reset) + 1);
 
-constexpr StateNames kStates[] = {
-    {"speech", TTS::STATE_ENABLED, true}, {"verbosity", TTS::STATE_VERBOSITY, false},
-    {"lock", TTS::STATE_LOCK, false},     {"ready", TTS::STATE_READY, true},
-    {"reset", TTS::STATE_RESET, false},   {"refused", TTS::STATE_REFUSED, false},
-};
-
-const StateNames* ownState(uint32_t second) {
-    for (const StateNames& state : kStates) {
-        if (state.second == second) {
-            return &state;
-        }
-    }
-    return nullptr;
-}
-
-bool isFlag(uint32_t second) {
-    const StateNames* own = ownState(second);
-    return own != nullptr ? own->isSwitch : second % 2 == 1 && second <= GCONF_TTS_VOLUME_ENABLE;
+bool isSwitch(State state) {
+    const auto number = static_cast<std::uint32_t>(state);
+    const bool isOfSetting = state > State::Verbosity && state < State::Language;
+    return state == State::Speech || state == State::Ready || (isOfSetting && number % 2 == 1);
 }
 
 std::string describeState(const Event& event) {
-    if (event.second == TTS::STATE_LOCK) {
-        return event.third == 0 ? "lock: free"
-                                : "lock: held by process " + std::to_string(event.third);
+    const auto state = static_cast<State>(event.about);
+    if (state == State::Lock) {
+        return event.value == 0 ? "lock: free"
+                                : "lock: held by process " + std::to_string(event.value);
     }
-    if (event.second == TTS::STATE_RESET) {
+    if (state == State::Reset) {
         return "reset: every setting went back to its default";
     }
-    if (event.second == TTS::STATE_REFUSED) {
-        return "refused: " + describeRefusal(event);
+    std::string value = std::to_string(event.value);
+    if (isSwitch(state)) {
+        value = event.value != 0 ? "on" : "off";
+    } else if (state == State::Language) {
+        value = TTS::langId2Str(static_cast<EN_VOXTREL_LANGUAGE>(event.value));
     }
-    return stateName(event.second) + ": " + stateValue(event.second, event.third);
+    return stateName(event.about) + ": " + value;
 }
 
 std::string describeStop(const Event& event) {
     const int status = statusOf(event);
-    const std::string what = "stopped " + std::to_string(event.second);
-    return status == 0
-               ? what + " (flushed)"
-               : what + " (" + std::to_string(status) + " " + meaningOf(status).meaning + ")";
+    const std::string why =
+        status == 0 ? "flushed" : std::to_string(status) + " " + meaningOf(status).meaning;
+    return "stopped " + std::to_string(event.about) + " (" + why + ")";
+}
+
+/// The service has told of such an end.
+bool isTold(const voxtrel::Outcome& outcome) {
+    return outcome.kind() != voxtrel::Outcome::Kind::Lost ||
+           outcome.status() == voxtrel::Status::Shutdown;
 }
 
 }  // namespace
 
-EventKind kindOf(const Event& event) {
-    return event.first <= static_cast<uint32_t>(EventKind::Mark)
-               ? static_cast<EventKind>(event.first)
-               : EventKind::Unknown;
-}
-
-bool isTerminal(const Event& event) {
-    return kindOf(event) == EventKind::Finished || kindOf(event) == EventKind::Stopped;
-}
-
-bool isOfUtterance(const Event& event) {
-    return kindOf(event) == EventKind::Started || kindOf(event) == EventKind::Word ||
-           kindOf(event) == EventKind::Mark || isTerminal(event);
+std::optional<Event> toEvent(const voxtrel::Event& told) {
+    const auto number = static_cast<std::uint32_t>(told.utterance.number());
+    switch (told.kind) {
+        case Kind::Started:
+            return Event{TTS::EVENT_STARTED, number, 0};
+        case Kind::Word:
+            return Event{TTS::EVENT_WORD, number,
+                         static_cast<std::uint32_t>(told.position.characters), told.position.bytes};
+        case Kind::Mark:
+            return Event{TTS::EVENT_MARK, number, told.value};
+        case Kind::Changed:
+            return Event{TTS::EVENT_STATE, static_cast<std::uint32_t>(told.setting), told.value};
+        case Kind::Ended:
+            break;
+        default:
+            return std::nullopt;
+    }
+    if (told.outcome) {
+        return Event{TTS::EVENT_FINISHED, number, 0};
+    }
+    const Event stop = {TTS::EVENT_STOPPED, number,
+                        static_cast<std::uint32_t>(told.outcome.status())};
+    return isTold(told.outcome) ? std::optional(stop) : std::nullopt;
 }
 
 int statusOf(const Event& event) {
-    return static_cast<int32_t>(event.third);
+    return static_cast<std::int32_t>(event.value);
 }
 
-bool isRefusal(const Event& event) {
-    return kindOf(event) == EventKind::State && event.second == TTS::STATE_REFUSED;
-}
-
-std::string describeRefusal(const Event& event) {
-    const std::string user = "this user may not ";
-    switch (event.third) {
-        case TTS::REQUEST_STOP:
-            return user + "stop what others say";
-        case TTS::REQUEST_LOCK:
-            return user + "take the lock";
-        case TTS::REQUEST_UNLOCK:
-            return user + "free the lock";
-        default:
-            return user + "do that (request " + std::to_string(event.third) + ")";
-    }
-}
-
-const char* kindName(EventKind kind) {
-    return kKindNames[static_cast<uint32_t>(kind)];
-}
-
-std::string stateName(uint32_t second) {
-    if (const StateNames* own = ownState(second)) {
-        return own->name;
-    }
-    for (const Setting& setting : settings()) {
-        if (static_cast<uint32_t>(setting.key) == second) {
-            return setting.name;
-        }
-        if (hasFlag(setting) && static_cast<uint32_t>(setting.flag) == second) {
-            return std::string(setting.name) + "-enable";
-        }
-    }
-    return std::to_string(second);
-}
-
-std::string stateValue(uint32_t second, uint32_t third) {
-    if (isFlag(second)) {
-        return third != 0 ? "on" : "off";
-    }
-    if (second == GCONF_LANGUAGE) {
-        return TTS::langId2Str(static_cast<EN_VOXTREL_LANGUAGE>(third));
-    }
-    return std::to_string(third);
+std::string stateName(std::uint32_t state) {
+    return state < std::size(kStates) ? kStates[state] : std::to_string(state);
 }
 
 std::string describe(const Event& event) {
-    const std::string second = std::to_string(event.second);
-    switch (kindOf(event)) {
-        case EventKind::Started:
-            return "started " + second;
-        case EventKind::Finished:
-            return "finished " + second;
-        case EventKind::Stopped:
+    const std::string about = std::to_string(event.about);
+    const std::string value = std::to_string(event.value);
+    switch (event.kind) {
+        case TTS::EVENT_STARTED:
+            return "started " + about;
+        case TTS::EVENT_FINISHED:
+            return "finished " + about;
+        case TTS::EVENT_STOPPED:
             return describeStop(event);
-        case EventKind::Word:
-            return "word " + second + " at " + std::to_string(event.third);
-        case EventKind::Mark:
-            return "mark " + second + " " + std::to_string(event.third);
-        case EventKind::State:
-            return describeState(event);
-        case EventKind::Setting:
-            return std::string("setting: ") + (event.third < std::size(kSettingNames)
-                                                   ? kSettingNames[event.third]
-                                                   : "unknown");
+        case TTS::EVENT_WORD:
+            return "word " + about + " at " + value;
+        case TTS::EVENT_MARK:
+            return "mark " + about + " " + value;
         default:
-            return "unknown event " + std::to_string(event.first) + " " + second + " " +
-                   std::to_string(event.third);
+            return describeState(event);
     }
 }
 

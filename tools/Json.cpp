@@ -46,6 +46,23 @@ ordered_json toJson(const std::vector<LanguageReport>& report) {
     return json;
 }
 
+const char* nameOf(TTS::Event kind) {
+    switch (kind) {
+        case TTS::EVENT_STARTED:
+            return "started";
+        case TTS::EVENT_FINISHED:
+            return "finished";
+        case TTS::EVENT_STOPPED:
+            return "stopped";
+        case TTS::EVENT_WORD:
+            return "word";
+        case TTS::EVENT_MARK:
+            return "mark";
+        default:
+            return "state";
+    }
+}
+
 const char* verdictName(Verdict verdict) {
     switch (verdict) {
         case Verdict::Good:
@@ -60,33 +77,26 @@ const char* verdictName(Verdict verdict) {
 }  // namespace
 
 std::string eventJson(const Event& event, const std::string& word) {
-    ordered_json json = {{"event", kindName(kindOf(event))}};
-    switch (kindOf(event)) {
-        case EventKind::Started:
-        case EventKind::Finished:
-            json["utterance"] = event.second;
-            break;
-        case EventKind::Stopped:
-            json["utterance"] = event.second;
+    ordered_json json = {{"event", nameOf(event.kind)}};
+    json[event.kind == TTS::EVENT_STATE ? "what" : "utterance"] = event.about;
+    switch (event.kind) {
+        case TTS::EVENT_STOPPED:
             json["status"] = statusOf(event);
             break;
-        case EventKind::Word:
-            json["utterance"] = event.second;
-            json["offset"] = event.third;
+        case TTS::EVENT_WORD:
+            json["offset"] = event.value;
             if (!word.empty()) {
                 json["word"] = word;
             }
             break;
-        case EventKind::Mark:
-            json["utterance"] = event.second;
-            json["mark"] = event.third;
+        case TTS::EVENT_MARK:
+            json["mark"] = event.value;
             break;
-        case EventKind::State:
-            json["what"] = stateName(event.second);
-            json["value"] = event.third;
+        case TTS::EVENT_STATE:
+            json["what"] = stateName(event.about);
+            json["value"] = event.value;
             break;
         default:
-            json["numbers"] = {event.first, event.second, event.third};
             break;
     }
     return dump(json, kOneLine);

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <cerrno>
 #include <csignal>
 #include <iostream>
 #include <system_error>
-#include <thread>
 
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tools/Commands.h"
-#include "tools/Errors.h"
-#include "tools/Lock.h"
+#include "tools/Connection.h"
 
 namespace voxtrelctl {
 namespace {
@@ -51,44 +50,55 @@ int exitStatus(int waitStatus) {
 
 /// Waits for the command; what asks this program to end is passed on to it. Ctrl-C needs no help:
 /// the terminal sends it to both.
-int await(pid_t child) {
-    std::thread waiter([child] {
-        int status = 0;
-        (void)waitpid(child, &status, 0);
-        EventQueue::instance().post({Notice::Source::ChildEnded, {}, status});
+int await(Connection& connection, pid_t child) {
+    connection.onSignal([child](int signal) {
+        if (signal != SIGINT) {
+            (void)kill(child, signal);
+        }
+        return true;
     });
-    Notice notice;
-    while (notice.source != Notice::Source::ChildEnded) {
-        notice = EventQueue::instance().next();
-        if (notice.source == Notice::Source::Interrupted && notice.status != SIGINT) {
-            (void)kill(child, notice.status);
-        }
-        if (notice.source == Notice::Source::ServiceDied) {
-            std::cerr << "voxtrelctl: the service died, and the lock with it\n";
-        }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    waiter.join();
-    return exitStatus(notice.status);
+    connection.onSignal({});
+    return exitStatus(status);
+}
+
+void tellOfTheEnd(const voxtrel::Event& event) {
+    if (event.kind == voxtrel::Event::Kind::Disconnected) {
+        std::cerr << "voxtrelctl: the service died, and the lock with it\n";
+    }
+}
+
+voxtrel::Lock take(Connection& connection) {
+    auto lock = connection.client().lock(connection.left());
+    if (connection.isUntold(lock.error())) {
+        throw Unanswered("whether it has given the lock, and the command was not run");
+    }
+    connection.require(lock.error());
+    return *std::move(lock);
 }
 
 }  // namespace
 
-int runBreakLock(const Options& /*options*/, Terminal& terminal) {
-    Session session(terminal);
-    const uint32_t holder = askForLock(session, "who holds the lock");
-    if (holder == session.client()->mPid) {
-        (void)session.client()->unlock();
-        terminal.line("nobody held the lock");
-        return 0;
+int runBreakLock(const Options& options, Terminal& terminal) {
+    Connection connection(options, terminal);
+    connection.connect();
+    const auto broken = connection.client().breakLock(connection.left());
+    if (connection.isUntold(broken.error())) {
+        throw Unanswered("who holds the lock");
     }
-    breakLock(session, holder);
-    terminal.line("the lock of process " + std::to_string(holder) + " is broken");
+    connection.require(broken.error());
+    terminal.line(*broken == 0 ? "nobody held the lock"
+                               : "the lock of process " + std::to_string(*broken) + " is broken");
     return 0;
 }
 
 int runLock(const Options& options, Terminal& terminal) {
-    Session session(terminal);
-    const LockHold hold(session);
+    Connection connection(options, terminal);
+    connection.connect();
+    const voxtrel::Lock hold = take(connection);
+    connection.client().onEvent(&tellOfTheEnd);
     pid_t child = 0;
     const int error = start(options.words, terminal.output(), child);
     if (error != 0) {
@@ -96,7 +106,7 @@ int runLock(const Options& options, Terminal& terminal) {
                   << std::generic_category().message(error) << "\n";
         return error == ENOENT ? kNoSuchCommand : kCannotRun;
     }
-    return await(child);
+    return await(connection, child);
 }
 
 }  // namespace voxtrelctl

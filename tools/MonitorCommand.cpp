@@ -1,95 +1,102 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <iostream>
-#include <memory>
+#include <vector>
 
 #include "tools/Commands.h"
-#include "tools/Fence.h"
+#include "tools/Connection.h"
 #include "tools/Json.h"
-#include "tools/Session.h"
 
 namespace voxtrelctl {
 namespace {
 
-void show(const Options& options, Terminal& terminal, const Event& event) {
-    terminal.line(options.json ? eventJson(event, "") : describe(event));
-}
+using voxtrel::Milliseconds;
 
-void showConnection(const Options& options, Terminal& terminal, const char* what) {
-    terminal.line(options.json ? connectionJson(what) : std::string("service ") + what);
-}
+constexpr Milliseconds kForever(-1);
+constexpr Milliseconds kLook(100);
 
-/// Asked for an event at the start, a service sends one, or it never sends any.
-class Doubt {
+/// Shows what happens to the service.
+class Monitor {
 public:
-    explicit Doubt(Session& session) : mFence(session) { mFence.send(); }
-    EventQueue::Clock::time_point end() const { return mEnd; }
-
-    void see(const Notice& notice) {
-        mFence.see(notice);
-        mHeard = mHeard || notice.source == Notice::Source::Service;
-        if (mFence.wasTaken() && !mComplained) {
-            mComplained = true;
-            warnOfAnyPause();
-        }
+    Monitor(const Options& options, Terminal& terminal)
+        : mOptions(options), mTerminal(terminal), mConnection(options, terminal) {
+        // What a handler throws is lost, so it only notes.
+        mConnection.client().onEvent(
+            [this](const voxtrel::Event& event) { mEvents.push_back(event); });
     }
 
-    /// Time is up.
-    void voice() {
-        if (!mHeard) {
-            std::cerr << "voxtrelctl: the service does not answer with an event when it is asked "
-                         "for one; what changes may not be told\n";
+    /// Until as many changes were shown as asked for, or a signal comes.
+    void run() {
+        connect();
+        mConnection.endQuietly();
+        while (!isDone()) {
+            mConnection.dispatch(mIsSure ? kForever : kLook);
+            showAll();
+            if (!mIsSure) {
+                makeSure();
+            }
         }
-        mFence.recall();
-        mEnd = EventQueue::Clock::time_point::max();
     }
 
 private:
-    static constexpr auto kPatience = std::chrono::seconds(10);
+    bool isDone() const {
+        return mConnection.isInterrupted() || (mOptions.count != 0 && mShown >= mOptions.count);
+    }
 
-    Fence mFence;
-    EventQueue::Clock::time_point mEnd = EventQueue::Clock::now() + kPatience;
-    bool mHeard = false;
-    bool mComplained = false;
+    void connect() {
+        mConnection.connect();
+        mTerminal.line(mOptions.json ? connectionJson("connected") : "service connected");
+        mIsSure = false;
+        makeSure();
+    }
+
+    /// Asked for an event at the start, a service sends one, or it never sends any.
+    void makeSure() {
+        const bool isTold = static_cast<bool>(mConnection.client().checkEvents(Milliseconds(0)));
+        if (isTold) {
+            mConnection.complain();
+        } else if (mConnection.left() == Milliseconds::zero()) {
+            std::cerr << "voxtrelctl: the service does not answer with an event when it is asked "
+                         "for one; what changes may not be told\n";
+            mConnection.client().stop();  // it may have taken what it must refuse
+        }
+        mIsSure = isTold || mConnection.left() == Milliseconds::zero();
+    }
+
+    void showAll() {
+        std::vector<voxtrel::Event> events;
+        events.swap(mEvents);
+        for (const voxtrel::Event& event : events) {
+            if (!isDone()) {
+                show(event);
+            }
+        }
+    }
+
+    void show(const voxtrel::Event& event) {
+        if (event.kind == voxtrel::Event::Kind::Disconnected) {
+            mTerminal.line(mOptions.json ? connectionJson("died") : "service died");
+            connect();
+        }
+        if (event.kind == voxtrel::Event::Kind::Changed) {
+            const Event change = toEvent(event).value_or(Event());
+            mTerminal.line(mOptions.json ? eventJson(change, "") : describe(change));
+            ++mShown;
+        }
+    }
+
+    const Options& mOptions;
+    Terminal& mTerminal;
+    std::vector<voxtrel::Event> mEvents;
+    std::uint32_t mShown = 0;
+    bool mIsSure = false;
+    Connection mConnection;
 };
-
-bool anyNotice(const Notice&) {
-    return true;
-}
 
 }  // namespace
 
 int runMonitor(const Options& options, Terminal& terminal) {
-    auto session = std::make_unique<Session>(terminal);
-    showConnection(options, terminal, "connected");
-    auto doubt = std::make_unique<Doubt>(*session);
-    uint32_t shown = 0;
-    while (options.count == 0 || shown < options.count) {
-        const Notice notice = EventQueue::instance().next(doubt->end(), anyNotice);
-        doubt->see(notice);
-        switch (notice.source) {
-            case Notice::Source::Interrupted:
-                return 0;
-            case Notice::Source::TimedOut:
-                doubt->voice();
-                break;
-            case Notice::Source::ServiceDied:
-                showConnection(options, terminal, "died");
-                doubt.reset();
-                session.reset();
-                session = std::make_unique<Session>(terminal);
-                showConnection(options, terminal, "connected");
-                doubt = std::make_unique<Doubt>(*session);
-                break;
-            case Notice::Source::Service:
-                if (!Fence::isFence(notice.event)) {
-                    show(options, terminal, notice.event);
-                    ++shown;
-                }
-                break;
-            default:
-                break;
-        }
-    }
+    Monitor(options, terminal).run();
     return 0;
 }
 

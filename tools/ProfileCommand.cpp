@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <filesystem>
-
 #include "tools/Commands.h"
-#include "tools/Errors.h"
 #include "tools/Json.h"
-#include "tools/Platform.h"
-#include "tools/ProfileFields.h"
 #include "tools/ProfileFile.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
@@ -13,107 +8,93 @@
 namespace voxtrelctl {
 namespace {
 
-void giveFlag(Session& session, const Setting& setting, bool wanted) {
-    if (readFlag(session, setting) != wanted) {
-        writeFlag(session, setting, wanted);
+using voxtrel::Profile;
+using voxtrel::Switch;
+
+Profile readProfile(const std::string& path) {
+    auto read = Profile::read(path);
+    check(read.error());
+    return *std::move(read);
+}
+
+/// In the order in which they are given to the service: a voice belongs to the language before it.
+constexpr const char* kInProfiles[] = {"language", "voice",     "speed",     "pitch",
+                                       "volume",   "bg-volume", "tts-volume"};
+
+void turn(Connection& connection, const Setting& setting, bool on) {
+    const auto is = connection.client().isOn(*setting.which, connection.left());
+    connection.require(is.error());
+    if (*is != on) {
+        writeSwitch(connection, *setting.which, setting.name, on);
     }
 }
 
 /// A value is only taken while its switch is on, so that comes first and the profile's own last.
-void giveField(Session& session, const Profile& profile, const ProfileField& field) {
-    const Setting& setting = settingNamed(field.setting);
-    const Value value = fieldValue(profile, field);
-    if (isSet(value)) {
-        if (field.flag != nullptr) {
-            giveFlag(session, setting, true);
-        }
-        writeSetting(session, setting, value);
+void give(Connection& connection, const Profile& profile, const Setting& setting) {
+    const Value value = valueOf(profile.settings, setting);
+    const bool isSet = !valueText(value).empty();
+    if (isSet && setting.which) {
+        turn(connection, setting, true);
     }
-    if (field.flag != nullptr) {
-        giveFlag(session, setting, profile.*field.flag != 0);
+    if (isSet) {
+        writeSetting(connection, setting, value);
+    }
+    if (setting.which) {
+        turn(connection, setting, profile.switchedOff.count(*setting.which) == 0);
     }
 }
 
 }  // namespace
 
 int runProfileShow(const Options& options, Terminal& terminal) {
-    TTS::TTSClientPrivate client(kAppName, nullptr);
-    readProfile(client, profilePath(options.name));
-    const std::vector<ProfileEntry> entries = profileEntries(client.mSetting);
+    const auto entries = profileEntries(readProfile(profilePath(options.name)));
     options.json ? terminal.line(profileJson(entries)) : terminal.print(profileText(entries));
     return 0;
 }
 
 int runProfileSave(const Options& options, Terminal& terminal) {
-    const std::string path = profilePath(options.name);
-    Session session(terminal);
-    Profile profile = session.client()->mSetting;
-    for (const ProfileField& field : profileFields()) {
-        const Setting& setting = settingNamed(field.setting);
-        const Value value = readSetting(session, setting);
-        if (valueText(value).empty()) {
+    Connection connection(options, terminal);
+    connection.connect();
+    voxtrel::Client& client = connection.client();
+    Profile profile;
+    profile.settings = connection.require(client.settings(connection.left()));
+    for (const char* name : kInProfiles) {
+        if (valueText(valueOf(profile.settings, settingNamed(name))).empty()) {
             throw Failure(TTS::STATUS_NOT_SUPPORTED,
-                          std::string("the service does not tell its ") + setting.name,
+                          std::string("the service does not tell its ") + name,
                           "nothing was saved; see the service's own log");
         }
-        setField(profile, field, value);
-        if (field.flag != nullptr) {
-            profile.*field.flag = readFlag(session, setting) ? 1 : 0;
+    }
+    for (const Switch which : {Switch::Speech, Switch::Speed, Switch::Pitch, Switch::Voice,
+                               Switch::Volume, Switch::MediaVolume, Switch::SpeechVolume}) {
+        if (!connection.require(client.isOn(which, connection.left()))) {
+            profile.switchedOff.insert(which);
         }
     }
-    profile.mVerbosity = session.client()->verbosity();
-    profile.mEnable = session.client()->enabled() ? 1 : 0;
-    session.confirm();
-    session.client()->mSetting = profile;
-    check(session.client()->saveProfile(path.c_str()), path);
-    // A full disk is no failure to the library, which leaves an empty file then.
-    if (contentOf(path).empty()) {
-        throw Failure(TTS::STATUS_PROFILE_ERROR, "nothing could be written to " + path);
-    }
+    check(profile.write(profilePath(options.name)));
     return 0;
 }
 
 int runProfileLoad(const Options& options, Terminal& terminal) {
-    Session session(terminal);
-    readProfile(*session.client(), profilePath(options.name));
-    const Profile profile = session.client()->mSetting;
-    for (const ProfileField& field : profileFields()) {
-        giveField(session, profile, field);
+    const Profile profile = readProfile(profilePath(options.name));
+    Connection connection(options, terminal);
+    connection.connect();
+    for (const char* name : kInProfiles) {
+        give(connection, profile, settingNamed(name));
     }
-    writeVerbosity(session, profile.mVerbosity);
-    writeSpeech(session, profile.mEnable != 0);
-    session.confirm();
+    give(connection, profile, settingNamed("verbosity"));
+    writeSwitch(connection, Switch::Speech, "speech",
+                profile.switchedOff.count(Switch::Speech) == 0);
     return 0;
 }
 
 int runProfileCopy(const Options& options, Terminal&) {
-    const std::string source = profilePath(options.name);
-    const std::string destination = profilePath(options.value);
-    const std::string content = contentOf(source);
-    std::error_code ignored;
-    if (std::filesystem::equivalent(source, destination, ignored)) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER,
-                      source + " and " + destination + " are the same file",
-                      "name another destination");
-    }
-    const TTS::TTSClientPrivate client(kAppName, nullptr);
-    client.mSetting.copyProfile(destination.c_str(), source.c_str());
-    if (contentOf(destination) != content) {
-        throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot write " + destination);
-    }
+    copyProfile(profilePath(options.name), profilePath(options.value));
     return 0;
 }
 
 int runProfileRemove(const Options& options, Terminal&) {
-    const std::string path = profilePath(options.name);
-    const TTS::TTSClientPrivate client(kAppName, nullptr);
-    if (!client.mSetting.isExistProfile(path.c_str())) {
-        throw Failure(TTS::STATUS_PROFILE_ERROR, "there is no " + path);
-    }
-    client.mSetting.removeProfile(path.c_str());
-    if (client.mSetting.isExistProfile(path.c_str())) {
-        throw Failure(TTS::STATUS_PROFILE_ERROR, "cannot delete " + path);
-    }
+    removeProfile(profilePath(options.name));
     return 0;
 }
 

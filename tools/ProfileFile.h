@@ -3,8 +3,10 @@
 #define VOXTREL_TOOLS_PROFILEFILE_H
 
 #include <string>
+#include <vector>
 
-#include "client/TTSClientPrivate.h"
+#include "tools/Reports.h"
+#include "voxtrel/Profile.h"
 
 namespace voxtrelctl {
 
@@ -12,12 +14,13 @@ namespace voxtrelctl {
 /// is a path; any other is the profile /Customer/NAME.ini.
 std::string profilePath(const std::string& name);
 
-/// All that is in a file. Throws Failure(-6) for what cannot be read, or is no plain file.
-std::string contentOf(const std::string& path);
+/// Every value of a profile by its key in the file, in the file's order; those that are read but
+/// never written come last.
+std::vector<ProfileEntry> profileEntries(const voxtrel::Profile& profile);
 
-/// Reads a profile into the client's settings, and leaves the file alone: reading the service's own
-/// profile directly may upgrade it and write it again, so a copy is read. Throws Failure(-6).
-void readProfile(TTS::TTSClientPrivate& client, const std::string& path);
+/// Throw Failure(-6) with the system's reason.
+void copyProfile(const std::string& source, const std::string& destination);
+void removeProfile(const std::string& path);
 
 }  // namespace voxtrelctl
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "tools/Settings.h"
-#include "vocabulary/Capabilities.h"
 
 namespace voxtrelctl {
 
@@ -22,7 +21,7 @@ struct SettingReport {
 
 struct LanguageReport {
     std::string code;
-    int voices = 0;         ///< the service's count
+    int voices = 0;
     bool spoken = false;    ///< the service speaks it
     bool filtered = false;  ///< the device's filter takes it away
     bool isGlobal = false;  ///< the service's global language
@@ -35,25 +34,16 @@ struct VoiceReport {
     bool usable = false;  ///< passes the device's filter
 };
 
-/// What the service does with a pause that it must refuse by an event.
-struct EventReport {
-    bool sendsEvents = false;
-    bool takesAnyPause = false;
-};
-
-/// Who has the service lock, as far as the service has told.
-enum class LockState { Free, OfAnother, Unknown };
-
-/// The state for a person, and in JSON.
-constexpr const char* lockText(LockState state) {
-    return state == LockState::Free        ? "free"
-           : state == LockState::OfAnother ? "held by another client"
-                                           : "not told";
+/// The state of the lock for a person, and in JSON.
+constexpr const char* lockText(voxtrel::LockState state) {
+    return state == voxtrel::LockState::Free      ? "free"
+           : state == voxtrel::LockState::Unknown ? "not told"
+                                                  : "held by another client";
 }
 
 struct StatusReport {
     bool enabled = false;
-    LockState lock = LockState::Unknown;
+    voxtrel::LockState lock = voxtrel::LockState::Unknown;
     std::vector<SettingReport> settings;
     std::vector<LanguageReport> languages;
     size_t voices = 0;

@@ -1,39 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cerrno>
-#include <fstream>
-#include <iostream>
-#include <sstream>
-#include <system_error>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
 
 #include "tools/ClientSettings.h"
 #include "tools/Commands.h"
-#include "tools/Errors.h"
-#include "tools/Settle.h"
-#include "tools/Speech.h"
+#include "tools/EventPrinter.h"
 #include "tools/SsmlChecker.h"
 #include "tools/Text.h"
+#include "tools/TextInput.h"
 
 namespace voxtrelctl {
 namespace {
 
-constexpr unsigned kFlushEverything = 0;
+using voxtrel::Milliseconds;
+using voxtrel::Outcome;
+using voxtrel::Status;
+using voxtrel::Utterance;
 
-std::string readAll(std::istream& in) {
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+constexpr Milliseconds kForever(-1);
+constexpr Milliseconds kProgressStep(1000);
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::string text = readAll(in);
-    if (!in.is_open() || in.bad()) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER,
-                      "cannot read " + path + " (" + std::generic_category().message(errno) + ")",
-                      "name a text file, or - for standard input");
-    }
-    return text;
-}
+/// So long the end of speech that the user has interrupted is waited for.
+constexpr Milliseconds kLastEvents(50);
+
+/// So much of a text is on its way at a time.
+constexpr std::size_t kWindow = 65536;
 
 std::string textOf(const Options& options) {
     if (!options.words.empty() && !options.file.empty()) {
@@ -41,41 +34,35 @@ std::string textOf(const Options& options) {
                       "give one of them");
     }
     if (options.words.empty()) {
-        return options.file.empty() || options.file == "-" ? readAll(std::cin)
-                                                           : readFile(options.file);
+        return options.file.empty() || options.file == "-" ? readStandardInput()
+                                                           : readTextFile(options.file);
     }
     std::string text;
     for (const std::string& word : options.words) {
         text += (text.empty() ? "" : " ") + word;
     }
-    return text;
+    return toUtf8(text, "the text");
 }
 
-void checkSsml(const std::string& text) {
-    if (const auto mistake = SsmlChecker(text).check()) {
+void checkText(const Options& options, const std::string& text) {
+    const auto mistake = options.ssml ? SsmlChecker(text).check() : std::nullopt;
+    if (mistake) {
         throw Failure(TTS::STATUS_BAD_PARAMETER,
                       "line " + std::to_string(mistake->line) + ", column " +
                           std::to_string(mistake->column) + ": " + forTerminal(mistake->what),
                       "correct the markup, or leave out --ssml");
     }
-}
-
-/// Marked-up text goes whole: no part of it would be marked up by itself.
-std::vector<std::string> piecesOf(const Options& options, std::string text) {
-    if (options.ssml) {
-        checkSsml(text);
-    }
-    if (!isMarkedUp(text)) {
-        return cutIntoPieces(std::move(text));
-    }
-    if (text.size() > kMostOnTheWay) {
+    if (isMarkedUp(text) && text.size() > kWindow) {
         throw Failure(TTS::STATUS_BAD_PARAMETER,
                       "the marked-up text has " + std::to_string(text.size()) +
-                          " bytes, and no more than " + std::to_string(kMostOnTheWay) +
+                          " bytes, and no more than " + std::to_string(kWindow) +
                           " can be sent at once",
                       "say it in several texts, each in a <speak> of its own");
     }
-    return cutIntoPieces(std::move(text), kMostOnTheWay);
+    if (isBlank(text)) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is nothing to say",
+                      "give a text, --file FILE, or pipe a text into standard input");
+    }
 }
 
 EventPrinter::Style styleOf(const Options& options, const Terminal& terminal, bool isMarkup) {
@@ -87,67 +74,180 @@ EventPrinter::Style styleOf(const Options& options, const Terminal& terminal, bo
                                                  : EventPrinter::Style::Lines;
 }
 
-/// Gives the service all of it and leaves; what is queued is spoken all the same.
-void handOver(Session& session, const std::vector<std::string>& pieces) {
-    Utterances sent;
-    size_t onTheWay = 0;
-    for (size_t n = 0; n < pieces.size(); ++n) {
-        if (onTheWay + pieces[n].size() > kMostOnTheWay) {
-            settle(session, sent,
-                   "whether it has taken the beginning of the text (the rest was not sent), and it "
-                   "was asked to drop what is left of it");
-            onTheWay = 0;
-        }
-        const auto number = static_cast<uint32_t>(n + 1);
-        check(session.client()->say(number, pieces[n]), "");
-        sent.sent(number);
-        onTheWay += pieces[n].size();
+/// What is switched off is said before anything is sent.
+void requireSpeech(Connection& connection) {
+    const auto isOn = connection.client().isOn(voxtrel::Switch::Speech, connection.left());
+    check(connection.require(isOn) ? 0 : TTS::STATUS_DISABLED, "");
+}
+
+/// Throws what an utterance ended with, unless it is in order.
+void judge(Connection& connection, const Outcome& outcome) {
+    if (connection.isInterrupted()) {
+        throw Interrupted();
     }
-    settle(session, sent,
-           "whether it has taken the text, and it was asked to drop what is left of it");
+    const bool hasDied =
+        outcome.kind() == Outcome::Kind::Lost && outcome.status() == Status::NoService;
+    if (outcome.status() != Status::Ok) {
+        throw Failure(static_cast<int>(outcome.status()), hasDied ? "it died while speaking" : "");
+    }
+}
+
+/// Shows what becomes of an utterance.
+class Follower {
+public:
+    /// @param text must outlive this object.
+    Follower(Connection& connection, const std::string& text, EventPrinter::Style style,
+             Terminal& terminal)
+        : mConnection(connection),
+          mPrinter(EventPrinter::make(
+              style, text, [&terminal](const std::string& line) { terminal.print(line); })) {
+        // What a handler throws is lost, so it only notes.
+        connection.client().onEvent([this](const voxtrel::Event& told) {
+            mIsOver = mIsOver || told.kind == voxtrel::Event::Kind::Ended;
+            const std::optional<Event> event = toEvent(told);
+            if (event && event->kind != TTS::EVENT_STATE) {
+                mEvents.push_back(*event);
+            }
+        });
+    }
+    ~Follower() {
+        mConnection.onEnd({});
+        mConnection.client().onEvent({});
+    }
+    Follower(const Follower&) = delete;
+    Follower& operator=(const Follower&) = delete;
+
+    /// Until it has its outcome, or the user does not want to hear more.
+    void follow(const Utterance& said) {
+        mConnection.onEnd([this, number = said.number()] { endAs(number); });
+        while (!mIsOver && !mConnection.isInterrupted()) {
+            show(kForever);
+        }
+        if (!mIsOver) {
+            show(kLastEvents);
+        }
+        if (mConnection.isInterrupted()) {
+            endAs(said.number());
+        }
+    }
+
+private:
+    void show(Milliseconds atMost) {
+        mConnection.dispatch(atMost);
+        const std::lock_guard<std::mutex> lock(mMutex);
+        for (const Event& event : mEvents) {
+            mHasEnded =
+                mHasEnded || event.kind == TTS::EVENT_FINISHED || event.kind == TTS::EVENT_STOPPED;
+            mPrinter->show(event);
+        }
+        mEvents.clear();
+    }
+
+    /// The user has interrupted it; the service was asked to stop it, and is late to tell.
+    void endAs(std::uint64_t number) {
+        const std::unique_lock<std::mutex> lock(mMutex, std::try_to_lock);
+        if (lock.owns_lock() && !mHasEnded) {
+            mHasEnded = true;
+            mPrinter->show({TTS::EVENT_STOPPED, static_cast<std::uint32_t>(number)});
+        }
+    }
+
+    Connection& mConnection;
+    const std::unique_ptr<EventPrinter> mPrinter;
+    std::vector<Event> mEvents;  ///< the main thread's
+    bool mIsOver = false;        ///< its outcome was told; the main thread's
+    std::mutex mMutex;           ///< of what is shown
+    bool mHasEnded = false;
+};
+
+/// Is there more of a text than the service can have, which waits for its turn there?
+bool isStillGiven(Connection& connection, const std::string& text) {
+    return text.size() > kWindow && connection.client().isOn(voxtrel::Switch::Speech);
+}
+
+[[noreturn]] void giveUp(Connection& connection, const voxtrel::Error& why,
+                         const std::string& what) {
+    connection.client().stop();
+    if (!connection.isUntold(why)) {
+        connection.require(why);
+    }
+    const bool takesAnyPause = connection.client().diagnose(kProgressStep).takesAnyPause;
+    throw Unanswered(
+        "whether it has taken " + what + ", and it was asked to drop what is left of it",
+        takesAnyPause ? Unanswered::Why::TakesAnyPause : Unanswered::Why::NoEvent);
+}
+
+/// Gives the service all of it and leaves; what is queued is spoken all the same.
+void handOver(Connection& connection, Terminal& terminal, const Utterance& said,
+              const std::string& text, const std::string& what) {
+    voxtrel::Client& client = connection.client();
+    const bool isLong = text.size() > kWindow;
+    voxtrel::Result<void> taken = client.waitUntilTaken(isLong ? kProgressStep : connection.left());
+    while (taken.status() == Status::TimedOut && isStillGiven(connection, text)) {
+        const auto percent = 100 * said.position().bytes / text.size();
+        terminal.progress("giving the text to the service as it is spoken",
+                          std::to_string(percent) + " %");
+        taken = client.waitUntilTaken(kProgressStep);
+    }
+    terminal.endProgress();
+    if (!taken && said.outcome().isPending()) {
+        giveUp(connection, taken.error(), what);
+    }
+    judge(connection, said.outcome());
+}
+
+/// Speaks with `say`, and stays as long as the options ask for.
+void speak(const Options& options, Terminal& terminal, Connection& connection,
+           const std::function<Utterance()>& say, const std::string& text,
+           EventPrinter::Style style) {
+    if (options.wait || options.json) {
+        Follower follower(connection, text, style, terminal);
+        const Utterance said = say();
+        follower.follow(said);
+        judge(connection, said.outcome());
+    } else {
+        const bool isPause = options.command == Command::Silence;
+        handOver(connection, terminal, say(), text, isPause ? "the pause" : "the text");
+    }
+    connection.complain();
 }
 
 }  // namespace
 
 int runSay(const Options& options, Terminal& terminal) {
-    const std::vector<std::string> pieces = piecesOf(options, textOf(options));
-    if (pieces.empty()) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is nothing to say",
-                      "give a text, --file FILE, or pipe a text into standard input");
-    }
-    Session session(terminal);
-    applyProsody(session, options.prosody);
-    if (options.wait || options.json) {
-        const auto printer =
-            EventPrinter::make(styleOf(options, terminal, isMarkedUp(pieces.front())),
-                               [&terminal](const std::string& text) { terminal.print(text); });
-        Speech(session, *printer).say(pieces);
-    } else {
-        handOver(session, pieces);
-    }
+    const std::string text = textOf(options);
+    checkText(options, text);
+    Connection connection(options, terminal);
+    connection.connect();
+    applyProsody(connection, options.prosody);
+    requireSpeech(connection);
+    speak(
+        options, terminal, connection, [&] { return connection.client().say(text); }, text,
+        styleOf(options, terminal, isMarkedUp(text)));
     return 0;
 }
 
 int runSilence(const Options& options, Terminal& terminal) {
-    Session session(terminal);
-    if (options.wait) {
-        const auto printer = EventPrinter::make(EventPrinter::Style::Silent, nullptr);
-        Speech(session, *printer).pause(options.milliseconds);
-    } else {
-        check(session.client()->silence(1, options.milliseconds), "");
-        Utterances sent;
-        sent.sent(1);
-        settle(session, sent,
-               "whether it has taken the pause, and it was asked to drop what is left of it");
-    }
+    Connection connection(options, terminal);
+    connection.connect();
+    requireSpeech(connection);
+    const auto pause = [&] {
+        return connection.client().pause(Milliseconds(options.milliseconds));
+    };
+    speak(options, terminal, connection, pause, "", EventPrinter::Style::Silent);
     return 0;
 }
 
-int runStop(const Options&, Terminal& terminal) {
-    Session session(terminal);
-    check(session.client()->stopAndFlush(kFlushEverything), "");
-    Utterances none;
-    settle(session, none, "whether it has stopped");
+int runStop(const Options& options, Terminal& terminal) {
+    Connection connection(options, terminal);
+    connection.connect();
+    requireSpeech(connection);
+    const auto stopped = connection.client().stopEverybody(connection.left());
+    if (connection.isUntold(stopped.error())) {
+        throw Unanswered("whether it has stopped");
+    }
+    connection.require(stopped.error());
+    connection.complain();
     return 0;
 }
 

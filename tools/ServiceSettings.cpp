@@ -1,38 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ServiceSettings.h"
 
-#include <cmath>
-#include <cstring>
+#include <strings.h>
 
-#include "tools/Errors.h"
-#include "vocabulary/Language.h"
+#include <algorithm>
+#include <cmath>
+
+#include "tools/Languages.h"
 
 namespace voxtrelctl {
 namespace {
 
-constexpr size_t kLanguageRoom = 16;  ///< what the library fills at most
+using voxtrel::Features;
+using voxtrel::Status;
+using voxtrel::Voice;
 
-bool isRate(const Setting& setting) {
-    return std::string(setting.name) == "rate";
+bool isOn(Connection& connection, voxtrel::Switch which) {
+    return connection.require(connection.client().isOn(which, connection.left()));
 }
 
-std::string readLanguage(Session& session) {
-    char code[kLanguageRoom + 1] = {};
-    check(session.client()->globalConfig(GCONF_LANGUAGE, code), "reading the language");
-    return code;
-}
-
-template <typename Number>
-Number readNumber(Session& session, const Setting& setting) {
-    Number number = 0;
-    check(session.client()->globalConfig(setting.key, &number),
-          std::string("reading ") + setting.name);
-    return number;
-}
-
-std::string rejection(const Session& session, const Setting& setting, const Value& value) {
-    return std::string(setting.name) + " " + valueText(value) +
-           acceptedText(setting, session.capabilities());
+Value readSetting(Connection& connection, const Setting& setting) {
+    return valueOf(connection.require(connection.client().settings(connection.left())), setting);
 }
 
 /// The same value, but for what a service may round off.
@@ -48,141 +36,151 @@ bool isSame(const Value& one, const Value& other) {
                   "the service took it and did not keep it; see its own log");
 }
 
-const char* switchText(bool enable) {
-    return enable ? "on" : "off";
+const char* switchText(bool on) {
+    return on ? "on" : "off";
 }
 
-/// The library reports a rate that it rejects as success, so it is checked before.
-bool takesRate(const Session& session, uint32_t rate) {
-    const TTS::Capabilities& can = session.capabilities();
-    return can.speedSupported && can.speedMin <= rate && rate <= can.speedMax;
+std::string describe(const Setting& setting, const Value& value, const Features& can) {
+    return std::string(setting.name) + " " + valueText(value) + acceptedText(setting, can);
 }
 
-int send(Session& session, const Setting& setting, Value value) {
-    const ClientUse client = session.client();
-    if (auto* code = std::get_if<std::string>(&value)) {
-        return client->setGlobalConfig(setting.key, code->data());
-    }
-    if (auto* real = std::get_if<float>(&value)) {
-        return client->setGlobalConfig(setting.key, real);
-    }
-    auto& whole = std::get<uint32_t>(value);
-    if (setting.key != 0) {
-        return client->setGlobalConfig(setting.key, &whole);
-    }
-    if (isRate(setting)) {
-        return takesRate(session, whole) ? client->setGlobalRate(whole) : TTS::STATUS_BAD_PARAMETER;
-    }
-    return whole <= 1 ? client->setVerbosity(static_cast<int>(whole)) : TTS::STATUS_BAD_PARAMETER;
+/// What is wrong with a value is told with it; what keeps the client from any change is not.
+bool concernsValue(Status status) {
+    return status == Status::BadParameter || status == Status::NotSupported;
+}
+
+const Voice* findVoice(const std::vector<Voice>& voices, const std::string& tag,
+                       const std::string& text) {
+    const auto isMeant = [&](const Voice& voice) {
+        return voice.language == tag && (strcasecmp(voice.name.c_str(), text.c_str()) == 0 ||
+                                         std::to_string(voice.number) == text);
+    };
+    const auto found = std::find_if(voices.begin(), voices.end(), isMeant);
+    return found == voices.end() ? nullptr : &*found;
+}
+
+bool contains(const std::vector<std::string>& list, const std::string& text) {
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+int countVoices(const std::vector<Voice>& voices, const std::string& tag) {
+    return static_cast<int>(std::count_if(
+        voices.begin(), voices.end(), [&](const Voice& voice) { return voice.language == tag; }));
 }
 
 }  // namespace
 
-Value readSetting(Session& session, const Setting& setting) {
-    if (setting.type == ValueType::Language) {
-        return readLanguage(session);
+void requireAccepted(Connection& connection, const Setting& setting, const Value& value,
+                     const Features& can) {
+    if (!isAccepted(setting, value, can)) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER, describe(setting, value, can));
     }
-    if (setting.key == 0) {
-        const ClientUse client = session.client();
-        return static_cast<uint32_t>(isRate(setting) ? client->globalRate() : client->verbosity());
+    if (setting.which && !isOn(connection, *setting.which)) {
+        throw Failure(TTS::STATUS_NOT_SUPPORTED, describe(setting, value, can));
     }
-    if (setting.type == ValueType::Float) {
-        return readNumber<float>(session, setting);
-    }
-    return readNumber<uint32_t>(session, setting);
 }
 
-void writeSetting(Session& session, const Setting& setting, const Value& value) {
-    const int status = send(session, setting, value);
-    if (status != 0) {
-        throw Failure(status, rejection(session, setting, value));
-    }
-    const Value kept = readSetting(session, setting);
+void writeSetting(Connection& connection, const Setting& setting, const Value& value) {
+    voxtrel::Client& client = connection.client();
+    const Features can = connection.require(client.features(connection.left()));
+    requireAccepted(connection, setting, value, can);
+    const auto done = client.change(only(setting, value), connection.left());
+    connection.require(done.error(),
+                       concernsValue(done.status()) ? describe(setting, value, can) : "");
+    const Value kept = readSetting(connection, setting);
     if (!isSame(kept, value)) {
         const std::string text = valueText(kept);
         notKept(setting.name, text.empty() ? "not told" : text, valueText(value));
     }
 }
 
-bool readFlag(Session& session, const Setting& setting) {
-    bool flag = false;
-    check(session.client()->enabled2(setting.flag, &flag),
-          std::string("reading the switch of ") + setting.name);
-    return flag;
-}
-
-void writeFlag(Session& session, const Setting& setting, bool enable) {
-    check(session.client()->setEnable2(setting.flag, enable), setting.name);
-    if (readFlag(session, setting) != enable) {
-        notKept(std::string("the switch of ") + setting.name, switchText(!enable),
-                switchText(enable));
+void writeSwitch(Connection& connection, voxtrel::Switch which, const std::string& name, bool on) {
+    const auto done = connection.client().turn(which, on, connection.left());
+    connection.require(done.error(), concernsValue(done.status()) ? name : "");
+    if (isOn(connection, which) != on) {
+        const bool isSpeech = which == voxtrel::Switch::Speech;
+        notKept(isSpeech ? name : "the switch of " + name, switchText(!on), switchText(on));
     }
 }
 
-void writeVerbosity(Session& session, int verbosity) {
-    check(session.client()->setVerbosity(verbosity), "verbosity");
-    const int kept = session.client()->verbosity();
-    if (kept != verbosity) {
-        notKept("verbosity", std::to_string(kept), std::to_string(verbosity));
+std::uint32_t voiceNumber(const Features& can, const std::string& tag, const std::string& text) {
+    const std::string code = codeOf(tag);
+    const std::string detail = "voice " + text + " of " + code;
+    if (const Voice* const voice = findVoice(can.voices, tag, text)) {
+        return voice->number;
     }
-}
-
-void writeSpeech(Session& session, bool enable) {
-    check(session.client()->setEnable(enable), "speech");
-    if (session.client()->enabled() != enable) {
-        notKept("speech", switchText(!enable), switchText(enable));
+    if (findVoice(can.filteredVoices, tag, text) != nullptr) {
+        throw Failure(TTS::STATUS_NOT_SUPPORTED, detail);
     }
+    if (text.find_first_not_of("0123456789") == std::string::npos) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER, detail);
+    }
+    throw Failure(TTS::STATUS_BAD_PARAMETER, code + " has no voice \"" + text + "\"",
+                  "see voxtrelctl voices " + code);
 }
 
-EN_VOXTREL_LANGUAGE globalLanguage(Session& session) {
-    return TTS::langStr2Id(readLanguage(session));
+std::string serviceLanguage(Connection& connection) {
+    const auto all = connection.require(connection.client().settings(connection.left()));
+    if (!all.language) {
+        throw Failure(TTS::STATUS_NO_LANGUAGE, "and the service does not tell its own");
+    }
+    return *all.language;
 }
 
-std::vector<SettingReport> surveySettings(Session& session, const std::vector<std::string>& names) {
-    std::vector<const Setting*> wanted;
-    wanted.reserve(settings().size());
+std::vector<SettingReport> surveySettings(Connection& connection,
+                                          const std::vector<std::string>& names) {
     for (const std::string& name : names) {
-        wanted.push_back(&settingNamed(name));
+        (void)settingNamed(name);
     }
-    if (names.empty()) {
-        for (const Setting& setting : settings()) {
-            wanted.push_back(&setting);
-        }
-    }
+    voxtrel::Client& client = connection.client();
+    const Features can = connection.require(client.features(connection.left()));
+    const auto all = connection.require(client.settings(connection.left()));
     std::vector<SettingReport> report;
-    report.reserve(wanted.size());
-    for (const Setting* setting : wanted) {
-        SettingReport entry{setting->name,
-                            readSetting(session, *setting),
-                            {},
-                            rangeText(*setting, session.capabilities())};
-        if (hasFlag(*setting)) {
-            entry.enabled = readFlag(session, *setting);
+    const auto add = [&](const Setting& setting) {
+        SettingReport entry{setting.name, valueOf(all, setting), {}, rangeText(setting, can)};
+        if (setting.which) {
+            entry.enabled = isOn(connection, *setting.which);
         }
         report.push_back(std::move(entry));
+    };
+    for (const std::string& name : names) {
+        add(settingNamed(name));
+    }
+    if (names.empty()) {
+        std::for_each(settings().begin(), settings().end(), add);
     }
     return report;
 }
 
-std::vector<LanguageReport> surveyLanguages(Session& session) {
-    const TTS::Capabilities& can = session.capabilities();
-    const EN_VOXTREL_LANGUAGE global = globalLanguage(session);
+std::vector<LanguageReport> surveyLanguages(Connection& connection) {
+    voxtrel::Client& client = connection.client();
+    const Features can = connection.require(client.features(connection.left()));
+    const auto all = connection.require(client.settings(connection.left()));
     std::vector<LanguageReport> report;
-    for (size_t id = 0; id < can.languages.size() && id < can.voicesNum.size(); ++id) {
-        const auto language = static_cast<EN_VOXTREL_LANGUAGE>(id);
-        report.push_back({TTS::langId2Str(language), can.voicesNum[id], can.languages[id],
-                          session.client()->languageByFilter(language) != 0, language == global});
+    for (const std::string& code : languageCodes()) {
+        const std::string tag = tagOf(code);
+        const bool isFiltered = contains(can.filteredLanguages, tag);
+        report.push_back({code, countVoices(can.voices, tag) + countVoices(can.filteredVoices, tag),
+                          isFiltered || contains(can.languages, tag), isFiltered,
+                          all.language == tag});
     }
     return report;
 }
 
-std::vector<VoiceReport> surveyVoices(Session& session) {
+std::vector<VoiceReport> surveyVoices(Connection& connection) {
+    const Features can = connection.require(connection.client().features(connection.left()));
     std::vector<VoiceReport> report;
-    for (TTS::VoiceInfo voice : session.capabilities().voices) {
-        bool listed = false;
-        const bool restricted = session.client()->supportVoiceByFilter(&voice, &listed) != 0;
-        const std::string name(voice.name, strnlen(voice.name, sizeof(voice.name)));
-        report.push_back({TTS::langId2Str(voice.langId), voice.id, name, !restricted || listed});
+    for (const std::string& code : languageCodes()) {
+        const auto begin = static_cast<std::ptrdiff_t>(report.size());
+        for (const auto* voices : {&can.voices, &can.filteredVoices}) {
+            for (const Voice& voice : *voices) {
+                if (codeOf(voice.language) == code) {
+                    report.push_back({code, voice.number, voice.name, voices == &can.voices});
+                }
+            }
+        }
+        std::sort(report.begin() + begin, report.end(),
+                  [](const VoiceReport& a, const VoiceReport& b) { return a.id < b.id; });
     }
     return report;
 }

@@ -3,15 +3,19 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
+#include <cmath>
 #include <sstream>
 
 #include "tools/Errors.h"
+#include "tools/Languages.h"
 
 namespace voxtrelctl {
 namespace {
 
-constexpr auto kNoKey = static_cast<VOXTRELAPI_GCONF>(0);
+using voxtrel::Features;
+using voxtrel::GlobalSettings;
+using voxtrel::Range;
+using voxtrel::Switch;
 
 std::string numberText(double number) {
     std::ostringstream out;
@@ -19,8 +23,12 @@ std::string numberText(double number) {
     return out.str();
 }
 
-std::string rangeOf(float least, float most) {
-    return numberText(static_cast<double>(least)) + " to " + numberText(static_cast<double>(most));
+bool isLanguage(const Setting& setting) {
+    return std::holds_alternative<std::optional<std::string> GlobalSettings::*>(setting.field);
+}
+
+bool isReal(const Setting& setting) {
+    return std::holds_alternative<std::optional<float> GlobalSettings::*>(setting.field);
 }
 
 [[noreturn]] void reject(const Setting& setting, const std::string& text, const char* wanted) {
@@ -28,22 +36,42 @@ std::string rangeOf(float least, float most) {
                   std::string(setting.name) + " takes " + wanted + ", not \"" + text + "\"");
 }
 
+template <typename Number>
+Number parse(const Setting& setting, const std::string& text, const char* wanted) {
+    Number number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end) {
+        reject(setting, text, wanted);
+    }
+    return number;
+}
+
+bool hasRange(const Setting& setting) {
+    return !isLanguage(setting) && setting.which != Switch::Voice;
+}
+
+template <typename Number>
+Range<double> widened(const Range<Number>& range) {
+    return {range.isSupported, static_cast<double>(range.least), static_cast<double>(range.most)};
+}
+
 }  // namespace
 
 const std::vector<Setting>& settings() {
+    using All = GlobalSettings;
     static const std::vector<Setting> table = {
-        {"speed", GCONF_SPEED, GCONF_SPEED_ENABLE, ValueType::Unsigned, "words a minute"},
-        {"pitch", GCONF_PITCH, GCONF_PITCH_ENABLE, ValueType::Float, "height of the voice"},
-        {"voice", GCONF_VOICE, GCONF_VOICE_ENABLE, ValueType::Unsigned,
-         "number of the voice within its language"},
-        {"volume", GCONF_VOLUME, GCONF_VOLUME_ENABLE, ValueType::Float, "loudness of the voice"},
-        {"bg-volume", GCONF_BG_VOLUME, GCONF_BG_VOLUME_ENABLE, ValueType::Unsigned,
+        {"speed", &All::speed, Switch::Speed, "words a minute"},
+        {"pitch", &All::pitch, Switch::Pitch, "height of the voice"},
+        {"voice", &All::voice, Switch::Voice, "number or name of a voice of its language"},
+        {"volume", &All::volume, Switch::Volume, "loudness of the voice"},
+        {"bg-volume", &All::mediaVolume, Switch::MediaVolume,
          "volume of other sound while speaking, percent"},
-        {"tts-volume", GCONF_TTS_VOLUME, GCONF_TTS_VOLUME_ENABLE, ValueType::Unsigned,
+        {"tts-volume", &All::speechVolume, Switch::SpeechVolume,
          "volume of the speech output, percent"},
-        {"language", GCONF_LANGUAGE, kNoKey, ValueType::Language, "locale code, as in en_US"},
-        {"rate", kNoKey, kNoKey, ValueType::Unsigned, "service-wide rate, words a minute"},
-        {"verbosity", kNoKey, kNoKey, ValueType::Unsigned, "0 or 1"},
+        {"language", &All::language, {}, "a language, as in en_US"},
+        {"rate", &All::rate, {}, "service-wide rate, words a minute"},
+        {"verbosity", &All::verbosity, {}, "0 or 1"},
     };
     return table;
 }
@@ -74,71 +102,105 @@ std::string settingNames(bool (*wanted)(const Setting&)) {
     return names;
 }
 
-bool hasFlag(const Setting& setting) {
-    return setting.flag != kNoKey;
+bool hasSwitch(const Setting& setting) {
+    return setting.which.has_value();
+}
+
+Switch switchNamed(const std::string& name) {
+    if (name == "speech") {
+        return Switch::Speech;
+    }
+    const Setting& setting = settingNamed(name);
+    if (!setting.which) {
+        throw Failure(TTS::STATUS_BAD_PARAMETER, name + " has no switch",
+                      "there are speech, " + settingNames(&hasSwitch));
+    }
+    return *setting.which;
 }
 
 std::string valueText(const Value& value) {
-    if (const auto* whole = std::get_if<uint32_t>(&value)) {
-        return std::to_string(*whole);
-    }
-    if (const auto* whole = std::get_if<int32_t>(&value)) {
-        return std::to_string(*whole);
-    }
     if (const auto* real = std::get_if<float>(&value)) {
         return numberText(static_cast<double>(*real));
     }
-    return std::get<std::string>(value);
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    const auto* whole = std::get_if<std::uint32_t>(&value);
+    return whole != nullptr ? std::to_string(*whole)
+                            : std::to_string(std::get<std::int32_t>(value));
+}
+
+Value valueOf(const GlobalSettings& all, const Setting& setting) {
+    const Value value = std::visit(
+        [&](auto field) { return all.*field ? Value(*(all.*field)) : Value(std::string()); },
+        setting.field);
+    return isLanguage(setting) ? codeOf(std::get<std::string>(value)) : value;
+}
+
+GlobalSettings only(const Setting& setting, const Value& value) {
+    GlobalSettings one;
+    std::visit(
+        [&](auto field) {
+            using Held = typename std::decay_t<decltype(one.*field)>::value_type;
+            one.*field = std::get<Held>(value);
+        },
+        setting.field);
+    return one;
 }
 
 Value parseValue(const Setting& setting, const std::string& text) {
-    const char* end = text.data() + text.size();
-    if (setting.type == ValueType::Language) {
+    if (isLanguage(setting)) {
         return text;
     }
-    if (setting.type == ValueType::Unsigned) {
-        uint32_t whole = 0;
-        const auto [stop, error] = std::from_chars(text.data(), end, whole);
-        if (error != std::errc() || stop != end) {
-            reject(setting, text, "a whole number");
+    if (isReal(setting)) {
+        const auto real = parse<float>(setting, text, "a number");
+        if (std::isnan(real)) {
+            reject(setting, text, "a number");
         }
-        return whole;
+        return real;
     }
-    float real = 0.0F;
-    const auto [stop, error] = std::from_chars(text.data(), end, real);
-    // The library lets a NaN pass every range test, so it is stopped here.
-    if (error != std::errc() || stop != end || real != real) {
-        reject(setting, text, "a number");
-    }
-    return real;
+    const auto whole = parse<std::uint32_t>(setting, text, "a whole number");
+    const bool isSigned =
+        std::holds_alternative<std::optional<std::int32_t> GlobalSettings::*>(setting.field);
+    return isSigned ? Value(static_cast<std::int32_t>(whole)) : Value(whole);
 }
 
-std::string rangeText(const Setting& setting, const TTS::Capabilities& can) {
+Range<double> rangeOf(const Setting& setting, const Features& can) {
     const std::string name = setting.name;
     if (name == "speed" || name == "rate") {
-        return can.speedSupported
-                   ? std::to_string(can.speedMin) + " to " + std::to_string(can.speedMax)
-                   : "";
+        return widened(can.speed);
     }
     if (name == "pitch") {
-        return can.pitchSupported ? rangeOf(can.pitchMin, can.pitchMax) : "";
+        return widened(can.pitch);
     }
     if (name == "volume") {
-        return can.volumeSupported ? rangeOf(can.volumeMin, can.volumeMax) : "";
+        return widened(can.volume);
     }
-    if (name == "verbosity") {
-        return "0 to 1";
-    }
-    return name == "bg-volume" || name == "tts-volume" ? "0 to 100" : "";
+    return {hasRange(setting), 0, name == "verbosity" ? 1.0 : 100.0};
 }
 
-std::string acceptedText(const Setting& setting, const TTS::Capabilities& can) {
+std::string rangeText(const Setting& setting, const Features& can) {
+    const Range<double> range = rangeOf(setting, can);
+    return range.isSupported ? numberText(range.least) + " to " + numberText(range.most) : "";
+}
+
+std::string acceptedText(const Setting& setting, const Features& can) {
     const std::string range = rangeText(setting, can);
     if (!range.empty()) {
         return " (it takes " + range + ")";
     }
-    const bool isNamed = setting.key == GCONF_LANGUAGE || setting.key == GCONF_VOICE;
-    return isNamed ? "" : " (the service does not support it)";
+    return hasRange(setting) ? " (the service does not support it)" : "";
+}
+
+bool isAccepted(const Setting& setting, const Value& value, const Features& can) {
+    if (!hasRange(setting)) {
+        return true;
+    }
+    const Range<double> range = rangeOf(setting, can);
+    const auto* const real = std::get_if<float>(&value);
+    const double number =
+        real != nullptr ? static_cast<double>(*real) : std::stod(valueText(value));
+    return range.isSupported && number >= range.least && number <= range.most;
 }
 
 }  // namespace voxtrelctl

@@ -7,20 +7,22 @@
 #include <variant>
 #include <vector>
 
-#include "vocabulary/Capabilities.h"
-#include "vocabulary/GlobalConfig.h"
+#include "voxtrel/Settings.h"
+#include "voxtrel/Speech.h"
 
 namespace voxtrelctl {
 
-/// How a setting's value is written on the command line and travels to the service.
-enum class ValueType { Unsigned, Float, Language };
+/// Where a setting stands among all.
+using Field = std::variant<std::optional<std::uint32_t> voxtrel::GlobalSettings::*,
+                           std::optional<std::int32_t> voxtrel::GlobalSettings::*,
+                           std::optional<float> voxtrel::GlobalSettings::*,
+                           std::optional<std::string> voxtrel::GlobalSettings::*>;
 
 /// One service-wide setting as `get`, `set`, `enable` and `disable` name it.
 struct Setting {
-    const char* name;       ///< on the command line and in JSON
-    VOXTRELAPI_GCONF key;   ///< value key; 0 for the two that have operations of their own
-    VOXTRELAPI_GCONF flag;  ///< enable flag; 0 where there is none
-    ValueType type;
+    const char* name;  ///< on the command line and in JSON
+    Field field;
+    std::optional<voxtrel::Switch> which;
     const char* help;
 };
 
@@ -36,25 +38,39 @@ const Setting& settingNamed(const std::string& name);
 /// The names of the settings for which `wanted` holds, joined by ", ".
 std::string settingNames(bool (*wanted)(const Setting&));
 
-bool hasFlag(const Setting& setting);
+bool hasSwitch(const Setting& setting);
 
-/// A setting's value: whole numbers, real numbers, or a language code.
-using Value = std::variant<uint32_t, int32_t, float, std::string>;
+/// The switch of that name, which is "speech" or a setting's; throws Failure(-3) when there is
+/// none.
+voxtrel::Switch switchNamed(const std::string& name);
+
+/// A setting's value: whole numbers, real numbers, or a language code; an empty text for what the
+/// service does not tell.
+using Value = std::variant<std::uint32_t, std::int32_t, float, std::string>;
 
 /// The value as the command line writes it; floats without trailing zeros.
 std::string valueText(const Value& value);
+
+Value valueOf(const voxtrel::GlobalSettings& settings, const Setting& setting);
+
+/// The settings with this one alone.
+voxtrel::GlobalSettings only(const Setting& setting, const Value& value);
 
 /// Reads `text` as a value of `setting`. Whole numbers are decimal and within 32 bits; languages
 /// are taken as written. Throws Failure(-3) naming the setting, the text and what is expected.
 Value parseValue(const Setting& setting, const std::string& text);
 
-/// The accepted values in words, as in "80 to 450", from what the service said it can do; empty
-/// where the table has nothing to say, or the service does not support the setting. Only for
-/// messages: the client library does the checking.
-std::string rangeText(const Setting& setting, const TTS::Capabilities& can);
+/// What the service takes; not supported where there is no range to tell.
+voxtrel::Range<double> rangeOf(const Setting& setting, const voxtrel::Features& can);
+
+/// The range in words, as in "80 to 450"; empty where there is none to tell.
+std::string rangeText(const Setting& setting, const voxtrel::Features& can);
 
 /// rangeText() as the end of a message, such as " (it takes 80 to 450)".
-std::string acceptedText(const Setting& setting, const TTS::Capabilities& can);
+std::string acceptedText(const Setting& setting, const voxtrel::Features& can);
+
+/// False for a number out of the range, or of a setting that the service does not support.
+bool isAccepted(const Setting& setting, const Value& value, const voxtrel::Features& can);
 
 }  // namespace voxtrelctl
 

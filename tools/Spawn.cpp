@@ -3,39 +3,36 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <functional>
-#include <future>
-#include <iostream>
+#include <optional>
 #include <system_error>
-#include <thread>
 
 #include "binder/ServiceManagerSocket.h"
+#include "tools/Connection.h"
 #include "tools/Daemon.h"
-#include "tools/Errors.h"
-#include "tools/EventQueue.h"
-#include "tools/Platform.h"
 
 namespace voxtrelctl {
 namespace {
 
-using Clock = EventQueue::Clock;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+using voxtrel::Reach;
 
-constexpr auto kLook = std::chrono::milliseconds(10);
-constexpr auto kNoticeable = std::chrono::milliseconds(800);
-/// Voices come from a disk that may be slow; the client library waits as long for them.
+constexpr auto kLook = milliseconds(10);
+constexpr auto kNoticeable = milliseconds(800);
+/// Voices come from a disk that may be slow.
 constexpr auto kPatience = std::chrono::seconds(60);
 constexpr auto kAnswerPatience = std::chrono::seconds(5);
 /// Who has started the service manager, such as a unit of systemd's, may start the service next.
 constexpr auto kRegistrationPatience = std::chrono::seconds(5);
 constexpr const char* kIdleSeconds = "300";
 
-enum class Answer { No, NotReady, Ready, Hangs };
-
-/// Looks again and again until `isDone`, and says whether it was in time. Ctrl-C ends the process.
+/// Looks again and again until `isDone`, and says whether it was in time.
 bool await(Terminal& terminal, const std::string& what, Clock::duration patience,
            const std::function<bool()>& isDone) {
     const auto begin = Clock::now();
@@ -48,13 +45,7 @@ bool await(Terminal& terminal, const std::string& what, Clock::duration patience
             const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed);
             terminal.progress(what, std::to_string(seconds.count()) + " s");
         }
-        const Notice notice =
-            EventQueue::instance().next(Clock::now() + kLook, [](const Notice&) { return false; });
-        if (notice.source == Notice::Source::Interrupted) {
-            terminal.endProgress();
-            std::cerr << "voxtrelctl: interrupted\n";
-            std::_Exit(EXIT_FAILURE);
-        }
+        std::this_thread::sleep_for(kLook);
     }
     terminal.endProgress();
     return true;
@@ -88,27 +79,27 @@ private:
     int mFile = -1;
 };
 
-Answer ask(const android::sp<android::IBinder>& service) {
-    TTS::Capabilities can;
-    (void)TTS::ITextToSpeechFestival::asInterface(service)->getCapabilities(can);
-    if (can.ready) {
-        return Answer::Ready;
-    }
-    return service->pingBinder() == android::OK ? Answer::NotReady : Answer::No;
+/// One that does not let this user in is there, too.
+bool isManagerThere() {
+    const std::string path = android::serviceManagerSocket();
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int file = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const auto* const plain = reinterpret_cast<const sockaddr*>(&address);
+    const int error = connect(file, plain, sizeof address) == 0 ? 0 : errno;
+    close(file);
+    return error == 0 || error == EAGAIN || error == EACCES || error == EPERM;
 }
 
-/// A service that hangs would keep this thread for ever, so another one asks.
-Answer askInTime() {
-    const android::sp<android::IBinder> service = findService();
-    if (service == nullptr) {
-        return Answer::No;
-    }
-    std::packaged_task<Answer()> question([service] { return ask(service); });
-    std::future<Answer> answer = question.get_future();
-    std::thread asker(std::move(question));
-    const bool answered = answer.wait_for(kAnswerPatience) == std::future_status::ready;
-    settle(std::move(asker), answered);
-    return answered ? answer.get() : Answer::Hangs;
+Reach look(Connection& connection) {
+    return connection.client().diagnose(kLook).reach;
+}
+
+bool isServiceThere(Connection& connection) {
+    const Reach reach = look(connection);
+    return reach == Reach::Connected || reach == Reach::Loading || reach == Reach::ServiceSilent ||
+           reach == Reach::NotAdmitted || reach == Reach::NotTrusted;
 }
 
 /// Waits until a program that was started can be used.
@@ -130,45 +121,48 @@ void awaitUsable(Terminal& terminal, Daemon& daemon, const std::string& name,
 
 /// @return whether it had to be started.
 bool ensureManager(Terminal& terminal) {
-    if (isServiceManagerThere()) {
+    if (isManagerThere()) {
         return false;
     }
     const std::string name = "voxtrel-servicemanager";
     Daemon daemon(name, {"--exit-when-idle", kIdleSeconds, "--log-level", "info"});
-    awaitUsable(terminal, daemon, name, [] { return isServiceManagerThere(); });
+    awaitUsable(terminal, daemon, name, &isManagerThere);
     return true;
 }
 
-void awaitRegistration(Terminal& terminal) {
-    (void)await(terminal, "waiting for a service that may be about to start", kRegistrationPatience,
-                isServiceRegistered);
-}
-
-/// One that is there but hangs is left to the command, which says so.
-void ensureService(Terminal& terminal) {
-    Answer answer = Answer::No;
-    (void)await(terminal, "the service is there and loads its voices", kPatience, [&answer] {
-        answer = askInTime();
-        return answer != Answer::NotReady;
+/// One that is there but hangs, or cannot be reached, is left to the command, which says so.
+void ensureService(Connection& connection, Terminal& terminal) {
+    Reach reach = Reach::NoService;
+    (void)await(terminal, "the service manager does not answer", kAnswerPatience, [&] {
+        reach = look(connection);
+        return reach != Reach::ManagerSilent;
     });
-    if (answer != Answer::No) {
+    (void)await(terminal, "the service is there and loads its voices", kPatience, [&] {
+        reach = look(connection);
+        return reach != Reach::Loading;
+    });
+    if (reach != Reach::NoService) {
         return;
     }
     const std::string name = "voxtreld";
     Daemon daemon(name,
                   {"--user-profile", "--exit-when-idle", kIdleSeconds, "--log-level", "info"});
-    awaitUsable(terminal, daemon, name, [] { return askInTime() == Answer::Ready; });
+    awaitUsable(terminal, daemon, name, [&] { return look(connection) == Reach::Connected; });
 }
 
 }  // namespace
 
-void ensureRunning(Terminal& terminal) {
-    startBinderThreads();
+void ensureRunning(const Options& options, Terminal& terminal) {
+    std::optional<Interrupts> interrupts(std::in_place);
     const SpawnLock lock(terminal);
-    if (!ensureManager(terminal)) {
-        awaitRegistration(terminal);
+    const bool isNew = ensureManager(terminal);
+    interrupts.reset();  // a connection has its own
+    Connection connection(options, terminal);
+    if (!isNew) {
+        (void)await(terminal, "waiting for a service that may be about to start",
+                    kRegistrationPatience, [&] { return isServiceThere(connection); });
     }
-    ensureService(terminal);
+    ensureService(connection, terminal);
 }
 
 }  // namespace voxtrelctl

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_TOOLS_SPAWN_H
 #define VOXTREL_TOOLS_SPAWN_H
 
+#include "tools/Arguments.h"
 #include "tools/Terminal.h"
 
 namespace voxtrelctl {
@@ -11,7 +12,7 @@ namespace voxtrelctl {
 /// started stays when this program ends, and ends by itself when nobody needs it.
 /// Throws Failure(-8) that says what cannot be started and why; Ctrl-C meanwhile ends the process
 /// with status 1. Called on: the main thread.
-void ensureRunning(Terminal& terminal);
+void ensureRunning(const Options& options, Terminal& terminal);
 
 }  // namespace voxtrelctl
 

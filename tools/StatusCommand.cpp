@@ -2,9 +2,8 @@
 #include <algorithm>
 
 #include "tools/Commands.h"
-#include "tools/Errors.h"
 #include "tools/Json.h"
-#include "tools/Lock.h"
+#include "tools/Languages.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
 
@@ -20,45 +19,44 @@ void print(const Options& options, Terminal& terminal, const Report& report,
 }  // namespace
 
 int runStatus(const Options& options, Terminal& terminal) {
-    Session session(terminal);
-    const StatusReport report{session.client()->enabled(), lockState(session),
-                              surveySettings(session, {}), surveyLanguages(session),
-                              session.capabilities().voices.size()};
-    session.confirm();
+    Connection connection(options, terminal);
+    connection.connect();
+    voxtrel::Client& client = connection.client();
+    StatusReport report;
+    report.enabled = connection.require(client.isOn(voxtrel::Switch::Speech, connection.left()));
+    report.lock = connection.require(client.lockState(connection.left()));
+    report.settings = surveySettings(connection, {});
+    report.languages = surveyLanguages(connection);
+    report.voices = surveyVoices(connection).size();
     print(options, terminal, report, &statusJson, &statusPage);
     return 0;
 }
 
 int runLanguages(const Options& options, Terminal& terminal) {
-    Session session(terminal);
-    const std::vector<LanguageReport> report = surveyLanguages(session);
-    session.confirm();
-    print(options, terminal, report, &languagesJson, &languagesTable);
+    Connection connection(options, terminal);
+    connection.connect();
+    print(options, terminal, surveyLanguages(connection), &languagesJson, &languagesTable);
     return 0;
 }
 
 int runVoices(const Options& options, Terminal& terminal) {
-    const std::string& only = options.language;
-    if (!only.empty() && TTS::langStr2Id(only) == LANG_NA) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER, "there is no language \"" + only + "\"",
-                      "voxtrelctl languages lists them");
-    }
-    Session session(terminal);
-    std::vector<VoiceReport> voices = surveyVoices(session);
-    voices.erase(std::remove_if(voices.begin(), voices.end(),
-                                [&only](const VoiceReport& voice) {
-                                    return !only.empty() && voice.language != only;
-                                }),
-                 voices.end());
+    const std::string only = options.language.empty() ? "" : requireLanguage(options.language);
+    Connection connection(options, terminal);
+    connection.connect();
+    std::vector<VoiceReport> voices = surveyVoices(connection);
+    const auto isOther = [&](const VoiceReport& voice) {
+        return !only.empty() && voice.language != only;
+    };
+    voices.erase(std::remove_if(voices.begin(), voices.end(), isOther), voices.end());
     print(options, terminal, voices, &voicesJson, &voicesTable);
     return 0;
 }
 
 int runGet(const Options& options, Terminal& terminal) {
-    Session session(terminal);
-    const std::vector<SettingReport> report = surveySettings(session, options.words);
-    session.confirm();
-    print(options, terminal, report, &settingsJson, &settingsTable);
+    Connection connection(options, terminal);
+    connection.connect();
+    print(options, terminal, surveySettings(connection, options.words), &settingsJson,
+          &settingsTable);
     return 0;
 }
 

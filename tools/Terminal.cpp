@@ -6,20 +6,24 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <stdexcept>
+#include <system_error>
 
 namespace voxtrelctl {
 namespace {
 
-void writeAll(int descriptor, const std::string& text) {
+/// 0, or why not all of it could be written.
+int writeAll(int descriptor, const std::string& text) {
     size_t done = 0;
     while (done < text.size()) {
         const ssize_t written = write(descriptor, text.data() + done, text.size() - done);
         if (written > 0) {
             done += static_cast<size_t>(written);
         } else if (written < 0 && errno != EINTR) {
-            return;
+            return errno;
         }
     }
+    return 0;
 }
 
 constexpr const char* kEraseLine = "\r\x1b[K";
@@ -47,7 +51,9 @@ Terminal::~Terminal() {
 }
 
 void Terminal::print(const std::string& text) {
-    writeAll(mOutput, text);
+    if (const int error = writeAll(mOutput, text); error != 0) {
+        throw std::runtime_error("standard output: " + std::generic_category().message(error));
+    }
 }
 
 void Terminal::line(const std::string& text) {
@@ -56,16 +62,16 @@ void Terminal::line(const std::string& text) {
 
 void Terminal::progress(const std::string& what, const std::string& passed) {
     if (mErrorsInteractive) {
-        writeAll(STDERR_FILENO, kEraseLine + what + " " + passed);
+        (void)writeAll(STDERR_FILENO, kEraseLine + what + " " + passed);
     } else if (what != mProgress) {
-        writeAll(STDERR_FILENO, "voxtrelctl: " + what + "\n");
+        (void)writeAll(STDERR_FILENO, "voxtrelctl: " + what + "\n");
     }
     mProgress = what;
 }
 
 void Terminal::endProgress() {
     if (!mProgress.empty() && mErrorsInteractive) {
-        writeAll(STDERR_FILENO, kEraseLine);
+        (void)writeAll(STDERR_FILENO, kEraseLine);
     }
     mProgress.clear();
 }

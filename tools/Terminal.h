@@ -20,7 +20,7 @@ public:
     Terminal& operator=(const Terminal&) = delete;
 
     /// Writes `text` as it stands, at once. A reader that has gone away ends the program, as with
-    /// other filters.
+    /// other filters. Throws std::runtime_error with the reason when it cannot be written.
     void print(const std::string& text);
 
     /// print() of the text and a line end.

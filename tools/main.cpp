@@ -3,10 +3,7 @@
 #include <exception>
 #include <iostream>
 
-#include "tools/Arguments.h"
 #include "tools/Commands.h"
-#include "tools/Owner.h"
-#include "tools/Platform.h"
 #ifdef VOXTREL_CAN_SPAWN
 #include "tools/Spawn.h"
 #endif
@@ -44,19 +41,23 @@ constexpr Entry kCommands[] = {
     {Command::Doctor, &runDoctor},
 };
 
+/// Chooses what the platform's log shows: only what is asked for, because it says what this
+/// program's own progress and error lines say. An environment that sets the level is left alone.
+void quietLog(bool verbose) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has been started
+    (void)setenv("VOXTREL_LOG_LEVEL", verbose ? "2" : "-1", 0);
+}
+
 int run(const Options& options) {
     if (options.command == Command::Help) {
-        std::cout << options.helpText;
+        Terminal(false).print(options.helpText);
         return EXIT_SUCCESS;
     }
     quietLog(options.verbose);
-    if (options.trustedOwner.has_value()) {
-        trustOwner(*options.trustedOwner);
-    }
     Terminal terminal(options.verbose);
 #ifdef VOXTREL_CAN_SPAWN
     if (options.spawn) {
-        ensureRunning(terminal);
+        ensureRunning(options, terminal);
     }
 #endif
     for (const Entry& entry : kCommands) {
@@ -71,9 +72,9 @@ int run(const Options& options) {
 
 int main(int argc, char** argv) {
     try {
-        return leave(run(parseArguments(argc, argv)));
+        return run(parseArguments(argc, argv));
     } catch (const std::exception& error) {
         std::cerr << "voxtrelctl: " << error.what() << "\n";
-        return leave(EXIT_FAILURE);
+        return EXIT_FAILURE;
     }
 }

@@ -34,29 +34,30 @@ _voxtrelctl()
         --file | -f | --profile)
             COMPREPLY=($(compgen -f -- "$current"))
             return ;;
-        --voice | --speed | --pitch | --volume | --bg-volume | --tts-volume | --count)
+        --timeout | --voice | --speed | --pitch | --volume | --bg-volume | --tts-volume | --count)
             return ;;
     esac
     case $command in
         say)
             COMPREPLY=($(compgen -W "--wait --ssml --json --file --lang --voice --speed --pitch --volume
-                --bg-volume --tts-volume --profile --verbose --help" -- "$current")) ;;
-        silence) COMPREPLY=($(compgen -W "--wait --verbose --help" -- "$current")) ;;
+                --bg-volume --tts-volume --profile --timeout --verbose --help" -- "$current")) ;;
+        silence) COMPREPLY=($(compgen -W "--wait --timeout --verbose --help" -- "$current")) ;;
+        stop) COMPREPLY=($(compgen -W "--timeout --verbose --help" -- "$current")) ;;
         lock)
             if [[ $previous == lock ]]; then
-                COMPREPLY=($(compgen -W "--" -- "$current"))
+                COMPREPLY=($(compgen -W "--timeout --" -- "$current"))
             else
                 COMPREPLY=($(compgen -c -- "$current"))
             fi ;;
-        voices) COMPREPLY=($(compgen -W "$languages --json --verbose --help" -- "$current")) ;;
-        get) COMPREPLY=($(compgen -W "$settings --json --verbose --help" -- "$current")) ;;
+        voices) COMPREPLY=($(compgen -W "$languages --json --timeout --verbose --help" -- "$current")) ;;
+        get) COMPREPLY=($(compgen -W "$settings --json --timeout --verbose --help" -- "$current")) ;;
         set)
             case $previous in
                 set) COMPREPLY=($(compgen -W "$settings" -- "$current")) ;;
                 language) COMPREPLY=($(compgen -W "$languages" -- "$current")) ;;
                 verbosity) COMPREPLY=($(compgen -W "0 1" -- "$current")) ;;
             esac ;;
-        enable | disable) COMPREPLY=($(compgen -W "$features --verbose --help" -- "$current")) ;;
+        enable | disable) COMPREPLY=($(compgen -W "$features --timeout --verbose --help" -- "$current")) ;;
         profile)
             if [[ $previous == profile ]]; then
                 COMPREPLY=($(compgen -W "show save load copy remove" -- "$current"))
@@ -64,9 +65,9 @@ _voxtrelctl()
                 COMPREPLY=($(compgen -f -- "$current"))
             fi ;;
         status | languages | doctor)
-            COMPREPLY=($(compgen -W "--json --verbose --help" -- "$current")) ;;
-        monitor) COMPREPLY=($(compgen -W "--json --count --verbose --help" -- "$current")) ;;
-        *) COMPREPLY=($(compgen -W "--verbose --help" -- "$current")) ;;
+            COMPREPLY=($(compgen -W "--json --timeout --verbose --help" -- "$current")) ;;
+        monitor) COMPREPLY=($(compgen -W "--json --count --timeout --verbose --help" -- "$current")) ;;
+        *) COMPREPLY=($(compgen -W "--timeout --verbose --help" -- "$current")) ;;
     esac
 }
 

@@ -41,7 +41,8 @@ const std::vector<Room>& rooms() {
         {"platform", {"binder/", "utils/", "ttscommon/", "platform/"}},
         {"service",
          {"service/", "vocabulary/", "ipc/", "profile/", "binder/", "utils/", "ttscommon/"}},
-        {"tools", {"tools/", "client/", "vocabulary/", "binder/", "utils/", "ttscommon/"}},
+        // The one that starts a service manager must know where it will listen.
+        {"tools", {"tools/", "voxtrel/", "vocabulary/", "binder/ServiceManagerSocket.h"}},
         {"bridges", {"bridges/", "voxtrel/voxtrel.h"}},
         {"examples",
          {"voxtrel/", "client/", "ipc/", "profile/", "vocabulary/", "binder/", "utils/"}},

@@ -137,6 +137,53 @@ TEST(ARefusal, SaysWhyAndWhichPageToRead) {
     EXPECT_NE(refusal({"profile", "copy", "a"}).find("DESTINATION"), std::string::npos);
 }
 
+TEST(ARefusal, IsInWordsOfOurOwn) {
+    const std::string front = "-3 bad parameter: ";
+    const std::pair<Words, const char*> lines[] = {
+        {{}, "a command is missing: see voxtrelctl --help"},
+        {{"profile"}, "a command is missing: see voxtrelctl profile --help"},
+        {{"silence"}, "MILLISECONDS is missing: see voxtrelctl silence --help"},
+        {{"silence", "soon"},
+         "MILLISECONDS takes a whole number, not \"soon\": see voxtrelctl silence --help"},
+        {{"say", "--bogus", "x"}, "\"--bogus\" does not belong there: see voxtrelctl say --help"},
+        {{"stop", "now"}, "\"now\" does not belong there: see voxtrelctl stop --help"},
+        {{"say", "--speed"}, "--speed takes one value: see voxtrelctl say --help"},
+        {{"say", "--speed", "1", "--speed", "2", "x"},
+         "--speed takes one value: see voxtrelctl say --help"},
+        {{"monitor", "--count", "0"},
+         "--count takes a whole number from 1, not \"0\": see voxtrelctl monitor --help"},
+        {{"get", "--timeout", "-1"},
+         "--timeout takes a number of seconds, up to 86400, not \"-1\": see voxtrelctl get --help"},
+    };
+    for (const auto& [words, line] : lines) {
+        EXPECT_EQ(refusal(words), front + line);
+    }
+}
+
+TEST(EveryCommandThatNeedsTheService, TakesATimeout) {
+    for (const Words& words : {Words{"say"},
+                               {"silence", "1"},
+                               {"stop"},
+                               {"break-lock"},
+                               {"status"},
+                               {"languages"},
+                               {"voices"},
+                               {"get"},
+                               {"set", "speed", "1"},
+                               {"enable"},
+                               {"disable"},
+                               {"monitor"},
+                               {"doctor"},
+                               {"profile", "save", "a"},
+                               {"profile", "load", "a"}}) {
+        Words line = words;
+        line.insert(line.end(), {"--timeout", "1.5"});
+        EXPECT_EQ(parse(line).timeout, std::chrono::milliseconds(1500)) << words.front();
+        EXPECT_EQ(parse(words).timeout, std::chrono::seconds(10));
+    }
+    EXPECT_NE(refusal({"profile", "show", "a", "--timeout", "1"}), "accepted");
+}
+
 TEST(ARefusal, IsGivenForWhatIsMissingOrMalformed) {
     const std::vector<Words> lines = {{},
                                       {"silence"},

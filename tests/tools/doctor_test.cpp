@@ -3,17 +3,22 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 using namespace voxtrelctl;
+using voxtrel::LockState;
+using voxtrel::Reach;
 
 namespace {
 
 Symptoms healthy() {
     Symptoms symptoms;
-    symptoms.reach = Reach::Connected;
-    symptoms.owner = "user anna (1001)";
+    symptoms.way = {Reach::Connected, "socket", "/run/voxtrel/binder"};
+    symptoms.way.manager.process = 12;
+    symptoms.way.service = {123, 54321U, false};
     symptoms.hasSoundCard = true;
     symptoms.enabled = true;
-    symptoms.events.sendsEvents = true;
+    symptoms.sendsEvents = true;
     symptoms.lock = LockState::Free;
     symptoms.settings = {{"volume", Value(100.0F), true, "0 to 100"},
                          {"tts-volume", Value(uint32_t{100}), true, "0 to 100"},
@@ -25,7 +30,7 @@ Symptoms healthy() {
 /// Those that are not good.
 std::vector<Finding> complaints(const Symptoms& symptoms) {
     std::vector<Finding> bad;
-    for (const Finding& finding : diagnose(symptoms)) {
+    for (const Finding& finding : findingsOf(symptoms)) {
         if (finding.verdict != Verdict::Good) {
             EXPECT_NE(finding.remedy, "") << finding.subject;
             bad.push_back(finding);
@@ -45,7 +50,7 @@ Finding complaint(const Symptoms& symptoms) {
 
 TEST(AHealthyService, LeavesNothingToComplainAbout) {
     EXPECT_TRUE(complaints(healthy()).empty());
-    EXPECT_GE(diagnose(healthy()).size(), 8U);
+    EXPECT_GE(findingsOf(healthy()).size(), 8U);
 }
 
 struct ReachCase {
@@ -56,34 +61,68 @@ struct ReachCase {
 
 TEST(AServiceOutOfReach, IsTheOnlyComplaint) {
     constexpr ReachCase kCases[] = {
-        {Reach::NoServiceManager, "service manager", -8},
+        {Reach::NoManager, "service manager", -8},
         {Reach::NoService, "service", -8},
         {Reach::NotTrusted, "owner", -10},
-        {Reach::NoAnswer, "answer", -5},
-        {Reach::NotReady, "voices", -5},
-        {Reach::NotPermitted, "permission", -10},
+        {Reach::ServiceSilent, "answer", -5},
+        {Reach::Loading, "voices", -5},
+        {Reach::NotAdmitted, "permission", -10},
     };
     size_t known = 1;
     for (const ReachCase& example : kCases) {
         Symptoms symptoms = healthy();
-        symptoms.reach = example.reach;
+        symptoms.way.reach = example.reach;
         symptoms.enabled = false;  // not asked, so not to be told
         const Finding finding = complaint(symptoms);
         EXPECT_EQ(finding.subject, example.subject);
         EXPECT_EQ(finding.verdict, Verdict::Bad);
         EXPECT_EQ(finding.code, example.code);
-        EXPECT_EQ(diagnose(symptoms).size(), ++known) << "what was reached before has its line";
+        EXPECT_EQ(findingsOf(symptoms).size(), ++known) << "what was reached before has its line";
     }
+}
+
+TEST(AServiceManagerOutOfReach, IsToldWithThePathAndTheReason) {
+    Symptoms symptoms = healthy();
+    symptoms.way.reach = Reach::NoManager;
+    symptoms.way.error = ECONNREFUSED;
+    EXPECT_EQ(complaint(symptoms).seen,
+              "there is no service manager at /run/voxtrel/binder (Connection refused)");
+    symptoms.way.reach = Reach::ManagerNotPermitted;
+    symptoms.way.error = EACCES;
+    EXPECT_EQ(complaint(symptoms).code, -10);
+    EXPECT_EQ(complaint(symptoms).seen,
+              "this user may not open the service manager's socket at /run/voxtrel/binder "
+              "(Permission denied)");
+    symptoms.way.reach = Reach::ManagerSilent;
+    symptoms.way.manager.isStopped = true;
+    EXPECT_EQ(complaint(symptoms).seen,
+              "the service manager does not answer (process 12 is stopped)");
+    EXPECT_EQ(complaint(symptoms).remedy, "continue it with: kill -CONT 12");
+}
+
+TEST(TheWayToTheService, IsTold) {
+    const std::vector<Finding> findings = findingsOf(healthy());
+    EXPECT_EQ(findings[0].seen, "running, /run/voxtrel/binder, socket, process 12");
+    EXPECT_EQ(findings[1].seen, "registered, process 123");
+    EXPECT_EQ(findings[2].subject, "owner");
+    EXPECT_EQ(findings[2].seen, "user 54321");
 }
 
 TEST(TheOwnerOfTheService, IsNamedWhereItIsKnown) {
     Symptoms symptoms = healthy();
-    EXPECT_EQ(diagnose(symptoms)[2].seen, "user anna (1001)");
-    symptoms.reach = Reach::NotTrusted;
-    EXPECT_EQ(complaint(symptoms).seen, "not trusted: user anna (1001)");
+    symptoms.way.reach = Reach::NotTrusted;
+    EXPECT_EQ(complaint(symptoms).seen.rfind("the service is that of user 54321, who", 0), 0U);
     symptoms = healthy();
-    symptoms.owner = "";
-    EXPECT_EQ(diagnose(symptoms).size(), diagnose(healthy()).size() - 1);
+    symptoms.way.service.user.reset();
+    EXPECT_EQ(findingsOf(symptoms).size(), findingsOf(healthy()).size() - 1);
+}
+
+TEST(WhatIsSwitchedOff, IsListed) {
+    Symptoms symptoms = healthy();
+    symptoms.settings.push_back({"pitch", Value(200.0F), false, "0 to 400"});
+    EXPECT_EQ(complaint(symptoms).subject, "pitch");
+    EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
+    EXPECT_EQ(complaint(symptoms).remedy, "switch it on with: voxtrelctl enable pitch");
 }
 
 TEST(DisabledSpeech, IsACause) {
@@ -95,7 +134,7 @@ TEST(DisabledSpeech, IsACause) {
 
 TEST(ALockedService, IsACause) {
     Symptoms symptoms = healthy();
-    symptoms.lock = LockState::OfAnother;
+    symptoms.lock = LockState::HeldByAnother;
     EXPECT_EQ(complaint(symptoms).code, -7);
 }
 
@@ -105,7 +144,7 @@ TEST(WhatAServiceDoesNotTell, IsPerhapsACause) {
     EXPECT_EQ(complaint(symptoms).subject, "lock");
     EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
     symptoms = healthy();
-    symptoms.events.sendsEvents = false;
+    symptoms.sendsEvents = false;
     EXPECT_EQ(complaint(symptoms).subject, "events");
     EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
     symptoms = healthy();
@@ -116,7 +155,7 @@ TEST(WhatAServiceDoesNotTell, IsPerhapsACause) {
 
 TEST(AServiceThatTakesAnyPause, IsPerhapsACause) {
     Symptoms symptoms = healthy();
-    symptoms.events.takesAnyPause = true;
+    symptoms.way.takesAnyPause = true;
     EXPECT_EQ(complaint(symptoms).subject, "events");
     EXPECT_EQ(complaint(symptoms).verdict, Verdict::Perhaps);
     EXPECT_NE(complaint(symptoms).seen.find("49 days"), std::string::npos);
@@ -162,7 +201,7 @@ TEST(AMissingSoundCard, IsPerhapsACause) {
 TEST(SeveralCauses, HaveALineEach) {
     Symptoms symptoms = healthy();
     symptoms.enabled = false;
-    symptoms.lock = LockState::OfAnother;
+    symptoms.lock = LockState::HeldByAnother;
     symptoms.hasSoundCard = false;
     symptoms.languages[0].filtered = true;
     EXPECT_EQ(complaints(symptoms).size(), 4U);

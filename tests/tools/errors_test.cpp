@@ -52,17 +52,17 @@ TEST(AFailure, TakesABetterNextStepThanTheTables) {
                  "-3 bad parameter: no such file: name another");
 }
 
-TEST(ALostRequest, IsNamedWithTheNextStep) {
-    EXPECT_STREQ(Lost(3).what(),
-                 "0 sent, lost: the service has come to a later request and never got utterance 3 "
-                 "(requests are dropped on the way while too much is unread there), and was asked "
-                 "to drop what is left: try again");
+TEST(AFailure, NeedsNoNextStepBehindADetailThatHasOne) {
+    EXPECT_STREQ(Failure(-7, "process 7 has it: wait", "").what(),
+                 "-7 the service is locked by another client: process 7 has it: wait");
 }
 
 TEST(CheckingAStatus, ThrowsForEverythingButZero) {
     EXPECT_NO_THROW(check(0, "x"));
     EXPECT_THROW(check(-5, "x"), Failure);
     EXPECT_THROW(check(1, "x"), Failure);
+    EXPECT_NO_THROW(check(voxtrel::Error()));
+    EXPECT_THROW(check(voxtrel::Error{voxtrel::Status::ProfileError, "x"}), Failure);
 }
 
 TEST(AnErrorLine, CannotSteerTheTerminal) {

@@ -7,80 +7,75 @@ using namespace voxtrelctl;
 
 namespace {
 
-constexpr const char* kText = "Hello, world. Bye";
-
 /// Shows events and gives back what was printed for each.
 class Screen {
 public:
-    explicit Screen(EventPrinter::Style style)
-        : mPrinter(EventPrinter::make(style, [this](const std::string& text) { mShown += text; })) {
-    }
+    explicit Screen(EventPrinter::Style style, std::string text = "Hello, world. Bye")
+        : mText(std::move(text)),
+          mPrinter(EventPrinter::make(style, mText,
+                                      [this](const std::string& line) { mShown += line; })) {}
 
-    std::string show(const Event& event, const std::string& text = kText) {
+    std::string show(TTS::Event kind, std::uint32_t value = 0) {
         mShown.clear();
-        mPrinter->show(event, text);
+        mPrinter->show({kind, 1, value, value});
         return mShown;
     }
 
 private:
+    const std::string mText;
     std::string mShown;
     std::unique_ptr<EventPrinter> mPrinter;
 };
 
 TEST(OnATerminal, TheTextGrowsWithTheVoice) {
     Screen screen(EventPrinter::Style::Words);
-    EXPECT_EQ(screen.show({1, 1, 0}), "");
-    EXPECT_EQ(screen.show({4, 1, 0}), "Hello,");
-    EXPECT_EQ(screen.show({4, 1, 7}), " world.");
-    EXPECT_EQ(screen.show({4, 1, 14}), " Bye");
-    EXPECT_EQ(screen.show({2, 1, 0}), "\n");
+    EXPECT_EQ(screen.show(TTS::EVENT_STARTED), "");
+    EXPECT_EQ(screen.show(TTS::EVENT_WORD, 0), "Hello,");
+    EXPECT_EQ(screen.show(TTS::EVENT_WORD, 7), " world.");
+    EXPECT_EQ(screen.show(TTS::EVENT_WORD, 14), " Bye");
+    EXPECT_EQ(screen.show(TTS::EVENT_FINISHED), "\n");
 }
 
 TEST(OnATerminal, WhatTheVoiceSkippedIsThereAtTheEnd) {
     Screen screen(EventPrinter::Style::Words);
-    screen.show({1, 1, 0});
-    EXPECT_EQ(screen.show({2, 1, 0}), std::string(kText) + "\n");
+    screen.show(TTS::EVENT_STARTED);
+    EXPECT_EQ(screen.show(TTS::EVENT_FINISHED), "Hello, world. Bye\n");
+}
+
+TEST(OnATerminal, ALineEndAtTheEndOfTheTextIsEnough) {
+    Screen screen(EventPrinter::Style::Words, "Again\n");
+    EXPECT_EQ(screen.show(TTS::EVENT_WORD, 0), "Again");
+    EXPECT_EQ(screen.show(TTS::EVENT_FINISHED), "\n");
 }
 
 TEST(OnATerminal, AStopIsSeenWhereItCame) {
     Screen screen(EventPrinter::Style::Words);
-    screen.show({1, 1, 0});
-    screen.show({4, 1, 0});
-    EXPECT_EQ(screen.show({3, 1, 0}), " [stopped]\n");
-}
-
-TEST(OnATerminal, TheNextUtteranceStartsAnew) {
-    Screen screen(EventPrinter::Style::Words);
-    screen.show({1, 1, 0});
-    screen.show({2, 1, 0});
-    screen.show({1, 2, 0}, "Again\n");
-    EXPECT_EQ(screen.show({4, 2, 0}, "Again\n"), "Again");
-    EXPECT_EQ(screen.show({2, 2, 0}, "Again\n"), "\n");
+    screen.show(TTS::EVENT_WORD, 0);
+    EXPECT_EQ(screen.show(TTS::EVENT_STOPPED), " [stopped]\n");
 }
 
 TEST(OnATerminal, TheTextCannotSteerIt) {
-    Screen screen(EventPrinter::Style::Words);
-    screen.show({1, 1, 0}, "a\x1b[2Jb");
-    EXPECT_EQ(screen.show({2, 1, 0}, "a\x1b[2Jb"), "a [2Jb\n");
+    Screen screen(EventPrinter::Style::Words, "a\x1b[2Jb");
+    EXPECT_EQ(screen.show(TTS::EVENT_FINISHED), "a [2Jb\n");
 }
 
 TEST(InAFile, EachEventIsALine) {
     Screen screen(EventPrinter::Style::Lines);
-    EXPECT_EQ(screen.show({1, 1, 0}), "started 1\n");
-    EXPECT_EQ(screen.show({4, 1, 7}), "word 1 at 7: world.\n");
-    EXPECT_EQ(screen.show({2, 1, 0}), "finished 1\n");
+    EXPECT_EQ(screen.show(TTS::EVENT_STARTED), "started 1\n");
+    EXPECT_EQ(screen.show(TTS::EVENT_WORD, 7), "word 1 at 7: world.\n");
+    EXPECT_EQ(screen.show(TTS::EVENT_FINISHED), "finished 1\n");
 }
 
 TEST(InJson, EachEventIsAnObject) {
     Screen screen(EventPrinter::Style::Json);
-    EXPECT_EQ(screen.show({4, 1, 7}),
+    EXPECT_EQ(screen.show(TTS::EVENT_WORD, 7),
               "{\"event\":\"word\",\"utterance\":1,\"offset\":7,\"word\":\"world.\"}\n");
-    EXPECT_EQ(screen.show({2, 1, 0}), "{\"event\":\"finished\",\"utterance\":1}\n");
+    EXPECT_EQ(screen.show(TTS::EVENT_FINISHED), "{\"event\":\"finished\",\"utterance\":1}\n");
 }
 
 TEST(Silent, NothingIsShown) {
     Screen screen(EventPrinter::Style::Silent);
-    EXPECT_EQ(screen.show({1, 1, 0}) + screen.show({4, 1, 0}) + screen.show({2, 1, 0}), "");
+    EXPECT_EQ(screen.show(TTS::EVENT_STARTED) + screen.show(TTS::EVENT_WORD, 0), "");
 }
 
 }  // namespace

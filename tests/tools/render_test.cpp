@@ -39,9 +39,9 @@ TEST(Voices, AreListedByNumber) {
 
 TEST(TheStatus, SaysWhoHasTheLock) {
     StatusReport report;
-    report.lock = LockState::OfAnother;
+    report.lock = voxtrel::LockState::HeldByAnother;
     EXPECT_NE(statusPage(report).find("lock     held by another client\n"), std::string::npos);
-    report.lock = LockState::Free;
+    report.lock = voxtrel::LockState::Free;
     EXPECT_NE(statusPage(report).find("lock     free\n"), std::string::npos);
 }
 

@@ -23,16 +23,8 @@ TEST(EverySetting, HasANameOfItsOwn) {
     EXPECT_EQ(names.size(), 9U);
 }
 
-TEST(EveryFlag, IsTheKeyAfterItsValue) {
-    for (const Setting& setting : settings()) {
-        if (hasFlag(setting)) {
-            EXPECT_EQ(static_cast<int>(setting.flag), static_cast<int>(setting.key) + 1);
-        }
-    }
-}
-
-TEST(TheSettingsWithASwitch, AreTheSixWithAFlag) {
-    EXPECT_EQ(settingNames(&hasFlag), "speed, pitch, voice, volume, bg-volume, tts-volume");
+TEST(TheSettingsWithASwitch, AreSix) {
+    EXPECT_EQ(settingNames(&hasSwitch), "speed, pitch, voice, volume, bg-volume, tts-volume");
 }
 
 TEST(AnUnknownName, IsRefusedWithTheNamesThereAre) {
@@ -80,17 +72,38 @@ TEST(AValue, IsShownWithoutTrailingZeros) {
     EXPECT_EQ(valueText(std::string("en_US")), "en_US");
 }
 
-TEST(ARange, IsToldFromTheCapabilities) {
-    TTS::Capabilities can;
-    can.speedMin = 80;
-    can.speedMax = 450;
-    can.pitchMax = 400.0F;
-    can.volumeMin = 0.5F;
-    can.volumeMax = 100.0F;
-    EXPECT_EQ(rangeText(named("speed"), can), "");
-    EXPECT_EQ(acceptedText(named("pitch"), can), " (the service does not support it)");
-    EXPECT_EQ(rangeText(named("volume"), can), "");
-    can.speedSupported = can.pitchSupported = can.volumeSupported = true;
+TEST(ASwitch, IsThatOfSpeechOrOfASetting) {
+    EXPECT_EQ(switchNamed("speech"), voxtrel::Switch::Speech);
+    EXPECT_EQ(switchNamed("bg-volume"), voxtrel::Switch::MediaVolume);
+    EXPECT_THROW(switchNamed("language"), Failure);
+    EXPECT_THROW(switchNamed("loudness"), Failure);
+}
+
+TEST(EverySetting, IsFoundAgainAmongAll) {
+    for (const Setting& setting : settings()) {
+        EXPECT_EQ(valueOf({}, setting), Value(std::string())) << setting.name;
+        const bool isLanguage = std::string(setting.name) == "language";
+        const Value value = parseValue(setting, isLanguage ? "fr_FR" : "1");
+        EXPECT_EQ(valueOf(only(setting, value), setting), value) << setting.name;
+    }
+}
+
+TEST(ALanguage, IsShownByItsCode) {
+    voxtrel::GlobalSettings all;
+    all.language = "fr-FR";
+    EXPECT_EQ(valueOf(all, named("language")), Value(std::string("fr_FR")));
+}
+
+voxtrel::Features features() {
+    voxtrel::Features can;
+    can.speed = {true, 80, 450};
+    can.pitch = {true, 0.0F, 400.0F};
+    can.volume = {true, 0.5F, 100.0F};
+    return can;
+}
+
+TEST(ARange, IsToldFromTheFeatures) {
+    const voxtrel::Features can = features();
     EXPECT_EQ(rangeText(named("speed"), can), "80 to 450");
     EXPECT_EQ(rangeText(named("rate"), can), "80 to 450");
     EXPECT_EQ(rangeText(named("pitch"), can), "0 to 400");
@@ -100,6 +113,20 @@ TEST(ARange, IsToldFromTheCapabilities) {
     EXPECT_EQ(rangeText(named("language"), can), "");
     EXPECT_EQ(acceptedText(named("speed"), can), " (it takes 80 to 450)");
     EXPECT_EQ(acceptedText(named("language"), can), "");
+    EXPECT_EQ(rangeText(named("speed"), {}), "");
+    EXPECT_EQ(acceptedText(named("pitch"), {}), " (the service does not support it)");
+}
+
+TEST(ANumber, IsAcceptedWithinItsRange) {
+    const voxtrel::Features can = features();
+    EXPECT_TRUE(isAccepted(named("speed"), std::uint32_t{80}, can));
+    EXPECT_FALSE(isAccepted(named("speed"), std::uint32_t{79}, can));
+    EXPECT_FALSE(isAccepted(named("speed"), std::uint32_t{65535}, can));
+    EXPECT_FALSE(isAccepted(named("rate"), std::uint32_t{451}, can));
+    EXPECT_FALSE(isAccepted(named("volume"), 0.25F, can));
+    EXPECT_FALSE(isAccepted(named("verbosity"), std::int32_t{2}, can));
+    EXPECT_TRUE(isAccepted(named("voice"), std::uint32_t{65535}, can)) << "the service knows";
+    EXPECT_FALSE(isAccepted(named("pitch"), 100.0F, {})) << "it does not support it";
 }
 
 }  // namespace

@@ -45,6 +45,7 @@ public:
     std::string wavPath() const { return path("speech.wav"); }
     Process& service() { return *mService; }
     pid_t servicePid() const { return mService->pid(); }
+    pid_t managerPid() const { return mManager->pid(); }
 
     /// The program under test.
     static std::string control();

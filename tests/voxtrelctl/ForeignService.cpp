@@ -17,6 +17,13 @@ namespace {
 constexpr unsigned kLongestPause = 60'000;
 constexpr unsigned kOwn = 1;
 
+/// A session of a client's begins its numbers at a multiple of this.
+constexpr unsigned kNumbersOfOne = 0x100000;
+
+unsigned ordinal(unsigned id) {
+    return id % kNumbersOfOne;
+}
+
 }  // namespace
 
 ForeignService::ForeignService() {
@@ -84,11 +91,19 @@ bool ForeignService::wasCalled(const std::string& line) const {
                        [&](const std::string& call) { return call.rfind(line, 0) == 0; });
 }
 
+bool ForeignService::wasFenced(int process) const {
+    const std::vector<std::string> all = calls();
+    const std::string begin = "silence(" + std::to_string(process) + ", ";
+    return std::any_of(all.begin(), all.end(), [&](const std::string& call) {
+        return call.rfind(begin, 0) == 0 && call.find(", 4294967295, ") != std::string::npos;
+    });
+}
+
 int ForeignService::say(unsigned pid, unsigned id, const std::string& words, unsigned speed,
                         float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
                         float pitch, EN_VOXTREL_LANGUAGE language) {
     const std::lock_guard<std::mutex> held(mMutex);
-    enqueue({pid, id, mEndless.count(id) != 0});
+    enqueue({pid, id, mEndless.count(ordinal(id)) != 0});
     return RecordingService::say(pid, id, words, speed, volume, voice, bgVolume, ttsVolume, pitch,
                                  language);
 }
@@ -98,7 +113,7 @@ int ForeignService::silence(unsigned pid, unsigned first, unsigned second, unsig
     if (second > kLongestPause && !mTakesAnyPause) {
         tell(pid, TTS::EVENT_STOPPED, first, static_cast<unsigned>(TTS::STATUS_BAD_PARAMETER));
     } else {
-        enqueue({pid, first, second > kLongestPause || mEndless.count(first) != 0});
+        enqueue({pid, first, second > kLongestPause || mEndless.count(ordinal(first)) != 0});
     }
     return RecordingService::silence(pid, first, second, bgVolume);
 }
@@ -136,7 +151,7 @@ int ForeignService::deregisterCallback(unsigned pid) {
 }
 
 void ForeignService::enqueue(const Item& item) {
-    if (mLost.count(item.id) != 0) {
+    if (mLost.count(ordinal(item.id)) != 0) {
         return;
     }
     mQueue.push_back(item);
@@ -159,7 +174,7 @@ void ForeignService::begin() {
         if (item.isEndless) {
             return;
         }
-        if (mUntold.count(item.id) == 0) {
+        if (mUntold.count(ordinal(item.id)) == 0) {
             tell(item.pid, TTS::EVENT_FINISHED, item.id, 0);
         }
         mQueue.pop_front();

@@ -20,7 +20,9 @@ class ForeignService : public support::RecordingService {
 public:
     ForeignService();
 
-    /// Never gets the utterance with this number.
+    // Utterances by their number among those that a process says, from 1.
+
+    /// Never gets that utterance.
     void lose(unsigned id);
 
     /// Begins it, and does not end it until it is flushed.
@@ -49,6 +51,9 @@ public:
 
     /// Was it called with a line that begins like this?
     bool wasCalled(const std::string& line) const;
+
+    /// Was it asked by this process for a pause that is too long?
+    bool wasFenced(int process) const;
 
     int say(unsigned pid, unsigned id, const std::string& words, unsigned speed, float volume,
             unsigned voice, unsigned bgVolume, unsigned ttsVolume, float pitch,

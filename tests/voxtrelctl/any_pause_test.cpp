@@ -20,10 +20,6 @@ constexpr const char* kComplaint =
     "voxtrelctl: the service takes a pause of 49 days, which it must refuse at once "
     "(docs/writing-a-service.md); it was told to drop it again\n";
 
-std::string fenceOf(pid_t process) {
-    return "silence(" + std::to_string(process) + ", 4294967295, 4294967295, ";
-}
-
 class AServiceThatTakesAnyPause : public ::testing::Test {
 protected:
     AServiceThatTakesAnyPause() { service->takeAnyPause(); }
@@ -66,7 +62,7 @@ TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByWhoLeavesBeforeThePauseBegins
     const auto first = device.start({"say", "--wait", "Hello."});
     ASSERT_TRUE(first->awaitOutput("started 1\n"));
     const auto pause = device.start({"monitor"});
-    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(pause->pid())); }));
+    EXPECT_TRUE(eventually([&] { return service->wasFenced(pause->pid()); }));
     pause->signal(SIGINT);
     EXPECT_EQ(pause->wait().status, 0);
     first->signal(SIGINT);
@@ -89,7 +85,7 @@ TEST_F(AServiceThatTakesAnyPause, DropsTheTextWithThePauseWhenItWouldComeTooLate
 TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByALongWait) {
     service->neverEnd(1);
     const auto speaker = device.start({"say", "--wait", "Hello."});
-    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
+    EXPECT_TRUE(eventually([&] { return service->wasFenced(speaker->pid()); }));
     EXPECT_EQ(device.ctl({"stop"}).status, 0);
     EXPECT_EQ(speaker->wait().status, 0);
     EXPECT_FALSE(service->isBusy());
@@ -98,18 +94,16 @@ TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByALongWait) {
 TEST_F(AServiceThatTakesAnyPause, LosesNoPartOfATextWithThePause) {
     service->neverEnd(1);
     std::string text;
-    for (int n = 1; n <= 5; ++n) {
+    for (int n = 1; n <= 40; ++n) {
         text += "It rains." + std::string(1015, ' ');
     }
     const auto speaker = device.start({"say", "--wait", text});
-    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
+    EXPECT_TRUE(eventually([&] { return service->wasFenced(speaker->pid()); }));
     service->goOn();
     const Outcome outcome = speaker->wait();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, kComplaint);
-    EXPECT_EQ(outcome.out,
-              "started 1\nfinished 1\nstarted 2\nfinished 2\nstarted 3\nfinished 3\n"
-              "started 4\nfinished 4\nstarted 5\nfinished 5\n");
+    EXPECT_EQ(outcome.out, "started 1\nfinished 1\n");
     EXPECT_FALSE(service->isBusy());
 }
 
@@ -145,7 +139,7 @@ TEST_F(AMuteService, IsNotLeftSilent) {
 
 TEST_F(AMuteService, IsAskedToDropWhatACommandAskedForThatIsInterrupted) {
     const auto speaker = device.start({"say", "Hello."});
-    EXPECT_TRUE(eventually([&] { return service->wasCalled(fenceOf(speaker->pid())); }));
+    EXPECT_TRUE(eventually([&] { return service->wasFenced(speaker->pid()); }));
     speaker->signal(SIGINT);
     const Outcome outcome = speaker->wait();
     EXPECT_EQ(outcome.status, 1);

@@ -3,18 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <binder/ProcessState.h>
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <memory>
-#include <thread>
 
 #include "client/TTSClientPrivate.h"
 #include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
-#include "tools/Errors.h"
-#include "tools/EventQueue.h"
-#include "tools/Session.h"
-#include "tools/Speech.h"
+#include "vocabulary/Events.h"
 
 using namespace voxtrel_test;
 
@@ -72,33 +69,6 @@ TEST(AServiceShutDownInMidSpeech, EndsSayWithItsReason) {
         << said.out;
 }
 
-TEST(AServiceShutDownInMidSpeech, GivesItsReasonEvenIfItsDeathIsToldFirst) {
-    using voxtrelctl::EventQueue;
-    using voxtrelctl::Notice;
-    Device device;
-    device.startService({"--sink", "none", "--real-time"});
-    voxtrelctl::Terminal terminal(true);  // what the test itself prints is to be seen
-    voxtrelctl::Session session(terminal);
-    EventQueue::instance().post({Notice::Source::ServiceDied, {}, 0});
-    // A busy machine is late with the event.
-    std::thread late([] {
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-        EventQueue::instance().post(
-            {Notice::Source::Service,
-             {TTS::EVENT_STOPPED, 1, static_cast<uint32_t>(TTS::STATUS_SHUTDOWN)},
-             0});
-    });
-    const auto printer =
-        voxtrelctl::EventPrinter::make(voxtrelctl::EventPrinter::Style::Silent, nullptr);
-    try {
-        voxtrelctl::Speech(session, *printer).pause(60'000);
-        FAIL() << "it ended as if nothing had happened";
-    } catch (const voxtrelctl::Failure& failure) {
-        EXPECT_STREQ(failure.what(), kShutdownLine);
-    }
-    late.join();
-}
-
 /// The example of the README in the middle of a long sentence.
 class TheExampleInMidSpeech : public ::testing::Test {
 protected:
@@ -154,31 +124,31 @@ void expectNoService(TTS::TTSClientPrivate& client) {
     EXPECT_EQ(client.locked(), 1);
 }
 
-TEST(AClientOfAKilledService, GetsTheDeathThenMinusFiveThenANewConnection) {
-    using voxtrelctl::EventQueue;
-    using voxtrelctl::Notice;
+/// What the function of a client was told.
+struct Told {
+    static void take(unsigned first, unsigned, unsigned) { mask |= 1U << first; }
+    static bool has(TTS::Event event) { return (mask & (1U << event)) != 0; }
+    static std::atomic<unsigned> mask;
+};
+std::atomic<unsigned> Told::mask{0};
+
+TEST(AClientOfAKilledService, GetsMinusFiveAndThenANewConnection) {
     Device device;
     device.startService({"--real-time"});
-    voxtrelctl::Terminal terminal(true);  // what the test itself prints is to be seen
-    auto session = std::make_unique<voxtrelctl::Session>(terminal);
-    ASSERT_EQ(session->client()->say(1, kLong), 0);
-    ASSERT_EQ(EventQueue::instance().next().event.first, 1U) << "started";
+    android::ProcessState::self()->startThreadPool();
+    TTS::TTSClientPrivate client("test", &Told::take);
+    ASSERT_EQ(client.connect(), 0);
+    ASSERT_EQ(client.say(1, kLong), 0);
+    ASSERT_TRUE(eventually([] { return Told::has(TTS::EVENT_STARTED); }));
     device.killService();
-    Notice notice;
-    while (notice.source != Notice::Source::ServiceDied) {
-        notice = EventQueue::instance().next();
-        ASSERT_NE(notice.source, Notice::Source::Interrupted);
-    }
-    expectNoService(*session->client());
+    ASSERT_TRUE(eventually([&] { return client.say(2, "x") == -5; }));
+    expectNoService(client);
 
     device.startService({"--sink", "none"});
-    TTS::TTSClientPrivate& client = *session->client();  // connecting takes the mutex itself
     EXPECT_EQ(client.connect(), 0);
-    ASSERT_EQ(session->client()->say(2, "Hello again."), 0);
-    const Notice finished =
-        EventQueue::instance().next(EventQueue::Clock::now() + std::chrono::minutes(1),
-                                    [](const Notice& n) { return n.event.first == 2; });
-    EXPECT_EQ(finished.event.second, 2U);
+    ASSERT_EQ(client.say(2, "Hello again."), 0);
+    EXPECT_TRUE(eventually([] { return Told::has(TTS::EVENT_FINISHED); }));
+    EXPECT_EQ(client.disconnect(), 0);
 }
 
 TEST(AServiceManagerThatDies, DoesNotDisturbThoseWhoFoundEachOther) {

@@ -18,13 +18,9 @@ namespace {
 
 constexpr size_t kPiece = 1024;
 
-std::string lostLine(unsigned utterance) {
-    return "voxtrelctl: 0 sent, lost: the service has come to a later request and never got "
-           "utterance " +
-           std::to_string(utterance) +
-           " (requests are dropped on the way while too much is unread there), and was asked to "
-           "drop what is left: try again\n";
-}
+constexpr const char* kLost =
+    "voxtrelctl: -102 lost on its way, or the service does not tell of it: say it again; see the "
+    "service's own log, and docs/writing-a-service.md for what it must tell\n";
 
 /// So many texts of a piece each.
 std::string textOf(size_t pieces) {
@@ -50,16 +46,16 @@ TEST_F(ALostRequest, EndsWhoWaitsForIt) {
         const Outcome outcome = each->wait();
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
-        EXPECT_EQ(outcome.err, lostLine(1));
+        EXPECT_EQ(outcome.err, kLost);
     }
 }
 
 TEST_F(ALostRequest, IsNoticedAtOnceWhenALaterOneIsSpoken) {
     service->lose(2);
-    const Outcome outcome = device.ctl({"say", "--wait"}, textOf(4));
+    const Outcome outcome = device.ctl({"say", "--wait"}, textOf(40));
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, lostLine(2));
-    EXPECT_EQ(outcome.out.rfind("started 1\nfinished 1\nstarted 3\n", 0), 0U) << outcome.out;
+    EXPECT_EQ(outcome.err, kLost);
+    EXPECT_EQ(outcome.out, "started 1\n");
     EXPECT_FALSE(service->wasCalled("silence")) << "nothing had to be asked";
     EXPECT_TRUE(service->wasCalled("stopAndFlush")) << "the rest would be spoken all the same";
 }
@@ -68,7 +64,7 @@ TEST_F(ALostRequest, IsNoticedWithoutWaitWhenALaterOneIsSpokenMeanwhile) {
     service->lose(2);
     const Outcome outcome = device.ctl({"say"}, textOf(70));
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, lostLine(2));
+    EXPECT_EQ(outcome.err, kLost);
 }
 
 TEST_F(ALostRequest, IsNoticedWhileTheServiceTellsOfOtherThings) {
@@ -83,7 +79,7 @@ TEST_F(ALostRequest, IsNoticedWhileTheServiceTellsOfOtherThings) {
     const Outcome outcome = device.ctl({"say", "--wait", "Hello."});
     done = true;
     changes.join();
-    EXPECT_EQ(outcome.err, lostLine(1));
+    EXPECT_EQ(outcome.err, kLost);
 }
 
 TEST_F(ALostRequest, IsNotTakenForOneThatIsStillSpoken) {
@@ -92,9 +88,9 @@ TEST_F(ALostRequest, IsNotTakenForOneThatIsStillSpoken) {
     const auto isAskedTwice = [&] {
         size_t fences = 0;
         for (const std::string& call : service->calls()) {
-            fences += call.find(", 4294967295, 4294967295, ") != std::string::npos ? 1 : 0;
+            fences += call.find(", 4294967295, ") != std::string::npos ? 1 : 0;
         }
-        return fences == 2;
+        return fences >= 2;
     };
     EXPECT_TRUE(eventually(isAskedTwice));
     speaker->signal(SIGINT);
@@ -108,9 +104,7 @@ TEST_F(ALostRequest, IsNotSaidOfOneWhoseEndIsNotTold) {
     const Outcome outcome = device.ctl({"say", "--wait", "Hello."});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "started 1\n");
-    EXPECT_NE(outcome.err.find("so it is not known whether it has spoken to the end: "),
-              std::string::npos)
-        << outcome.err;
+    EXPECT_EQ(outcome.err, kLost);
 }
 
 /// A service in the manners of a driver, a kilobyte of whose budget is left: a long request does
@@ -135,16 +129,16 @@ protected:
 TEST_F(AFloodedService, DoesNotLetWhoWaitsForASentenceWaitForEver) {
     const Outcome outcome = device.ctl({"say", "--wait"}, "Hello. " + longSentence());
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, lostLine(2));
-    EXPECT_EQ(outcome.out, "started 1\nfinished 1\n");
+    EXPECT_EQ(outcome.err, kLost);
+    EXPECT_EQ(outcome.out, "started 1\n") << "its first sentence goes alone";
 }
 
 TEST_F(AFloodedService, IsNotSaidToHaveSpokenWhatItNeverGot) {
     const Outcome outcome =
         device.ctl({"say", "--wait"}, "Hello. " + longSentence() + "So take an umbrella along.");
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, lostLine(2));
-    EXPECT_EQ(outcome.out.rfind("started 1\nfinished 1\nstarted 3\n", 0), 0U) << outcome.out;
+    EXPECT_EQ(outcome.err, kLost);
+    EXPECT_EQ(outcome.out.find("finished"), std::string::npos) << outcome.out;
 }
 
 }  // namespace

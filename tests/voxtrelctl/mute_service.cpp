@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A service that answers 0 to everything and sends no event. Words say what it fills in all the
-// same: "ready", and "enabled", which is speech.
+// same: "ready", and "enabled", which is speech. "slow" answers each request after a second, "dies"
+// ends when it is asked what it can do.
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
@@ -8,6 +9,8 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+
+#include <unistd.h>
 
 #include "tests/support/RecordingService.h"
 
@@ -19,8 +22,21 @@ public:
     android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
                                  uint32_t flags) override {
         const std::lock_guard<std::mutex> held(mMutex);
+        if (isSlow) {
+            sleep(1);
+        }
         return support::RecordingService::onTransact(code, data, reply, flags);
     }
+
+    int getCapabilities(TTS::Capabilities& out) override {
+        if (isDying) {
+            _exit(1);
+        }
+        return support::RecordingService::getCapabilities(out);
+    }
+
+    bool isSlow = false;
+    bool isDying = false;
 
 private:
     std::mutex mMutex;
@@ -33,6 +49,8 @@ int main(int argc, char** argv) {
     for (int n = 1; n < argc; ++n) {
         const std::string word = argv[n];
         service->isEnabled = service->isEnabled || word == "enabled";
+        service->isSlow = service->isSlow || word == "slow";
+        service->isDying = service->isDying || word == "dies";
         if (word == "ready") {
             service->capabilities.ready = service->capabilities.permitted = true;
             service->capabilities.languages.assign(5, false);

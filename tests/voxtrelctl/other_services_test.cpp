@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <set>
 
@@ -39,7 +40,7 @@ std::string lineOf(const Process::Words& words) {
 /// Without the line with which a command says that it has waited, which a busy machine makes it do.
 std::string withoutPatience(const std::string& err) {
     const std::string patience =
-        "voxtrelctl: the service is there and loads its voices (up to 60 s)\n";
+        "voxtrelctl: the service is there and loads its voices (up to 10 s)\n";
     return err.rfind(patience, 0) == 0 ? err.substr(patience.size()) : err;
 }
 
@@ -213,6 +214,10 @@ std::string notKept(const std::string& detail) {
     return kNotSupported + detail + ": the service took it and did not keep it; see its own log";
 }
 
+constexpr const char* kLost =
+    "-102 lost on its way, or the service does not tell of it: say it again; see the service's own "
+    "log, and docs/writing-a-service.md for what it must tell";
+
 constexpr const char* kMuteSettings =
     "speed       0         disabled\n"
     "pitch       0         disabled\n"
@@ -234,15 +239,15 @@ Table withTheMuteService(const std::string& profile) {
     const std::string dropped = "and it was asked to drop what is left of it";
     return {
         {{"say", "x"}, 1, "", unanswered("whether it has taken the text, " + dropped)},
-        {{"say", "--wait", "x"}, 1, "", unanswered("whether it has spoken, " + dropped)},
-        {{"say", "--json", "x"}, 1, "", unanswered("whether it has spoken, " + dropped)},
+        {{"say", "--wait", "x"}, 1, "", kLost},
+        {{"say", "--json", "x"}, 1, "", kLost},
         {{"say", "--voice", "Anna", "x"},
          1,
          "",
          "-11 the client has no language of its own: and the service does not tell its own: name "
          "one with --lang"},
         {{"silence", "20"}, 1, "", unanswered("whether it has taken the pause, " + dropped)},
-        {{"silence", "--wait", "20"}, 1, "", unanswered("whether it has spoken, " + dropped)},
+        {{"silence", "--wait", "20"}, 1, "", kLost},
         {{"stop"}, 1, "", unanswered("whether it has stopped")},
         {{"lock", "--", "echo", "mine"},
          1,
@@ -273,8 +278,9 @@ Table withTheMuteService(const std::string& profile) {
         {{"profile", "load", "/dev/null/none.ini"},
          1,
          "",
-         "-6 profile could not be read or written: cannot read /dev/null/none.ini: check that the "
-         "file exists and that its folder is yours to write"},
+         "-6 profile could not be read or written: the profile '/dev/null/none.ini' cannot be "
+         "read: "
+         "Not a directory: check that the file exists and that its folder is yours to write"},
     };
 }
 
@@ -328,16 +334,40 @@ TEST(AServiceThatNeverBecomesReady, IsNotSaidToRefuseTheUser) {
     const auto status = device.start({"status"});
     const Outcome doctor = device.ctl({"doctor"});
     EXPECT_EQ(doctor.status, 1);
-    EXPECT_NE(doctor.out.find("!!  voices           the service is not ready; "), std::string::npos)
+    EXPECT_NE(doctor.out.find("!!  voices           it is registered and still loads its voices; "),
+              std::string::npos)
         << doctor.out;
     const Outcome outcome = status->wait();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_NE(outcome.err.find("\nvoxtrelctl: -5 no connection to the service: it is registered, "
-                               "but did not become ready in 60 s: see what the service logs about "
-                               "its voices, and try again\n"),
+    EXPECT_NE(outcome.err.find("\nvoxtrelctl: -5 no connection to the service: it is registered "
+                               "and still loads its voices: wait a little, or see what it logs "
+                               "about its voices\n"),
               std::string::npos)
         << outcome.err;
+}
+
+TEST(AServiceThatDiesWhileItIsAsked, IsNotSaidToDenyPermission) {
+    Device device;
+    device.startOther({VOXTREL_MUTE_SERVICE, "dies"});
+    const Outcome outcome = device.ctl({"say", "--timeout", "1", "x"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("voxtrelctl: -8 service not found: "), std::string::npos)
+        << outcome.err;
+}
+
+TEST(ASlowService, DoesNotMakeACommandOfManyRequestsWaitForLongerThanItsTimeout) {
+    Device device;
+    device.startOther({VOXTREL_MUTE_SERVICE, "ready", "enabled", "slow"});
+    const auto begin = std::chrono::steady_clock::now();
+    const Outcome outcome = device.ctl({"status", "--timeout", "4"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("the service does not answer (process " +
+                               std::to_string(device.servicePid()) + ")"),
+              std::string::npos)
+        << outcome.err;
+    // It takes more than ten requests, of a second each.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(9));
 }
 
 }  // namespace

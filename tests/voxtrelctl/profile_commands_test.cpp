@@ -104,6 +104,10 @@ struct Refusal {
     std::string detail;
 };
 
+std::string cannot(const std::string& path, const std::string& what) {
+    return "the profile '" + path + "' cannot be " + what;
+}
+
 TEST(AProfileThatCannotBeUsed, IsRefusedWithMinusSix) {
     const TempFolder folder;
     const std::string file = folder.path("a.ini");
@@ -111,11 +115,12 @@ TEST(AProfileThatCannotBeUsed, IsRefusedWithMinusSix) {
     const std::string absent = folder.path("b.ini");
     const std::string nowhere = folder.path("no/such/folder.ini");
     const std::vector<Refusal> refusals = {
-        {{"show", absent}, "cannot read " + absent},
-        {{"show", folder.path("")}, "cannot read " + folder.path("")},
-        {{"copy", absent, file}, "cannot read " + absent},
-        {{"copy", file, nowhere}, "cannot read " + nowhere},
-        {{"remove", absent}, "there is no " + absent},
+        {{"show", absent}, cannot(absent, "read: No such file or directory")},
+        {{"show", folder.path("")}, cannot(folder.path(""), "read: Is a directory")},
+        {{"copy", absent, file}, cannot(absent, "read: No such file or directory")},
+        {{"copy", file, nowhere},
+         cannot(file, "copied to " + nowhere + ": No such file or directory")},
+        {{"remove", absent}, cannot(absent, "deleted: No such file or directory")},
     };
     for (const Refusal& refusal : refusals) {
         Process::Words words = {Device::control(), "profile"};

@@ -160,24 +160,33 @@ TEST(AText, IsSpokenInJsonOnRequest) {
               "{\"event\":\"finished\",\"utterance\":1}\n");
 }
 
-TEST(ALongText, IsSpokenInSeveralUtterancesInOrder) {
+TEST(ALongText, IsOneUtteranceWithItsWordsWhereTheyStand) {
     Device device;
     device.startService({"--sink", "none"});
     // Mostly blanks, so that it is long for the requests and short for the voice.
     std::string text;
-    for (int n = 0; n < 4; ++n) {
-        text += "It rains." + std::string(900, ' ');
+    for (int n = 0; n < 40; ++n) {
+        text += "It rains." + std::string(991, ' ');
     }
     const Outcome said = device.ctl({"say", "--wait", "--speed", "900"}, text);
     EXPECT_EQ(said.status, 0) << said.err;
-    size_t at = 0;
-    for (int n = 1; n <= 3; ++n) {
-        for (const char* event : {"started ", "finished "}) {
-            at = said.out.find(event + std::to_string(n) + "\n", at);
-            ASSERT_NE(at, std::string::npos) << event << n;
-        }
+    EXPECT_EQ(said.out.rfind("started 1\nword 1 at 0: It\n", 0), 0U) << said.out;
+    EXPECT_NE(said.out.find("word 1 at 39003: rains.\nfinished 1\n"), std::string::npos)
+        << said.out;
+    EXPECT_EQ(said.out.find("started 2"), std::string::npos);
+}
+
+TEST(ALongText, IsHandedOverAsItIsSpoken) {
+    Device device;
+    device.startService({"--sink", "none"});
+    std::string text;
+    for (int n = 0; n < 200; ++n) {
+        text += "It rains." + std::string(991, ' ');
     }
-    EXPECT_EQ(said.out.find("started 4"), std::string::npos);
+    const Outcome said = device.ctl({"say", "--speed", "900"}, text);
+    EXPECT_EQ(said.status, 0) << said.err;
+    EXPECT_EQ(said.err.find("queue is full"), std::string::npos) << said.err;
+    EXPECT_EQ(device.ctl({"silence", "--wait", "1"}).status, 0);
 }
 
 TEST(SayWithoutWait, LeavesAtOnceAndIsSpokenAllTheSame) {

@@ -29,6 +29,36 @@ TEST(EverySetting, TakesAValueAndGivesItBack) {
     }
 }
 
+TEST(ALanguage, IsSetAsPeopleWriteIt) {
+    Device device;
+    device.startService({"--sink", "none"});
+    for (const char* language : {"fr", "FR", "fr-FR", "fr_fr", "fr_FR.UTF-8"}) {
+        EXPECT_EQ(device.ctl({"set", "language", "en_US"}).status, 0);
+        const Outcome set = device.ctl({"set", "language", language});
+        EXPECT_EQ(set.status, 0) << language;
+        EXPECT_EQ(set.err, "") << language;
+        EXPECT_EQ(settingOf(device, "language"), "fr_FR") << language;
+    }
+    EXPECT_EQ(device.ctl({"set", "language", "en-GB"}).err,
+              "voxtrelctl: there is no en-GB; taking the nearest, en_US\n");
+    EXPECT_EQ(device.ctl({"voices", "pt"}).out, device.ctl({"voices", "pt_PT"}).out);
+    EXPECT_EQ(device.ctl({"voices", "pt"}).out.find("en_US"), std::string::npos);
+}
+
+TEST(AVoice, IsSetByItsName) {
+    Device device;
+    device.startService({"--sink", "none"});
+    const json voices = json::parse(device.ctl({"voices", "--json", "en_US"}).out);
+    const std::string name = voices[1]["name"];
+    const Outcome set = device.ctl({"set", "voice", name});
+    EXPECT_EQ(set.status, 0) << set.err;
+    EXPECT_EQ(settingOf(device, "voice"), "2");
+    EXPECT_EQ(device.ctl({"say", "--wait", "--voice", name, "x"}).status, 0);
+    EXPECT_EQ(device.ctl({"set", "voice", "Nobody"}).err,
+              "voxtrelctl: -3 bad parameter: en_US has no voice \"Nobody\": see voxtrelctl voices "
+              "en_US\n");
+}
+
 TEST(Settings, SurviveARestartOfTheService) {
     Device device;
     device.startService({"--sink", "none"});

@@ -65,7 +65,7 @@ TEST_F(AStrangersService, IsRefusedByEveryCommandAndToldNothing) {
                               {"enable"},
                               {"disable", "pitch"},
                               {"profile", "save", folder + "p.ini"},
-                              {"monitor", "--count", "0", "--json"},
+                              {"monitor", "--json"},
                               {"doctor"}};
     for (const Words& command : commands) {
         if (!canBeOthers() && command.front() == "monitor") {
@@ -143,9 +143,23 @@ TEST_F(SeveralUsers, LearnThatTheSocketMayNotBeTheirs) {
     EXPECT_EQ(1, doctor.status);
     const bool seesManager = doctor.out.find("ok  service manager") != std::string::npos;
     EXPECT_EQ(canBeOthers(), !seesManager) << doctor.out;
-    EXPECT_EQ(canBeOthers(),
-              doctor.out.find("none that this user can reach; ") != std::string::npos)
+    EXPECT_EQ(
+        canBeOthers(),
+        doctor.out.find("!!  service manager  this user may not open the service manager's "
+                        "socket at " +
+                        device.path("binder") + " (Permission denied); ") != std::string::npos)
         << doctor.out;
+}
+
+TEST_F(SeveralUsers, AreToldThatTheSocketMayNotBeTheirsByEveryCommand) {
+    ASSERT_EQ(0, chmod(device.path("").c_str(), 0700));
+    const Outcome outcome = ctlAs(other, {"say", "--timeout", "1", "x"});
+    EXPECT_EQ(1, outcome.status);
+    const std::string line =
+        "voxtrelctl: -10 permission denied: this user may not open the service manager's socket "
+        "at " +
+        device.path("binder") + " (Permission denied): ask whoever runs it to let this user in\n";
+    EXPECT_EQ(canBeOthers(), outcome.err == line) << outcome.err;
 }
 
 TEST_F(SeveralUsers, AreNotAdmittedWithoutAPolicy) {

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Connection.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <iostream>
+#include <system_error>
+
+#include "tools/Owner.h"
+
+namespace voxtrelctl {
+namespace {
+
+using std::chrono::milliseconds;
+using voxtrel::Diagnosis;
+using voxtrel::Reach;
+using voxtrel::Status;
+
+constexpr milliseconds kPatience(800);
+constexpr milliseconds kProgressStep(1000);
+
+voxtrel::ClientOptions optionsOf(const Options& options) {
+    voxtrel::ClientOptions chosen;
+    chosen.deadline = options.timeout;
+    // `lock` waits for its command.
+    chosen.handlerThread = options.command == Command::Lock
+                               ? voxtrel::HandlerThread::OfTheLibrary
+                               : voxtrel::HandlerThread::OfTheApplication;
+    chosen.trustedUsers = trustedUsers(options);
+    return chosen;
+}
+
+/// Nothing that may change while a command waits.
+bool isHopeless(Reach reach) {
+    return reach == Reach::NoManager || reach == Reach::ManagerNotPermitted ||
+           reach == Reach::NotTrusted || reach == Reach::NotAdmitted;
+}
+
+std::string placeOf(const Diagnosis& seen) {
+    const std::string why =
+        seen.error != 0 ? " (" + std::generic_category().message(seen.error) + ")" : "";
+    return seen.path.empty() ? "" : " at " + seen.path + why;
+}
+
+std::string silence(const voxtrel::Peer& peer) {
+    const std::string process = "process " + std::to_string(peer.process);
+    if (peer.isStopped) {
+        return " does not answer (" + process + " is stopped)";
+    }
+    return " does not answer" + (peer.process != 0 ? " (" + process + ")" : "");
+}
+
+std::string remedyFor(const voxtrel::Peer& peer) {
+    return peer.isStopped ? "continue it with: kill -CONT " + std::to_string(peer.process)
+                          : "it hangs or is busy; end it and start it again";
+}
+
+std::string progressOf(const Diagnosis& seen, milliseconds timeout) {
+    const std::string limit = std::to_string((timeout.count() + 999) / 1000) + " s";
+    switch (seen.reach) {
+        case Reach::Loading:
+            return "the service is there and loads its voices (up to " + limit + ")";
+        case Reach::ServiceSilent:
+            return "the service" + silence(seen.service) + "; waiting for up to " + limit;
+        case Reach::ManagerSilent:
+            return "the service manager" + silence(seen.manager) + "; waiting for up to " + limit;
+        default:
+            return "looking for the service for up to " + limit + "; is voxtreld running?";
+    }
+}
+
+}  // namespace
+
+Obstacle obstacleIn(const Diagnosis& seen) {
+    switch (seen.reach) {
+        case Reach::NoManager:
+            return {TTS::STATUS_SERVICE_NOT_FOUND, "there is no service manager" + placeOf(seen),
+                    "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"};
+        case Reach::ManagerNotPermitted:
+            return {TTS::STATUS_PERMISSION_DENIED,
+                    "this user may not open the service manager's socket" + placeOf(seen),
+                    "ask whoever runs it to let this user in"};
+        case Reach::ManagerSilent:
+            return {TTS::STATUS_NO_SERVICE, "the service manager" + silence(seen.manager),
+                    remedyFor(seen.manager)};
+        case Reach::NotTrusted:
+            return strangersService(seen.service.user);
+        case Reach::ServiceSilent:
+            return {TTS::STATUS_NO_SERVICE, "the service" + silence(seen.service),
+                    remedyFor(seen.service)};
+        case Reach::Loading:
+            return {TTS::STATUS_NO_SERVICE, "it is registered and still loads its voices",
+                    "wait a little, or see what it logs about its voices"};
+        case Reach::NotAdmitted:
+            return {TTS::STATUS_PERMISSION_DENIED,
+                    "the service does not admit this client: its user may not connect, or there "
+                    "are too many clients",
+                    "ask whoever runs it; of voxtreld see its log and voxtreld-policy(5)"};
+        default:
+            return {TTS::STATUS_SERVICE_NOT_FOUND, "",
+                    meaningOf(TTS::STATUS_SERVICE_NOT_FOUND).remedy};
+    }
+}
+
+Connection::Connection(const Options& options, Terminal& terminal)
+    : mTimeout(options.timeout),
+      mIsVerbose(options.verbose),
+      mTerminal(terminal),
+      mEnd(Clock::now() + mTimeout),
+      mClient("voxtrelctl", optionsOf(options)) {
+    onSignal([this](int) {
+        mClient.stop();
+        return false;
+    });
+}
+
+Connection::~Connection() {
+    onSignal({});
+}
+
+milliseconds Connection::left() const {
+    const auto left = std::chrono::ceil<milliseconds>(mEnd - Clock::now());
+    return std::max(left, milliseconds::zero());
+}
+
+Diagnosis Connection::look() {
+    return mClient.diagnose(milliseconds::zero());
+}
+
+void Connection::connect() {
+    const auto begin = Clock::now();
+    mEnd = begin + mTimeout;
+    auto step = kPatience;
+    for (;;) {
+        const Diagnosis seen = mClient.diagnose(std::min(left(), kPatience));
+        if (seen.reach == Reach::Connected) {
+            break;
+        }
+        if (isHopeless(seen.reach) || left() <= milliseconds::zero()) {
+            mTerminal.endProgress();
+            const Obstacle obstacle = obstacleIn(seen);
+            throw Failure(obstacle.code, obstacle.what, obstacle.remedy);
+        }
+        const auto passed = Clock::now() - begin;
+        if (passed >= kPatience) {
+            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed);
+            mTerminal.progress(progressOf(seen, mTimeout), std::to_string(seconds.count()) + " s");
+            step = kProgressStep;
+        }
+        if (mClient.waitUntilConnected(std::min(left(), step))) {
+            break;
+        }
+    }
+    mTerminal.endProgress();
+    if (mIsVerbose) {
+        const Diagnosis seen = look();
+        std::cerr << "voxtrelctl: connected to process " << seen.service.process << " by "
+                  << seen.transport << " " << seen.path << "\n";
+    }
+}
+
+void Connection::dispatch(milliseconds atMost) {
+    pollfd news[] = {{mClient.fd(), POLLIN, 0}, {mInterrupts.fd(), POLLIN, 0}};
+    (void)poll(news, isInterrupted() ? 1 : 2, static_cast<int>(atMost.count()));
+    mClient.dispatch();
+}
+
+void Connection::require(const voxtrel::Error& error, const std::string& detail) {
+    if (error.status == Status::Ok) {
+        return;
+    }
+    const bool isSilent = error.status == Status::TimedOut || error.status == Status::Unresponsive;
+    if (isSilent || !mClient.isConnected()) {
+        const Diagnosis seen = look();
+        // One that has just died is not said to have never been there.
+        if (seen.reach != Reach::Connected && error.status != Status::NoService) {
+            const Obstacle obstacle = obstacleIn(seen);
+            throw Failure(obstacle.code, obstacle.what, obstacle.remedy);
+        }
+    }
+    const int code = static_cast<int>(error.status);
+    if (detail.empty() && error.message != voxtrel::describe(error.status)) {
+        throw Failure(code, error.message, "");
+    }
+    throw Failure(code, detail);
+}
+
+bool Connection::isUntold(const voxtrel::Error& error) {
+    return error.status == Status::TimedOut && look().reach == Reach::Connected;
+}
+
+void Connection::complain() {
+    if (mClient.diagnose(kProgressStep).takesAnyPause) {
+        std::cerr << "voxtrelctl: the service takes a pause of 49 days, which it must refuse at "
+                     "once (docs/writing-a-service.md); it was told to drop it again\n";
+    }
+}
+
+}  // namespace voxtrelctl

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Interrupts.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <string_view>
+
+namespace voxtrelctl {
+namespace {
+
+constexpr int kGraceMs = 80;
+
+bool isReadable(int file, int patienceMs) {
+    pollfd wanted = {file, POLLIN, 0};
+    return poll(&wanted, 1, patienceMs) == 1;
+}
+
+[[noreturn]] void endNow(bool isQuiet) {
+    if (isQuiet) {
+        std::_Exit(EXIT_SUCCESS);
+    }
+    constexpr std::string_view kLine = "\r\x1b[Kvoxtrelctl: interrupted\n";
+    constexpr std::size_t kErasure = 4;  // of progress, on a terminal
+    const std::string_view line = kLine.substr(isatty(STDERR_FILENO) == 1 ? 0 : kErasure);
+    (void)!write(STDERR_FILENO, line.data(), line.size());
+    std::_Exit(EXIT_FAILURE);
+}
+
+}  // namespace
+
+Interrupts::Interrupts() : mEnd(eventfd(0, EFD_CLOEXEC)), mCome(eventfd(0, EFD_CLOEXEC)) {
+    sigset_t wanted;
+    sigemptyset(&wanted);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&wanted, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &wanted, nullptr);
+    mSignals = signalfd(-1, &wanted, SFD_CLOEXEC);
+    mThread = std::thread([this] { watch(); });
+}
+
+Interrupts::~Interrupts() {
+    (void)eventfd_write(mEnd, 1);
+    mThread.join();
+    for (const int file : {mSignals, mEnd, mCome}) {
+        close(file);
+    }
+}
+
+void Interrupts::onSignal(Handler handler) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mHandler = std::move(handler);
+}
+
+void Interrupts::onEnd(std::function<void()> lastWords) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mLastWords = std::move(lastWords);
+}
+
+bool Interrupts::isDealtWith() {
+    signalfd_siginfo came = {};
+    (void)!read(mSignals, &came, sizeof came);
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mHasCome = true;  // before the handler has its effects
+    mHasCome = !(mHandler && mHandler(static_cast<int>(came.ssi_signo)));
+    return !mHasCome;
+}
+
+void Interrupts::watch() {
+    pollfd wanted[] = {{mSignals, POLLIN, 0}, {mEnd, POLLIN, 0}};
+    do {
+        while (poll(wanted, 2, -1) < 0) {
+        }
+        if (wanted[0].revents == 0) {
+            return;
+        }
+    } while (isDealtWith());
+    (void)eventfd_write(mCome, 1);
+    if (!isReadable(mEnd, kGraceMs)) {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        try {
+            if (mLastWords) {
+                mLastWords();
+            }
+        } catch (const std::exception&) {  // nobody reads them
+        }
+        endNow(mIsQuiet);
+    }
+}
+
+}  // namespace voxtrelctl
