@@ -35,6 +35,7 @@ Status SpeechQueue::push(Utterance utterance) {
             return status;
         }
         Share& share = mShares[utterance.pid];
+        share.user = utterance.user;
         share.textBytes += utterance.text.size();
         mTextBytes += utterance.text.size();
         ++mWaiting;
@@ -137,6 +138,12 @@ void SpeechQueue::drop(std::optional<uint32_t> pid, int32_t status) {
         dropLocked(pid, status, true);
     }
     mChanged.notify_one();
+}
+
+bool SpeechQueue::isOfUser(uint32_t pid, uint32_t user) const {
+    const MutexLock lock(mMutex);
+    const auto share = mShares.find(pid);
+    return share != mShares.end() && share->second.user == user;
 }
 
 void SpeechQueue::forget(uint32_t pid) {

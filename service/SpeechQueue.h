@@ -71,6 +71,9 @@ public:
     /// @param status reported with each.
     void drop(std::optional<uint32_t> pid, int32_t status);
 
+    /// True while something of that process waits or sounds, or did lately, and it is this user's.
+    bool isOfUser(uint32_t pid, uint32_t user) const;
+
     /// As `drop` for a client that is gone: nobody is left to be told.
     void forget(uint32_t pid);
 
@@ -103,6 +106,7 @@ private:
         uint64_t number;  ///< in the order of acceptance, of all clients
     };
     struct Share {
+        uint32_t user = 0;  ///< whose process it is
         std::deque<Waiting> waiting;
         size_t textBytes = 0;   ///< of what waits
         size_t dropped = 0;     ///< utterances that are yet to be reported

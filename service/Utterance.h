@@ -12,6 +12,7 @@ namespace voxtreld {
 /// One thing to be heard, with every setting resolved when it was accepted.
 struct Utterance {
     uint32_t pid = 0;
+    uint32_t user = 0;     ///< whose process that is
     uint32_t id = 0;       ///< the client's own number for it
     std::string text;      ///< valid UTF-8; empty for a pause
     uint32_t pauseMs = 0;  ///< length of a pause, when there is no text

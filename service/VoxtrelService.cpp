@@ -192,6 +192,7 @@ int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
 int VoxtrelService::enqueue(Utterance utterance, const SpeechSettings& asked, Operation operation) {
     const uint32_t pid = utterance.pid;
     const uint32_t id = utterance.id;
+    utterance.user = mCaller().uid;
     int status = admit(pid, operation);
     {
         const MutexLock lock(mMutex);
@@ -229,13 +230,20 @@ int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsig
 
 int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
     const Operation asked = arg == FLUSH_EVERYTHING ? Operation::StopAll : Operation::StopOwn;
-    const int status = admit(pid, asked);
-    return status != STATUS_OK ? status : answered(pid, asked, flush(pid, arg));
+    const Caller caller = mCaller();
+    // What a process said is its user's to silence, also when that process has ended.
+    const bool isOfUser = arg == FLUSH_OWN && mQueue->isOfUser(pid, caller.uid);
+    const uint32_t sender = isOfUser && caller.pid != 0 ? caller.pid : pid;
+    const int status = isOfUser ? permit(sender, asked) : admit(pid, asked);
+    if (status != STATUS_OK && asked == Operation::StopOwn && caller.pid != pid) {
+        mClients.tell(caller.pid, EVENT_STATE, STATE_REFUSED, ruleOf(asked).code);
+    }
+    return status != STATUS_OK ? status : answered(sender, asked, flush(sender, pid, arg));
 }
 
-int VoxtrelService::flush(unsigned pid, unsigned arg) {
+int VoxtrelService::flush(unsigned sender, unsigned pid, unsigned arg) {
     const MutexLock lock(mMutex);
-    const int status = mayChangeOrIsTold(pid);
+    const int status = mayChangeOrIsTold(sender);
     if (status != STATUS_OK) {
         return status;
     }

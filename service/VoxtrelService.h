@@ -108,7 +108,7 @@ private:
     int mayChange(unsigned pid) const VOXTRELD_REQUIRES(mMutex);
     int mayChangeOrIsTold(unsigned pid) VOXTRELD_REQUIRES(mMutex);
     int accept(Utterance utterance, const SpeechSettings& asked) VOXTRELD_REQUIRES(mMutex);
-    int flush(unsigned pid, unsigned arg);
+    int flush(unsigned sender, unsigned pid, unsigned arg);
     int takeLock(unsigned pid);
     int freeLock(unsigned pid);
     bool isLockOfAnother(unsigned pid) const;

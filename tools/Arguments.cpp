@@ -158,7 +158,14 @@ private:
             ->required();
         silence->add_flag("-w,--wait", mOptions.wait, "Stay until the pause is over");
 
-        add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak);
+        add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak)
+            ->add_option_function<std::string>(
+                "--process",
+                [this](const std::string& text) {
+                    mOptions.process = wholeNumber("--process", text, 1, "a process id");
+                },
+                "Only what this process of yours said, also when it has ended")
+            ->type_name("PID");
 
         CLI::App* lock =
             add(mApp, "lock", "Keep every other client from speaking while a command runs",

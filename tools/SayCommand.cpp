@@ -242,7 +242,10 @@ int runStop(const Options& options, Terminal& terminal) {
     Connection connection(options, terminal);
     connection.connect();
     requireSpeech(connection);
-    const auto stopped = connection.client().stopEverybody(connection.left());
+    voxtrel::Client& client = connection.client();
+    const auto stopped = options.process != 0
+                             ? client.stopProcess(options.process, connection.left())
+                             : client.stopEverybody(connection.left());
     if (connection.isUntold(stopped.error())) {
         throw Unanswered("whether it has stopped");
     }

@@ -34,7 +34,7 @@ _voxtrelctl()
         --file | -f | --profile)
             COMPREPLY=($(compgen -f -- "$current"))
             return ;;
-        --timeout | --voice | --speed | --pitch | --volume | --bg-volume | --tts-volume | --count)
+        --timeout | --voice | --speed | --pitch | --volume | --bg-volume | --tts-volume | --count | --process)
             return ;;
     esac
     case $command in
@@ -42,7 +42,7 @@ _voxtrelctl()
             COMPREPLY=($(compgen -W "--wait --ssml --json --file --lang --voice --speed --pitch --volume
                 --bg-volume --tts-volume --profile --timeout --verbose --help" -- "$current")) ;;
         silence) COMPREPLY=($(compgen -W "--wait --timeout --verbose --help" -- "$current")) ;;
-        stop) COMPREPLY=($(compgen -W "--timeout --verbose --help" -- "$current")) ;;
+        stop) COMPREPLY=($(compgen -W "--process --timeout --verbose --help" -- "$current")) ;;
         lock)
             if [[ $previous == lock ]]; then
                 COMPREPLY=($(compgen -W "--timeout --" -- "$current"))

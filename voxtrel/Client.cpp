@@ -110,6 +110,10 @@ Result<void> Client::stopEverybody(std::optional<Milliseconds> deadline) {
     return mState->session->stopEverybody(mState->mailbox, mState->deadline(deadline));
 }
 
+Result<void> Client::stopProcess(std::uint32_t process, std::optional<Milliseconds> deadline) {
+    return mState->session->stopProcess(process, mState->deadline(deadline));
+}
+
 Result<void> Client::waitForAll(Milliseconds patience) {
     if (mState->session->waitForAll(*mState->mailbox, deadlineAfter(patience))) {
         return {};

@@ -125,6 +125,11 @@ public:
     /// Ends what anybody said.
     Result<void> stopEverybody(std::optional<Milliseconds> deadline = {});
 
+    /// Ends what another process of this user said, which may have ended since. Not every service
+    /// lets it.
+    /// @return PermissionDenied: it is not this user's, or the service has nothing of it.
+    Result<void> stopProcess(std::uint32_t process, std::optional<Milliseconds> deadline = {});
+
     /// Waits until every utterance of this client has an outcome.
     Result<void> waitForAll(Milliseconds patience);
 

@@ -276,6 +276,38 @@ TEST_F(Flushing, OnesOwnLeavesTheOthersAlone) {
     EXPECT_EQ((Told{kBob, EVENT_FINISHED, 2, 0}), toldTo(bob).back());
 }
 
+TEST_F(Flushing, WhatAnotherProcessSaidIsForItsUserToDo) {
+    from(kBob);
+    EXPECT_EQ(0, service->stopAndFlush(kAnn, 1));
+    engine.release();
+    EXPECT_EQ(2U, countOf(toldAtTheEndTo(ann), EVENT_STOPPED));
+    EXPECT_EQ((Told{kBob, EVENT_FINISHED, 2, 0}), toldTo(bob).back());
+}
+
+TEST_F(Flushing, WhatAProcessSaidThatHasLeftIsForItsUserToDo) {
+    from(kAnn);
+    ASSERT_EQ(0, service->deregisterCallback(kAnn));
+    caller = {0, kUser};  // as from a runtime that does not name the process
+    EXPECT_EQ(0, service->stopAndFlush(kAnn, 1));
+    engine.release();
+    EXPECT_EQ((Told{kBob, EVENT_FINISHED, 2, 0}), toldAtTheEndTo(bob).back());
+    EXPECT_EQ(2U, engine.spoken().size()) << "what sounded, and that of the other";
+}
+
+TEST_F(Flushing, WhatAnotherUsersProcessSaidIsRefused) {
+    caller = {kBob, kUser + 1};
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->stopAndFlush(kAnn, 1));
+    engine.release();
+    EXPECT_EQ(2U, countOf(toldAtTheEndTo(ann), EVENT_FINISHED));
+}
+
+TEST_F(Flushing, WhatNobodySaidIsRefusedAndTold) {
+    from(kBob);
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, service->stopAndFlush(kBob + 100, 1));
+    EXPECT_EQ((Told{kBob, EVENT_STATE, STATE_REFUSED, REQUEST_STOP}), toldTo(bob).back());
+    engine.release();
+}
+
 TEST_F(Flushing, WithAnUnknownArgumentDoesNothing) {
     from(kAnn);
     EXPECT_EQ(STATUS_BAD_PARAMETER, service->stopAndFlush(kAnn, 2));

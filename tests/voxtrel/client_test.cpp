@@ -401,4 +401,10 @@ TEST_F(AClient, ThatEndsGivesItsLockBack) {
     EXPECT_TRUE(other.lock(kLong));
 }
 
+TEST_F(AClient, AsksForTheSpeechOfAnotherProcessToBeStopped) {
+    Client client("test", options());
+    EXPECT_TRUE(client.stopProcess(4711));
+    EXPECT_EQ("stop process 4711", service.requests().back());
+}
+
 }  // namespace

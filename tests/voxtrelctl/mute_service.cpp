@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // A service that answers 0 to everything and sends no event. Words say what it fills in all the
-// same: "ready", and "enabled", which is speech. "slow" answers each request after a second, "dies"
+// same: "ready", and "enabled", which is speech. "slow" answers each request after 300 ms, "dies"
 // ends when it is asked what it can do.
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include <unistd.h>
 
@@ -23,7 +24,7 @@ public:
                                  uint32_t flags) override {
         const std::lock_guard<std::mutex> held(mMutex);
         if (isSlow) {
-            sleep(1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
         }
         return support::RecordingService::onTransact(code, data, reply, flags);
     }

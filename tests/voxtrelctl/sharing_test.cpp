@@ -93,6 +93,31 @@ TEST(Stop, EndsATextThatIsHandedOverPieceByPiece) {
     EXPECT_EQ(said.out.find("finished"), std::string::npos) << "no further page after the stop";
 }
 
+TEST(Stop, OfOneProcessLeavesTheOthersAlone) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto first = device.start({"say", "--wait", "--speed", "200", kLong});
+    ASSERT_TRUE(first->awaitOutput("word 1 at 9: train"));
+    const auto second = device.start({"say", "--wait", "--speed", "400", "And now the weather."});
+    const std::string process = std::to_string(first->pid());
+    EXPECT_EQ(device.ctl({"stop", "--process", process}).status, 0);
+    EXPECT_NE(first->wait().out.find("stopped 1 (flushed)\n"), std::string::npos);
+    EXPECT_NE(second->wait().out.find("finished 1\n"), std::string::npos);
+}
+
+TEST(Stop, OfAProcessThatHasLeftEndsWhatItSaid) {
+    Device device;
+    device.startService({"--real-time"});
+    const auto first = device.start({"say", "--speed", "100", kLong, kLong, kLong});
+    const std::string process = std::to_string(first->pid());
+    EXPECT_EQ(first->wait().status, 0);
+    EXPECT_EQ(device.ctl({"stop", "--process", process}).status, 0);
+    EXPECT_EQ(device.ctl({"silence", "--wait", "1"}).status, 0);
+    device.stopService();
+    const double alone = engineAlone(kLong, "en-us", 100).seconds();
+    EXPECT_LT(readSound(device.wavPath()).seconds(), alone);
+}
+
 TEST(CtrlC, FlushesTheOwnSpeechAndNoOther) {
     Device device;
     device.startService({"--real-time"});

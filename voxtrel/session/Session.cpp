@@ -219,6 +219,28 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     return {};
 }
 
+Result<void> Session::stopProcess(std::uint32_t process, Clock::time_point deadline) {
+    std::uint32_t fence = 0;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        fence = newFence();
+        mFences[fence] = Answer::None;
+    }
+    const Result<void> sent = perform(
+        [pid = mPid, process, fence](Service& service) {
+            (void)service.stopAndFlush(process, wire::kFlushOwn);
+            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+            return 0;
+        },
+        deadline);
+    std::unique_lock<std::mutex> lock(mMutex);
+    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
+    if (!sent || found == Answer::Yes) {
+        return sent;
+    }
+    return errorOf(found, "stop what that process said, or it has said nothing");
+}
+
 /// Takes the fence away, so that speech is sent again.
 Session::Answer Session::awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,
                                     Clock::time_point deadline) {

@@ -70,6 +70,7 @@ public:
     void stop(const std::shared_ptr<Mailbox>& client);
 
     Result<void> stopEverybody(const std::shared_ptr<Mailbox>& by, Clock::time_point deadline);
+    Result<void> stopProcess(std::uint32_t process, Clock::time_point deadline);
     bool waitForAll(const Mailbox& client, Clock::time_point deadline);
 
     /// Returns at once where there is no service, or none that answers.

@@ -48,6 +48,7 @@ public:
     ///                                       pitch, volume, speech-volume, media-volume
     ///     pause 4 300                       milliseconds
     ///     stop own                          stop everything
+    ///     stop process 123                  of which this one has nothing
     ///     lock                              unlock
     ///     set speed 250                     language, voice, ..., as above, and verbosity
     ///     switch speed off                  speech, and those above but for language and verbosity

@@ -279,6 +279,10 @@ void FakeState::utter(unsigned pid, Utterance utterance, int status) {
 }
 
 void FakeState::stop(unsigned pid, bool isEverything) {
+    if (pid != mPid) {
+        note("stop process " + std::to_string(pid));
+        return;
+    }
     note(isEverything ? "stop everything" : "stop own");
     if (changeStatus(pid) == TTS::STATUS_OK) {
         drop(TTS::STATUS_OK);
