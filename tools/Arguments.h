@@ -61,7 +61,7 @@ struct Options {
     std::string value;     ///< `set`: the new value; `profile copy`: the destination
     uint32_t milliseconds = 0;
     uint32_t process = 0;  ///< `stop`: only what this one said; 0: everything
-    uint32_t count = 0;  ///< `monitor`: leave after so many events; 0: never
+    uint32_t count = 0;    ///< `monitor`: leave after so many events; 0: never
     std::string helpText;
 };
 

@@ -247,6 +247,19 @@ vx_status vx_stop(vx_client* client);
 /* Ends what anybody said. */
 vx_status vx_stop_everybody(vx_client* client, int deadline_ms);
 
+/*
+ * Ends what another process of this user said, which may have ended since. Not every service lets
+ * it. VX_PERMISSION_DENIED: it is not this user's, or the service has nothing of it.
+ */
+vx_status vx_stop_process(vx_client* client, unsigned int process, int deadline_ms);
+
+/*
+ * Waits until the service has everything that this client said, and has told what it refuses: what
+ * has no outcome then is being spoken or waits at the service for its turn. Of a long text that may
+ * be as late as it takes to speak all but the last 64 KiB.
+ */
+vx_status vx_wait_until_taken(vx_client* client, int deadline_ms);
+
 /* Waits until every utterance of this client has an outcome. timeout_ms: from 0, or VX_FOREVER. */
 vx_status vx_wait_for_all(vx_client* client, int timeout_ms);
 
@@ -346,6 +359,12 @@ vx_status vx_next_event(vx_client* client, vx_event* event);
  */
 vx_status vx_dispatch(vx_client* client, size_t* count);
 
+/*
+ * Asks the service for an event, and waits until it has told it: a service that does not will tell
+ * of nothing else either. VX_TIMED_OUT: not yet; the next call waits on.
+ */
+vx_status vx_check_events(vx_client* client, int deadline_ms);
+
 /* ---- What the service can do ----------------------------------------------------------------- */
 
 /* Does not change; its texts are valid until it is freed. */
@@ -386,6 +405,8 @@ vx_status vx_settings_free(vx_settings* settings);
 vx_status vx_settings_set_language(vx_settings* settings, const char* tag);  /* "fr-FR" */
 vx_status vx_settings_set_voice(vx_settings* settings, unsigned int number); /* in the language */
 vx_status vx_settings_set_speed(vx_settings* settings, unsigned int speed);
+vx_status vx_settings_set_rate(vx_settings* settings,
+                               unsigned int rate); /* of most services the speed */
 vx_status vx_settings_set_pitch(vx_settings* settings, float pitch);
 vx_status vx_settings_set_volume(vx_settings* settings, float volume);
 vx_status vx_settings_set_speech_volume(vx_settings* settings, unsigned int percent);
@@ -397,6 +418,7 @@ vx_status vx_settings_set_verbosity(vx_settings* settings,
 vx_status vx_settings_get_language(const vx_settings* settings, const char** tag);
 vx_status vx_settings_get_voice(const vx_settings* settings, unsigned int* number);
 vx_status vx_settings_get_speed(const vx_settings* settings, unsigned int* speed);
+vx_status vx_settings_get_rate(const vx_settings* settings, unsigned int* rate);
 vx_status vx_settings_get_pitch(const vx_settings* settings, float* pitch);
 vx_status vx_settings_get_volume(const vx_settings* settings, float* volume);
 vx_status vx_settings_get_speech_volume(const vx_settings* settings, unsigned int* percent);
@@ -443,6 +465,22 @@ vx_status vx_lock_is_held(const vx_lock* lock, int* held);
 
 /* Gives the lock back. */
 vx_status vx_lock_free(vx_lock* lock);
+
+/* Who has the service's lock. */
+enum {
+    VX_LOCK_FREE = 0,
+    VX_LOCK_HELD_BY_THIS_PROCESS = 1,
+    VX_LOCK_HELD_BY_ANOTHER = 2,
+    VX_LOCK_UNKNOWN = 3 /* the service does not tell, or not this user */
+};
+
+vx_status vx_lock_state(vx_client* client, int deadline_ms, int* state);
+
+/*
+ * Frees the lock, whoever has it, if this user may. process: that had it, or 0: nobody; optional.
+ * VX_LOCKED: another client of this process has it.
+ */
+vx_status vx_break_lock(vx_client* client, int deadline_ms, unsigned int* process);
 
 /* ---- Profiles -------------------------------------------------------------------------------- */
 

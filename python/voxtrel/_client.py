@@ -6,7 +6,7 @@ import ctypes
 import os
 import time
 import weakref
-from ctypes import c_int
+from ctypes import c_int, c_uint
 from types import TracebackType
 from typing import TYPE_CHECKING, Optional, Union
 
@@ -15,7 +15,7 @@ from ._errors import error_for
 from ._events import Events, Handler, Hub
 from ._native import THREAD_OF_APPLICATION, Handle, check, last_error, new_handle, use_runtime, vx
 from ._utterance import SLICE, Utterance, wait_in_slices
-from ._values import Features, OnLoss, Outcome, Settings, SpeechOptions, Switch
+from ._values import Features, LockState, OnLoss, Outcome, Settings, SpeechOptions, Switch
 
 if TYPE_CHECKING:
     from .testing import FakeService
@@ -237,6 +237,23 @@ class Client:
         """Ends what anybody said."""
         check(self._handle.call(vx["vx_stop_everybody"], convert.deadline_to_c(deadline)))
 
+    def stop_process(self, process: int, deadline: Optional[float] = None) -> None:
+        """Ends what another process of this user said, which may have ended since.
+
+        Not every service lets it. PermissionDenied: it is not this user's, or has said nothing.
+        """
+        number = convert.whole_number(process, 0, 2**32 - 1, "process")
+        time_in_c = convert.deadline_to_c(deadline)
+        check(self._handle.call(vx["vx_stop_process"], number, time_in_c))
+
+    def wait_until_taken(self, deadline: Optional[float] = None) -> None:
+        """Waits until the service has everything that this client said.
+
+        What has no outcome then is being spoken or waits at the service for its turn. Of a long text
+        that may be as late as it takes to speak all but the last 64 KiB.
+        """
+        check(self._handle.call(vx["vx_wait_until_taken"], convert.deadline_to_c(deadline)))
+
     def wait_for_all(self, timeout: Optional[float] = None) -> None:
         """Waits until every utterance of this client has an outcome, for ever or `timeout` seconds.
 
@@ -290,6 +307,13 @@ class Client:
         """
         return Events(self._hub, self)
 
+    def check_events(self, deadline: Optional[float] = None) -> None:
+        """Asks the service for an event, and waits until it has told it.
+
+        A service that does not will tell of nothing else either. TimedOut: the next call waits on.
+        """
+        check(self._handle.call(vx["vx_check_events"], convert.deadline_to_c(deadline)))
+
     async def _outcome_on_loop(self, utterance: Utterance) -> Outcome:
         return await self._hub.outcome_of(utterance)
 
@@ -337,6 +361,20 @@ class Client:
         """Takes the lock: `with client.lock(): ...`. A process has it once."""
         time_in_c = convert.deadline_to_c(deadline)
         return Lock(new_handle(self._handle.call, vx["vx_take_lock"], time_in_c))
+
+    def lock_state(self, deadline: Optional[float] = None) -> LockState:
+        """Who has the lock."""
+        state = c_int()
+        time_in_c = convert.deadline_to_c(deadline)
+        check(self._handle.call(vx["vx_lock_state"], time_in_c, ctypes.byref(state)))
+        return LockState(state.value)
+
+    def break_lock(self, deadline: Optional[float] = None) -> int:
+        """Frees the lock, whoever has it, if this user may: the process that had it, or 0."""
+        process = c_uint()
+        time_in_c = convert.deadline_to_c(deadline)
+        check(self._handle.call(vx["vx_break_lock"], time_in_c, ctypes.byref(process)))
+        return process.value
 
     # ---- Profiles
 

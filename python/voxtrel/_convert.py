@@ -110,7 +110,7 @@ _OPTIONS: dict[str, Any] = {
     "media_volume": c_uint,
     "on_loss": c_int,
 }
-_SETTINGS: dict[str, Any] = {**_OPTIONS, "voice": c_uint, "verbosity": c_int}
+_SETTINGS: dict[str, Any] = {**_OPTIONS, "voice": c_uint, "rate": c_uint, "verbosity": c_int}
 del _SETTINGS["on_loss"]
 
 _Fields = Iterable[tuple[str, Any, Any, Any]]

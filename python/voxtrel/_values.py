@@ -160,6 +160,16 @@ class Switch(enum.IntEnum):
     SPEECH_VOLUME = 6
 
 
+class LockState(enum.IntEnum):
+    """Who has the service's lock."""
+
+    FREE = 0
+    HELD_BY_THIS_PROCESS = 1
+    HELD_BY_ANOTHER = 2
+    UNKNOWN = 3
+    """The service does not tell, or not this user."""
+
+
 @dataclass(frozen=True)
 class Outcome:
     """What became of an utterance. True for FINISHED alone."""
@@ -239,6 +249,8 @@ class Settings:
     """Per cent."""
     verbosity: Optional[int] = None
     """1: punctuation is spoken."""
+    rate: Optional[int] = None
+    """Of most services the same as `speed`."""
 
 
 @dataclass(frozen=True)

@@ -29,6 +29,7 @@ ENUMS = {
     "VX_EVENT_": values.EventKind,
     "VX_CHANGED_": values.Setting,
     "VX_SWITCH_": values.Switch,
+    "VX_LOCK_": values.LockState,
 }
 
 

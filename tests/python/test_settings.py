@@ -35,6 +35,7 @@ def test_every_setting_is_changed_and_read(client: voxtrel.Client) -> None:
         speech_volume=60,
         media_volume=70,
         verbosity=1,
+        rate=250,
     )
     client.change(wanted)
     assert client.settings() == wanted
@@ -47,7 +48,9 @@ def test_changes_only_what_is_set(client: voxtrel.Client) -> None:
     client.change(Settings())
     assert client.settings() == before
     client.change(Settings(speed=111))
-    assert client.settings() == dataclasses.replace(before, speed=111)
+    assert client.settings() == dataclasses.replace(before, speed=111, rate=111)
+    client.change(Settings(rate=222))
+    assert client.settings() == dataclasses.replace(before, speed=222, rate=222)
 
 
 def test_a_setting_that_is_refused_raises(client: voxtrel.Client) -> None:
@@ -109,6 +112,16 @@ def test_another_process_with_the_lock_keeps_it(fake: FakeService, faked: voxtre
     fake.unlock_by_another()
     with faked.lock():
         assert fake.requests()[-1] == "lock"
+
+
+def test_a_lock_is_seen_and_broken(fake: FakeService, faked: voxtrel.Client) -> None:
+    assert faked.lock_state() is voxtrel.LockState.FREE
+    fake.lock_by_another(77)
+    assert faked.lock_state() is voxtrel.LockState.HELD_BY_ANOTHER
+    assert faked.break_lock() == 77
+    assert faked.break_lock() == 0
+    with faked.lock():
+        assert faked.lock_state() is voxtrel.LockState.HELD_BY_THIS_PROCESS
 
 
 def test_a_lock_is_lost_with_the_service(fake: FakeService, faked: voxtrel.Client) -> None:

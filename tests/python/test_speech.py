@@ -74,6 +74,31 @@ def test_refusals_are_outcomes(fake: FakeService, faked: voxtrel.Client) -> None
     assert faked.say("Hello.").wait(LONG).status is Status.QUEUE_FULL
 
 
+def test_what_is_taken_need_not_be_spoken(fake: FakeService, faked: voxtrel.Client) -> None:
+    fake.hold()
+    held = faked.say("Held.")
+    faked.wait_until_taken()
+    assert held.outcome.kind is OutcomeKind.PENDING
+    fake.go_on()
+    assert held.wait(LONG)
+
+
+def test_a_service_shows_that_it_tells_of_something(
+    fake: FakeService, faked: voxtrel.Client
+) -> None:
+    faked.check_events()
+    fake.freeze()
+    with pytest.raises(voxtrel.TimedOut):
+        faked.check_events(0.02)
+    fake.thaw()
+    faked.check_events(LONG)
+
+
+def test_stops_what_another_process_said(fake: FakeService, faked: voxtrel.Client) -> None:
+    faked.stop_process(4711)
+    assert fake.requests()[-1] == "stop process 4711"
+
+
 def test_stops_what_the_client_said(fake: FakeService, faked: voxtrel.Client) -> None:
     fake.hold()
     utterance = faked.say("Hello.")

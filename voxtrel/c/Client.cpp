@@ -3,10 +3,15 @@
 
 using namespace voxtrel::c;
 using voxtrel::HandlerThread;
+using voxtrel::LockState;
 using voxtrel::Milliseconds;
 
 static_assert(static_cast<int>(HandlerThread::OfTheLibrary) == VX_THREAD_OF_LIBRARY);
 static_assert(static_cast<int>(HandlerThread::OfTheApplication) == VX_THREAD_OF_APPLICATION);
+static_assert(static_cast<int>(LockState::Free) == VX_LOCK_FREE);
+static_assert(static_cast<int>(LockState::HeldByThisProcess) == VX_LOCK_HELD_BY_THIS_PROCESS);
+static_assert(static_cast<int>(LockState::HeldByAnother) == VX_LOCK_HELD_BY_ANOTHER);
+static_assert(static_cast<int>(LockState::Unknown) == VX_LOCK_UNKNOWN);
 
 namespace {
 
@@ -91,6 +96,14 @@ vx_status vx_wait_until_connected(vx_client* client, int deadline_ms) {
     return guarded([&] { return finish(client->client.waitUntilConnected(deadline)); });
 }
 
+vx_status vx_check_events(vx_client* client, int deadline_ms) {
+    Deadline deadline;
+    if (!areGiven(client) || !readDeadline(deadline_ms, deadline)) {
+        return VX_BAD_PARAMETER;
+    }
+    return guarded([&] { return finish(client->client.checkEvents(deadline)); });
+}
+
 vx_status vx_set_defaults(vx_client* client, const vx_options* options) {
     if (!areGiven(client, options)) {
         return VX_BAD_PARAMETER;
@@ -129,4 +142,29 @@ vx_status vx_lock_is_held(const vx_lock* lock, int* held) {
 
 vx_status vx_lock_free(vx_lock* lock) {
     return destroy(lock);
+}
+
+vx_status vx_lock_state(vx_client* client, int deadline_ms, int* state) {
+    Deadline deadline;
+    if (!areGiven(client, state) || !readDeadline(deadline_ms, deadline)) {
+        return VX_BAD_PARAMETER;
+    }
+    return guarded([&] {
+        return finish(client->client.lockState(deadline),
+                      [state](LockState found) { *state = static_cast<int>(found); });
+    });
+}
+
+vx_status vx_break_lock(vx_client* client, int deadline_ms, unsigned int* process) {
+    Deadline deadline;
+    if (!areGiven(client) || !readDeadline(deadline_ms, deadline)) {
+        return VX_BAD_PARAMETER;
+    }
+    return guarded([&] {
+        return finish(client->client.breakLock(deadline), [process](std::uint32_t holder) {
+            if (process != nullptr) {
+                *process = holder;
+            }
+        });
+    });
 }

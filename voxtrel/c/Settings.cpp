@@ -47,6 +47,10 @@ vx_status vx_settings_set_speed(vx_settings* settings, unsigned int speed) {
     return set(settings, &GlobalSettings::speed, speed);
 }
 
+vx_status vx_settings_set_rate(vx_settings* settings, unsigned int rate) {
+    return set(settings, &GlobalSettings::rate, rate);
+}
+
 vx_status vx_settings_set_pitch(vx_settings* settings, float pitch) {
     return set(settings, &GlobalSettings::pitch, pitch);
 }
@@ -77,6 +81,10 @@ vx_status vx_settings_get_voice(const vx_settings* settings, unsigned int* numbe
 
 vx_status vx_settings_get_speed(const vx_settings* settings, unsigned int* speed) {
     return get(settings, &GlobalSettings::speed, speed);
+}
+
+vx_status vx_settings_get_rate(const vx_settings* settings, unsigned int* rate) {
+    return get(settings, &GlobalSettings::rate, rate);
 }
 
 vx_status vx_settings_get_pitch(const vx_settings* settings, float* pitch) {

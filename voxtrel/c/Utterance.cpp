@@ -83,6 +83,22 @@ vx_status vx_stop_everybody(vx_client* client, int deadline_ms) {
     return guarded([&] { return finish(client->client.stopEverybody(deadline)); });
 }
 
+vx_status vx_stop_process(vx_client* client, unsigned int process, int deadline_ms) {
+    Deadline deadline;
+    if (!areGiven(client) || !readDeadline(deadline_ms, deadline)) {
+        return VX_BAD_PARAMETER;
+    }
+    return guarded([&] { return finish(client->client.stopProcess(process, deadline)); });
+}
+
+vx_status vx_wait_until_taken(vx_client* client, int deadline_ms) {
+    Deadline deadline;
+    if (!areGiven(client) || !readDeadline(deadline_ms, deadline)) {
+        return VX_BAD_PARAMETER;
+    }
+    return guarded([&] { return finish(client->client.waitUntilTaken(deadline)); });
+}
+
 vx_status vx_wait_for_all(vx_client* client, int timeout_ms) {
     Deadline timeout;
     if (!areGiven(client) || !readTimeout(timeout_ms, timeout)) {

@@ -106,6 +106,10 @@ TEST_F(InC, ALockIsHeldUntilItIsFreed) {
     EXPECT_STREQ(nullptr, lock_is_held_until_it_is_freed());
 }
 
+TEST(ThatWhatIsSaid, IsInTheHandsOfTheServiceIsWaitedFor) {
+    EXPECT_STREQ(nullptr, what_is_said_is_in_the_hands_of_the_service());
+}
+
 TEST_F(InC, AProfileKeepsTheDefaults) {
     EXPECT_STREQ(nullptr, profile_keeps_the_defaults(mFolder.path("voxtrel.ini").c_str()));
 }

@@ -34,6 +34,7 @@ static const char* refused_of_values(void) {
     REFUSES(vx_settings_set_language(NULL, "fr"));
     REFUSES(vx_settings_set_voice(NULL, 1));
     REFUSES(vx_settings_set_speed(NULL, 100));
+    REFUSES(vx_settings_set_rate(NULL, 100));
     REFUSES(vx_settings_set_pitch(NULL, 1));
     REFUSES(vx_settings_set_volume(NULL, 1));
     REFUSES(vx_settings_set_speech_volume(NULL, 50));
@@ -42,6 +43,7 @@ static const char* refused_of_values(void) {
     REFUSES(vx_settings_get_language(NULL, &text));
     REFUSES(vx_settings_get_voice(NULL, &whole));
     REFUSES(vx_settings_get_speed(NULL, &whole));
+    REFUSES(vx_settings_get_rate(NULL, &whole));
     REFUSES(vx_settings_get_pitch(NULL, &number));
     REFUSES(vx_settings_get_volume(NULL, &number));
     REFUSES(vx_settings_get_speech_volume(NULL, &whole));
@@ -77,6 +79,9 @@ static const char* refused_of_clients(void) {
     REFUSES(vx_pause(NULL, 10, &utterance));
     REFUSES(vx_stop(NULL));
     REFUSES(vx_stop_everybody(NULL, 0));
+    REFUSES(vx_stop_process(NULL, 1, 0));
+    REFUSES(vx_wait_until_taken(NULL, 0));
+    REFUSES(vx_check_events(NULL, 0));
     REFUSES(vx_wait_for_all(NULL, 0));
     REFUSES(vx_utterance_number(NULL, &number));
     REFUSES(vx_utterance_outcome(NULL, &outcome));
@@ -123,6 +128,8 @@ static const char* refused_of_the_service(void) {
     REFUSES(vx_take_lock(NULL, 0, &lock));
     REFUSES(vx_lock_is_held(NULL, &any));
     REFUSES(vx_lock_free(NULL));
+    REFUSES(vx_lock_state(NULL, 0, &any));
+    REFUSES(vx_break_lock(NULL, 0, &least_speed));
     REQUIRE(features == NULL && lock == NULL);
     REQUIRE(vx_settings_free(settings) == VX_OK);
     return NULL;

@@ -38,6 +38,7 @@ const char* requests_fail_without_a_service(vx_client* client);
 const char* service_is_asked_what_it_can_do(void);
 const char* settings_of_the_service_change(void);
 const char* lock_is_held_until_it_is_freed(void);
+const char* what_is_said_is_in_the_hands_of_the_service(void);
 const char* profile_keeps_the_defaults(const char* path);
 const char* fake_service_does_what_it_is_told(void);
 

@@ -167,20 +167,49 @@ const char* lock_is_held_until_it_is_freed(void) {
     vx_fake* fake = NULL;
     vx_client* client;
     vx_lock* lock = NULL;
+    unsigned int process = 7;
     int held = 7;
 
     REQUIRE(vx_fake_new(&fake) == VX_OK);
     client = client_of(fake, VX_THREAD_OF_LIBRARY);
     REQUIRE(vx_fake_lock_by_another(fake, 4711) == VX_OK);
     REQUIRE(vx_take_lock(client, VX_CLIENT_DEADLINE, &lock) == VX_LOCKED && lock == NULL);
-    REQUIRE(vx_fake_unlock_by_another(fake) == VX_OK);
+    REQUIRE(vx_lock_state(client, VX_CLIENT_DEADLINE, &held) == VX_OK);
+    REQUIRE(held == VX_LOCK_HELD_BY_ANOTHER);
+    REQUIRE(vx_break_lock(client, VX_CLIENT_DEADLINE, &process) == VX_OK && process == 4711);
+    REQUIRE(vx_lock_state(client, VX_CLIENT_DEADLINE, &held) == VX_OK && held == VX_LOCK_FREE);
     REQUIRE(vx_take_lock(client, VX_CLIENT_DEADLINE, &lock) == VX_OK);
+    REQUIRE(vx_lock_state(client, VX_CLIENT_DEADLINE, &held) == VX_OK);
+    REQUIRE(held == VX_LOCK_HELD_BY_THIS_PROCESS);
     REQUIRE(vx_lock_is_held(lock, &held) == VX_OK && held == 1);
     REQUIRE(vx_lock_free(lock) == VX_OK);
     REQUIRE(vx_take_lock(client, VX_CLIENT_DEADLINE, &lock) == VX_OK);
     REQUIRE(vx_client_free(client) == VX_OK);
     REQUIRE(vx_lock_is_held(lock, &held) == VX_OK && held == 0);
     REQUIRE(vx_lock_free(lock) == VX_OK);
+    return vx_fake_free(fake) == VX_OK ? NULL : "the fake is not freed";
+}
+
+const char* what_is_said_is_in_the_hands_of_the_service(void) {
+    vx_fake* fake = NULL;
+    vx_client* client;
+    vx_utterance* held = NULL;
+    vx_outcome outcome;
+
+    REQUIRE(vx_fake_new(&fake) == VX_OK);
+    client = client_of(fake, VX_THREAD_OF_LIBRARY);
+    REQUIRE(vx_check_events(client, VX_CLIENT_DEADLINE) == VX_OK);
+    REQUIRE(vx_fake_hold(fake) == VX_OK);
+    REQUIRE(vx_say(client, "Held.", NULL, &held) == VX_OK);
+    REQUIRE(vx_wait_until_taken(client, VX_CLIENT_DEADLINE) == VX_OK);
+    REQUIRE(vx_utterance_outcome(held, &outcome) == VX_OK);
+    REQUIRE(outcome.kind == VX_OUTCOME_PENDING);
+    REQUIRE(vx_stop_process(client, 4711, VX_CLIENT_DEADLINE) == VX_OK);
+    REQUIRE(vx_fake_go_on(fake) == VX_OK);
+    REQUIRE(vx_utterance_wait(held, VX_FOREVER, &outcome) == VX_OK);
+    REQUIRE(outcome.kind == VX_OUTCOME_FINISHED);
+    REQUIRE(vx_utterance_free(held) == VX_OK);
+    REQUIRE(vx_client_free(client) == VX_OK);
     return vx_fake_free(fake) == VX_OK ? NULL : "the fake is not freed";
 }
 

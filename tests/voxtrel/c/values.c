@@ -54,6 +54,7 @@ const char* settings_keep_what_is_set(void) {
     REQUIRE(vx_settings_get_language(settings, &text) == VX_NOT_SET);
     REQUIRE(vx_settings_get_voice(settings, &whole) == VX_NOT_SET);
     REQUIRE(vx_settings_get_speed(settings, &whole) == VX_NOT_SET);
+    REQUIRE(vx_settings_get_rate(settings, &whole) == VX_NOT_SET);
     REQUIRE(vx_settings_get_pitch(settings, &number) == VX_NOT_SET);
     REQUIRE(vx_settings_get_volume(settings, &number) == VX_NOT_SET);
     REQUIRE(vx_settings_get_speech_volume(settings, &whole) == VX_NOT_SET);
@@ -64,6 +65,7 @@ const char* settings_keep_what_is_set(void) {
     REQUIRE(vx_settings_set_language(settings, "ko-KR") == VX_OK);
     REQUIRE(vx_settings_set_voice(settings, 2) == VX_OK);
     REQUIRE(vx_settings_set_speed(settings, 90) == VX_OK);
+    REQUIRE(vx_settings_set_rate(settings, 110) == VX_OK);
     REQUIRE(vx_settings_set_pitch(settings, 1.5F) == VX_OK);
     REQUIRE(vx_settings_set_volume(settings, 0.5F) == VX_OK);
     REQUIRE(vx_settings_set_speech_volume(settings, 60) == VX_OK);
@@ -72,6 +74,7 @@ const char* settings_keep_what_is_set(void) {
     REQUIRE(vx_settings_get_language(settings, &text) == VX_OK && strcmp(text, "ko-KR") == 0);
     REQUIRE(vx_settings_get_voice(settings, &whole) == VX_OK && whole == 2);
     REQUIRE(vx_settings_get_speed(settings, &whole) == VX_OK && whole == 90);
+    REQUIRE(vx_settings_get_rate(settings, &whole) == VX_OK && whole == 110);
     REQUIRE(vx_settings_get_pitch(settings, &number) == VX_OK && fabs(number - 1.5) < 0.001);
     REQUIRE(vx_settings_get_volume(settings, &number) == VX_OK && fabs(number - 0.5) < 0.001);
     REQUIRE(vx_settings_get_speech_volume(settings, &whole) == VX_OK && whole == 60);
@@ -115,6 +118,11 @@ static const char* wrong_times(vx_client* client, vx_utterance* utterance) {
     REQUIRE(vx_settings_new(&settings) == VX_OK);
     REFUSES(vx_wait_until_connected(client, VX_FOREVER));
     REFUSES(vx_stop_everybody(client, -3));
+    REFUSES(vx_stop_process(client, 1, -3));
+    REFUSES(vx_wait_until_taken(client, -3));
+    REFUSES(vx_check_events(client, -3));
+    REFUSES(vx_lock_state(client, -3, &on));
+    REFUSES(vx_break_lock(client, -3, NULL));
     REFUSES(vx_get_features(client, -3, &features));
     REFUSES(vx_get_settings(client, -3, &found));
     REFUSES(vx_change_settings(client, settings, -3));
