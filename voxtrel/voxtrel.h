@@ -192,6 +192,14 @@ vx_status vx_client_options_set_linger(vx_client_options* options, int milliseco
 vx_status vx_client_options_set_handler_thread(vx_client_options* options, int thread);
 
 /*
+ * From the first of these on, a service is talked to, and told what is to be said, only if it is
+ * this user's own, root's, or that of a user whose number was given. Without one: anybody's.
+ * Without effect on a device, whose service manager does not tell whose a service is. The options
+ * of the client that begins the connection of the process count.
+ */
+vx_status vx_client_options_trust_user(vx_client_options* options, unsigned int user);
+
+/*
  * Returns at once. The client finds the service by itself, and again after each death; what is said
  * meanwhile waits. Clients of one process share one connection, two threads, and the lock, and do
  * not know of each other otherwise.
@@ -212,6 +220,26 @@ vx_status vx_is_connected(vx_client* client, int* connected);
 
 /* VX_OK once there is a service, else why there is none. */
 vx_status vx_wait_until_connected(vx_client* client, int deadline_ms);
+
+/* How far a client gets on its way to the service. */
+enum {
+    VX_REACH_NO_MANAGER = 0,            /* there is no service manager */
+    VX_REACH_MANAGER_NOT_PERMITTED = 1, /* this user may not talk to it */
+    VX_REACH_MANAGER_SILENT = 2,        /* it does not answer */
+    VX_REACH_NO_SERVICE = 3,            /* no service is registered */
+    VX_REACH_NOT_TRUSTED = 4,           /* another user's: vx_client_options_trust_user */
+    VX_REACH_SERVICE_SILENT = 5,        /* it is registered and does not answer */
+    VX_REACH_LOADING = 6,               /* it answers and is loading its voices */
+    VX_REACH_NOT_ADMITTED = 7,          /* it does not let this user in, or has too many clients */
+    VX_REACH_CONNECTED = 8
+};
+
+/*
+ * How far the way to the service goes, as soon as it is known; while nobody answers it waits a
+ * moment, and no longer than the deadline. What is in the way, with path, process and what to do,
+ * vx_last_error tells then on this thread.
+ */
+vx_status vx_diagnose(vx_client* client, int deadline_ms, int* reach);
 
 /* What vx_say uses where its options are not set. */
 vx_status vx_set_defaults(vx_client* client, const vx_options* options);
@@ -390,6 +418,13 @@ vx_status vx_features_language_count(const vx_features* features, size_t* count)
 vx_status vx_features_language(const vx_features* features, size_t index, const char** tag);
 vx_status vx_features_voice_count(const vx_features* features, size_t* count);
 vx_status vx_features_voice(const vx_features* features, size_t index, vx_voice* voice);
+
+/* The service's, kept from applications on this device. */
+vx_status vx_features_filtered_language_count(const vx_features* features, size_t* count);
+vx_status vx_features_filtered_language(const vx_features* features, size_t index,
+                                        const char** tag);
+vx_status vx_features_filtered_voice_count(const vx_features* features, size_t* count);
+vx_status vx_features_filtered_voice(const vx_features* features, size_t index, vx_voice* voice);
 
 /* ---- What all clients share ------------------------------------------------------------------ */
 

@@ -28,6 +28,7 @@ from ._native import text_of as _text_of
 from ._native import vx as _vx
 from ._utterance import Utterance
 from ._values import (
+    Diagnosis,
     Event,
     EventKind,
     Features,
@@ -36,6 +37,7 @@ from ._values import (
     Outcome,
     OutcomeKind,
     Range,
+    Reach,
     Setting,
     Settings,
     SpeechOptions,
@@ -55,6 +57,7 @@ __all__ = [
     "BadParameter",
     "Client",
     "Closed",
+    "Diagnosis",
     "Error",
     "Event",
     "EventKind",
@@ -69,6 +72,7 @@ __all__ = [
     "OutcomeKind",
     "PermissionDenied",
     "Range",
+    "Reach",
     "Setting",
     "Settings",
     "SpeechOptions",

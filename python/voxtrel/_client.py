@@ -8,14 +8,24 @@ import time
 import weakref
 from ctypes import c_int, c_uint
 from types import TracebackType
-from typing import TYPE_CHECKING, Optional, Union
+from typing import TYPE_CHECKING, Iterable, Optional, Union
 
 from . import _convert as convert
 from ._errors import error_for
 from ._events import Events, Handler, Hub
 from ._native import THREAD_OF_APPLICATION, Handle, check, last_error, new_handle, use_runtime, vx
 from ._utterance import SLICE, Utterance, wait_in_slices
-from ._values import Features, LockState, OnLoss, Outcome, Settings, SpeechOptions, Switch
+from ._values import (
+    Diagnosis,
+    Features,
+    LockState,
+    OnLoss,
+    Outcome,
+    Reach,
+    Settings,
+    SpeechOptions,
+    Switch,
+)
 
 if TYPE_CHECKING:
     from .testing import FakeService
@@ -91,6 +101,8 @@ class Client:
     deadline: how long a call may wait for the service, where it is not told.
     linger: how long the end may wait until the service has what was said. Not waited for are the
         end of the speech, and a service that is not there.
+    trusted_users: unless None, or empty, only a service of this user's own, of root's, or of one of
+        these, by number, is talked to. Those of the client that begins the connection count.
     fake: stands in for the service in tests.
     """
 
@@ -100,6 +112,7 @@ class Client:
         *,
         deadline: float = 2.0,
         linger: float = 2.0,
+        trusted_users: Optional[Iterable[int]] = None,
         fake: Optional[FakeService] = None,
     ) -> None:
         if fake is None:
@@ -117,6 +130,9 @@ class Client:
             check(vx["vx_client_options_set_deadline"](options, deadline_ms))
             check(vx["vx_client_options_set_linger"](options, linger_ms))
             check(vx["vx_client_options_set_handler_thread"](options, THREAD_OF_APPLICATION))
+            for user in trusted_users or ():
+                number = convert.whole_number(user, 0, 2**32 - 1, "a user")
+                check(vx["vx_client_options_trust_user"](options, number))
             if fake is not None:
                 fake.stand_in(self, options)
             self._hub = Hub(new_handle(vx["vx_client_new"], name_in_c, options))
@@ -185,6 +201,14 @@ class Client:
                 return
             if left <= 0 or time.monotonic() - begin < part:
                 raise error_for(status, last_error())
+
+    def diagnose(self, deadline: Optional[float] = None) -> Diagnosis:
+        """How far the way to the service goes, as soon as that is known, and what is in the way."""
+        reach = c_int()
+        time_in_c = convert.deadline_to_c(deadline)
+        check(self._handle.call(vx["vx_diagnose"], time_in_c, ctypes.byref(reach)))
+        found = Reach(reach.value)
+        return Diagnosis(found, "" if found is Reach.CONNECTED else last_error())
 
     # ---- Speech
 

@@ -215,23 +215,35 @@ def _count(handle: int, name: str) -> int:
     return count.value
 
 
-def _voice(handle: int, index: int) -> Voice:
+def _voice(get: Function, handle: int, index: int) -> Voice:
     voice = RawVoice()
-    check(vx["vx_features_voice"](handle, index, ctypes.byref(voice)))
+    check(get(handle, index, ctypes.byref(voice)))
     return Voice(voice.name.decode(), voice.language.decode(), voice.number)
+
+
+def _languages(handle: int, kind: str) -> tuple[str, ...]:
+    count = _count(handle, f"vx_features_{kind}language_count")
+    get = vx[f"vx_features_{kind}language"]
+    return tuple(text_of(get, handle, i) for i in range(count))
+
+
+def _voices(handle: int, kind: str) -> tuple[Voice, ...]:
+    count = _count(handle, f"vx_features_{kind}voice_count")
+    get = vx[f"vx_features_{kind}voice"]
+    return tuple(_voice(get, handle, i) for i in range(count))
 
 
 def take_features(handle: int) -> Features:
     """Reads features and frees them."""
     try:
-        languages = range(_count(handle, "vx_features_language_count"))
-        voices = range(_count(handle, "vx_features_voice_count"))
         return Features(
             speed=_range(handle, "speed", c_uint),
             pitch=_range(handle, "pitch", c_float),
             volume=_range(handle, "volume", c_float),
-            languages=tuple(text_of(vx["vx_features_language"], handle, i) for i in languages),
-            voices=tuple(_voice(handle, i) for i in voices),
+            languages=_languages(handle, ""),
+            voices=_voices(handle, ""),
+            filtered_languages=_languages(handle, "filtered_"),
+            filtered_voices=_voices(handle, "filtered_"),
         )
     finally:
         vx["vx_features_free"](handle)

@@ -160,6 +160,34 @@ class Switch(enum.IntEnum):
     SPEECH_VOLUME = 6
 
 
+class Reach(enum.IntEnum):
+    """How far a client gets on its way to the service."""
+
+    NO_MANAGER = 0
+    MANAGER_NOT_PERMITTED = 1
+    """This user may not talk to the service manager."""
+    MANAGER_SILENT = 2
+    """It does not answer."""
+    NO_SERVICE = 3
+    NOT_TRUSTED = 4
+    """Another user's, and not asked for anything."""
+    SERVICE_SILENT = 5
+    LOADING = 6
+    """It answers and is loading its voices."""
+    NOT_ADMITTED = 7
+    """It does not let this user in, or has too many clients."""
+    CONNECTED = 8
+
+
+@dataclass(frozen=True)
+class Diagnosis:
+    """What a client sees on its way to the service."""
+
+    reach: Reach
+    message: str
+    """What is in the way, with path, process and what to do; empty when nothing is."""
+
+
 class LockState(enum.IntEnum):
     """Who has the service's lock."""
 
@@ -284,3 +312,6 @@ class Features:
     languages: tuple[str, ...]
     """As tags, "en-US"."""
     voices: tuple[Voice, ...]
+    filtered_languages: tuple[str, ...] = ()
+    """The service's, kept from applications on this device."""
+    filtered_voices: tuple[Voice, ...] = ()

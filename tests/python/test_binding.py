@@ -30,6 +30,7 @@ ENUMS = {
     "VX_CHANGED_": values.Setting,
     "VX_SWITCH_": values.Switch,
     "VX_LOCK_": values.LockState,
+    "VX_REACH_": values.Reach,
 }
 
 

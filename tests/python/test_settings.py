@@ -9,7 +9,7 @@ from pathlib import Path
 
 import pytest
 import voxtrel
-from conftest import LONG
+from conftest import LONG, eventually
 from voxtrel import Setting, Settings, SpeechOptions, Status, Switch
 from voxtrel.testing import FakeService
 
@@ -112,6 +112,23 @@ def test_another_process_with_the_lock_keeps_it(fake: FakeService, faked: voxtre
     fake.unlock_by_another()
     with faked.lock():
         assert fake.requests()[-1] == "lock"
+
+
+def test_what_is_in_the_way_is_told(fake: FakeService, faked: voxtrel.Client) -> None:
+    faked.wait_until_connected(LONG)
+    assert faked.diagnose() == voxtrel.Diagnosis(voxtrel.Reach.CONNECTED, "")
+    fake.die()
+    eventually(lambda: not faked.is_connected, "the end of the service is noticed")
+    seen = faked.diagnose()
+    assert seen.reach is voxtrel.Reach.NO_SERVICE
+    assert "no speech service is registered" in seen.message
+
+
+def test_trusted_users_are_numbers(fake: FakeService) -> None:
+    with voxtrel.Client("test", fake=fake, trusted_users=[0, 4711]) as client:
+        client.wait_until_connected(LONG)
+    with pytest.raises(TypeError):
+        voxtrel.Client("test", fake=fake, trusted_users=["anna"])  # type: ignore[list-item]
 
 
 def test_a_lock_is_seen_and_broken(fake: FakeService, faked: voxtrel.Client) -> None:

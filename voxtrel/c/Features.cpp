@@ -31,6 +31,31 @@ vx_status giveCount(const vx_features* features, std::vector<Item> Features::*it
     return VX_OK;
 }
 
+vx_status giveLanguage(const vx_features* features, std::vector<std::string> Features::*languages,
+                       size_t index, const char** tag) noexcept {
+    if (!areGiven(features, tag)) {
+        return VX_BAD_PARAMETER;
+    }
+    if (index >= (features->*languages).size()) {
+        return badParameter("there are not so many languages");
+    }
+    *tag = (features->*languages)[index].c_str();
+    return VX_OK;
+}
+
+vx_status giveVoice(const vx_features* features, std::vector<voxtrel::Voice> Features::*voices,
+                    size_t index, vx_voice* voice) noexcept {
+    if (!areGiven(features, voice)) {
+        return VX_BAD_PARAMETER;
+    }
+    if (index >= (features->*voices).size()) {
+        return badParameter("there are not so many voices");
+    }
+    const voxtrel::Voice& found = (features->*voices)[index];
+    *voice = {found.name.c_str(), found.language.c_str(), found.number, {}};
+    return VX_OK;
+}
+
 }  // namespace
 
 vx_status vx_get_features(vx_client* client, int deadline_ms, vx_features** features) {
@@ -66,14 +91,7 @@ vx_status vx_features_language_count(const vx_features* features, size_t* count)
 }
 
 vx_status vx_features_language(const vx_features* features, size_t index, const char** tag) {
-    if (!areGiven(features, tag)) {
-        return VX_BAD_PARAMETER;
-    }
-    if (index >= features->languages.size()) {
-        return badParameter("there are not so many languages");
-    }
-    *tag = features->languages[index].c_str();
-    return VX_OK;
+    return giveLanguage(features, &Features::languages, index, tag);
 }
 
 vx_status vx_features_voice_count(const vx_features* features, size_t* count) {
@@ -81,13 +99,22 @@ vx_status vx_features_voice_count(const vx_features* features, size_t* count) {
 }
 
 vx_status vx_features_voice(const vx_features* features, size_t index, vx_voice* voice) {
-    if (!areGiven(features, voice)) {
-        return VX_BAD_PARAMETER;
-    }
-    if (index >= features->voices.size()) {
-        return badParameter("there are not so many voices");
-    }
-    const voxtrel::Voice& found = features->voices[index];
-    *voice = {found.name.c_str(), found.language.c_str(), found.number, {}};
-    return VX_OK;
+    return giveVoice(features, &Features::voices, index, voice);
+}
+
+vx_status vx_features_filtered_language_count(const vx_features* features, size_t* count) {
+    return giveCount(features, &Features::filteredLanguages, count);
+}
+
+vx_status vx_features_filtered_language(const vx_features* features, size_t index,
+                                        const char** tag) {
+    return giveLanguage(features, &Features::filteredLanguages, index, tag);
+}
+
+vx_status vx_features_filtered_voice_count(const vx_features* features, size_t* count) {
+    return giveCount(features, &Features::filteredVoices, count);
+}
+
+vx_status vx_features_filtered_voice(const vx_features* features, size_t index, vx_voice* voice) {
+    return giveVoice(features, &Features::filteredVoices, index, voice);
 }

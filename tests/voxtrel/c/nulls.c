@@ -72,6 +72,8 @@ static const char* refused_of_clients(void) {
     REFUSES(vx_client_new("app", NULL, NULL));
     REFUSES(vx_client_free(NULL));
     REFUSES(vx_is_connected(NULL, &any));
+    REFUSES(vx_diagnose(NULL, 0, &any));
+    REFUSES(vx_client_options_trust_user(NULL, 1));
     REFUSES(vx_wait_until_connected(NULL, 0));
     REFUSES(vx_set_defaults(NULL, options));
     REFUSES(vx_get_defaults(NULL, &options));
@@ -120,6 +122,10 @@ static const char* refused_of_the_service(void) {
     REFUSES(vx_features_language(NULL, 0, &text));
     REFUSES(vx_features_voice_count(NULL, &count));
     REFUSES(vx_features_voice(NULL, 0, &voice));
+    REFUSES(vx_features_filtered_language_count(NULL, &count));
+    REFUSES(vx_features_filtered_language(NULL, 0, &text));
+    REFUSES(vx_features_filtered_voice_count(NULL, &count));
+    REFUSES(vx_features_filtered_voice(NULL, 0, &voice));
     REFUSES(vx_get_settings(NULL, 0, &settings));
     REFUSES(vx_change_settings(NULL, settings, 0));
     REFUSES(vx_reset_settings(NULL, 0));

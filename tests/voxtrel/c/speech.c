@@ -130,6 +130,10 @@ const char* service_is_asked_what_it_can_do(void) {
     REQUIRE(vx_features_voice(features, 9, &voice) == VX_OK);
     REQUIRE(strlen(voice.name) > 0 && strlen(voice.language) == 5 && voice.number == 2);
     REQUIRE(vx_features_voice(features, 10, &voice) == VX_BAD_PARAMETER);
+    REQUIRE(vx_features_filtered_language_count(features, &count) == VX_OK && count == 0);
+    REQUIRE(vx_features_filtered_language(features, 0, &tag) == VX_BAD_PARAMETER);
+    REQUIRE(vx_features_filtered_voice_count(features, &count) == VX_OK && count == 0);
+    REQUIRE(vx_features_filtered_voice(features, 0, &voice) == VX_BAD_PARAMETER);
     REQUIRE(vx_features_free(features) == VX_OK);
     REQUIRE(vx_client_free(client) == VX_OK);
     return vx_fake_free(fake) == VX_OK ? NULL : "the fake is not freed";
@@ -195,10 +199,13 @@ const char* what_is_said_is_in_the_hands_of_the_service(void) {
     vx_client* client;
     vx_utterance* held = NULL;
     vx_outcome outcome;
+    int reach = -1;
 
     REQUIRE(vx_fake_new(&fake) == VX_OK);
     client = client_of(fake, VX_THREAD_OF_LIBRARY);
     REQUIRE(vx_check_events(client, VX_CLIENT_DEADLINE) == VX_OK);
+    REQUIRE(vx_diagnose(client, VX_CLIENT_DEADLINE, &reach) == VX_OK);
+    REQUIRE(reach == VX_REACH_CONNECTED);
     REQUIRE(vx_fake_hold(fake) == VX_OK);
     REQUIRE(vx_say(client, "Held.", NULL, &held) == VX_OK);
     REQUIRE(vx_wait_until_taken(client, VX_CLIENT_DEADLINE) == VX_OK);

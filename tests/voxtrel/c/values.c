@@ -121,6 +121,7 @@ static const char* wrong_times(vx_client* client, vx_utterance* utterance) {
     REFUSES(vx_stop_process(client, 1, -3));
     REFUSES(vx_wait_until_taken(client, -3));
     REFUSES(vx_check_events(client, -3));
+    REFUSES(vx_diagnose(client, -3, &on));
     REFUSES(vx_lock_state(client, -3, &on));
     REFUSES(vx_break_lock(client, -3, NULL));
     REFUSES(vx_get_features(client, -3, &features));
