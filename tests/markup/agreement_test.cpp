@@ -18,7 +18,7 @@ TEST(MarkupWithoutAMistake, IsReadAsItIsWritten) {
         "<speak></speak>",
         "<speak/>",
         "<speak>Hello.</speak>\n<!-- end --> ",
-        "<speak version=\"1.1\" xmlns='http://www.w3.org'\n xml:lang = 'fr'>a</speak >",
+        "<speak version=\"1.1\" xmlns='http://www.w3.org/'\n xml:lang=\"fr\">a</speak >",
         "<speak>a<break time='1s' strength = \"weak\"/>b<mark name='m'></mark></speak>",
         "<speak><p><s>a</s></p><prosody rate='slow'><emphasis>b</emphasis></prosody></speak>",
         "<speak><sub alias='b &amp; c > \"d\" /'>a</sub><x:any y='/'><speak/></x:any ></speak\n>",
