@@ -144,11 +144,11 @@ void Soak::disturb(bool mayKillServers) {
     }
 }
 
-void Soak::disturbClient(Member& client, bool maySurviveOnly) {
+void Soak::disturbClient(Member& client, bool isSteady) {
     if (!client.isAlive() || client.isStopped()) {
         return;
     }
-    const unsigned choice = maySurviveOnly ? 2 : upTo(4);
+    const unsigned choice = isSteady ? 2 : upTo(4);
     if (choice < 2) {
         client.kill();
         startAfterAWhile(client);

@@ -44,7 +44,7 @@ private:
     void start();
     void disturbUntil(Clock::time_point end, bool mayKillServers);
     void disturb(bool mayKillServers);
-    void disturbClient(Member& client, bool maySurviveOnly);
+    void disturbClient(Member& client, bool isSteady);
     void disturbServer(Member& server, bool mayKill);
     void stopForAWhile(Member& member);
     void startAfterAWhile(Member& member);
