@@ -153,6 +153,7 @@ void Session::enter(Stage stage) {
 
 void Session::publish(const android::sp<Service>& service, const Offer& offer) {
     mService = service;
+    mHasSearched = true;
     mCapabilities = std::make_shared<const TTS::Capabilities>(offer.left);
     mFeatures = toFeatures(offer.left, offer.all);
     Event event;
