@@ -38,6 +38,9 @@ public:
     /// A request with an answer; its status goes to the caller.
     using Work = std::function<int(Service&)>;
 
+    /// Numbers of fences lie above those of utterances.
+    static constexpr std::uint32_t kFirstFence = 0x80000000;
+
     using NewSession = std::function<std::shared_ptr<Session>()>;
 
     /// The session of this process, begun if there is none, which `client` has joined.

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+// Requests of a session whose effect only an event about a later request proves.
+#include "vocabulary/Events.h"
+#include "vocabulary/Status.h"
+#include "voxtrel/session/Session.h"
+#include "voxtrel/session/Wire.h"
+
+namespace voxtrel {
+
+Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
+                                    Clock::time_point deadline) {
+    std::uint32_t fence = 0;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        fence = newFence();
+        mFences[fence] = Answer::None;
+    }
+    const auto silence = [this, by, fence](Service& service) {
+        {
+            const std::lock_guard<std::mutex> lock(mMutex);
+            mSpeech.blame(*by);
+        }
+        (void)service.stopAndFlush(mPid, wire::kFlushEverything);
+        (void)service.silence(mPid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        return 0;  // what comes of them, events tell
+    };
+    Result<void> sent;
+    try {
+        sent = perform(silence, deadline);
+    } catch (...) {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mFences.erase(fence);
+        mToSend.notify_one();
+        throw;
+    }
+    std::unique_lock<std::mutex> lock(mMutex);
+    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
+    if (found == Answer::Yes) {
+        mSpeech.dropWaiting(*by);
+    } else if (found != Answer::None) {
+        mSpeech.blameNobody();
+    }
+    if (!sent) {
+        return sent;
+    }
+    if (found != Answer::Yes) {
+        return errorOf(found, "stop what others say");
+    }
+    return {};
+}
+
+Result<void> Session::stopProcess(std::uint32_t process, Clock::time_point deadline) {
+    std::uint32_t fence = 0;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        fence = newFence();
+        mFences[fence] = Answer::None;
+    }
+    const Result<void> sent = perform(
+        [pid = mPid, process, fence](Service& service) {
+            (void)service.stopAndFlush(process, wire::kFlushOwn);
+            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+            return 0;
+        },
+        deadline);
+    std::unique_lock<std::mutex> lock(mMutex);
+    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
+    if (!sent || found == Answer::Yes) {
+        return sent;
+    }
+    return errorOf(found, "stop what that process said, or it has said nothing");
+}
+
+/// Takes the fence away, so that speech is sent again.
+Session::Answer Session::awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,
+                                    Clock::time_point deadline) {
+    const Answer& answer = mFences[fence];
+    mChanged.wait_until(lock, deadline, [&] { return answer != Answer::None || mIsEnding; });
+    const Answer found = answer;
+    mFences.erase(fence);
+    mToSend.notify_one();
+    return found;
+}
+
+Result<void> Session::waitUntilTaken(const Mailbox& client, Clock::time_point deadline) {
+    std::uint32_t fence = 0;
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        const auto isSent = [&] { return !mSpeech.isWaiting(client) && !mIsInside; };
+        if (!mChanged.wait_until(lock, deadline, isSent)) {
+            return mService == nullptr ? unavailable(lock) : errorOf(Answer::None);
+        }
+        if (!mSpeech.isOpen(client)) {
+            return {};  // whose outcome is known has been served
+        }
+        fence = newFence();
+        mFences[fence] = Answer::None;
+    }
+    const Result<void> sent = perform(
+        [pid = mPid, fence](Service& service) {
+            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+            return 0;
+        },
+        deadline);
+    std::unique_lock<std::mutex> lock(mMutex);
+    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
+    if (!sent || found == Answer::Yes || found == Answer::Locked) {
+        return sent;  // a lock refuses the fence as it refuses the speech, which has been told
+    }
+    return errorOf(found);
+}
+
+Result<void> Session::checkEvents(Clock::time_point deadline) {
+    std::unique_lock<std::mutex> lock(mMutex);
+    if (!mChanged.wait_until(lock, deadline, [this] { return mService != nullptr; })) {
+        return unavailable(lock);
+    }
+    if (mEventFence == 0) {
+        mEventFence = newFence();
+        post([pid = mPid, fence = mEventFence](Service& service) {
+            return service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        });
+    }
+    const auto isKnown = [this] { return mIsEventTold || mService == nullptr; };
+    if (!mChanged.wait_until(lock, deadline, isKnown)) {
+        return errorOf(Answer::None);
+    }
+    if (mService == nullptr) {
+        return errorOf(Answer::Gone);
+    }
+    mEventFence = 0;
+    mIsEventTold = false;
+    return {};
+}
+
+std::uint32_t Session::newFence() {
+    mFence = (mFence + 1) % kFirstFence;
+    mOpenFence = kFirstFence + mFence;
+    mFenceSent = Clock::now();
+    return mOpenFence;
+}
+
+/// @param refused what this user may not do.
+Error Session::errorOf(Answer answer, const char* refused) {
+    if (answer == Answer::Refused && refused != nullptr) {
+        return {Status::PermissionDenied,
+                std::string("this user may not ") + refused + ": ask whoever runs the service"};
+    }
+    const auto status = [answer] {
+        switch (answer) {
+            case Answer::Refused:
+                return Status::PermissionDenied;
+            case Answer::Locked:
+                return Status::Locked;
+            case Answer::Gone:
+                return Status::NoService;
+            case Answer::Lost:
+                return Status::Lost;
+            default:
+                return Status::TimedOut;
+        }
+    }();
+    return {status, describe(status)};
+}
+
+void Session::onFence(std::uint32_t number, unsigned event, unsigned third) {
+    // A refusal of the lock's is that of the request before; any other word proves it was served.
+    const bool isLocked =
+        event == TTS::EVENT_STOPPED && static_cast<std::int32_t>(third) == TTS::STATUS_LOCKED;
+    if (number == mLockFence && mLockAnswer == Answer::None) {
+        // Without a holder the request was lost, or what the service told of it.
+        mLockAnswer = isLocked              ? Answer::Locked
+                      : mLockHolder == mPid ? Answer::Yes
+                      : mLockHolder != 0    ? Answer::Locked
+                                            : Answer::Lost;
+        mChanged.notify_all();
+    }
+    const auto fence = mFences.find(number);
+    if (fence != mFences.end() && fence->second == Answer::None) {
+        fence->second = isLocked ? Answer::Locked : Answer::Yes;
+        mChanged.notify_all();
+    }
+    if (event == TTS::EVENT_STARTED) {
+        recallFence();
+    }
+}
+
+/// The service takes the pause, which must not last.
+void Session::recallFence() {
+    mTakesAnyPause = true;
+    postFlush();
+}
+
+void Session::answerFences(Answer answer) {
+    for (auto& [number, fence] : mFences) {
+        fence = fence == Answer::None ? answer : fence;
+    }
+}
+
+}  // namespace voxtrel
