@@ -10,9 +10,6 @@ namespace {
 /// The last events of a service that has died come on other threads than the news of its end.
 constexpr std::chrono::milliseconds kLastEvents(250);
 
-/// When the next service has been found, whatever the last one sent has long come.
-constexpr std::chrono::milliseconds kLastEventsBesideNext(20);
-
 /// The clock of the system's waits has an end.
 constexpr std::chrono::hours kLongest(1);
 
@@ -108,7 +105,7 @@ bool Session::holdsSpeech() const {
 }
 
 Session::Clock::time_point Session::endOfLife() const {
-    return *mGone + (mService != nullptr ? kLastEventsBesideNext : kLastEvents);
+    return mSpeech.isAnythingOnItsWay() ? *mGone + kLastEvents : *mGone;
 }
 
 Session::Clock::time_point Session::nextMoment() const {
