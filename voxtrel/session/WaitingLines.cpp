@@ -15,13 +15,24 @@ auto find(Lines& lines, const Mailbox* client) {
 }  // namespace
 
 void WaitingLines::add(Item speech) {
-    const Mailbox* const client = speech->client.get();
-    lineOf(client).places.push_back({++mLast, std::move(speech)});
+    put({++mLast, std::move(speech)}, false);
 }
 
 void WaitingLines::addFirst(Item speech) {
-    const Mailbox* const client = speech->client.get();
-    lineOf(client).places.push_front({--mFirst, std::move(speech)});
+    put({--mFirst, std::move(speech)}, true);
+}
+
+/// Where memory runs out, no line is left empty.
+void WaitingLines::put(Place place, bool isFirst) {
+    const Mailbox* const client = place.speech->client.get();
+    const auto line = find(mLines, client);
+    if (line == mLines.end()) {
+        mLines.push_back({client, {std::move(place)}});
+    } else if (isFirst) {
+        line->places.push_front(std::move(place));
+    } else {
+        line->places.push_back(std::move(place));
+    }
 }
 
 WaitingLines::Item WaitingLines::firstOfAnother(const Mailbox* client) const {
@@ -77,11 +88,6 @@ std::vector<WaitingLines::Item> WaitingLines::takeAll() {
 
 bool WaitingLines::has(const Mailbox& client) const {
     return find(mLines, &client) != mLines.end();
-}
-
-WaitingLines::Line& WaitingLines::lineOf(const Mailbox* client) {
-    const auto line = find(mLines, client);
-    return line == mLines.end() ? mLines.emplace_back(Line{client}) : *line;
 }
 
 }  // namespace voxtrel

@@ -47,7 +47,7 @@ private:
         std::deque<Place> places = {};
     };
 
-    Line& lineOf(const Mailbox* client);
+    void put(Place place, bool isFirst);
 
     std::vector<Line> mLines;  ///< none is empty
     std::int64_t mFirst = 0;   ///< order of whatever was put before everything
