@@ -11,25 +11,22 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
+#include <string_view>
 
 namespace voxtreld {
 namespace {
 
 constexpr std::chrono::seconds kPatience(30);
 
-[[noreturn]] void become(const std::vector<std::string>& command, int input, int output) {
+/// Allocates nothing: a thread of the parent's may have held the allocator when it forked.
+[[noreturn]] void become(char* const* arguments, int input, int output) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that crashes leaves nothing running
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
-    arguments.push_back(nullptr);
-    execv(arguments[0], arguments.data());
-    std::perror(arguments[0]);
+    execv(arguments[0], arguments);
+    const std::string_view failed = "the program cannot be run\n";
+    (void)!write(STDERR_FILENO, failed.data(), failed.size());
     _exit(127);
 }
 
@@ -42,9 +39,14 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) {
         ADD_FAILURE() << "no pipes for " << command[0];
         return;
     }
+    std::vector<char*> arguments;
+    for (const std::string& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
     mPid = fork();
     if (mPid == 0) {
-        become(command, input[0], output[1]);
+        become(arguments.data(), input[0], output[1]);
     }
     close(input[0]);
     close(output[1]);

@@ -41,16 +41,12 @@ int inputWith(const std::string& input) {
     return descriptor;
 }
 
-[[noreturn]] void become(const Process::Words& words, int in, int out, int err) {
-    std::vector<char*> arguments;
-    for (const std::string& word : words) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    }
-    arguments.push_back(nullptr);
+/// Allocates nothing: a thread of the parent's may have held the allocator when it forked.
+[[noreturn]] void become(char* const* arguments, int in, int out, int err) {
     dup2(in, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
-    execvp(arguments[0], arguments.data());
+    execvp(arguments[0], arguments);
     _exit(127);
 }
 
@@ -60,12 +56,17 @@ Process::Process(const Words& words, const std::string& input) {
     const int in = inputWith(input);
     const Pipe out;
     const Pipe err;
+    std::vector<char*> arguments;
+    for (const std::string& word : words) {
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    }
+    arguments.push_back(nullptr);
     mPid = fork();
     if (mPid < 0) {
         throw std::runtime_error("fork");
     }
     if (mPid == 0) {
-        become(words, in, out.ends[1], err.ends[1]);
+        become(arguments.data(), in, out.ends[1], err.ends[1]);
     }
     close(in);
     close(out.ends[1]);
