@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A log that is longer is put aside before the next start; the one before it is dropped.
-constexpr uintmax_t kLongestLog = 256U * 1024U;
+constexpr uintmax_t kLongestLog = uintmax_t(256) * 1024;
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read only
@@ -47,7 +47,7 @@ fs::path stateFolder() {
 
 /// The folder of the log, for this user alone.
 fs::path logFolder() {
-    const fs::path folder = stateFolder() / "voxtrel";
+    fs::path folder = stateFolder() / "voxtrel";
     std::error_code error;
     const bool made = fs::create_directories(folder, error);
     if (error) {
@@ -63,7 +63,7 @@ fs::path logFolder() {
 }
 
 std::string prepareLog(const std::string& name) {
-    const std::string path = logFolder() / (name + ".log");
+    std::string path = logFolder() / (name + ".log");
     std::error_code none;
     if (fs::file_size(path, none) > kLongestLog && !none) {
         fs::rename(path, path + ".old", none);
@@ -130,7 +130,7 @@ std::string findProgram(const std::string& name) {
     std::string folders = beside.string() + ":" + environment("PATH") + ":";
     for (size_t begin = 0, end = 0; (end = folders.find(':', begin)) != std::string::npos;
          begin = end + 1) {
-        const std::string path = folders.substr(begin, end - begin) + "/" + name;
+        std::string path = folders.substr(begin, end - begin) + "/" + name;
         if (end > begin && isProgram(path)) {
             return path;
         }

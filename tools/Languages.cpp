@@ -34,6 +34,7 @@ std::string replaced(std::string text, char from, char to) {
 
 std::vector<std::string> languageCodes() {
     std::vector<std::string> codes;
+    codes.reserve(LANG_NA);
     for (int id = 0; id < LANG_NA; ++id) {
         codes.push_back(TTS::langId2Str(static_cast<EN_VOXTREL_LANGUAGE>(id)));
     }

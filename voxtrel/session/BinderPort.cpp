@@ -93,7 +93,7 @@ Diagnosis BinderPort::look() const {
         // Another connection would only fill the queue of those that wait for it.
         return {Reach::Connected, "socket", android::serviceManagerSocket(), 0, mManager};
     }
-    const Diagnosis seen = lookAtSocket(android::serviceManagerSocket());
+    Diagnosis seen = lookAtSocket(android::serviceManagerSocket());
     mManager = seen.manager;
     return seen;
 #else

@@ -56,7 +56,7 @@ Result<void> Session::stopProcess(std::uint32_t process, Clock::time_point deadl
         fence = newFence();
         mFences[fence] = Answer::None;
     }
-    const Result<void> sent = perform(
+    Result<void> sent = perform(
         [pid = mPid, process, fence](Service& service) {
             (void)service.stopAndFlush(process, wire::kFlushOwn);
             (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
@@ -96,7 +96,7 @@ Result<void> Session::waitUntilTaken(const Mailbox& client, Clock::time_point de
         fence = newFence();
         mFences[fence] = Answer::None;
     }
-    const Result<void> sent = perform(
+    Result<void> sent = perform(
         [pid = mPid, fence](Service& service) {
             (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
             return 0;

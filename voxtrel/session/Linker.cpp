@@ -194,12 +194,12 @@ void Session::onDeath(std::uint64_t life) {
 }
 
 Diagnosis Session::diagnose(Clock::time_point deadline) {
-    if (const Diagnosis seen = mPort->look(); seen.reach != Reach::Connected && !isConnected()) {
+    if (Diagnosis seen = mPort->look(); seen.reach != Reach::Connected && !isConnected()) {
         return seen;
     }
     std::unique_lock<std::mutex> lock(mMutex);
     if (!waitUntilKnown(lock, std::min(deadline, mStageBegun + kPrompt))) {
-        const Diagnosis seen = diagnose(lock);
+        Diagnosis seen = diagnose(lock);
         if (seen.manager.isStopped || seen.service.isStopped) {
             return seen;
         }

@@ -27,7 +27,7 @@ std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
 }
 
 std::shared_ptr<Speech> SpeechQueue::choose() const {
-    const std::shared_ptr<Speech> speech = mBegun != nullptr ? mBegun : nextTurn();
+    std::shared_ptr<Speech> speech = mBegun != nullptr ? mBegun : nextTurn();
     if (speech == nullptr || mWay.empty()) {
         return speech;
     }
@@ -391,7 +391,8 @@ void SpeechQueue::dropWaiting(const Mailbox& by) {
 
 void SpeechQueue::close(const Mailbox& client) {
     const bool owed = mOwesFlush;
-    const auto closeOwn = [&](const std::shared_ptr<Speech> speech) {
+    const auto closeOwn = [&](const std::shared_ptr<Speech>& place) {
+        const std::shared_ptr<Speech> speech = place;  // the place is emptied meanwhile
         if (speech != nullptr && speech->client.get() == &client) {
             end(speech, {Kind::Lost, Status::Closed, speech->heard});
         }

@@ -25,7 +25,7 @@ constexpr std::string_view kMarkup = "<speak";
 struct Form {
     unsigned char low;
     unsigned char high;
-    std::size_t more;
+    unsigned char more;
     unsigned char secondLow;
     unsigned char secondHigh;
 };

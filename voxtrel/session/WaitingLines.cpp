@@ -80,6 +80,7 @@ std::vector<WaitingLines::Item> WaitingLines::takeAll() {
     std::sort(places.begin(), places.end(),
               [](const Place& a, const Place& b) { return a.order < b.order; });
     std::vector<Item> taken;
+    taken.reserve(places.size());
     for (Place& place : places) {
         taken.push_back(std::move(place.speech));
     }
