@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     vx_options_new(&options);
     vx_options_set_on_loss(options, VX_SAY_AGAIN_WHATEVER);
     vx_say(client, argc > 1 ? argv[1] : "Hello, world.", options, &said);
-    if (vx_utterance_wait(said, VX_FOREVER, &outcome) == VX_OK)
-        puts(outcome.message);
-    return outcome.kind == VX_OUTCOME_FINISHED ? vx_client_free(client) : 1;
+    puts(vx_utterance_wait(said, VX_FOREVER, &outcome) == VX_OK ? outcome.message : "failed");
+    return vx_options_free(options) || vx_utterance_free(said) || vx_client_free(client) ||
+           outcome.kind != VX_OUTCOME_FINISHED;
 }
