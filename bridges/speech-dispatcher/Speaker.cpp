@@ -15,8 +15,8 @@ constexpr std::chrono::milliseconds kToStop(500);
 /// How long a pause waits for a mark: who asks for silence must soon have it.
 constexpr std::chrono::milliseconds kToMark(1000);
 
-/// How often a message may be said, if nothing of it has been heard.
-constexpr unsigned kMostTries = 3;
+/// How often a message may be lost, if nothing of it has been heard.
+constexpr unsigned kMostLosses = 3;
 
 /// The library's limit.
 constexpr std::size_t kMostMarkedUp = 262144;
@@ -28,7 +28,7 @@ void Speaker::start(Message message, std::chrono::milliseconds patience, Clock::
     mPatience = patience;
     mMarks.clear();
     mLastMark = 0;
-    mTries = 0;
+    mLosses = 0;
     mHasAsked = false;
     mHasBegun = false;
     mTrouble.clear();
@@ -59,22 +59,24 @@ void Speaker::tryToSay(Clock::time_point now) {
     }
 }
 
+/// With its markup only where that is understood, and is not too long.
+std::string Speaker::textToSay() const {
+    const auto spelledIfWanted = [this](const std::string& text) {
+        return mMessage.isSpelled ? spelled(text) : text;
+    };
+    if (isMarkedUp(mMessage.text) && mProbe.isUnderstood()) {
+        std::string text = spelledIfWanted(mMessage.text);
+        if (text.size() <= kMostMarkedUp) {
+            return text;
+        }
+    }
+    return spelledIfWanted(isMarkedUp(mMessage.text) ? withoutMarkup(mMessage.text)
+                                                     : mMessage.text);
+}
+
 void Speaker::say(Clock::time_point now) {
-    const bool isMarked = isMarkedUp(mMessage.text) && mProbe.isUnderstood();
-    std::string text = mMessage.text;
-    if (isMarked && mMessage.isSpelled) {
-        text = spelled(text);
-    }
-    mMarks.clear();
-    if (isMarked && text.size() <= kMostMarkedUp) {
-        mMarks = markNames(text);
-    } else if (isMarkedUp(mMessage.text)) {
-        text = withoutMarkup(mMessage.text);
-    }
-    if (!isMarked && mMessage.isSpelled) {
-        text = spelled(text);
-    }
-    ++mTries;
+    const std::string text = textToSay();
+    mMarks = isMarkedUp(text) ? markNames(text) : std::vector<std::string>();
     mLastMark = 0;
     mNumber = mService.say(text, mMessage.style);
     mState = State::Said;
@@ -134,7 +136,7 @@ void Speaker::take(const ServiceEvent& event, Clock::time_point now) {
         case ServiceEvent::Kind::Stopped:
         case ServiceEvent::Kind::Refused:
             mTrouble = mState == State::Ending ? "" : event.why;
-            finish(mState == State::Ending ? mEnd : End::Stop);
+            finish(wantedEnd());
             break;
         case ServiceEvent::Kind::Unable:
         case ServiceEvent::Kind::Lost:
@@ -161,14 +163,20 @@ void Speaker::takeMark(unsigned long number, Clock::time_point now) {
 void Speaker::takeLost(const ServiceEvent& event, Clock::time_point now) {
     mTrouble = event.why;
     const bool isUnable = event.kind == ServiceEvent::Kind::Unable;
+    const bool isWanted = mState == State::Said;
     const bool mayBeSaid =
-        isUnable ? mMessage.style.relax() : !event.wasHeard && mTries < kMostTries;
-    if (mState == State::Ending || !mayBeSaid) {
-        finish(mState == State::Ending ? mEnd : End::Stop);
-        return;
+        isUnable ? mMessage.style.relax() : !event.wasHeard && ++mLosses < kMostLosses;
+    if (isWanted && mayBeSaid) {
+        mNumber = 0;
+        hold(now);
+    } else {
+        finish(wantedEnd());
     }
-    mNumber = 0;
-    hold(now);
+}
+
+/// What the server is told of a message that does not come to its end.
+Speaker::End Speaker::wantedEnd() const {
+    return mState == State::Ending ? mEnd : mState == State::Pausing ? End::Pause : End::Stop;
 }
 
 std::optional<Speaker::Clock::time_point> Speaker::nextMoment() const {

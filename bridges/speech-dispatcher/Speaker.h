@@ -61,11 +61,13 @@ private:
 
     void hold(Clock::time_point now);
     void tryToSay(Clock::time_point now);
+    std::string textToSay() const;
     void say(Clock::time_point now);
     void take(const ServiceEvent& event, Clock::time_point now);
     void takeMark(unsigned long number, Clock::time_point now);
     void takeLost(const ServiceEvent& event, Clock::time_point now);
     void doubt(Clock::time_point now);
+    End wantedEnd() const;
     void endWith(End end, Clock::time_point now);
     void begin();
     void finish(End end);
@@ -81,7 +83,7 @@ private:
     std::vector<std::string> mMarks;  ///< of what was said; empty if it went without markup
     unsigned long mLastMark = 0;
     unsigned long mNumber = 0;  ///< of what was said
-    unsigned mTries = 0;
+    unsigned mLosses = 0;
     bool mHasAsked = false;  ///< the probe, for this message
     bool mHasBegun = false;
     End mEnd = End::Stop;  ///< of `Ending`

@@ -224,6 +224,32 @@ TEST_F(ASpeaker, StopsWhatWasToPause) {
     EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
 }
 
+TEST_F(ASpeaker, SaysNothingAgainThatWasToPause) {
+    start(kMarked);
+    tell(Kind::Started);
+    speaker.pause(now);
+    tell(Kind::Lost);
+    EXPECT_EQ(1U, service.said.size());
+    EXPECT_EQ("701 BEGIN\n704 PAUSE\n", events());
+}
+
+TEST_F(ASpeaker, SaysNothingAgainThatWasToStop) {
+    start(kMarked);
+    tell(Kind::Started);
+    speaker.stop(now);
+    tell(Kind::Lost);
+    EXPECT_EQ(1U, service.said.size());
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+}
+
+TEST_F(ASpeaker, PausesWhatOthersStop) {
+    start(kMarked);
+    tell(Kind::Started);
+    speaker.pause(now);
+    tell(Kind::Stopped);
+    EXPECT_EQ("701 BEGIN\n704 PAUSE\n", events()) << "what is left can be resumed";
+}
+
 TEST_F(ASpeaker, EndsWhatIsRefused) {
     start("a");
     tell(Kind::Refused);
@@ -244,6 +270,21 @@ TEST_F(ASpeaker, SaysInTheServicesOwnWayWhatItCannotSayOtherwise) {
     EXPECT_EQ("de", service.styles[1].language);
     EXPECT_FALSE(service.styles[1].voice);
     EXPECT_FALSE(service.styles[2].language);
+}
+
+TEST_F(ASpeaker, SaysAgainWhatWasLostHoweverOftenItsWayWasChanged) {
+    Style style;
+    style.language = "de";
+    style.voice = "3";
+    style.rate = 1;
+    start("a", style);
+    tell(Kind::Unable);
+    tell(Kind::Unable);
+    tell(Kind::Unable);
+    tell(Kind::Lost);
+    tell(Kind::Finished);
+    EXPECT_EQ(5U, service.said.size());
+    EXPECT_EQ("701 BEGIN\n702 END\n", events());
 }
 
 TEST_F(ASpeaker, EndsWhatCannotBeSaidInAnyWay) {
@@ -339,6 +380,12 @@ TEST_F(ASpeaker, StopsAMessageThatWaits) {
 TEST_F(ASpeaker, SpellsWithMarkup) {
     speaker.start({"<speak>ab</speak>", {}, true}, kPatience, now);
     EXPECT_EQ("<speak><say-as interpret-as=\"characters\">ab</say-as></speak>", service.said[0]);
+}
+
+TEST_F(ASpeaker, SpellsAlsoWhereTheMarkupIsLeftOut) {
+    const std::string words(262144 - 20, 'a');  // with the elements of spelling it is too long
+    speaker.start({"<speak>" + words + "</speak>", {}, true}, kPatience, now);
+    EXPECT_EQ("a a a", service.said[0].substr(0, 5));
 }
 
 TEST_F(ASpeaker, LeavesOutTheMarkupOfATextTheLibraryWouldRefuse) {
