@@ -120,7 +120,7 @@ bool Module::speak(MessageKind kind, const std::string& text) {
 
 Message Module::messageOf(MessageKind kind, const std::string& text) {
     Message message;
-    message.style = mWishes.style(mService.voices(std::chrono::milliseconds(0)));
+    message.style = mWishes.style();
     const std::string clean = repaired(text);
     if (kind == MessageKind::Character) {
         message.text = spelledCharacter(clean);

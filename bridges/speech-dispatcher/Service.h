@@ -11,6 +11,7 @@ namespace sd_voxtrel {
 struct Style {
     std::optional<std::string> language;  ///< a tag; without: the service's own
     std::optional<std::string> voice;     ///< a name, or a number in the language
+    std::optional<std::string> fallback;  ///< the language, if the voice is given up
     int rate = 0;  ///< -100 to 100; 0: the service's own; so are the next two
     int pitch = 0;
     int volume = 0;

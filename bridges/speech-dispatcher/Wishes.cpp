@@ -22,10 +22,6 @@ std::string firstPart(const std::string& language) {
     return language.substr(0, language.find_first_of("-_"));
 }
 
-bool isNumber(const std::string& text) {
-    return text.find_first_not_of("0123456789") == std::string::npos;
-}
-
 void readLevel(const std::string& value, int& out) {
     int level = 0;
     const char* end = value.data() + value.size();
@@ -86,7 +82,7 @@ void Wishes::take(const std::string& name, const std::string& value) {
     }
 }
 
-Style Wishes::style(const std::vector<ListedVoice>& voices) const {
+Style Wishes::style() const {
     Style style;
     style.rate = mRate;
     style.pitch = mPitch;
@@ -96,16 +92,8 @@ Style Wishes::style(const std::vector<ListedVoice>& voices) const {
     }
     const auto type = mVoiceTypes.find(mVoiceType);
     const std::string& voice = mVoice.empty() && type != mVoiceTypes.end() ? type->second : mVoice;
-    const std::vector<ListedVoice> ofLanguage = chosen(voices, mLanguage, "");
-    const bool isThere =
-        std::any_of(ofLanguage.begin(), ofLanguage.end(),
-                    [&](const ListedVoice& each) { return isSame(each.name, voice); });
-    if (voice.empty() || (isNumber(voice) && !style.language)) {
-        return style;
-    }
-    style.voice = voice;
-    if (!isNumber(voice) && !isThere) {
-        style.language.reset();  // a name is of one language, and says which
+    if (!voice.empty()) {
+        style.voice = voice;
     }
     return style;
 }

@@ -26,8 +26,7 @@ public:
     /// What is no such setting, or no value of it, changes nothing.
     void take(const Values& values);
 
-    /// @param voices what the service has.
-    Style style(const std::vector<ListedVoice>& voices) const;
+    Style style() const;
 
     bool isSpelled() const { return mIsSpelled; }
 

@@ -125,6 +125,8 @@ TEST_F(AModule, SpeaksALanguageThatItIsGiven) {
     const Sound french = last;
     secondsOf("language=en-US\nsynthesis_voice=fr-fr\n", text);
     EXPECT_EQ(french.samples, last.samples) << "the voice is French";
+    secondsOf("language=fr-FR\nsynthesis_voice=nobody\n", text);
+    EXPECT_EQ(french.samples, last.samples) << "a voice that there is not changes nothing";
     secondsOf("language=fr-FR\nvoice=female1\n", text);
     EXPECT_NE(french.samples, last.samples);
     const Sound female = last;

@@ -56,7 +56,7 @@ class TheWishes : public ::testing::Test {
 protected:
     Style styleWith(const Values& values) {
         wishes.take(values);
-        return wishes.style(kVoices);
+        return wishes.style();
     }
     Wishes wishes{Config().voiceTypes};
 };
@@ -91,8 +91,7 @@ TEST_F(TheWishes, TakeNoValueThatIsNone) {
 }
 
 TEST_F(TheWishes, MakeTypesOfVoicesNumbersInTheLanguage) {
-    EXPECT_FALSE(styleWith({{"voice", "female1"}}).voice) << "of no language";
-    EXPECT_EQ("2", styleWith({{"language", "fr"}}).voice);
+    EXPECT_EQ("2", styleWith({{"voice", "female1"}, {"language", "fr"}}).voice);
     EXPECT_EQ("8", styleWith({{"voice", "male2"}}).voice);
     EXPECT_FALSE(styleWith({{"voice", "male1"}}).voice) << "the service's own";
     EXPECT_FALSE(styleWith({{"voice", "robot"}}).voice);
@@ -104,12 +103,6 @@ TEST_F(TheWishes, PreferAVoiceByNameToAType) {
     EXPECT_EQ("en-us+f1", style.voice);
     EXPECT_EQ("en-US", style.language);
     EXPECT_EQ("2", styleWith({{"synthesis_voice", "NULL"}}).voice);
-}
-
-TEST_F(TheWishes, LetAVoiceOfAnotherLanguageSayWhichItIs) {
-    const Style style = styleWith({{"language", "en-US"}, {"synthesis_voice", "FR-fr"}});
-    EXPECT_EQ("FR-fr", style.voice);
-    EXPECT_FALSE(style.language);
 }
 
 TEST_F(TheWishes, KnowSpellingAndPunctuation) {
@@ -138,6 +131,21 @@ TEST(AStyle, GivesUpTheVoiceThenTheLanguageThenTheNumbers) {
     EXPECT_EQ(3, style.pitch);
     EXPECT_TRUE(style.relax());
     EXPECT_EQ(0, style.pitch);
+    EXPECT_FALSE(style.relax());
+}
+
+TEST(AStyle, TakesAVoiceByItsNameInAnyLanguageBeforeItGivesItUp) {
+    Style style;
+    style.language = "fr";
+    style.voice = "en-us+f1";
+    EXPECT_TRUE(style.relax());
+    EXPECT_EQ("en-us+f1", style.voice);
+    EXPECT_FALSE(style.language);
+    EXPECT_TRUE(style.relax());
+    EXPECT_FALSE(style.voice);
+    EXPECT_EQ("fr", style.language);
+    EXPECT_TRUE(style.relax());
+    EXPECT_FALSE(style.language);
     EXPECT_FALSE(style.relax());
 }
 
