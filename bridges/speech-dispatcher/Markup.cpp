@@ -28,6 +28,10 @@ bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
 
+std::string_view withoutLeadingBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
+}
+
 std::size_t lengthUpTo(std::string_view text, std::size_t from, std::string_view end) {
     const std::size_t at = text.find(end, from);
     return at == std::string_view::npos ? text.size() : at + end.size();
@@ -100,9 +104,14 @@ std::string numbered(std::string_view reference) {
 
 /// The character that a reference at the begin of the text stands for; empty if it is none.
 std::string characterOf(std::string_view text, std::size_t& length) {
-    constexpr std::size_t kLongest = 12;
-    const std::size_t end = text.substr(0, kLongest).find(';');
-    if (text.empty() || text.front() != '&' || end == std::string_view::npos || end < 2) {
+    if (text.empty() || text.front() != '&') {
+        return "";
+    }
+    // Up to the first that is no part of one: what follows another "&" is not looked at twice.
+    const auto isPart = [](char c) { return c == '#' || beginsName(c) || (c >= '0' && c <= '9'); };
+    const auto last = std::find_if_not(text.begin() + 1, text.end(), isPart);
+    const auto end = static_cast<std::size_t>(last - text.begin());
+    if (last == text.end() || *last != ';' || end < 2) {
         return "";
     }
     length = end + 1;
@@ -164,19 +173,20 @@ std::string decoded(std::string_view value) {
 
 /// The value of "name" in a tag; empty if it has none.
 std::string markNameOf(std::string_view tag) {
-    constexpr std::string_view kName = "name";
-    for (std::size_t at = tag.find(kName); at != std::string_view::npos;
-         at = tag.find(kName, at + 1)) {
-        const bool isWhole = kBlanks.find(tag[at - 1]) != std::string_view::npos;
-        std::size_t quote = tag.find_first_not_of(kBlanks, at + kName.size());
-        if (!isWhole || quote == std::string_view::npos || tag[quote] != '=') {
-            continue;
+    std::string_view rest = withoutLeadingBlanks(tag.substr(1 + nameOf(tag).size()));
+    for (std::size_t equals = 0; (equals = rest.find('=')) != std::string_view::npos;) {
+        std::string_view attribute = rest.substr(0, equals);
+        attribute = attribute.substr(0, attribute.find_last_not_of(kBlanks) + 1);
+        rest = withoutLeadingBlanks(rest.substr(equals + 1));
+        const bool isQuoted = !rest.empty() && (rest.front() == '"' || rest.front() == '\'');
+        const std::size_t end = isQuoted ? rest.find(rest.front(), 1) : std::string_view::npos;
+        if (end == std::string_view::npos) {
+            break;
         }
-        quote = tag.find_first_not_of(kBlanks, quote + 1);
-        if (quote != std::string_view::npos && (tag[quote] == '"' || tag[quote] == '\'')) {
-            const std::size_t end = tag.find(tag[quote], quote + 1);
-            return decoded(tag.substr(quote + 1, end - quote - 1));
+        if (attribute == "name") {
+            return decoded(rest.substr(1, end - 1));
         }
+        rest = withoutLeadingBlanks(rest.substr(end + 1));
     }
     return "";
 }
@@ -199,7 +209,7 @@ std::string_view withoutProlog(std::string_view text) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     std::string_view rest = text.substr(startsWith(text, kByteOrderMark) ? 3 : 0);
     while (true) {
-        rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
+        rest = withoutLeadingBlanks(rest);
         if (isMarkedUp(rest)) {
             return rest;
         }

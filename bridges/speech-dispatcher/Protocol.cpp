@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bridges/speech-dispatcher/Protocol.h"
 
+#include <algorithm>
+
 namespace sd_voxtrel {
 namespace {
 
@@ -22,6 +24,13 @@ std::string takeWord(std::string& text, const char* separators) {
 
 std::string valueOrNothing(const std::string& value) {
     return value == "NULL" || value == "none" ? "" : value;
+}
+
+/// A field of a line: what would end it is a blank.
+std::string fieldOf(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return text;
 }
 
 }  // namespace
@@ -137,7 +146,8 @@ void Protocol::listVoices(const std::string& arguments) {
     const std::string variant = valueOrNothing(takeWord(rest, ""));
     std::string answer;
     for (const ListedVoice& voice : mCommands.voices(language, variant)) {
-        answer += "200-" + voice.name + "\t" + voice.language + "\t" + voice.variant + "\n";
+        answer += "200-" + fieldOf(voice.name) + "\t" + fieldOf(voice.language) + "\t" +
+                  fieldOf(voice.variant) + "\n";
     }
     mWrite(answer.empty() ? "304 CANT LIST VOICES\n" : answer + "200 OK VOICE LIST SENT\n");
 }

@@ -42,6 +42,12 @@ TEST(Marks, MayHaveNoName) {
               markNames("<speak><mark/><mark nickname='a'/><mark name='b'/>"));
 }
 
+TEST(Marks, HaveNoNameFromTheValueOfAnotherAttribute) {
+    EXPECT_EQ((Names{"c", "", "d"}),
+              markNames("<mark x=\"a name='z'\" name=\"c\"/><mark x=\" name='z'\"/>"
+                        "<mark a='b'\tname =\n'd'/>"));
+}
+
 TEST(Marks, HaveNamesOnOneLine) {
     EXPECT_EQ((Names{"a&<\" b"}), markNames("<mark name='a&amp;&#60;&quot;\nb'/>"));
 }
@@ -67,12 +73,23 @@ TEST(Marks, OfATextFullOfBrokenTagsAreFoundInTime) {
     EXPECT_EQ((Names{"b"}), markNames(text + "<mark name='b'/>"));
 }
 
+TEST(TheTextOfAMarkedUpText, ThatIsFullOfBrokenReferencesIsFoundInTime) {
+    std::string text;
+    while (text.size() < 1'000'000) {
+        text += "&a";
+    }
+    EXPECT_EQ(text, withoutMarkup(text));
+    const std::string one = "&" + std::string(1'000'000, 'a');
+    EXPECT_EQ(one, withoutMarkup(one));
+}
+
 TEST(TheTextOfAMarkedUpText, IsWhatIsHeard) {
     EXPECT_EQ("a & b < c\xC3\xA9",
               withoutMarkup("<speak>a <mark name='x'/>&amp; <b>b</b> <![CDATA[<]]> c&#233;</speak>")
                   .substr(0, 11));
     EXPECT_EQ("One. Two", withoutMarkup("<s>One.</s><s>Two</s>").substr(0, 8));
     EXPECT_EQ("a < b &x; & <", withoutMarkup("a < b &x; & <"));
+    EXPECT_EQ("A", withoutMarkup("&#00000000000000000065;"));
     EXPECT_EQ("", withoutMarkup("<speak></speak>"));
 }
 

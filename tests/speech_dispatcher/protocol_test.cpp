@@ -103,6 +103,12 @@ TEST_F(TheProtocol, ListsVoices) {
     EXPECT_EQ("300 ERR UNKNOWN COMMAND\n", answers("LIST VOICESX\n"));
 }
 
+TEST_F(TheProtocol, ListsAVoiceOnOneLineWhateverItsName) {
+    commands.listed = {{"a\n701 BEGIN\tx", "en-US\r", "none"}};
+    EXPECT_EQ("200-a 701 BEGIN x\ten-US \tnone\n200 OK VOICE LIST SENT\n",
+              answers("LIST VOICES\n"));
+}
+
 TEST_F(TheProtocol, TakesMessagesOfEachKind) {
     EXPECT_EQ("202 OK RECEIVING MESSAGE\n200 OK SPEAKING\n", answers("SPEAK\na\n\nb\n.\n"));
     answers("CHAR\nx\n.\nKEY\nshift_a\n.\nSOUND_ICON\nbell\n.\nSPEAK\n.\n");
