@@ -173,6 +173,9 @@ void MarkupReader::takeMark(MarkupPiece& piece) {
 }
 
 bool MarkupReader::takeBreak(MarkupPiece& piece) {
+    if (isSilent()) {
+        return true;
+    }
     const uint32_t left = kMostBreaksMs - mBreaksMs;
     piece.pauseMs = breakMs(mToken.tag, std::min(left, kLongestBreakMs));
     mBreaksMs += piece.pauseMs;

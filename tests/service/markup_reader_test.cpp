@@ -162,6 +162,12 @@ TEST(ABreak, IsSilenceInMilliseconds) {
     }
 }
 
+TEST(ABreak, IsNoneInWhatIsNotSpoken) {
+    EXPECT_EQ((std::vector<std::string>{"0.1 <speak>abc</speak>..."}),
+              spoken("<speak>a<metadata>x<break time='5s'/></metadata>"
+                     "<sub alias='b'>x<break/></sub>c</speak>"));
+}
+
 TEST(ABreak, IsOverWhenThoseOfTheTextAreTenMinutes) {
     for (const char* each :
          {"<break time='9999999s'/>", "<break/>", "<break strength='strong'/>"}) {
