@@ -5,6 +5,7 @@
 #include <csignal>
 
 #include "tests/speech_dispatcher/ModuleProcess.h"
+#include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
 #include "tests/voxtrelctl/Sound.h"
 
@@ -87,6 +88,46 @@ TEST_F(AModuleInTrouble, TellsAStopWhoseServiceIsStopped) {
     module.say("STOP");
     EXPECT_EQ("703", module.eventsToEnd().back());
     device.service().signal(SIGCONT);
+}
+
+TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
+    device.startService({"--real-time"});
+    ModuleProcess module(kLongPatience);
+    module.begin();
+    EXPECT_EQ("203 OK SETTINGS RECEIVED", module.send("SET", "rate=10\n"));
+    EXPECT_EQ(kSpoken, module.send("SPEAK", std::string(kLong) + "\n"));
+    module.awaitEvent("701 BEGIN");
+    device.service().signal(SIGSTOP);
+    module.say("STOP");
+    EXPECT_EQ("703", module.eventsToEnd().back());
+    EXPECT_EQ(kSpoken, module.send("SPEAK", "b\n"));
+    module.say("QUIT");
+    module.awaitEvent("210 OK QUIT");
+    EXPECT_EQ(0, module.process().wait());
+    device.service().signal(SIGCONT);
+}
+
+TEST_F(AModuleInTrouble, AnswersThoughTheServiceManagerIsStopped) {
+    device.startService();
+    ASSERT_EQ(0, kill(device.managerPid(), SIGSTOP));
+    ModuleProcess module(kShortPatience);
+    module.begin();
+    EXPECT_EQ("304 CANT LIST VOICES\n", module.ask("LIST VOICES"));
+    EXPECT_EQ(kCut, eventsOf(module, "<speak>a</speak>"));
+    EXPECT_EQ(kSpoken, module.send("SPEAK", "b\n"));
+    module.say("STOP");
+    EXPECT_EQ(kCut, module.eventsToEnd());
+    ASSERT_EQ(0, kill(device.managerPid(), SIGCONT));
+    EXPECT_TRUE(eventually([&] { return eventsOf(module, "<speak>c</speak>") == kWhole; }));
+}
+
+TEST_F(AModuleInTrouble, EndsThoughTheServiceManagerIsStopped) {
+    ASSERT_EQ(0, kill(device.managerPid(), SIGSTOP));
+    ModuleProcess module(kShortPatience);
+    module.begin();
+    EXPECT_EQ("210 OK QUIT\n", module.ask("QUIT"));
+    EXPECT_EQ(0, module.process().wait());
+    ASSERT_EQ(0, kill(device.managerPid(), SIGCONT));
 }
 
 TEST_F(AModuleInTrouble, LosesItsServiceManagerAndGoesOn) {
