@@ -22,8 +22,9 @@ std::string spoken(std::string name) {
     return name;
 }
 
+/// A blank has no sound, so that it goes by its name.
 std::string spelledCharacter(const std::string& text) {
-    return spelled("<speak>" + escaped(text == "space" ? " " : text) + "</speak>");
+    return text == "space" ? text : spelled("<speak>" + escaped(text) + "</speak>");
 }
 
 }  // namespace

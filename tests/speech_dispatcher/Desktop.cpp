@@ -29,31 +29,34 @@ bool listens(const std::string& path) {
 
 }  // namespace
 
-Desktop::Desktop(const Device::Words& options, unsigned patience) {
+Desktop::Desktop(const Device::Words& options, unsigned patience, bool asInstalled) {
     device.startService(options);
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
         setenv(name, device.path("home").c_str(), 1);
     }
-    writeConfig(patience);
+    writeConfig(patience, asInstalled);
     const std::string socket = socketPath();
     setenv("SPEECHD_ADDRESS", ("unix_socket:" + socket).c_str(), 1);
-    mServer = std::make_unique<Process>(
-        Process::Words{VOXTREL_DESKTOP_SERVER, "-s", "-S", socket, "-C", device.path("conf"), "-P",
-                       device.path("pid"), "-L", device.path("log")});
+    mServer = std::make_unique<Process>(Process::Words{
+        VOXTREL_DESKTOP_SERVER, "-s", "-S", socket, "-C", device.path("conf"), "-P",
+        device.path("pid"), "-L", device.path("log"), "-t", "0", "-m", device.path("modules")});
     if (!eventually([&] { return listens(socket); })) {
         throw std::runtime_error("the server does not listen");
     }
 }
 
-void Desktop::writeConfig(unsigned patience) {
+void Desktop::writeConfig(unsigned patience, bool asInstalled) {
     namespace fs = std::filesystem;
     fs::create_directories(device.path("home"));
     fs::create_directories(device.path("log"));
     fs::create_directories(device.path("conf/modules"));
+    fs::create_directories(device.path("modules"));
+    fs::create_symlink(VOXTREL_DESKTOP_MODULE, device.path("modules/sd_voxtrel"));
+    const std::string plain =
+        "LogLevel 3\nDefaultVolume 0\nAddModule \"voxtrel\" \"sd_voxtrel\" \"voxtrel.conf\"\n";
     writeFile(device.path("conf/speechd.conf"),
-              "LogLevel 3\nTimeout 0\nLogDir \"" + device.path("log") + "\"\nDefaultVolume 0\n" +
-                  "AddModule \"voxtrel\" \"" VOXTREL_DESKTOP_MODULE
-                  "\" \"voxtrel.conf\"\nDefaultModule voxtrel\n");
+              (asInstalled ? readFile("/etc/speech-dispatcher/speechd.conf") : plain) +
+                  "DefaultModule voxtrel\n");
     writeFile(
         device.path("conf/modules/voxtrel.conf"),
         readFile(VOXTREL_DESKTOP_CONFIG) + "WaitForService " + std::to_string(patience) + "\n");

@@ -16,7 +16,10 @@ public:
     /// @param options of the service.
     /// @param patience how many milliseconds the module waits for a service; on a busy machine one
     /// that is there may take a while to answer.
-    explicit Desktop(const Device::Words& options = {}, unsigned patience = 60000);
+    /// @param asInstalled the configuration is the one that comes with the server, and the line
+    /// that enables the module, which the server finds by itself.
+    explicit Desktop(const Device::Words& options = {}, unsigned patience = 60000,
+                     bool asInstalled = false);
 
     /// Runs spd-say to its end.
     Outcome say(const Process::Words& arguments);
@@ -33,7 +36,7 @@ public:
     Device device;
 
 private:
-    void writeConfig(unsigned patience);
+    void writeConfig(unsigned patience, bool asInstalled);
 
     std::unique_ptr<Process> mServer;
 };

@@ -60,6 +60,16 @@ TEST(TheDesktop, SpeaksThroughTheService) {
     EXPECT_NEAR(alone, soundOf(desktop).seconds(), 0.3 * alone);
 }
 
+TEST(TheDesktop, IsEnabledByOneLineBehindTheConfigurationThatTheServerComesWith) {
+    Desktop desktop({}, kShortPatience, true);
+    EXPECT_EQ("OUTPUT MODULES\nvoxtrel\n", desktop.say({"-O"}).out);
+    const std::string text = "Well, yes; no.";
+    const double none = soundOf(desktop, {"-l", "en-US", "-m", "none"}, text).seconds();
+    EXPECT_GT(none, 0.3);
+    EXPECT_GT(soundOf(desktop, {"-l", "en-US", "-m", "all"}, text).seconds(), 1.4 * none)
+        << "the server names punctuation";
+}
+
 TEST(TheDesktop, IsToldOfMarks) {
     Desktop desktop;
     const Outcome said = desktop.say(
@@ -136,11 +146,28 @@ TEST(TheDesktop, ChoosesLanguageAndVoice) {
 
 TEST(TheDesktop, ChoosesRatePitchAndVolume) {
     Desktop desktop;
-    const Sound own = soundOf(desktop, {}, kLong);
-    EXPECT_LT(soundOf(desktop, {"-r", "50"}, kLong).seconds(), 0.8 * own.seconds());
-    EXPECT_GT(soundOf(desktop, {"-r", "-50"}, kLong).seconds(), 1.3 * own.seconds());
-    EXPECT_LT(soundOf(desktop, {"-i", "-50"}, kLong).loudness(), 0.7 * own.loudness());
-    EXPECT_NE(soundOf(desktop, {"-p", "50"}, kLong).samples, own.samples);
+    const std::string text = "One two three four.";
+    const auto soundWithout = [&](Process::Words words) {
+        desktop.device.stopService();
+        desktop.device.startService({"--sink", "wav:" + desktop.device.path("one.wav")});
+        words.insert(words.begin(), {"say", "--wait", "--lang", "en-US"});
+        words.push_back("<speak>" + text + "</speak>");
+        EXPECT_EQ(0, desktop.device.ctl(words).status);
+        desktop.device.stopService();
+        const Sound sound = readSound(desktop.device.path("one.wav"));
+        desktop.device.startService();
+        return sound.samples;
+    };
+    const auto soundWith = [&](const char* option, const char* value) {
+        return soundOf(desktop, {"-l", "en-US", option, value}, text).samples;
+    };
+    EXPECT_EQ(soundWithout({}), soundWith("-r", "0"));
+    EXPECT_EQ(soundWithout({"--speed", "600"}), soundWith("-r", "50"));
+    EXPECT_EQ(soundWithout({"--speed", "80"}), soundWith("-r", "-100"));
+    EXPECT_EQ(soundWithout({"--pitch", "300"}), soundWith("-p", "50"));
+    EXPECT_EQ(soundWithout({"--pitch", "0"}), soundWith("-p", "-100"));
+    EXPECT_EQ(soundWithout({"--volume", "50"}), soundWith("-i", "-50"));
+    EXPECT_EQ(soundWithout({"--volume", "100"}), soundWith("-i", "100"));
 }
 
 TEST(TheDesktop, SpellsAndNamesCharactersKeysAndIcons) {
