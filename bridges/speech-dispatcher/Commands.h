@@ -9,7 +9,13 @@
 namespace sd_voxtrel {
 
 /// What a message is.
-enum class MessageKind { Text, Character, Key, SoundIcon };
+enum class MessageKind {
+    Text,
+    Character,
+    Key,
+    SoundIcon,
+    TooLong,  ///< of any kind, without its text
+};
 
 struct ListedVoice {
     std::string name;

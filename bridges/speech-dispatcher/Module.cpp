@@ -131,6 +131,9 @@ Message Module::messageOf(MessageKind kind, const std::string& text) {
     } else {
         message.text = spoken(clean);
     }
+    if (kind == MessageKind::TooLong) {
+        message.trouble = "it has more than 1 MiB";
+    }
     return message;
 }
 

@@ -131,7 +131,8 @@ void Protocol::endMessage() {
     if (!mText.empty()) {
         mText.pop_back();
     }
-    const bool isSpoken = mLength <= kLongestBody && mCommands.speak(mKind, mText);
+    const bool isSpoken = mLength <= kLongestBody ? mCommands.speak(mKind, mText)
+                                                  : mCommands.speak(MessageKind::TooLong, "");
     mWrite(isSpoken ? "200 OK SPEAKING\n" : "301 ERROR CANT SPEAK\n");
 }
 

@@ -13,7 +13,7 @@ namespace sd_voxtrel {
 /// The server's lines to commands, and what becomes of them to answers.
 class Protocol {
 public:
-    /// Longer messages and lists are taken to their end and refused.
+    /// Of longer messages the text is dropped, and of longer lists what is beyond.
     static constexpr std::size_t kLongestBody = 1 << 20;
 
     /// @param write gets answers, whole lines with their LF.

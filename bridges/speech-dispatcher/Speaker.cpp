@@ -31,9 +31,9 @@ void Speaker::start(Message message, std::chrono::milliseconds patience, Clock::
     mLosses = 0;
     mHasAsked = false;
     mHasBegun = false;
-    mTrouble.clear();
-    if (mMessage.text.empty()) {
-        finish(End::End);
+    mTrouble = mMessage.trouble;
+    if (!mTrouble.empty() || mMessage.text.empty()) {
+        finish(mTrouble.empty() ? End::End : End::Stop);
         return;
     }
     mLastNews = now;

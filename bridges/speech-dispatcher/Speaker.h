@@ -17,6 +17,7 @@ struct Message {
     std::string text;  ///< marked up, or plain
     Style style;
     bool isSpelled = false;
+    std::string trouble = {};  ///< why it cannot be spoken; empty: it can
 };
 
 /// Has one message at a time spoken, and tells the server of it: begin, marks, and exactly one end,

@@ -181,6 +181,19 @@ TEST(TheDesktop, SpellsAndNamesCharactersKeysAndIcons) {
     EXPECT_GT(soundOf(desktop, {"-s"}, "was").seconds(), soundOf(desktop, {}, "was").seconds());
 }
 
+TEST(TheDesktop, EndsAMessageThatIsTooLong) {
+    Desktop desktop;
+    ServerConnection reader(desktop.socketPath());
+    reader.ask("SET self CLIENT_NAME test:reader:main", "208 ");
+    reader.ask("SET self NOTIFICATION ALL ON", "220 ");
+    reader.ask("SPEAK", "230 ");
+    reader.say(std::string(1'100'000, 'x'));
+    reader.ask(".", "225 ");
+    reader.await("703 CANCELED");
+    speak(desktop, {"-w", "Hello"});
+    EXPECT_FALSE(soundOf(desktop).isSilent());
+}
+
 TEST(TheDesktop, SpeaksTwoHundredMessages) {
     const TempFolder sounds;
     Desktop desktop({"--sink", "wavdir:" + sounds.path("all")});

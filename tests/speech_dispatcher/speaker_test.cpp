@@ -124,6 +124,15 @@ TEST_F(ASpeaker, EndsAnEmptyMessageAtOnce) {
     EXPECT_TRUE(service.said.empty());
 }
 
+TEST_F(ASpeaker, StopsAMessageThatCannotBeSpokenAtOnce) {
+    speaker.start({"", {}, false, "why"}, kPatience, now);
+    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
+    EXPECT_EQ("why", speaker.trouble());
+    EXPECT_TRUE(service.said.empty());
+    start("");
+    EXPECT_EQ("", speaker.trouble());
+}
+
 TEST_F(ASpeaker, StopsAndTellsItWhenTheServiceDoes) {
     start("a");
     tell(Kind::Started);
