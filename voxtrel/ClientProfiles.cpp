@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The members of Client about profiles.
-#include <charconv>
-#include <system_error>
-
 #include "voxtrel/Client.h"
 #include "voxtrel/ClientState.h"
 #include "voxtrel/Profile.h"
@@ -11,21 +8,13 @@
 namespace voxtrel {
 namespace {
 
-/// Nothing if it is not a number of a voice.
-std::optional<std::uint32_t> numberOf(const std::string& voice) {
-    std::uint32_t number = 0;
-    const char* const end = voice.data() + voice.size();
-    const auto read = std::from_chars(voice.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
-}
-
 /// The language and the voice, which takes capabilities only where the voice has a name.
 Result<WireSettings> lookUp(const SpeechOptions& options, Session& session) {
     WireSettings found;
     if (options.language) {
         found.language = languageOf(*options.language).value_or(LANG_NA);
     }
-    const std::optional<std::uint32_t> number = numberOf(options.voice.value_or(""));
+    const std::optional<std::uint32_t> number = voiceNumberOf(options.voice.value_or(""));
     if (!options.voice || (number && options.language)) {
         found.voice = number.value_or(found.voice);
         return found;

@@ -137,6 +137,15 @@ TEST(OptionsThatAreSet, GoOnTheWireAsNumbers) {
     EXPECT_EQ(0U, wire.mediaVolume);
 }
 
+TEST(AVoice, IsANumberWhereItHasDigitsAlone) {
+    EXPECT_EQ(0U, voiceNumberOf("0"));
+    EXPECT_EQ(12345U, voiceNumberOf("12345"));
+    EXPECT_EQ(4294967295U, voiceNumberOf("4294967295"));
+    for (const char* name : {"", " 2", "2 ", "+2", "-2", "2a", "fr-FR-2", "4294967296"}) {
+        EXPECT_FALSE(voiceNumberOf(name)) << name;
+    }
+}
+
 TEST(AVoice, IsChosenByNameWithoutItsLanguage) {
     const WireSettings wire = *toWire(SpeechOptions{{}, "KO-kr-2"}, all());
     EXPECT_EQ(LANG_KO_KR, wire.language);

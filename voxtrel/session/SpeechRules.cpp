@@ -2,9 +2,11 @@
 #include "voxtrel/session/SpeechRules.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <system_error>
 
 namespace voxtrel {
 namespace {
@@ -39,13 +41,6 @@ std::string nameOf(const TTS::VoiceInfo& voice) {
     return {voice.name, strnlen(voice.name, sizeof voice.name)};
 }
 
-std::optional<std::uint32_t> numberOf(const std::string& text) {
-    const bool isNumber =
-        !text.empty() && text.size() <= 4 &&
-        std::all_of(text.begin(), text.end(), [](char each) { return each >= '0' && each <= '9'; });
-    return isNumber ? std::optional<std::uint32_t>(std::stoul(text)) : std::nullopt;
-}
-
 Error errorOf(Status status) {
     return {status, describe(status)};
 }
@@ -53,7 +48,7 @@ Error errorOf(Status status) {
 /// The voice with that name or number; its language too, if none was asked for.
 Status chooseVoice(const std::string& wanted, const TTS::Capabilities& capabilities,
                    WireSettings& wire) {
-    const std::optional<std::uint32_t> number = numberOf(wanted);
+    const std::optional<std::uint32_t> number = voiceNumberOf(wanted);
     if (number && wire.language == LANG_NA) {
         return Status::NoLanguage;
     }
@@ -109,6 +104,13 @@ std::optional<EN_VOXTREL_LANGUAGE> languageOf(std::string_view tag) {
         }
     }
     return std::nullopt;
+}
+
+std::optional<std::uint32_t> voiceNumberOf(std::string_view voice) {
+    std::uint32_t number = 0;
+    const char* const end = voice.data() + voice.size();
+    const auto read = std::from_chars(voice.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
 }
 
 std::string tagOf(EN_VOXTREL_LANGUAGE language) {

@@ -29,6 +29,9 @@ struct WireSettings {
 /// its region, or with one that is not known, the first of that language.
 std::optional<EN_VOXTREL_LANGUAGE> languageOf(std::string_view tag);
 
+/// The number that stands for a voice; nothing if it is a name.
+std::optional<std::uint32_t> voiceNumberOf(std::string_view voice);
+
 /// "fr-FR"; empty for none.
 std::string tagOf(EN_VOXTREL_LANGUAGE language);
 
