@@ -14,7 +14,7 @@ declare -A PACKAGES=(
     [clang]="clang-14 libclang-rt-14-dev"
     [package]="build-essential debhelper dh-python cmake ninja-build pkg-config libasound2-dev
                libcli11-dev libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev
-               python3"
+               pybuild-plugin-pyproject python3 python3-setuptools"
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind speech-dispatcher libspeechd-dev"
     [coverage]="gcovr"

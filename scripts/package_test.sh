@@ -188,8 +188,13 @@ build_applications() {
     done
 }
 
+knows_the_module() {
+    [ "$(as_user python3 -c 'import importlib.metadata as known; print(known.version("voxtrel"))')" = \
+        "$(sed -n 's/^version = "\(.*\)"$/\1/p' "$here/../python/pyproject.toml")" ]
+}
 run_python() {
     local examples=/usr/share/doc/voxtrel/examples/python
+    check "the interpreter knows the module and its version" knows_the_module
     check "speak.py speaks" speak_with python3 "$examples/speak.py"
     check "speak.py tells that the service died" is_cut_off python3 "$examples/speak.py"
     check "loop.py tells of each utterance that the service died" \
