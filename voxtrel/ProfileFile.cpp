@@ -92,6 +92,7 @@ int writeBeside(const std::string& path, const std::string& text, std::string& n
 
 std::string textOf(const TTS::TtsSetting& setting) {
     std::ostringstream text;
+    text.exceptions(std::ios::badbit);  // without memory a stream drops what comes
     text.imbue(std::locale::classic());
     TTS::writeProfile(text, setting);
     return text.str();
@@ -129,12 +130,18 @@ Result<TTS::TtsSetting> readProfile(const std::string& path) {
         return failure("read", path, errno);
     }
     TTS::TtsSetting setting("");
-    (void)TTS::readProfile(file, setting);
+    try {
+        file.exceptions(std::ios::badbit);
+        (void)TTS::readProfile(file, setting);
+    } catch (const std::ios::failure&) {
+        return failure("read", path, EIO);
+    }
     return setting;
 }
 
 TTS::TtsSetting rereadProfile(const TTS::TtsSetting& setting) {
     std::istringstream text(textOf(setting));
+    text.exceptions(std::ios::badbit);
     text.imbue(std::locale::classic());
     TTS::TtsSetting read("");
     (void)TTS::readProfile(text, read);

@@ -77,6 +77,11 @@ TEST_F(AProfile, ThatCannotBeReadOrWrittenIsNamedWithTheReason) {
               std::string(Profile().write(nowhere).message()));
 }
 
+TEST_F(AProfile, WhoseReadingFailsIsNotHalfRead) {
+    EXPECT_EQ("the profile '/proc/self/mem' cannot be read: Input/output error",
+              std::string(Profile::read("/proc/self/mem").message()));
+}
+
 TEST_F(AProfile, OfTheDeviceHasAPlaceOfItsOwn) {
     EXPECT_EQ("/Customer/radio.ini", Profile::pathOf("radio"));
 }
