@@ -193,7 +193,8 @@ vx_status vx_client_options_set_handler_thread(vx_client_options* options, int t
 
 /*
  * From the first of these on, a service is talked to, and told what is to be said, only if it is
- * this user's own, root's, or that of a user whose number was given. Without one: anybody's.
+ * this user's own, root's, or that of a user whose number was given: with root's, 0, alone no other
+ * is. Without one: anybody's.
  * Without effect on a device, whose service manager does not tell whose a service is. The options
  * of the client that begins the connection of the process count.
  */
@@ -235,11 +236,51 @@ enum {
 };
 
 /*
- * How far the way to the service goes, as soon as it is known; while nobody answers it waits a
- * moment, and no longer than the deadline. What is in the way, with path, process and what to do,
- * vx_last_error tells then on this thread.
+ * What a client sees on its way to the service. Does not change; its texts are valid until it is
+ * freed.
  */
-vx_status vx_diagnose(vx_client* client, int deadline_ms, int* reach);
+typedef struct vx_diagnosis vx_diagnosis;
+
+/* Who stands at the other end, as far as the system tells. A plain value. */
+typedef struct vx_peer {
+    unsigned int process; /* 0: not known */
+    int user_known;       /* 1: `user` is */
+    unsigned int user;    /* the number of the user that started it; else 0 */
+    int stopped;          /* 1: the process is stopped, as by SIGSTOP or a debugger */
+    void* reserved[4];    /* null */
+} vx_peer;
+
+/*
+ * Looks how far the way to the service goes, and what is in the way. Says so as soon as it is
+ * known, and at once where there is no service manager; while nobody answers it waits a moment, and
+ * no longer than the deadline.
+ */
+vx_status vx_diagnose(vx_client* client, int deadline_ms, vx_diagnosis** diagnosis);
+vx_status vx_diagnosis_free(vx_diagnosis* diagnosis);
+vx_status vx_diagnosis_reach(const vx_diagnosis* diagnosis, int* reach); /* VX_REACH_... */
+
+/*
+ * why: the status of there being no connection; VX_OK when there is one. text: one line of English
+ * with path, process and what to do; empty when there is one.
+ */
+vx_status vx_diagnosis_why_not(const vx_diagnosis* diagnosis, vx_status* why, const char** text);
+
+/* "socket", or "driver": the device's own; empty for a service that stands in for tests. */
+vx_status vx_diagnosis_transport(const vx_diagnosis* diagnosis, const char** transport);
+
+/* Where the service manager is looked for; empty: not a file. */
+vx_status vx_diagnosis_path(const vx_diagnosis* diagnosis, const char** path);
+
+/* errno of the attempt to get there; 0: none, or not known. */
+vx_status vx_diagnosis_error(const vx_diagnosis* diagnosis, int* error);
+vx_status vx_diagnosis_manager(const vx_diagnosis* diagnosis, vx_peer* manager);
+vx_status vx_diagnosis_service(const vx_diagnosis* diagnosis, vx_peer* service);
+
+/*
+ * takes: 1 when the service has begun a pause of 49 days, which it must refuse at once
+ * (docs/writing-a-service.md). It was told to drop it again, and with it what was said. Else 0.
+ */
+vx_status vx_diagnosis_takes_any_pause(const vx_diagnosis* diagnosis, int* takes);
 
 /* What vx_say uses where its options are not set. */
 vx_status vx_set_defaults(vx_client* client, const vx_options* options);
@@ -532,6 +573,52 @@ vx_status vx_save_profile(vx_client* client, const char* path);
  * what is no language, is not set afterwards. VX_PROFILE_ERROR: nothing has changed.
  */
 vx_status vx_load_profile(vx_client* client, const char* path);
+
+/* A profile of settings as its file has it, switches included. Used on one thread at a time. */
+typedef struct vx_profile vx_profile;
+
+/* What a device's service may find in a profile about its output; read, never written. */
+typedef struct vx_profile_output {
+    int sample_rate; /* Hz */
+    int channels;
+    int mixer_path;
+    int long_break_duration;
+    int short_break_duration;
+    void* reserved[4]; /* null */
+} vx_profile_output;
+
+/* It sets nothing, and every switch is on. */
+vx_status vx_profile_new(vx_profile** profile);
+vx_status vx_profile_free(vx_profile* profile);
+
+/*
+ * Where a device keeps the profile of that name: "/Customer/" name ".ini", for which strlen(name) +
+ * 15 bytes are enough. VX_BAD_PARAMETER: it needs more than `size`.
+ */
+vx_status vx_profile_path_of(const char* name, char* path, size_t size);
+
+/* Reads a file, and changes nothing there. VX_PROFILE_ERROR: vx_last_error tells why. */
+vx_status vx_profile_read(const char* path, vx_profile** profile);
+
+/*
+ * Puts the profile in place of the file, whole or not at all. Volume and pitch become whole
+ * numbers, which the format has; a rate it has not, and leaves out. VX_PROFILE_ERROR, with the
+ * system's reason in vx_last_error, or VX_BAD_PARAMETER for what a profile cannot hold.
+ */
+vx_status vx_profile_write(const vx_profile* profile, const char* path);
+
+/* Those that the profile sets; a copy, the caller's own. */
+vx_status vx_profile_get_settings(const vx_profile* profile, vx_settings** settings);
+
+/* Copies them, in place of all that the profile has set. */
+vx_status vx_profile_set_settings(vx_profile* profile, const vx_settings* settings);
+
+/* on: 1 or 0. */
+vx_status vx_profile_is_on(const vx_profile* profile, int which, int* on);
+
+/* on: 0, or any other number. */
+vx_status vx_profile_turn(vx_profile* profile, int which, int on);
+vx_status vx_profile_get_output(const vx_profile* profile, vx_profile_output* output);
 
 #ifdef __cplusplus
 }

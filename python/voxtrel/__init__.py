@@ -26,6 +26,7 @@ from ._errors import (
 from ._events import Events
 from ._native import text_of as _text_of
 from ._native import vx as _vx
+from ._profile import Profile
 from ._utterance import Utterance
 from ._values import (
     Diagnosis,
@@ -36,6 +37,7 @@ from ._values import (
     OnLoss,
     Outcome,
     OutcomeKind,
+    Peer,
     Range,
     Reach,
     Setting,
@@ -70,7 +72,9 @@ __all__ = [
     "OnLoss",
     "Outcome",
     "OutcomeKind",
+    "Peer",
     "PermissionDenied",
+    "Profile",
     "Range",
     "Reach",
     "Setting",

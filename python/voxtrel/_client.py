@@ -21,7 +21,6 @@ from ._values import (
     LockState,
     OnLoss,
     Outcome,
-    Reach,
     Settings,
     SpeechOptions,
     Switch,
@@ -34,6 +33,9 @@ if TYPE_CHECKING:
 _TRIM_EVERY = 64
 
 _NOTHING_SET = (None,) * 8
+
+# Trusted in any case; named, it says that others are not.
+_ROOT = 0
 
 _say = vx["vx_say"]
 
@@ -84,8 +86,9 @@ class Client:
     of each other otherwise.
 
     Times are in seconds. A `deadline` of None is the client's own; where it passes, TimedOut is
-    raised. A value of a wrong type is TypeError, one out of range ValueError, and what the library
-    or the service refuses is an `Error` with its `status`.
+    raised, and an interrupt from the keyboard waits for it unless said otherwise. A value of a
+    wrong type is TypeError, one out of range ValueError, and what the library or the service
+    refuses is an `Error` with its `status`.
 
     The client ends with `close`, with its `with` block, when nothing holds it any more (its
     utterances do), or with the interpreter. Utterances without an outcome are LOST, CLOSED then;
@@ -101,8 +104,8 @@ class Client:
     deadline: how long a call may wait for the service, where it is not told.
     linger: how long the end may wait until the service has what was said. Not waited for are the
         end of the speech, and a service that is not there.
-    trusted_users: unless None, or empty, only a service of this user's own, of root's, or of one of
-        these, by number, is talked to. Those of the client that begins the connection count.
+    trusted_users: unless None, only a service of this user's own, of root's, or of one of these, by
+        number, is talked to. Those of the client that begins the connection count.
     fake: stands in for the service in tests.
     """
 
@@ -125,21 +128,24 @@ class Client:
         self._deadline = deadline_ms / 1000
         self._said = 0
         self._fake = fake
-        options = new_handle(vx["vx_client_options_new"])
+        options = new_handle("client_options", vx["vx_client_options_new"])
         try:
             check(vx["vx_client_options_set_deadline"](options, deadline_ms))
             check(vx["vx_client_options_set_linger"](options, linger_ms))
             check(vx["vx_client_options_set_handler_thread"](options, THREAD_OF_APPLICATION))
-            for user in trusted_users or ():
-                number = convert.whole_number(user, 0, 2**32 - 1, "a user")
-                check(vx["vx_client_options_trust_user"](options, number))
+            if trusted_users is not None:
+                for user in (_ROOT, *trusted_users):
+                    number = convert.whole_number(user, 0, 2**32 - 1, "a user")
+                    check(vx["vx_client_options_trust_user"](options, number))
             if fake is not None:
-                fake.stand_in(self, options)
-            self._hub = Hub(new_handle(vx["vx_client_new"], name_in_c, options))
+                fake.stand_in(options)
+            self._hub = Hub(new_handle("client", vx["vx_client_new"], name_in_c, options))
         finally:
             vx["vx_client_options_free"](options)
         self._handle = self._hub.handle
         self._finalizer = weakref.finalize(self, self._handle.close)
+        if fake is not None:
+            fake.serve(self)
 
     def close(self) -> None:
         """Ends the client; nothing if that was done. May be called inside its own handler.
@@ -203,12 +209,16 @@ class Client:
                 raise error_for(status, last_error())
 
     def diagnose(self, deadline: Optional[float] = None) -> Diagnosis:
-        """How far the way to the service goes, as soon as that is known, and what is in the way."""
-        reach = c_int()
+        """How far the way to the service goes, and what is in the way.
+
+        Says so as soon as it is known, and at once where there is no service manager; while nobody
+        answers it waits a moment, and no longer than the deadline.
+        """
         time_in_c = convert.deadline_to_c(deadline)
-        check(self._handle.call(vx["vx_diagnose"], time_in_c, ctypes.byref(reach)))
-        found = Reach(reach.value)
-        return Diagnosis(found, "" if found is Reach.CONNECTED else last_error())
+        diagnose = vx["vx_diagnose"]
+        return convert.take_diagnosis(
+            new_handle("diagnosis", self._handle.call, diagnose, time_in_c)
+        )
 
     # ---- Speech
 
@@ -237,14 +247,19 @@ class Client:
         text_in_c = convert.text_to_c(text, "text")
         options = (language, voice, speed, pitch, volume, speech_volume, media_volume, on_loss)
         if options == _NOTHING_SET:
-            return self._utterance(new_handle(self._handle.call, _say, text_in_c, None))
+            return self._utterance(
+                new_handle("utterance", self._handle.call, _say, text_in_c, None)
+            )
         with convert.options_in_c(SpeechOptions(*options)) as handle:
-            return self._utterance(new_handle(self._handle.call, _say, text_in_c, handle))
+            return self._utterance(
+                new_handle("utterance", self._handle.call, _say, text_in_c, handle)
+            )
 
     def pause(self, length: float) -> Utterance:
         """Silence of `length` seconds among what is said."""
         length_ms = convert.milliseconds(length, "length")
-        return self._utterance(new_handle(self._handle.call, vx["vx_pause"], length_ms))
+        pause = vx["vx_pause"]
+        return self._utterance(new_handle("utterance", self._handle.call, pause, length_ms))
 
     def _utterance(self, pointer: int) -> Utterance:
         utterance = Utterance(self, pointer)
@@ -273,8 +288,8 @@ class Client:
     def wait_until_taken(self, deadline: Optional[float] = None) -> None:
         """Waits until the service has everything that this client said.
 
-        What has no outcome then is being spoken or waits at the service for its turn. Of a long text
-        that may be as late as it takes to speak all but the last 64 KiB.
+        What has no outcome then is being spoken or waits at the service for its turn. Of a long
+        text that may be as late as it takes to speak all but the last 64 KiB.
         """
         check(self._handle.call(vx["vx_wait_until_taken"], convert.deadline_to_c(deadline)))
 
@@ -290,7 +305,8 @@ class Client:
     @property
     def defaults(self) -> SpeechOptions:
         """What `say` uses where its own options are None; where these are, too: the service's."""
-        return convert.take_options(new_handle(self._handle.call, vx["vx_get_defaults"]))
+        get = vx["vx_get_defaults"]
+        return convert.take_options(new_handle("options", self._handle.call, get))
 
     @defaults.setter
     def defaults(self, defaults: SpeechOptions) -> None:
@@ -347,13 +363,13 @@ class Client:
         """What the service can do."""
         time_in_c = convert.deadline_to_c(deadline)
         get = vx["vx_get_features"]
-        return convert.take_features(new_handle(self._handle.call, get, time_in_c))
+        return convert.take_features(new_handle("features", self._handle.call, get, time_in_c))
 
     def settings(self, deadline: Optional[float] = None) -> Settings:
         """The settings that the service keeps for all its clients."""
         time_in_c = convert.deadline_to_c(deadline)
         get = vx["vx_get_settings"]
-        return convert.take_settings(new_handle(self._handle.call, get, time_in_c))
+        return convert.take_settings(new_handle("settings", self._handle.call, get, time_in_c))
 
     def change(self, settings: Settings, deadline: Optional[float] = None) -> None:
         """Changes those that are not None, one after the other; ends with the first refused."""
@@ -384,7 +400,7 @@ class Client:
     def lock(self, deadline: Optional[float] = None) -> Lock:
         """Takes the lock: `with client.lock(): ...`. A process has it once."""
         time_in_c = convert.deadline_to_c(deadline)
-        return Lock(new_handle(self._handle.call, vx["vx_take_lock"], time_in_c))
+        return Lock(new_handle("lock", self._handle.call, vx["vx_take_lock"], time_in_c))
 
     def lock_state(self, deadline: Optional[float] = None) -> LockState:
         """Who has the lock."""
@@ -403,11 +419,21 @@ class Client:
     # ---- Profiles
 
     def save_profile(self, path: Union[str, os.PathLike[str]]) -> None:
-        """Writes `defaults` into a profile (docs/profile-format.md)."""
+        """Writes `defaults` into a profile (docs/profile-format.md), but for `on_loss`.
+
+        What was there stays as it is unless all could be written. Volume and pitch become whole
+        numbers, which the format has; a voice is written as its number, so that one named otherwise
+        needs a connection. Error, PROFILE_ERROR, with the system's reason; BadParameter for what a
+        profile cannot hold. `Profile` has the whole of a file.
+        """
         check(self._handle.call(vx["vx_save_profile"], convert.path_to_c(path)))
 
     def load_profile(self, path: Union[str, os.PathLike[str]]) -> None:
-        """Reads `defaults` from a profile. What is not set there is None afterwards."""
+        """Reads `defaults` from a profile, but for `on_loss`, which stays.
+
+        What is not set there, or is no language, is None afterwards. Error, PROFILE_ERROR, with the
+        system's reason; then nothing has changed.
+        """
         check(self._handle.call(vx["vx_load_profile"], convert.path_to_c(path)))
 
 

@@ -17,6 +17,7 @@ from ._native import (
     Function,
     RawEvent,
     RawOutcome,
+    RawPeer,
     RawVoice,
     check,
     new_handle,
@@ -24,13 +25,16 @@ from ._native import (
     vx,
 )
 from ._values import (
+    Diagnosis,
     Event,
     EventKind,
     Features,
     OnLoss,
     Outcome,
     OutcomeKind,
+    Peer,
     Range,
+    Reach,
     Setting,
     Settings,
     SpeechOptions,
@@ -81,7 +85,7 @@ def seconds(value: float, what: str) -> float:
         raise TypeError(f"{what} is a number of seconds, not {type(value).__name__}")
     if not value >= 0:
         raise ValueError(f"{what} is from 0 seconds on, not {value}")
-    return float(value)
+    return float(min(value, MOST_MILLISECONDS))
 
 
 def milliseconds(value: float, what: str) -> int:
@@ -161,7 +165,7 @@ def _read(handle: int, fields: _Fields) -> dict[str, Any]:
 def options_in_c(options: SpeechOptions) -> Iterator[int]:
     if not isinstance(options, SpeechOptions):
         raise TypeError(f"options are voxtrel.SpeechOptions, not {type(options).__name__}")
-    handle = new_handle(vx["vx_options_new"])
+    handle = new_handle("options", vx["vx_options_new"])
     try:
         _write(handle, _OPTION_FIELDS, options)
         yield handle
@@ -184,7 +188,7 @@ def take_options(handle: int) -> SpeechOptions:
 def settings_in_c(settings: Settings) -> Iterator[int]:
     if not isinstance(settings, Settings):
         raise TypeError(f"settings are voxtrel.Settings, not {type(settings).__name__}")
-    handle = new_handle(vx["vx_settings_new"])
+    handle = new_handle("settings", vx["vx_settings_new"])
     try:
         _write(handle, _SETTING_FIELDS, settings)
         yield handle
@@ -218,7 +222,8 @@ def _count(handle: int, name: str) -> int:
 def _voice(get: Function, handle: int, index: int) -> Voice:
     voice = RawVoice()
     check(get(handle, index, ctypes.byref(voice)))
-    return Voice(voice.name.decode(), voice.language.decode(), voice.number)
+    # A service has room for so many bytes of a name, and may cut it within a character.
+    return Voice(voice.name.decode("utf-8", "replace"), voice.language.decode(), voice.number)
 
 
 def _languages(handle: int, kind: str) -> tuple[str, ...]:
@@ -247,6 +252,39 @@ def take_features(handle: int) -> Features:
         )
     finally:
         vx["vx_features_free"](handle)
+
+
+def _number(get: Function, handle: int) -> int:
+    out = c_int()
+    check(get(handle, ctypes.byref(out)))
+    return out.value
+
+
+def _peer(get: Function, handle: int) -> Peer:
+    raw = RawPeer()
+    check(get(handle, ctypes.byref(raw)))
+    return Peer(raw.process, raw.user if raw.user_known else None, bool(raw.stopped))
+
+
+def take_diagnosis(handle: int) -> Diagnosis:
+    """Reads a diagnosis and frees it."""
+    why, message, path = c_int(), c_char_p(), c_char_p()
+    try:
+        check(vx["vx_diagnosis_why_not"](handle, ctypes.byref(why), ctypes.byref(message)))
+        check(vx["vx_diagnosis_path"](handle, ctypes.byref(path)))
+        return Diagnosis(
+            reach=Reach(_number(vx["vx_diagnosis_reach"], handle)),
+            status=Status(why.value),
+            message=(message.value or b"").decode("utf-8", "replace"),
+            transport=text_of(vx["vx_diagnosis_transport"], handle),
+            path=os.fsdecode(path.value or b""),
+            error=_number(vx["vx_diagnosis_error"], handle),
+            manager=_peer(vx["vx_diagnosis_manager"], handle),
+            service=_peer(vx["vx_diagnosis_service"], handle),
+            takes_any_pause=bool(_number(vx["vx_diagnosis_takes_any_pause"], handle)),
+        )
+    finally:
+        vx["vx_diagnosis_free"](handle)
 
 
 def take_texts(handle: int) -> list[str]:

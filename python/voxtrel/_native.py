@@ -51,6 +51,27 @@ class RawVoice(ctypes.Structure):
     ]
 
 
+class RawPeer(ctypes.Structure):
+    _fields_ = [
+        ("process", c_uint),
+        ("user_known", c_int),
+        ("user", c_uint),
+        ("stopped", c_int),
+        ("reserved", c_void_p * 4),
+    ]
+
+
+class RawProfileOutput(ctypes.Structure):
+    _fields_ = [
+        ("sample_rate", c_int),
+        ("channels", c_int),
+        ("mixer_path", c_int),
+        ("long_break_duration", c_int),
+        ("short_break_duration", c_int),
+        ("reserved", c_void_p * 4),
+    ]
+
+
 _OUT = POINTER(c_void_p)
 
 FUNCTIONS: dict[str, tuple[Any, ...]] = {
@@ -85,7 +106,16 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "vx_client_free": (c_void_p,),
     "vx_is_connected": (c_void_p, POINTER(c_int)),
     "vx_wait_until_connected": (c_void_p, c_int),
-    "vx_diagnose": (c_void_p, c_int, POINTER(c_int)),
+    "vx_diagnose": (c_void_p, c_int, _OUT),
+    "vx_diagnosis_free": (c_void_p,),
+    "vx_diagnosis_reach": (c_void_p, POINTER(c_int)),
+    "vx_diagnosis_why_not": (c_void_p, POINTER(c_int), POINTER(c_char_p)),
+    "vx_diagnosis_transport": (c_void_p, POINTER(c_char_p)),
+    "vx_diagnosis_path": (c_void_p, POINTER(c_char_p)),
+    "vx_diagnosis_error": (c_void_p, POINTER(c_int)),
+    "vx_diagnosis_manager": (c_void_p, POINTER(RawPeer)),
+    "vx_diagnosis_service": (c_void_p, POINTER(RawPeer)),
+    "vx_diagnosis_takes_any_pause": (c_void_p, POINTER(c_int)),
     "vx_set_defaults": (c_void_p, c_void_p),
     "vx_get_defaults": (c_void_p, _OUT),
     "vx_say": (c_void_p, c_char_p, c_void_p, _OUT),
@@ -148,6 +178,16 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "vx_break_lock": (c_void_p, c_int, POINTER(c_uint)),
     "vx_save_profile": (c_void_p, c_char_p),
     "vx_load_profile": (c_void_p, c_char_p),
+    "vx_profile_new": (_OUT,),
+    "vx_profile_free": (c_void_p,),
+    "vx_profile_path_of": (c_char_p, c_char_p, c_size_t),
+    "vx_profile_read": (c_char_p, _OUT),
+    "vx_profile_write": (c_void_p, c_char_p),
+    "vx_profile_get_settings": (c_void_p, _OUT),
+    "vx_profile_set_settings": (c_void_p, c_void_p),
+    "vx_profile_is_on": (c_void_p, c_int, POINTER(c_int)),
+    "vx_profile_turn": (c_void_p, c_int, c_int),
+    "vx_profile_get_output": (c_void_p, POINTER(RawProfileOutput)),
     "vx_fake_new": (_OUT,),
     "vx_fake_free": (c_void_p,),
     "vx_texts_count": (c_void_p, POINTER(c_size_t)),
@@ -160,7 +200,7 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "vx_fake_go_on": (c_void_p,),
     "vx_fake_refuse_next": (c_void_p, c_int),
     "vx_fake_lose_next_request": (c_void_p,),
-    "vx_fake_lose_next_event": (c_void_p,),
+    "vx_fake_lose_next_event": (c_void_p, c_int),
     "vx_fake_freeze": (c_void_p,),
     "vx_fake_thaw": (c_void_p,),
     "vx_fake_answer_after": (c_void_p, c_int),
@@ -254,10 +294,16 @@ def check(status: int) -> None:
         raise error_for(status, last_error())
 
 
-def new_handle(function: Function, *arguments: object) -> int:
-    """The handle that a function gives through its last parameter."""
+def new_handle(kind: str, function: Function, *arguments: object) -> int:
+    """The handle that a function gives through its last parameter; of the type vx_`kind`."""
     out = c_void_p()
-    check(function(*arguments, ctypes.byref(out)))
+    try:
+        check(function(*arguments, ctypes.byref(out)))
+    except BaseException:
+        # An interrupt during the call is raised when it has returned, and may have given one.
+        if out.value:
+            vx[f"vx_{kind}_free"](out.value)
+        raise
     return out.value or 0
 
 
@@ -265,7 +311,11 @@ class Handle:
     """A handle of C that is freed once, and never during a call.
 
     Where another thread is in a call when it is closed, that thread frees it on its way out.
-    A process that was forked off neither uses nor frees the handles of its parent.
+    A process that was forked off neither uses nor frees the handles of its parent: to it they are
+    closed.
+
+    Called on: any thread, finalizers and signal handlers included. These may get in between where
+    the mutex is held, which lets its own thread in: so a call counts itself before it looks.
     """
 
     __slots__ = ("_closed", "_forks", "_free", "_mutex", "_pointer", "_users", "_what")
@@ -274,39 +324,39 @@ class Handle:
         self._pointer = pointer
         self._free = free
         self._what = what
-        self._mutex = threading.Lock()
+        self._mutex = threading.RLock()
         self._users = 0
         self._closed = False
         self._forks = _forks
 
     @property
     def closed(self) -> bool:
-        return self._closed
+        return self._closed or self._forks != _forks
 
     def call(self, function: Function, *arguments: object) -> int:
         """Calls `function` with the handle in front; Closed once it is closed."""
         if self._forks != _forks:
             raise RuntimeError(f"{self._what} was made before a fork: make one of your own")
         with self._mutex:
-            if self._closed:
-                raise Closed(Status.CLOSED, f"{self._what} is closed")
             self._users += 1
         try:
+            if self._closed:
+                raise Closed(Status.CLOSED, f"{self._what} is closed")
             return function(self._pointer, *arguments)
         finally:
             with self._mutex:
                 self._users -= 1
-                last = self._closed and self._users == 0
-            if last:
-                self._free(self._pointer)
+            self._free_if_done()
 
     def close(self) -> None:
-        if self._forks != _forks:
-            return
-        with self._mutex:
-            if self._closed:
-                return
+        if self._forks == _forks:
             self._closed = True
-            busy = self._users > 0
-        if not busy:
-            self._free(self._pointer)
+            self._free_if_done()
+
+    def _free_if_done(self) -> None:
+        pointer = 0
+        with self._mutex:
+            if self._closed and self._users == 0:
+                pointer, self._pointer = self._pointer, 0
+        if pointer:
+            self._free(pointer)

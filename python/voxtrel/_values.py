@@ -180,12 +180,37 @@ class Reach(enum.IntEnum):
 
 
 @dataclass(frozen=True)
+class Peer:
+    """Who stands at the other end, as far as the system tells."""
+
+    process: int = 0
+    """0: not known."""
+    user: Optional[int] = None
+    """The number of the user that started it; None: not known."""
+    is_stopped: bool = False
+    """The process is stopped, as by SIGSTOP or a debugger."""
+
+
+@dataclass(frozen=True)
 class Diagnosis:
     """What a client sees on its way to the service."""
 
     reach: Reach
+    status: Status
+    """Why there is no connection; OK when there is one."""
     message: str
     """What is in the way, with path, process and what to do; empty when nothing is."""
+    transport: str = ""
+    """"socket", or "driver": the device's own; empty for a fake service."""
+    path: str = ""
+    """Where the service manager is looked for; empty: not a file."""
+    error: int = 0
+    """`errno` of the attempt to get there; 0: none, or not known."""
+    manager: Peer = Peer()
+    service: Peer = Peer()
+    takes_any_pause: bool = False
+    """The service has begun a pause of 49 days, which it must refuse at once
+    (docs/writing-a-service.md). It was told to drop it again, and with it what was said."""
 
 
 class LockState(enum.IntEnum):

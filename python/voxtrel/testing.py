@@ -9,7 +9,8 @@ from typing import TYPE_CHECKING, Optional
 
 from . import _convert as convert
 from ._native import FOREVER, Handle, check, new_handle, vx
-from ._values import Status
+from ._values import EventKind, Status
+from ._weak import WeakList
 
 if TYPE_CHECKING:
     from ._client import Client
@@ -29,13 +30,14 @@ class FakeService:
     """
 
     def __init__(self) -> None:
-        self._handle = Handle(new_handle(vx["vx_fake_new"]), vx["vx_fake_free"], "the fake service")
+        pointer = new_handle("fake", vx["vx_fake_new"])
+        self._handle = Handle(pointer, vx["vx_fake_free"], "the fake service")
         self._finalizer = weakref.finalize(self, self._handle.close)
-        self._clients: weakref.WeakSet[Client] = weakref.WeakSet()
+        self._clients: WeakList[Client] = WeakList()
 
     def close(self) -> None:
         """Ends it; RuntimeError while a client of it is left."""
-        if any(not client.is_closed for client in self._clients):
+        if any(not client.is_closed for client in self._clients.living()):
             raise RuntimeError("a client of the fake service is not closed")
         self._finalizer()
 
@@ -50,9 +52,12 @@ class FakeService:
     ) -> None:
         self.close()
 
-    def stand_in(self, client: Client, options: int) -> None:
+    def stand_in(self, options: int) -> None:
         """Of Client: lets the client that these options of C make speak through it."""
         check(self._handle.call(_set_fake, options))
+
+    def serve(self, client: Client) -> None:
+        """Of Client: the one that was made."""
         self._clients.add(client)
 
     def spoken(self) -> list[str]:
@@ -60,7 +65,7 @@ class FakeService:
 
         A text that goes in pieces is several.
         """
-        return convert.take_texts(new_handle(self._handle.call, vx["vx_fake_spoken"]))
+        return convert.take_texts(new_handle("texts", self._handle.call, vx["vx_fake_spoken"]))
 
     def wait_for_spoken(self, count: int, timeout: Optional[float] = None) -> None:
         """Waits until so many have been; TimedOut when they were fewer in `timeout` seconds."""
@@ -70,7 +75,7 @@ class FakeService:
 
     def requests(self) -> list[str]:
         """What was asked of it, one line each, as `say 3 "Hello."` or `stop own`."""
-        return convert.take_texts(new_handle(self._handle.call, vx["vx_fake_requests"]))
+        return convert.take_texts(new_handle("texts", self._handle.call, vx["vx_fake_requests"]))
 
     def _tell(self, order: str, *arguments: int) -> None:
         check(self._handle.call(vx[f"vx_fake_{order}"], *arguments))
@@ -91,9 +96,9 @@ class FakeService:
         """Never gets the next request to speak, and nobody is told."""
         self._tell("lose_next_request")
 
-    def lose_next_event(self) -> None:
-        """Does not send the next event about an utterance."""
-        self._tell("lose_next_event")
+    def lose_next_event(self, kind: EventKind = EventKind.ENDED) -> None:
+        """Does not send the next event of that kind about an utterance: STARTED, WORD or ENDED."""
+        self._tell("lose_next_event", convert.member(EventKind, kind, "kind"))
 
     def freeze(self) -> None:
         """Answers nothing, and sends no events, until `thaw`: like a stopped process."""

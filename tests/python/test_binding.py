@@ -11,10 +11,12 @@ import subprocess
 import sys
 import zipfile
 from pathlib import Path
+from typing import Any
 
 import pytest
 from voxtrel import _native as native
 from voxtrel import _values as values
+from voxtrel._convert import _voice
 
 ROOT = Path(os.environ["VOXTREL_SOURCE_DIR"])
 HEADERS = [ROOT / "voxtrel/voxtrel.h", ROOT / "voxtrel/testing/fake.h"]
@@ -91,6 +93,8 @@ STRUCTURES = {
     "vx_outcome": native.RawOutcome,
     "vx_event": native.RawEvent,
     "vx_voice": native.RawVoice,
+    "vx_peer": native.RawPeer,
+    "vx_profile_output": native.RawProfileOutput,
 }
 
 
@@ -136,6 +140,14 @@ def test_finds_the_library_by_the_loader(tmp_path: Path) -> None:
     environment = {**os.environ, "LD_LIBRARY_PATH": str(tmp_path)}
     del environment["VOXTREL_LIBRARY"]
     subprocess.run([sys.executable, "-c", "import voxtrel"], env=environment, check=True)
+
+
+def test_a_name_that_is_cut_within_a_character_is_told() -> None:
+    def give(handle: int, index: int, out: Any) -> int:
+        out._obj.name, out._obj.language, out._obj.number = b"Anna \xea\xb0", b"ko-KR", 1
+        return 0
+
+    assert _voice(give, 0, 0) == values.Voice("Anna \ufffd", "ko-KR", 1)
 
 
 def test_numbers_without_a_name_are_kept() -> None:

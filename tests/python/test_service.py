@@ -4,12 +4,13 @@
 from __future__ import annotations
 
 import asyncio
+import os
 import threading
 
 import pytest
 import voxtrel
-from conftest import LONG, Service, eventually
-from voxtrel import EventKind, OnLoss, OutcomeKind, Status
+from conftest import FOLDER, LONG, Service, eventually
+from voxtrel import EventKind, OnLoss, OutcomeKind, Reach, Status
 
 # Short enough to be sent as a whole; what still waits in the client is not lost with a service.
 LONG_TEXT = "This is a sentence of some length, which takes a while to be spoken. " * 12
@@ -121,6 +122,23 @@ def test_a_frozen_service_blocks_nobody(client: voxtrel.Client, service: Service
                 waiting.wait(0.1)
         assert waiting.wait(LONG)
         client.settings(LONG)
+
+
+def test_the_way_to_the_service_is_seen(client: voxtrel.Client, service: Service) -> None:
+    assert service.process is not None
+    process, user = service.process.pid, os.getuid()
+    seen = client.diagnose()
+    assert (seen.reach, seen.status, seen.message) == (Reach.CONNECTED, Status.OK, "")
+    assert (seen.transport, seen.path, seen.error) == ("socket", str(FOLDER / "binder"), 0)
+    assert seen.service == voxtrel.Peer(process, user)
+    assert seen.manager.process not in (0, process) and seen.manager.user == user
+    with service.frozen():
+        with pytest.raises(voxtrel.TimedOut):
+            client.settings(0.1)
+        seen = client.diagnose()
+    assert (seen.reach, seen.status) == (Reach.SERVICE_SILENT, Status.UNRESPONSIVE)
+    assert seen.service == voxtrel.Peer(process, user, is_stopped=True)
+    assert not seen.manager.is_stopped and f"process {process} is stopped" in seen.message
 
 
 def test_other_threads_run_while_one_waits(client: voxtrel.Client, service: Service) -> None:

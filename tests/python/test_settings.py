@@ -11,6 +11,8 @@ import pytest
 import voxtrel
 from conftest import LONG, eventually
 from voxtrel import Setting, Settings, SpeechOptions, Status, Switch
+from voxtrel import _client
+from voxtrel import _native as native
 from voxtrel.testing import FakeService
 
 
@@ -116,11 +118,11 @@ def test_another_process_with_the_lock_keeps_it(fake: FakeService, faked: voxtre
 
 def test_what_is_in_the_way_is_told(fake: FakeService, faked: voxtrel.Client) -> None:
     faked.wait_until_connected(LONG)
-    assert faked.diagnose() == voxtrel.Diagnosis(voxtrel.Reach.CONNECTED, "")
+    assert faked.diagnose() == voxtrel.Diagnosis(voxtrel.Reach.CONNECTED, Status.OK, "")
     fake.die()
     eventually(lambda: not faked.is_connected, "the end of the service is noticed")
     seen = faked.diagnose()
-    assert seen.reach is voxtrel.Reach.NO_SERVICE
+    assert seen.reach is voxtrel.Reach.NO_SERVICE and seen.status is Status.SERVICE_NOT_FOUND
     assert "no speech service is registered" in seen.message
 
 
@@ -129,6 +131,25 @@ def test_trusted_users_are_numbers(fake: FakeService) -> None:
         client.wait_until_connected(LONG)
     with pytest.raises(TypeError):
         voxtrel.Client("test", fake=fake, trusted_users=["anna"])  # type: ignore[list-item]
+
+
+def test_who_trusts_nobody_else_does_not_trust_everybody(
+    fake: FakeService, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    name = "vx_client_options_trust_user"
+    trust = native.vx[name]
+    trusted: list[int] = []
+
+    def note(options: int, user: int) -> int:
+        trusted.append(user)
+        return trust(options, user)
+
+    everything: dict[str, object] = {**native.vx, name: note}
+    monkeypatch.setattr(_client, "vx", everything)
+    voxtrel.Client(fake=fake).close()
+    assert not trusted, "anybody is"
+    voxtrel.Client(fake=fake, trusted_users=[]).close()
+    assert trusted == [0], "only root, who is in any case"
 
 
 def test_a_lock_is_seen_and_broken(fake: FakeService, faked: voxtrel.Client) -> None:

@@ -9,7 +9,7 @@ from typing import Any, Callable
 import pytest
 import voxtrel
 from conftest import LONG, eventually
-from voxtrel import OnLoss, OutcomeKind, SpeechOptions, Status, Stopper
+from voxtrel import EventKind, OnLoss, OutcomeKind, SpeechOptions, Status, Stopper
 from voxtrel.testing import FakeService
 
 ALL = SpeechOptions(
@@ -176,6 +176,17 @@ def test_a_lost_request_is_lost(fake: FakeService, faked: voxtrel.Client) -> Non
     fake.lose_next_event()
     first, second = faked.say("first"), faked.say("second")
     assert not first.wait(LONG).is_pending and second.wait(LONG)
+
+
+def test_an_event_of_each_kind_can_be_lost(fake: FakeService, faked: voxtrel.Client) -> None:
+    kinds: list[EventKind] = []
+    faked.on_event(lambda event: kinds.append(event.kind))
+    fake.lose_next_event(EventKind.WORD)
+    assert faked.say("One.").wait(LONG) and faked.say("Two.").wait(LONG)
+    eventually(lambda: faked.dispatch() >= 0 and kinds.count(EventKind.ENDED) == 2, "the events")
+    assert kinds.count(EventKind.WORD) == 1
+    with pytest.raises(voxtrel.BadParameter):
+        fake.lose_next_event(EventKind.MARK)
 
 
 def test_positions_are_indices_into_the_text(fake: FakeService, faked: voxtrel.Client) -> None:

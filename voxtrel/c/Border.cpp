@@ -5,6 +5,14 @@
 
 #include "voxtrel/Status.h"
 
+static_assert(static_cast<int>(voxtrel::Switch::Speech) == VX_SWITCH_SPEECH);
+static_assert(static_cast<int>(voxtrel::Switch::Speed) == VX_SWITCH_SPEED);
+static_assert(static_cast<int>(voxtrel::Switch::Pitch) == VX_SWITCH_PITCH);
+static_assert(static_cast<int>(voxtrel::Switch::Voice) == VX_SWITCH_VOICE);
+static_assert(static_cast<int>(voxtrel::Switch::Volume) == VX_SWITCH_VOLUME);
+static_assert(static_cast<int>(voxtrel::Switch::MediaVolume) == VX_SWITCH_MEDIA_VOLUME);
+static_assert(static_cast<int>(voxtrel::Switch::SpeechVolume) == VX_SWITCH_SPEECH_VOLUME);
+
 namespace voxtrel::c {
 namespace {
 
@@ -67,6 +75,15 @@ bool readTimeout(int milliseconds, Deadline& timeout) noexcept {
         return false;
     }
     timeout = milliseconds < 0 ? Deadline() : Deadline(milliseconds);
+    return true;
+}
+
+bool readSwitch(int number, Switch& which) noexcept {
+    if (number < VX_SWITCH_SPEECH || number > VX_SWITCH_SPEECH_VOLUME) {
+        badParameter("there is no such switch");
+        return false;
+    }
+    which = static_cast<Switch>(number);
     return true;
 }
 

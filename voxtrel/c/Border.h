@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "voxtrel/Result.h"
+#include "voxtrel/Settings.h"
 #include "voxtrel/voxtrel.h"
 
 /// What keeps exceptions out of C. Called on: any thread.
@@ -70,6 +71,10 @@ bool readDeadline(int milliseconds, Deadline& deadline) noexcept;
 /// Reads how long to wait for speech; unset: for ever.
 /// @return false, and notes it, if it is no time.
 bool readTimeout(int milliseconds, Deadline& timeout) noexcept;
+
+/// Reads which switch of the service is meant.
+/// @return false, and notes it, if there is none of that number.
+bool readSwitch(int number, Switch& which) noexcept;
 
 }  // namespace voxtrel::c
 

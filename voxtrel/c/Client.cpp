@@ -8,9 +8,6 @@ using voxtrel::Milliseconds;
 
 static_assert(static_cast<int>(HandlerThread::OfTheLibrary) == VX_THREAD_OF_LIBRARY);
 static_assert(static_cast<int>(HandlerThread::OfTheApplication) == VX_THREAD_OF_APPLICATION);
-static_assert(static_cast<int>(voxtrel::Reach::NoManager) == VX_REACH_NO_MANAGER);
-static_assert(static_cast<int>(voxtrel::Reach::NoService) == VX_REACH_NO_SERVICE);
-static_assert(static_cast<int>(voxtrel::Reach::Connected) == VX_REACH_CONNECTED);
 static_assert(static_cast<int>(LockState::Free) == VX_LOCK_FREE);
 static_assert(static_cast<int>(LockState::HeldByThisProcess) == VX_LOCK_HELD_BY_THIS_PROCESS);
 static_assert(static_cast<int>(LockState::HeldByAnother) == VX_LOCK_HELD_BY_ANOTHER);
@@ -110,22 +107,6 @@ vx_status vx_wait_until_connected(vx_client* client, int deadline_ms) {
         return VX_BAD_PARAMETER;
     }
     return guarded([&] { return finish(client->client.waitUntilConnected(deadline)); });
-}
-
-vx_status vx_diagnose(vx_client* client, int deadline_ms, int* reach) {
-    Deadline deadline;
-    if (!areGiven(client, reach) || !readDeadline(deadline_ms, deadline)) {
-        return VX_BAD_PARAMETER;
-    }
-    return guarded([&] {
-        const voxtrel::Diagnosis seen = client->client.diagnose(deadline);
-        const voxtrel::Error why = seen.whyNot();
-        if (why.status != voxtrel::Status::Ok) {
-            (void)fail(static_cast<vx_status>(why.status), why.message.c_str());
-        }
-        *reach = static_cast<int>(seen.reach);
-        return VX_OK;
-    });
 }
 
 vx_status vx_check_events(vx_client* client, int deadline_ms) {

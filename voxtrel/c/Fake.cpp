@@ -106,8 +106,13 @@ vx_status vx_fake_lose_next_request(vx_fake* fake) {
     return tell(fake, [](FakeService& service) { service.loseNextRequest(); });
 }
 
-vx_status vx_fake_lose_next_event(vx_fake* fake) {
-    return tell(fake, [](FakeService& service) { service.loseNextEvent(); });
+vx_status vx_fake_lose_next_event(vx_fake* fake, int kind) {
+    if (kind != VX_EVENT_STARTED && kind != VX_EVENT_WORD && kind != VX_EVENT_ENDED) {
+        return badParameter("the fake service loses events of other kinds only");
+    }
+    return tell(fake, [kind](FakeService& service) {
+        service.loseNextEvent(static_cast<voxtrel::Event::Kind>(kind));
+    });
 }
 
 vx_status vx_fake_freeze(vx_fake* fake) {
@@ -144,6 +149,9 @@ vx_status vx_fake_stop_by_another(vx_fake* fake) {
 }
 
 vx_status vx_fake_lock_by_another(vx_fake* fake, unsigned int process) {
+    if (process == 0) {
+        return badParameter("processes are numbered from 1");
+    }
     return tell(fake, [process](FakeService& service) { service.lockByAnother(process); });
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "voxtrel/Client.h"
+#include "voxtrel/Profile.h"
 #include "voxtrel/c/Border.h"
 #include "voxtrel/testing/FakeService.h"
 #include "voxtrel/testing/fake.h"
@@ -33,6 +34,15 @@ struct vx_features : voxtrel::Features {};
 
 struct vx_lock {
     voxtrel::Lock lock;
+};
+
+struct vx_diagnosis {
+    voxtrel::Diagnosis seen;
+    voxtrel::Error why;  ///< there is no connection
+};
+
+struct vx_profile {
+    voxtrel::Profile profile;
 };
 
 struct vx_fake {

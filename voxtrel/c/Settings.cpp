@@ -6,27 +6,6 @@ using namespace voxtrel::c;
 using voxtrel::GlobalSettings;
 using voxtrel::Switch;
 
-static_assert(static_cast<int>(Switch::Speech) == VX_SWITCH_SPEECH);
-static_assert(static_cast<int>(Switch::Speed) == VX_SWITCH_SPEED);
-static_assert(static_cast<int>(Switch::Pitch) == VX_SWITCH_PITCH);
-static_assert(static_cast<int>(Switch::Voice) == VX_SWITCH_VOICE);
-static_assert(static_cast<int>(Switch::Volume) == VX_SWITCH_VOLUME);
-static_assert(static_cast<int>(Switch::MediaVolume) == VX_SWITCH_MEDIA_VOLUME);
-static_assert(static_cast<int>(Switch::SpeechVolume) == VX_SWITCH_SPEECH_VOLUME);
-
-namespace {
-
-bool readSwitch(int number, Switch& which) {
-    if (number < VX_SWITCH_SPEECH || number > VX_SWITCH_SPEECH_VOLUME) {
-        badParameter("there is no such switch");
-        return false;
-    }
-    which = static_cast<Switch>(number);
-    return true;
-}
-
-}  // namespace
-
 vx_status vx_settings_new(vx_settings** settings) {
     return create(settings);
 }

@@ -66,8 +66,11 @@ vx_status vx_fake_refuse_next(vx_fake* fake, vx_status why);
 /* Never gets the next text or pause, and nobody is told. */
 vx_status vx_fake_lose_next_request(vx_fake* fake);
 
-/* Does not send the next event that a text or pause has ended. */
-vx_status vx_fake_lose_next_event(vx_fake* fake);
+/*
+ * Does not send the next event of that kind about a text or pause. kind: VX_EVENT_STARTED,
+ * VX_EVENT_WORD or VX_EVENT_ENDED.
+ */
+vx_status vx_fake_lose_next_event(vx_fake* fake, int kind);
 
 /*
  * Answers nothing, and sends no events, until vx_fake_thaw: like a stopped process that has no room
@@ -88,7 +91,10 @@ vx_status vx_fake_shut_down(vx_fake* fake);
 /* Is there again, with default settings, speaking at once. */
 vx_status vx_fake_come_back(vx_fake* fake);
 
-/* Another process stops everything, or takes the lock, from whom that may be, or gives it back. */
+/*
+ * Another process stops everything, or takes the lock, from whom that may be, or gives it back.
+ * process: its number, from 1.
+ */
 vx_status vx_fake_stop_by_another(vx_fake* fake);
 vx_status vx_fake_lock_by_another(vx_fake* fake, unsigned int process);
 vx_status vx_fake_unlock_by_another(vx_fake* fake);

@@ -1,40 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <regex>
 #include <set>
 
-#include "tests/support/TempFolder.h"
-#include "tests/voxtrel/c/program.h"
+#include "tests/voxtrel/c/InC.h"
 
 namespace {
 
+using voxtrel_test::AClientInC;
+using voxtrel_test::InC;
 using voxtrel_test::readFile;
-using voxtrel_test::TempFolder;
-
-/// Where no service can be found.
-class InC : public ::testing::Test {
-protected:
-    InC() { setenv("VOXTREL_BINDER_SOCKET", mFolder.path("binder").c_str(), 1); }
-    ~InC() override { unsetenv("VOXTREL_BINDER_SOCKET"); }
-
-    TempFolder mFolder;
-};
-
-class AClientInC : public InC {
-protected:
-    AClientInC() : mClient(client_of(nullptr, VX_THREAD_OF_APPLICATION)) {
-        vx_say(mClient, "Hello.", nullptr, &mUtterance);
-    }
-    ~AClientInC() override {
-        vx_utterance_free(mUtterance);
-        vx_client_free(mClient);
-    }
-
-    vx_client* const mClient;
-    vx_utterance* mUtterance = nullptr;
-};
 
 /// The functions that a header declares.
 std::set<std::string> functionsOf(const std::string& header) {
@@ -108,10 +82,6 @@ TEST_F(InC, ALockIsHeldUntilItIsFreed) {
 
 TEST(ThatWhatIsSaid, IsInTheHandsOfTheServiceIsWaitedFor) {
     EXPECT_STREQ(nullptr, what_is_said_is_in_the_hands_of_the_service());
-}
-
-TEST_F(InC, AProfileKeepsTheDefaults) {
-    EXPECT_STREQ(nullptr, profile_keeps_the_defaults(mFolder.path("voxtrel.ini").c_str()));
 }
 
 TEST_F(InC, TheFakeServiceDoesWhatItIsTold) {

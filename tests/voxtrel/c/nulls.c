@@ -55,9 +55,12 @@ static const char* refused_of_values(void) {
 static const char* refused_of_clients(void) {
     vx_options* options = NULL;
     vx_utterance* utterance = NULL;
+    vx_diagnosis* diagnosis = NULL;
     vx_outcome outcome;
     vx_position position;
     vx_event event;
+    vx_peer peer;
+    const char* text;
     unsigned long number;
     size_t count;
     int any;
@@ -72,7 +75,16 @@ static const char* refused_of_clients(void) {
     REFUSES(vx_client_new("app", NULL, NULL));
     REFUSES(vx_client_free(NULL));
     REFUSES(vx_is_connected(NULL, &any));
-    REFUSES(vx_diagnose(NULL, 0, &any));
+    REFUSES(vx_diagnose(NULL, 0, &diagnosis));
+    REFUSES(vx_diagnosis_free(NULL));
+    REFUSES(vx_diagnosis_reach(NULL, &any));
+    REFUSES(vx_diagnosis_why_not(NULL, &any, &text));
+    REFUSES(vx_diagnosis_transport(NULL, &text));
+    REFUSES(vx_diagnosis_path(NULL, &text));
+    REFUSES(vx_diagnosis_error(NULL, &any));
+    REFUSES(vx_diagnosis_manager(NULL, &peer));
+    REFUSES(vx_diagnosis_service(NULL, &peer));
+    REFUSES(vx_diagnosis_takes_any_pause(NULL, &any));
     REFUSES(vx_client_options_trust_user(NULL, 1));
     REFUSES(vx_wait_until_connected(NULL, 0));
     REFUSES(vx_set_defaults(NULL, options));
@@ -94,9 +106,7 @@ static const char* refused_of_clients(void) {
     REFUSES(vx_client_fd(NULL, &any));
     REFUSES(vx_next_event(NULL, &event));
     REFUSES(vx_dispatch(NULL, &count));
-    REFUSES(vx_save_profile(NULL, "/tmp/profile"));
-    REFUSES(vx_load_profile(NULL, "/tmp/profile"));
-    REQUIRE(utterance == NULL);
+    REQUIRE(utterance == NULL && diagnosis == NULL);
     REQUIRE(vx_options_free(options) == VX_OK);
     return NULL;
 }
@@ -141,6 +151,38 @@ static const char* refused_of_the_service(void) {
     return NULL;
 }
 
+static const char* refused_of_profiles(void) {
+    vx_profile* profile = NULL;
+    vx_settings* settings = NULL;
+    vx_profile_output output;
+    char path[64];
+    int on;
+
+    REQUIRE(vx_profile_new(&profile) == VX_OK);
+    REFUSES(vx_save_profile(NULL, "/tmp/profile"));
+    REFUSES(vx_load_profile(NULL, "/tmp/profile"));
+    REFUSES(vx_profile_new(NULL));
+    REFUSES(vx_profile_free(NULL));
+    REFUSES(vx_profile_path_of(NULL, path, sizeof path));
+    REFUSES(vx_profile_path_of("radio", NULL, sizeof path));
+    REFUSES(vx_profile_read(NULL, &profile));
+    REFUSES(vx_profile_read("/tmp/profile", NULL));
+    REFUSES(vx_profile_write(NULL, "/tmp/profile"));
+    REFUSES(vx_profile_write(profile, NULL));
+    REFUSES(vx_profile_get_settings(NULL, &settings));
+    REFUSES(vx_profile_get_settings(profile, NULL));
+    REFUSES(vx_profile_set_settings(NULL, settings));
+    REFUSES(vx_profile_set_settings(profile, NULL));
+    REFUSES(vx_profile_is_on(NULL, VX_SWITCH_SPEECH, &on));
+    REFUSES(vx_profile_is_on(profile, VX_SWITCH_SPEECH, NULL));
+    REFUSES(vx_profile_turn(NULL, VX_SWITCH_SPEECH, 1));
+    REFUSES(vx_profile_get_output(NULL, &output));
+    REFUSES(vx_profile_get_output(profile, NULL));
+    REQUIRE(settings == NULL);
+    REQUIRE(vx_profile_free(profile) == VX_OK);
+    return NULL;
+}
+
 static const char* refused_of_the_fake(void) {
     vx_texts* texts = NULL;
     const char* text;
@@ -158,7 +200,7 @@ static const char* refused_of_the_fake(void) {
     REFUSES(vx_fake_go_on(NULL));
     REFUSES(vx_fake_refuse_next(NULL, VX_QUEUE_FULL));
     REFUSES(vx_fake_lose_next_request(NULL));
-    REFUSES(vx_fake_lose_next_event(NULL));
+    REFUSES(vx_fake_lose_next_event(NULL, VX_EVENT_ENDED));
     REFUSES(vx_fake_freeze(NULL));
     REFUSES(vx_fake_thaw(NULL));
     REFUSES(vx_fake_answer_after(NULL, 0));
@@ -176,6 +218,7 @@ const char* null_handles_are_bad_parameters(void) {
     const char* wrong = refused_of_values();
     wrong = wrong != NULL ? wrong : refused_of_clients();
     wrong = wrong != NULL ? wrong : refused_of_the_service();
+    wrong = wrong != NULL ? wrong : refused_of_profiles();
     return wrong != NULL ? wrong : refused_of_the_fake();
 }
 
@@ -195,6 +238,8 @@ const char* null_pointers_are_bad_parameters(vx_client* client, vx_utterance* ut
     REFUSES(vx_settings_get_pitch(settings, NULL));
     REFUSES(vx_say(client, NULL, options, &said));
     REFUSES(vx_is_connected(client, NULL));
+    REFUSES(vx_diagnose(client, 0, NULL));
+    REFUSES(vx_lock_state(client, 0, NULL));
     REFUSES(vx_set_defaults(client, NULL));
     REFUSES(vx_get_defaults(client, NULL));
     REFUSES(vx_client_fd(client, NULL));

@@ -39,8 +39,18 @@ const char* service_is_asked_what_it_can_do(void);
 const char* settings_of_the_service_change(void);
 const char* lock_is_held_until_it_is_freed(void);
 const char* what_is_said_is_in_the_hands_of_the_service(void);
-const char* profile_keeps_the_defaults(const char* path);
 const char* fake_service_does_what_it_is_told(void);
+
+/* profiles.c */
+const char* profile_keeps_the_defaults(const char* path);
+const char* profile_is_read_whole(const char* path);
+const char* profile_is_changed_and_written(const char* path, const char* copy);
+const char* profile_that_cannot_be_is_refused(const char* path, const char* nowhere);
+const char* profile_of_the_device_has_its_place(void);
+
+/* diagnosis.c; `client` finds nothing at `socket`, for the reason `error`. */
+const char* missing_manager_is_diagnosed(vx_client* client, const char* socket, int error);
+const char* connection_is_diagnosed(void);
 
 /* events.c */
 const char* events_come_one_by_one(void);

@@ -16,8 +16,12 @@ namespace {
 /// How many allocations this thread has left; negative: all that it wants.
 thread_local int allocationsLeft = -1;
 
+/// The one after these fails alone.
+thread_local bool failsOnce = false;
+
 void* allocate(std::size_t size) {
     if (allocationsLeft == 0) {
+        allocationsLeft = failsOnce ? -1 : 0;
         throw std::bad_alloc();
     }
     if (allocationsLeft > 0) {
@@ -80,6 +84,14 @@ protected:
         }
     }
 
+    /// As `failEach`, where there is memory again for what follows.
+    static int failEachAlone(const std::function<vx_status()>& call) {
+        failsOnce = true;
+        const int failed = failEach(call);
+        failsOnce = false;
+        return failed;
+    }
+
     voxtrel_test::TempFolder mFolder;
     vx_client* mClient = nullptr;
 };
@@ -97,6 +109,57 @@ TEST_F(WhereMemoryRunsOut, AnOptionIsNotSet) {
     EXPECT_GT(failEach([&] { return vx_get_defaults(mClient, &defaults); }), 0);
     EXPECT_EQ(VX_OK, vx_options_free(defaults));
     EXPECT_EQ(VX_OK, vx_options_free(options));
+}
+
+TEST_F(WhereMemoryRunsOut, AProfileIsNotChanged) {
+    vx_profile* profile = nullptr;
+    vx_settings* settings = nullptr;
+    char path[64] = "";
+    EXPECT_GT(failEach([&] { return vx_profile_new(&profile); }), 0);
+    EXPECT_EQ(VX_OK, vx_settings_new(&settings));
+    EXPECT_EQ(VX_OK, vx_settings_set_language(settings, "a tag that is too long to be none"));
+    EXPECT_GT(failEach([&] { return vx_profile_set_settings(profile, settings); }), 0);
+    EXPECT_EQ(VX_OK, vx_settings_free(settings));
+    EXPECT_GT(failEach([&] { return vx_profile_get_settings(profile, &settings); }), 0);
+    EXPECT_GT(failEach([&] { return vx_profile_turn(profile, VX_SWITCH_PITCH, 0); }), 0);
+    EXPECT_GT(failEach([&] { return vx_profile_path_of("a radio", path, sizeof path); }), 0);
+    EXPECT_EQ(VX_OK, vx_settings_free(settings));
+    EXPECT_EQ(VX_OK, vx_profile_free(profile));
+}
+
+TEST_F(WhereMemoryRunsOut, AProfileIsReadAndWrittenWholeOrNotAtAll) {
+    const std::string path = mFolder.path("p.ini");
+    voxtrel_test::writeFile(path, "\nmedia_volume_enable=0\nspeed=200\n");
+    vx_profile* profile = nullptr;
+    EXPECT_GT(failEachAlone([&] {
+                  const vx_status status = vx_profile_read(path.c_str(), &profile);
+                  allocationsLeft = -1;
+                  vx_settings* settings = nullptr;
+                  unsigned int speed = 0;
+                  EXPECT_EQ(status, vx_profile_get_settings(profile, &settings) == VX_OK
+                                        ? vx_settings_get_speed(settings, &speed)
+                                        : VX_NO_MEMORY);
+                  vx_settings_free(settings);
+                  return status;
+              }),
+              0);
+    const std::string before = "as it was before";
+    voxtrel_test::writeFile(path, before);
+    EXPECT_GT(failEachAlone([&] {
+                  const vx_status status = vx_profile_write(profile, path.c_str());
+                  allocationsLeft = -1;
+                  const std::string now = voxtrel_test::readFile(path);
+                  EXPECT_TRUE(status == VX_OK ? now.size() > 200 : now == before) << now;
+                  return status;
+              }),
+              0);
+    EXPECT_EQ(VX_OK, vx_profile_free(profile));
+}
+
+TEST_F(WhereMemoryRunsOut, NothingIsDiagnosed) {
+    vx_diagnosis* seen = nullptr;
+    EXPECT_GT(failEach([&] { return vx_diagnose(mClient, 0, &seen); }), 0);
+    EXPECT_EQ(VX_OK, vx_diagnosis_free(seen));
 }
 
 TEST_F(WhereMemoryRunsOut, NoClientIsMade) {

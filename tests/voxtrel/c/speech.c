@@ -199,13 +199,10 @@ const char* what_is_said_is_in_the_hands_of_the_service(void) {
     vx_client* client;
     vx_utterance* held = NULL;
     vx_outcome outcome;
-    int reach = -1;
 
     REQUIRE(vx_fake_new(&fake) == VX_OK);
     client = client_of(fake, VX_THREAD_OF_LIBRARY);
     REQUIRE(vx_check_events(client, VX_CLIENT_DEADLINE) == VX_OK);
-    REQUIRE(vx_diagnose(client, VX_CLIENT_DEADLINE, &reach) == VX_OK);
-    REQUIRE(reach == VX_REACH_CONNECTED);
     REQUIRE(vx_fake_hold(fake) == VX_OK);
     REQUIRE(vx_say(client, "Held.", NULL, &held) == VX_OK);
     REQUIRE(vx_wait_until_taken(client, VX_CLIENT_DEADLINE) == VX_OK);
@@ -216,30 +213,6 @@ const char* what_is_said_is_in_the_hands_of_the_service(void) {
     REQUIRE(vx_utterance_wait(held, VX_FOREVER, &outcome) == VX_OK);
     REQUIRE(outcome.kind == VX_OUTCOME_FINISHED);
     REQUIRE(vx_utterance_free(held) == VX_OK);
-    REQUIRE(vx_client_free(client) == VX_OK);
-    return vx_fake_free(fake) == VX_OK ? NULL : "the fake is not freed";
-}
-
-const char* profile_keeps_the_defaults(const char* path) {
-    vx_fake* fake = NULL;
-    vx_client* client;
-    vx_options* options = NULL;
-    unsigned int speed = 0;
-
-    REQUIRE(vx_fake_new(&fake) == VX_OK);
-    client = client_of(fake, VX_THREAD_OF_LIBRARY);
-    REQUIRE(vx_load_profile(client, path) == VX_PROFILE_ERROR);
-    REQUIRE(vx_options_new(&options) == VX_OK);
-    REQUIRE(vx_options_set_speed(options, 130) == VX_OK);
-    REQUIRE(vx_set_defaults(client, options) == VX_OK);
-    REQUIRE(vx_save_profile(client, path) == VX_OK);
-    REQUIRE(vx_options_set_speed(options, 90) == VX_OK);
-    REQUIRE(vx_set_defaults(client, options) == VX_OK);
-    REQUIRE(vx_options_free(options) == VX_OK);
-    REQUIRE(vx_load_profile(client, path) == VX_OK);
-    REQUIRE(vx_get_defaults(client, &options) == VX_OK);
-    REQUIRE(vx_options_get_speed(options, &speed) == VX_OK && speed == 130);
-    REQUIRE(vx_options_free(options) == VX_OK);
     REQUIRE(vx_client_free(client) == VX_OK);
     return vx_fake_free(fake) == VX_OK ? NULL : "the fake is not freed";
 }
@@ -285,6 +258,9 @@ const char* fake_service_does_what_it_is_told(void) {
     REQUIRE(vx_fake_refuse_next(fake, VX_OK) == VX_BAD_PARAMETER);
     REQUIRE(vx_fake_refuse_next(fake, -100) == VX_BAD_PARAMETER);
     REQUIRE(vx_fake_answer_after(fake, -1) == VX_BAD_PARAMETER);
+    REQUIRE(vx_fake_lock_by_another(fake, 0) == VX_BAD_PARAMETER);
+    REQUIRE(vx_fake_lose_next_event(fake, VX_EVENT_MARK) == VX_BAD_PARAMETER);
+    REQUIRE(vx_fake_lose_next_event(fake, -1) == VX_BAD_PARAMETER);
     client = client_of(fake, VX_THREAD_OF_APPLICATION);
     REQUIRE(vx_say(client, "Hello.", NULL, NULL) == VX_OK);
     wrong = what_was_spoken(fake, 1, "Hello.");

@@ -112,6 +112,7 @@ static const char* wrong_times(vx_client* client, vx_utterance* utterance) {
     vx_settings* settings = NULL;
     vx_settings* found = NULL;
     vx_features* features = NULL;
+    vx_diagnosis* diagnosis = NULL;
     vx_lock* lock = NULL;
     int on = 7;
 
@@ -121,7 +122,7 @@ static const char* wrong_times(vx_client* client, vx_utterance* utterance) {
     REFUSES(vx_stop_process(client, 1, -3));
     REFUSES(vx_wait_until_taken(client, -3));
     REFUSES(vx_check_events(client, -3));
-    REFUSES(vx_diagnose(client, -3, &on));
+    REFUSES(vx_diagnose(client, -3, &diagnosis));
     REFUSES(vx_lock_state(client, -3, &on));
     REFUSES(vx_break_lock(client, -3, NULL));
     REFUSES(vx_get_features(client, -3, &features));
@@ -134,6 +135,7 @@ static const char* wrong_times(vx_client* client, vx_utterance* utterance) {
     REFUSES(vx_wait_for_all(client, VX_CLIENT_DEADLINE));
     REFUSES(vx_utterance_wait(utterance, VX_CLIENT_DEADLINE, NULL));
     REQUIRE(features == NULL && found == NULL && lock == NULL && on == 7);
+    REQUIRE(diagnosis == NULL);
     return vx_settings_free(settings) == VX_OK ? NULL : "the settings are not freed";
 }
 
