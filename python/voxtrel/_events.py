@@ -17,6 +17,7 @@ from ._convert import event_of
 from ._errors import Closed
 from ._native import Handle, RawEvent, check, vx
 from ._values import Event, EventKind, Outcome, Status
+from ._weak import WeakList
 
 if TYPE_CHECKING:
     from ._utterance import Utterance
@@ -106,9 +107,29 @@ class Events:
 class _Reader:
     """Lets a loop watch a client, through a descriptor that outlives the client."""
 
-    def __init__(self, fd: int) -> None:
-        self.fd = os.dup(fd)
+    def __init__(self, client: Handle) -> None:
         self.users = 0
+        check(client.call(self._duplicate))
+
+    def _duplicate(self, client: int) -> int:
+        """In a call: where the client is closed in between, the number may be another file's."""
+        fd = c_int()
+        status = _client_fd(client, ctypes.byref(fd))
+        if status == 0:
+            self.fd = os.dup(fd.value)
+        return status
+
+    def __del__(self, _close: Callable[[int], None] = os.close) -> None:
+        if hasattr(self, "fd"):
+            _close(self.fd)
+
+
+def _end(client: int, hub: weakref.ref[Hub]) -> None:
+    """Frees the client, and tells who waits for something of it."""
+    _client_free(client)
+    listened = hub()
+    if listened is not None:
+        listened.tell_end()
 
 
 class Hub:
@@ -118,12 +139,15 @@ class Hub:
     """
 
     def __init__(self, pointer: int) -> None:
-        self.handle = Handle(pointer, self._free, "the client")
+        # Weakly: the handle lives until the client is freed, and who listens may hold the client.
+        self.handle = Handle(pointer, partial(_end, hub=weakref.ref(self)), "the client")
         self._dispatching = threading.Lock()
         self._handler: Optional[Handler] = None
         self._backlog: deque[RawEvent] = deque(maxlen=ROOM)
-        self._streams: weakref.WeakSet[Events] = weakref.WeakSet()
-        self._mutex = threading.Lock()  # of the waiters
+        self._streams: WeakList[Events] = WeakList()
+        # Of the waiters, and of what is kept for the next who listens. Finalizers and signal handlers
+        # get in.
+        self._mutex = threading.RLock()
         self._waiters: dict[int, list[Callable[[], None]]] = {}
         self._readers: dict[Loop, _Reader] = {}
 
@@ -133,9 +157,12 @@ class Hub:
         return fd.value
 
     def set_handler(self, handler: Optional[Handler]) -> None:
-        if self._handler is None and not self._streams:
+        if not self._is_heard():
             self.dispatch()  # what happened before is not for it
         self._handler = handler
+
+    def _is_heard(self) -> bool:
+        return self._handler is not None or bool(self._streams.living())
 
     def dispatch(self, most: Optional[int] = None) -> int:
         """Hands out what has happened, on this thread; 0 while that is already being done."""
@@ -165,14 +192,12 @@ class Hub:
 
     def _hand_out(self, raw: RawEvent) -> None:
         if raw.kind == EventKind.ENDED:
-            with self._mutex:
-                waiters = self._waiters.pop(raw.utterance, [])
-            for wake in waiters:
-                wake()
-        streams, handler = list(self._streams), self._handler
-        if not streams and handler is None:
-            self._backlog.append(raw)
-            return
+            self._wake(raw.utterance)
+        with self._mutex:
+            streams, handler = self._streams.living(), self._handler
+            if not streams and handler is None:
+                self._backlog.append(raw)
+                return
         event = event_of(raw)
         for stream in streams:
             stream.put(event)
@@ -181,25 +206,28 @@ class Hub:
 
     def trim(self) -> None:
         """Keeps what nobody listens to from growing."""
-        if self._handler is None and not self._streams:
+        if not self._is_heard():
             self.dispatch()
 
     def add_stream(self, stream: Events) -> None:
-        while self._backlog:
-            stream.put(event_of(self._backlog.popleft()))
-        self._streams.add(stream)
+        with self._mutex:
+            while self._backlog:
+                stream.put(event_of(self._backlog.popleft()))
+            self._streams.add(stream)
 
     def remove_stream(self, stream: Events) -> None:
-        self._streams.discard(stream)
+        self._streams.remove(stream)
 
     def join(self, loop: Loop) -> None:
         """Lets the running `loop` dispatch, until as many have left it as have joined."""
         reader = self._readers.get(loop)
         if reader is None:
-            for other in [other for other in self._readers if other.is_closed()]:
-                self._forget(other)
-            reader = self._readers[loop] = _Reader(self.fileno())
+            for other in list(self._readers):  # other threads have loops of their own
+                if other.is_closed():
+                    self._forget(other)
+            reader = _Reader(self.handle)
             loop.add_reader(reader.fd, self._ready)
+            self._readers[loop] = reader
         reader.users += 1
 
     def leave(self, loop: Loop) -> None:
@@ -217,16 +245,18 @@ class Hub:
 
     def _forget(self, loop: Loop) -> None:
         reader = self._readers.pop(loop, None)
-        if reader is not None:
-            if not loop.is_closed():
-                loop.remove_reader(reader.fd)
-            os.close(reader.fd)
+        if reader is not None and not loop.is_closed():
+            loop.remove_reader(reader.fd)
 
     def _ready(self) -> None:
         try:
             self.dispatch(_AT_ONCE)
         except Closed:
-            pass  # its end is on the way to this loop
+            # Its end is on the way to this loop, and its descriptor may stay readable until then.
+            loop = asyncio.get_running_loop()
+            reader = self._readers.get(loop)
+            if reader is not None:
+                loop.remove_reader(reader.fd)
 
     async def outcome_of(self, utterance: Utterance) -> Outcome:
         outcome = utterance.outcome
@@ -266,14 +296,16 @@ class Hub:
             if wake in waiters:
                 waiters.remove(wake)
                 if not waiters:
-                    del self._waiters[number]
+                    self._waiters.pop(number, None)
 
-    def _free(self, pointer: int) -> None:
-        _client_free(pointer)
+    def _wake(self, number: int) -> None:
         with self._mutex:
-            waiters = [wake for each in self._waiters.values() for wake in each]
-            self._waiters.clear()
+            waiters = self._waiters.pop(number, [])
         for wake in waiters:
             wake()
-        for stream in list(self._streams):
+
+    def tell_end(self) -> None:
+        for number in list(self._waiters):
+            self._wake(number)
+        for stream in self._streams.living():
             stream.end()

@@ -7,6 +7,7 @@ import asyncio
 import gc
 import os
 import threading
+import time
 from typing import Any, Coroutine, TypeVar
 
 import pytest
@@ -23,6 +24,7 @@ def run(work: Coroutine[Any, Any, Value]) -> Value:
 
 
 def descriptors() -> int:
+    gc.collect()
     return len(os.listdir("/proc/self/fd"))
 
 
@@ -141,7 +143,6 @@ def test_iteration_ends_with_the_client(fake: FakeService) -> None:
 
     before = descriptors()
     run(work())
-    gc.collect()
     assert descriptors() == before
 
 
@@ -166,7 +167,6 @@ def test_iterations_left_in_the_middle_leave_nothing(faked: voxtrel.Client) -> N
     before = descriptors()
     for _ in range(3):
         run(work())
-    gc.collect()
     assert descriptors() == before
     assert not faked._hub._readers and not faked._hub._waiters
 
@@ -246,3 +246,73 @@ def test_a_client_closed_on_another_thread_ends_its_waits(fake: FakeService) -> 
 
     assert run(work()).status is voxtrel.Status.CLOSED
     eventually(lambda: client.is_closed, "the end of the client")
+
+
+@pytest.mark.parametrize("is_iteration_closed_first", [True, False])
+def test_a_loop_that_is_closed_before_its_client_leaves_nothing(
+    fake: FakeService, is_iteration_closed_first: bool
+) -> None:
+    before = descriptors()
+    client = voxtrel.Client("test", fake=fake)
+    loop = asyncio.new_event_loop()
+
+    async def begin() -> voxtrel.Events:
+        return client.events()
+
+    events = loop.run_until_complete(begin())
+    if is_iteration_closed_first:
+        events.close()
+    loop.close()
+    assert client.say("a").wait(LONG)
+    client.dispatch()
+    events.close()
+    client.close()
+    del client, events, begin
+    assert descriptors() == before
+
+
+def test_an_await_left_on_a_closed_loop_keeps_nothing(fake: FakeService) -> None:
+    fake.hold()
+
+    def leave() -> None:
+        client = voxtrel.Client("test", fake=fake)
+        utterance = client.say("a")
+
+        async def wait() -> voxtrel.Outcome:
+            return await utterance
+
+        loop = asyncio.new_event_loop()
+        loop.set_exception_handler(lambda *_: None)  # it would tell of the task that is left
+        loop.create_task(wait())
+        loop.call_soon(loop.stop)
+        loop.run_forever()
+        loop.close()
+        with pytest.raises(asyncio.TimeoutError):
+            asyncio.run(asyncio.wait_for(wait(), 0.01))
+
+    before = descriptors()
+    leave()
+    assert descriptors() == before
+
+
+def test_a_loop_rests_while_its_client_lingers(fake: FakeService) -> None:
+    client = voxtrel.Client("test", fake=fake, linger=LONG)
+    client.wait_until_connected()
+
+    async def work() -> float:
+        events = client.events()
+        client.say("Its events wait for the loop.").wait(LONG)
+        fake.freeze()
+        client.say("It is waited for.")
+        closing = threading.Thread(target=client.close)
+        closing.start()
+        eventually(lambda: client.is_closed, "the begin of the end")
+        begin = time.thread_time()
+        await asyncio.sleep(0.5)
+        spent = time.thread_time() - begin
+        fake.thaw()
+        await until_ended(events, 99)
+        closing.join()
+        return spent
+
+    assert run(work()) < 0.1

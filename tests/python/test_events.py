@@ -3,9 +3,12 @@
 
 from __future__ import annotations
 
+import asyncio
 import os
 import select
+import sys
 import threading
+from typing import Callable
 
 import pytest
 import voxtrel
@@ -157,6 +160,86 @@ def test_events_are_dispatched_once_among_threads(faked: voxtrel.Client) -> None
     for thread in threads:
         thread.join()
     assert sum(e.kind is EventKind.ENDED for e in events) == 50
+
+
+def test_iterations_come_and_go_while_events_are_told(faked: voxtrel.Client) -> None:
+    wrong: list[object] = []
+    done = threading.Event()
+
+    async def iterate() -> None:
+        loop = asyncio.get_running_loop()
+        loop.set_exception_handler(lambda _, context: wrong.append(context))
+        while not done.is_set():
+            some = [faked.events() for _ in range(20)]
+            await asyncio.sleep(0)
+            for events in some:
+                events.close()
+
+    def dispatch() -> None:
+        while not done.is_set():
+            faked.dispatch()
+
+    def note(work: Callable[[], object]) -> None:
+        try:
+            work()
+        except Exception as error:
+            wrong.append(error)
+
+    def run_loop() -> None:
+        asyncio.run(iterate())
+
+    works: list[Callable[[], object]] = [run_loop, run_loop, dispatch]
+    threads = [threading.Thread(target=note, args=[work]) for work in works]
+    before = sys.getswitchinterval()
+    sys.setswitchinterval(1e-6)
+    try:
+        for thread in threads:
+            thread.start()
+        for _ in range(500):
+            faked.say("word " * 100).wait(LONG)
+    finally:
+        done.set()
+        sys.setswitchinterval(before)
+        for thread in threads:
+            thread.join()
+    assert not wrong
+
+
+def test_an_iteration_that_begins_while_an_event_is_told_hears_it(
+    faked: voxtrel.Client, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    streams = faked._hub._streams
+    living = streams.living
+    main = threading.get_ident()
+    asked, begun = threading.Event(), threading.Event()
+    looks: list[bool] = []
+
+    def has_begun_or_waits() -> bool:
+        looks.append(sys._current_frames()[main].f_code.co_name == "add_stream")
+        return begun.is_set() or (len(looks) > 20 and all(looks[-20:]))
+
+    def living_meanwhile() -> list[voxtrel.Events]:
+        found = living()
+        if threading.get_ident() != main:
+            asked.set()
+            eventually(has_begun_or_waits, "the iteration")
+        return found
+
+    async def hear() -> None:
+        asked.wait(LONG)
+        events = faked.events()
+        begun.set()
+        async for event in events:
+            if event.kind is EventKind.ENDED:
+                break
+
+    faked.dispatch()
+    faked.say("Refused.", language="xx")  # which is the only event
+    monkeypatch.setattr(streams, "living", living_meanwhile)
+    thread = threading.Thread(target=faked.dispatch)
+    thread.start()
+    asyncio.run(asyncio.wait_for(hear(), LONG))
+    thread.join()
 
 
 def test_two_clients_hear_of_their_own(fake: FakeService, faked: voxtrel.Client) -> None:

@@ -21,6 +21,7 @@ from voxtrel.testing import FakeService
 
 
 def descriptors() -> int:
+    gc.collect()
     return len(os.listdir("/proc/self/fd"))
 
 
@@ -65,10 +66,18 @@ def test_what_nobody_holds_is_freed(fake: FakeService) -> None:
     utterance = clients[0].say("a")
     assert utterance.wait(LONG)
     del clients
-    gc.collect()
     assert descriptors() == before + 1, "its utterance holds the first one"
     del utterance
-    gc.collect()
+    assert descriptors() == before
+
+
+def test_a_handler_that_uses_its_client_does_not_keep_it(fake: FakeService) -> None:
+    def make() -> None:
+        client = voxtrel.Client(fake=fake)
+        client.on_event(lambda event: client.stop())
+
+    before = descriptors()
+    make()
     assert descriptors() == before
 
 
@@ -169,6 +178,87 @@ except KeyboardInterrupt:
     assert child.returncode == 0
 
 
+def test_a_lock_whose_taking_is_interrupted_is_given_back() -> None:
+    child = run_python(
+        """
+import os, signal, sys, threading, time, traceback, voxtrel
+from voxtrel.testing import FakeService
+fake = FakeService()
+client = voxtrel.Client(deadline=60, fake=fake)
+client.wait_until_connected()
+fake.freeze()
+reader, writer = os.pipe()
+os.set_blocking(writer, False)
+signal.set_wakeup_fd(writer)
+def interrupt(main=threading.get_ident()):
+    while traceback.extract_stack(sys._current_frames()[main])[-1].name != "call":
+        time.sleep(0.001)
+    os.kill(os.getpid(), signal.SIGINT)
+    os.read(reader, 1)
+    fake.thaw()
+threading.Thread(target=interrupt).start()
+try:
+    lock = client.lock()
+except KeyboardInterrupt:
+    print(client.lock_state().name)
+"""
+    )
+    assert child.communicate(timeout=LONG) == ("FREE\n", "")
+
+
+# Between any two lines: a handler of the interpreter's may come then, or the garbage collector.
+IN_BETWEEN = """
+import asyncio, gc, os, sys, voxtrel
+from voxtrel.testing import FakeService
+ACTIONS = {"close": lambda client: client.close(), "use": lambda client: client.dispatch()}
+fake = FakeService()
+
+async def wait(client):
+    await client.say("b")
+
+def run(action, moment):
+    lines = 0
+    def trace(frame, what, argument):
+        nonlocal lines
+        if "voxtrel" not in frame.f_code.co_filename:
+            return None
+        lines += what == "line"
+        if what == "line" and lines == moment:
+            action(client)
+        return trace
+    client = voxtrel.Client(fake=fake)
+    client.on_event(lambda event: None)
+    sys.settrace(trace)
+    try:
+        client.say("a")
+        client.wait_for_all(60)
+        client.dispatch()
+        asyncio.run(wait(client))
+    except voxtrel.Closed:
+        pass
+    finally:
+        sys.settrace(None)
+    client.close()
+    return lines >= moment
+
+descriptors = len(os.listdir("/proc/self/fd"))
+moment = 1
+while run(ACTIONS[sys.argv[1]], moment):
+    moment += 1
+fake.close()
+gc.collect()
+assert moment > 100, moment
+assert len(os.listdir("/proc/self/fd")) == descriptors
+"""
+
+
+@pytest.mark.parametrize("action", ["close", "use"])
+def test_signal_handlers_may_at_any_moment(action: str) -> None:
+    child = run_python(IN_BETWEEN, action)
+    assert child.communicate(timeout=2 * LONG) == ("", "")
+    assert child.returncode == 0
+
+
 def test_waiting_takes_no_processor_time(fake: FakeService, faked: voxtrel.Client) -> None:
     fake.hold()
     utterance = faked.say("a")
@@ -241,6 +331,25 @@ if child == 0:
 assert os.waitpid(child, 0)[1] == 0
 assert utterance.wait(60)
 assert client.say("After the child.", speed=900).wait(60)
+"""
+    )
+    assert child.communicate(timeout=LONG) == ("", "")
+    assert child.returncode == 0
+
+
+def test_a_forked_child_leaves_the_blocks_of_its_parent() -> None:
+    child = run_python(
+        """
+import os, sys, voxtrel
+from voxtrel.testing import FakeService
+with FakeService() as fake, voxtrel.Client(fake=fake) as client:
+    client.wait_until_connected(60)
+    lock = client.lock(60)
+    child = os.fork()
+    if child == 0:
+        assert client.is_closed and not lock.is_held
+if child != 0:
+    assert os.waitpid(child, 0)[1] == 0
 """
     )
     assert child.communicate(timeout=LONG) == ("", "")
