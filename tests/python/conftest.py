@@ -51,6 +51,15 @@ def run_python(script: str, *arguments: str) -> subprocess.Popen[str]:
     )
 
 
+def output_of(process: subprocess.Popen[str], timeout: float = LONG) -> tuple[str, str]:
+    """What it has printed when it ends; one that does not end is not left behind."""
+    try:
+        return process.communicate(timeout=timeout)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        raise
+
+
 class Service:
     """The process of the speech service. It speaks as slowly as a loudspeaker, into files."""
 

@@ -8,7 +8,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from conftest import LONG, Service, eventually
+from conftest import Service, eventually, output_of
 
 FOLDER = Path(os.environ["VOXTREL_SOURCE_DIR"]) / "examples/python"
 SENTENCE = "This sentence is long enough to be cut off in its middle."
@@ -30,7 +30,7 @@ def start(name: str, *texts: str) -> subprocess.Popen[str]:
 
 
 def finish(example: subprocess.Popen[str]) -> Result:
-    output, errors = example.communicate(timeout=LONG)
+    output, errors = output_of(example)
     return output, errors, example.returncode
 
 

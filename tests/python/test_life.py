@@ -15,7 +15,7 @@ from typing import Callable
 
 import pytest
 import voxtrel
-from conftest import LONG, Service, eventually, run_python
+from conftest import LONG, Service, eventually, output_of, run_python
 from voxtrel import OutcomeKind, Status
 from voxtrel.testing import FakeService
 
@@ -174,7 +174,7 @@ except KeyboardInterrupt:
     )
     assert child.stdout is not None and child.stdout.readline() == "waiting\n"
     child.send_signal(signal.SIGINT)
-    assert child.communicate(timeout=LONG) == ("interrupted\n", "")
+    assert output_of(child) == ("interrupted\n", "")
     assert child.returncode == 0
 
 
@@ -203,7 +203,7 @@ except KeyboardInterrupt:
     print(client.lock_state().name)
 """
     )
-    assert child.communicate(timeout=LONG) == ("FREE\n", "")
+    assert output_of(child) == ("FREE\n", "")
 
 
 # Between any two lines: a handler of the interpreter's may come then, or the garbage collector.
@@ -214,7 +214,10 @@ ACTIONS = {"close": lambda client: client.close(), "use": lambda client: client.
 fake = FakeService()
 
 async def wait(client):
-    await client.say("b")
+    fake.hold()
+    utterance = client.say("b")
+    asyncio.get_running_loop().call_soon(fake.go_on)
+    await utterance
 
 def run(action, moment):
     lines = 0
@@ -239,6 +242,7 @@ def run(action, moment):
     finally:
         sys.settrace(None)
     client.close()
+    fake.go_on()
     return lines >= moment
 
 descriptors = len(os.listdir("/proc/self/fd"))
@@ -255,7 +259,7 @@ assert len(os.listdir("/proc/self/fd")) == descriptors
 @pytest.mark.parametrize("action", ["close", "use"])
 def test_signal_handlers_may_at_any_moment(action: str) -> None:
     child = run_python(IN_BETWEEN, action)
-    assert child.communicate(timeout=2 * LONG) == ("", "")
+    assert output_of(child, 2 * LONG) == ("", "")
     assert child.returncode == 0
 
 
@@ -285,7 +289,7 @@ async def work():
 asyncio.run(work())
 """
     )
-    output, errors = child.communicate(timeout=LONG)
+    output, errors = output_of(child)
     assert (child.returncode, errors) == (0, "")
     with voxtrel.Client("test") as client:
         client.wait_until_connected(LONG)
@@ -303,7 +307,7 @@ if child != 0:
     assert os.waitpid(child, 0)[1] == 0
 """
     )
-    assert child.communicate(timeout=LONG) == ("", "")
+    assert output_of(child) == ("", "")
     assert child.returncode == 0
 
 
@@ -333,7 +337,7 @@ assert utterance.wait(60)
 assert client.say("After the child.", speed=900).wait(60)
 """
     )
-    assert child.communicate(timeout=LONG) == ("", "")
+    assert output_of(child) == ("", "")
     assert child.returncode == 0
 
 
@@ -352,7 +356,7 @@ if child != 0:
     assert os.waitpid(child, 0)[1] == 0
 """
     )
-    assert child.communicate(timeout=LONG) == ("", "")
+    assert output_of(child) == ("", "")
     assert child.returncode == 0
 
 
