@@ -3,10 +3,10 @@
 #define VOXTREL_TOOLS_EVENTPRINTER_H
 
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "tools/Events.h"
+#include "tools/Text.h"
 
 namespace voxtrelctl {
 
@@ -24,11 +24,20 @@ public:
     };
 
     /// @param text of the utterance; must outlive the printer.
-    static std::unique_ptr<EventPrinter> make(Style style, const std::string& text, Sink sink);
+    EventPrinter(Style style, const std::string& text, Sink sink);
 
-    virtual ~EventPrinter() = default;
+    void show(const Event& event);
 
-    virtual void show(const Event& event) = 0;
+private:
+    void showWords(const Event& event);
+    void print(const std::string& text);
+    void endLine();
+
+    const Style mStyle;
+    const std::string& mText;
+    const Sink mSink;
+    WordCursor mCursor;
+    char mLast = '\n';
 };
 
 }  // namespace voxtrelctl

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -99,8 +98,7 @@ public:
     Follower(Connection& connection, const std::string& text, EventPrinter::Style style,
              Terminal& terminal)
         : mConnection(connection),
-          mPrinter(EventPrinter::make(
-              style, text, [&terminal](const std::string& line) { terminal.print(line); })) {
+          mPrinter(style, text, [&terminal](const std::string& line) { terminal.print(line); }) {
         // What a handler throws is lost, so it only notes.
         connection.client().onEvent([this](const voxtrel::Event& told) {
             mIsOver = mIsOver || told.kind == voxtrel::Event::Kind::Ended;
@@ -138,7 +136,7 @@ private:
         for (const Event& event : mEvents) {
             mHasEnded =
                 mHasEnded || event.kind == TTS::EVENT_FINISHED || event.kind == TTS::EVENT_STOPPED;
-            mPrinter->show(event);
+            mPrinter.show(event);
         }
         mEvents.clear();
     }
@@ -148,12 +146,12 @@ private:
         const std::unique_lock<std::mutex> lock(mMutex, std::try_to_lock);
         if (lock.owns_lock() && !mHasEnded) {
             mHasEnded = true;
-            mPrinter->show({TTS::EVENT_STOPPED, static_cast<std::uint32_t>(number)});
+            mPrinter.show({TTS::EVENT_STOPPED, static_cast<std::uint32_t>(number)});
         }
     }
 
     Connection& mConnection;
-    const std::unique_ptr<EventPrinter> mPrinter;
+    EventPrinter mPrinter;
     std::vector<Event> mEvents;  ///< the main thread's
     bool mIsOver = false;        ///< its outcome was told; the main thread's
     std::mutex mMutex;           ///< of what is shown

@@ -12,19 +12,18 @@ class Screen {
 public:
     explicit Screen(EventPrinter::Style style, std::string text = "Hello, world. Bye")
         : mText(std::move(text)),
-          mPrinter(EventPrinter::make(style, mText,
-                                      [this](const std::string& line) { mShown += line; })) {}
+          mPrinter(style, mText, [this](const std::string& line) { mShown += line; }) {}
 
     std::string show(TTS::Event kind, std::uint32_t value = 0) {
         mShown.clear();
-        mPrinter->show({kind, 1, value, value});
+        mPrinter.show({kind, 1, value, value});
         return mShown;
     }
 
 private:
     const std::string mText;
     std::string mShown;
-    std::unique_ptr<EventPrinter> mPrinter;
+    EventPrinter mPrinter;
 };
 
 TEST(OnATerminal, TheTextGrowsWithTheVoice) {
