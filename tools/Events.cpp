@@ -43,11 +43,8 @@ std::string describeState(const Event& event) {
     return stateName(event.about) + ": " + value;
 }
 
-std::string describeStop(const Event& event) {
-    const int status = statusOf(event);
-    const std::string why =
-        status == 0 ? "flushed" : std::to_string(status) + " " + meaningOf(status).meaning;
-    return "stopped " + std::to_string(event.about) + " (" + why + ")";
+std::string describeStop(int status) {
+    return status == 0 ? "flushed" : std::to_string(status) + " " + meaningOf(status).meaning;
 }
 
 /// The service has told of such an end.
@@ -91,20 +88,35 @@ std::string stateName(std::uint32_t state) {
     return state < std::size(kStates) ? kStates[state] : std::to_string(state);
 }
 
+const char* eventName(TTS::Event kind) {
+    switch (kind) {
+        case TTS::EVENT_STARTED:
+            return "started";
+        case TTS::EVENT_FINISHED:
+            return "finished";
+        case TTS::EVENT_STOPPED:
+            return "stopped";
+        case TTS::EVENT_WORD:
+            return "word";
+        case TTS::EVENT_MARK:
+            return "mark";
+        default:
+            return "state";
+    }
+}
+
 std::string describe(const Event& event) {
-    const std::string about = std::to_string(event.about);
-    const std::string value = std::to_string(event.value);
+    const std::string line = eventName(event.kind) + (" " + std::to_string(event.about));
     switch (event.kind) {
         case TTS::EVENT_STARTED:
-            return "started " + about;
         case TTS::EVENT_FINISHED:
-            return "finished " + about;
+            return line;
         case TTS::EVENT_STOPPED:
-            return describeStop(event);
+            return line + " (" + describeStop(statusOf(event)) + ")";
         case TTS::EVENT_WORD:
-            return "word " + about + " at " + value;
+            return line + " at " + std::to_string(event.value);
         case TTS::EVENT_MARK:
-            return "mark " + about + " " + value;
+            return line + " " + std::to_string(event.value);
         default:
             return describeState(event);
     }

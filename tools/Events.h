@@ -28,6 +28,9 @@ std::optional<Event> toEvent(const voxtrel::Event& told);
 /// The value of a stopped event as the status it is: 0 for a flush, else the reason.
 int statusOf(const Event& event);
 
+/// "started", "finished", "stopped", "word", "mark" or "state".
+const char* eventName(TTS::Event kind);
+
 /// What a state event is about: "lock", "speech", "speed", "speed-enable"; a number that this
 /// program does not know is given in decimal.
 std::string stateName(std::uint32_t state);

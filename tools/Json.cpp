@@ -46,23 +46,6 @@ ordered_json toJson(const std::vector<LanguageReport>& report) {
     return json;
 }
 
-const char* nameOf(TTS::Event kind) {
-    switch (kind) {
-        case TTS::EVENT_STARTED:
-            return "started";
-        case TTS::EVENT_FINISHED:
-            return "finished";
-        case TTS::EVENT_STOPPED:
-            return "stopped";
-        case TTS::EVENT_WORD:
-            return "word";
-        case TTS::EVENT_MARK:
-            return "mark";
-        default:
-            return "state";
-    }
-}
-
 const char* verdictName(Verdict verdict) {
     switch (verdict) {
         case Verdict::Good:
@@ -77,7 +60,7 @@ const char* verdictName(Verdict verdict) {
 }  // namespace
 
 std::string eventJson(const Event& event, const std::string& word) {
-    ordered_json json = {{"event", nameOf(event.kind)}};
+    ordered_json json = {{"event", eventName(event.kind)}};
     json[event.kind == TTS::EVENT_STATE ? "what" : "utterance"] = event.about;
     switch (event.kind) {
         case TTS::EVENT_STOPPED:
