@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/Doctor.h"
 
-#include <algorithm>
-
 #include "tools/Connection.h"
 #include "tools/Owner.h"
 
@@ -33,32 +31,26 @@ std::string managerPlace(const Diagnosis& seen) {
 /// What must be so before the service can be asked for more, in this order.
 struct Step {
     const char* subject;
-    std::vector<Reach> stopsAt;
+    Reach stopsAt;     ///< or before
     std::string good;  ///< empty: not told
 };
 
 std::vector<Step> stepsOf(const Diagnosis& seen) {
     const std::string process = processOf(seen.service);
     return {
-        {"service manager",
-         {Reach::NoManager, Reach::ManagerNotPermitted, Reach::ManagerSilent},
-         managerPlace(seen)},
-        {"service", {Reach::NoService}, "registered" + (process.empty() ? "" : ", " + process)},
-        {"owner", {Reach::NotTrusted}, seen.service.user ? ownerName(*seen.service.user) : ""},
-        {"answer", {Reach::ServiceSilent}, "the service answers"},
-        {"voices", {Reach::Loading}, "loaded"},
-        {"permission", {Reach::NotAdmitted}, "this user is admitted"},
+        {"service manager", Reach::ManagerSilent, managerPlace(seen)},
+        {"service", Reach::NoService, "registered" + (process.empty() ? "" : ", " + process)},
+        {"owner", Reach::NotTrusted, seen.service.user ? ownerName(*seen.service.user) : ""},
+        {"answer", Reach::ServiceSilent, "the service answers"},
+        {"voices", Reach::Loading, "loaded"},
+        {"permission", Reach::NotAdmitted, "this user is admitted"},
     };
-}
-
-bool isAt(const Step& step, Reach reach) {
-    return std::find(step.stopsAt.begin(), step.stopsAt.end(), reach) != step.stopsAt.end();
 }
 
 std::vector<Finding> wayTo(const Diagnosis& seen) {
     std::vector<Finding> findings;
     for (const Step& step : stepsOf(seen)) {
-        if (isAt(step, seen.reach)) {
+        if (seen.reach <= step.stopsAt) {
             const Obstacle obstacle = obstacleIn(seen);
             const std::string what = obstacle.what.empty() ? "absent" : obstacle.what;
             findings.push_back({step.subject, Verdict::Bad, what, obstacle.remedy, obstacle.code});
