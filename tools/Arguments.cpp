@@ -2,10 +2,10 @@
 #include "tools/Arguments.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 
 #include "tools/Errors.h"
 #include "tools/Settings.h"
+#include "tools/Text.h"
 
 namespace voxtrelctl {
 namespace {
@@ -32,20 +32,13 @@ public:
 };
 
 template <typename Number>
-Number numberIn(const std::string& name, const std::string& text, Number least, Number most,
-                const char* wanted) {
-    Number number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end || !(number >= least && number <= most)) {
+Number numberWithin(const std::string& name, const std::string& text, Number least, Number most,
+                    const char* wanted) {
+    const std::optional<Number> number = numberIn<Number>(text);
+    if (!number || !(*number >= least && *number <= most)) {
         throw BadValue(name + " takes " + wanted + ", not \"" + text + "\"");
     }
-    return number;
-}
-
-std::uint32_t wholeNumber(const std::string& name, const std::string& text, std::uint32_t least,
-                          const char* wanted = "a whole number") {
-    return numberIn(name, text, least, std::numeric_limits<std::uint32_t>::max(), wanted);
+    return *number;
 }
 
 /// Builds the subcommands; each sets `Options::command` when the line names it.
@@ -86,8 +79,8 @@ private:
         app.add_option_function<std::string>(
                "--timeout",
                [this](const std::string& text) {
-                   const double seconds = numberIn("--timeout", text, 0.0, kLongestTimeout,
-                                                   "a number of seconds, up to 86400");
+                   const double seconds = numberWithin("--timeout", text, 0.0, kLongestTimeout,
+                                                       "a number of seconds, up to 86400");
                    mOptions.timeout =
                        std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
                },
@@ -120,6 +113,15 @@ private:
         return sub;
     }
 
+    static CLI::Option* addNumber(CLI::App& app, const std::string& name, const char* help,
+                                  std::uint32_t& number, std::uint32_t least, const char* wanted) {
+        const auto read = [&number, name, least, wanted](const std::string& text) {
+            constexpr auto kMost = std::numeric_limits<std::uint32_t>::max();
+            number = numberWithin(name, text, least, kMost, wanted);
+        };
+        return app.add_option_function<std::string>(name, read, help);
+    }
+
     void addProsody(CLI::App& sub) {
         Prosody& prosody = mOptions.prosody;
         sub.add_option("--lang", prosody.language, "Language to speak, as in fr or fr_FR");
@@ -148,23 +150,15 @@ private:
         addProsody(*say);
 
         CLI::App* silence = add(mApp, "silence", "Queue a pause", Command::Silence, kSpeak);
-        silence
-            ->add_option_function<std::string>(
-                "MILLISECONDS",
-                [this](const std::string& text) {
-                    mOptions.milliseconds = wholeNumber("MILLISECONDS", text, 0);
-                },
-                "How long")
+        addNumber(*silence, "MILLISECONDS", "How long", mOptions.milliseconds, 0, "a whole number")
             ->required();
         silence->add_flag("-w,--wait", mOptions.wait, "Stay until the pause is over");
 
-        add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak)
-            ->add_option_function<std::string>(
-                "--process",
-                [this](const std::string& text) {
-                    mOptions.process = wholeNumber("--process", text, 1, "a process id");
-                },
-                "Only what this process of yours said, also when it has ended")
+        CLI::App* stop =
+            add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak);
+        addNumber(*stop, "--process",
+                  "Only what this process of yours said, also when it has ended", mOptions.process,
+                  1, "a process id")
             ->type_name("PID");
 
         CLI::App* lock =
@@ -184,13 +178,8 @@ private:
         voices->add_option("LANGUAGE", mOptions.language, "Only this language, as in fr or fr_FR");
         CLI::App* monitor =
             addPrinting(mApp, "monitor", "Show events as they come", Command::Monitor, kLook);
-        monitor
-            ->add_option_function<std::string>(
-                "--count",
-                [this](const std::string& text) {
-                    mOptions.count = wholeNumber("--count", text, 1, "a whole number from 1");
-                },
-                "Leave after so many events")
+        addNumber(*monitor, "--count", "Leave after so many events", mOptions.count, 1,
+                  "a whole number from 1")
             ->type_name("NUMBER");
         addPrinting(mApp, "doctor", "Explain why there is no sound", Command::Doctor, kLook);
     }

@@ -3,18 +3,16 @@
 
 #include <pwd.h>
 
-#include <cstdlib>
+#include "tools/Text.h"
 
 namespace voxtrelctl {
 namespace {
 
-constexpr unsigned long long kHighest = UINT32_MAX - 1ULL;
+constexpr std::uint32_t kHighest = UINT32_MAX - 1;
 
 std::optional<std::uint32_t> findUser(const std::string& text) {
-    if (!text.empty() && text.find_first_not_of("0123456789") == std::string::npos) {
-        const unsigned long long number = std::strtoull(text.c_str(), nullptr, 10);
-        return number <= kHighest ? std::optional(static_cast<std::uint32_t>(number))
-                                  : std::nullopt;
+    if (const auto number = numberIn<std::uint32_t>(text); number && *number <= kHighest) {
+        return number;
     }
     const passwd* found = getpwnam(text.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
     return found != nullptr ? std::optional<std::uint32_t>(found->pw_uid) : std::nullopt;

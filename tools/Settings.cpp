@@ -2,12 +2,12 @@
 #include "tools/Settings.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <sstream>
 
 #include "tools/Errors.h"
 #include "tools/Languages.h"
+#include "tools/Text.h"
 
 namespace voxtrelctl {
 namespace {
@@ -38,13 +38,11 @@ bool isReal(const Setting& setting) {
 
 template <typename Number>
 Number parse(const Setting& setting, const std::string& text, const char* wanted) {
-    Number number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end) {
+    const std::optional<Number> number = numberIn<Number>(text);
+    if (!number) {
         reject(setting, text, wanted);
     }
-    return number;
+    return *number;
 }
 
 bool hasRange(const Setting& setting) {

@@ -2,10 +2,22 @@
 #ifndef VOXTREL_TOOLS_TEXT_H
 #define VOXTREL_TOOLS_TEXT_H
 
+#include <charconv>
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <system_error>
 
 namespace voxtrelctl {
+
+/// The number that is all of `text`, in decimal; nothing if it is none, or out of the type's range.
+template <typename Number>
+std::optional<Number> numberIn(const std::string& text) {
+    Number number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
 
 /// Nothing but white space.
 bool isBlank(const std::string& text);
