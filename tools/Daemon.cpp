@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -28,8 +29,16 @@ std::string environment(const char* name) {
     return value != nullptr ? value : "";
 }
 
-bool isProgram(const std::string& path) {
-    return !fs::is_directory(path) && access(path.c_str(), X_OK) == 0;
+/// The folder of this program.
+fs::path ownFolder() {
+    std::error_code none;
+    return fs::read_symlink("/proc/self/exe", none).parent_path();
+}
+
+/// The path of a program beside this one, or its name for one that is to be looked for in $PATH.
+std::string findProgram(const std::string& name) {
+    const fs::path path = ownFolder() / name;
+    return access(path.c_str(), X_OK) == 0 ? path.string() : name;
 }
 
 fs::path stateFolder() {
@@ -124,22 +133,6 @@ std::string lastLineOf(const std::string& path, std::streamoff begin) {
 
 }  // namespace
 
-std::string findProgram(const std::string& name) {
-    std::error_code none;
-    const fs::path beside = fs::read_symlink("/proc/self/exe", none).parent_path();
-    std::string folders = beside.string() + ":" + environment("PATH") + ":";
-    for (size_t begin = 0, end = 0; (end = folders.find(':', begin)) != std::string::npos;
-         begin = end + 1) {
-        std::string path = folders.substr(begin, end - begin) + "/" + name;
-        if (end > begin && isProgram(path)) {
-            return path;
-        }
-    }
-    throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
-                  name + " is neither in " + beside.string() + " nor in PATH",
-                  "install it, or start it by hand");
-}
-
 Daemon::Daemon(const std::string& name, const std::vector<std::string>& options)
     : mName(name), mLogPath(prepareLog(name)), mLogBegin(sizeOf(mLogPath)) {
     std::vector<std::string> words = {findProgram(name)};
@@ -151,8 +144,13 @@ Daemon::Daemon(const std::string& name, const std::vector<std::string>& options)
     }
     arguments.push_back(nullptr);
     const Surroundings surroundings(mLogPath);
-    const int error = posix_spawn(&mPid, arguments[0], surroundings.files(),
-                                  surroundings.attributes(), arguments.data(), environ);
+    const int error = posix_spawnp(&mPid, arguments[0], surroundings.files(),
+                                   surroundings.attributes(), arguments.data(), environ);
+    if (error == ENOENT) {
+        throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
+                      name + " is neither in " + ownFolder().string() + " nor in PATH",
+                      "install it, or start it by hand");
+    }
     if (error != 0) {
         throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
                       "cannot start " + words.front() + " with its log in " + mLogPath + ": " +

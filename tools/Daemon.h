@@ -10,16 +10,13 @@
 
 namespace voxtrelctl {
 
-/// The program of that name: beside this one, else in $PATH. Throws Failure(-8) when it is in
-/// neither.
-std::string findProgram(const std::string& name);
-
 /// A program that goes on after this one: a session of its own, no terminal, no descriptor of ours,
 /// and its output in the user's state folder, "voxtrel/NAME.log".
 /// Called on: the main thread. Locks: none.
 class Daemon {
 public:
-    /// Starts it. Throws Failure(-8) when it cannot be started, or its log cannot be written.
+    /// Starts the program of that name, beside this one or else in $PATH. Throws Failure(-8) when
+    /// it is in neither or cannot be started, or when its log cannot be written.
     Daemon(const std::string& name, const std::vector<std::string>& options);
 
     /// True once it has ended.
