@@ -231,28 +231,46 @@ private:
     CLI::App mApp;
 };
 
-/// What does not fit, in words of our own.
-std::string explain(const CLI::App& app, const CLI::ParseError& error, int argc,
-                    const char* const* argv) {
-    if (app.get_subcommands().empty() && argc > 1 && argv[1][0] != '-') {
-        return std::string("there is no command \"") + argv[1] + "\"";
-    }
-    const std::string text = error.what();
-    const std::string first = text.substr(0, text.find_first_of(": "));
-    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-        return first == "A" ? "a command is missing" : first + " is missing";
-    }
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
-        return "\"" + text.substr(text.rfind(": ") + 2) + "\" does not belong there";
-    }
-    const std::string option = text.substr(std::min(text.find("--"), text.size()));
-    return option.substr(0, option.find_first_of(":, ")) + " takes one value";
+/// The subcommand that the line got to.
+const CLI::App& deepest(const CLI::App& app) {
+    const auto subs = app.get_subcommands();
+    return subs.empty() ? app : deepest(*subs.front());
 }
 
-/// "voxtrelctl profile copy" for the subcommand that the line got to.
-std::string deepest(const CLI::App& app) {
-    const auto subs = app.get_subcommands();
-    return app.get_name() + (subs.empty() ? "" : " " + deepest(*subs.front()));
+/// "voxtrelctl profile copy" for a subcommand.
+std::string titleOf(const CLI::App& app) {
+    const CLI::App* const parent = app.get_parent();
+    return (parent != nullptr ? titleOf(*parent) + " " : "") + app.get_name();
+}
+
+std::string unknown(const std::string& word) {
+    return "\"" + word + "\" does not belong there";
+}
+
+/// A command is not there, or none that there is.
+std::string explainCommand(const CLI::App& app) {
+    const std::vector<std::string> words = app.remaining();
+    if (words.empty()) {
+        return "a command is missing";
+    }
+    const std::string& word = words.front();
+    return word[0] == '-' ? unknown(word) : "there is no command \"" + word + "\"";
+}
+
+/// What does not fit, in words of our own.
+std::string explain(const CLI::App& app, const CLI::ParseError& error) {
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        const std::string first = text.substr(0, text.find(' '));
+        return first == "A" ? explainCommand(app) : first + " is missing";
+    }
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        return unknown(text.substr(text.rfind(": ") + 2));
+    }
+    const bool isFlag = dynamic_cast<const CLI::ConversionError*>(&error) != nullptr;
+    const std::string option = text.substr(std::min(text.find("--"), text.size()));
+    return option.substr(0, option.find_first_of(":, ")) + " takes " +
+           (isFlag ? "no value" : "one value");
 }
 
 }  // namespace
@@ -261,6 +279,7 @@ Options parseArguments(int argc, const char* const* argv) {
     Options options;
     Grammar grammar(options);
     CLI::App& app = grammar.app();
+    const auto seeHelp = [&app] { return "see " + titleOf(deepest(app)) + " --help"; };
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& wish) {
@@ -269,10 +288,9 @@ Options parseArguments(int argc, const char* const* argv) {
         options.command = Command::Help;
         options.helpText = out.str();
     } catch (const CLI::ParseError& error) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER, explain(app, error, argc, argv),
-                      "see " + deepest(app) + " --help");
+        throw Failure(TTS::STATUS_BAD_PARAMETER, explain(deepest(app), error), seeHelp());
     } catch (const BadValue& bad) {
-        throw Failure(TTS::STATUS_BAD_PARAMETER, bad.what(), "see " + deepest(app) + " --help");
+        throw Failure(TTS::STATUS_BAD_PARAMETER, bad.what(), seeHelp());
     }
     return options;
 }
