@@ -10,8 +10,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <optional>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 #include "tools/Errors.h"
@@ -20,8 +20,8 @@ namespace voxtrelctl {
 namespace {
 
 struct Conversion {
-    std::string text;
-    std::optional<std::size_t> badByte;
+    std::string text;  ///< up to what is no text in that set
+    bool isWhole = false;
 };
 
 Conversion convert(const std::string& bytes, const char* from) {
@@ -29,21 +29,18 @@ Conversion convert(const std::string& bytes, const char* from) {
     iconv_t converter = iconv_open("UTF-8", from);
     // NOLINTNEXTLINE(performance-no-int-to-ptr): what iconv_open returns for none
     if (converter == reinterpret_cast<iconv_t>(-1)) {
-        done.badByte = 0;
         return done;
     }
     std::string buffer(4096, '\0');
     char* input = const_cast<char*>(bytes.data());
     std::size_t left = bytes.size();
-    while (left > 0 && !done.badByte) {
+    bool isFull = true;
+    while (isFull) {
         char* output = buffer.data();
         std::size_t room = buffer.size();
-        const bool isDone = iconv(converter, &input, &left, &output, &room) != std::size_t(-1);
-        const bool isOnlyFull = !isDone && errno == E2BIG;
+        done.isWhole = iconv(converter, &input, &left, &output, &room) != std::size_t(-1);
+        isFull = !done.isWhole && errno == E2BIG;
         done.text.append(buffer, 0, buffer.size() - room);
-        if (!isDone && !isOnlyFull) {
-            done.badByte = bytes.size() - left;
-        }
     }
     iconv_close(converter);
     return done;
@@ -53,20 +50,12 @@ bool beginsWith(const std::string& bytes, const char* mark) {
     return bytes.rfind(mark, 0) == 0;
 }
 
-[[noreturn]] void refuse(const std::string& source, const std::string& bytes, std::size_t at,
-                         const char* what, const char* remedy) {
-    const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(at, bytes.size()));
-    const auto line = 1 + std::count(bytes.begin(), end, '\n');
+/// @param before what is in order.
+[[noreturn]] void refuse(const std::string& source, std::string_view before, const char* what,
+                         const char* remedy) {
+    const auto line = 1 + std::count(before.begin(), before.end(), '\n');
     throw Failure(TTS::STATUS_BAD_PARAMETER,
                   source + ", line " + std::to_string(line) + ": " + what, remedy);
-}
-
-std::string require(const Conversion& done, const std::string& source, const std::string& bytes) {
-    if (done.badByte) {
-        refuse(source, bytes, *done.badByte, "bytes that are no text in UTF-16",
-               "save it in UTF-8");
-    }
-    return done.text;
 }
 
 std::string readAll(std::istream& in) {
@@ -83,29 +72,31 @@ std::string localeSet() {
 }
 
 std::string toUtf8(std::string bytes, const std::string& source, const std::string& set) {
-    if (beginsWith(bytes, "\xFF\xFE")) {
-        return require(convert(bytes.substr(2), "UTF-16LE"), source, bytes);
-    }
-    if (beginsWith(bytes, "\xFE\xFF")) {
-        return require(convert(bytes.substr(2), "UTF-16BE"), source, bytes);
+    if (beginsWith(bytes, "\xFF\xFE") || beginsWith(bytes, "\xFE\xFF")) {
+        Conversion done = convert(bytes, "UTF-16");
+        if (!done.isWhole) {
+            refuse(source, done.text, "bytes that are no text in UTF-16", "save it in UTF-8");
+        }
+        return std::move(done.text);
     }
     if (beginsWith(bytes, "\xEF\xBB\xBF")) {
         bytes.erase(0, 3);
     }
     const std::size_t nul = bytes.find('\0');
     if (nul != std::string::npos) {
-        refuse(source, bytes, nul, "a byte 0, so that it is no text", "name a text file");
+        refuse(source, std::string_view(bytes).substr(0, nul), "a byte 0, so that it is no text",
+               "name a text file");
     }
     const Conversion checked = convert(bytes, "UTF-8");
-    if (!checked.badByte) {
+    if (checked.isWhole) {
         return bytes;
     }
-    const Conversion done = convert(bytes, set.c_str());
-    if (done.badByte) {
-        refuse(source, bytes, *checked.badByte, "bytes that are no text in UTF-8",
+    Conversion done = convert(bytes, set.c_str());
+    if (!done.isWhole) {
+        refuse(source, checked.text, "bytes that are no text in UTF-8",
                "convert it first, as with: iconv -f LATIN1 -t UTF-8");
     }
-    return done.text;
+    return std::move(done.text);
 }
 
 std::string readStandardInput() {

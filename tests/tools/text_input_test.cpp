@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "tools/Errors.h"
 
 using namespace voxtrelctl;
@@ -33,6 +35,26 @@ TEST(Utf16, IsConvertedByItsMark) {
     EXPECT_EQ(refusal(std::string("\xFF\xFE\0\xD8", 4)),
               "-3 bad parameter: the text, line 1: bytes that are no text in UTF-16: save it in "
               "UTF-8");
+}
+
+TEST(Utf16, HasItsLinesCounted) {
+    const std::string line = "-3 bad parameter: the text, line ";
+    EXPECT_EQ(refusal(std::string("\xFF\xFE\n\0\0\xD8", 6)).rfind(line + "2: ", 0), 0U);
+    EXPECT_EQ(refusal(std::string("\xFF\xFE\n\x01\0\xD8", 6)).rfind(line + "1: ", 0), 0U)
+        << "a letter with the byte of a line feed in it ends no line";
+}
+
+/// The character set of a locale that every system has.
+std::string setIn(const char* locale) {
+    setenv("LC_ALL", locale, 1);
+    std::string set = localeSet();
+    unsetenv("LC_ALL");
+    return set;
+}
+
+TEST(TheLocalesSet, IsThatOfTheUser) {
+    EXPECT_EQ(setIn("C.UTF-8"), "UTF-8");
+    EXPECT_EQ(setIn("POSIX"), "ANSI_X3.4-1968");
 }
 
 TEST(ATextThatIsNone, IsRefusedWithItsLine) {
