@@ -3,6 +3,9 @@
 #include <exception>
 #include <iostream>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "tools/Commands.h"
 #ifdef VOXTREL_CAN_SPAWN
 #include "tools/Spawn.h"
@@ -41,6 +44,16 @@ constexpr Entry kCommands[] = {
     {Command::Doctor, &runDoctor},
 };
 
+/// What this program opens must not become the standard output or error of a caller that has closed
+/// them. What is written there fails as before.
+void fillStandardFiles() {
+    int file = STDIN_FILENO;
+    while (file >= STDIN_FILENO && file <= STDERR_FILENO) {
+        file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    }
+    close(file);
+}
+
 /// Chooses what the platform's log shows: only what is asked for, because it says what this
 /// program's own progress and error lines say. An environment that sets the level is left alone.
 void quietLog(bool verbose) {
@@ -71,6 +84,7 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    fillStandardFiles();
     try {
         return run(parseArguments(argc, argv));
     } catch (const std::exception& error) {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
 
 using namespace voxtrel_test;
@@ -79,8 +80,23 @@ TEST_F(WithAService, AResultThatCannotBeWrittenIsAFailure) {
         EXPECT_NE(full.err.find("voxtrelctl: standard output: No space left on device\n"),
                   std::string::npos)
             << full.err;
-        EXPECT_EQ(redirected(arguments, ">&-").status, 1) << arguments;
+        const Outcome closed = redirected(arguments, ">&-");
+        EXPECT_EQ(closed.status, 1) << arguments;
+        EXPECT_EQ(closed.err, "voxtrelctl: standard output: Bad file descriptor\n");
     }
+}
+
+TEST(AClosedOutput, IsNotTakenForWhatTheProgramOpens) {
+    const Device device;  // without a service, so that it is looked for
+    const Process waiting(
+        {"sh", "-c", "exec " + Device::control() + " status --timeout 600 <&- >&- 2>&-"});
+    const auto isNobodys = [&](int number) {
+        const std::string path =
+            "/proc/" + std::to_string(waiting.pid()) + "/fd/" + std::to_string(number);
+        std::error_code gone;
+        return std::filesystem::read_symlink(path, gone) == "/dev/null";
+    };
+    EXPECT_TRUE(eventually([&] { return isNobodys(0) && isNobodys(1) && isNobodys(2); }));
 }
 
 }  // namespace
