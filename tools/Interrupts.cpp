@@ -6,7 +6,6 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <string_view>
 
@@ -39,7 +38,7 @@ Interrupts::Interrupts() : mEnd(eventfd(0, EFD_CLOEXEC)), mCome(eventfd(0, EFD_C
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         sigaddset(&wanted, signal);
     }
-    pthread_sigmask(SIG_BLOCK, &wanted, nullptr);
+    pthread_sigmask(SIG_BLOCK, &wanted, &mBefore);
     mSignals = signalfd(-1, &wanted, SFD_CLOEXEC);
     mThread = std::thread([this] { watch(); });
 }
@@ -50,6 +49,7 @@ Interrupts::~Interrupts() {
     for (const int file : {mSignals, mEnd, mCome}) {
         close(file);
     }
+    pthread_sigmask(SIG_SETMASK, &mBefore, nullptr);
 }
 
 void Interrupts::onSignal(Handler handler) {

@@ -3,6 +3,7 @@
 #define VOXTREL_TOOLS_INTERRUPTS_H
 
 #include <atomic>
+#include <csignal>
 #include <functional>
 #include <mutex>
 #include <stdexcept>
@@ -19,7 +20,8 @@ public:
 /// Ends the process within 100 ms of SIGINT, SIGTERM or SIGHUP, whatever it waits for.
 ///
 /// The first one calls the handler, and leaves the main thread a moment to come to an end by
-/// itself. Make it before any other thread starts. One at a time in a process.
+/// itself. Make it before any other thread starts. One at a time in a process; with its end signals
+/// do again what they did before.
 class Interrupts {
 public:
     /// @return true: the signal is dealt with, and the process goes on.
@@ -51,10 +53,11 @@ private:
     void watch();
     bool isDealtWith();
 
-    int mSignals;       ///< signalfd
-    int mEnd;           ///< eventfd: this object ends
-    int mCome;          ///< eventfd: a signal has come
-    std::mutex mMutex;  ///< of the two, while they are called too
+    sigset_t mBefore = {};  ///< blocked before
+    int mSignals;           ///< signalfd
+    int mEnd;               ///< eventfd: this object ends
+    int mCome;              ///< eventfd: a signal has come
+    std::mutex mMutex;      ///< of the two, while they are called too
     Handler mHandler;
     std::function<void()> mLastWords;
     std::atomic<bool> mHasCome{false};

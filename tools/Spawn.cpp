@@ -150,12 +150,20 @@ void ensureService(Connection& connection, Terminal& terminal) {
     awaitUsable(terminal, daemon, name, [&] { return look(connection) == Reach::Connected; });
 }
 
+/// Nobody is asked to end any more when the command begins.
+void throwIfInterrupted(bool isInterrupted) {
+    if (isInterrupted) {
+        throw Interrupted();
+    }
+}
+
 }  // namespace
 
 void ensureRunning(const Options& options, Terminal& terminal) {
     std::optional<Interrupts> interrupts(std::in_place);
     const SpawnLock lock(terminal);
     const bool isNew = ensureManager(terminal);
+    throwIfInterrupted(interrupts->hasCome());
     interrupts.reset();  // a connection has its own
     Connection connection(options, terminal);
     if (!isNew) {
@@ -163,6 +171,7 @@ void ensureRunning(const Options& options, Terminal& terminal) {
                     kRegistrationPatience, [&] { return isServiceThere(connection); });
     }
     ensureService(connection, terminal);
+    throwIfInterrupted(connection.isInterrupted());
 }
 
 }  // namespace voxtrelctl

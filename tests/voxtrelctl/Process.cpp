@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <fstream>
 #include <stdexcept>
 
 namespace voxtrel_test {
@@ -91,6 +92,18 @@ void Process::signal(int number) const {
     if (!mReaped) {
         kill(mPid, number);
     }
+}
+
+bool Process::blocks(int signal) const {
+    std::ifstream status("/proc/" + std::to_string(mPid) + "/status");
+    const std::string field = "SigBlk:";
+    unsigned long long blocked = 0;
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind(field, 0) == 0) {
+            blocked = std::stoull(line.substr(field.size()), nullptr, 16);
+        }
+    }
+    return ((blocked >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
 }
 
 /// One round of reading; false when there is nothing more to come.

@@ -31,6 +31,9 @@ public:
     pid_t pid() const { return mPid; }
     void signal(int number) const;
 
+    /// Its main thread keeps this signal waiting.
+    bool blocks(int signal) const;
+
     /// Reads until standard output, or standard error, holds `text`. False when it ended, or the
     /// generous limit passed, without.
     bool awaitOutput(const std::string& text);

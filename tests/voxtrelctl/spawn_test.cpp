@@ -213,6 +213,18 @@ TEST(Spawning, EndsAtOnceOnCtrlCWhileItWaitsForAnother) {
     close(lock);
 }
 
+TEST(Spawning, LetsASignalEndTheCommandThatReadsItsText) {
+    const EmptyHome home;
+    ASSERT_EQ(0, mkfifo(home.path("text").c_str(), 0600));
+    const int text = open(home.path("text").c_str(), O_RDWR | O_CLOEXEC);  // never ends
+    const auto speaker = EmptyHome::spawn({"say", "--file", home.path("text")});
+    ASSERT_TRUE(eventually([&] { return !home.running("voxtreld").empty(); }));
+    EXPECT_TRUE(eventually([&] { return !speaker->blocks(SIGTERM); }));
+    speaker->signal(SIGTERM);
+    EXPECT_EQ(128 + SIGTERM, speaker->wait().status);
+    close(text);
+}
+
 TEST(Spawning, PutsALongLogAside) {
     const EmptyHome home;
     std::filesystem::create_directories(home.path("state/voxtrel"));
