@@ -4,8 +4,10 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <future>
 #include <iostream>
 #include <system_error>
+#include <thread>
 
 #include "tools/Owner.h"
 
@@ -20,15 +22,32 @@ using voxtrel::Status;
 constexpr milliseconds kPatience(800);
 constexpr milliseconds kProgressStep(1000);
 
+/// Kept back of the time: to learn what became of a request, and to leave.
+constexpr milliseconds kLongestReserve(2000);
+constexpr int kReserveShare = 5;
+
+/// Threads that need not wait for anybody end in that time.
+constexpr milliseconds kToEnd(200);
+
 voxtrel::ClientOptions optionsOf(const Options& options) {
     voxtrel::ClientOptions chosen;
     chosen.deadline = options.timeout;
+    chosen.linger = milliseconds::zero();  // what is said is waited for in any case
     // `lock` waits for its command.
     chosen.handlerThread = options.command == Command::Lock
                                ? voxtrel::HandlerThread::OfTheLibrary
                                : voxtrel::HandlerThread::OfTheApplication;
     chosen.trustedUsers = trustedUsers(options);
     return chosen;
+}
+
+bool isSilent(Status status) {
+    return status == Status::TimedOut || status == Status::Unresponsive;
+}
+
+milliseconds until(std::chrono::steady_clock::time_point end) {
+    const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
+    return std::max(left, milliseconds::zero());
 }
 
 /// Nothing that may change while a command waits.
@@ -105,10 +124,11 @@ Obstacle obstacleIn(const Diagnosis& seen) {
 
 Connection::Connection(const Options& options, Terminal& terminal)
     : mTimeout(options.timeout),
+      mReserve(std::min(kLongestReserve, mTimeout / kReserveShare)),
       mIsVerbose(options.verbose),
       mTerminal(terminal),
-      mEnd(Clock::now() + mTimeout),
       mClient("voxtrelctl", optionsOf(options)) {
+    restart();
     onSignal([this](int) {
         mClient.stop();
         return false;
@@ -117,30 +137,43 @@ Connection::Connection(const Options& options, Terminal& terminal)
 
 Connection::~Connection() {
     onSignal({});
+    // The end of a client may take its whole deadline, as every request may.
+    std::packaged_task<void()> leave(
+        [client = std::move(mClient)]() mutable { const voxtrel::Client last(std::move(client)); });
+    const std::future<void> hasLeft = leave.get_future();
+    std::thread(std::move(leave)).detach();
+    (void)hasLeft.wait_for(std::max(until(mEnd), kToEnd));
 }
 
 milliseconds Connection::left() const {
-    const auto left = std::chrono::ceil<milliseconds>(mEnd - Clock::now());
-    return std::max(left, milliseconds::zero());
+    return until(mEnd - mReserve);
+}
+
+void Connection::restart() {
+    mEnd = Clock::now() + mTimeout;
 }
 
 Diagnosis Connection::look() {
     return mClient.diagnose(milliseconds::zero());
 }
 
+void Connection::fail(const Diagnosis& seen) {
+    mTerminal.endProgress();
+    const Obstacle obstacle = obstacleIn(seen);
+    throw Failure(obstacle.code, obstacle.what, obstacle.remedy);
+}
+
 void Connection::connect() {
     const auto begin = Clock::now();
-    mEnd = begin + mTimeout;
+    restart();
     auto step = kPatience;
     for (;;) {
-        const Diagnosis seen = mClient.diagnose(std::min(left(), kPatience));
+        const Diagnosis seen = mClient.diagnose(std::min(until(mEnd), kPatience));
         if (seen.reach == Reach::Connected) {
             break;
         }
-        if (isHopeless(seen.reach) || left() <= milliseconds::zero()) {
-            mTerminal.endProgress();
-            const Obstacle obstacle = obstacleIn(seen);
-            throw Failure(obstacle.code, obstacle.what, obstacle.remedy);
+        if (isHopeless(seen.reach) || until(mEnd) <= milliseconds::zero()) {
+            fail(seen);
         }
         const auto passed = Clock::now() - begin;
         if (passed >= kPatience) {
@@ -148,7 +181,7 @@ void Connection::connect() {
             mTerminal.progress(progressOf(seen, mTimeout), std::to_string(seconds.count()) + " s");
             step = kProgressStep;
         }
-        if (mClient.waitUntilConnected(std::min(left(), step))) {
+        if (mClient.waitUntilConnected(std::min(until(mEnd), step))) {
             break;
         }
     }
@@ -160,23 +193,36 @@ void Connection::connect() {
     }
 }
 
-void Connection::dispatch(milliseconds atMost) {
+bool Connection::dispatch(milliseconds atMost) {
     pollfd news[] = {{mClient.fd(), POLLIN, 0}, {mInterrupts.fd(), POLLIN, 0}};
     (void)poll(news, isInterrupted() ? 1 : 2, static_cast<int>(atMost.count()));
-    mClient.dispatch();
+    return mClient.dispatch() > 0;
+}
+
+void Connection::dispatchWhileItAnswers() {
+    const milliseconds patience = mTimeout / 2;
+    if (dispatch(patience) || isInterrupted()) {
+        return;
+    }
+    const auto answer = mClient.isOn(voxtrel::Switch::Speech, patience);
+    if (!isSilent(answer.status())) {
+        return;
+    }
+    const Diagnosis seen = look();
+    if (seen.reach != Reach::Connected) {
+        fail(seen);
+    }
 }
 
 void Connection::require(const voxtrel::Error& error, const std::string& detail) {
     if (error.status == Status::Ok) {
         return;
     }
-    const bool isSilent = error.status == Status::TimedOut || error.status == Status::Unresponsive;
-    if (isSilent || !mClient.isConnected()) {
+    if (isSilent(error.status) || !mClient.isConnected()) {
         const Diagnosis seen = look();
         // One that has just died is not said to have never been there.
         if (seen.reach != Reach::Connected && error.status != Status::NoService) {
-            const Obstacle obstacle = obstacleIn(seen);
-            throw Failure(obstacle.code, obstacle.what, obstacle.remedy);
+            fail(seen);
         }
     }
     const int code = static_cast<int>(error.status);
@@ -190,8 +236,12 @@ bool Connection::isUntold(const voxtrel::Error& error) {
     return error.status == Status::TimedOut && look().reach == Reach::Connected;
 }
 
+bool Connection::takesAnyPause() {
+    return mClient.diagnose(mReserve / 2).takesAnyPause;
+}
+
 void Connection::complain() {
-    if (mClient.diagnose(kProgressStep).takesAnyPause) {
+    if (takesAnyPause()) {
         std::cerr << "voxtrelctl: the service takes a pause of 49 days, which it must refuse at "
                      "once (docs/writing-a-service.md); it was told to drop it again\n";
     }

@@ -25,6 +25,8 @@ class Connection {
 public:
     /// Begins to look for the service.
     Connection(const Options& options, Terminal& terminal);
+
+    /// Takes leave of the service, which may take what is left of the time and no longer.
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -45,12 +47,20 @@ public:
     /// A signal is no failure: the command ends with status 0.
     void endQuietly() { mInterrupts.endQuietly(); }
 
-    /// What is left of the time of `--timeout`.
+    /// What is left of the time of `--timeout` for requests.
     voxtrel::Milliseconds left() const;
+
+    /// The time begins again: speech, or a command, has come to an end that was waited for.
+    void restart();
 
     /// Waits until there is something to dispatch, and calls the client's handler; or until the
     /// first signal comes, or the time is up.
-    void dispatch(voxtrel::Milliseconds atMost);
+    /// @return whether there was something.
+    bool dispatch(voxtrel::Milliseconds atMost);
+
+    /// dispatch() for as long as it takes, while the service answers: throws Failure when it tells
+    /// of nothing for half of the time of `--timeout`, and does not answer a request in the other.
+    void dispatchWhileItAnswers();
 
     /// Throws what `error` means to a person, unless it is Ok: for a service that does not answer,
     /// in the words of what is seen of it.
@@ -65,15 +75,20 @@ public:
     /// True for a request of which the service has told nothing, though it answers others.
     bool isUntold(const voxtrel::Error& error);
 
-    /// Complains on standard error of a service that takes a pause of any length.
+    /// The service takes a pause of any length, as far as it has told.
+    bool takesAnyPause();
+
+    /// Complains of that on standard error.
     void complain();
 
 private:
     using Clock = std::chrono::steady_clock;
 
     voxtrel::Diagnosis look();
+    [[noreturn]] void fail(const voxtrel::Diagnosis& seen);
 
     const voxtrel::Milliseconds mTimeout;
+    const voxtrel::Milliseconds mReserve;  ///< of that, not for requests
     const bool mIsVerbose;
     Terminal& mTerminal;
     Clock::time_point mEnd;

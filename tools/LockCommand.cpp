@@ -61,6 +61,7 @@ int await(Connection& connection, pid_t child) {
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     connection.onSignal({});
+    connection.restart();
     return exitStatus(status);
 }
 

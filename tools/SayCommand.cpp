@@ -18,7 +18,6 @@ using voxtrel::Outcome;
 using voxtrel::Status;
 using voxtrel::Utterance;
 
-constexpr Milliseconds kForever(-1);
 constexpr Milliseconds kProgressStep(1000);
 
 /// So long the end of speech that the user has interrupted is waited for.
@@ -119,19 +118,21 @@ public:
     void follow(const Utterance& said) {
         mConnection.onEnd([this, number = said.number()] { endAs(number); });
         while (!mIsOver && !mConnection.isInterrupted()) {
-            show(kForever);
+            mConnection.dispatchWhileItAnswers();
+            show();
         }
         if (!mIsOver) {
-            show(kLastEvents);
+            mConnection.dispatch(kLastEvents);
+            show();
         }
+        mConnection.restart();
         if (mConnection.isInterrupted()) {
             endAs(said.number());
         }
     }
 
 private:
-    void show(Milliseconds atMost) {
-        mConnection.dispatch(atMost);
+    void show() {
         const std::lock_guard<std::mutex> lock(mMutex);
         for (const Event& event : mEvents) {
             mHasEnded =
@@ -169,10 +170,9 @@ bool isStillGiven(Connection& connection, const std::string& text) {
     if (!connection.isUntold(why)) {
         connection.require(why);
     }
-    const bool takesAnyPause = connection.client().diagnose(kProgressStep).takesAnyPause;
     throw Unanswered(
         "whether it has taken " + what + ", and it was asked to drop what is left of it",
-        takesAnyPause ? Unanswered::Why::TakesAnyPause : Unanswered::Why::NoEvent);
+        connection.takesAnyPause() ? Unanswered::Why::TakesAnyPause : Unanswered::Why::NoEvent);
 }
 
 /// Gives the service all of it and leaves; what is queued is spoken all the same.
@@ -190,6 +190,9 @@ void handOver(Connection& connection, Terminal& terminal, const Utterance& said,
     terminal.endProgress();
     if (!taken && said.outcome().isPending()) {
         giveUp(connection, taken.error(), what);
+    }
+    if (isLong) {
+        connection.restart();
     }
     judge(connection, said.outcome());
 }
