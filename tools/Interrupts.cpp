@@ -14,8 +14,8 @@ namespace {
 
 constexpr int kGraceMs = 80;
 
-bool isReadable(int file, int patienceMs) {
-    pollfd wanted = {file, POLLIN, 0};
+bool isReady(int file, short what, int patienceMs) {
+    pollfd wanted = {file, what, 0};
     return poll(&wanted, 1, patienceMs) == 1;
 }
 
@@ -26,7 +26,9 @@ bool isReadable(int file, int patienceMs) {
     constexpr std::string_view kLine = "\r\x1b[Kvoxtrelctl: interrupted\n";
     constexpr std::size_t kErasure = 4;  // of progress, on a terminal
     const std::string_view line = kLine.substr(isatty(STDERR_FILENO) == 1 ? 0 : kErasure);
-    (void)!write(STDERR_FILENO, line.data(), line.size());
+    if (isReady(STDERR_FILENO, POLLOUT, 0)) {  // whoever reads it may be stopped
+        (void)!write(STDERR_FILENO, line.data(), line.size());
+    }
     std::_Exit(EXIT_FAILURE);
 }
 
@@ -81,7 +83,7 @@ void Interrupts::watch() {
         }
     } while (isDealtWith());
     (void)eventfd_write(mCome, 1);
-    if (!isReadable(mEnd, kGraceMs)) {
+    if (!isReady(mEnd, POLLIN, kGraceMs)) {
         const std::lock_guard<std::mutex> lock(mMutex);
         try {
             if (mLastWords) {

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Nobody is kept waiting by a program that is stopped.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
@@ -179,6 +182,27 @@ TEST_F(AStoppedProcess, OfTheServiceManagerDisturbsNoSpeech) {
     const Outcome outcome = speaker->wait();
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("finished 1\n"), std::string::npos) << outcome.out;
+}
+
+TEST(AReaderThatDoesNotRead, KeepsNobodyFromLeaving) {
+    Device device;  // without a service, so that it is looked for
+    const std::string path = device.path("reader");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const int reader = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const std::string page(4096, ' ');
+    while (write(reader, page.data(), page.size()) > 0) {
+    }
+    const Process waiting(
+        {"sh", "-c", "exec " + Device::control() + " status --timeout 600 >" + path + " 2>&1"});
+    ASSERT_TRUE(eventually([&] { return waiting.blocks(SIGTERM); }));
+    waiting.signal(SIGTERM);
+    siginfo_t ended = {};
+    EXPECT_TRUE(eventually([&] {
+        return waitid(P_PID, static_cast<id_t>(waiting.pid()), &ended,
+                      WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               ended.si_pid == waiting.pid();
+    }));
+    close(reader);
 }
 
 /// Needs six seconds to serve what it is sent, and then hangs when a client leaves.
