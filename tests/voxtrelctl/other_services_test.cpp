@@ -353,6 +353,7 @@ TEST(AServiceThatDiesWhileItIsAsked, IsNotSaidToDenyPermission) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.err.find("voxtrelctl: -8 service not found: "), std::string::npos)
         << outcome.err;
+    EXPECT_EQ(device.service().wait().status, 1) << "it was asked";
 }
 
 TEST(ASlowService, DoesNotMakeACommandOfManyRequestsWaitForLongerThanItsTimeout) {
