@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <new>
 
 namespace voxtrel {
 namespace {
@@ -31,7 +32,11 @@ bool Mailbox::put(Event&& event) {
     if (mHandler == nullptr || (waiting() >= kRoom && (isDispensable(event) || renews(event)))) {
         return false;
     }
-    append(std::move(event));
+    try {
+        append(std::move(event));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
     if (waiting() == 1) {
         signal();
     }

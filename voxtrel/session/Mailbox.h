@@ -18,7 +18,8 @@ namespace voxtrel {
 /// The events of one client on their way to its handler.
 ///
 /// A full one drops words and marks, of which the next shows the progress as well, and never
-/// anything else. Called on: any thread. Locks: its own, never while the handler runs.
+/// anything else, unless memory runs out. Called on: any thread. Locks: its own, never while the
+/// handler runs.
 class Mailbox {
 public:
     using Handler = std::function<void(const Event&)>;
@@ -35,7 +36,7 @@ public:
     /// -1 unless polled, or where the system had no descriptor left.
     int fd() const { return mFd; }
 
-    /// Dropped while there is no handler.
+    /// Dropped while there is no handler. Throws nothing.
     /// @return there is something new to dispatch.
     bool put(Event&& event);
 

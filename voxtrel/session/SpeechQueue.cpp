@@ -2,6 +2,7 @@
 #include "voxtrel/session/SpeechQueue.h"
 
 #include <algorithm>
+#include <new>
 
 #include "vocabulary/Events.h"
 #include "voxtrel/session/TextCutter.h"
@@ -59,6 +60,8 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
     request.speech = speech;
     request.begin = speech->sent;
     request.bytes = bytes;
+    mWay.push_back({request.number, speech, request.begin, request.begin, bytes});
+    mBytes += bytes;
     speech->sent.bytes += bytes;
     speech->sent.characters += countCharacters(rest.substr(0, bytes));
     speech->isCut = speech->isCut || !speech->isWhole();
@@ -68,8 +71,6 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
         mTurn = speech->client;
     }
     mBegun = speech->isWhole() ? nullptr : speech;
-    mWay.push_back({request.number, speech, request.begin, request.begin, bytes});
-    mBytes += bytes;
     mPatience = kQuiet;
     return request;
 }
@@ -99,14 +100,14 @@ std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
         request.kind = SpeechRequest::Kind::Fence;
         return request;
     }
-    mPatience = mPatience < kDoubt ? kDoubt : std::min(2 * mPatience, kLongestQuiet);
-    mLast = now;
-    mOwesFence = true;
-    request.kind = SpeechRequest::Kind::Probe;
     Sent sent;
     sent.number = request.number;
     sent.isProbe = true;
     mWay.push_back(std::move(sent));
+    mPatience = mPatience < kDoubt ? kDoubt : std::min(2 * mPatience, kLongestQuiet);
+    mLast = now;
+    mOwesFence = true;
+    request.kind = SpeechRequest::Kind::Probe;
     return request;
 }
 
@@ -231,7 +232,7 @@ void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_poi
     speech.heard = speech.heard || (sent.hasStarted && now - sent.started > kInaudible);
     if (status == Status::Shutdown) {
         mClosed = now + kEnding;
-        lose({sent.speech}, status);
+        lose(sent.speech, status);
     } else if (status == Status::Ok) {
         end(sent.speech, {Kind::Stopped, status, speech.heard, speech.stopper});
     } else if (!speech.wasTold) {
@@ -245,40 +246,27 @@ void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_poi
 /// Something sent later is being spoken: of what comes before, nothing more will be told.
 void SpeechQueue::passed(std::uint32_t number) {
     const std::shared_ptr<Speech> current = find(number)->speech;
-    std::vector<std::shared_ptr<Speech>> lost;
-    while (mWay.front().number != number) {
-        const Sent sent = mWay.front();
-        remove(sent.number);
-        if (sent.speech == nullptr) {
-            continue;
-        }
+    std::size_t before = 0;
+    for (; mWay[before].number != number; ++before) {
+        Sent& sent = mWay[before];
         // A piece that began and is followed by the next has been spoken.
-        const bool isSpoken = sent.hasStarted && sent.speech == current;
-        sent.speech->heard = sent.speech->heard || sent.hasStarted;
-        if (!isSpoken && (lost.empty() || lost.back() != sent.speech)) {
-            lost.push_back(sent.speech);
+        if (current != nullptr && sent.hasStarted && sent.speech == current) {
+            forgetPiece(sent);
         }
     }
-    lose(lost, Status::Lost);
+    loseFirst(before, Status::Lost);
+    while (mWay.front().number != number) {
+        remove(mWay.front().number);
+    }
 }
 
 void SpeechQueue::lose(Status status) {
-    std::vector<std::shared_ptr<Speech>> lost;
-    const auto note = [&lost](const std::shared_ptr<Speech>& speech) {
-        if (speech != nullptr && (lost.empty() || lost.back() != speech)) {
-            lost.push_back(speech);
-        }
-    };
-    for (const Sent& sent : mWay) {
-        if (sent.speech != nullptr) {
-            sent.speech->heard = sent.speech->heard || sent.hasStarted;
-        }
-        note(sent.speech);
+    loseFirst(mWay.size(), status);
+    if (const std::shared_ptr<Speech> begun = mBegun) {
+        lose(begun, status);
     }
-    note(mBegun);
     mWay.clear();
     mBytes = 0;
-    lose(lost, status);
     mUnanswered = 0;
     mHasAnswered = false;
     mClosed = {};
@@ -286,35 +274,71 @@ void SpeechQueue::lose(Status status) {
     mOwesFlush = false;
 }
 
-void SpeechQueue::lose(const std::vector<std::shared_ptr<Speech>>& lost, Status status) {
-    std::vector<std::shared_ptr<Speech>> again;
-    for (const auto& speech : lost) {
-        if (speech->isStopped) {
-            end(speech, {Kind::Stopped, Status::Ok, speech->heard, speech->stopper});
-        } else if (mayRepeat(*speech)) {
-            again.push_back(speech);
-        } else {
-            end(speech, {Kind::Lost, status, speech->heard});
+/// What is told of goes from the first to the last, and what is said again comes before the rest in
+/// the same order. Takes no memory but for that.
+void SpeechQueue::loseFirst(std::size_t count, Status status) {
+    for (std::size_t n = 0; n < count; ++n) {
+        if (mWay[n].speech != nullptr) {
+            mWay[n].speech->heard = mWay[n].speech->heard || mWay[n].hasStarted;
         }
     }
-    std::for_each(again.rbegin(), again.rend(), [this](const auto& speech) { repeat(speech); });
+    const auto loseAt = [&](std::size_t place) {
+        const std::shared_ptr<Speech> speech = mWay[place].speech;
+        for (std::size_t n = 0; n < count; ++n) {
+            if (mWay[n].speech == speech) {
+                forgetPiece(mWay[n]);
+            }
+        }
+        lose(speech, status);
+    };
+    for (std::size_t n = 0; n < count; ++n) {
+        if (mWay[n].speech != nullptr && !mayRepeat(*mWay[n].speech)) {
+            loseAt(n);
+        }
+    }
+    for (std::size_t n = count; n-- > 0;) {
+        if (mWay[n].speech != nullptr) {
+            loseAt(n);
+        }
+    }
+}
+
+void SpeechQueue::lose(const std::shared_ptr<Speech>& speech, Status status) {
+    if (speech->isStopped) {
+        end(speech, {Kind::Stopped, Status::Ok, speech->heard, speech->stopper});
+    } else if (!mayRepeat(*speech) || !repeat(speech)) {
+        end(speech, {Kind::Lost, status, speech->heard});
+    }
 }
 
 bool SpeechQueue::mayRepeat(const Speech& speech) {
     const OnLoss choice = speech.onLoss();
     const bool isWanted =
         choice == OnLoss::SayAgainWhatever || (choice == OnLoss::SayAgain && !speech.heard);
-    return isWanted && !speech.wasRepeated;
+    return isWanted && !speech.isStopped && !speech.wasRepeated;
 }
 
-void SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
+/// False where there is no memory for it.
+bool SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
+    try {
+        mWaiting.addFirst(speech);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
     detach(speech);
     speech->sent = {};
     speech->open = 0;
     speech->isCut = false;
     speech->wasRepeated = true;
     speech->state->moveTo({});
-    mWaiting.addFirst(speech);
+    return true;
+}
+
+/// Nothing more will be told of it.
+void SpeechQueue::forgetPiece(Sent& sent) {
+    sent.speech->heard = sent.speech->heard || sent.hasStarted;
+    --sent.speech->open;
+    sent.speech = nullptr;
 }
 
 /// Nothing that was sent of it matters any more, nor is more of it sent.
@@ -355,8 +379,9 @@ void SpeechQueue::stop(const Mailbox& client) {
             end(begun, {Kind::Stopped, Status::Ok, begun->heard, Outcome::Stopper::ThisClient});
         }
     }
-    for (const auto& speech : mWaiting.takeAllOf(client)) {
-        end(speech, {Kind::Stopped, Status::Ok, speech->heard, Outcome::Stopper::ThisClient});
+    while (const std::shared_ptr<Speech> waiting = mWaiting.firstOf(&client)) {
+        mWaiting.takeFirst(waiting);
+        end(waiting, {Kind::Stopped, Status::Ok, waiting->heard, Outcome::Stopper::ThisClient});
     }
 }
 
@@ -378,14 +403,18 @@ void SpeechQueue::blameNobody() {
 }
 
 void SpeechQueue::dropWaiting(const Mailbox& by) {
-    std::vector<std::shared_ptr<Speech>> dropped = mWaiting.takeAll();
-    if (mBegun != nullptr && mBegun->open == 0) {
-        dropped.insert(dropped.begin(), mBegun);
-    }
-    for (const auto& speech : dropped) {
+    const auto drop = [&](const std::shared_ptr<Speech>& speech) {
         const bool isOwn = speech->client.get() == &by;
         end(speech, {Kind::Stopped, Status::Ok, speech->heard,
                      isOwn ? Outcome::Stopper::ThisClient : Outcome::Stopper::ThisProcess});
+    };
+    const std::shared_ptr<Speech> begun = mBegun;
+    if (begun != nullptr && begun->open == 0) {
+        drop(begun);
+    }
+    while (const std::shared_ptr<Speech> waiting = mWaiting.firstOfAnother(nullptr)) {
+        mWaiting.takeFirst(waiting);
+        drop(waiting);
     }
 }
 

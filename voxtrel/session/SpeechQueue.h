@@ -7,7 +7,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "voxtrel/Event.h"
 #include "voxtrel/session/Speech.h"
@@ -25,7 +24,8 @@ namespace voxtrel {
 /// All that is on its way belongs to one client, because the service can only be asked to drop all
 /// that a process sent. Clients take turns by utterance.
 ///
-/// No threads, no waiting, no clock of its own. Called on: any one thread at a time.
+/// No threads, no waiting, no clock of its own. Called on: any one thread at a time. Only `add` and
+/// `next` throw std::bad_alloc, and have done nothing then.
 class SpeechQueue {
 public:
     using Clock = std::chrono::steady_clock;
@@ -86,7 +86,7 @@ public:
     /// The service is gone, or its events are: everything on its way is lost.
     void lose(Status status);
 
-    /// The client ends: its utterances get their outcome. Takes no memory.
+    /// The client ends: its utterances get their outcome.
     void close(const Mailbox& client);
 
     /// Utterances of `client` that the service does not have yet, or that have no outcome.
@@ -109,8 +109,11 @@ public:
     /// @return false when it had that chance before: no event will ever come.
     bool askOnceMore();
 
-    /// Set when pieces are on their way that must not be spoken any more: ask for them to be
-    /// dropped, and forget it.
+    /// Set when something is on its way that must not be spoken any more: ask for it to be dropped.
+    bool owesFlush() const { return mOwesFlush; }
+    void oweFlush() { mOwesFlush = true; }
+
+    /// The same, and forgets it.
     bool takeFlush();
 
 private:
@@ -142,9 +145,11 @@ private:
     void onStopped(std::uint32_t number, Status status, Clock::time_point now);
     void passed(std::uint32_t number);
 
-    void lose(const std::vector<std::shared_ptr<Speech>>& lost, Status status);
+    void loseFirst(std::size_t count, Status status);
+    void lose(const std::shared_ptr<Speech>& speech, Status status);
     static bool mayRepeat(const Speech& speech);
-    void repeat(const std::shared_ptr<Speech>& speech);
+    bool repeat(const std::shared_ptr<Speech>& speech);
+    static void forgetPiece(Sent& sent);
     void detach(const std::shared_ptr<Speech>& speech);
     void end(const std::shared_ptr<Speech>& speech, const Outcome& outcome);
 

@@ -59,34 +59,6 @@ void WaitingLines::takeFirst(const Item& speech) {
     }
 }
 
-std::vector<WaitingLines::Item> WaitingLines::takeAllOf(const Mailbox& client) {
-    std::vector<Item> taken;
-    const auto line = find(mLines, &client);
-    if (line != mLines.end()) {
-        for (Place& place : line->places) {
-            taken.push_back(std::move(place.speech));
-        }
-        mLines.erase(line);
-    }
-    return taken;
-}
-
-std::vector<WaitingLines::Item> WaitingLines::takeAll() {
-    std::vector<Place> places;
-    for (Line& line : mLines) {
-        std::move(line.places.begin(), line.places.end(), std::back_inserter(places));
-    }
-    mLines.clear();
-    std::sort(places.begin(), places.end(),
-              [](const Place& a, const Place& b) { return a.order < b.order; });
-    std::vector<Item> taken;
-    taken.reserve(places.size());
-    for (Place& place : places) {
-        taken.push_back(std::move(place.speech));
-    }
-    return taken;
-}
-
 bool WaitingLines::has(const Mailbox& client) const {
     return find(mLines, &client) != mLines.end();
 }

@@ -23,16 +23,12 @@ public:
     /// Before everything.
     void addFirst(Item speech);
 
-    /// What has waited longest of any other client's; null: nothing.
+    /// What has waited longest of any other client's, or with null of anybody's; null: nothing.
     Item firstOfAnother(const Mailbox* client) const;
     Item firstOf(const Mailbox* client) const;
 
     /// Takes the first of its client's away.
     void takeFirst(const Item& speech);
-
-    /// Takes these away, in the order in which they were added.
-    std::vector<Item> takeAllOf(const Mailbox& client);
-    std::vector<Item> takeAll();
 
     bool has(const Mailbox& client) const;
     bool isEmpty() const { return mLines.empty(); }
