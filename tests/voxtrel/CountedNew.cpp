@@ -9,9 +9,24 @@
 namespace {
 
 thread_local std::size_t count = 0;
+thread_local int beforeFailures = 0;
+thread_local int failuresLeft = 0;
+
+void failIfWanted() {
+    if (failuresLeft == 0) {
+        return;
+    }
+    if (beforeFailures > 0) {
+        --beforeFailures;
+        return;
+    }
+    --failuresLeft;
+    throw std::bad_alloc();
+}
 
 void* counted(std::size_t size) {
     ++count;
+    failIfWanted();
     if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }
@@ -22,6 +37,11 @@ void* counted(std::size_t size) {
 
 std::size_t voxtrel_test::allocationsOfThisThread() {
     return count;
+}
+
+void voxtrel_test::failAllocationsOfThisThread(int after, int failures) {
+    beforeFailures = after;
+    failuresLeft = failures;
 }
 
 void* operator new(std::size_t size) {

@@ -9,6 +9,10 @@ namespace voxtrel_test {
 /// How often the calling thread has asked for memory.
 std::size_t allocationsOfThisThread();
 
+/// The calling thread gets memory so many times more, then std::bad_alloc so many times, and memory
+/// again.
+void failAllocationsOfThisThread(int after, int failures = 1);
+
 }  // namespace voxtrel_test
 
 #endif

@@ -106,15 +106,15 @@ void Session::handle() {
             continue;
         }
         mHasNews = false;
-        mHandling = mClients;
-        lock.unlock();
-        for (const auto& client : mHandling) {
+        for (std::size_t place = 0; place < mClients.size(); ++place) {
+            std::shared_ptr<Mailbox> client = mClients[place];
             if (!client->isPolled()) {
+                lock.unlock();
                 client->dispatch();
+                client.reset();
+                lock.lock();
             }
         }
-        mHandling.clear();
-        lock.lock();
     }
     finish(mHandler);
 }

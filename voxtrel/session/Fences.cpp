@@ -9,66 +9,62 @@ namespace voxtrel {
 
 Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
                                     Clock::time_point deadline) {
-    std::uint32_t fence = 0;
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        fence = newFence();
-        mFences[fence] = Answer::None;
-    }
-    const auto silence = [this, by, fence](Service& service) {
+    const auto stop = [this, by](Service& service) {
         {
             const std::lock_guard<std::mutex> lock(mMutex);
             mSpeech.blame(*by);
         }
         (void)service.stopAndFlush(mPid, wire::kFlushEverything);
-        (void)service.silence(mPid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-        return 0;  // what comes of them, events tell
     };
-    Result<void> sent;
-    try {
-        sent = perform(silence, deadline);
-    } catch (...) {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        mFences.erase(fence);
-        mToSend.notify_one();
-        throw;
-    }
     std::unique_lock<std::mutex> lock(mMutex);
-    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
-    if (found == Answer::Yes) {
+    const Fenced done = performFenced(lock, stop, deadline);
+    if (done.answer == Answer::Yes) {
         mSpeech.dropWaiting(*by);
-    } else if (found != Answer::None) {
+    } else if (done.answer != Answer::None) {
         mSpeech.blameNobody();
     }
-    if (!sent) {
-        return sent;
+    if (!done.sent || done.answer == Answer::Yes) {
+        return done.sent;
     }
-    if (found != Answer::Yes) {
-        return errorOf(found, "stop what others say");
-    }
-    return {};
+    return errorOf(done.answer, "stop what others say");
 }
 
 Result<void> Session::stopProcess(std::uint32_t process, Clock::time_point deadline) {
-    std::uint32_t fence = 0;
-    {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        fence = newFence();
-        mFences[fence] = Answer::None;
-    }
-    Result<void> sent = perform(
-        [pid = mPid, process, fence](Service& service) {
-            (void)service.stopAndFlush(process, wire::kFlushOwn);
-            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-            return 0;
-        },
-        deadline);
+    const auto stop = [process](Service& service) {
+        (void)service.stopAndFlush(process, wire::kFlushOwn);
+    };
     std::unique_lock<std::mutex> lock(mMutex);
-    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
-    if (!sent || found == Answer::Yes) {
-        return sent;
+    const Fenced done = performFenced(lock, stop, deadline);
+    if (!done.sent || done.answer == Answer::Yes) {
+        return done.sent;
     }
-    return errorOf(found, "stop what that process said, or it has said nothing");
+    return errorOf(done.answer, "stop what that process said, or it has said nothing");
+}
+
+/// Makes requests without an answer: an event about the fence behind them proves that they were
+/// served. No speech is sent meanwhile. Lets go of the lock.
+Session::Fenced Session::performFenced(std::unique_lock<std::mutex>& lock,
+                                       std::function<void(Service&)> requests,
+                                       Clock::time_point deadline) {
+    const std::uint32_t fence = newFence();
+    Work work = [pid = mPid, fence, requests = std::move(requests)](Service& service) {
+        requests(service);
+        (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
+        return 0;  // what comes of them, events tell
+    };
+    mFences[fence] = Answer::None;
+    lock.unlock();
+    Fenced done;
+    try {
+        done.sent = perform(std::move(work), deadline);
+    } catch (...) {
+        lock.lock();
+        awaitFence(lock, fence, Clock::now());
+        throw;
+    }
+    lock.lock();
+    done.answer = awaitFence(lock, fence, done.sent ? deadline : Clock::now());
+    return done;
 }
 
 /// Takes the fence away, so that speech is sent again.
@@ -83,31 +79,20 @@ Session::Answer Session::awaitFence(std::unique_lock<std::mutex>& lock, std::uin
 }
 
 Result<void> Session::waitUntilTaken(const Mailbox& client, Clock::time_point deadline) {
-    std::uint32_t fence = 0;
-    {
-        std::unique_lock<std::mutex> lock(mMutex);
-        const auto isSent = [&] { return !mSpeech.isWaiting(client) && !mIsInside; };
-        if (!mChanged.wait_until(lock, deadline, isSent)) {
-            return mService == nullptr ? unavailable(lock) : errorOf(Answer::None);
-        }
-        if (!mSpeech.isOpen(client)) {
-            return {};  // whose outcome is known has been served
-        }
-        fence = newFence();
-        mFences[fence] = Answer::None;
-    }
-    Result<void> sent = perform(
-        [pid = mPid, fence](Service& service) {
-            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-            return 0;
-        },
-        deadline);
     std::unique_lock<std::mutex> lock(mMutex);
-    const Answer found = awaitFence(lock, fence, sent ? deadline : Clock::now());
-    if (!sent || found == Answer::Yes || found == Answer::Locked) {
-        return sent;  // a lock refuses the fence as it refuses the speech, which has been told
+    const auto isSent = [&] { return !mSpeech.isWaiting(client) && !mIsInside; };
+    if (!mChanged.wait_until(lock, deadline, isSent)) {
+        return mService == nullptr ? unavailable(lock) : errorOf(Answer::None);
     }
-    return errorOf(found);
+    if (!mSpeech.isOpen(client)) {
+        return {};  // whose outcome is known has been served
+    }
+    const Fenced done = performFenced(
+        lock, [](Service&) {}, deadline);
+    if (!done.sent || done.answer == Answer::Yes || done.answer == Answer::Locked) {
+        return done.sent;  // a lock refuses the fence as it refuses the speech, which has been told
+    }
+    return errorOf(done.answer);
 }
 
 Result<void> Session::checkEvents(Clock::time_point deadline) {
@@ -116,10 +101,11 @@ Result<void> Session::checkEvents(Clock::time_point deadline) {
         return unavailable(lock);
     }
     if (mEventFence == 0) {
-        mEventFence = newFence();
-        post([pid = mPid, fence = mEventFence](Service& service) {
+        const std::uint32_t fence = newFence();
+        post([pid = mPid, fence](Service& service) {
             return service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
         });
+        mEventFence = fence;
     }
     const auto isKnown = [this] { return mIsEventTold || mService == nullptr; };
     if (!mChanged.wait_until(lock, deadline, isKnown)) {
@@ -188,7 +174,7 @@ void Session::onFence(std::uint32_t number, unsigned event, unsigned third) {
 /// The service takes the pause, which must not last.
 void Session::recallFence() {
     mTakesAnyPause = true;
-    postFlush();
+    mSpeech.oweFlush();
 }
 
 void Session::answerFences(Answer answer) {

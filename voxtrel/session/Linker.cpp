@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The thread of a session that finds the service and registers with it.
+#include <new>
+
 #include "ipc/BnCallback.h"
 #include "vocabulary/Status.h"
 #include "voxtrel/session/DeviceFilter.h"
@@ -46,36 +48,47 @@ void Session::link() {
     std::unique_lock<std::mutex> lock(mMutex);
     Clock::time_point since = Clock::now();
     while (!mIsEnding) {
-        if (mService != nullptr) {
-            mToLink.wait(lock);
-            since = Clock::now();
-            continue;
+        try {
+            linkOnce(lock, since);
+        } catch (const std::bad_alloc&) {
+            if (!lock.owns_lock()) {
+                lock.lock();
+            }
+            mStage = Stage::Waiting;
+            mToLink.wait_for(lock, kPause, [this] { return mIsEnding; });
         }
-        const std::uint64_t life = ++mLife;
-        Offer offer;
-        lock.unlock();
-        Port::Found found = connect(life, offer);
-        lock.lock();
-        if (found.service != nullptr && !isOver(life)) {
-            publish(found.service, offer);
-            continue;
-        }
-        mReach = found.service != nullptr ? Reach::NoService : found.reach;
-        mHasSearched = true;
-        mChanged.notify_all();
-        if (found.service != nullptr) {
-            lock.unlock();
-            (void)found.service->deregisterCallback(mPid);
-            found.service.clear();
-            lock.lock();
-        }
-        mStage = Stage::Waiting;
-        const bool isEarly = Clock::now() < since + kAtFirst;
-        const bool isPrompt =
-            isEarly && mReach != Reach::NotAdmitted && mReach != Reach::NotTrusted;
-        mToLink.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
     }
     finish(mLinker);
+}
+
+void Session::linkOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since) {
+    if (mService != nullptr) {
+        mToLink.wait(lock);
+        since = Clock::now();
+        return;
+    }
+    const std::uint64_t life = ++mLife;
+    Offer offer;
+    lock.unlock();
+    Port::Found found = connect(life, offer);
+    lock.lock();
+    if (found.service != nullptr && !isOver(life)) {
+        publish(found.service, std::move(offer));
+        return;
+    }
+    mReach = found.service != nullptr ? Reach::NoService : found.reach;
+    mHasSearched = true;
+    mChanged.notify_all();
+    if (found.service != nullptr) {
+        lock.unlock();
+        (void)found.service->deregisterCallback(mPid);
+        found.service.clear();
+        lock.lock();
+    }
+    mStage = Stage::Waiting;
+    const bool isEarly = Clock::now() < since + kAtFirst;
+    const bool isPrompt = isEarly && mReach != Reach::NotAdmitted && mReach != Reach::NotTrusted;
+    mToLink.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
 }
 
 /// A service among what is found has this client's callback.
@@ -96,15 +109,18 @@ Port::Found Session::connect(std::uint64_t life, Offer& offer) {
     }
     // Services differ in what they answer; whether the client is admitted, the capabilities tell.
     (void)found.service->registerCallback(mPid, mCallback);
-    if (!awaitReady(life, *found.service, offer.all)) {
+    TTS::Capabilities all;
+    if (!awaitReady(life, *found.service, all)) {
         found.reach = Reach::NoService;
         return found;
     }
-    if (!offer.all.permitted) {
+    if (!all.permitted) {
         return {nullptr, Reach::NotAdmitted};
     }
-    offer.left = offer.all;
-    removeFiltered(offer.left);
+    TTS::Capabilities left = all;
+    removeFiltered(left);
+    offer.features = toFeatures(left, all);
+    offer.capabilities = std::make_shared<const TTS::Capabilities>(std::move(left));
     return found;
 }
 
@@ -151,11 +167,11 @@ void Session::enter(Stage stage) {
     }
 }
 
-void Session::publish(const android::sp<Service>& service, const Offer& offer) {
+void Session::publish(const android::sp<Service>& service, Offer&& offer) {
     mService = service;
     mHasSearched = true;
-    mCapabilities = std::make_shared<const TTS::Capabilities>(offer.left);
-    mFeatures = toFeatures(offer.left, offer.all);
+    mCapabilities = std::move(offer.capabilities);
+    mFeatures = std::move(offer.features);
     Event event;
     event.kind = Event::Kind::Connected;
     event.value = mPeer.process;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The thread of a session that makes its requests.
+#include <new>
+
 #include "vocabulary/Status.h"
 #include "voxtrel/session/Session.h"
 #include "voxtrel/session/Wire.h"
@@ -13,15 +15,23 @@ constexpr std::chrono::milliseconds kLastEvents(250);
 /// The clock of the system's waits has an end.
 constexpr std::chrono::hours kLongest(1);
 
+/// Until memory that has run out is asked for again.
+constexpr std::chrono::milliseconds kScarcity(50);
+
 }  // namespace
 
 void Session::send() {
     std::unique_lock<std::mutex> lock(mMutex);
     while (!mIsEnding) {
         while (!mIsEnding) {
-            if (!sendOne(lock)) {
-                mWakeAt = nextMoment();
-                mToSend.wait_until(lock, mWakeAt);
+            try {
+                if (!sendOne(lock)) {
+                    mWakeAt = nextMoment();
+                    mToSend.wait_until(lock, mWakeAt);
+                }
+            } catch (const std::bad_alloc&) {
+                // What could not be sent is found lost, as if the runtime had lost it.
+                mToSend.wait_for(lock, kScarcity);
             }
         }
         leaveService(lock);  // a new client may join meanwhile
@@ -29,13 +39,21 @@ void Session::send() {
     finish(mSender);
 }
 
+void Session::deregister(std::unique_lock<std::mutex>& lock) {
+    try {
+        while (mService != nullptr && sendCall(lock)) {
+        }
+        if (mService != nullptr) {
+            callService(lock,
+                        [pid = mPid](Service& service) { return service.deregisterCallback(pid); });
+        }
+    } catch (const std::bad_alloc&) {
+        // The service notices when the process ends.
+    }
+}
+
 void Session::leaveService(std::unique_lock<std::mutex>& lock) {
-    while (mService != nullptr && sendCall(lock)) {
-    }
-    if (mService != nullptr) {
-        callService(lock,
-                    [pid = mPid](Service& service) { return service.deregisterCallback(pid); });
-    }
+    deregister(lock);
     android::sp<Service> left = mService;
     mService.clear();
     mLockHolder = 0;
@@ -86,9 +104,7 @@ bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
 
 /// Makes the next request that is no speech, if there is one.
 bool Session::sendCall(std::unique_lock<std::mutex>& lock) {
-    if (mSpeech.takeFlush()) {
-        postFlush();
-    }
+    postFlush();
     if (mCalls.empty()) {
         postUnlock();
     }
@@ -123,19 +139,36 @@ int Session::callService(std::unique_lock<std::mutex>& lock, const Work& work) {
     mIsInside = true;
     mInsideSince = Clock::now();
     lock.unlock();
-    const int status = work(*service);
-    service.clear();
-    lock.lock();
-    mIsInside = false;
-    mIsStuck = false;
-    mChanged.notify_all();
+    const auto comeBack = [&] {
+        service.clear();
+        lock.lock();
+        mIsInside = false;
+        mIsStuck = false;
+        mChanged.notify_all();
+    };
+    int status = 0;
+    try {
+        status = work(*service);
+    } catch (...) {
+        comeBack();
+        throw;
+    }
+    comeBack();
     return status;
 }
 
 void Session::runCall(std::unique_lock<std::mutex>& lock) {
     const std::shared_ptr<Call> call = mCalls.front();
     mCalls.pop_front();
-    call->status = callService(lock, call->work);
+    try {
+        call->status = callService(lock, call->work);
+    } catch (const std::bad_alloc&) {
+        call->isOutOfMemory = true;
+        if (call->owe != nullptr) {
+            call->owe();
+            throw;
+        }
+    }
     call->isDone = true;
 }
 
@@ -181,19 +214,26 @@ void Session::doubt(std::unique_lock<std::mutex>& lock) {
     (void)callService(lock, [](Service& service) { return service.enabled() ? 1 : 0; });
     if (!mGone && mSpeech.isDoubtful(Clock::now()) && !mSpeech.askOnceMore()) {
         mSpeech.lose(Status::Lost);
-        postFlush();
+        mSpeech.oweFlush();
     }
 }
 
-void Session::post(Work work) {
+/// Nobody waits for its end.
+void Session::post(Work work, std::function<void()> owe) {
     const auto call = std::make_shared<Call>();
     call->work = std::move(work);
+    call->owe = std::move(owe);
     mCalls.push_back(call);
     mToSend.notify_one();
 }
 
+/// It is owed until there is memory to post it.
 void Session::postFlush() {
-    post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+    if (mSpeech.owesFlush()) {
+        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); },
+             [this] { mSpeech.oweFlush(); });
+        mSpeech.takeFlush();
+    }
 }
 
 void Session::failCalls(int status) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <new>
 
 #include "vocabulary/Status.h"
 #include "voxtrel/session/BinderPort.h"
@@ -106,15 +107,17 @@ void Session::startHandling() {
 void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point deadline) {
     client->close();
     std::unique_lock<std::mutex> lock(mMutex);
-    const bool isLast = mClients.size() == 1 && !mSpeech.isWanted(*client);
+    const auto isLast = [&] { return mClients.size() == 1 && !mSpeech.isWanted(*client); };
     const auto isRefused = [this] { return mOpenFence == 0 || mService == nullptr || mIsStuck; };
     const auto inTime = std::min(deadline, mFenceSent + kToRefuse);
-    if (isLast && !mChanged.wait_until(lock, inTime, isRefused)) {
+    if (isLast() && !mChanged.wait_until(lock, inTime, isRefused) && isLast()) {
         // Lest a service that takes such a pause begins it when nobody recalls it any more.
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+        mSpeech.oweFlush();
     }
     mSpeech.close(*client);
     mClients.erase(std::remove(mClients.begin(), mClients.end(), client), mClients.end());
+    mHasNews = true;  // those behind it have moved to other places
+    mToHandle.notify_one();
     if (mClients.empty() && !mIsEnding) {
         end(lock, deadline);
     }
@@ -168,7 +171,7 @@ void Session::stop(const std::shared_ptr<Mailbox>& client) {
     const std::lock_guard<std::mutex> lock(mMutex);
     mSpeech.stop(*client);
     if (mOpenFence != 0 && !mSpeech.isAnythingOnItsWay()) {
-        post([pid = mPid](Service& service) { return service.stopAndFlush(pid, wire::kFlushOwn); });
+        mSpeech.oweFlush();
     }
     mToSend.notify_one();
 }
@@ -236,6 +239,9 @@ Result<void> Session::perform(Work work, Clock::time_point deadline) {
         mCalls.erase(std::remove(mCalls.begin(), mCalls.end(), call), mCalls.end());
         mIsStuck = mIsInside && Clock::now() >= mInsideSince + kPrompt;
         return Error{Status::TimedOut, describe(Status::TimedOut)};
+    }
+    if (call->isOutOfMemory) {
+        throw std::bad_alloc();
     }
     if (call->status == 0) {
         return {};

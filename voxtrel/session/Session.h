@@ -29,6 +29,10 @@ namespace voxtrel {
 /// The runtime's calls, which may take for ever, are made on these two alone and without a lock;
 /// whoever needs an answer posts the request and waits with a deadline.
 ///
+/// Where memory runs out, whoever called gets std::bad_alloc. The session's own threads, and those
+/// of the runtime that tell it of events, go on: what they could not send counts as lost, and what
+/// they could not tell is not told.
+///
 /// Called on: any thread. Locks: one, held for as long as it takes to look or to note.
 class Session : public std::enable_shared_from_this<Session> {
 public:
@@ -125,17 +129,26 @@ public:
 private:
     struct Call {
         Work work;
+        std::function<void()> owe = nullptr;  ///< notes that it is wanted still; null: it is not
         int status = 0;
+        bool isOutOfMemory = false;  ///< in place of a status
         bool isDone = false;
     };
     /// What a waiter learns from events: of a fence, or of the lock.
     enum class Answer { None, Yes, Refused, Locked, Gone, Lost };
     using Fences = std::map<std::uint32_t, Answer>;
 
-    /// What the service that was found can do, and what of it applications may use.
+    /// What became of requests with a fence behind them: whether they were sent, and what the
+    /// service told then.
+    struct Fenced {
+        Result<void> sent;
+        Answer answer = Answer::None;
+    };
+
+    /// What the service that was found can do, as far as applications may use it.
     struct Offer {
-        TTS::Capabilities all;
-        TTS::Capabilities left;
+        std::shared_ptr<const TTS::Capabilities> capabilities;
+        Features features;
     };
 
     /// What the linker is in. It asks, which may take for ever, or waits before it asks again:
@@ -148,12 +161,13 @@ private:
 
     // The linker's (Linker.cpp).
     void link();
+    void linkOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since);
     Port::Found connect(std::uint64_t life, Offer& offer);
     void noteSearch(const Port::Found& found);
     bool awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities);
     void enter(Stage stage);
     bool isOver(std::uint64_t life) const;
-    void publish(const android::sp<Service>& service, const Offer& offer);
+    void publish(const android::sp<Service>& service, Offer&& offer);
     void onDeath(std::uint64_t life);
     Diagnosis diagnose(std::unique_lock<std::mutex>& lock) const;
     Error unavailable(std::unique_lock<std::mutex>& lock) const;
@@ -170,10 +184,11 @@ private:
     bool holdsSpeech() const;
     Clock::time_point endOfLife() const;
     void endLife();
+    void deregister(std::unique_lock<std::mutex>& lock);
     void leaveService(std::unique_lock<std::mutex>& lock);
     void doubt(std::unique_lock<std::mutex>& lock);
     Clock::time_point nextMoment() const;
-    void post(Work work);
+    void post(Work work, std::function<void()> owe = nullptr);
     void failCalls(int status);
 
     // The handler thread's.
@@ -194,6 +209,8 @@ private:
     void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
     static Error errorOf(Answer answer, const char* refused = nullptr);
     Error lockedError() const;
+    Fenced performFenced(std::unique_lock<std::mutex>& lock, std::function<void(Service&)> requests,
+                         Clock::time_point deadline);
     Answer awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,
                       Clock::time_point deadline);
 
@@ -243,7 +260,6 @@ private:
     std::uint32_t mLockHolder = 0;  ///< as the service told last; 0: nobody, or not told
 
     std::vector<std::shared_ptr<Mailbox>> mClients;
-    std::vector<std::shared_ptr<Mailbox>> mHandling;  ///< the handler thread's; memory is kept
     Worker mLinker;
     Worker mSender;
     Worker mHandler;

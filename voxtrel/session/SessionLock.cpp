@@ -71,35 +71,22 @@ Result<std::uint32_t> Session::breakLock(const Mailbox& client, Clock::time_poin
         unlock(*own);
         return 0U;
     }
-    std::uint32_t holder = 0;
-    std::uint32_t fence = 0;
-    {
-        const std::lock_guard<std::mutex> guard(mMutex);
-        holder = mLockHolder;
-        if (own.status() != Status::Locked || holder == 0 || holder == mPid) {
-            return own.error();
-        }
-        fence = newFence();
-        mFences[fence] = Answer::None;
+    std::unique_lock<std::mutex> guard(mMutex);
+    const std::uint32_t holder = mLockHolder;
+    if (own.status() != Status::Locked || holder == 0 || holder == mPid) {
+        return own.error();
     }
     // Only who means to break it names another process than itself.
-    const Result<void> sent = perform(
-        [pid = mPid, holder, fence](Service& service) {
-            (void)service.unlock(holder);
-            (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-            return 0;
-        },
-        deadline);
-    std::unique_lock<std::mutex> guard(mMutex);
-    const Answer found = awaitFence(guard, fence, sent ? deadline : Clock::now());
-    if (!sent) {
-        return sent.error();
+    const auto unlock = [holder](Service& service) { (void)service.unlock(holder); };
+    const Fenced done = performFenced(guard, unlock, deadline);
+    if (!done.sent) {
+        return done.sent.error();
     }
     if (mLockHolder != holder) {
         return holder;
     }
-    const bool wasServed = found == Answer::Yes || found == Answer::Locked;
-    return errorOf(wasServed ? Answer::Refused : found, "free the lock of another process");
+    const bool wasServed = done.answer == Answer::Yes || done.answer == Answer::Locked;
+    return errorOf(wasServed ? Answer::Refused : done.answer, "free the lock of another process");
 }
 
 Result<LockState> Session::lockState(Clock::time_point deadline) {
@@ -142,12 +129,11 @@ void Session::giveBackLock() {
 
 /// Behind what was wanted before; a request for the lock comes behind it.
 void Session::postUnlock() {
-    if (mSpeech.takeFlush()) {
-        postFlush();
-    }
+    postFlush();
     if (mOwesUnlock) {
+        post([pid = mPid](Service& service) { return service.unlock(pid); },
+             [this] { mOwesUnlock = true; });
         mOwesUnlock = false;
-        post([pid = mPid](Service& service) { return service.unlock(pid); });
     }
 }
 
