@@ -119,10 +119,14 @@ public:
     /// Silence among what is said.
     Utterance pause(Milliseconds length);
 
-    /// Ends what this client said; the outcomes come as the service tells them.
+    /// Ends what this client said; the outcomes come as the service tells them. A request that is
+    /// lost on its way is made again after a second in which what it should end goes on, unless
+    /// this client has said something since.
     void stop();
 
-    /// Ends what anybody said.
+    /// Ends what anybody said. Of others nothing is told, so that Ok means that what this process
+    /// said has ended, and that the service has served a request sent behind this one.
+    /// @return Lost: what this process said goes on. PermissionDenied: this user may not.
     Result<void> stopEverybody(std::optional<Milliseconds> deadline = {});
 
     /// Ends what another process of this user said, which may have ended since. Not every service

@@ -124,6 +124,60 @@ TEST_F(TheQueue, CallsATextLostOfWhichAPieceIsAndRecallsTheRest) {
     EXPECT_FALSE(mQueue.isAnythingOnItsWay());
 }
 
+// A request to drop something that is lost.
+
+TEST_F(TheQueue, AsksAgainForWhatGoesOnThoughItWasStopped) {
+    say(a, "It goes on.");
+    send();
+    word(1, 0);
+    mQueue.stop(*a.mailbox);
+    EXPECT_TRUE(mQueue.takeFlush());
+    word(1, 3);
+    after(SpeechQueue::kToDrop);
+    word(1, 3);
+    EXPECT_FALSE(mQueue.takeFlush()) << "it may just be ending";
+    after(kAMoment);
+    word(1, 8);
+    EXPECT_TRUE(mQueue.takeFlush());
+    word(1, 8);
+    EXPECT_FALSE(mQueue.takeFlush());
+    after(SpeechQueue::kToDrop + kAMoment);
+    word(1, 8);
+    EXPECT_TRUE(mQueue.takeFlush()) << "that may be lost, too";
+}
+
+TEST_F(TheQueue, DoesNotAskAgainWhereThatWouldDropWhatWasSaidSince) {
+    say(a, "It goes on.");
+    send();
+    word(1, 0);
+    mQueue.stop(*a.mailbox);
+    EXPECT_TRUE(mQueue.takeFlush());
+    say(a, "Since.");
+    EXPECT_EQ("2:a2", send());
+    word(1, 3);
+    after(SpeechQueue::kToDrop + kAMoment);
+    word(1, 8);
+    EXPECT_FALSE(mQueue.takeFlush());
+}
+
+TEST_F(TheQueue, KnowsWhetherWhatWasSilencedSounds) {
+    say(a);
+    say(a);
+    send();
+    EXPECT_FALSE(mQueue.isSilencedSounding());
+    started(1);
+    EXPECT_FALSE(mQueue.isSilencedSounding()) << "nobody is silenced";
+    mQueue.blame(*b.mailbox);
+    EXPECT_TRUE(mQueue.isSilencedSounding());
+    mQueue.blameNobody();
+    EXPECT_FALSE(mQueue.isSilencedSounding());
+    mQueue.blame(*b.mailbox);
+    stopped(1);
+    EXPECT_FALSE(mQueue.isSilencedSounding()) << "the other one does not sound";
+    drop(2);
+    EXPECT_FALSE(mQueue.isSilencedSounding());
+}
+
 // Saying again.
 
 TEST_F(TheQueue, SaysAgainWhatWasLostUnheardOnce) {

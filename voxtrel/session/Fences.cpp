@@ -20,13 +20,18 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     const Fenced done = performFenced(lock, stop, deadline);
     if (done.answer == Answer::Yes) {
         mSpeech.dropWaiting(*by);
-    } else if (done.answer != Answer::None) {
+        // The fence came without it if what this process says goes on.
+        const auto isSilent = [this] { return !mSpeech.isSilencedSounding(); };
+        if (mChanged.wait_until(lock, deadline, isSilent)) {
+            return {};
+        }
+        mSpeech.blameNobody();
+        return errorOf(Answer::Lost);
+    }
+    if (done.answer != Answer::None) {
         mSpeech.blameNobody();
     }
-    if (!done.sent || done.answer == Answer::Yes) {
-        return done.sent;
-    }
-    return errorOf(done.answer, "stop what others say");
+    return done.sent ? errorOf(done.answer, "stop what others say") : done.sent;
 }
 
 Result<void> Session::stopProcess(std::uint32_t process, Clock::time_point deadline) {

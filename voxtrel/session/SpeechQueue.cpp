@@ -152,8 +152,8 @@ void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32
     if (event == TTS::EVENT_WORD || event == TTS::EVENT_MARK) {
         // A probe, whose turn has been told, is not there any more.
         if (Sent* const piece = find(number)) {
-            onPlace(*piece, event == TTS::EVENT_WORD ? Event::Kind::Word : Event::Kind::Mark,
-                    third);
+            onPlace(*piece, event == TTS::EVENT_WORD ? Event::Kind::Word : Event::Kind::Mark, third,
+                    now);
         }
     } else if (event == TTS::EVENT_FINISHED) {
         onFinished(number);
@@ -179,11 +179,15 @@ void SpeechQueue::onStarted(std::uint32_t number, Clock::time_point now) {
     }
 }
 
-void SpeechQueue::onPlace(Sent& sent, Event::Kind kind, std::uint32_t third) {
+void SpeechQueue::onPlace(Sent& sent, Event::Kind kind, std::uint32_t third,
+                          Clock::time_point now) {
     if (sent.speech == nullptr) {
         return;
     }
     Speech& speech = *sent.speech;
+    if (speech.isStopped) {
+        flushAgain(sent, now);
+    }
     speech.heard = true;
     Event event;
     event.kind = kind;
@@ -202,6 +206,20 @@ void SpeechQueue::onPlace(Sent& sent, Event::Kind kind, std::uint32_t third) {
     }
     event.position = sent.cursor;
     mTell(*speech.client, std::move(event));
+}
+
+/// Unless that would drop what was said since.
+void SpeechQueue::flushAgain(Sent& sent, Clock::time_point now) {
+    if (sent.goesOn == Clock::time_point()) {
+        sent.goesOn = now;
+    }
+    const bool isLate = now - sent.goesOn > kToDrop;
+    if (isLate && std::none_of(mWay.begin(), mWay.end(), [](const Sent& each) {
+            return each.speech != nullptr && !each.speech->isStopped;
+        })) {
+        mOwesFlush = true;
+        sent.goesOn = now;
+    }
 }
 
 void SpeechQueue::onFinished(std::uint32_t number) {
@@ -390,12 +408,14 @@ void SpeechQueue::blame(const Mailbox& by) {
         if (sent.speech != nullptr) {
             sent.speech->stopper = sent.speech->client.get() == &by ? Outcome::Stopper::ThisClient
                                                                     : Outcome::Stopper::ThisProcess;
+            sent.isSilenced = true;
         }
     }
 }
 
 void SpeechQueue::blameNobody() {
     for (Sent& sent : mWay) {
+        sent.isSilenced = false;
         if (sent.speech != nullptr && !sent.speech->isStopped) {
             sent.speech->stopper = Outcome::Stopper::Somebody;
         }
@@ -455,6 +475,11 @@ bool SpeechQueue::isWanted(const Mailbox& client) const {
                return sent.speech != nullptr && sent.speech->client.get() == &client &&
                       !sent.speech->isStopped;
            });
+}
+
+bool SpeechQueue::isSilencedSounding() const {
+    return std::any_of(mWay.begin(), mWay.end(),
+                       [](const Sent& sent) { return sent.isSilenced && sent.hasStarted; });
 }
 
 bool SpeechQueue::takeFlush() {

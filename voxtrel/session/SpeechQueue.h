@@ -46,6 +46,10 @@ public:
     /// longer than this, or comes to a word, has been heard.
     static constexpr std::chrono::milliseconds kInaudible = std::chrono::milliseconds(50);
 
+    /// A service has dropped after this what it was asked to drop. Of what comes to words still,
+    /// the request to drop it was lost.
+    static constexpr std::chrono::milliseconds kToDrop = std::chrono::seconds(1);
+
     /// Called for whatever the application is to be told, after the state of the utterance changed.
     using Teller = std::function<void(Mailbox&, Event&&)>;
 
@@ -98,6 +102,9 @@ public:
 
     bool isAnythingOnItsWay() const { return !mWay.empty(); }
 
+    /// Something sounds, as far as is known, that was on its way when everybody was silenced.
+    bool isSilencedSounding() const;
+
     /// `next` or `takeFlush` may have something when an event has made room for it.
     bool hasMore() const { return mBegun != nullptr || !mWaiting.isEmpty() || mOwesFlush; }
 
@@ -125,8 +132,10 @@ private:
         Position cursor = {};  ///< of the last word told
         std::size_t bytes = 0;
         bool isProbe = false;
+        bool isSilenced = false;  ///< with everybody
         bool hasStarted = false;
         Clock::time_point started = {};
+        Clock::time_point goesOn = {};  ///< the first word of it after it was stopped
     };
     using Way = std::deque<Sent>;
 
@@ -140,7 +149,8 @@ private:
     Sent* find(std::uint32_t number);
     void remove(std::uint32_t number);
     void onStarted(std::uint32_t number, Clock::time_point now);
-    void onPlace(Sent& sent, Event::Kind kind, std::uint32_t third);
+    void onPlace(Sent& sent, Event::Kind kind, std::uint32_t third, Clock::time_point now);
+    void flushAgain(Sent& sent, Clock::time_point now);
     void onFinished(std::uint32_t number);
     void onStopped(std::uint32_t number, Status status, Clock::time_point now);
     void passed(std::uint32_t number);
