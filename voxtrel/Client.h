@@ -96,12 +96,13 @@ private:
 /// handler, and returns only when no handler of it runs on another thread. Nothing is printed.
 class Client {
 public:
-    /// @param name what the application is called; of use in tests and logs only.
+    /// @param name what the application is called; nobody is told, and nothing depends on it.
     explicit Client(const std::string& name = {}, const ClientOptions& options = {});
 
-    /// Utterances without an outcome get one: Lost, `Status::Closed`. What the service already has
-    /// is spoken all the same. Waits for the service for `linger` at most, and then, if this is the
-    /// last client of the process, for `deadline` to leave it.
+    /// Utterances without an outcome get one: Lost, `Status::Closed`, which no event tells, since
+    /// the handler is called no more. What the service already has is spoken all the same. Waits
+    /// for the service for `linger` at most, and then, if this is the last client of the process,
+    /// for `deadline` to leave it.
     ~Client();
     Client(Client&&) noexcept;
     Client& operator=(Client&&) noexcept;
@@ -116,7 +117,8 @@ public:
     /// UTF-8 or an option is no language or number, and else when the service is known.
     Utterance say(std::string_view text, const SpeechOptions& options = {});
 
-    /// Silence among what is said.
+    /// Silence among what is said, of 0 ms to 49 days. A service may refuse one that is longer than
+    /// a minute, as voxtreld does (`Status::BadParameter`).
     Utterance pause(Milliseconds length);
 
     /// Ends what this client said; the outcomes come as the service tells them. A request that is
@@ -141,9 +143,10 @@ public:
     void setDefaults(const SpeechOptions& defaults);
     SpeechOptions defaults() const;
 
-    /// Calls `handler` for what happens from now on; in place of an earlier one, which has returned
-    /// then, unless it is the caller. Empty: no events. What it throws is the application's loss:
-    /// it is caught and forgotten.
+    /// Calls `handler` for what happens from now on, and for what an earlier one has not been
+    /// called for yet. That has returned then, unless it is the caller. Empty: no events; what has
+    /// not been handled is forgotten. What it throws is the application's loss: it is caught and
+    /// forgotten.
     void onEvent(std::function<void(const Event&)> handler);
 
     /// Readable while there is something to dispatch; for `poll`. Of this client until it ends.

@@ -18,9 +18,10 @@ constexpr Meaning kMeanings[] = {
     {Status::Ok, "done"},
     {Status::Disabled, "speech is switched off for everybody: switch it on (Switch::Speech)"},
     {Status::BadParameter,
-     "a value is out of range (the features tell the ranges), or a text is not UTF-8"},
+     "a value is out of range (the features tell the ranges), a pause is too long for the service, "
+     "or a text is not UTF-8"},
     {Status::NoService,
-     "there is no connection to the service: start it, or wait until it is back"},
+     "there is no connection to the service, or it broke off: start it, or wait until it is back"},
     {Status::ProfileError,
      "the profile could not be read or written: look at its path and its folder's permissions"},
     {Status::Locked, "another process holds the service's lock: try again when it is free"},

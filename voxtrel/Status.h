@@ -11,7 +11,7 @@ namespace voxtrel {
 enum class Status : std::int32_t {
     Ok = 0,
     Disabled = -1,           ///< speech is switched off for everybody
-    BadParameter = -3,       ///< a value out of range, or a text that is not UTF-8
+    BadParameter = -3,       ///< a value out of range, too long a pause, or a text not in UTF-8
     NoService = -5,          ///< the service died, or there is no connection to it
     ProfileError = -6,       ///< a profile could not be read or written
     Locked = -7,             ///< another process holds the service's lock

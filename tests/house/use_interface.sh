@@ -89,7 +89,7 @@ run_in_peace() {
 run_through_a_restart() {
     local language
     local long="This sentence is long enough to be cut off in its middle."
-    local lost="there is no connection to the service: start it, or wait until it is back"
+    local lost="there is no connection to the service, or it broke off: start it, or wait until it is back"
     for language in "" -c; do
         expect "$lost" 1 survives_with "$stage/cmake/speak$language" "$long"
         expect "$long: $lost"$'\n'"Two.: $lost" 0 \
