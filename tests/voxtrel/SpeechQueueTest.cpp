@@ -97,6 +97,22 @@ void SpeechQueueTest::drop(std::uint32_t number) {
     stopped(number);
 }
 
+void SpeechQueueTest::stop(const Speaker& by) {
+    end(mQueue.stop(*by.mailbox));
+}
+
+void SpeechQueueTest::dropWaiting(const Speaker& by) {
+    end(mQueue.dropWaiting(*by.mailbox));
+}
+
+void SpeechQueueTest::close(const Speaker& speaker) {
+    end(mQueue.close(*speaker.mailbox));
+}
+
+void SpeechQueueTest::end(DroppedSpeech dropped) {
+    dropped.end([this](Mailbox& client, Event&& event) { note(client, event); });
+}
+
 std::string SpeechQueueTest::nameOf(const Mailbox& client, std::uint64_t number) const {
     return (&client == a.mailbox.get() ? a.name : b.name) + std::to_string(number);
 }

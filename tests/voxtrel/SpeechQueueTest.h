@@ -45,6 +45,10 @@ protected:
     void drop(std::uint32_t number);   ///< started and stopped
     void after(Milliseconds time) { mNow += time; }
 
+    void stop(const Speaker& by);
+    void dropWaiting(const Speaker& by);
+    void close(const Speaker& speaker);
+
     /// What has been told since it was asked last: "a1 started, a1 word 4/5, a1 lost -102 heard".
     std::string news();
 
@@ -61,6 +65,7 @@ protected:
 
 private:
     void note(const voxtrel::Mailbox& client, const voxtrel::Event& event);
+    void end(voxtrel::DroppedSpeech dropped);
     void event(std::uint32_t event, std::uint32_t number, std::uint32_t third);
 
     std::string mNews;

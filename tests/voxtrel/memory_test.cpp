@@ -53,7 +53,8 @@ protected:
 
     const Clock::time_point now = Clock::now();
     const std::shared_ptr<Mailbox> client = std::make_shared<Mailbox>(false);
-    SpeechQueue queue{[](Mailbox& to, Event&& event) { to.put(std::move(event)); }};
+    const SpeechQueue::Teller tell = [](Mailbox& to, Event&& event) { to.put(std::move(event)); };
+    SpeechQueue queue{tell};
 };
 
 TEST_F(AQueueWithoutMemory, StopsWhatWaits) {
@@ -61,7 +62,7 @@ TEST_F(AQueueWithoutMemory, StopsWhatWaits) {
     const auto second = say();
     {
         const Scarcity scarcity;
-        queue.stop(*client);
+        queue.stop(*client).end(tell);
     }
     EXPECT_EQ("stopped by client", textOf(first->state->outcome()));
     EXPECT_EQ("stopped by client", textOf(second->state->outcome()));
@@ -72,7 +73,7 @@ TEST_F(AQueueWithoutMemory, DropsWhatWaitsForEverybody) {
     const auto second = say();
     {
         const Scarcity scarcity;
-        queue.dropWaiting(*client);
+        queue.dropWaiting(*client).end(tell);
     }
     EXPECT_EQ("stopped by client", textOf(first->state->outcome()));
     EXPECT_EQ("stopped by client", textOf(second->state->outcome()));

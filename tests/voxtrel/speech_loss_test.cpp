@@ -130,7 +130,7 @@ TEST_F(TheQueue, AsksAgainForWhatGoesOnThoughItWasStopped) {
     say(a, "It goes on.");
     send();
     word(1, 0);
-    mQueue.stop(*a.mailbox);
+    stop(a);
     EXPECT_TRUE(mQueue.takeFlush());
     word(1, 3);
     after(SpeechQueue::kToDrop);
@@ -150,7 +150,7 @@ TEST_F(TheQueue, DoesNotAskAgainWhereThatWouldDropWhatWasSaidSince) {
     say(a, "It goes on.");
     send();
     word(1, 0);
-    mQueue.stop(*a.mailbox);
+    stop(a);
     EXPECT_TRUE(mQueue.takeFlush());
     say(a, "Since.");
     EXPECT_EQ("2:a2", send());
@@ -254,7 +254,7 @@ TEST_F(TheQueue, IsAtTheBeginningOfATextThatIsSaidAgain) {
 TEST_F(TheQueue, DoesNotSayAgainWhatItsClientStopped) {
     say(a, "1", kAgain);
     send();
-    mQueue.stop(*a.mailbox);
+    stop(a);
     mQueue.lose(Status::NoService);
     EXPECT_EQ("a1 stopped by client", news());
     EXPECT_EQ("", send());

@@ -262,14 +262,14 @@ TEST_F(TheQueue, StopsWhatOneClientSaidAndNotWhatOthersSaid) {
     EXPECT_EQ("1:a1 2:a2", send());
     say(b);
     say(a);
-    mQueue.stop(*a.mailbox);
+    stop(a);
     EXPECT_TRUE(mQueue.takeFlush());
     EXPECT_EQ("a3 stopped by client", news());
     drop(1);
     drop(2);
     EXPECT_EQ("a1 started, a1 stopped by client, a2 started, a2 stopped by client", news());
     EXPECT_EQ("3:b1", send());
-    mQueue.stop(*a.mailbox);
+    stop(a);
     EXPECT_FALSE(mQueue.takeFlush());
     speak(3);
     EXPECT_EQ("b1 started, b1 finished", news());
@@ -280,7 +280,7 @@ TEST_F(TheQueue, StopsWhatWaitsWithoutAskingTheService) {
     send();
     say(b);
     say(b);
-    mQueue.stop(*b.mailbox);
+    stop(b);
     EXPECT_FALSE(mQueue.takeFlush());
     EXPECT_EQ("b1 stopped by client, b2 stopped by client", news());
 }
@@ -288,7 +288,7 @@ TEST_F(TheQueue, StopsWhatWaitsWithoutAskingTheService) {
 TEST_F(TheQueue, SendsNoMorePiecesOfWhatIsStopped) {
     say(a, pieces(100));
     EXPECT_EQ(64U, sendRequests().size());
-    mQueue.stop(*a.mailbox);
+    stop(a);
     EXPECT_TRUE(mQueue.takeFlush());
     speak(1);
     EXPECT_EQ("", send());
@@ -302,7 +302,7 @@ TEST_F(TheQueue, StopsATextBetweenItsPieces) {
     for (std::uint32_t number = 1; number <= 64; ++number) {
         speak(number);
     }
-    mQueue.stop(*a.mailbox);
+    stop(a);
     EXPECT_FALSE(mQueue.takeFlush());
     EXPECT_EQ("a1 started, a1 stopped by client heard", news());
     EXPECT_EQ("", send());
@@ -311,7 +311,7 @@ TEST_F(TheQueue, StopsATextBetweenItsPieces) {
 TEST_F(TheQueue, CallsStoppedWhatEndsWithPiecesMissingThoughTheServiceSpokeAllItHad) {
     say(a, pieces(70));
     send();
-    mQueue.stop(*a.mailbox);
+    stop(a);
     for (std::uint32_t number = 1; number <= 64; ++number) {
         speak(number);
     }
@@ -321,7 +321,7 @@ TEST_F(TheQueue, CallsStoppedWhatEndsWithPiecesMissingThoughTheServiceSpokeAllIt
 TEST_F(TheQueue, CallsFinishedWhatTheStopCameTooLateFor) {
     say(a);
     send();
-    mQueue.stop(*a.mailbox);
+    stop(a);
     speak(1);
     EXPECT_EQ("a1 started, a1 finished", news());
 }
@@ -357,7 +357,7 @@ TEST_F(TheQueue, DropsWhatWaitsWhoeverSaidIt) {
     send();
     say(a);
     say(b);
-    mQueue.dropWaiting(*b.mailbox);
+    dropWaiting(b);
     EXPECT_EQ("a2 stopped by process, b1 stopped by client", news());
     speak(1);
     EXPECT_EQ("a1 started, a1 finished", news());
@@ -369,7 +369,7 @@ TEST_F(TheQueue, DropsTheRestOfATextBetweenItsPieces) {
     for (std::uint32_t number = 1; number <= 64; ++number) {
         speak(number);
     }
-    mQueue.dropWaiting(*b.mailbox);
+    dropWaiting(b);
     EXPECT_EQ("a1 started, a1 stopped by process heard", news());
     EXPECT_EQ("", send());
 }
@@ -384,7 +384,7 @@ TEST_F(TheQueue, GivesAllThatAClientSaidItsOutcomeWhenItEnds) {
     say(a);
     started(1);
     news();
-    mQueue.close(*a.mailbox);
+    close(a);
     EXPECT_EQ("a1 lost -103, a2 lost -103, a3 lost -103", news());
     EXPECT_FALSE(mQueue.isOpen(*a.mailbox));
     EXPECT_TRUE(mQueue.isOpen(*b.mailbox));
@@ -395,11 +395,11 @@ TEST_F(TheQueue, LetsTheServiceSpeakWhatItHasOfAClientThatEnded) {
     say(a, pieces(2));
     send();
     say(b);
-    mQueue.close(*a.mailbox);
+    close(a);
     news();
     EXPECT_FALSE(mQueue.takeFlush());
     EXPECT_EQ("", send()) << "b could not be stopped without stopping that";
-    mQueue.stop(*b.mailbox);
+    stop(b);
     EXPECT_FALSE(mQueue.takeFlush());
     say(b);
     speak(1);
@@ -414,8 +414,23 @@ TEST_F(TheQueue, DoesNotKeepAClientThatEnded) {
     say(a);
     send();
     speak(1);
-    mQueue.close(*a.mailbox);
+    close(a);
     EXPECT_EQ(1, a.mailbox.use_count());
+}
+
+// Much of it.
+
+TEST_F(TheQueue, LeavesWhatIsDroppedToBeEndedWithoutItsLock) {
+    const SpeechPtr waiting = say(a);
+    DroppedSpeech dropped = mQueue.stop(*a.mailbox);
+    EXPECT_EQ("", send());
+    EXPECT_FALSE(mQueue.isOpen(*a.mailbox));
+    EXPECT_TRUE(waiting->state->outcome().isPending());
+    say(a);
+    dropped.end([](Mailbox&, Event&&) {});
+    EXPECT_EQ(Outcome::Kind::Stopped, waiting->state->outcome().kind());
+    EXPECT_TRUE(dropped.isEmpty());
+    EXPECT_EQ("1:a2", send()) << "was said after the stop";
 }
 
 }  // namespace

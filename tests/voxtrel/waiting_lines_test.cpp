@@ -43,6 +43,8 @@ TEST_F(WhatWaits, IsNothingAtFirst) {
     EXPECT_FALSE(lines.has(*ann));
     EXPECT_EQ("nothing", textOf(lines.firstOf(ann.get())));
     EXPECT_EQ("nothing", textOf(lines.firstOfAnother(ann.get())));
+    EXPECT_TRUE(lines.takeAllOf(*ann).empty());
+    EXPECT_TRUE(lines.takeAll().empty());
 }
 
 TEST_F(WhatWaits, LongestOfAnotherClientIsFirst) {
@@ -71,11 +73,8 @@ TEST_F(WhatWaits, OfAClientGoesWithoutThatOfOthers) {
     lines.add(of(ann, "a"));
     lines.add(of(bob, "b"));
     lines.add(of(ann, "c"));
-    for (const char* const text : {"a", "c"}) {
-        const WaitingLines::Item first = lines.firstOf(ann.get());
-        EXPECT_EQ(text, textOf(first));
-        lines.takeFirst(first);
-    }
+    const WaitingLines::Places taken = lines.takeAllOf(*ann);
+    EXPECT_EQ("ac", textOf(taken.front().speech) + textOf(taken.back().speech));
     EXPECT_FALSE(lines.has(*ann));
     EXPECT_TRUE(lines.has(*bob));
     lines.takeFirst(lines.firstOf(bob.get()));

@@ -19,7 +19,7 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     std::unique_lock<std::mutex> lock(mMutex);
     const Fenced done = performFenced(lock, stop, deadline);
     if (done.answer == Answer::Yes) {
-        mSpeech.dropWaiting(*by);
+        endDropped(lock, mSpeech.dropWaiting(*by));
         // The fence came without it if what this process says goes on.
         const auto isSilent = [this] { return !mSpeech.isSilencedSounding(); };
         if (mChanged.wait_until(lock, deadline, isSilent)) {

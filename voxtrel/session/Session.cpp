@@ -114,7 +114,7 @@ void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point de
         // Lest a service that takes such a pause begins it when nobody recalls it any more.
         mSpeech.oweFlush();
     }
-    mSpeech.close(*client);
+    endDropped(lock, mSpeech.close(*client));
     mClients.erase(std::remove(mClients.begin(), mClients.end(), client), mClients.end());
     mHasNews = true;  // those behind it have moved to other places
     mToHandle.notify_one();
@@ -168,17 +168,34 @@ void Session::refuse(const std::shared_ptr<Speech>& speech, Status status) {
 }
 
 void Session::stop(const std::shared_ptr<Mailbox>& client) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mSpeech.stop(*client);
+    std::unique_lock<std::mutex> lock(mMutex);
+    DroppedSpeech dropped = mSpeech.stop(*client);
     if (mOpenFence != 0 && !mSpeech.isAnythingOnItsWay()) {
         mSpeech.oweFlush();
     }
     mToSend.notify_one();
+    endDropped(lock, std::move(dropped));
+}
+
+/// Lets go of the lock.
+void Session::endDropped(std::unique_lock<std::mutex>& lock, DroppedSpeech dropped) {
+    if (dropped.isEmpty()) {
+        return;
+    }
+    ++mEndings;
+    lock.unlock();
+    dropped.end([](Mailbox& client, Event&& event) { client.put(std::move(event)); });
+    lock.lock();
+    --mEndings;
+    mHasNews = true;
+    mToHandle.notify_one();
+    mChanged.notify_all();
 }
 
 bool Session::waitForAll(const Mailbox& client, Clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mMutex);
-    return mChanged.wait_until(lock, deadline, [&] { return !mSpeech.isOpen(client); });
+    return mChanged.wait_until(lock, deadline,
+                               [&] { return !mSpeech.isOpen(client) && mEndings == 0; });
 }
 
 void Session::waitUntilSent(const Mailbox& client, Clock::time_point deadline) {

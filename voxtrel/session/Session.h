@@ -207,6 +207,7 @@ private:
     std::uint32_t newFence();
     void answerFences(Answer answer);
     void end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline);
+    void endDropped(std::unique_lock<std::mutex>& lock, DroppedSpeech dropped);
     static Error errorOf(Answer answer, const char* refused = nullptr);
     Error lockedError() const;
     Fenced performFenced(std::unique_lock<std::mutex>& lock, std::function<void(Service&)> requests,
@@ -240,6 +241,7 @@ private:
     std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
 
     SpeechQueue mSpeech;
+    unsigned mEndings = 0;  ///< threads that give dropped speech its outcomes
     std::deque<std::shared_ptr<Call>> mCalls;
     Clock::time_point mWakeAt = {};  ///< when the sender looks again by itself
     bool mIsInside = false;          ///< the sender is in a call of the runtime

@@ -374,15 +374,10 @@ void SpeechQueue::detach(const std::shared_ptr<Speech>& speech) {
 
 void SpeechQueue::end(const std::shared_ptr<Speech>& speech, const Outcome& outcome) {
     detach(speech);
-    speech->state->end(outcome);
-    Event event;
-    event.kind = Event::Kind::Ended;
-    event.utterance = Utterance(speech->state);
-    event.outcome = outcome;
-    mTell(*speech->client, std::move(event));
+    endSpeech(*speech, outcome, mTell);
 }
 
-void SpeechQueue::stop(const Mailbox& client) {
+DroppedSpeech SpeechQueue::stop(const Mailbox& client) {
     for (Sent& sent : mWay) {
         if (sent.speech != nullptr && sent.speech->client.get() == &client) {
             sent.speech->stopper = Outcome::Stopper::ThisClient;
@@ -397,10 +392,7 @@ void SpeechQueue::stop(const Mailbox& client) {
             end(begun, {Kind::Stopped, Status::Ok, begun->heard, Outcome::Stopper::ThisClient});
         }
     }
-    while (const std::shared_ptr<Speech> waiting = mWaiting.firstOf(&client)) {
-        mWaiting.takeFirst(waiting);
-        end(waiting, {Kind::Stopped, Status::Ok, waiting->heard, Outcome::Stopper::ThisClient});
-    }
+    return {mWaiting.takeAllOf(client), Kind::Stopped, Status::Ok, &client};
 }
 
 void SpeechQueue::blame(const Mailbox& by) {
@@ -422,23 +414,17 @@ void SpeechQueue::blameNobody() {
     }
 }
 
-void SpeechQueue::dropWaiting(const Mailbox& by) {
-    const auto drop = [&](const std::shared_ptr<Speech>& speech) {
-        const bool isOwn = speech->client.get() == &by;
-        end(speech, {Kind::Stopped, Status::Ok, speech->heard,
-                     isOwn ? Outcome::Stopper::ThisClient : Outcome::Stopper::ThisProcess});
-    };
+DroppedSpeech SpeechQueue::dropWaiting(const Mailbox& by) {
     const std::shared_ptr<Speech> begun = mBegun;
     if (begun != nullptr && begun->open == 0) {
-        drop(begun);
+        const bool isOwn = begun->client.get() == &by;
+        end(begun, {Kind::Stopped, Status::Ok, begun->heard,
+                    isOwn ? Outcome::Stopper::ThisClient : Outcome::Stopper::ThisProcess});
     }
-    while (const std::shared_ptr<Speech> waiting = mWaiting.firstOfAnother(nullptr)) {
-        mWaiting.takeFirst(waiting);
-        drop(waiting);
-    }
+    return {mWaiting.takeAll(), Kind::Stopped, Status::Ok, &by};
 }
 
-void SpeechQueue::close(const Mailbox& client) {
+DroppedSpeech SpeechQueue::close(const Mailbox& client) {
     const bool owed = mOwesFlush;
     const auto closeOwn = [&](const std::shared_ptr<Speech>& place) {
         const std::shared_ptr<Speech> speech = place;  // the place is emptied meanwhile
@@ -450,14 +436,11 @@ void SpeechQueue::close(const Mailbox& client) {
         closeOwn(sent.speech);
     }
     closeOwn(mBegun);
-    while (const std::shared_ptr<Speech> waiting = mWaiting.firstOf(&client)) {
-        mWaiting.takeFirst(waiting);
-        closeOwn(waiting);
-    }
     mOwesFlush = owed;  // what the service has is spoken
     if (mWay.empty()) {
         mTurn.reset();
     }
+    return {mWaiting.takeAllOf(client), Kind::Lost, Status::Closed};
 }
 
 bool SpeechQueue::isWaiting(const Mailbox& client) const {

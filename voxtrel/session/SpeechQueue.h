@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "voxtrel/Event.h"
+#include "voxtrel/session/DroppedSpeech.h"
 #include "voxtrel/session/Speech.h"
 #include "voxtrel/session/WaitingLines.h"
 
@@ -76,7 +77,8 @@ public:
                  Clock::time_point now);
 
     /// Drops what `client` said and has not been sent; `takeFlush` asks for the rest to be dropped.
-    void stop(const Mailbox& client);
+    /// @return what is to be ended.
+    DroppedSpeech stop(const Mailbox& client);
 
     /// Notes that a client is about to silence everybody.
     void blame(const Mailbox& by);
@@ -85,13 +87,15 @@ public:
     void blameNobody();
 
     /// Drops what has not been sent, whoever said it.
-    void dropWaiting(const Mailbox& by);
+    /// @return what is to be ended.
+    DroppedSpeech dropWaiting(const Mailbox& by);
 
     /// The service is gone, or its events are: everything on its way is lost.
     void lose(Status status);
 
     /// The client ends: its utterances get their outcome.
-    void close(const Mailbox& client);
+    /// @return what is to be ended.
+    DroppedSpeech close(const Mailbox& client);
 
     /// Utterances of `client` that the service does not have yet, or that have no outcome.
     bool isWaiting(const Mailbox& client) const;

@@ -59,6 +59,25 @@ void WaitingLines::takeFirst(const Item& speech) {
     }
 }
 
+WaitingLines::Places WaitingLines::takeAllOf(const Mailbox& client) {
+    Places taken;
+    const auto line = find(mLines, &client);
+    if (line != mLines.end()) {
+        taken.swap(line->places);
+        mLines.erase(line);
+    }
+    return taken;
+}
+
+WaitingLines::Places WaitingLines::takeAll() {
+    Places taken;
+    for (Line& line : mLines) {
+        taken.splice(taken.end(), line.places);
+    }
+    mLines.clear();
+    return taken;
+}
+
 bool WaitingLines::has(const Mailbox& client) const {
     return find(mLines, &client) != mLines.end();
 }

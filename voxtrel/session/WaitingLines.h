@@ -3,7 +3,7 @@
 #define VOXTREL_SESSION_WAITINGLINES_H
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <memory>
 #include <vector>
 
@@ -16,6 +16,12 @@ namespace voxtrel {
 class WaitingLines {
 public:
     using Item = std::shared_ptr<Speech>;
+
+    struct Place {
+        std::int64_t order = 0;
+        Item speech;
+    };
+    using Places = std::list<Place>;
 
     /// Behind everything.
     void add(Item speech);
@@ -30,17 +36,17 @@ public:
     /// Takes the first of its client's away.
     void takeFirst(const Item& speech);
 
+    /// Take away all of a client's, or of everybody's; as fast however many there are.
+    Places takeAllOf(const Mailbox& client);
+    Places takeAll();
+
     bool has(const Mailbox& client) const;
     bool isEmpty() const { return mLines.empty(); }
 
 private:
-    struct Place {
-        std::int64_t order = 0;
-        Item speech;
-    };
     struct Line {
         const Mailbox* client = nullptr;
-        std::deque<Place> places = {};
+        Places places = {};
     };
 
     void put(Place place, bool isFirst);
