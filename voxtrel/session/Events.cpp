@@ -70,7 +70,7 @@ void Session::onState(unsigned state, unsigned value) {
         onLock(value);
     } else if (state == TTS::STATE_READY && value != 0) {
         mIsReady = true;
-        mToLink.notify_one();
+        mToConnect.notify_one();
     }
     Event event;
     event.kind = Event::Kind::Changed;

@@ -72,7 +72,7 @@ void Session::leaveService(std::unique_lock<std::mutex>& lock) {
     lock.unlock();
     left.clear();
     lock.lock();
-    mToLink.notify_one();
+    mToConnect.notify_one();
 }
 
 /// False when there is nothing to do now.

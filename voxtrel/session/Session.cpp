@@ -80,17 +80,17 @@ void Session::join(const std::shared_ptr<Mailbox>& client) {
     mClients.push_back(client);
     mIsEnding = false;
     try {
-        mLinker.startWithoutSignals([self = shared_from_this()] { self->link(); });
+        mConnector.startWithoutSignals([self = shared_from_this()] { self->keepConnected(); });
         mSender.startWithoutSignals([self = shared_from_this()] { self->send(); });
     } catch (...) {
         mClients.pop_back();
         mIsEnding = mClients.empty();
         mToSend.notify_all();
-        mToLink.notify_all();
+        mToConnect.notify_all();
         throw;
     }
     mToSend.notify_all();
-    mToLink.notify_all();
+    mToConnect.notify_all();
 }
 
 /// The last that a thread does under the lock.
@@ -125,7 +125,7 @@ void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point de
 
 /// No thread of the session runs but the caller's.
 bool Session::isAlone() const {
-    return !mLinker.isRunning() && !mSender.isRunning() &&
+    return !mConnector.isRunning() && !mSender.isRunning() &&
            (!mHandler.isRunning() || mHandler.isHere());
 }
 
@@ -133,7 +133,7 @@ void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline
     mIsEnding = true;
     const std::uint64_t end = ++mEnds;
     mToSend.notify_all();
-    mToLink.notify_all();
+    mToConnect.notify_all();
     mToHandle.notify_all();
     mChanged.notify_all();
     if (mIsStuck || mService == nullptr) {  // nobody has to be taken leave of
@@ -145,7 +145,7 @@ void Session::end(std::unique_lock<std::mutex>& lock, Clock::time_point deadline
         return;  // a new client has joined, and goes on with the threads
     }
     // A thread that the runtime keeps ends by itself when the service answers or dies.
-    std::thread ended[] = {mLinker.release(), mSender.release(), mHandler.release()};
+    std::thread ended[] = {mConnector.release(), mSender.release(), mHandler.release()};
     lock.unlock();
     for (std::thread& thread : ended) {
         if (thread.joinable()) {

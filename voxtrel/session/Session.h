@@ -25,7 +25,7 @@ namespace voxtrel {
 
 /// What the clients of a process share: the connection to the service, and two threads.
 ///
-/// The linker finds the service and registers with it. The sender makes every request, in order.
+/// The connector finds the service and registers with it. The sender makes every request, in order.
 /// The runtime's calls, which may take for ever, are made on these two alone and without a lock;
 /// whoever needs an answer posts the request and waits with a deadline.
 ///
@@ -151,7 +151,7 @@ private:
         Features features;
     };
 
-    /// What the linker is in. It asks, which may take for ever, or waits before it asks again:
+    /// What the connector is in. It asks, which may take for ever, or waits before it asks again:
     /// `Loading` is the wait for a service that has no voices yet.
     enum class Stage { Waiting, Searching, Registering, Loading, AskingAgain };
 
@@ -159,9 +159,9 @@ private:
     void finish(Worker& worker);
     bool isAlone() const;
 
-    // The linker's (Linker.cpp).
-    void link();
-    void linkOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since);
+    // The connector's (Connector.cpp).
+    void keepConnected();
+    void connectOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since);
     Port::Found connect(std::uint64_t life, Offer& offer);
     void noteSearch(const Port::Found& found);
     bool awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities);
@@ -219,10 +219,10 @@ private:
     const unsigned mPid;
 
     mutable std::mutex mMutex;
-    std::condition_variable mChanged;   ///< anything that a caller waits for
-    std::condition_variable mToSend;    ///< something for the sender
-    std::condition_variable mToLink;    ///< something for the linker
-    std::condition_variable mToHandle;  ///< something for the handler thread
+    std::condition_variable mChanged;    ///< anything that a caller waits for
+    std::condition_variable mToSend;     ///< something for the sender
+    std::condition_variable mToConnect;  ///< something for the connector
+    std::condition_variable mToHandle;   ///< something for the handler thread
 
     android::sp<Service> mService;  ///< null: not connected
     android::sp<TTS::ICallback> mCallback;
@@ -236,7 +236,7 @@ private:
     bool mHasSearched = false;        ///< once, to its end
     std::uint64_t mLife = 0;          ///< counts the services found
     std::uint64_t mDeadLife = 0;      ///< the last that died
-    bool mIsAbsent = false;           ///< there was none when the linker last looked
+    bool mIsAbsent = false;           ///< there was none when the connector last looked
     bool mIsReady = false;            ///< the one that is loading has said that it has its voices
     std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
 
@@ -262,7 +262,7 @@ private:
     std::uint32_t mLockHolder = 0;  ///< as the service told last; 0: nobody, or not told
 
     std::vector<std::shared_ptr<Mailbox>> mClients;
-    Worker mLinker;
+    Worker mConnector;
     Worker mSender;
     Worker mHandler;
     bool mHasNews = false;   ///< for the handler thread

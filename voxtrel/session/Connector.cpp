@@ -44,26 +44,26 @@ private:
 
 }  // namespace
 
-void Session::link() {
+void Session::keepConnected() {
     std::unique_lock<std::mutex> lock(mMutex);
     Clock::time_point since = Clock::now();
     while (!mIsEnding) {
         try {
-            linkOnce(lock, since);
+            connectOnce(lock, since);
         } catch (const std::bad_alloc&) {
             if (!lock.owns_lock()) {
                 lock.lock();
             }
             mStage = Stage::Waiting;
-            mToLink.wait_for(lock, kPause, [this] { return mIsEnding; });
+            mToConnect.wait_for(lock, kPause, [this] { return mIsEnding; });
         }
     }
-    finish(mLinker);
+    finish(mConnector);
 }
 
-void Session::linkOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since) {
+void Session::connectOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since) {
     if (mService != nullptr) {
-        mToLink.wait(lock);
+        mToConnect.wait(lock);
         since = Clock::now();
         return;
     }
@@ -88,7 +88,7 @@ void Session::linkOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& si
     mStage = Stage::Waiting;
     const bool isEarly = Clock::now() < since + kAtFirst;
     const bool isPrompt = isEarly && mReach != Reach::NotAdmitted && mReach != Reach::NotTrusted;
-    mToLink.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
+    mToConnect.wait_for(lock, isPrompt ? kPause : kLongPause, [this] { return mIsEnding; });
 }
 
 /// A service among what is found has this client's callback.
@@ -142,7 +142,7 @@ bool Session::awaitReady(std::uint64_t life, Service& service, TTS::Capabilities
         enter(Stage::Loading);
         {
             std::unique_lock<std::mutex> lock(mMutex);
-            mToLink.wait_for(lock, kLoadingPause, [&] { return mIsReady || isOver(life); });
+            mToConnect.wait_for(lock, kLoadingPause, [&] { return mIsReady || isOver(life); });
             mIsReady = false;
             if (isOver(life)) {
                 return false;
@@ -188,7 +188,7 @@ void Session::onDeath(std::uint64_t life) {
     }
     mDeadLife = life;
     if (mService == nullptr) {
-        mToLink.notify_one();
+        mToConnect.notify_one();
         return;
     }
     dead = mService;
@@ -206,7 +206,7 @@ void Session::onDeath(std::uint64_t life) {
     tellAll(event);
     mChanged.notify_all();
     mToSend.notify_one();
-    mToLink.notify_one();
+    mToConnect.notify_one();
 }
 
 Diagnosis Session::diagnose(Clock::time_point deadline) {
