@@ -40,7 +40,7 @@ TEST_F(TheQueue, RecallsThePiecesBehindOneThatIsRefused) {
     drop(2);
     drop(3);
     EXPECT_EQ("", news());
-    EXPECT_FALSE(mQueue.isAnythingOnItsWay());
+    EXPECT_FALSE(mQueue.isAnythingInFlight());
 }
 
 TEST_F(TheQueue, CallsLostWhatIsRefusedAfterAPartOfItBegan) {
@@ -121,7 +121,7 @@ TEST_F(TheQueue, CallsATextLostOfWhichAPieceIsAndRecallsTheRest) {
     stopped(3);
     drop(4);
     EXPECT_EQ("", news());
-    EXPECT_FALSE(mQueue.isAnythingOnItsWay());
+    EXPECT_FALSE(mQueue.isAnythingInFlight());
 }
 
 // A request to drop something that is lost.
@@ -326,7 +326,7 @@ TEST_F(TheQueue, SpeaksOnAfterAWhileIfTheServiceIsNotEnded) {
 
 // Silence.
 
-TEST_F(TheQueue, WaitsForNothingWhileNothingIsOnItsWay) {
+TEST_F(TheQueue, WaitsForNothingWhileNothingIsInFlight) {
     EXPECT_EQ(Clock::time_point::max(), mQueue.nextMoment());
     say(a);
     send();
@@ -353,7 +353,7 @@ TEST_F(TheQueue, FindsByAProbeThatTheLastOneWasLost) {
     EXPECT_EQ("", news());
     started(2);
     EXPECT_EQ("a1 lost -102", news());
-    EXPECT_FALSE(mQueue.isAnythingOnItsWay());
+    EXPECT_FALSE(mQueue.isAnythingInFlight());
     finished(2);
     EXPECT_EQ("", news());
 }

@@ -32,7 +32,7 @@ TEST_F(TheQueue, TellsOfStartWordsAndEnd) {
     EXPECT_EQ("a1 finished", news());
     EXPECT_TRUE(speech->state->outcome().wasHeard());
     EXPECT_FALSE(mQueue.isOpen(*a.mailbox));
-    EXPECT_FALSE(mQueue.isAnythingOnItsWay());
+    EXPECT_FALSE(mQueue.isAnythingInFlight());
 }
 
 TEST_F(TheQueue, CountsWordsInCharactersAndBytes) {
@@ -184,7 +184,7 @@ TEST_F(TheQueue, HasNoMoreThan64KibOnTheirWay) {
     EXPECT_EQ("2:a2 3:a3", send());
 }
 
-TEST_F(TheQueue, SendsOneThatIsLargerThanAllThatMayBeWhenNothingElseIsOnItsWay) {
+TEST_F(TheQueue, SendsOneThatIsLargerThanAllThatMayBeWhenNothingElseIsInFlight) {
     say(a);
     say(a, "<speak>" + std::string(200000, ' '));
     say(a);

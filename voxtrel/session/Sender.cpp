@@ -121,7 +121,7 @@ bool Session::holdsSpeech() const {
 }
 
 Session::Clock::time_point Session::endOfLife() const {
-    return mSpeech.isAnythingOnItsWay() ? *mGone + kLastEvents : *mGone;
+    return mSpeech.isAnythingInFlight() ? *mGone + kLastEvents : *mGone;
 }
 
 Session::Clock::time_point Session::nextMoment() const {

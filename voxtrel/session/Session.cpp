@@ -170,7 +170,7 @@ void Session::refuse(const std::shared_ptr<Speech>& speech, Status status) {
 void Session::stop(const std::shared_ptr<Mailbox>& client) {
     std::unique_lock<std::mutex> lock(mMutex);
     DroppedSpeech dropped = mSpeech.stop(*client);
-    if (mOpenFence != 0 && !mSpeech.isAnythingOnItsWay()) {
+    if (mOpenFence != 0 && !mSpeech.isAnythingInFlight()) {
         mSpeech.oweFlush();
     }
     mToSend.notify_one();

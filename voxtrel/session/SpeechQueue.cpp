@@ -20,7 +20,7 @@ std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
     if (speech == nullptr) {
         return probe(now);
     }
-    if (mWay.empty()) {
+    if (mInFlight.empty()) {
         mUnanswered = 0;
     }
     mLast = now;
@@ -29,17 +29,17 @@ std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
 
 std::shared_ptr<Speech> SpeechQueue::choose() const {
     std::shared_ptr<Speech> speech = mBegun != nullptr ? mBegun : nextTurn();
-    if (speech == nullptr || mWay.empty()) {
+    if (speech == nullptr || mInFlight.empty()) {
         return speech;
     }
     const std::size_t left = speech->text.size() - speech->sent.bytes;
     const std::size_t bytes = speech->isMarkedUp() ? left : std::min(left, kPieceBytes);
-    return mWay.size() < kMostPieces && mBytes + bytes <= kMostBytes ? speech : nullptr;
+    return mInFlight.size() < kMostPieces && mBytes + bytes <= kMostBytes ? speech : nullptr;
 }
 
 std::shared_ptr<Speech> SpeechQueue::nextTurn() const {
     const std::shared_ptr<Speech> other = mWaiting.firstOfAnother(mTurn.get());
-    if (mWay.empty()) {
+    if (mInFlight.empty()) {
         return other != nullptr ? other : mWaiting.firstOf(mTurn.get());
     }
     return other != nullptr || isBusyWithPieces() ? nullptr : mWaiting.firstOf(mTurn.get());
@@ -47,7 +47,7 @@ std::shared_ptr<Speech> SpeechQueue::nextTurn() const {
 
 /// Pieces may have to be recalled, which would recall what follows them too.
 bool SpeechQueue::isBusyWithPieces() const {
-    return std::any_of(mWay.begin(), mWay.end(), [](const Sent& sent) {
+    return std::any_of(mInFlight.begin(), mInFlight.end(), [](const InFlight& sent) {
         return sent.speech != nullptr && sent.speech->isCut && sent.speech->open > 1;
     });
 }
@@ -60,7 +60,7 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
     request.speech = speech;
     request.begin = speech->sent;
     request.bytes = bytes;
-    mWay.push_back({request.number, speech, request.begin, request.begin, bytes});
+    mInFlight.push_back({request.number, speech, request.begin, request.begin, bytes});
     mBytes += bytes;
     speech->sent.bytes += bytes;
     speech->sent.characters += countCharacters(rest.substr(0, bytes));
@@ -79,7 +79,7 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
     if (mOwesFence) {
         return mLast;
     }
-    if (mWay.empty()) {
+    if (mInFlight.empty()) {
         const bool isWaiting = mBegun != nullptr || !mWaiting.isEmpty();
         return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
     }
@@ -88,7 +88,7 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
 
 std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
     const bool isDoubted = mUnanswered > 1 && !mOwesFence;
-    if (now < nextMoment() || isDoubted || (mWay.empty() && !mOwesFence)) {
+    if (now < nextMoment() || isDoubted || (mInFlight.empty() && !mOwesFence)) {
         return std::nullopt;
     }
     SpeechRequest request;
@@ -100,10 +100,10 @@ std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
         request.kind = SpeechRequest::Kind::Fence;
         return request;
     }
-    Sent sent;
+    InFlight sent;
     sent.number = request.number;
     sent.isProbe = true;
-    mWay.push_back(std::move(sent));
+    mInFlight.push_back(std::move(sent));
     mPatience = mPatience < kDoubt ? kDoubt : std::min(2 * mPatience, kLongestQuiet);
     mLast = now;
     mOwesFence = true;
@@ -112,7 +112,7 @@ std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
 }
 
 bool SpeechQueue::isDoubtful(Clock::time_point now) const {
-    return mUnanswered > 1 && !mOwesFence && !mWay.empty() && now >= nextMoment();
+    return mUnanswered > 1 && !mOwesFence && !mInFlight.empty() && now >= nextMoment();
 }
 
 bool SpeechQueue::askOnceMore() {
@@ -142,7 +142,7 @@ void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32
     mLast = now;
     mUnanswered = 0;
     mHasAnswered = false;
-    Sent* const sent = find(number);
+    InFlight* const sent = find(number);
     if (sent == nullptr) {
         return;
     }
@@ -151,7 +151,7 @@ void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32
     }
     if (event == TTS::EVENT_WORD || event == TTS::EVENT_MARK) {
         // A probe, whose turn has been told, is not there any more.
-        if (Sent* const piece = find(number)) {
+        if (InFlight* const piece = find(number)) {
             onPlace(*piece, event == TTS::EVENT_WORD ? Event::Kind::Word : Event::Kind::Mark, third,
                     now);
         }
@@ -165,7 +165,7 @@ void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32
 void SpeechQueue::onStarted(std::uint32_t number, Clock::time_point now) {
     passed(number);
     mPatience = kQuiet;
-    Sent& sent = *find(number);
+    InFlight& sent = *find(number);
     sent.hasStarted = true;
     sent.started = now;
     if (sent.isProbe) {
@@ -179,7 +179,7 @@ void SpeechQueue::onStarted(std::uint32_t number, Clock::time_point now) {
     }
 }
 
-void SpeechQueue::onPlace(Sent& sent, Event::Kind kind, std::uint32_t third,
+void SpeechQueue::onPlace(InFlight& sent, Event::Kind kind, std::uint32_t third,
                           Clock::time_point now) {
     if (sent.speech == nullptr) {
         return;
@@ -209,12 +209,12 @@ void SpeechQueue::onPlace(Sent& sent, Event::Kind kind, std::uint32_t third,
 }
 
 /// Unless that would drop what was said since.
-void SpeechQueue::flushAgain(Sent& sent, Clock::time_point now) {
+void SpeechQueue::flushAgain(InFlight& sent, Clock::time_point now) {
     if (sent.goesOn == Clock::time_point()) {
         sent.goesOn = now;
     }
     const bool isLate = now - sent.goesOn > kToDrop;
-    if (isLate && std::none_of(mWay.begin(), mWay.end(), [](const Sent& each) {
+    if (isLate && std::none_of(mInFlight.begin(), mInFlight.end(), [](const InFlight& each) {
             return each.speech != nullptr && !each.speech->isStopped;
         })) {
         mOwesFlush = true;
@@ -223,7 +223,7 @@ void SpeechQueue::flushAgain(Sent& sent, Clock::time_point now) {
 }
 
 void SpeechQueue::onFinished(std::uint32_t number) {
-    Sent* const sent = find(number);
+    InFlight* const sent = find(number);
     if (sent == nullptr) {
         return;
     }
@@ -241,7 +241,7 @@ void SpeechQueue::onFinished(std::uint32_t number) {
 }
 
 void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_point now) {
-    const Sent sent = *find(number);
+    const InFlight sent = *find(number);
     remove(number);
     if (sent.speech == nullptr) {
         return;
@@ -265,25 +265,25 @@ void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_poi
 void SpeechQueue::passed(std::uint32_t number) {
     const std::shared_ptr<Speech> current = find(number)->speech;
     std::size_t before = 0;
-    for (; mWay[before].number != number; ++before) {
-        Sent& sent = mWay[before];
+    for (; mInFlight[before].number != number; ++before) {
+        InFlight& sent = mInFlight[before];
         // A piece that began and is followed by the next has been spoken.
         if (current != nullptr && sent.hasStarted && sent.speech == current) {
             forgetPiece(sent);
         }
     }
     loseFirst(before, Status::Lost);
-    while (mWay.front().number != number) {
-        remove(mWay.front().number);
+    while (mInFlight.front().number != number) {
+        remove(mInFlight.front().number);
     }
 }
 
 void SpeechQueue::lose(Status status) {
-    loseFirst(mWay.size(), status);
+    loseFirst(mInFlight.size(), status);
     if (const std::shared_ptr<Speech> begun = mBegun) {
         lose(begun, status);
     }
-    mWay.clear();
+    mInFlight.clear();
     mBytes = 0;
     mUnanswered = 0;
     mHasAnswered = false;
@@ -296,26 +296,26 @@ void SpeechQueue::lose(Status status) {
 /// the same order. Takes no memory but for that.
 void SpeechQueue::loseFirst(std::size_t count, Status status) {
     for (std::size_t n = 0; n < count; ++n) {
-        if (mWay[n].speech != nullptr) {
-            mWay[n].speech->heard = mWay[n].speech->heard || mWay[n].hasStarted;
+        if (mInFlight[n].speech != nullptr) {
+            mInFlight[n].speech->heard = mInFlight[n].speech->heard || mInFlight[n].hasStarted;
         }
     }
     const auto loseAt = [&](std::size_t place) {
-        const std::shared_ptr<Speech> speech = mWay[place].speech;
+        const std::shared_ptr<Speech> speech = mInFlight[place].speech;
         for (std::size_t n = 0; n < count; ++n) {
-            if (mWay[n].speech == speech) {
-                forgetPiece(mWay[n]);
+            if (mInFlight[n].speech == speech) {
+                forgetPiece(mInFlight[n]);
             }
         }
         lose(speech, status);
     };
     for (std::size_t n = 0; n < count; ++n) {
-        if (mWay[n].speech != nullptr && !mayRepeat(*mWay[n].speech)) {
+        if (mInFlight[n].speech != nullptr && !mayRepeat(*mInFlight[n].speech)) {
             loseAt(n);
         }
     }
     for (std::size_t n = count; n-- > 0;) {
-        if (mWay[n].speech != nullptr) {
+        if (mInFlight[n].speech != nullptr) {
             loseAt(n);
         }
     }
@@ -353,7 +353,7 @@ bool SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
 }
 
 /// Nothing more will be told of it.
-void SpeechQueue::forgetPiece(Sent& sent) {
+void SpeechQueue::forgetPiece(InFlight& sent) {
     sent.speech->heard = sent.speech->heard || sent.hasStarted;
     --sent.speech->open;
     sent.speech = nullptr;
@@ -361,7 +361,7 @@ void SpeechQueue::forgetPiece(Sent& sent) {
 
 /// Nothing that was sent of it matters any more, nor is more of it sent.
 void SpeechQueue::detach(const std::shared_ptr<Speech>& speech) {
-    for (Sent& sent : mWay) {
+    for (InFlight& sent : mInFlight) {
         if (sent.speech == speech) {
             sent.speech = nullptr;
             mOwesFlush = true;
@@ -378,7 +378,7 @@ void SpeechQueue::end(const std::shared_ptr<Speech>& speech, const Outcome& outc
 }
 
 DroppedSpeech SpeechQueue::stop(const Mailbox& client) {
-    for (Sent& sent : mWay) {
+    for (InFlight& sent : mInFlight) {
         if (sent.speech != nullptr && sent.speech->client.get() == &client) {
             sent.speech->stopper = Outcome::Stopper::ThisClient;
             sent.speech->isStopped = true;
@@ -396,7 +396,7 @@ DroppedSpeech SpeechQueue::stop(const Mailbox& client) {
 }
 
 void SpeechQueue::blame(const Mailbox& by) {
-    for (Sent& sent : mWay) {
+    for (InFlight& sent : mInFlight) {
         if (sent.speech != nullptr) {
             sent.speech->stopper = sent.speech->client.get() == &by ? Outcome::Stopper::ThisClient
                                                                     : Outcome::Stopper::ThisProcess;
@@ -406,7 +406,7 @@ void SpeechQueue::blame(const Mailbox& by) {
 }
 
 void SpeechQueue::blameNobody() {
-    for (Sent& sent : mWay) {
+    for (InFlight& sent : mInFlight) {
         sent.isSilenced = false;
         if (sent.speech != nullptr && !sent.speech->isStopped) {
             sent.speech->stopper = Outcome::Stopper::Somebody;
@@ -432,12 +432,12 @@ DroppedSpeech SpeechQueue::close(const Mailbox& client) {
             end(speech, {Kind::Lost, Status::Closed, speech->heard});
         }
     };
-    for (const Sent& sent : mWay) {
+    for (const InFlight& sent : mInFlight) {
         closeOwn(sent.speech);
     }
     closeOwn(mBegun);
     mOwesFlush = owed;  // what the service has is spoken
-    if (mWay.empty()) {
+    if (mInFlight.empty()) {
         mTurn.reset();
     }
     return {mWaiting.takeAllOf(client), Kind::Lost, Status::Closed};
@@ -448,21 +448,23 @@ bool SpeechQueue::isWaiting(const Mailbox& client) const {
 }
 
 bool SpeechQueue::isOpen(const Mailbox& client) const {
-    return isWaiting(client) || std::any_of(mWay.begin(), mWay.end(), [&client](const Sent& sent) {
+    return isWaiting(client) ||
+           std::any_of(mInFlight.begin(), mInFlight.end(), [&client](const InFlight& sent) {
                return sent.speech != nullptr && sent.speech->client.get() == &client;
            });
 }
 
 bool SpeechQueue::isWanted(const Mailbox& client) const {
-    return isWaiting(client) || std::any_of(mWay.begin(), mWay.end(), [&client](const Sent& sent) {
+    return isWaiting(client) ||
+           std::any_of(mInFlight.begin(), mInFlight.end(), [&client](const InFlight& sent) {
                return sent.speech != nullptr && sent.speech->client.get() == &client &&
                       !sent.speech->isStopped;
            });
 }
 
 bool SpeechQueue::isSilencedSounding() const {
-    return std::any_of(mWay.begin(), mWay.end(),
-                       [](const Sent& sent) { return sent.isSilenced && sent.hasStarted; });
+    return std::any_of(mInFlight.begin(), mInFlight.end(),
+                       [](const InFlight& sent) { return sent.isSilenced && sent.hasStarted; });
 }
 
 bool SpeechQueue::takeFlush() {
@@ -471,23 +473,25 @@ bool SpeechQueue::takeFlush() {
     return owed;
 }
 
-SpeechQueue::Sent* SpeechQueue::find(std::uint32_t number) {
-    const auto found = std::find_if(mWay.begin(), mWay.end(),
-                                    [number](const Sent& sent) { return sent.number == number; });
-    return found == mWay.end() ? nullptr : &*found;
+SpeechQueue::InFlight* SpeechQueue::find(std::uint32_t number) {
+    const auto found =
+        std::find_if(mInFlight.begin(), mInFlight.end(),
+                     [number](const InFlight& sent) { return sent.number == number; });
+    return found == mInFlight.end() ? nullptr : &*found;
 }
 
 void SpeechQueue::remove(std::uint32_t number) {
-    const auto found = std::find_if(mWay.begin(), mWay.end(),
-                                    [number](const Sent& sent) { return sent.number == number; });
-    if (found == mWay.end()) {
+    const auto found =
+        std::find_if(mInFlight.begin(), mInFlight.end(),
+                     [number](const InFlight& sent) { return sent.number == number; });
+    if (found == mInFlight.end()) {
         return;
     }
     mBytes -= found->bytes;
     if (found->speech != nullptr) {
         --found->speech->open;
     }
-    mWay.erase(found);
+    mInFlight.erase(found);
 }
 
 }  // namespace voxtrel

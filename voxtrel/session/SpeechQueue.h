@@ -104,7 +104,7 @@ public:
     /// Utterances of `client` that have no outcome, and that it has not stopped.
     bool isWanted(const Mailbox& client) const;
 
-    bool isAnythingOnItsWay() const { return !mWay.empty(); }
+    bool isAnythingInFlight() const { return !mInFlight.empty(); }
 
     /// Something sounds, as far as is known, that was on its way when everybody was silenced.
     bool isSilencedSounding() const;
@@ -129,7 +129,7 @@ public:
 
 private:
     /// A piece with the service, or a probe.
-    struct Sent {
+    struct InFlight {
         std::uint32_t number = 0;
         std::shared_ptr<Speech> speech = nullptr;  ///< null: a probe, or its speech has ended
         Position begin = {};
@@ -141,7 +141,6 @@ private:
         Clock::time_point started = {};
         Clock::time_point goesOn = {};  ///< the first word of it after it was stopped
     };
-    using Way = std::deque<Sent>;
 
     std::shared_ptr<Speech> choose() const;
     std::shared_ptr<Speech> nextTurn() const;
@@ -150,11 +149,11 @@ private:
     std::optional<SpeechRequest> probe(Clock::time_point now);
     std::uint32_t newNumber();
 
-    Sent* find(std::uint32_t number);
+    InFlight* find(std::uint32_t number);
     void remove(std::uint32_t number);
     void onStarted(std::uint32_t number, Clock::time_point now);
-    void onPlace(Sent& sent, Event::Kind kind, std::uint32_t third, Clock::time_point now);
-    void flushAgain(Sent& sent, Clock::time_point now);
+    void onPlace(InFlight& sent, Event::Kind kind, std::uint32_t third, Clock::time_point now);
+    void flushAgain(InFlight& sent, Clock::time_point now);
     void onFinished(std::uint32_t number);
     void onStopped(std::uint32_t number, Status status, Clock::time_point now);
     void passed(std::uint32_t number);
@@ -163,7 +162,7 @@ private:
     void lose(const std::shared_ptr<Speech>& speech, Status status);
     static bool mayRepeat(const Speech& speech);
     bool repeat(const std::shared_ptr<Speech>& speech);
-    static void forgetPiece(Sent& sent);
+    static void forgetPiece(InFlight& sent);
     void detach(const std::shared_ptr<Speech>& speech);
     void end(const std::shared_ptr<Speech>& speech, const Outcome& outcome);
 
@@ -171,8 +170,8 @@ private:
     WaitingLines mWaiting;
     std::shared_ptr<Speech> mBegun;  ///< a part of it was sent, and not all
     std::shared_ptr<Mailbox> mTurn;  ///< who had the last turn
-    Way mWay;                        ///< by number
-    std::size_t mBytes = 0;          ///< in `mWay`
+    std::deque<InFlight> mInFlight;  ///< by number
+    std::size_t mBytes = 0;          ///< in `mInFlight`
     std::uint32_t mNumber;
     Clock::time_point mLast = {};  ///< last sending or event
     std::chrono::milliseconds mPatience = kQuiet;
