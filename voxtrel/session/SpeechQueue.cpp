@@ -28,7 +28,7 @@ std::optional<SpeechRequest> SpeechQueue::next(Clock::time_point now) {
 }
 
 std::shared_ptr<Speech> SpeechQueue::choose() const {
-    std::shared_ptr<Speech> speech = mBegun != nullptr ? mBegun : nextTurn();
+    std::shared_ptr<Speech> speech = mPartlySent != nullptr ? mPartlySent : nextTurn();
     if (speech == nullptr || mInFlight.empty()) {
         return speech;
     }
@@ -66,11 +66,11 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
     speech->sent.characters += countCharacters(rest.substr(0, bytes));
     speech->isCut = speech->isCut || !speech->isWhole();
     ++speech->open;
-    if (mBegun == nullptr) {
+    if (mPartlySent == nullptr) {
         mWaiting.takeFirst(speech);
         mTurn = speech->client;
     }
-    mBegun = speech->isWhole() ? nullptr : speech;
+    mPartlySent = speech->isWhole() ? nullptr : speech;
     mPatience = kQuiet;
     return request;
 }
@@ -80,7 +80,7 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
         return mLast;
     }
     if (mInFlight.empty()) {
-        const bool isWaiting = mBegun != nullptr || !mWaiting.isEmpty();
+        const bool isWaiting = mPartlySent != nullptr || !mWaiting.isEmpty();
         return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
     }
     return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kDoubt) : mLast + mPatience;
@@ -280,7 +280,7 @@ void SpeechQueue::passed(std::uint32_t number) {
 
 void SpeechQueue::lose(Status status) {
     loseFirst(mInFlight.size(), status);
-    if (const std::shared_ptr<Speech> begun = mBegun) {
+    if (const std::shared_ptr<Speech> begun = mPartlySent) {
         lose(begun, status);
     }
     mInFlight.clear();
@@ -367,8 +367,8 @@ void SpeechQueue::detach(const std::shared_ptr<Speech>& speech) {
             mOwesFlush = true;
         }
     }
-    if (mBegun == speech) {
-        mBegun = nullptr;
+    if (mPartlySent == speech) {
+        mPartlySent = nullptr;
     }
 }
 
@@ -385,9 +385,9 @@ DroppedSpeech SpeechQueue::stop(const Mailbox& client) {
             mOwesFlush = true;
         }
     }
-    if (mBegun != nullptr && mBegun->client.get() == &client) {
-        const std::shared_ptr<Speech> begun = std::move(mBegun);
-        mBegun = nullptr;
+    if (mPartlySent != nullptr && mPartlySent->client.get() == &client) {
+        const std::shared_ptr<Speech> begun = std::move(mPartlySent);
+        mPartlySent = nullptr;
         if (begun->open == 0) {
             end(begun, {Kind::Stopped, Status::Ok, begun->heard, Outcome::Stopper::ThisClient});
         }
@@ -415,7 +415,7 @@ void SpeechQueue::blameNobody() {
 }
 
 DroppedSpeech SpeechQueue::dropWaiting(const Mailbox& by) {
-    const std::shared_ptr<Speech> begun = mBegun;
+    const std::shared_ptr<Speech> begun = mPartlySent;
     if (begun != nullptr && begun->open == 0) {
         const bool isOwn = begun->client.get() == &by;
         end(begun, {Kind::Stopped, Status::Ok, begun->heard,
@@ -435,7 +435,7 @@ DroppedSpeech SpeechQueue::close(const Mailbox& client) {
     for (const InFlight& sent : mInFlight) {
         closeOwn(sent.speech);
     }
-    closeOwn(mBegun);
+    closeOwn(mPartlySent);
     mOwesFlush = owed;  // what the service has is spoken
     if (mInFlight.empty()) {
         mTurn.reset();
@@ -444,7 +444,7 @@ DroppedSpeech SpeechQueue::close(const Mailbox& client) {
 }
 
 bool SpeechQueue::isWaiting(const Mailbox& client) const {
-    return (mBegun != nullptr && mBegun->client.get() == &client) || mWaiting.has(client);
+    return (mPartlySent != nullptr && mPartlySent->client.get() == &client) || mWaiting.has(client);
 }
 
 bool SpeechQueue::isOpen(const Mailbox& client) const {

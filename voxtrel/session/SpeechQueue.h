@@ -110,7 +110,7 @@ public:
     bool isSilencedSounding() const;
 
     /// `next` or `takeFlush` may have something when an event has made room for it.
-    bool hasMore() const { return mBegun != nullptr || !mWaiting.isEmpty() || mOwesFlush; }
+    bool hasMore() const { return mPartlySent != nullptr || !mWaiting.isEmpty() || mOwesFlush; }
 
     /// No event came though one was asked for twice, long ago: the service is stopped, or tells of
     /// nothing. Ask it something else.
@@ -168,10 +168,10 @@ private:
 
     const Teller mTell;
     WaitingLines mWaiting;
-    std::shared_ptr<Speech> mBegun;  ///< a part of it was sent, and not all
-    std::shared_ptr<Mailbox> mTurn;  ///< who had the last turn
-    std::deque<InFlight> mInFlight;  ///< by number
-    std::size_t mBytes = 0;          ///< in `mInFlight`
+    std::shared_ptr<Speech> mPartlySent;  ///< a part of it was sent, and not all
+    std::shared_ptr<Mailbox> mTurn;       ///< who had the last turn
+    std::deque<InFlight> mInFlight;       ///< by number
+    std::size_t mBytes = 0;               ///< in `mInFlight`
     std::uint32_t mNumber;
     Clock::time_point mLast = {};  ///< last sending or event
     std::chrono::milliseconds mPatience = kQuiet;
