@@ -193,7 +193,7 @@ void Session::onDeath(std::uint64_t life) {
     }
     dead = mService;
     mService.clear();
-    mGone = Clock::now();
+    mDiedAt = Clock::now();
     mReach = Reach::NoService;
     mStage = Stage::Waiting;
     failCalls(TTS::STATUS_NO_SERVICE);

@@ -58,7 +58,7 @@ void Session::leaveService(std::unique_lock<std::mutex>& lock) {
     mService.clear();
     mLockHolder = 0;
     mOwesUnlock = false;
-    mGone.reset();
+    mDiedAt.reset();
     mSpeech.lose(Status::NoService);
     if (mIsEnding) {
         failCalls(TTS::STATUS_NO_SERVICE);
@@ -78,7 +78,7 @@ void Session::leaveService(std::unique_lock<std::mutex>& lock) {
 /// False when there is nothing to do now.
 bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
     const Clock::time_point now = Clock::now();
-    if (mGone && now >= endOfLife()) {
+    if (mDiedAt && now >= endOfLife()) {
         endLife();
         return true;
     }
@@ -117,16 +117,16 @@ bool Session::sendCall(std::unique_lock<std::mutex>& lock) {
 
 /// What the service has yet to say about the speech before decides what becomes of the next.
 bool Session::holdsSpeech() const {
-    return mGone || !mFences.empty();
+    return mDiedAt || !mFences.empty();
 }
 
 Session::Clock::time_point Session::endOfLife() const {
-    return mSpeech.isAnythingInFlight() ? *mGone + kLastEvents : *mGone;
+    return mSpeech.isAnythingInFlight() ? *mDiedAt + kLastEvents : *mDiedAt;
 }
 
 Session::Clock::time_point Session::nextMoment() const {
     Clock::time_point moment = Clock::now() + kLongest;
-    if (mGone) {
+    if (mDiedAt) {
         moment = std::min(moment, endOfLife());
     } else if (mService != nullptr && !holdsSpeech()) {
         moment = std::min(moment, mSpeech.nextMoment());
@@ -205,14 +205,14 @@ void Session::transmit(std::unique_lock<std::mutex>& lock, const SpeechRequest& 
 }
 
 void Session::endLife() {
-    mGone.reset();
+    mDiedAt.reset();
     mSpeech.lose(Status::NoService);
 }
 
 /// Asked twice for an event, the service sent none. One that is stopped may still.
 void Session::doubt(std::unique_lock<std::mutex>& lock) {
     (void)callService(lock, [](Service& service) { return service.enabled() ? 1 : 0; });
-    if (!mGone && mSpeech.isDoubtful(Clock::now()) && !mSpeech.askOnceMore()) {
+    if (!mDiedAt && mSpeech.isDoubtful(Clock::now()) && !mSpeech.askOnceMore()) {
         mSpeech.lose(Status::Lost);
         mSpeech.oweFlush();
     }

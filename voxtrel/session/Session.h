@@ -238,7 +238,7 @@ private:
     std::uint64_t mDeadLife = 0;      ///< the last that died
     bool mIsAbsent = false;           ///< there was none when the connector last looked
     bool mIsReady = false;            ///< the one that is loading has said that it has its voices
-    std::optional<Clock::time_point> mGone;  ///< it died then; its last events may still come
+    std::optional<Clock::time_point> mDiedAt;  ///< it died then; its last events may still come
 
     SpeechQueue mSpeech;
     unsigned mEndings = 0;  ///< threads that give dropped speech its outcomes
