@@ -167,11 +167,11 @@ TEST_F(TheQueue, KnowsWhetherWhatWasSilencedSounds) {
     EXPECT_FALSE(mQueue.isSilencedSounding());
     started(1);
     EXPECT_FALSE(mQueue.isSilencedSounding()) << "nobody is silenced";
-    mQueue.blame(*b.mailbox);
+    mQueue.attributeStop(*b.mailbox);
     EXPECT_TRUE(mQueue.isSilencedSounding());
-    mQueue.blameNobody();
+    mQueue.revokeStop();
     EXPECT_FALSE(mQueue.isSilencedSounding());
-    mQueue.blame(*b.mailbox);
+    mQueue.attributeStop(*b.mailbox);
     stopped(1);
     EXPECT_FALSE(mQueue.isSilencedSounding()) << "the other one does not sound";
     drop(2);

@@ -344,10 +344,10 @@ TEST_F(TheQueue, BlamesWhoSilencesEverybody) {
     say(a);
     say(a);
     send();
-    mQueue.blame(*b.mailbox);
+    mQueue.attributeStop(*b.mailbox);
     drop(1);
     EXPECT_EQ("a1 started, a1 stopped by process", news());
-    mQueue.blame(*a.mailbox);
+    mQueue.attributeStop(*a.mailbox);
     drop(2);
     EXPECT_EQ("a2 started, a2 stopped by client", news());
 }

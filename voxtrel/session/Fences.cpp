@@ -12,7 +12,7 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
     const auto stop = [this, by](Service& service) {
         {
             const std::lock_guard<std::mutex> lock(mMutex);
-            mSpeech.blame(*by);
+            mSpeech.attributeStop(*by);
         }
         (void)service.stopAndFlush(mPid, wire::kFlushEverything);
     };
@@ -25,11 +25,11 @@ Result<void> Session::stopEverybody(const std::shared_ptr<Mailbox>& by,
         if (mChanged.wait_until(lock, deadline, isSilent)) {
             return {};
         }
-        mSpeech.blameNobody();
+        mSpeech.revokeStop();
         return errorOf(Answer::Lost);
     }
     if (done.answer != Answer::None) {
-        mSpeech.blameNobody();
+        mSpeech.revokeStop();
     }
     return done.sent ? errorOf(done.answer, "stop what others say") : done.sent;
 }

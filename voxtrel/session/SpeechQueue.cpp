@@ -395,7 +395,7 @@ DroppedSpeech SpeechQueue::stop(const Mailbox& client) {
     return {mWaiting.takeAllOf(client), Kind::Stopped, Status::Ok, &client};
 }
 
-void SpeechQueue::blame(const Mailbox& by) {
+void SpeechQueue::attributeStop(const Mailbox& by) {
     for (InFlight& sent : mInFlight) {
         if (sent.speech != nullptr) {
             sent.speech->stopper = sent.speech->client.get() == &by ? Outcome::Stopper::ThisClient
@@ -405,7 +405,7 @@ void SpeechQueue::blame(const Mailbox& by) {
     }
 }
 
-void SpeechQueue::blameNobody() {
+void SpeechQueue::revokeStop() {
     for (InFlight& sent : mInFlight) {
         sent.isSilenced = false;
         if (sent.speech != nullptr && !sent.speech->isStopped) {

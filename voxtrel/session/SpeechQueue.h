@@ -81,10 +81,10 @@ public:
     DroppedSpeech stop(const Mailbox& client);
 
     /// Notes that a client is about to silence everybody.
-    void blame(const Mailbox& by);
+    void attributeStop(const Mailbox& by);
 
     /// It has not come to that.
-    void blameNobody();
+    void revokeStop();
 
     /// Drops what has not been sent, whoever said it.
     /// @return what is to be ended.
