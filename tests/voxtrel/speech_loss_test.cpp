@@ -367,7 +367,7 @@ TEST_F(TheQueue, ProbesLaterAndLaterWhileTheServiceAnswersFences) {
         after(quiet - kAMoment);
         EXPECT_EQ("", send());
         after(kAMoment);
-        EXPECT_FALSE(mQueue.isDoubtful(mNow));
+        EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
         EXPECT_EQ(2U, sendRequests().size());
         number += 2;
         stopped(number, Status::BadParameter);
@@ -387,71 +387,71 @@ TEST_F(TheQueue, ProbesSoonAgainOnceSomethingBegins) {
     EXPECT_EQ(mNow + SpeechQueue::kQuiet, mQueue.nextMoment());
 }
 
-TEST_F(TheQueue, DoubtsAServiceThatAnswersNoFence) {
+TEST_F(TheQueue, ChecksWhetherAServiceLivesThatAnswersNoFence) {
     say(a);
     send();
     after(SpeechQueue::kQuiet);
     EXPECT_EQ("2:probe 3:fence", send());
-    after(SpeechQueue::kDoubt);
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    after(SpeechQueue::kFenceTimeout);
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     EXPECT_EQ("4:probe 5:fence", send());
-    after(SpeechQueue::kDoubt - kAMoment);
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    after(SpeechQueue::kFenceTimeout - kAMoment);
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     EXPECT_EQ(mNow + kAMoment, mQueue.nextMoment());
     after(kAMoment);
-    EXPECT_TRUE(mQueue.isDoubtful(mNow));
+    EXPECT_TRUE(mQueue.needsLivenessCheck(mNow));
     EXPECT_EQ("", send());
 }
 
-class ADoubtfulService : public voxtrel_test::SpeechQueueTest {
+class ASilentService : public voxtrel_test::SpeechQueueTest {
 protected:
     void SetUp() override {
         say(a);
         send();
         for (int probes = 0; probes < 2; ++probes) {
-            after(SpeechQueue::kDoubt);
+            after(SpeechQueue::kFenceTimeout);
             send();
         }
-        after(SpeechQueue::kDoubt);
-        ASSERT_TRUE(mQueue.isDoubtful(mNow));
+        after(SpeechQueue::kFenceTimeout);
+        ASSERT_TRUE(mQueue.needsLivenessCheck(mNow));
     }
 };
 
-TEST_F(ADoubtfulService, GetsOneMoreFenceWhenItAnswersSomethingElse) {
+TEST_F(ASilentService, GetsOneMoreFenceWhenItAnswersSomethingElse) {
     EXPECT_TRUE(mQueue.askOnceMore());
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     EXPECT_EQ("6:fence", send());
     after(SpeechQueue::kQuiet - kAMoment);
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     after(kAMoment);
-    EXPECT_TRUE(mQueue.isDoubtful(mNow));
+    EXPECT_TRUE(mQueue.needsLivenessCheck(mNow));
     EXPECT_FALSE(mQueue.askOnceMore());
     EXPECT_EQ("", news());
 }
 
-TEST_F(ADoubtfulService, IsDoubtedNoMoreOnceItTellsOfAnything) {
+TEST_F(ASilentService, IsCheckedNoMoreOnceItTellsOfAnything) {
     EXPECT_TRUE(mQueue.askOnceMore());
     send();
     after(kAMoment);
     started(1);
     after(SpeechQueue::kQuiet);
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     EXPECT_EQ("7:probe 8:fence", send());
 }
 
-TEST_F(ADoubtfulService, IsDoubtfulStillWhenMoreIsSaidToIt) {
+TEST_F(ASilentService, IsCheckedStillWhenMoreIsSaidToIt) {
     say(a);
     EXPECT_EQ("6:a2", send());
-    EXPECT_TRUE(mQueue.isDoubtful(mNow));
+    EXPECT_TRUE(mQueue.needsLivenessCheck(mNow));
 }
 
-TEST_F(ADoubtfulService, IsTrustedAgainWhenItIsAnother) {
+TEST_F(ASilentService, IsTrustedAgainWhenItIsAnother) {
     mQueue.lose(Status::NoService);
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     say(a);
     EXPECT_EQ("6:a2", send());
-    after(SpeechQueue::kDoubt);
-    EXPECT_FALSE(mQueue.isDoubtful(mNow));
+    after(SpeechQueue::kFenceTimeout);
+    EXPECT_FALSE(mQueue.needsLivenessCheck(mNow));
     EXPECT_EQ("7:probe 8:fence", send());
 }
 

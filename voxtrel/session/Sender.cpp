@@ -91,8 +91,8 @@ bool Session::sendOne(std::unique_lock<std::mutex>& lock) {
     if (holdsSpeech()) {
         return false;
     }
-    if (mSpeech.isDoubtful(now)) {
-        doubt(lock);
+    if (mSpeech.needsLivenessCheck(now)) {
+        checkLiveness(lock);
         return true;
     }
     const std::optional<SpeechRequest> request = mSpeech.next(now);
@@ -210,9 +210,9 @@ void Session::endLife() {
 }
 
 /// Asked twice for an event, the service sent none. One that is stopped may still.
-void Session::doubt(std::unique_lock<std::mutex>& lock) {
+void Session::checkLiveness(std::unique_lock<std::mutex>& lock) {
     (void)callService(lock, [](Service& service) { return service.enabled() ? 1 : 0; });
-    if (!mDiedAt && mSpeech.isDoubtful(Clock::now()) && !mSpeech.askOnceMore()) {
+    if (!mDiedAt && mSpeech.needsLivenessCheck(Clock::now()) && !mSpeech.askOnceMore()) {
         mSpeech.lose(Status::Lost);
         mSpeech.oweFlush();
     }

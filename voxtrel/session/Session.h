@@ -186,7 +186,7 @@ private:
     void endLife();
     void deregister(std::unique_lock<std::mutex>& lock);
     void leaveService(std::unique_lock<std::mutex>& lock);
-    void doubt(std::unique_lock<std::mutex>& lock);
+    void checkLiveness(std::unique_lock<std::mutex>& lock);
     Clock::time_point nextMoment() const;
     void post(Work work, std::function<void()> owe = nullptr);
     void failCalls(int status);

@@ -83,12 +83,12 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
         const bool isWaiting = mPartlySent != nullptr || !mWaiting.isEmpty();
         return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
     }
-    return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kDoubt) : mLast + mPatience;
+    return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kFenceTimeout) : mLast + mPatience;
 }
 
 std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
-    const bool isDoubted = mUnanswered > 1 && !mOwesFence;
-    if (now < nextMoment() || isDoubted || (mInFlight.empty() && !mOwesFence)) {
+    const bool isToBeChecked = mUnanswered > 1 && !mOwesFence;
+    if (now < nextMoment() || isToBeChecked || (mInFlight.empty() && !mOwesFence)) {
         return std::nullopt;
     }
     SpeechRequest request;
@@ -104,14 +104,14 @@ std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
     sent.number = request.number;
     sent.isProbe = true;
     mInFlight.push_back(std::move(sent));
-    mPatience = mPatience < kDoubt ? kDoubt : std::min(2 * mPatience, kLongestQuiet);
+    mPatience = mPatience < kFenceTimeout ? kFenceTimeout : std::min(2 * mPatience, kLongestQuiet);
     mLast = now;
     mOwesFence = true;
     request.kind = SpeechRequest::Kind::Probe;
     return request;
 }
 
-bool SpeechQueue::isDoubtful(Clock::time_point now) const {
+bool SpeechQueue::needsLivenessCheck(Clock::time_point now) const {
     return mUnanswered > 1 && !mOwesFence && !mInFlight.empty() && now >= nextMoment();
 }
 

@@ -37,7 +37,7 @@ public:
 
     /// After so much quiet the first probe is sent, and the next after longer and longer ones.
     static constexpr std::chrono::milliseconds kQuiet = std::chrono::seconds(2);
-    static constexpr std::chrono::milliseconds kDoubt = std::chrono::seconds(15);
+    static constexpr std::chrono::milliseconds kFenceTimeout = std::chrono::seconds(15);
     static constexpr std::chrono::milliseconds kLongestQuiet = std::chrono::minutes(8);
 
     /// A service that is being ended is sent nothing for so long, or until it is gone.
@@ -64,7 +64,7 @@ public:
     /// The next request that may be sent now. It counts as sent.
     std::optional<SpeechRequest> next(Clock::time_point now);
 
-    /// When `next` or `isDoubtful` may answer otherwise though nothing happens;
+    /// When `next` or `needsLivenessCheck` may answer otherwise though nothing happens;
     /// `time_point::max()` for never.
     Clock::time_point nextMoment() const;
 
@@ -114,7 +114,7 @@ public:
 
     /// No event came though one was asked for twice, long ago: the service is stopped, or tells of
     /// nothing. Ask it something else.
-    bool isDoubtful(Clock::time_point now) const;
+    bool needsLivenessCheck(Clock::time_point now) const;
 
     /// It answers that. One that was stopped tells now what it did not, after one more fence.
     /// @return false when it had that chance before: no event will ever come.
