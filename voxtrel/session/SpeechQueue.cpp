@@ -2,7 +2,6 @@
 #include "voxtrel/session/SpeechQueue.h"
 
 #include <algorithm>
-#include <new>
 
 #include "vocabulary/Events.h"
 #include "voxtrel/session/TextCutter.h"
@@ -73,54 +72,6 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
     mPartlySent = speech->isWhole() ? nullptr : speech;
     mPatience = kQuiet;
     return request;
-}
-
-SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
-    if (mOwesFence) {
-        return mLast;
-    }
-    if (mInFlight.empty()) {
-        const bool isWaiting = mPartlySent != nullptr || !mWaiting.isEmpty();
-        return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
-    }
-    return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kFenceTimeout) : mLast + mPatience;
-}
-
-std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
-    const bool isToBeChecked = mUnanswered > 1 && !mOwesFence;
-    if (now < nextMoment() || isToBeChecked || (mInFlight.empty() && !mOwesFence)) {
-        return std::nullopt;
-    }
-    SpeechRequest request;
-    request.number = newNumber();
-    if (mOwesFence) {
-        mOwesFence = false;
-        ++mUnanswered;
-        mAsked = now;
-        request.kind = SpeechRequest::Kind::Fence;
-        return request;
-    }
-    InFlight sent;
-    sent.number = request.number;
-    sent.isProbe = true;
-    mInFlight.push_back(std::move(sent));
-    mPatience = mPatience < kFenceTimeout ? kFenceTimeout : std::min(2 * mPatience, kLongestQuiet);
-    mLast = now;
-    mOwesFence = true;
-    request.kind = SpeechRequest::Kind::Probe;
-    return request;
-}
-
-bool SpeechQueue::needsLivenessCheck(Clock::time_point now) const {
-    return mUnanswered > 1 && !mOwesFence && !mInFlight.empty() && now >= nextMoment();
-}
-
-bool SpeechQueue::askOnceMore() {
-    if (mHasAnswered) {
-        return false;
-    }
-    mHasAnswered = mOwesFence = true;
-    return true;
 }
 
 std::uint32_t SpeechQueue::newNumber() {
@@ -208,20 +159,6 @@ void SpeechQueue::onPlace(InFlight& sent, Event::Kind kind, std::uint32_t third,
     mTell(*speech.client, std::move(event));
 }
 
-/// Unless that would drop what was said since.
-void SpeechQueue::flushAgain(InFlight& sent, Clock::time_point now) {
-    if (sent.goesOn == Clock::time_point()) {
-        sent.goesOn = now;
-    }
-    const bool isLate = now - sent.goesOn > kToDrop;
-    if (isLate && std::none_of(mInFlight.begin(), mInFlight.end(), [](const InFlight& each) {
-            return each.speech != nullptr && !each.speech->isStopped;
-        })) {
-        mOwesFlush = true;
-        sent.goesOn = now;
-    }
-}
-
 void SpeechQueue::onFinished(std::uint32_t number) {
     InFlight* const sent = find(number);
     if (sent == nullptr) {
@@ -261,104 +198,6 @@ void SpeechQueue::onStopped(std::uint32_t number, Status status, Clock::time_poi
     }
 }
 
-/// Something sent later is being spoken: of what comes before, nothing more will be told.
-void SpeechQueue::passed(std::uint32_t number) {
-    const std::shared_ptr<Speech> current = find(number)->speech;
-    std::size_t before = 0;
-    for (; mInFlight[before].number != number; ++before) {
-        InFlight& sent = mInFlight[before];
-        // A piece that began and is followed by the next has been spoken.
-        if (current != nullptr && sent.hasStarted && sent.speech == current) {
-            forgetPiece(sent);
-        }
-    }
-    loseFirst(before, Status::Lost);
-    while (mInFlight.front().number != number) {
-        remove(mInFlight.front().number);
-    }
-}
-
-void SpeechQueue::lose(Status status) {
-    loseFirst(mInFlight.size(), status);
-    if (const std::shared_ptr<Speech> begun = mPartlySent) {
-        lose(begun, status);
-    }
-    mInFlight.clear();
-    mBytes = 0;
-    mUnanswered = 0;
-    mHasAnswered = false;
-    mClosed = {};
-    mOwesFence = false;
-    mOwesFlush = false;
-}
-
-/// What is told of goes from the first to the last, and what is said again comes before the rest in
-/// the same order. Takes no memory but for that.
-void SpeechQueue::loseFirst(std::size_t count, Status status) {
-    for (std::size_t n = 0; n < count; ++n) {
-        if (mInFlight[n].speech != nullptr) {
-            mInFlight[n].speech->heard = mInFlight[n].speech->heard || mInFlight[n].hasStarted;
-        }
-    }
-    const auto loseAt = [&](std::size_t place) {
-        const std::shared_ptr<Speech> speech = mInFlight[place].speech;
-        for (std::size_t n = 0; n < count; ++n) {
-            if (mInFlight[n].speech == speech) {
-                forgetPiece(mInFlight[n]);
-            }
-        }
-        lose(speech, status);
-    };
-    for (std::size_t n = 0; n < count; ++n) {
-        if (mInFlight[n].speech != nullptr && !mayRepeat(*mInFlight[n].speech)) {
-            loseAt(n);
-        }
-    }
-    for (std::size_t n = count; n-- > 0;) {
-        if (mInFlight[n].speech != nullptr) {
-            loseAt(n);
-        }
-    }
-}
-
-void SpeechQueue::lose(const std::shared_ptr<Speech>& speech, Status status) {
-    if (speech->isStopped) {
-        end(speech, {Kind::Stopped, Status::Ok, speech->heard, speech->stopper});
-    } else if (!mayRepeat(*speech) || !repeat(speech)) {
-        end(speech, {Kind::Lost, status, speech->heard});
-    }
-}
-
-bool SpeechQueue::mayRepeat(const Speech& speech) {
-    const OnLoss choice = speech.onLoss();
-    const bool isWanted =
-        choice == OnLoss::SayAgainWhatever || (choice == OnLoss::SayAgain && !speech.heard);
-    return isWanted && !speech.isStopped && !speech.wasRepeated;
-}
-
-/// False where there is no memory for it.
-bool SpeechQueue::repeat(const std::shared_ptr<Speech>& speech) {
-    try {
-        mWaiting.addFirst(speech);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    detach(speech);
-    speech->sent = {};
-    speech->open = 0;
-    speech->isCut = false;
-    speech->wasRepeated = true;
-    speech->state->moveTo({});
-    return true;
-}
-
-/// Nothing more will be told of it.
-void SpeechQueue::forgetPiece(InFlight& sent) {
-    sent.speech->heard = sent.speech->heard || sent.hasStarted;
-    --sent.speech->open;
-    sent.speech = nullptr;
-}
-
 /// Nothing that was sent of it matters any more, nor is more of it sent.
 void SpeechQueue::detach(const std::shared_ptr<Speech>& speech) {
     for (InFlight& sent : mInFlight) {
@@ -375,72 +214,6 @@ void SpeechQueue::detach(const std::shared_ptr<Speech>& speech) {
 void SpeechQueue::end(const std::shared_ptr<Speech>& speech, const Outcome& outcome) {
     detach(speech);
     endSpeech(*speech, outcome, mTell);
-}
-
-DroppedSpeech SpeechQueue::stop(const Mailbox& client) {
-    for (InFlight& sent : mInFlight) {
-        if (sent.speech != nullptr && sent.speech->client.get() == &client) {
-            sent.speech->stopper = Outcome::Stopper::ThisClient;
-            sent.speech->isStopped = true;
-            mOwesFlush = true;
-        }
-    }
-    if (mPartlySent != nullptr && mPartlySent->client.get() == &client) {
-        const std::shared_ptr<Speech> begun = std::move(mPartlySent);
-        mPartlySent = nullptr;
-        if (begun->open == 0) {
-            end(begun, {Kind::Stopped, Status::Ok, begun->heard, Outcome::Stopper::ThisClient});
-        }
-    }
-    return {mWaiting.takeAllOf(client), Kind::Stopped, Status::Ok, &client};
-}
-
-void SpeechQueue::attributeStop(const Mailbox& by) {
-    for (InFlight& sent : mInFlight) {
-        if (sent.speech != nullptr) {
-            sent.speech->stopper = sent.speech->client.get() == &by ? Outcome::Stopper::ThisClient
-                                                                    : Outcome::Stopper::ThisProcess;
-            sent.isSilenced = true;
-        }
-    }
-}
-
-void SpeechQueue::revokeStop() {
-    for (InFlight& sent : mInFlight) {
-        sent.isSilenced = false;
-        if (sent.speech != nullptr && !sent.speech->isStopped) {
-            sent.speech->stopper = Outcome::Stopper::Somebody;
-        }
-    }
-}
-
-DroppedSpeech SpeechQueue::dropWaiting(const Mailbox& by) {
-    const std::shared_ptr<Speech> begun = mPartlySent;
-    if (begun != nullptr && begun->open == 0) {
-        const bool isOwn = begun->client.get() == &by;
-        end(begun, {Kind::Stopped, Status::Ok, begun->heard,
-                    isOwn ? Outcome::Stopper::ThisClient : Outcome::Stopper::ThisProcess});
-    }
-    return {mWaiting.takeAll(), Kind::Stopped, Status::Ok, &by};
-}
-
-DroppedSpeech SpeechQueue::close(const Mailbox& client) {
-    const bool owed = mOwesFlush;
-    const auto closeOwn = [&](const std::shared_ptr<Speech>& place) {
-        const std::shared_ptr<Speech> speech = place;  // the place is emptied meanwhile
-        if (speech != nullptr && speech->client.get() == &client) {
-            end(speech, {Kind::Lost, Status::Closed, speech->heard});
-        }
-    };
-    for (const InFlight& sent : mInFlight) {
-        closeOwn(sent.speech);
-    }
-    closeOwn(mPartlySent);
-    mOwesFlush = owed;  // what the service has is spoken
-    if (mInFlight.empty()) {
-        mTurn.reset();
-    }
-    return {mWaiting.takeAllOf(client), Kind::Lost, Status::Closed};
 }
 
 bool SpeechQueue::isWaiting(const Mailbox& client) const {
@@ -460,17 +233,6 @@ bool SpeechQueue::isWanted(const Mailbox& client) const {
                return sent.speech != nullptr && sent.speech->client.get() == &client &&
                       !sent.speech->isStopped;
            });
-}
-
-bool SpeechQueue::isSilencedSounding() const {
-    return std::any_of(mInFlight.begin(), mInFlight.end(),
-                       [](const InFlight& sent) { return sent.isSilenced && sent.hasStarted; });
-}
-
-bool SpeechQueue::takeFlush() {
-    const bool owed = mOwesFlush;
-    mOwesFlush = false;
-    return owed;
 }
 
 SpeechQueue::InFlight* SpeechQueue::find(std::uint32_t number) {

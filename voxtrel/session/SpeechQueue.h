@@ -37,8 +37,10 @@ public:
 
     /// After so much quiet the first probe is sent, and the next after longer and longer ones.
     static constexpr std::chrono::milliseconds kQuiet = std::chrono::seconds(2);
-    static constexpr std::chrono::milliseconds kFenceTimeout = std::chrono::seconds(15);
     static constexpr std::chrono::milliseconds kLongestQuiet = std::chrono::minutes(8);
+
+    /// A fence that has no answer by then has none unless the service was stopped meanwhile.
+    static constexpr std::chrono::milliseconds kFenceTimeout = std::chrono::seconds(15);
 
     /// A service that is being ended is sent nothing for so long, or until it is gone.
     static constexpr std::chrono::milliseconds kEnding = std::chrono::seconds(15);
