@@ -98,7 +98,7 @@ class Client:
     later has none: they raise RuntimeError there, and harm nothing when they end. It starts another
     program instead, or, with multiprocessing, by the start method "spawn".
 
-    Called on: any thread, event handlers included.
+    Called on: any thread, handlers of events and of signals included.
 
     name: what the application is called, of use in logs only.
     deadline: how long a call may wait for the service, where it is not told.
