@@ -106,7 +106,7 @@ const char* eventName(TTS::Event kind) {
 }
 
 std::string describe(const Event& event) {
-    const std::string line = eventName(event.kind) + (" " + std::to_string(event.about));
+    std::string line = eventName(event.kind) + (" " + std::to_string(event.about));
     switch (event.kind) {
         case TTS::EVENT_STARTED:
         case TTS::EVENT_FINISHED:
