@@ -5,7 +5,9 @@ set(interface_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/voxtrel")
 
 install(TARGETS voxtrel EXPORT voxtrel-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
-set_target_properties(voxtrel PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS voxtrel-testing EXPORT voxtrel-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+set_target_properties(voxtrel voxtrel-testing PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(header IN LISTS VOXTREL_PUBLIC_HEADERS)
   get_filename_component(folder "voxtrel/${header}" DIRECTORY)
   install(FILES "${CMAKE_SOURCE_DIR}/voxtrel/${header}" COMPONENT development
@@ -21,6 +23,9 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/voxtrel-config-version.cma
 install(FILES "${CMAKE_BINARY_DIR}/voxtrel-config.cmake"
   "${CMAKE_BINARY_DIR}/voxtrel-config-version.cmake" COMPONENT development
   DESTINATION "${interface_package_dir}")
-configure_file(cmake/voxtrel.pc.in "${CMAKE_BINARY_DIR}/voxtrel.pc" @ONLY)
-install(FILES "${CMAKE_BINARY_DIR}/voxtrel.pc" COMPONENT development
+foreach(name IN ITEMS voxtrel voxtrel-testing)
+  configure_file(cmake/${name}.pc.in "${CMAKE_BINARY_DIR}/${name}.pc" @ONLY)
+endforeach()
+install(FILES "${CMAKE_BINARY_DIR}/voxtrel.pc" "${CMAKE_BINARY_DIR}/voxtrel-testing.pc"
+  COMPONENT development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -101,7 +101,6 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "vx_client_options_set_linger": (c_void_p, c_int),
     "vx_client_options_set_handler_thread": (c_void_p, c_int),
     "vx_client_options_trust_user": (c_void_p, c_uint),
-    "vx_client_options_set_fake": (c_void_p, c_void_p),
     "vx_client_new": (c_char_p, c_void_p, _OUT),
     "vx_client_free": (c_void_p,),
     "vx_is_connected": (c_void_p, POINTER(c_int)),
@@ -188,6 +187,10 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "vx_profile_is_on": (c_void_p, c_int, POINTER(c_int)),
     "vx_profile_turn": (c_void_p, c_int, c_int),
     "vx_profile_get_output": (c_void_p, POINTER(RawProfileOutput)),
+}
+
+TESTING_FUNCTIONS: dict[str, tuple[Any, ...]] = {
+    "vx_client_options_set_fake": (c_void_p, c_void_p),
     "vx_fake_new": (_OUT,),
     "vx_fake_free": (c_void_p,),
     "vx_texts_count": (c_void_p, POINTER(c_size_t)),
@@ -217,17 +220,19 @@ CLIENT_DEADLINE = -2
 THREAD_OF_APPLICATION = 1
 
 
-def _load() -> dict[str, Function]:
-    path = os.environ.get("VOXTREL_LIBRARY") or "libvoxtrel.so.1"
+_PATH = os.environ.get("VOXTREL_LIBRARY") or "libvoxtrel.so.1"
+
+
+def _load(path: str, package: str, signatures: dict[str, tuple[Any, ...]]) -> dict[str, Function]:
     try:
         library = ctypes.CDLL(path)
     except OSError as problem:
         raise ImportError(
-            f"voxtrel's library was not found: {problem}; install the package libvoxtrel1, or set "
+            f"voxtrel's library was not found: {problem}; install the package {package}, or set "
             "VOXTREL_LIBRARY to the path of libvoxtrel.so.1"
         ) from None
     functions: dict[str, Function] = {}
-    for name, arguments in FUNCTIONS.items():
+    for name, arguments in signatures.items():
         try:
             function = getattr(library, name)
         except AttributeError:
@@ -240,7 +245,13 @@ def _load() -> dict[str, Function]:
     return functions
 
 
-vx = _load()
+vx = _load(_PATH, "libvoxtrel1", FUNCTIONS)
+
+
+def load_testing() -> None:
+    """Adds the functions of the fake service; its library lies beside the other."""
+    path = os.path.join(os.path.dirname(_PATH), "libvoxtrel-testing.so.1")
+    vx.update(_load(path, "libvoxtrel-dev", TESTING_FUNCTIONS))
 
 _forks = 0
 _uses_runtime = False

@@ -8,12 +8,14 @@ from types import TracebackType
 from typing import TYPE_CHECKING, Optional
 
 from . import _convert as convert
-from ._native import FOREVER, Handle, check, new_handle, vx
+from ._native import FOREVER, Handle, check, load_testing, new_handle, vx
 from ._values import EventKind, Status
 from ._weak import WeakList
 
 if TYPE_CHECKING:
     from ._client import Client
+
+load_testing()
 
 
 class FakeService:

@@ -62,6 +62,28 @@ build_with_pkg_config() {
     "$c_compiler" "${warnings[@]}" "$examples/speak.c" -o "$stage/speak-c" $flags
 }
 
+# The guide's test of an application, which needs neither service nor service manager.
+build_with_the_double() {
+    local flags
+    mkdir "$stage/double"
+    sed -n '/^## Tests of an application/,$p' "$source/docs/interface.md" |
+        sed -n '/^```cpp/,/^```/{/^```/!p}' >"$stage/double/main.cpp"
+    grep -q FakeService "$stage/double/main.cpp"
+    printf '%s\n' 'cmake_minimum_required(VERSION 3.18)' 'project(double LANGUAGES CXX)' \
+        'find_package(voxtrel 1.0 REQUIRED)' 'add_executable(double main.cpp)' \
+        'target_link_libraries(double voxtrel::testing)' >"$stage/double/CMakeLists.txt"
+    quietly cmake -S "$stage/double" -B "$stage/double/build" -G Ninja \
+        -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler"
+    quietly cmake --build "$stage/double/build"
+    flags=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs voxtrel-testing)
+    # shellcheck disable=SC2086
+    "$compiler" -std=c++17 "${warnings[@]}" "$stage/double/main.cpp" -o "$stage/double/program" $flags
+    for program in "$stage/double/build/double" "$stage/double/program"; do
+        VOXTREL_BINDER_SOCKET=/nowhere \
+            LD_LIBRARY_PATH=$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} expect "" 0 "$program"
+    done
+}
+
 # Only the application gets the path: the programs find their libraries themselves.
 run_with() {
     local script=$1 program=$2
@@ -102,5 +124,6 @@ run_through_a_restart() {
 (compile_headers)
 build_with_cmake
 build_with_pkg_config
+build_with_the_double
 run_in_peace
 run_through_a_restart

@@ -25,6 +25,8 @@ HEADERS = [ROOT / "voxtrel/voxtrel.h", ROOT / "voxtrel/testing/fake.h"]
 # raises comes out of them.
 NOT_USED = {"vx_on_event", "vx_dispatch"}
 
+FUNCTIONS = {**native.FUNCTIONS, **native.TESTING_FUNCTIONS}
+
 ENUMS = {
     "VX_OUTCOME_": values.OutcomeKind,
     "VX_BY_": values.Stopper,
@@ -53,7 +55,7 @@ def names_of(enum: type[values._OpenEnum], prefix: str) -> dict[str, int]:
 def test_binds_every_function() -> None:
     declared = set(re.findall(r"^vx_status (vx_\w+)\(", declarations(), flags=re.M))
     assert len(declared) > 90
-    assert set(native.FUNCTIONS) == declared - NOT_USED
+    assert set(FUNCTIONS) == declared - NOT_USED
 
 
 def test_functions_have_as_many_parameters_as_in_c() -> None:
@@ -61,7 +63,7 @@ def test_functions_have_as_many_parameters_as_in_c() -> None:
         r"^vx_status (vx_\w+)\(([^)]*)\);", declarations(), flags=re.M
     ):
         if name not in NOT_USED:
-            assert len(native.FUNCTIONS[name]) == parameters.count(",") + 1, name
+            assert len(FUNCTIONS[name]) == parameters.count(",") + 1, name
 
 
 @pytest.mark.parametrize("prefix", ENUMS)
@@ -115,9 +117,9 @@ def test_structures_lie_in_memory_as_in_c(tmp_path: Path) -> None:
     assert [int(line) for line in printed.split()] == expected
 
 
-def import_with(library: str) -> str:
+def import_with(library: str, module: str = "voxtrel") -> str:
     done = subprocess.run(
-        [sys.executable, "-c", "import voxtrel"],
+        [sys.executable, "-c", f"import {module}"],
         env={**os.environ, "VOXTREL_LIBRARY": library},
         capture_output=True,
         text=True,
@@ -129,6 +131,13 @@ def import_with(library: str) -> str:
 def test_says_what_to_do_where_there_is_no_library(tmp_path: Path) -> None:
     said = import_with(str(tmp_path / "none.so"))
     assert said.startswith("ImportError") and "libvoxtrel1" in said and "VOXTREL_LIBRARY" in said
+
+
+def test_says_which_package_has_the_fake_service(tmp_path: Path) -> None:
+    library = tmp_path / "libvoxtrel.so.1"
+    library.symlink_to(os.environ["VOXTREL_LIBRARY"])
+    said = import_with(str(library), "voxtrel.testing")
+    assert said.startswith("ImportError") and "libvoxtrel-dev" in said
 
 
 def test_says_that_a_library_is_another() -> None:

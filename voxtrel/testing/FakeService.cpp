@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voxtrel/testing/FakeService.h"
 
-#include "voxtrel/testing/FakeSession.h"
 #include "voxtrel/testing/FakeState.h"
 
 namespace voxtrel::testing {
-
-FakeState& stateOf(FakeService& service) {
-    return *service.mState;
-}
-
-std::shared_ptr<Session> sessionOf(FakeService& service, const std::shared_ptr<Mailbox>& client) {
-    return stateOf(service).join(client);
-}
 
 FakeService::FakeService() : mState(std::make_shared<FakeState>()) {}
 

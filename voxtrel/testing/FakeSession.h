@@ -2,15 +2,17 @@
 #ifndef VOXTREL_TESTING_FAKESESSION_H
 #define VOXTREL_TESTING_FAKESESSION_H
 
-#include <memory>
-
-#include "voxtrel/session/Session.h"
-#include "voxtrel/testing/FakeService.h"
+#include "voxtrel/testing/FakeState.h"
 
 namespace voxtrel::testing {
 
-/// The session with a fake service, begun if there is none, which `client` has joined.
-std::shared_ptr<Session> sessionOf(FakeService& service, const std::shared_ptr<Mailbox>& client);
+/// The session that clients of `service` share, joined by `client`. Inline, since the fake service
+/// is in a library of its own, which that of the clients does not need.
+inline std::shared_ptr<Session> sessionOf(FakeService& service,
+                                          const std::shared_ptr<Mailbox>& client) {
+    SessionSource& source = stateOf(service);
+    return source.join(client);
+}
 
 }  // namespace voxtrel::testing
 

@@ -13,10 +13,10 @@
 
 #include "ipc/ICallback.h"
 #include "voxtrel/session/Port.h"
-#include "voxtrel/session/Session.h"
 #include "voxtrel/session/SpeechRules.h"
 #include "voxtrel/testing/FakeService.h"
 #include "voxtrel/testing/FakeSettings.h"
+#include "voxtrel/testing/SessionSource.h"
 
 namespace voxtrel::testing {
 
@@ -25,18 +25,17 @@ namespace voxtrel::testing {
 /// Requests with an answer are served on the thread that makes them; those without one, speech and
 /// events are the business of the service's own thread, in order. Called on: any thread. Locks:
 /// one, never while a client is called.
-class FakeState : public std::enable_shared_from_this<FakeState> {
+class FakeState : public SessionSource, public std::enable_shared_from_this<FakeState> {
 public:
     using Callback = android::sp<TTS::ICallback>;
 
     FakeState();
-    ~FakeState();
+    ~FakeState() override;
 
     /// Lets go whoever waits inside, for good.
     void end();
 
-    /// The session that clients of this service share, joined by `client`.
-    std::shared_ptr<Session> join(const std::shared_ptr<Mailbox>& client);
+    std::shared_ptr<Session> join(const std::shared_ptr<Mailbox>& client) override;
 
     Port::Found find(std::function<void()> died);
 
@@ -142,6 +141,11 @@ private:
     std::weak_ptr<Session> mSession;
     std::thread mThread;
 };
+
+/// Of `service`.
+inline FakeState& stateOf(FakeService& service) {
+    return *service.mState;
+}
 
 }  // namespace voxtrel::testing
 
