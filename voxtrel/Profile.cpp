@@ -106,6 +106,9 @@ Result<Profile> Profile::read(const std::string& path) {
 }
 
 Result<void> Profile::write(const std::string& path) const {
+    if (settings.language && !languageOf(*settings.language)) {
+        return Error{Status::BadParameter, "a profile has no such language"};
+    }
     const TtsSetting setting = toSetting(*this);
     if (!isSame(setting, rereadProfile(setting))) {
         return Error{Status::BadParameter, "a profile cannot hold so large a number"};

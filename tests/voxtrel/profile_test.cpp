@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -51,6 +53,13 @@ TEST_F(AProfile, IsWrittenAsItWasRead) {
     const std::string copy = folder.path("copy.ini");
     ASSERT_TRUE(read.write(copy));
     EXPECT_EQ(kText, readFile(copy));
+}
+
+TEST_F(AProfile, OfALanguageThatNoneHasIsNotWritten) {
+    Profile profile;
+    profile.settings.language = "tlh";
+    EXPECT_EQ(Status::BadParameter, profile.write(path).error().status);
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST_F(AProfile, LeavesUnsetWhatItDoesNotSet) {
