@@ -78,6 +78,13 @@ TEST_F(AFakeService, RefusesPausesOfMoreThanAMinute) {
     EXPECT_EQ("finished", textOf(client.pause(60000ms).wait(kLong)));
 }
 
+TEST_F(AFakeService, TakesTheSettingsThatItHas) {
+    Client client("test", options());
+    const GlobalSettings settings = client.settings().value();
+    EXPECT_EQ(0U, settings.voice);
+    EXPECT_TRUE(client.change(settings));
+}
+
 TEST_F(AFakeService, LosesTheNextRequest) {
     Client client("test", options());
     service.loseNextRequest();

@@ -24,7 +24,7 @@ struct Rule {
 constexpr Rule kRules[] = {
     {GCONF_SPEED, "speed", false, 80, 900},
     {GCONF_PITCH, "pitch", true, 0, 400},
-    {GCONF_VOICE, "voice", false, 1, kVoices},
+    {GCONF_VOICE, "voice", false, 0, kVoices},
     {GCONF_VOLUME, "volume", true, 0, 100},
     {GCONF_BG_VOLUME, "media-volume", false, 0, 100},
     {GCONF_TTS_VOLUME, "speech-volume", false, 0, 100},

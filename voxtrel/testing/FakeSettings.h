@@ -44,7 +44,7 @@ private:
 
     std::array<Number, 6> mNumbers = {{{GCONF_SPEED, 300, true},
                                        {GCONF_PITCH, 200, true},
-                                       {GCONF_VOICE, 1, true},
+                                       {GCONF_VOICE, 0, true},
                                        {GCONF_VOLUME, 100, true},
                                        {GCONF_BG_VOLUME, 50, true},
                                        {GCONF_TTS_VOLUME, 100, true}}};
