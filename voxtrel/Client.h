@@ -97,6 +97,7 @@ private:
 class Client {
 public:
     /// @param name what the application is called; nobody is told, and nothing depends on it.
+    /// @throws std::bad_alloc, std::system_error: there is no memory, or no thread to be had.
     explicit Client(const std::string& name = {}, const ClientOptions& options = {});
 
     /// Utterances without an outcome get one: Lost, `Status::Closed`, which no event tells, since
@@ -104,6 +105,7 @@ public:
     /// for the service for `linger` at most, and then, if this is the last client of the process,
     /// for `deadline` to leave it.
     ~Client();
+    /// One that was moved from may be destroyed or assigned to, and nothing else.
     Client(Client&&) noexcept;
     Client& operator=(Client&&) noexcept;
     Client(const Client&) = delete;
@@ -150,7 +152,8 @@ public:
     void onEvent(std::function<void(const Event&)> handler);
 
     /// Readable while there is something to dispatch; for `poll`. Of this client until it ends.
-    /// With `HandlerThread::OfTheApplication` only, else -1.
+    /// With `HandlerThread::OfTheApplication` only, else -1; -1 also when there was no descriptor
+    /// to be had.
     int fd() const noexcept;
 
     /// Calls the handler for all that has happened, on this thread; or for the first `max` of it,

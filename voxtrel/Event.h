@@ -16,7 +16,7 @@ struct Event {
         Word,          ///< a word of it begins, at `position`
         Mark,          ///< the mark with the number `value` in its marked-up text was reached
         Ended,         ///< `utterance` has its `outcome`; the one such event about it
-        Connected,     ///< the service is there
+        Connected,     ///< the service is there; `value` is its process, 0 if that is not known
         Disconnected,  ///< it is not any more, and is being looked for
         Changed,       ///< something that all clients share: `setting` is now `value`
     };
@@ -45,7 +45,8 @@ struct Event {
 
     Kind kind = Kind::Ended;
     Utterance utterance = {};           ///< Started, Word, Mark, Ended
-    Position position = {};             ///< Word, Mark: in the text that was given to `say`
+    Position position = {};             ///< Word: in the text that was given to `say`; Mark: of
+                                        ///< the last word told before it
     Outcome outcome = {};               ///< Ended
     Setting setting = Setting::Speech;  ///< Changed
     std::uint32_t value = 0;            ///< numbers as their whole part

@@ -44,7 +44,7 @@ public:
     /// handle on nothing.
     Outcome wait() const;
 
-    /// Where the word or mark begins that is being spoken; 0 before the first.
+    /// Where the word begins that is being spoken; 0 before the first.
     Position position() const noexcept;
 
     friend bool operator==(const Utterance& a, const Utterance& b) noexcept {

@@ -15,7 +15,8 @@
  * Called on: any thread, event handlers included; where a type is for one thread at a time, it is
  * said there. A thread must not be cancelled (pthread_cancel) inside a function. No call waits
  * longer than its deadline, whatever the service or the service manager does; the functions without
- * one do not wait at all.
+ * one do not wait for either, but for vx_client_free. vx_on_event waits for an earlier handler that
+ * runs, and vx_dispatch runs one.
  *
  * A process that is forked off one that has had a client can have none: it starts a program of its
  * own (exec), and lets the handles of its parent be.
@@ -205,7 +206,8 @@ vx_status vx_client_options_trust_user(vx_client_options* options, unsigned int 
  * meanwhile waits. Clients of one process share one connection, two threads, and the lock, and do
  * not know of each other otherwise.
  *
- * name: what the application is called, of use in logs only. Optional, as `options` is.
+ * name: what the application is called; nobody is told, and nothing depends on it. Optional, as
+ * `options` is.
  */
 vx_status vx_client_new(const char* name, const vx_client_options* options, vx_client** client);
 
@@ -307,13 +309,19 @@ typedef struct vx_utterance vx_utterance;
 vx_status vx_say(vx_client* client, const char* text, const vx_options* options,
                  vx_utterance** utterance);
 
-/* Silence among what is said. utterance is optional. */
+/*
+ * Silence among what is said, of 0 ms or more. A service may refuse one that is longer than a
+ * minute, as voxtreld does (VX_BAD_PARAMETER). utterance is optional.
+ */
 vx_status vx_pause(vx_client* client, int milliseconds, vx_utterance** utterance);
 
 /* Ends what this client said; never waits. The outcomes come as the service tells them. */
 vx_status vx_stop(vx_client* client);
 
-/* Ends what anybody said. */
+/*
+ * Ends what anybody said. VX_LOST: the request was lost on its way, as far as that can be seen:
+ * what this process said goes on.
+ */
 vx_status vx_stop_everybody(vx_client* client, int deadline_ms);
 
 /*
@@ -345,7 +353,7 @@ vx_status vx_utterance_outcome(const vx_utterance* utterance, vx_outcome* outcom
  */
 vx_status vx_utterance_wait(const vx_utterance* utterance, int timeout_ms, vx_outcome* outcome);
 
-/* Where the word or mark begins that is being spoken; 0 before the first. */
+/* Where the word begins that is being spoken; 0 before the first. */
 vx_status vx_utterance_position(const vx_utterance* utterance, vx_position* position);
 
 /* Lets go of the handle; what was said is spoken all the same. */
@@ -400,8 +408,9 @@ typedef struct vx_event {
 typedef void (*vx_handler)(const vx_event* event, void* user);
 
 /*
- * Calls `handler` with `user` for what happens from now on; in place of an earlier one, which has
- * returned then, unless it is the caller. Null: none. `user` is optional and never looked at.
+ * Calls `handler` with `user` for what happens from now on, and for what an earlier one has not
+ * been called for yet; that has returned then, unless it is the caller. Null: none. `user` is
+ * optional and never looked at.
  *
  * With VX_THREAD_OF_LIBRARY it runs on the library's thread. With VX_THREAD_OF_APPLICATION it runs
  * in vx_dispatch.

@@ -316,7 +316,9 @@ class Client:
     # ---- Events
 
     def on_event(self, handler: Optional[Handler]) -> None:
-        """Calls `handler` for what happens from now on, in place of an earlier one; None: none.
+        """Calls `handler` for what happens from now on, and for what an earlier one was not called for.
+
+        None: no handler.
 
         It is called in `dispatch`, and on an event loop that awaits something of this client. What
         it raises comes out of `dispatch`, and what has happened since is handled by the next.

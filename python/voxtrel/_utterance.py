@@ -85,7 +85,7 @@ class Utterance:
 
     @property
     def position(self) -> int:
-        """Where the word or mark begins that is being spoken: an index into the text.
+        """Where the word begins that is being spoken: an index into the text.
 
         0 before the first.
         """
