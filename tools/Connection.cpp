@@ -4,10 +4,8 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <future>
 #include <iostream>
 #include <system_error>
-#include <thread>
 
 #include "tools/Owner.h"
 
@@ -137,12 +135,7 @@ Connection::Connection(const Options& options, Terminal& terminal)
 
 Connection::~Connection() {
     onSignal({});
-    // The end of a client may take its whole deadline, as every request may.
-    std::packaged_task<void()> leave(
-        [client = std::move(mClient)]() mutable { const voxtrel::Client last(std::move(client)); });
-    const std::future<void> hasLeft = leave.get_future();
-    std::thread(std::move(leave)).detach();
-    (void)hasLeft.wait_for(std::max(until(mEnd), kToEnd));
+    mClient.close(std::max(until(mEnd), kToEnd));
 }
 
 milliseconds Connection::left() const {

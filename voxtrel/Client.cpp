@@ -41,6 +41,16 @@ std::chrono::steady_clock::time_point ClientState::deadline(
     return deadlineAfter(asked.value_or(options.deadline));
 }
 
+void ClientState::end(std::chrono::steady_clock::time_point atMost) {
+    // A forked child lets its parent's be.
+    if (session->pid() != static_cast<unsigned>(getpid())) {
+        return;
+    }
+    session->waitUntilSent(*mailbox, std::min(deadlineAfter(options.linger), atMost));
+    session->unlock(*mailbox);
+    session->leave(mailbox, std::min(deadlineAfter(options.deadline), atMost));
+}
+
 std::shared_ptr<Speech> ClientState::newSpeech() {
     const std::lock_guard<std::mutex> lock(mutex);
     auto speech = std::make_shared<Speech>();
@@ -54,12 +64,15 @@ Client::Client(const std::string&, const ClientOptions& options)
     : mState(std::make_shared<ClientState>(options)) {}
 
 Client::~Client() {
-    // A forked child lets its parent's be.
-    if (mState != nullptr && mState->session->pid() == static_cast<unsigned>(getpid())) {
-        const auto deadline = deadlineAfter(mState->options.linger);
-        mState->session->waitUntilSent(*mState->mailbox, deadline);
-        mState->session->unlock(*mState->mailbox);
-        mState->session->leave(mState->mailbox, deadlineAfter(mState->options.deadline));
+    if (mState != nullptr) {
+        mState->end(std::chrono::steady_clock::time_point::max());
+    }
+}
+
+void Client::close(Milliseconds deadline) noexcept {
+    if (mState != nullptr) {
+        mState->end(deadlineAfter(deadline));
+        mState.reset();
     }
 }
 

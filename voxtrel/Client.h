@@ -105,6 +105,10 @@ public:
     /// for the service for `linger` at most, and then, if this is the last client of the process,
     /// for `deadline` to leave it.
     ~Client();
+
+    /// Ends it now, as the destructor does, but waits for `deadline` at most. Then it may be
+    /// destroyed or assigned to, and nothing else.
+    void close(Milliseconds deadline) noexcept;
     /// One that was moved from may be destroyed or assigned to, and nothing else.
     Client(Client&&) noexcept;
     Client& operator=(Client&&) noexcept;

@@ -19,6 +19,9 @@ public:
     std::chrono::steady_clock::time_point deadline(std::optional<Milliseconds> asked) const;
     std::shared_ptr<Speech> newSpeech();
 
+    /// Ends the client; waits for what it says no longer than until `atMost`.
+    void end(std::chrono::steady_clock::time_point atMost);
+
     const ClientOptions options;
     const std::shared_ptr<Mailbox> mailbox;
     const std::shared_ptr<Session> session;

@@ -199,6 +199,20 @@ TEST_F(AFrozenService, LetsAClientEnd) {
     EXPECT_EQ("finished", textOf(spoken.wait(kLong)));
 }
 
+TEST_F(AFrozenService, KeepsTheEndOfAClientNoLongerThanThatIsGiven) {
+    ClientOptions patient = options(3h);
+    patient.linger = 3h;
+    Client client("test", patient);
+    connect(client);
+    service.freeze();
+    const Utterance lost = client.say("Lost.");
+    client.close(20ms);
+    EXPECT_EQ("lost -103", textOf(lost.outcome()));
+    client.close(20ms);  // has nothing to do
+    client = Client("next", options(20ms));
+    EXPECT_TRUE(client.say("Lost too.").outcome().isPending());
+}
+
 TEST_F(AFrozenService, ThatIsKilledIsNoServiceAndTheNextOneServes) {
     Client client("test", options());
     connect(client);
