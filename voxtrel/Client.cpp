@@ -86,7 +86,11 @@ Client& Client::operator=(Client&& other) noexcept {
     return *this;
 }
 
+// What is asked for here may come to its end, and a handler of that may destroy the client, before
+// these return: behind the request they use nothing of the client's.
+
 Utterance Client::say(std::string_view text, const SpeechOptions& options) {
+    const std::shared_ptr<Session> session = mState->session;
     const std::shared_ptr<Speech> speech = mState->newSpeech();
     speech->text = text;
     // Texts travel with a NUL behind them.
@@ -96,27 +100,30 @@ Utterance Client::say(std::string_view text, const SpeechOptions& options) {
     const Status status = textStatus != Status::Ok ? textStatus : checkOptions(speech->options);
     Utterance utterance(speech->state);
     if (status == Status::Ok) {
-        mState->session->say(speech);
+        session->say(speech);
     } else {
-        mState->session->refuse(speech, status);
+        session->refuse(speech, status);
     }
     return utterance;
 }
 
 Utterance Client::pause(Milliseconds length) {
+    const std::shared_ptr<Session> session = mState->session;
     const std::shared_ptr<Speech> speech = mState->newSpeech();
     Utterance utterance(speech->state);
     if (length.count() >= 0 && length.count() < wire::kEndlessPause) {
         speech->pauseMs = static_cast<std::uint32_t>(length.count());
-        mState->session->say(speech);
+        session->say(speech);
     } else {
-        mState->session->refuse(speech, Status::BadParameter);
+        session->refuse(speech, Status::BadParameter);
     }
     return utterance;
 }
 
 void Client::stop() {
-    mState->session->stop(mState->mailbox);
+    const std::shared_ptr<Session> session = mState->session;
+    const std::shared_ptr<Mailbox> mailbox = mState->mailbox;
+    session->stop(mailbox);
 }
 
 Result<void> Client::stopEverybody(std::optional<Milliseconds> deadline) {
