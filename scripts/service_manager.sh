@@ -4,9 +4,14 @@
 private=$(mktemp -d)
 manager=
 service=
+# end_process PROCESS: and waits for it, which may still write into the folder.
+end_process() {
+    kill "$1" 2>/dev/null || true
+    { wait "$1" || true; } 2>/dev/null
+}
 cleanup() {
-    [ -z "$service" ] || kill "$service" 2>/dev/null || true
-    [ -z "$manager" ] || kill "$manager" 2>/dev/null || true
+    [ -z "$service" ] || end_process "$service"
+    [ -z "$manager" ] || end_process "$manager"
     rm -rf "$private"
 }
 trap cleanup EXIT
