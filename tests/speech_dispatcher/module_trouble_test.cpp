@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The module as a process, with a service that is not as it should be.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <csignal>
 
@@ -28,6 +29,13 @@ protected:
     static Lines eventsOf(ModuleProcess& module, const std::string& text) {
         EXPECT_EQ(kSpoken, module.send("SPEAK", text + "\n"));
         return module.eventsToEnd();
+    }
+
+    /// Returns when all its threads have stopped: until then it may answer.
+    static void stop(pid_t process) {
+        siginfo_t stopped = {};
+        ASSERT_EQ(0, kill(process, SIGSTOP));
+        ASSERT_EQ(0, waitid(P_PID, static_cast<id_t>(process), &stopped, WSTOPPED | WNOWAIT));
     }
 
     Device device;
@@ -71,7 +79,7 @@ TEST_F(AModuleInTrouble, EndsAMessageWhoseServiceIsStoppedAndSpeaksWhenItGoesOn)
     ModuleProcess module(kShortPatience);
     module.begin();
     EXPECT_EQ(kWhole, eventsOf(module, "<speak>a</speak>"));
-    device.service().signal(SIGSTOP);
+    stop(device.servicePid());
     EXPECT_EQ(kCut, eventsOf(module, "<speak>b</speak>"));
     EXPECT_EQ(kCut, eventsOf(module, "<speak>c</speak>"));
     device.service().signal(SIGCONT);
@@ -84,7 +92,7 @@ TEST_F(AModuleInTrouble, TellsAStopWhoseServiceIsStopped) {
     module.begin();
     EXPECT_EQ(kSpoken, module.send("SPEAK", std::string(kLong) + "\n"));
     module.awaitEvent("701 BEGIN");
-    device.service().signal(SIGSTOP);
+    stop(device.servicePid());
     module.say("STOP");
     EXPECT_EQ("703", module.eventsToEnd().back());
     device.service().signal(SIGCONT);
@@ -97,7 +105,7 @@ TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
     EXPECT_EQ("203 OK SETTINGS RECEIVED", module.send("SET", "rate=10\n"));
     EXPECT_EQ(kSpoken, module.send("SPEAK", std::string(kLong) + "\n"));
     module.awaitEvent("701 BEGIN");
-    device.service().signal(SIGSTOP);
+    stop(device.servicePid());
     module.say("STOP");
     EXPECT_EQ("703", module.eventsToEnd().back());
     EXPECT_EQ(kSpoken, module.send("SPEAK", "b\n"));
@@ -109,7 +117,7 @@ TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
 
 TEST_F(AModuleInTrouble, AnswersThoughTheServiceManagerIsStopped) {
     device.startService();
-    ASSERT_EQ(0, kill(device.managerPid(), SIGSTOP));
+    stop(device.managerPid());
     ModuleProcess module(kShortPatience);
     module.begin();
     EXPECT_EQ("304 CANT LIST VOICES\n", module.ask("LIST VOICES"));
@@ -122,7 +130,7 @@ TEST_F(AModuleInTrouble, AnswersThoughTheServiceManagerIsStopped) {
 }
 
 TEST_F(AModuleInTrouble, EndsThoughTheServiceManagerIsStopped) {
-    ASSERT_EQ(0, kill(device.managerPid(), SIGSTOP));
+    stop(device.managerPid());
     ModuleProcess module(kShortPatience);
     module.begin();
     EXPECT_EQ("210 OK QUIT\n", module.ask("QUIT"));
