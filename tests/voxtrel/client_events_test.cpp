@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whether a service tells anything at all; and the rate, which it keeps beside its other settings.
+#include <future>
+
 #include "tests/voxtrel/ClientTest.h"
 
 namespace {
@@ -33,6 +35,19 @@ TEST_F(TheEvents, AreSeenByTheNextCallWhenTheyComeBetweenTwo) {
     EXPECT_EQ(Status::TimedOut, client.checkEvents(0ms).status());
     service.thaw();
     EXPECT_TRUE(eventually([&] { return static_cast<bool>(client.checkEvents(0ms)); }));
+}
+
+TEST_F(TheEvents, AreSeenByAllWhoWaitForThem) {
+    Client client("test", options());
+    ASSERT_TRUE(client.waitUntilConnected());
+    service.freeze();
+    const auto check = [&] { return static_cast<bool>(client.checkEvents(kLong)); };
+    std::future<bool> one = std::async(std::launch::async, check);
+    std::future<bool> other = std::async(std::launch::async, check);
+    EXPECT_EQ(Status::TimedOut, client.checkEvents(50ms).status());  // both wait by then
+    service.thaw();
+    EXPECT_TRUE(one.get());
+    EXPECT_TRUE(other.get());
 }
 
 TEST_F(TheEvents, DoNotHoldUpWhatIsSaid) {

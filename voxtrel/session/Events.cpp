@@ -47,6 +47,7 @@ void Session::note(unsigned event, unsigned second, unsigned third) {
     }
     if (second == mEventFence) {
         mIsEventTold = true;
+        ++mEventsTold;
         mChanged.notify_all();
     }
     if (second >= kFirstFence) {

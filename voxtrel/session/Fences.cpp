@@ -112,15 +112,19 @@ Result<void> Session::checkEvents(Clock::time_point deadline) {
         });
         mEventFence = fence;
     }
-    const auto isKnown = [this] { return mIsEventTold || mService == nullptr; };
+    // Who waits beside this call may have taken the answer first.
+    const std::uint64_t told = mEventsTold;
+    const auto isKnown = [&] { return mIsEventTold || mEventsTold != told || mService == nullptr; };
     if (!mChanged.wait_until(lock, deadline, isKnown)) {
         return errorOf(Answer::None);
     }
     if (mService == nullptr) {
         return errorOf(Answer::Gone);
     }
-    mEventFence = 0;
-    mIsEventTold = false;
+    if (mIsEventTold) {
+        mEventFence = 0;
+        mIsEventTold = false;
+    }
     return {};
 }
 

@@ -254,6 +254,7 @@ private:
     Clock::time_point mFenceSent = {};    ///< when it was
     std::uint32_t mEventFence = 0;        ///< of `checkEvents`, until that has seen the answer
     bool mIsEventTold = false;            ///< the answer
+    std::uint64_t mEventsTold = 0;        ///< counts the answers
     std::uint32_t mLockFence = 0;         ///< when it is answered, the last request for the lock is
     const Mailbox* mLockOwner = nullptr;  ///< has the lock, or has asked for it
     std::uint64_t mLock = 0;              ///< number of the owner's
