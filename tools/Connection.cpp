@@ -4,7 +4,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <iostream>
 #include <system_error>
 
 #include "tools/Owner.h"
@@ -181,8 +180,8 @@ void Connection::connect() {
     mTerminal.endProgress();
     if (mIsVerbose) {
         const Diagnosis seen = look();
-        std::cerr << "voxtrelctl: connected to process " << seen.service.process << " by "
-                  << seen.transport << " " << seen.path << "\n";
+        printError("connected to process " + std::to_string(seen.service.process) + " by " +
+                   seen.transport + " " + seen.path);
     }
 }
 
@@ -235,8 +234,9 @@ bool Connection::takesAnyPause() {
 
 void Connection::complain() {
     if (takesAnyPause()) {
-        std::cerr << "voxtrelctl: the service takes a pause of 49 days, which it must refuse at "
-                     "once (docs/writing-a-service.md); it was told to drop it again\n";
+        printError(
+            "the service takes a pause of 49 days, which it must refuse at "
+            "once (docs/writing-a-service.md); it was told to drop it again");
     }
 }
 

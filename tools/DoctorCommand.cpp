@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <fstream>
-#include <iostream>
 
 #include "tools/Commands.h"
 #include "tools/Doctor.h"
+#include "tools/Errors.h"
 #include "tools/Json.h"
 #include "tools/Render.h"
 #include "tools/ServiceSettings.h"
@@ -73,7 +73,7 @@ int runDoctor(const Options& options, Terminal& terminal) {
     options.json ? terminal.line(findingsJson(findings)) : terminal.print(findingsPage(findings));
     for (const Finding& finding : findings) {
         if (finding.verdict == Verdict::Bad) {
-            std::cerr << "voxtrelctl: " << lineOf(finding) << "\n";
+            printError(lineOf(finding));
             return 1;
         }
     }

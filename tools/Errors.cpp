@@ -2,6 +2,7 @@
 #include "tools/Errors.h"
 
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 
 #include "tools/Text.h"
@@ -70,6 +71,10 @@ StatusMeaning meaningOf(int code) {
 
 std::string errorLine(int code, const std::string& detail) {
     return compose(code, detail, meaningOf(code).remedy);
+}
+
+void printError(const std::string& what) {
+    std::cerr << "voxtrelctl: " + what + "\n";
 }
 
 Failure::Failure(int code, const std::string& detail)

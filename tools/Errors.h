@@ -26,6 +26,10 @@ StatusMeaning meaningOf(int code);
 /// line end. A line break inside `detail` becomes a blank, so that scripts can rely on one line.
 std::string errorLine(int code, const std::string& detail = "");
 
+/// Writes "voxtrelctl: WHAT" to standard error as one line in one piece: the runtime's threads and
+/// other processes write there too. Called on: any thread.
+void printError(const std::string& what);
+
 /// A command that cannot go on. `main` prints its line and leaves with status 1.
 class Failure : public std::runtime_error {
 public:

@@ -2,7 +2,6 @@
 #include "tools/Languages.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include "tools/Errors.h"
 #include "tools/Text.h"
@@ -58,8 +57,8 @@ std::string requireLanguage(std::string_view text) {
                       "there is no language \"" + std::string(text) + "\"", "there are " + all);
     }
     if (wanted != language) {
-        std::cerr << "voxtrelctl: there is no " << forTerminal(std::string(text))
-                  << "; taking the nearest, " << nearest << "\n";
+        printError("there is no " + forTerminal(std::string(text)) + "; taking the nearest, " +
+                   nearest);
     }
     return nearest;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
 #include <csignal>
-#include <iostream>
 #include <system_error>
 
 #include <spawn.h>
@@ -10,6 +9,7 @@
 
 #include "tools/Commands.h"
 #include "tools/Connection.h"
+#include "tools/Errors.h"
 
 namespace voxtrelctl {
 namespace {
@@ -67,7 +67,7 @@ int await(Connection& connection, pid_t child) {
 
 void tellOfTheEnd(const voxtrel::Event& event) {
     if (event.kind == voxtrel::Event::Kind::Disconnected) {
-        std::cerr << "voxtrelctl: the service died, and the lock with it\n";
+        printError("the service died, and the lock with it");
     }
 }
 
@@ -103,8 +103,7 @@ int runLock(const Options& options, Terminal& terminal) {
     pid_t child = 0;
     const int error = start(options.words, terminal.output(), child);
     if (error != 0) {
-        std::cerr << "voxtrelctl: " << options.words.front() << ": "
-                  << std::generic_category().message(error) << "\n";
+        printError(options.words.front() + ": " + std::generic_category().message(error));
         return error == ENOENT ? kNoSuchCommand : kCannotRun;
     }
     return await(connection, child);

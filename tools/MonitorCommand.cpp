@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <iostream>
 #include <vector>
 
 #include "tools/Commands.h"
 #include "tools/Connection.h"
+#include "tools/Errors.h"
 #include "tools/Json.h"
 
 namespace voxtrelctl {
@@ -56,8 +56,9 @@ private:
         if (isTold) {
             mConnection.complain();
         } else if (mConnection.left() == Milliseconds::zero()) {
-            std::cerr << "voxtrelctl: the service does not answer with an event when it is asked "
-                         "for one; what changes may not be told\n";
+            printError(
+                "the service does not answer with an event when it is asked "
+                "for one; what changes may not be told");
             mConnection.client().stop();  // it may have taken what it must refuse
         }
         mIsSure = isTold || mConnection.left() == Milliseconds::zero();

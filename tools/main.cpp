@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "tools/Commands.h"
+#include "tools/Errors.h"
 #ifdef VOXTREL_CAN_SPAWN
 #include "tools/Spawn.h"
 #endif
@@ -88,7 +88,7 @@ int main(int argc, char** argv) {
     try {
         return run(parseArguments(argc, argv));
     } catch (const std::exception& error) {
-        std::cerr << "voxtrelctl: " << error.what() << "\n";
+        printError(error.what());
         return EXIT_FAILURE;
     }
 }

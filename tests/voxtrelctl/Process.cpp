@@ -21,8 +21,8 @@ constexpr auto kLimit = std::chrono::seconds(90);
 
 struct Pipe {
     int ends[2];
-    Pipe() {
-        if (pipe2(ends, O_CLOEXEC) != 0) {
+    explicit Pipe(int flags) {
+        if (pipe2(ends, O_CLOEXEC | flags) != 0) {
             throw std::runtime_error("pipe");
         }
     }
@@ -53,10 +53,10 @@ int inputWith(const std::string& input) {
 
 }  // namespace
 
-Process::Process(const Words& words, const std::string& input) {
+Process::Process(const Words& words, const std::string& input, Errors errors) {
     const int in = inputWith(input);
-    const Pipe out;
-    const Pipe err;
+    const Pipe out(0);
+    const Pipe err(errors == Errors::Apart ? O_DIRECT : 0);
     std::vector<char*> arguments;
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));
@@ -120,7 +120,8 @@ bool Process::readSome(Clock::time_point deadline) {
         char buffer[4096];
         const ssize_t size = read(mStreams[n].descriptor, buffer, sizeof(buffer));
         if (size > 0) {
-            mStreams[n].text.append(buffer, static_cast<size_t>(size));
+            mStreams[n].pieces.emplace_back(buffer, static_cast<size_t>(size));
+            mStreams[n].text += mStreams[n].pieces.back();
         } else {
             close(mStreams[n].descriptor);
             mStreams[n].descriptor = -1;

@@ -22,8 +22,15 @@ class Process {
 public:
     using Words = std::vector<std::string>;
 
+    /// How what it writes to standard error is kept.
+    enum class Errors {
+        Joined,  ///< as one text, and much of it before anybody reads
+        Apart,   ///< what each call wrote apart, too; it waits for a reader after 16 calls
+    };
+
     /// Starts `words` (the first is the program) with `input` as all of its standard input.
-    explicit Process(const Words& words, const std::string& input = "");
+    explicit Process(const Words& words, const std::string& input = "",
+                     Errors errors = Errors::Joined);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -42,6 +49,9 @@ public:
     /// Reads until it has ended. A process that outlives the generous limit is killed (status 137).
     Outcome wait();
 
+    /// What each call that wrote to standard error wrote up to now, with Errors::Apart.
+    const std::vector<std::string>& errorPieces() const { return mStreams[1].pieces; }
+
     /// All of standard output up to now.
     const std::string& output() const { return mStreams[0].text; }
 
@@ -49,6 +59,7 @@ private:
     struct Stream {
         int descriptor = -1;
         std::string text;
+        std::vector<std::string> pieces;
     };
 
     bool awaitText(const Stream& stream, const std::string& text);

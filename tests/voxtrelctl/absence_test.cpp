@@ -107,6 +107,21 @@ TEST(AServiceThatComesLate, IsFoundByACommandThatWaits) {
     EXPECT_NE(outcome.out.find("finished 1\n"), std::string::npos);
 }
 
+TEST(AnErrorLine, IsWrittenInOnePieceForTheRuntimeWritesBesideIt) {
+    Device device;
+    device.killServiceManager();
+    for (const char* command : {"doctor", "status"}) {
+        Process process({Device::control(), command}, "", Process::Errors::Apart);
+        EXPECT_EQ(process.wait().status, 1);
+        bool isSeen = false;
+        for (const std::string& piece : process.errorPieces()) {
+            EXPECT_EQ(piece.find('\n'), piece.size() - 1) << piece;
+            isSeen = isSeen || piece.rfind("voxtrelctl: -8 service not found: ", 0) == 0;
+        }
+        EXPECT_TRUE(isSeen) << command;
+    }
+}
+
 TEST(TheDoctor, FindsTheServiceManagerAbsent) {
     Device device;
     device.killServiceManager();
