@@ -44,7 +44,7 @@ TEST_F(TheEvents, AreSeenByAllWhoWaitForThem) {
     const auto check = [&] { return static_cast<bool>(client.checkEvents(kLong)); };
     std::future<bool> one = std::async(std::launch::async, check);
     std::future<bool> other = std::async(std::launch::async, check);
-    EXPECT_EQ(Status::TimedOut, client.checkEvents(50ms).status());  // both wait by then
+    EXPECT_EQ(Status::TimedOut, client.checkEvents(50ms).status());  // time for both to wait
     service.thaw();
     EXPECT_TRUE(one.get());
     EXPECT_TRUE(other.get());

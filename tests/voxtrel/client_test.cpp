@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <future>
+#include <optional>
+
 #include "tests/voxtrel/ClientTest.h"
 
 namespace {
@@ -151,6 +154,24 @@ TEST_F(AClient, ThatEndsLosesNothingThatTheServiceHas) {
     service.goOn();
     EXPECT_TRUE(service.waitForSpoken(1, kLong));
     EXPECT_EQ(Lines{"Left behind."}, service.spoken());
+}
+
+TEST_F(AClient, ThatEndsWhileAnotherSilencesItLeavesNothingOpen) {
+    constexpr int kSaid = 100'000;  // so many that their outcomes take a while
+    service.hold();
+    Client other("other", options());
+    std::optional<Client> client(std::in_place, "test", options());
+    std::vector<Utterance> said;
+    for (int i = 0; i < kSaid; ++i) {
+        said.push_back(client->say("Said."));
+    }
+    const auto silence = std::async(std::launch::async, [&] { return other.stopEverybody(kLong); });
+    ASSERT_FALSE(said[100].wait(kLong).isPending());  // the first of those that waited
+    client.reset();
+    for (const Utterance& utterance : said) {
+        ASSERT_FALSE(utterance.outcome().isPending());
+    }
+    service.goOn();
 }
 
 TEST_F(AClient, MovesAndIsReplaced) {

@@ -115,6 +115,8 @@ void Session::leave(const std::shared_ptr<Mailbox>& client, Clock::time_point de
         mSpeech.oweFlush();
     }
     endDropped(lock, mSpeech.close(*client));
+    // Whoever silences everybody gives this client's speech its outcomes without the lock, too.
+    mChanged.wait(lock, [this] { return mEndings == 0; });
     mClients.erase(std::remove(mClients.begin(), mClients.end(), client), mClients.end());
     mHasNews = true;  // those behind it have moved to other places
     mToHandle.notify_one();
