@@ -14,11 +14,11 @@
 #include <vector>
 
 #include "binder/Parcel.h"
-#include "binder/transport/Memfd.h"
-#include "binder/transport/Message.h"
-#include "binder/transport/Objects.h"
-#include "binder/transport/Reactor.h"
-#include "binder/transport/Wire.h"
+#include "socket/Memfd.h"
+#include "socket/Message.h"
+#include "socket/Objects.h"
+#include "socket/Reactor.h"
+#include "socket/Wire.h"
 
 namespace {
 

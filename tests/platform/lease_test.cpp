@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What one process, and one user, may make another process hold.
-#include "binder/transport/Lease.h"
+#include "socket/Lease.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>

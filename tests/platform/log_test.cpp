@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "binder/transport/Log.h"
+#include "socket/Log.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

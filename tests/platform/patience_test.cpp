@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "binder/transport/Patience.h"
+#include "socket/Patience.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -7,7 +7,7 @@
 
 #include <chrono>
 
-#include "binder/transport/Message.h"
+#include "socket/Message.h"
 
 namespace {
 

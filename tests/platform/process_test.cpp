@@ -17,7 +17,7 @@
 #include <string>
 #include <system_error>
 
-#include "binder/transport/SocketPath.h"
+#include "socket/SocketPath.h"
 #include "tests/platform/ProbeTest.h"
 
 namespace {

@@ -15,7 +15,7 @@
 #include <map>
 #include <string>
 
-#include "binder/transport/SocketPath.h"
+#include "socket/SocketPath.h"
 #include "tests/platform/ProbeTest.h"
 #include "tests/platform/RawWire.h"
 #include "tests/support/TempFolder.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "binder/transport/Log.h"
+#include "socket/Log.h"
 #include "tests/platform/ProbeTest.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What leaves a process, byte by byte, and what is taken for sound.
-#include "binder/transport/Wire.h"
+#include "socket/Wire.h"
 
 #include <binder/Binder.h>
 #include <binder/Parcel.h>
@@ -9,7 +9,7 @@
 
 #include <cstring>
 
-#include "binder/transport/Message.h"
+#include "socket/Message.h"
 #include "tests/platform/RawWire.h"
 
 namespace {

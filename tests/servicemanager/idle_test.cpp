@@ -8,7 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "binder/transport/Listener.h"
+#include "socket/Listener.h"
 #include "tests/servicemanager/LocalSocket.h"
 #include "tests/support/TempFolder.h"
 #include "tests/voxtrelctl/Process.h"

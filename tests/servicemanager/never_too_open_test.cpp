@@ -8,7 +8,7 @@
 
 #include <binder/Binder.h>
 
-#include "binder/transport/Listener.h"
+#include "socket/Listener.h"
 #include "tests/support/TempFolder.h"
 
 using android::transport::Listener;

@@ -3,7 +3,7 @@
 
 #include "binder/IInterface.h"
 #include "binder/Parcel.h"
-#include "binder/transport/LocalNodes.h"
+#include "socket/LocalNodes.h"
 
 namespace android {
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 #include "binder/Parcel.h"
-#include "binder/transport/Fd.h"
 #include "binder/transport/Reference.h"
+#include "socket/Fd.h"
 
 namespace android {
 

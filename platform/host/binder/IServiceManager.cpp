@@ -7,9 +7,9 @@
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
 #include "binder/ServiceManagerSocket.h"
-#include "binder/transport/Fd.h"
-#include "binder/transport/Log.h"
-#include "binder/transport/Manners.h"
+#include "socket/Fd.h"
+#include "socket/Log.h"
+#include "socket/Manners.h"
 #include "utils/Mutex.h"
 
 namespace android {

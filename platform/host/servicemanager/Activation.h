@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "binder/transport/Fd.h"
+#include "socket/Fd.h"
 
 namespace servicemanager {
 

@@ -4,8 +4,8 @@
 
 #include <chrono>
 
-#include "binder/transport/SocketAccess.h"
 #include "servicemanager/Registry.h"
+#include "socket/SocketAccess.h"
 
 namespace servicemanager {
 

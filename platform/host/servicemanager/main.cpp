@@ -6,11 +6,11 @@
 #include <string>
 
 #include "binder/ProcessState.h"
-#include "binder/transport/Log.h"
 #include "binder/transport/Transport.h"
 #include "servicemanager/Activation.h"
 #include "servicemanager/Options.h"
 #include "servicemanager/Registry.h"
+#include "socket/Log.h"
 
 namespace {
 

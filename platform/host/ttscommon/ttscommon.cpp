@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "binder/transport/Log.h"
+#include "socket/Log.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <optional>
 
 #include "binder/IBinder.h"
-#include "binder/transport/Fd.h"
-#include "binder/transport/SocketAccess.h"
+#include "socket/Fd.h"
+#include "socket/SocketAccess.h"
 
 namespace android::transport {
 

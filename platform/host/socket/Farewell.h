@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_FAREWELL_H
+#define VOXTREL_SOCKET_FAREWELL_H
+
+#include <memory>
+#include <vector>
+
+#include "socket/Reactor.h"
+#include "socket/Wire.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// The main socket of a reference that is gone, whose one-way calls may not all have been received.
+/// Its owner hangs up when it has read it to the end. Another reference to the same node, which has
+/// a socket of its own, sends its first one-way call only then: otherwise it could overtake.
+class Farewell final : public Source {
+public:
+    /// Closes `socket` for writing.
+    Farewell(const NodeId& id, Fd socket);
+    void onReady() override;
+
+    const NodeId& id() const { return mId; }
+    bool isOver() const;
+
+private:
+    const NodeId mId;
+};
+
+/// Those of this process that may not be over yet, at most `kMost`: of more the oldest is given up,
+/// and with it the order of its calls and later ones. Called on: any thread.
+class Farewells {
+public:
+    static constexpr size_t kMost = 64;
+
+    void add(const NodeId& id, Fd socket) PLATFORM_EXCLUDES(mLock);
+    /// The one for this node; null when nothing stands in the way of a one-way call to it.
+    std::shared_ptr<Farewell> find(const NodeId& id) PLATFORM_EXCLUDES(mLock);
+    void remove(const Farewell& farewell) PLATFORM_EXCLUDES(mLock);
+
+private:
+    using List = std::vector<std::shared_ptr<Farewell>>;
+    void letGo(List::iterator one) PLATFORM_REQUIRES(mLock);
+
+    Mutex mLock;
+    List mOldestFirst PLATFORM_GUARDED_BY(mLock);
+};
+
+/// The process's own; never destroyed.
+Farewells& farewells();
+
+}  // namespace android::transport
+
+#endif

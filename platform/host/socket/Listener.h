@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_LISTENER_H
+#define VOXTREL_SOCKET_LISTENER_H
+
+#include <memory>
+#include <string>
+
+#include "binder/Binder.h"
+#include "socket/Reactor.h"
+#include "socket/SocketAccess.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// The service manager's place: who connects there holds a reference to its node.
+class Listener final : public Source {
+public:
+    /// Takes the place at `path` for this process. At no time can anybody connect whom `access`
+    /// does not let in. Null when another service manager has it, or it cannot be had; the log says
+    /// which.
+    static std::shared_ptr<Listener> open(const std::string& path, const sp<BBinder>& manager,
+                                          const SocketAccess& access = {});
+
+    /// The same at a socket that listens already. It stays its owner's: its path is left alone.
+    static std::shared_ptr<Listener> openAt(Fd socket, const sp<BBinder>& manager);
+
+    /// `path`: of a socket that this process has made, else empty.
+    Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& manager);
+    void onReady() override;
+
+    /// Gives the place up, for good, if nobody is connected or about to be. A socket that somebody
+    /// else owns keeps those who come later waiting for the next service manager.
+    bool leaveIfUnused();
+
+private:
+    void admit(Fd door) const;
+    /// False when there is no use in trying on at once.
+    bool turnOneAway();
+
+    bool hasConnections() const;
+    bool hideSocket() const;
+    void showSocket() const;
+
+    const Fd mLock;  // held for as long as the place is taken
+    const std::string mPath;
+    Fd mSpare;  // given up for a moment when there are no descriptors left
+    const sp<BBinder> mManager;
+    Mutex mAdmitting;
+    bool mLeft PLATFORM_GUARDED_BY(mAdmitting) = false;
+};
+
+/// A reference to the service manager's node; invalid when there is none.
+Fd connectTo(const std::string& path);
+
+}  // namespace android::transport
+
+#endif

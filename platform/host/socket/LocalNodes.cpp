@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "socket/LocalNodes.h"
+
+#include <sys/random.h>
+
+#include <cstring>
+#include <unordered_map>
+
+#include "socket/CallEnd.h"
+#include "socket/Fd.h"
+#include "socket/Incoming.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+namespace {
+
+struct LocalNodes {
+    Mutex lock;
+    std::unordered_map<NodeId, NodeRecord*, NodeIdHash> byId PLATFORM_GUARDED_BY(lock);
+};
+
+// Never destroyed: nodes may outlive the end of main.
+LocalNodes& nodes() {
+    static auto* const instance = new LocalNodes();
+    return *instance;
+}
+
+}  // namespace
+
+NodeId makeNodeId() {
+    NodeId id;
+    size_t done = 0;
+    while (done < sizeof(id)) {
+        const ssize_t got = getrandom(reinterpret_cast<char*>(&id) + done, sizeof(id) - done, 0);
+        done += got > 0 ? static_cast<size_t>(got) : 0;
+    }
+    return id;
+}
+
+NodeRecord& recordOf(BBinder& node) {
+    std::atomic<NodeRecord*>& slot = NodeAccess::record(node);
+    if (NodeRecord* known = slot.load(std::memory_order_acquire)) {
+        return *known;
+    }
+    LocalNodes& table = nodes();
+    Mutex::Autolock held(table.lock);
+    if (NodeRecord* known = slot.load(std::memory_order_relaxed)) {
+        return *known;
+    }
+    auto* record = new NodeRecord{makeNodeId(), wp<BBinder>(&node), {}};
+    table.byId[record->id] = record;
+    slot.store(record, std::memory_order_release);
+    return *record;
+}
+
+sp<BBinder> findLocalNode(const NodeId& id) {
+    LocalNodes& table = nodes();
+    Mutex::Autolock held(table.lock);
+    const auto found = table.byId.find(id);
+    return found != table.byId.end() ? found->second->node.promote() : nullptr;
+}
+
+void forgetRecord(NodeRecord* record) {
+    if (isForkedChild()) {
+        return;  // the table may be locked for ever; the record ends with the process
+    }
+    {
+        LocalNodes& table = nodes();
+        Mutex::Autolock held(table.lock);
+        table.byId.erase(record->id);
+    }
+    delete record;
+}
+
+}  // namespace android::transport

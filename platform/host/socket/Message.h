@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_MESSAGE_H
+#define VOXTREL_SOCKET_MESSAGE_H
+
+#include <sys/types.h>
+
+#include <vector>
+
+#include "binder/Parcel.h"
+#include "socket/Fd.h"
+#include "socket/Wire.h"
+
+namespace android::transport {
+
+/// The two ends of a new connection; `served` tells the kernel to name each sender.
+struct SocketPair {
+    Fd served;
+    Fd held;
+};
+/// Both invalid when the process is out of descriptors.
+SocketPair makeSocketPair();
+
+/// Is this a SOCK_SEQPACKET socket of the local kind? Anything may arrive in a message.
+bool isPeerSocket(const Fd& fd);
+/// Who made the other end, by the kernel's word; 0 when it cannot be seen from here.
+pid_t peerPid(const Fd& fd);
+/// Has the other side closed the socket for good?
+bool hasHungUp(const Fd& fd);
+
+/// What travels beside a parcel's bytes: a record and a descriptor for each binder in it.
+struct Attachments {
+    std::vector<ObjectRecord> records;
+    std::vector<Fd> fds;
+};
+
+/// Sends `parcel` behind `header`, whose sizes and options are filled in here; does not wait. `OK`;
+/// `DEAD_OBJECT` when nobody is left at the other end; `WOULD_BLOCK` when there is no room now;
+/// `FAILED_TRANSACTION` when it is too large.
+status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
+                     const Attachments& attachments);
+/// Has `end` served at the other side; gives the same. `holder`: the process that is to have the
+/// other end of it, when the sender knows; else 0.
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder = 0);
+
+/// Everything about a received message but its payload. Closes the descriptors nobody took.
+class Envelope {
+public:
+    Envelope() = default;  // NOLINT: filled by receiveMessage
+    ~Envelope() { closeFds(); }
+    Envelope(const Envelope&) = delete;
+    Envelope& operator=(const Envelope&) = delete;
+
+    const Header& header() const { return mHeader; }
+    pid_t senderPid() const { return mPid; }
+    uid_t senderUid() const { return mUid; }
+    const ObjectRecord& record(size_t index) const { return mRecords[index]; }
+    size_t fdCount() const { return mFdCount; }
+    /// -1 without any.
+    int highestFd() const;
+    /// The descriptor of the binder `index`, or of an Adopt (0).
+    Fd takeFd(size_t index);
+
+private:
+    friend class Receiver;
+    void closeFds();
+
+    Header mHeader;
+    pid_t mPid;
+    uid_t mUid;
+    size_t mFirstFd;  // of the binders: a memfd comes before them
+    size_t mFdCount = 0;
+    int mFds[kMostFds];  // each released by an `Fd`
+    ObjectRecord mRecords[kMostObjects];
+};
+
+enum class Received {
+    Message,
+    Nothing,
+    HungUp,
+    Malformed,
+    /// A sound message whose descriptors were lost, since this process may have no more: only its
+    /// header is there.
+    OutOfDescriptors,
+};
+
+/// Takes one message off `socket`. `parcel` must be empty; it holds the payload afterwards, its
+/// binders are not attached yet. `Nothing`: none is there (`wait` false), or the socket's own time
+/// limit passed. Small messages cost no allocation.
+Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope);
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "socket/OneWayBudget.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "socket/Manners.h"
+#include "socket/Message.h"
+
+namespace android::transport {
+
+namespace {
+
+constexpr size_t kPageSize = 4096;
+constexpr uint32_t kBytes = kLargestOneWay;
+// A call without a payload takes some room as well. So many wait at most that a sender's share of
+// the receiver's memory holds them (see Lease).
+constexpr size_t kSmallestCost = 128;
+
+Fd makePage() {
+    Fd page(memfd_create("binder", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    if (!page.valid() || ftruncate(page.get(), kPageSize) != 0 ||
+        fcntl(page.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
+        return Fd();
+    }
+    return page;
+}
+
+// One that is shorter, or may become so, would end whoever reads in it.
+bool isPage(const Fd& page) {
+    const int seals = page.valid() ? fcntl(page.get(), F_GET_SEALS) : -1;
+    struct stat status {};
+    return seals >= 0 && (seals & F_SEAL_SHRINK) != 0 && fstat(page.get(), &status) == 0 &&
+           status.st_size == static_cast<off_t>(kPageSize);
+}
+
+uint32_t costOf(size_t payload) {
+    return static_cast<uint32_t>(std::max(payload, kSmallestCost));
+}
+
+}  // namespace
+
+OneWayBudget& OneWayBudget::own() {
+    static auto* const instance = new OneWayBudget(makePage());
+    return *instance;
+}
+
+OneWayBudget::OneWayBudget(Fd page) : mPage(std::move(page)) {
+    if (!isPage(mPage)) {
+        return;
+    }
+    void* shared = mmap(nullptr, kPageSize, PROT_READ | PROT_WRITE, MAP_SHARED, mPage.get(), 0);
+    mUsed = shared != MAP_FAILED ? static_cast<Counter*>(shared) : nullptr;
+}
+
+OneWayBudget::~OneWayBudget() {
+    if (valid()) {
+        (void)munmap(mUsed, kPageSize);
+    }
+}
+
+bool OneWayBudget::take(size_t payload) {
+    const uint32_t cost = costOf(payload);
+    uint32_t used = mUsed->load();
+    do {
+        if (uint64_t{used} + cost > kBytes) {
+            return false;
+        }
+    } while (!mUsed->compare_exchange_weak(used, used + cost));
+    return true;
+}
+
+void OneWayBudget::giveBack(size_t payload) {
+    if (!valid()) {
+        return;
+    }
+    const uint32_t cost = costOf(payload);
+    uint32_t used = mUsed->load();
+    while (!mUsed->compare_exchange_weak(used, used - std::min(used, cost))) {
+    }
+}
+
+bool isCounted(const Header& oneWay) {
+    return (oneWay.options & kCounted) != 0 && gManners.ofDriver;
+}
+
+void showBudget(const Fd& socket) {
+    if (gManners.ofDriver && OneWayBudget::own().valid()) {
+        (void)sendAdopt(socket, Role::Budget, OneWayBudget::own().page());  // it may have gone
+    }
+}
+
+}  // namespace android::transport

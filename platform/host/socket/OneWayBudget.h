@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_ONEWAYBUDGET_H
+#define VOXTREL_SOCKET_ONEWAYBUDGET_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "socket/Fd.h"
+#include "socket/Wire.h"
+
+namespace android::transport {
+
+/// How much of its one-way calls a process has still to carry out, in the manners of a driver: the
+/// kernel keeps them in half of the process's 1 MB. All who send to it count in one page of memory
+/// that it gives them. They could as well count wrongly: this is for tests, not for strangers.
+///
+/// Called on: any thread. Locks: none.
+class OneWayBudget {
+public:
+    /// This process's own, as the receiver of calls; never destroyed.
+    static OneWayBudget& own();
+
+    /// The one of a process that has given this page away; not `valid` when the page is none.
+    explicit OneWayBudget(Fd page);
+    ~OneWayBudget();
+    OneWayBudget(const OneWayBudget&) = delete;
+    OneWayBudget& operator=(const OneWayBudget&) = delete;
+
+    bool valid() const { return mUsed != nullptr; }
+    const Fd& page() const { return mPage; }
+
+    /// A call with so many bytes of payload is about to be sent. False when there is no room.
+    bool take(size_t payload);
+    /// It has been carried out, or was not sent.
+    void giveBack(size_t payload);
+
+private:
+    using Counter = std::atomic<uint32_t>;
+    static_assert(Counter::is_always_lock_free, "processes share it");
+
+    const Fd mPage;
+    Counter* mUsed = nullptr;
+};
+
+/// Is this call counted in this process's budget? What says so in the default manners says nothing.
+bool isCounted(const Header& oneWay);
+
+/// Gives this process's page to whoever holds the other end of `socket`, in the manners of a
+/// driver; else nothing.
+void showBudget(const Fd& socket);
+
+}  // namespace android::transport
+
+#endif

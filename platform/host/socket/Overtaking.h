@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_OVERTAKING_H
+#define VOXTREL_SOCKET_OVERTAKING_H
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// Lets two-way calls overtake one-way calls that their caller made before, as the kernel's driver
+/// may. There is one for each reference that another process holds, and only in the manners of a
+/// driver: about half of the one-way calls through that reference are held back until a two-way
+/// call through it has been carried out, or `kLongest` has passed since they arrived. Held back
+/// they keep their turn, so that one-way calls never overtake each other.
+///
+/// Called on: any thread.
+class Overtaking {
+public:
+    static constexpr std::chrono::milliseconds kLongest{20};
+
+    /// One one-way call, by its place among those of its reference.
+    struct Arrival {
+        uint32_t number = 0;  ///< from 1
+        std::chrono::steady_clock::time_point time{};
+    };
+    Arrival arrive() PLATFORM_EXCLUDES(mLock);
+
+    /// Waits until the call may be carried out. What is to overtake it may come over the socket
+    /// that the calling thread reads: the watchman lends that to another thread.
+    void holdBack(const Arrival& arrival, uint32_t code) PLATFORM_EXCLUDES(mLock);
+
+    /// How many have arrived so far.
+    uint32_t arrived() PLATFORM_EXCLUDES(mLock);
+    /// A two-way call has been carried out that came behind so many: they are held back no longer.
+    void overtake(uint32_t arrived) PLATFORM_EXCLUDES(mLock);
+
+private:
+    Mutex mLock;
+    std::condition_variable_any mChanged;
+    uint32_t mArrived PLATFORM_GUARDED_BY(mLock) = 0;
+    uint32_t mOvertaken PLATFORM_GUARDED_BY(mLock) = 0;
+};
+
+/// The seed's word on one call: about every other one is to be overtaken. The same on each machine.
+bool isToBeOvertaken(uint32_t seed, uint32_t number, uint32_t code);
+
+}  // namespace android::transport
+
+#endif

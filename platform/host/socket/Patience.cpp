@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "socket/Patience.h"
+
+#include <poll.h>
+
+#include <cerrno>
+
+namespace android::transport {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+}  // namespace
+
+bool Patience::wait(const Obstacle& obstacle) {
+    const auto now = Clock::now();
+    if (mDeadline == Clock::time_point{}) {
+        mDeadline = now + std::chrono::milliseconds(mMilliseconds);
+    }
+    // Rounded up: the last millisecond is slept, not spent on looking again and again.
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(mDeadline - now).count();
+    if (left <= 0) {
+        return false;
+    }
+    pollfd request = {obstacle.fd, obstacle.events, 0};
+    return poll(&request, 1, static_cast<int>(left)) >= 0 || errno == EINTR;
+}
+
+}  // namespace android::transport

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "socket/PeerBudget.h"
+
+#include <poll.h>
+
+#include "socket/Message.h"
+#include "socket/Patience.h"
+
+namespace android::transport {
+
+OneWayBudget* PeerBudget::find(const Fd& door) {
+    Mutex::Autolock held(mLock);
+    if (!mAsked) {
+        ask(door);
+    }
+    if (mAnswer.valid()) {
+        readAnswer();
+    }
+    return mBudget.get();
+}
+
+void PeerBudget::ask(const Fd& door) {
+    SocketPair pair = makeSocketPair();
+    mAsked = pair.held.valid() && sendAdopt(door, Role::Budget, pair.served) == OK;
+    if (!mAsked) {
+        return;  // the next call asks
+    }
+    pair.served.reset();  // so that a process that keeps no budget is seen to hang up
+    mAnswer = std::move(pair.held);
+    Patience patience;
+    (void)patience.wait({mAnswer.get(), POLLIN});
+}
+
+void PeerBudget::readAnswer() {
+    Parcel nothing;
+    Envelope envelope;
+    const Received received = receiveMessage(mAnswer, false, nothing, envelope);
+    if (received == Received::Nothing) {
+        return;
+    }
+    if (received == Received::Message && envelope.header().kind == Kind::Adopt) {
+        auto budget = std::make_unique<OneWayBudget>(envelope.takeFd(0));
+        mBudget = budget->valid() ? std::move(budget) : nullptr;
+    }
+    mAnswer.reset();
+}
+
+}  // namespace android::transport

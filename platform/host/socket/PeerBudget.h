@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_PEERBUDGET_H
+#define VOXTREL_SOCKET_PEERBUDGET_H
+
+#include <memory>
+
+#include "socket/OneWayBudget.h"
+#include "utils/Mutex.h"
+
+namespace android::transport {
+
+/// The budget of the process that a reference leads to, asked for through the door.
+///
+/// Called on: any thread. Locks: its own, also while it waits for the first answer.
+class PeerBudget {
+public:
+    /// Null while the process has not said, or when it keeps none. The first call waits for the
+    /// answer, for `kPatienceMs` at most; the others take what is there.
+    OneWayBudget* find(const Fd& door) PLATFORM_EXCLUDES(mLock);
+
+private:
+    void ask(const Fd& door) PLATFORM_REQUIRES(mLock);
+    void readAnswer() PLATFORM_REQUIRES(mLock);
+
+    Mutex mLock;
+    bool mAsked PLATFORM_GUARDED_BY(mLock) = false;
+    Fd mAnswer PLATFORM_GUARDED_BY(mLock);
+    std::unique_ptr<OneWayBudget> mBudget PLATFORM_GUARDED_BY(mLock);
+};
+
+}  // namespace android::transport
+
+#endif

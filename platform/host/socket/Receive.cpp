@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <pthread.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "socket/Memfd.h"
+#include "socket/Message.h"
+#include "socket/ParcelFrame.h"
+
+namespace android::transport {
+
+namespace {
+
+constexpr int kScmPidfd = 4;  // SCM_PIDFD, which older headers do not name
+
+// Plain, and freed by a key that the end of main does not run: destructors of static objects make
+// calls, too.
+thread_local uint8_t* gOverflowRoom = nullptr;
+
+void freeOverflowRoom(void* room) {
+    gOverflowRoom = nullptr;
+    delete[] static_cast<uint8_t*>(room);
+}
+
+// What does not fit into a parcel's own room lands here first, once a thread.
+uint8_t* overflowRoom() {
+    if (gOverflowRoom == nullptr) {
+        static const pthread_key_t atThreadEnd = [] {
+            pthread_key_t key{};
+            (void)pthread_key_create(&key, &freeOverflowRoom);  // a leak of 64 KiB a thread, else
+            return key;
+        }();
+        gOverflowRoom = new uint8_t[kLargestPacket];
+        (void)pthread_setspecific(atThreadEnd, gOverflowRoom);
+    }
+    return gOverflowRoom;
+}
+
+}  // namespace
+
+Fd Envelope::takeFd(size_t index) {
+    return Fd(std::exchange(mFds[mFirstFd + index], -1));
+}
+
+int Envelope::highestFd() const {
+    return mFdCount != 0 ? *std::max_element(mFds, mFds + mFdCount) : -1;
+}
+
+void Envelope::closeFds() {
+    for (size_t i = 0; i < mFdCount; ++i) {
+        const Fd closed(mFds[i]);
+    }
+    mFdCount = 0;
+}
+
+// Fills one envelope and one parcel from one packet.
+class Receiver {
+public:
+    Receiver(Parcel& parcel, Envelope& envelope) : mFrame(parcel), mEnvelope(envelope) {}
+
+    Received run(const Fd& socket, bool wait) {
+        mEnvelope.closeFds();
+        mParts[0] = {mFrame.block(), ParcelFrame::kOwnRoom};
+        mParts[1] = {overflowRoom(), kLargestPacket};
+        const ssize_t got = take(socket, wait);
+        if (got < 0) {
+            const bool none = errno == EAGAIN || errno == EWOULDBLOCK;
+            return none ? Received::Nothing : Received::HungUp;
+        }
+        readControl();
+        if (got == 0) {
+            return mEnvelope.mFdCount == 0 ? Received::HungUp : Received::Malformed;
+        }
+        const auto size = static_cast<size_t>(got);
+        if (mTooManyFds || (mMessage.msg_flags & MSG_TRUNC) != 0) {
+            return Received::Malformed;
+        }
+        if ((mMessage.msg_flags & MSG_CTRUNC) != 0) {
+            return unpackHeaderOnly(size) ? Received::OutOfDescriptors : Received::Malformed;
+        }
+        return unpack(size) ? Received::Message : Received::Malformed;
+    }
+
+private:
+    ssize_t take(const Fd& socket, bool wait) {
+        const int flags = MSG_CMSG_CLOEXEC | (wait ? 0 : MSG_DONTWAIT);
+        for (;;) {
+            mMessage = {};
+            mMessage.msg_iov = mParts;
+            mMessage.msg_iovlen = 2;
+            mMessage.msg_control = mControl;
+            mMessage.msg_controllen = sizeof(mControl);
+            const ssize_t got = recvmsg(socket.get(), &mMessage, flags);
+            // A reset says that the other side left replies unread; what it sent is still there.
+            if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
+                return got;
+            }
+        }
+    }
+
+    void readControl() {
+        mEnvelope.mPid = 0;
+        mEnvelope.mUid = static_cast<uid_t>(-1);
+        for (cmsghdr* part = CMSG_FIRSTHDR(&mMessage); part != nullptr;
+             part = CMSG_NXTHDR(&mMessage, part)) {
+            if (part->cmsg_type == SCM_CREDENTIALS) {
+                ucred sender;
+                std::memcpy(&sender, CMSG_DATA(part), sizeof(sender));
+                mEnvelope.mPid = sender.pid;
+                mEnvelope.mUid = sender.uid;
+            } else if (part->cmsg_type == SCM_RIGHTS) {
+                const size_t count = (part->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+                for (size_t i = 0; i < count; ++i) {
+                    int fd = -1;
+                    std::memcpy(&fd, CMSG_DATA(part) + i * sizeof(fd), sizeof(fd));
+                    keep(fd);
+                }
+            } else if (part->cmsg_type == kScmPidfd) {
+                // Nobody here asks for it, but who made the socket may have: a stray descriptor.
+                int stray = -1;
+                std::memcpy(&stray, CMSG_DATA(part), sizeof(stray));
+                const Fd closed(stray);
+            }
+        }
+    }
+
+    // The room for control messages is rounded up, and may hold more than are allowed.
+    void keep(int fd) {
+        if (mEnvelope.mFdCount < kMostFds) {
+            // Still known as one of the runtime's: a forked child must not keep it.
+            mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
+        } else {
+            mTooManyFds = true;
+            const Fd closed(fd);
+        }
+    }
+
+    // The kernel had no room for descriptors: in this process, or in a packet that brought more
+    // than any message may have, which then is malformed.
+    bool unpackHeaderOnly(size_t size) {
+        const size_t got = mEnvelope.mFdCount;
+        mEnvelope.closeFds();
+        if (got >= kMostFds || !gather(size) || size < sizeof(Header)) {
+            return false;
+        }
+        Header header;
+        std::memcpy(&header, mFrame.block(), sizeof(header));
+        Layout layout;
+        if (!decode(mFrame.block(), size, claimedFds(header), &layout)) {
+            return false;
+        }
+        mEnvelope.mHeader = layout.header;
+        return true;
+    }
+
+    // What did not fit into the parcel's own room is put behind it.
+    bool gather(size_t size) {
+        if (size > ParcelFrame::kOwnRoom) {
+            if (!mFrame.reserve(size, ParcelFrame::kOwnRoom)) {
+                return false;
+            }
+            std::memcpy(mFrame.block() + ParcelFrame::kOwnRoom, mParts[1].iov_base,
+                        size - ParcelFrame::kOwnRoom);
+        }
+        return true;
+    }
+
+    bool unpack(size_t size) {
+        Layout layout;
+        if (!gather(size) || !decode(mFrame.block(), size, mEnvelope.mFdCount, &layout)) {
+            return false;
+        }
+        mEnvelope.mHeader = layout.header;
+        for (size_t i = 0; i < layout.header.objectCount; ++i) {
+            mEnvelope.mRecords[i] = recordAt(mFrame.block(), layout, i);
+        }
+        return fetchPayload(layout);
+    }
+
+    bool fetchPayload(const Layout& layout) {
+        const size_t size = layout.header.payloadSize;
+        const bool apart = (layout.header.options & kPayloadInMemfd) != 0;
+        mEnvelope.mFirstFd = apart ? 1 : 0;
+        if (apart) {
+            const Fd memfd(std::exchange(mEnvelope.mFds[0], -1));
+            const size_t there = sizeof(Header) + layout.inlinePayload;
+            if (!mFrame.reserve(sizeof(Header) + size, there) ||
+                !readSealed(memfd, mFrame.block() + there, size - layout.inlinePayload)) {
+                return false;
+            }
+        }
+        mFrame.setContents(size);
+        return true;
+    }
+
+    static constexpr size_t kControlSize =
+        CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(int) * kMostFds);
+
+    ParcelFrame mFrame;
+    Envelope& mEnvelope;
+    bool mTooManyFds = false;
+    iovec mParts[2];
+    msghdr mMessage;
+    alignas(cmsghdr) char mControl[kControlSize];
+};
+
+Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope) {
+    return Receiver(parcel, envelope).run(socket, wait);
+}
+
+}  // namespace android::transport

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "socket/Memfd.h"
+#include "socket/Message.h"
+#include "socket/ParcelFrame.h"
+
+namespace android::transport {
+
+namespace {
+
+constexpr int kSendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
+
+status_t statusOf(int error) {
+    switch (error) {
+        case EAGAIN:
+            return WOULD_BLOCK;
+        case EPIPE:
+        case ECONNRESET:
+        case ENOTCONN:
+            return DEAD_OBJECT;
+        default:
+            return FAILED_TRANSACTION;
+    }
+}
+
+// `attempt` makes the system call.
+template <typename Attempt>
+status_t attemptOnce(Attempt attempt) {
+    ssize_t sent = attempt();
+    while (sent < 0 && errno == EINTR) {
+        sent = attempt();
+    }
+    return sent >= 0 ? static_cast<status_t>(OK) : statusOf(errno);
+}
+
+struct Control {
+    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(int) * kMostFds)];
+    size_t size = 0;
+
+    void add(size_t index, int fd) {
+        std::memcpy(bytes + CMSG_LEN(0) + index * sizeof(int), &fd, sizeof(fd));
+    }
+
+    void finish(size_t count) {
+        const cmsghdr header = {CMSG_LEN(count * sizeof(int)), SOL_SOCKET, SCM_RIGHTS};
+        std::memcpy(bytes, &header, sizeof(header));
+        size = count != 0 ? CMSG_SPACE(count * sizeof(int)) : 0;
+    }
+};
+
+status_t sendParts(const Fd& socket, iovec* parts, size_t count, Control& control) {
+    msghdr message = {};
+    message.msg_iov = parts;
+    message.msg_iovlen = count;
+    message.msg_control = control.size != 0 ? control.bytes : nullptr;
+    message.msg_controllen = control.size;
+    return attemptOnce([&] { return sendmsg(socket.get(), &message, kSendFlags); });
+}
+
+// A copy and a call with one part cost less than a call with two, for what usually is sent.
+status_t sendSmall(const Fd& socket, const Header& header, const Parcel& parcel) {
+    uint8_t packet[ParcelFrame::kOwnRoom];
+    std::memcpy(packet, &header, sizeof(header));
+    std::memcpy(packet + sizeof(header), parcel.data(), header.payloadSize);
+    const size_t size = sizeof(header) + header.payloadSize;
+    return attemptOnce([&] { return send(socket.get(), packet, size, kSendFlags); });
+}
+
+// For sending only; the type has no const.
+iovec partOf(const void* bytes, size_t size) {
+    return {const_cast<void*>(bytes), size};
+}
+
+status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
+                   const Attachments& attachments) {
+    const size_t recordBytes = attachments.records.size() * sizeof(ObjectRecord);
+    const bool apart = sizeof(Header) + header.payloadSize + recordBytes > kLargestPacket;
+    const size_t inPacket = apart ? kInlineWithMemfd : header.payloadSize;
+    Fd memfd;
+    if (apart) {
+        memfd = sealedCopy(parcel.data() + inPacket, header.payloadSize - inPacket);
+        if (!memfd.valid()) {
+            return FAILED_TRANSACTION;
+        }
+        header.options |= kPayloadInMemfd;
+    }
+
+    Control control;
+    size_t fds = 0;
+    if (apart) {
+        control.add(fds++, memfd.get());
+    }
+    for (const Fd& fd : attachments.fds) {
+        control.add(fds++, fd.get());
+    }
+    control.finish(fds);
+    iovec parts[3] = {
+        partOf(&header, sizeof(header)),
+        partOf(parcel.data(), inPacket),
+        partOf(attachments.records.data(), recordBytes),
+    };
+    return sendParts(socket, parts, 3, control);
+}
+
+}  // namespace
+
+status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
+                     const Attachments& attachments) {
+    const size_t size = parcel.dataSize();
+    if (size > largestPayload(header.kind) || attachments.records.size() > kMostObjects) {
+        return FAILED_TRANSACTION;
+    }
+    header.magic = kMagic;
+    header.payloadSize = static_cast<uint32_t>(size);
+    header.objectCount = static_cast<uint32_t>(attachments.records.size());
+    const bool small =
+        attachments.records.empty() && sizeof(header) + size <= ParcelFrame::kOwnRoom;
+    return small ? sendSmall(socket, header, parcel)
+                 : sendLarge(socket, header, parcel, attachments);
+}
+
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder) {
+    Header header = {
+        kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, static_cast<uint32_t>(holder), 0, 0,
+        0};
+    Control control;
+    control.add(0, end.get());
+    control.finish(1);
+    iovec part = {&header, sizeof(header)};
+    return sendParts(socket, &part, 1, control);
+}
+
+}  // namespace android::transport

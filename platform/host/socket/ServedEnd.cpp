@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "socket/ServedEnd.h"
+
+#include <sys/socket.h>
+
+#include "socket/Log.h"
+
+namespace android::transport {
+
+void ServedEnd::close() {
+    reactor().remove(*this);
+    (void)shutdown(socket().get(), SHUT_RDWR);  // fails where the peer has closed already
+}
+
+void ServedEnd::refuse(const char* what, const Envelope& envelope) {
+    logLimited("%s from process %d: its connection is closed", what,
+               static_cast<int>(envelope.senderPid()));
+    close();
+}
+
+bool ServedEnd::accepts(const Envelope& envelope) {
+    // Sent before the socket was told to name senders, or by somebody whom this process cannot see.
+    if (envelope.senderPid() == 0) {
+        refuse("a message without a sender", envelope);
+        return false;
+    }
+    return true;
+}
+
+bool ServedEnd::survives(Received received, const Envelope& envelope) {
+    if (received == Received::Nothing) {
+        return true;
+    }
+    if (received == Received::Malformed) {
+        refuse("a malformed message", envelope);
+    } else {
+        close();  // all of it has been read: who closed it for writing only waits to hear that
+    }
+    return false;
+}
+
+}  // namespace android::transport

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "socket/Message.h"
+
+namespace android::transport {
+
+namespace {
+
+int socketOption(int fd, int option) {
+    int value = -1;
+    socklen_t size = sizeof(value);
+    return getsockopt(fd, SOL_SOCKET, option, &value, &size) == 0 ? value : -1;
+}
+
+}  // namespace
+
+SocketPair makeSocketPair() {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
+        return {};
+    }
+    SocketPair pair{Fd(ends[0]), Fd(ends[1])};
+    const int on = 1;
+    if (setsockopt(pair.served.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) != 0) {
+        return {};
+    }
+    return pair;
+}
+
+bool isPeerSocket(const Fd& fd) {
+    return socketOption(fd.get(), SO_DOMAIN) == AF_UNIX &&
+           socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET;
+}
+
+pid_t peerPid(const Fd& fd) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    return getsockopt(fd.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
+bool hasHungUp(const Fd& fd) {
+    pollfd request = {fd.get(), POLLRDHUP, 0};
+    int ready = poll(&request, 1, 0);
+    while (ready < 0 && errno == EINTR) {
+        ready = poll(&request, 1, 0);
+    }
+    return ready > 0;
+}
+
+}  // namespace android::transport

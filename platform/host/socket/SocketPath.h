@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_SOCKETPATH_H
+#define VOXTREL_SOCKET_SOCKETPATH_H
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace android::transport {
+
+/// Where the service manager listens: $VOXTREL_BINDER_SOCKET, else $XDG_RUNTIME_DIR/voxtrel/binder,
+/// else voxtrel-<uid>/binder under /tmp. Read anew at each call.
+std::string socketPath();
+
+/// The folder in which the file of that path is.
+std::string folderOf(const std::string& path);
+
+/// Makes the folder of `path` for this user alone, where it is not there.
+void makeFolderOf(const std::string& path);
+
+/// Is the folder of `path` one that no other user can have put there, or that the user named?
+/// Under /tmp everybody may make folders of any name.
+bool folderIsTrusted(const std::string& path);
+
+/// Is there a folder, not a link to one, that belongs to `user` and that nobody else may enter?
+bool isPrivateTo(uid_t user, const std::string& folder);
+
+}  // namespace android::transport
+
+#endif

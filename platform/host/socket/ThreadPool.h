@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_THREADPOOL_H
+#define VOXTREL_SOCKET_THREADPOOL_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace android::transport {
+
+/// The threads that serve this process's nodes. One of them always waits in the reactor while the
+/// pool may still grow; a busy thread is never handed another's work.
+///
+/// Called on: any thread. Locks: none.
+class ThreadPool {
+public:
+    void start();
+    /// At least one thread serves once the pool has started, whatever `count` says.
+    void setMost(size_t count);
+    [[noreturn]] void serveForever();
+    /// Has any thread been told to serve? Without one nobody waits in the reactor.
+    bool isUsed() const { return mStarted || mJoined; }
+
+    /// May a thread that has just served a socket sleep on that socket, to be woken straight into
+    /// its next call? Only while others wait in the reactor, and half of the pool at most: so a
+    /// socket that stays silent keeps nobody from being served. `endStay` gives the place back.
+    bool tryStay();
+    void endStay();
+    /// For a thread that serves a brief source and finds that it may take long after all.
+    void keepOneWaiting();
+    /// Has the last thread left the reactor? Then who stays goes back there after each call.
+    bool nobodyWaits() const { return mWaiting.load(std::memory_order_relaxed) <= 0; }
+
+    /// A pool thread that waits for the reply to a call of its own does not count: another may be
+    /// started in its place, so that calls nest to any depth that matters. Not granted to the last
+    /// thread when no other can be started: nobody would be left to serve what all of them wait
+    /// for.
+    class Blocked {
+    public:
+        Blocked();
+        ~Blocked();
+        Blocked(const Blocked&) = delete;
+        Blocked& operator=(const Blocked&) = delete;
+
+        bool granted() const { return mGranted; }
+
+    private:
+        const bool mServes;
+        const bool mGranted;
+    };
+
+    /// Is the calling thread one that serves?
+    static bool servesHere();
+
+private:
+    // How many threads there are and how many of them wait for replies. The two change in one step:
+    // a thread must not leave on the strength of another that is about to wait.
+    struct Crew {
+        explicit Crew(uint32_t bits)
+            : spawned(static_cast<int>(bits >> 16U)), blocked(static_cast<int>(bits & 0xFFFFU)) {}
+        int free() const { return spawned - blocked; }
+        int spawned;
+        int blocked;
+    };
+    static constexpr uint32_t kOneSpawned = 1U << 16U;
+    static constexpr uint32_t kOneBlocked = 1;
+
+    /// False when another thread is wanted and cannot be had.
+    bool grow();
+    void serveOne();
+    void run();
+    bool leave();
+    struct Place;
+    void lose();
+    bool block();
+
+    std::atomic<bool> mStarted{false};
+    std::atomic<bool> mJoined{false};
+    std::atomic<int> mMost{15};
+    std::atomic<uint32_t> mCrew{0};
+    std::atomic<int> mWaiting{0};
+    std::atomic<int> mStaying{0};
+};
+
+/// The process's pool; never destroyed.
+ThreadPool& threadPool();
+
+}  // namespace android::transport
+
+#endif
