@@ -3,6 +3,8 @@
 
 namespace TTS {
 
+IMPLEMENT_META_INTERFACE(Callback, "tavix.ICallback")
+
 BpCallback::BpCallback(const android::sp<android::IBinder>& remote)
     : android::BpInterface<ICallback>(remote) {}
 

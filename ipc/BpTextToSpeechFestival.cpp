@@ -163,6 +163,8 @@ void readLists(const Parcel& reply, Capabilities& caps) {
 
 }  // namespace
 
+IMPLEMENT_META_INTERFACE(TextToSpeechFestival, "tavix.ITextToSpeechFestival")
+
 BpTextToSpeechFestival::BpTextToSpeechFestival(const android::sp<IBinder>& remote)
     : android::BpInterface<ITextToSpeechFestival>(remote) {}
 

@@ -14,9 +14,9 @@
      "            return ConfigValue::kInteger;\n", "every key carries a value"),
     ("ipc/ConfigValue.h", "kLanguageOutSize = 16;", "kLanguageOutSize = 20;",
      "more is stored than callers give room for"),
-    ("ipc/ITextToSpeechFestival.cpp", '"tavix.ITextToSpeechFestival"', '"tavix.ITextToSpeechFestiva"',
+    ("ipc/BpTextToSpeechFestival.cpp", '"tavix.ITextToSpeechFestival"', '"tavix.ITextToSpeechFestiva"',
      "another descriptor"),
-    ("ipc/ICallback.cpp", '"tavix.ICallback"', '"tavix.Callback"', "another descriptor"),
+    ("ipc/BpCallback.cpp", '"tavix.ICallback"', '"tavix.Callback"', "another descriptor"),
     # The service's proxy.
     ("ipc/BpTextToSpeechFestival.cpp",
      "kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,\n"
