@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/SharedConnection.h"
-
 #include "client/TTSClientPrivate.h"
 
 namespace TTS {

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// What the client does when the service dies, and when its own callback does.
 #include "client/DeathNotifier.h"
-
 #include "client/Log.h"
 #include "client/MutexLock.h"
 #include "client/SharedConnection.h"
+#include "client/TTSClientPrivate.h"
 
 namespace TTS {
 
@@ -26,6 +27,13 @@ void DeathNotifier::binderDied(const android::wp<android::IBinder>&) {
     const MutexLock lock(Clientmutex);
     dead = gttsbinder;
     gttsbinder.clear();
+}
+
+TTSClientPrivate::CbDeathNotifier::~CbDeathNotifier() = default;
+
+void TTSClientPrivate::CbDeathNotifier::binderDied(const android::wp<android::IBinder>&) {
+    printDeath(107);
+    m_cb.clear();
 }
 
 }  // namespace TTS
