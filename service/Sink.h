@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "service/Cancel.h"
@@ -33,13 +32,6 @@ public:
     /// what has not been heard is thrown away at once.
     virtual bool end(const Cancel& cancel) = 0;
 };
-
-/// Makes the sink that a command line names: "wav:FILE", "wavdir:FOLDER", "alsa", "alsa:DEVICE" or
-/// "none".
-///
-/// @param realTime a sink that is faster than sound takes as long as a loudspeaker would.
-/// @return null, with `error` filled, for any other text.
-std::unique_ptr<Sink> makeSink(const std::string& name, bool realTime, std::string& error);
 
 }  // namespace voxtreld
 

@@ -24,7 +24,7 @@
 #include "service/ProfileStore.h"
 #include "service/Readiness.h"
 #include "service/Registration.h"
-#include "service/Sink.h"
+#include "service/SinkFactory.h"
 #include "service/Speaker.h"
 #include "service/SpeechQueue.h"
 #include "service/UserProfile.h"

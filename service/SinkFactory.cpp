@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "service/Sink.h"
+#include "service/SinkFactory.h"
 
 #include "service/AlsaSink.h"
 #include "service/NullSink.h"
