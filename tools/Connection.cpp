@@ -88,7 +88,7 @@ std::string progressOf(const Diagnosis& seen, milliseconds timeout) {
 
 }  // namespace
 
-Obstacle obstacleIn(const Diagnosis& seen) {
+Problem problemIn(const Diagnosis& seen) {
     switch (seen.reach) {
         case Reach::NoManager:
             return {TTS::STATUS_SERVICE_NOT_FOUND, "there is no service manager" + placeOf(seen),
@@ -101,7 +101,7 @@ Obstacle obstacleIn(const Diagnosis& seen) {
             return {TTS::STATUS_NO_SERVICE, "the service manager" + silence(seen.manager),
                     remedyFor(seen.manager)};
         case Reach::NotTrusted:
-            return strangersService(seen.service.user);
+            return untrustedOwner(seen.service.user);
         case Reach::ServiceSilent:
             return {TTS::STATUS_NO_SERVICE, "the service" + silence(seen.service),
                     remedyFor(seen.service)};
@@ -151,8 +151,8 @@ Diagnosis Connection::look() {
 
 void Connection::fail(const Diagnosis& seen) {
     mTerminal.endProgress();
-    const Obstacle obstacle = obstacleIn(seen);
-    throw Failure(obstacle.code, obstacle.what, obstacle.remedy);
+    const Problem problem = problemIn(seen);
+    throw Failure(problem.code, problem.what, problem.remedy);
 }
 
 void Connection::connect() {

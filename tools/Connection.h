@@ -10,15 +10,8 @@
 
 namespace voxtrelctl {
 
-/// What stands in the way to the service, for a person.
-struct Obstacle {
-    int code = 0;
-    std::string what;
-    std::string remedy;
-};
-
-/// Not for `Connected`.
-Obstacle obstacleIn(const voxtrel::Diagnosis& seen);
+/// Why the service is not reached. Not for `Connected`.
+Problem problemIn(const voxtrel::Diagnosis& seen);
 
 /// The service, for a command that needs it. Called on: the main thread.
 class Connection {

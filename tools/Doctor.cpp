@@ -51,9 +51,9 @@ std::vector<Finding> wayTo(const Diagnosis& seen) {
     std::vector<Finding> findings;
     for (const Step& step : stepsOf(seen)) {
         if (seen.reach <= step.stopsAt) {
-            const Obstacle obstacle = obstacleIn(seen);
-            const std::string what = obstacle.what.empty() ? "absent" : obstacle.what;
-            findings.push_back({step.subject, Verdict::Bad, what, obstacle.remedy, obstacle.code});
+            const Problem problem = problemIn(seen);
+            const std::string what = problem.what.empty() ? "absent" : problem.what;
+            findings.push_back({step.subject, Verdict::Bad, what, problem.remedy, problem.code});
             break;
         }
         if (!step.good.empty()) {

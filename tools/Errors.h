@@ -18,6 +18,13 @@ struct StatusMeaning {
     const char* remedy;   ///< what to do next
 };
 
+/// What keeps a command from going on, for a person.
+struct Problem {
+    int code = 0;
+    std::string what;
+    std::string remedy;
+};
+
 /// The meaning of a status code of the client library; a code the library does not name gets a
 /// general entry with that code. Called on: any thread. Locks: none.
 StatusMeaning meaningOf(int code);

@@ -42,7 +42,7 @@ std::string ownerName(std::uint32_t user) {
     return "user " + (found != nullptr ? found->pw_name + (" (" + number + ")") : number);
 }
 
-Obstacle strangersService(std::optional<std::uint32_t> owner) {
+Problem untrustedOwner(std::optional<std::uint32_t> owner) {
     if (!owner) {
         return {TTS::STATUS_NO_SERVICE, "the service manager does not tell whose it is",
                 "voxtrel-servicemanager is older than voxtrelctl: start it again"};

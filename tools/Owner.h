@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/Connection.h"
+#include "tools/Arguments.h"
+#include "tools/Errors.h"
 
 namespace voxtrelctl {
 
@@ -21,8 +22,8 @@ std::vector<std::uint32_t> trustedUsers(const Options& options);
 /// "user anna (1001)". Called on: any thread.
 std::string ownerName(std::uint32_t user);
 
-/// What is said of a service of this user's, which is not trusted; empty: of nobody knows whom.
-Obstacle strangersService(std::optional<std::uint32_t> owner);
+/// The problem with a service of a user who is not trusted; empty: the owner is not known.
+Problem untrustedOwner(std::optional<std::uint32_t> owner);
 
 }  // namespace voxtrelctl
 
