@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voxtrel/Client.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 
 #include "voxtrel/ClientState.h"
@@ -29,39 +27,16 @@ std::shared_ptr<Session> sessionFor(const ClientOptions& options,
                                    : Session::ofProcess(mailbox, options.trustedUsers);
 }
 
+std::shared_ptr<ClientState> newState(const ClientOptions& options) {
+    const bool isPolled = options.handlerThread == HandlerThread::OfTheApplication;
+    const auto mailbox = std::make_shared<Mailbox>(isPolled);
+    const ClientState::Times times = {options.deadline, options.linger};
+    return std::make_shared<ClientState>(times, mailbox, sessionFor(options, mailbox));
+}
+
 }  // namespace
 
-ClientState::ClientState(const ClientOptions& chosen)
-    : options(chosen),
-      mailbox(std::make_shared<Mailbox>(chosen.handlerThread == HandlerThread::OfTheApplication)),
-      session(sessionFor(chosen, mailbox)) {}
-
-std::chrono::steady_clock::time_point ClientState::deadline(
-    std::optional<Milliseconds> asked) const {
-    return deadlineAfter(asked.value_or(options.deadline));
-}
-
-void ClientState::end(std::chrono::steady_clock::time_point atMost) {
-    // A forked child lets its parent's be.
-    if (session->pid() != static_cast<unsigned>(getpid())) {
-        return;
-    }
-    session->waitUntilSent(*mailbox, std::min(deadlineAfter(options.linger), atMost));
-    session->unlock(*mailbox);
-    session->leave(mailbox, std::min(deadlineAfter(options.deadline), atMost));
-}
-
-std::shared_ptr<Speech> ClientState::newSpeech() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    auto speech = std::make_shared<Speech>();
-    speech->client = mailbox;
-    speech->state = std::make_shared<UtteranceState>(++said);
-    speech->options = defaults;
-    return speech;
-}
-
-Client::Client(const std::string&, const ClientOptions& options)
-    : mState(std::make_shared<ClientState>(options)) {}
+Client::Client(const std::string&, const ClientOptions& options) : mState(newState(options)) {}
 
 Client::~Client() {
     if (mState != nullptr) {
@@ -152,7 +127,7 @@ SpeechOptions Client::defaults() const {
 }
 
 void Client::onEvent(std::function<void(const Event&)> handler) {
-    if (handler && mState->options.handlerThread == HandlerThread::OfTheLibrary) {
+    if (handler && !mState->mailbox->isPolled()) {
         mState->session->startHandling();
     }
     mState->mailbox->setHandler(std::move(handler));

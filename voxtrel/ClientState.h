@@ -2,11 +2,11 @@
 #ifndef VOXTREL_CLIENTSTATE_H
 #define VOXTREL_CLIENTSTATE_H
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
 
-#include "voxtrel/Client.h"
 #include "voxtrel/session/Session.h"
 
 namespace voxtrel {
@@ -14,15 +14,22 @@ namespace voxtrel {
 /// What a client and the locks it gave share.
 class ClientState {
 public:
-    explicit ClientState(const ClientOptions& options);
+    struct Times {
+        std::chrono::milliseconds deadline;
+        std::chrono::milliseconds linger;
+    };
 
-    std::chrono::steady_clock::time_point deadline(std::optional<Milliseconds> asked) const;
+    ClientState(const Times& times, std::shared_ptr<Mailbox> mailbox,
+                std::shared_ptr<Session> session);
+
+    std::chrono::steady_clock::time_point deadline(
+        std::optional<std::chrono::milliseconds> asked) const;
     std::shared_ptr<Speech> newSpeech();
 
     /// Ends the client; waits for what it says no longer than until `atMost`.
     void end(std::chrono::steady_clock::time_point atMost);
 
-    const ClientOptions options;
+    const Times times;
     const std::shared_ptr<Mailbox> mailbox;
     const std::shared_ptr<Session> session;
 

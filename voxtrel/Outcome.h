@@ -2,9 +2,17 @@
 #ifndef VOXTREL_OUTCOME_H
 #define VOXTREL_OUTCOME_H
 
+#include <cstddef>
+
 #include "voxtrel/Status.h"
 
 namespace voxtrel {
+
+/// A place in the text that was given to `say`.
+struct Position {
+    std::size_t bytes = 0;
+    std::size_t characters = 0;  ///< code points
+};
 
 /// What became of an utterance. A plain value. Called on: any one thread.
 class Outcome {

@@ -3,7 +3,6 @@
 #define VOXTREL_UTTERANCE_H
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -12,12 +11,6 @@
 namespace voxtrel {
 
 class UtteranceState;
-
-/// A place in the text that was given to `say`.
-struct Position {
-    std::size_t bytes = 0;
-    std::size_t characters = 0;  ///< code points
-};
 
 /// A handle on what a client said; copies stand for the same utterance. It may outlive the client,
 /// which decides its outcome when it ends.

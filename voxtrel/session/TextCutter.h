@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "voxtrel/Utterance.h"
+#include "voxtrel/Outcome.h"
 
 namespace voxtrel {
 

@@ -8,7 +8,6 @@
 #include <mutex>
 
 #include "voxtrel/Outcome.h"
-#include "voxtrel/Utterance.h"
 
 namespace voxtrel {
 

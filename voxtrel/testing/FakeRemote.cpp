@@ -9,10 +9,12 @@ namespace voxtrel::testing {
 using State = FakeState;
 
 Port::Found FakePort::find(std::function<void()> died) {
-    if (const std::shared_ptr<State> service = mService.lock()) {
-        return service->find(std::move(died));
+    const std::shared_ptr<State> service = mService.lock();
+    const auto life = service != nullptr ? service->link(std::move(died)) : std::nullopt;
+    if (!life) {
+        return {nullptr, Reach::NoService};
     }
-    return {nullptr, Reach::NoService};
+    return {new FakeRemote(service, *life)};
 }
 
 int FakeRemote::answer(const std::function<int(State&)>& serve) const {

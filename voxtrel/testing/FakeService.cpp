@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voxtrel/testing/FakeService.h"
 
-#include "voxtrel/testing/FakeState.h"
+#include "voxtrel/testing/FakeHost.h"
 
 namespace voxtrel::testing {
 
-FakeService::FakeService() : mState(std::make_shared<FakeState>()) {}
+FakeService::FakeService() : mState(std::make_shared<FakeHost>()) {}
 
 FakeService::~FakeService() {
     mState->end();

@@ -15,7 +15,7 @@
 
 namespace voxtrel::testing {
 
-class FakeState;
+class FakeHost;
 
 /// A service inside an application's own test: no processes, no runtime, no sound, and whatever
 /// faults the test wants. Clients are given it by `ClientOptions::fake`, and it must outlive them.
@@ -95,8 +95,8 @@ public:
     void unlockByAnother();
 
 private:
-    const std::shared_ptr<FakeState> mState;
-    friend FakeState& stateOf(FakeService& service);
+    const std::shared_ptr<FakeHost> mState;
+    friend FakeHost& hostOf(FakeService& service);
 };
 
 }  // namespace voxtrel::testing

@@ -7,7 +7,6 @@
 #include "vocabulary/Status.h"
 #include "voxtrel/session/TextCutter.h"
 #include "voxtrel/session/Wire.h"
-#include "voxtrel/testing/FakeRemote.h"
 
 namespace voxtrel::testing {
 namespace {
@@ -60,21 +59,13 @@ void FakeState::end() {
     }
 }
 
-std::shared_ptr<Session> FakeState::join(const std::shared_ptr<Mailbox>& client) {
-    const std::lock_guard<std::mutex> lock(mSessionMutex);
-    const auto newSession = [this] {
-        return std::make_shared<Session>(std::make_unique<FakePort>(weak_from_this()));
-    };
-    return Session::joinAt(mSession, newSession, client);
-}
-
-Port::Found FakeState::find(std::function<void()> died) {
+std::optional<std::uint64_t> FakeState::link(std::function<void()> died) {
     const std::lock_guard<std::mutex> lock(mMutex);
     if (!mIsAlive || mHasEnded) {
-        return {nullptr, Reach::NoService};
+        return std::nullopt;
     }
     mDied = std::move(died);
-    return {new FakeRemote(shared_from_this(), mLife)};
+    return mLife;
 }
 
 /// Waits while the service is frozen. False if that life has ended.

@@ -5,18 +5,16 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "ipc/ICallback.h"
-#include "voxtrel/session/Port.h"
+#include "voxtrel/Event.h"
 #include "voxtrel/session/SpeechRules.h"
-#include "voxtrel/testing/FakeService.h"
 #include "voxtrel/testing/FakeSettings.h"
-#include "voxtrel/testing/SessionSource.h"
 
 namespace voxtrel::testing {
 
@@ -25,19 +23,20 @@ namespace voxtrel::testing {
 /// Requests with an answer are served on the thread that makes them; those without one, speech and
 /// events are the business of the service's own thread, in order. Called on: any thread. Locks:
 /// one, never while a client is called.
-class FakeState : public SessionSource, public std::enable_shared_from_this<FakeState> {
+class FakeState {
 public:
     using Callback = android::sp<TTS::ICallback>;
 
     FakeState();
-    ~FakeState() override;
+    ~FakeState();
+    FakeState(const FakeState&) = delete;
+    FakeState& operator=(const FakeState&) = delete;
 
     /// Lets go whoever waits inside, for good.
     void end();
 
-    std::shared_ptr<Session> join(const std::shared_ptr<Mailbox>& client) override;
-
-    Port::Found find(std::function<void()> died);
+    /// Its present life, of whose end `died` tells; none when it is dead.
+    std::optional<std::uint64_t> link(std::function<void()> died);
 
     bool isAlive(std::uint64_t life) const;
 
@@ -137,15 +136,8 @@ private:
     bool mLosesWord = false;
     bool mLosesEnded = false;
 
-    std::mutex mSessionMutex;
-    std::weak_ptr<Session> mSession;
     std::thread mThread;
 };
-
-/// Of `service`.
-inline FakeState& stateOf(FakeService& service) {
-    return *service.mState;
-}
 
 }  // namespace voxtrel::testing
 
