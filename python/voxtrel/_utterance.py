@@ -4,15 +4,12 @@ from __future__ import annotations
 import ctypes
 import time
 from ctypes import c_ulong
-from typing import TYPE_CHECKING, Generator, Optional
+from typing import Generator, Optional, Protocol
 
 from ._convert import outcome_of, seconds
 from ._errors import error_for
 from ._native import Function, Position, RawOutcome, check, forks, last_error, vx
 from ._values import Outcome, Status
-
-if TYPE_CHECKING:
-    from ._client import Client
 
 # An interrupt from the keyboard is seen between two waits of C.
 SLICE = 0.05
@@ -36,6 +33,12 @@ def wait_in_slices(function: Function, timeout: Optional[float], *after: object)
             raise error_for(status, last_error())
 
 
+class _Client(Protocol):
+    """What an utterance uses of the client that said it."""
+
+    async def _outcome_on_loop(self, utterance: Utterance) -> Outcome: ...
+
+
 class Utterance:
     """A handle on what a client said. It may outlive the client, which decides its outcome.
 
@@ -46,7 +49,7 @@ class Utterance:
 
     __slots__ = ("__weakref__", "_client", "_forks", "_number", "_pointer")
 
-    def __init__(self, client: Client, pointer: int) -> None:
+    def __init__(self, client: _Client, pointer: int) -> None:
         self._client = client
         self._pointer = pointer
         self._forks = forks()

@@ -5,17 +5,21 @@ from __future__ import annotations
 
 import weakref
 from types import TracebackType
-from typing import TYPE_CHECKING, Optional
+from typing import Optional, Protocol
 
 from . import _convert as convert
 from ._native import FOREVER, Handle, check, load_testing, new_handle, vx
 from ._values import EventKind, Status
 from ._weak import WeakList
 
-if TYPE_CHECKING:
-    from ._client import Client
-
 load_testing()
+
+
+class _Client(Protocol):
+    """What a fake service uses of its clients."""
+
+    @property
+    def is_closed(self) -> bool: ...
 
 
 class FakeService:
@@ -35,7 +39,7 @@ class FakeService:
         pointer = new_handle("fake", vx["vx_fake_new"])
         self._handle = Handle(pointer, vx["vx_fake_free"], "the fake service")
         self._finalizer = weakref.finalize(self, self._handle.close)
-        self._clients: WeakList[Client] = WeakList()
+        self._clients: WeakList[_Client] = WeakList()
 
     def close(self) -> None:
         """Ends it; RuntimeError while a client of it is left."""
@@ -58,7 +62,7 @@ class FakeService:
         """Of Client: lets the client that these options of C make speak through it."""
         check(self._handle.call(_set_fake, options))
 
-    def serve(self, client: Client) -> None:
+    def serve(self, client: _Client) -> None:
         """Of Client: the one that was made."""
         self._clients.add(client)
 
