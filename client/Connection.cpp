@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include "client/Log.h"
 #include "client/MutexLock.h"
 #include "client/Operations.h"
-#include "client/Pause.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
 #include "vocabulary/Status.h"
@@ -14,6 +15,11 @@ constexpr int kSearchAttempts = 31;
 constexpr uint32_t kSearchPause = 500000;  // microseconds
 constexpr int kCapabilityCalls = 1201;
 constexpr uint32_t kCapabilityPause = 50000;  // microseconds
+
+/// The one place where the client waits.
+void pauseMicroseconds(uint32_t microseconds) {
+    (void)usleep(microseconds);  // a pause cut short by a signal only asks the service sooner
+}
 
 void ignoreEvent(unsigned int, unsigned int, unsigned int) {}
 

@@ -9,7 +9,7 @@ set_target_properties(voxtrel-client PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(room IN LISTS VOXTREL_ROOMS)
   install(DIRECTORY "${CMAKE_SOURCE_DIR}/${room}" COMPONENT development
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel" FILES_MATCHING PATTERN "*.h"
-    REGEX "/client/(CurrentLanguage|DeviceFilter|FilterText|Log|Operations|Pause|Values)\\.h$" EXCLUDE
+    REGEX "/client/(CurrentLanguage|DeviceFilter|FilterText|Log|Operations|Values)\\.h$" EXCLUDE
     REGEX "/profile/Profile(Reader|Writer)\\.h$" EXCLUDE)
 endforeach()
 
