@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <unistd.h>
 
-#include "client/Log.h"
 #include "client/MutexLock.h"
-#include "client/Operations.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
+#include "client/internal/Log.h"
+#include "client/internal/Operations.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/Operations.h"
 #include "client/TTSClientPrivate.h"
+#include "client/internal/Operations.h"
 
 namespace TTS {
 

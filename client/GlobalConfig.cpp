@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <stdexcept>
 
-#include "client/CurrentLanguage.h"
-#include "client/DeviceFilter.h"
-#include "client/Log.h"
-#include "client/Operations.h"
 #include "client/TTSClientPrivate.h"
-#include "client/Values.h"
+#include "client/internal/CurrentLanguage.h"
+#include "client/internal/DeviceFilter.h"
+#include "client/internal/Log.h"
+#include "client/internal/Operations.h"
+#include "client/internal/Values.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

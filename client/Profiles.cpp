@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/Log.h"
-#include "client/Operations.h"
 #include "client/TTSClientPrivate.h"
+#include "client/internal/Log.h"
+#include "client/internal/Operations.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "client/Log.h"
-#include "client/Operations.h"
 #include "client/TTSClientPrivate.h"
-#include "client/Values.h"
+#include "client/internal/Log.h"
+#include "client/internal/Operations.h"
+#include "client/internal/Values.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

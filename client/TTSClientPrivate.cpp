@@ -3,8 +3,8 @@
 
 #include <unistd.h>
 
-#include "client/Log.h"
 #include "client/SharedConnection.h"
+#include "client/internal/Log.h"
 
 namespace TTS {
 

@@ -8,9 +8,8 @@ install(TARGETS voxtrel-client EXPORT voxtrel-client-targets
 set_target_properties(voxtrel-client PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(room IN LISTS VOXTREL_ROOMS)
   install(DIRECTORY "${CMAKE_SOURCE_DIR}/${room}" COMPONENT development
-    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel" FILES_MATCHING PATTERN "*.h"
-    REGEX "/client/(CurrentLanguage|DeviceFilter|FilterText|Log|Operations|Values)\\.h$" EXCLUDE
-    REGEX "/profile/Profile(Reader|Writer)\\.h$" EXCLUDE)
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel"
+    FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
 endforeach()
 
 if(VOXTREL_PLATFORM STREQUAL "host")

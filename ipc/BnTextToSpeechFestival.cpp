@@ -9,8 +9,8 @@
 #include <tuple>
 #include <type_traits>
 
-#include "ipc/ConfigValue.h"
 #include "ipc/TransactionCodes.h"
+#include "ipc/internal/ConfigValue.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "ipc/ConfigValue.h"
 #include "ipc/TransactionCodes.h"
+#include "ipc/internal/ConfigValue.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

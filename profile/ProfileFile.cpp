@@ -6,8 +6,8 @@
 #include <locale>
 #include <tuple>
 
-#include "profile/ProfileReader.h"
-#include "profile/ProfileWriter.h"
+#include "profile/internal/ProfileReader.h"
+#include "profile/internal/ProfileWriter.h"
 #include "vocabulary/Language.h"
 
 namespace TTS {

@@ -14,8 +14,8 @@
 #include <sstream>
 #include <system_error>
 
-#include "profile/ProfileReader.h"
-#include "profile/ProfileWriter.h"
+#include "profile/internal/ProfileReader.h"
+#include "profile/internal/ProfileWriter.h"
 
 namespace voxtrel {
 namespace {

@@ -14,10 +14,10 @@ done
 cd "$root"
 count=0
 for folder in "${folders[@]}"; do
-    for source in "$folder"/*.cpp; do
+    while IFS= read -r source; do
         "$compiler" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "${includes[@]}" "$source"
         count=$((count + 1))
-    done
+    done < <(find "$folder" -name '*.cpp')
 done
 echo "$count sources compiled"
 [ "$count" -ge 5 ]

@@ -24,6 +24,14 @@ bool isPlatform(const std::string& target) {
     return startsWith(target, "binder/") || startsWith(target, "utils/");
 }
 
+/// Private headers of another room. The interface for applications compiles some of the library's
+/// parts in once more.
+bool isForeignInternal(const Room& room, const std::string& target) {
+    return target.find("/internal/") != std::string::npos &&
+           !startsWith(target, std::string(room.folder) + "/") &&
+           room.folder != std::string("voxtrel");
+}
+
 bool isLibrary(const std::string& folder) {
     return folder == "vocabulary" || folder == "ipc" || folder == "profile" || folder == "client";
 }
@@ -60,7 +68,7 @@ std::vector<std::string> includesOf(const std::string& source) {
 }
 
 bool mayInclude(const Room& room, const std::string& path, const std::string& target) {
-    if (target.find("..") != std::string::npos) {
+    if (target.find("..") != std::string::npos || isForeignInternal(room, target)) {
         return false;
     }
     if (isLibrary(room.folder) && isPlatform(target)) {

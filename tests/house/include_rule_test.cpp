@@ -136,6 +136,15 @@ TEST(TheIncludeRule, OpensTheCHeaderAloneToBridges) {
     EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.h", "bridges/a/b.h"));
 }
 
+TEST(TheIncludeRule, KeepsPrivateHeadersWithinTheirRoom) {
+    const std::string header = "ipc/internal/ConfigValue.h";
+    EXPECT_TRUE(house::mayInclude(roomNamed("ipc"), "ipc/a.cpp", header));
+    EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.cpp", header));
+    EXPECT_FALSE(house::mayInclude(roomNamed("service"), "service/a.cpp", header));
+    EXPECT_FALSE(house::mayInclude(roomNamed("examples"), "examples/a.cpp", header));
+    EXPECT_TRUE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/a.cpp", header));
+}
+
 TEST(TheIncludeRule, OpensThePlatformToOneHeaderOfTheLibrary) {
     const house::Room& ipc = roomNamed("ipc");
     EXPECT_TRUE(house::mayInclude(ipc, "ipc/BinderHeaders.h", "binder/Parcel.h"));

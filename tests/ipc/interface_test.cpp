@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "ipc/BpTextToSpeechFestival.h"
-#include "ipc/ConfigValue.h"
+#include "ipc/internal/ConfigValue.h"
 #include "tests/ipc/TransactionCases.h"
 #include "tests/support/RecordingRemote.h"
 #include "tests/support/RecordingService.h"

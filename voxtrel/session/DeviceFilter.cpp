@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "client/FilterText.h"
+#include "client/internal/FilterText.h"
 
 namespace voxtrel {
 

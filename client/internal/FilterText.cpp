@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/FilterText.h"
+#include "client/internal/FilterText.h"
 
 #include <ttscommon/ttscommon.h>
 

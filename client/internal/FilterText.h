@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_CLIENT_FILTERTEXT_H
-#define VOXTREL_CLIENT_FILTERTEXT_H
+#ifndef VOXTREL_CLIENT_INTERNAL_FILTERTEXT_H
+#define VOXTREL_CLIENT_INTERNAL_FILTERTEXT_H
 
 #include <optional>
 #include <string>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "profile/ProfileWriter.h"
+#include "profile/internal/ProfileWriter.h"
 
 namespace TTS {
 namespace {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/DeviceFilter.h"
+#include "client/internal/DeviceFilter.h"
 
 #include <optional>
 #include <string>
 
-#include "client/FilterText.h"
-#include "client/Log.h"
+#include "client/internal/FilterText.h"
+#include "client/internal/Log.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_CLIENT_OPERATIONS_H
-#define VOXTREL_CLIENT_OPERATIONS_H
+#ifndef VOXTREL_CLIENT_INTERNAL_OPERATIONS_H
+#define VOXTREL_CLIENT_INTERNAL_OPERATIONS_H
 
 #include "client/TTSClientPrivate.h"
 #include "vocabulary/Events.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_CLIENT_LOG_H
-#define VOXTREL_CLIENT_LOG_H
+#ifndef VOXTREL_CLIENT_INTERNAL_LOG_H
+#define VOXTREL_CLIENT_INTERNAL_LOG_H
 
 #include <ttscommon/ttscommon.h>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/Operations.h"
+#include "client/internal/Operations.h"
 
 #include <cstddef>
 
-#include "client/Log.h"
 #include "client/SharedConnection.h"
+#include "client/internal/Log.h"
 #include "vocabulary/Status.h"
 
 namespace TTS {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_CLIENT_VALUES_H
-#define VOXTREL_CLIENT_VALUES_H
+#ifndef VOXTREL_CLIENT_INTERNAL_VALUES_H
+#define VOXTREL_CLIENT_INTERNAL_VALUES_H
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_CLIENT_DEVICEFILTER_H
-#define VOXTREL_CLIENT_DEVICEFILTER_H
+#ifndef VOXTREL_CLIENT_INTERNAL_DEVICEFILTER_H
+#define VOXTREL_CLIENT_INTERNAL_DEVICEFILTER_H
 
 #include "vocabulary/Capabilities.h"
 

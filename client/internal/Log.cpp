@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/Log.h"
+#include "client/internal/Log.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_IPC_CONFIGVALUE_H
-#define VOXTREL_IPC_CONFIGVALUE_H
+#ifndef VOXTREL_IPC_INTERNAL_CONFIGVALUE_H
+#define VOXTREL_IPC_INTERNAL_CONFIGVALUE_H
 
 #include <cstddef>
 #include <cstdint>

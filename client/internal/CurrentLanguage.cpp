@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client/CurrentLanguage.h"
+#include "client/internal/CurrentLanguage.h"
 
 #include <cstddef>
 
-#include "client/Log.h"
+#include "client/internal/Log.h"
 #include "vocabulary/Events.h"
 #include "vocabulary/Status.h"
 

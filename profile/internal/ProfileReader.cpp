@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "profile/ProfileReader.h"
+#include "profile/internal/ProfileReader.h"
 
 #include <algorithm>
 #include <cstdlib>
