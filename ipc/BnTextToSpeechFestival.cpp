@@ -189,7 +189,7 @@ void serveGetCapabilities(Service& service, const Parcel&, Parcel& reply) {
 }
 
 struct Row {
-    uint32_t code;
+    Transaction transaction;
     void (*serve)(Service& service, const Parcel& request, Parcel& reply);
 };
 
@@ -219,8 +219,9 @@ constexpr Row kRows[] = {
 
 android::status_t BnTextToSpeechFestival::onTransact(uint32_t code, const Parcel& data,
                                                      Parcel* reply, uint32_t flags) {
-    const Row* row = std::find_if(std::begin(kRows), std::end(kRows),
-                                  [code](const Row& each) { return each.code == code; });
+    const Row* row = std::find_if(std::begin(kRows), std::end(kRows), [code](const Row& each) {
+        return each.transaction.code == code;
+    });
     if (row == std::end(kRows)) {
         return android::BBinder::onTransact(code, data, reply, flags);
     }

@@ -15,9 +15,6 @@ namespace {
 using android::IBinder;
 using android::Parcel;
 
-constexpr uint32_t kTwoWay = 0;
-constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
-
 /// A text that travels as its length and its bytes, without a terminator.
 struct CountedText {
     const char* text;
@@ -51,22 +48,22 @@ void put(Parcel& request, const android::sp<IBinder>& binder) {
 }
 
 template <typename... Values>
-void send(IBinder& remote, uint32_t code, uint32_t flags, Parcel& reply, const Values&... values) {
+void send(IBinder& remote, const Transaction& transaction, Parcel& reply, const Values&... values) {
     Parcel request;
     (put(request, values), ...);
     // A transaction that failed leaves the reply empty, and that reads as zeros.
-    (void)remote.transact(code, request, &reply, flags);
+    (void)remote.transact(transaction.code, request, &reply, transaction.flags);
 }
 
 /// Sends the values and gives the reply's one int32, or `noRemote` where there is none to ask.
 template <typename... Values>
-int32_t ask(IBinder* remote, uint32_t code, uint32_t flags, int32_t noRemote,
+int32_t ask(IBinder* remote, const Transaction& transaction, int32_t noRemote,
             const Values&... values) {
     if (remote == nullptr) {
         return noRemote;
     }
     Parcel reply;
-    send(*remote, code, flags, reply, values...);
+    send(*remote, transaction, reply, values...);
     return reply.readInt32();
 }
 
@@ -171,34 +168,33 @@ BpTextToSpeechFestival::BpTextToSpeechFestival(const android::sp<IBinder>& remot
 int BpTextToSpeechFestival::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
                                 float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
                                 float pitch, EN_VOXTREL_LANGUAGE language) {
-    return ask(remote(), transaction::kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,
-               volume, voice, bgVolume, ttsVolume, pitch, language);
+    return ask(remote(), transaction::kSay, STATUS_NO_SERVICE, pid, id, text, speed, volume, voice,
+               bgVolume, ttsVolume, pitch, language);
 }
 
 int BpTextToSpeechFestival::silence(unsigned pid, unsigned first, unsigned second,
                                     unsigned bgVolume) {
-    return ask(remote(), transaction::kSilence, kOneWay, STATUS_NO_SERVICE, pid, first, second,
-               bgVolume);
+    return ask(remote(), transaction::kSilence, STATUS_NO_SERVICE, pid, first, second, bgVolume);
 }
 
 int BpTextToSpeechFestival::stopAndFlush(unsigned pid, unsigned arg) {
-    return ask(remote(), transaction::kStopAndFlush, kOneWay, STATUS_NO_SERVICE, pid, arg);
+    return ask(remote(), transaction::kStopAndFlush, STATUS_NO_SERVICE, pid, arg);
 }
 
 int BpTextToSpeechFestival::setEnable(unsigned pid, bool enable) {
-    return ask(remote(), transaction::kSetEnable, kTwoWay, STATUS_NO_SERVICE, pid, enable);
+    return ask(remote(), transaction::kSetEnable, STATUS_NO_SERVICE, pid, enable);
 }
 
 int BpTextToSpeechFestival::setVerbosity(unsigned pid, int verbosity) {
-    return ask(remote(), transaction::kSetVerbosity, kTwoWay, STATUS_NO_SERVICE, pid, verbosity);
+    return ask(remote(), transaction::kSetVerbosity, STATUS_NO_SERVICE, pid, verbosity);
 }
 
 int BpTextToSpeechFestival::setGlobalRate(unsigned pid, unsigned rate) {
-    return ask(remote(), transaction::kSetGlobalRate, kTwoWay, STATUS_NO_SERVICE, pid, rate);
+    return ask(remote(), transaction::kSetGlobalRate, STATUS_NO_SERVICE, pid, rate);
 }
 
 int BpTextToSpeechFestival::setEnable2(unsigned pid, VOXTRELAPI_GCONF key, bool enable) {
-    return ask(remote(), transaction::kSetEnable2, kTwoWay, STATUS_NO_SERVICE, pid, key, enable);
+    return ask(remote(), transaction::kSetEnable2, STATUS_NO_SERVICE, pid, key, enable);
 }
 
 int BpTextToSpeechFestival::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) {
@@ -209,13 +205,13 @@ int BpTextToSpeechFestival::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* o
         return STATUS_BAD_PARAMETER;
     }
     Parcel reply;
-    send(*remote(), transaction::kEnabled2, kTwoWay, reply, pid, key);
+    send(*remote(), transaction::kEnabled2, reply, pid, key);
     *static_cast<bool*>(out) = readFlag(reply);
     return reply.readInt32();
 }
 
 int BpTextToSpeechFestival::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* value) {
-    constexpr uint32_t code = transaction::kSetGlobalConfig;
+    constexpr Transaction set = transaction::kSetGlobalConfig;
     if (remote() == nullptr) {
         return STATUS_NO_SERVICE;
     }
@@ -224,11 +220,11 @@ int BpTextToSpeechFestival::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, 
     }
     switch (configValueOf(key)) {
         case ConfigValue::kInteger:
-            return ask(remote(), code, kTwoWay, STATUS_NO_SERVICE, pid, key, load<int32_t>(value));
+            return ask(remote(), set, STATUS_NO_SERVICE, pid, key, load<int32_t>(value));
         case ConfigValue::kFloat:
-            return ask(remote(), code, kTwoWay, STATUS_NO_SERVICE, pid, key, load<float>(value));
+            return ask(remote(), set, STATUS_NO_SERVICE, pid, key, load<float>(value));
         case ConfigValue::kText:
-            return ask(remote(), code, kTwoWay, STATUS_NO_SERVICE, pid, key,
+            return ask(remote(), set, STATUS_NO_SERVICE, pid, key,
                        CountedText{static_cast<const char*>(value)});
         case ConfigValue::kNone:
             break;
@@ -244,49 +240,49 @@ int BpTextToSpeechFestival::globalConfig(unsigned pid, VOXTRELAPI_GCONF key, voi
         return STATUS_BAD_PARAMETER;
     }
     Parcel reply;
-    send(*remote(), transaction::kGlobalConfig, kTwoWay, reply, pid, key);
+    send(*remote(), transaction::kGlobalConfig, reply, pid, key);
     readConfigValue(reply, key, out);
     return reply.readInt32();
 }
 
 bool BpTextToSpeechFestival::enabled() const {
-    return ask(remote(), transaction::kEnabled, kTwoWay, 0) != 0;
+    return ask(remote(), transaction::kEnabled, 0) != 0;
 }
 
 int BpTextToSpeechFestival::verbosity() {
-    return ask(remote(), transaction::kVerbosity, kTwoWay, STATUS_NO_SERVICE);
+    return ask(remote(), transaction::kVerbosity, STATUS_NO_SERVICE);
 }
 
 int BpTextToSpeechFestival::globalRate() {
-    return ask(remote(), transaction::kGlobalRate, kTwoWay, STATUS_NO_SERVICE);
+    return ask(remote(), transaction::kGlobalRate, STATUS_NO_SERVICE);
 }
 
 int BpTextToSpeechFestival::factoryReset(unsigned pid) {
-    return ask(remote(), transaction::kFactoryReset, kTwoWay, STATUS_NO_SERVICE, pid);
+    return ask(remote(), transaction::kFactoryReset, STATUS_NO_SERVICE, pid);
 }
 
 int BpTextToSpeechFestival::registerCallback(unsigned pid, const android::sp<ICallback>& cb) {
     if (remote() == nullptr) {
         return STATUS_NO_SERVICE;
     }
-    return ask(remote(), transaction::kRegisterCallback, kTwoWay, STATUS_NO_SERVICE, pid,
+    return ask(remote(), transaction::kRegisterCallback, STATUS_NO_SERVICE, pid,
                android::IInterface::asBinder(cb));
 }
 
 int BpTextToSpeechFestival::deregisterCallback(unsigned pid) {
-    return ask(remote(), transaction::kDeregisterCallback, kTwoWay, STATUS_NO_SERVICE, pid);
+    return ask(remote(), transaction::kDeregisterCallback, STATUS_NO_SERVICE, pid);
 }
 
 int BpTextToSpeechFestival::lock(unsigned pid) {
-    return ask(remote(), transaction::kLock, kOneWay, STATUS_NO_SERVICE, pid);
+    return ask(remote(), transaction::kLock, STATUS_NO_SERVICE, pid);
 }
 
 int BpTextToSpeechFestival::unlock(unsigned pid) {
-    return ask(remote(), transaction::kUnlock, kOneWay, STATUS_NO_SERVICE, pid);
+    return ask(remote(), transaction::kUnlock, STATUS_NO_SERVICE, pid);
 }
 
 bool BpTextToSpeechFestival::locked() {
-    return ask(remote(), transaction::kLocked, kOneWay, 1) != 0;
+    return ask(remote(), transaction::kLocked, 1) != 0;
 }
 
 int BpTextToSpeechFestival::getCapabilities(Capabilities& caps) {
@@ -294,14 +290,14 @@ int BpTextToSpeechFestival::getCapabilities(Capabilities& caps) {
         return STATUS_NO_SERVICE;
     }
     Parcel reply;
-    send(*remote(), transaction::kGetCapabilities, kTwoWay, reply);
+    send(*remote(), transaction::kGetCapabilities, reply);
     readControls(reply, caps);
     readLists(reply, caps);
     return 0;
 }
 
 int BpTextToSpeechFestival::language() {
-    return ask(remote(), transaction::kLanguage, kTwoWay, 0);
+    return ask(remote(), transaction::kLanguage, 0);
 }
 
 int BpTextToSpeechFestival::pitch(float& out) {
@@ -309,7 +305,7 @@ int BpTextToSpeechFestival::pitch(float& out) {
         return STATUS_NO_SERVICE;
     }
     Parcel reply;
-    send(*remote(), transaction::kPitch, kTwoWay, reply);
+    send(*remote(), transaction::kPitch, reply);
     out = reply.readFloat();
     return 0;
 }
@@ -318,7 +314,7 @@ int BpTextToSpeechFestival::voice(unsigned& out) {
     if (remote() == nullptr) {
         return STATUS_NO_SERVICE;
     }
-    out = static_cast<unsigned>(ask(remote(), transaction::kVoice, kTwoWay, STATUS_NO_SERVICE));
+    out = static_cast<unsigned>(ask(remote(), transaction::kVoice, STATUS_NO_SERVICE));
     return 0;
 }
 
@@ -326,7 +322,7 @@ int BpTextToSpeechFestival::speed(unsigned& out) {
     if (remote() == nullptr) {
         return STATUS_NO_SERVICE;
     }
-    out = static_cast<unsigned>(ask(remote(), transaction::kSpeed, kTwoWay, STATUS_NO_SERVICE));
+    out = static_cast<unsigned>(ask(remote(), transaction::kSpeed, STATUS_NO_SERVICE));
     return 0;
 }
 

@@ -4,40 +4,51 @@
 
 #include <cstdint>
 
+#include "ipc/BinderHeaders.h"
+
 namespace TTS {
 
-/// Transaction codes of `ITextToSpeechFestival`. Fixed: services and clients in the field use them.
+/// A transaction of the interface: its code, and how it is sent.
+struct Transaction {
+    uint32_t code;
+    uint32_t flags;
+};
+
+/// The transactions of `ITextToSpeechFestival`. Fixed: services and clients in the field use them.
 /// 4 and 6 to 9 were never assigned.
 namespace transaction {
-enum Code : uint32_t {
-    kSay = 1,
-    kSilence = 2,
-    kStopAndFlush = 3,
-    kSetEnable2 = 5,
-    /// Shares a code with `kSetEnable2` and sends one value less; services read it as that.
-    kSetEnable = 5,
-    kSetVerbosity = 10,
-    kSetGlobalRate = 11,
-    kSetGlobalConfig = 12,
-    kEnabled = 13,
-    kEnabled2 = 14,
-    kLanguage = 15,  ///< sent by the proxy, served by no stub; so are the next three
-    kPitch = 16,
-    kVoice = 17,
-    kSpeed = 18,
-    kVerbosity = 19,
-    kGlobalRate = 20,
-    kGlobalConfig = 21,
-    kFactoryReset = 22,
-    kRegisterCallback = 23,
-    kDeregisterCallback = 24,
-    kLock = 25,
-    kUnlock = 26,
-    kLocked = 27,
-    kGetCapabilities = 28,
-};
-}  // namespace transaction
 
+constexpr uint32_t kTwoWay = 0;
+constexpr uint32_t kOneWay = android::IBinder::FLAG_ONEWAY;
+
+constexpr Transaction kSay{1, kOneWay};
+constexpr Transaction kSilence{2, kOneWay};
+constexpr Transaction kStopAndFlush{3, kOneWay};
+constexpr Transaction kSetEnable2{5, kTwoWay};
+/// Shares a code with `kSetEnable2` and sends one value less; services read it as that.
+constexpr Transaction kSetEnable{5, kTwoWay};
+constexpr Transaction kSetVerbosity{10, kTwoWay};
+constexpr Transaction kSetGlobalRate{11, kTwoWay};
+constexpr Transaction kSetGlobalConfig{12, kTwoWay};
+constexpr Transaction kEnabled{13, kTwoWay};
+constexpr Transaction kEnabled2{14, kTwoWay};
+/// Sent by the proxy, served by no stub; so are the next three.
+constexpr Transaction kLanguage{15, kTwoWay};
+constexpr Transaction kPitch{16, kTwoWay};
+constexpr Transaction kVoice{17, kTwoWay};
+constexpr Transaction kSpeed{18, kTwoWay};
+constexpr Transaction kVerbosity{19, kTwoWay};
+constexpr Transaction kGlobalRate{20, kTwoWay};
+constexpr Transaction kGlobalConfig{21, kTwoWay};
+constexpr Transaction kFactoryReset{22, kTwoWay};
+constexpr Transaction kRegisterCallback{23, kTwoWay};
+constexpr Transaction kDeregisterCallback{24, kTwoWay};
+constexpr Transaction kLock{25, kOneWay};
+constexpr Transaction kUnlock{26, kOneWay};
+constexpr Transaction kLocked{27, kOneWay};
+constexpr Transaction kGetCapabilities{28, kTwoWay};
+
+}  // namespace transaction
 }  // namespace TTS
 
 #endif

@@ -5,48 +5,51 @@
 #include <cstddef>
 #include <iterator>
 
-#include "ipc/TransactionCodes.h"
-
 namespace voxtreld {
 namespace {
 
-namespace code = TTS::transaction;
+namespace transaction = TTS::transaction;
 
 // In the order of `Operation`.
 constexpr OperationRule kRules[] = {
-    {Operation::Say, "say", code::kSay, Permission::Speak, Refusal::InStopped},
-    {Operation::Silence, "silence", code::kSilence, Permission::Speak, Refusal::InStopped},
+    {Operation::Say, "say", transaction::kSay, Permission::Speak, Refusal::InStopped},
+    {Operation::Silence, "silence", transaction::kSilence, Permission::Speak, Refusal::InStopped},
     // Never spoken: its refusal tells a client that all before it was served.
-    {Operation::SilenceTooLong, "silence", code::kSilence, Permission::Connect, Refusal::InStopped},
-    {Operation::StopOwn, "stopAndFlush", code::kStopAndFlush, Permission::Connect,
+    {Operation::SilenceTooLong, "silence", transaction::kSilence, Permission::Connect,
+     Refusal::InStopped},
+    {Operation::StopOwn, "stopAndFlush", transaction::kStopAndFlush, Permission::Connect,
      Refusal::InState},
-    {Operation::StopAll, "stopAndFlush", code::kStopAndFlush, Permission::StopOthers,
+    {Operation::StopAll, "stopAndFlush", transaction::kStopAndFlush, Permission::StopOthers,
      Refusal::InState},
-    {Operation::SetEnable, "setEnable", code::kSetEnable, Permission::Settings, Refusal::InStatus},
-    {Operation::SetEnable2, "setEnable2", code::kSetEnable2, Permission::Settings,
+    {Operation::SetEnable, "setEnable", transaction::kSetEnable, Permission::Settings,
      Refusal::InStatus},
-    {Operation::SetVerbosity, "setVerbosity", code::kSetVerbosity, Permission::Settings,
+    {Operation::SetEnable2, "setEnable2", transaction::kSetEnable2, Permission::Settings,
      Refusal::InStatus},
-    {Operation::SetGlobalRate, "setGlobalRate", code::kSetGlobalRate, Permission::Settings,
+    {Operation::SetVerbosity, "setVerbosity", transaction::kSetVerbosity, Permission::Settings,
      Refusal::InStatus},
-    {Operation::SetGlobalConfig, "setGlobalConfig", code::kSetGlobalConfig, Permission::Settings,
+    {Operation::SetGlobalRate, "setGlobalRate", transaction::kSetGlobalRate, Permission::Settings,
      Refusal::InStatus},
-    {Operation::FactoryReset, "factoryReset", code::kFactoryReset, Permission::Settings,
+    {Operation::SetGlobalConfig, "setGlobalConfig", transaction::kSetGlobalConfig,
+     Permission::Settings, Refusal::InStatus},
+    {Operation::FactoryReset, "factoryReset", transaction::kFactoryReset, Permission::Settings,
      Refusal::InStatus},
-    {Operation::Enabled, "enabled", code::kEnabled, Permission::Connect, Refusal::InCall},
-    {Operation::Enabled2, "enabled2", code::kEnabled2, Permission::Connect, Refusal::InStatus},
-    {Operation::Verbosity, "verbosity", code::kVerbosity, Permission::Connect, Refusal::InCall},
-    {Operation::GlobalRate, "globalRate", code::kGlobalRate, Permission::Connect, Refusal::InCall},
-    {Operation::GlobalConfig, "globalConfig", code::kGlobalConfig, Permission::Connect,
+    {Operation::Enabled, "enabled", transaction::kEnabled, Permission::Connect, Refusal::InCall},
+    {Operation::Enabled2, "enabled2", transaction::kEnabled2, Permission::Connect,
      Refusal::InStatus},
-    {Operation::RegisterCallback, "registerCallback", code::kRegisterCallback, Permission::Connect,
+    {Operation::Verbosity, "verbosity", transaction::kVerbosity, Permission::Connect,
+     Refusal::InCall},
+    {Operation::GlobalRate, "globalRate", transaction::kGlobalRate, Permission::Connect,
+     Refusal::InCall},
+    {Operation::GlobalConfig, "globalConfig", transaction::kGlobalConfig, Permission::Connect,
      Refusal::InStatus},
-    {Operation::DeregisterCallback, "deregisterCallback", code::kDeregisterCallback,
+    {Operation::RegisterCallback, "registerCallback", transaction::kRegisterCallback,
      Permission::Connect, Refusal::InStatus},
-    {Operation::Lock, "lock", code::kLock, Permission::Lock, Refusal::InState},
-    {Operation::Unlock, "unlock", code::kUnlock, Permission::Lock, Refusal::InState},
-    {Operation::BreakLock, "unlock", code::kUnlock, Permission::BreakLock, Refusal::InState},
-    {Operation::Locked, "locked", code::kLocked, Permission::Connect, Refusal::InCall},
+    {Operation::DeregisterCallback, "deregisterCallback", transaction::kDeregisterCallback,
+     Permission::Connect, Refusal::InStatus},
+    {Operation::Lock, "lock", transaction::kLock, Permission::Lock, Refusal::InState},
+    {Operation::Unlock, "unlock", transaction::kUnlock, Permission::Lock, Refusal::InState},
+    {Operation::BreakLock, "unlock", transaction::kUnlock, Permission::BreakLock, Refusal::InState},
+    {Operation::Locked, "locked", transaction::kLocked, Permission::Connect, Refusal::InCall},
 };
 
 constexpr bool isInOrder() {
@@ -68,7 +71,7 @@ const OperationRule& ruleOf(Operation operation) {
 std::optional<Operation> bareOperation(uint32_t code) {
     const auto* found =
         std::find_if(std::begin(kRules), std::end(kRules), [code](const OperationRule& rule) {
-            return rule.code == code && rule.refusal == Refusal::InCall;
+            return rule.transaction.code == code && rule.refusal == Refusal::InCall;
         });
     return found == std::end(kRules) ? std::nullopt : std::optional(found->operation);
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "ipc/TransactionCodes.h"
 #include "service/Permission.h"
 
 namespace voxtreld {
@@ -47,7 +48,7 @@ enum class Refusal {
 struct OperationRule {
     Operation operation;
     const char* name;  ///< in the log
-    uint32_t code;     ///< of its transaction
+    TTS::Transaction transaction;
     Permission permission;
     Refusal refusal;
 };

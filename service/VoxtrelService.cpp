@@ -149,7 +149,7 @@ int VoxtrelService::permit(uint32_t sender, Operation operation) {
                       std::string(rule.name) + ": user " + std::to_string(user) +
                           " lacks the permission " + wordOf(rule.permission) + ", refused");
     if (rule.refusal == Refusal::InState) {
-        mClients.tell(sender, EVENT_STATE, STATE_REFUSED, rule.code);
+        mClients.tell(sender, EVENT_STATE, STATE_REFUSED, rule.transaction.code);
     }
     return STATUS_PERMISSION_DENIED;
 }
@@ -236,7 +236,7 @@ int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
     const uint32_t sender = isOfUser && caller.pid != 0 ? caller.pid : pid;
     const int status = isOfUser ? permit(sender, asked) : admit(pid, asked);
     if (status != STATUS_OK && asked == Operation::StopOwn && caller.pid != pid) {
-        mClients.tell(caller.pid, EVENT_STATE, STATE_REFUSED, ruleOf(asked).code);
+        mClients.tell(caller.pid, EVENT_STATE, STATE_REFUSED, ruleOf(asked).transaction.code);
     }
     return status != STATUS_OK ? status : answered(sender, asked, flush(sender, pid, arg));
 }

@@ -1,9 +1,10 @@
 # (file, text, replacement, what it breaks[, why no test can notice])
 [
     # Codes and kinds of values.
-    ("ipc/TransactionCodes.h", "kSetEnable = 5,", "kSetEnable = 4,", "setEnable has a code of its own"),
-    ("ipc/TransactionCodes.h", "kVoice = 17,", "kVoice = 18,", "two questions share a code"),
-    ("ipc/TransactionCodes.h", "kLock = 25,\n    kUnlock = 26,", "kLock = 26,\n    kUnlock = 25,",
+    ("ipc/TransactionCodes.h", "kSetEnable{5,", "kSetEnable{4,", "setEnable has a code of its own"),
+    ("ipc/TransactionCodes.h", "kVoice{17,", "kVoice{18,", "two questions share a code"),
+    ("ipc/TransactionCodes.h", "kLock{25, kOneWay};\nconstexpr Transaction kUnlock{26,",
+     "kLock{26, kOneWay};\nconstexpr Transaction kUnlock{25,",
      "lock and unlock swapped"),
     ("ipc/internal/ConfigValue.h", "        case 1:\n", "", "key 1 carries nothing"),
     ("ipc/internal/ConfigValue.h", "        case GCONF_TTS_VOLUME:\n", "", "an integer key carries nothing"),
@@ -19,34 +20,33 @@
     ("ipc/BpCallback.cpp", '"tavix.ICallback"', '"tavix.Callback"', "another descriptor"),
     # The service's proxy.
     ("ipc/BpTextToSpeechFestival.cpp",
-     "kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,\n"
-     "               volume, voice, bgVolume, ttsVolume, pitch, language",
-     "kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,\n"
-     "               pitch, voice, bgVolume, ttsVolume, volume, language", "pitch and volume swapped in say"),
+     "kSay, STATUS_NO_SERVICE, pid, id, text, speed, volume, voice,\n"
+     "               bgVolume, ttsVolume, pitch, language",
+     "kSay, STATUS_NO_SERVICE, pid, id, text, speed, pitch, voice,\n"
+     "               bgVolume, ttsVolume, volume, language", "pitch and volume swapped in say"),
     ("ipc/BpTextToSpeechFestival.cpp",
-     "kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,\n"
-     "               volume, voice, bgVolume, ttsVolume, pitch, language",
-     "kSay, kOneWay, STATUS_NO_SERVICE, pid, id, text, speed,\n"
-     "               volume, voice, ttsVolume, bgVolume, pitch, language", "the two volumes swapped in say"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kSay, kOneWay", "kSay, kTwoWay", "say waits for the service"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kSilence, kOneWay, STATUS_NO_SERVICE, pid, first, second",
-     "kSilence, kOneWay, STATUS_NO_SERVICE, pid, second, first", "two arguments swapped in silence"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kStopAndFlush, kOneWay", "kStopAndFlush, kTwoWay",
+     "kSay, STATUS_NO_SERVICE, pid, id, text, speed, volume, voice,\n"
+     "               bgVolume, ttsVolume, pitch, language",
+     "kSay, STATUS_NO_SERVICE, pid, id, text, speed, volume, voice,\n"
+     "               ttsVolume, bgVolume, pitch, language", "the two volumes swapped in say"),
+    ("ipc/TransactionCodes.h", "kSay{1, kOneWay}", "kSay{1, kTwoWay}", "say waits for the service"),
+    ("ipc/BpTextToSpeechFestival.cpp", "kSilence, STATUS_NO_SERVICE, pid, first, second",
+     "kSilence, STATUS_NO_SERVICE, pid, second, first", "two arguments swapped in silence"),
+    ("ipc/TransactionCodes.h", "kStopAndFlush{3, kOneWay}", "kStopAndFlush{3, kTwoWay}",
      "stopAndFlush waits for the service"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kSetEnable, kTwoWay, STATUS_NO_SERVICE, pid, enable",
-     "kSetEnable, kTwoWay, STATUS_NO_SERVICE, pid, enable, false", "setEnable sends a third value"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kSetEnable2, kTwoWay, STATUS_NO_SERVICE, pid, key, enable",
-     "kSetEnable2, kTwoWay, STATUS_NO_SERVICE, pid, enable, key", "two arguments swapped in setEnable2"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kFactoryReset, kTwoWay, STATUS_NO_SERVICE, pid",
-     "kFactoryReset, kOneWay, STATUS_NO_SERVICE, pid", "factoryReset does not wait"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kLock, kOneWay", "kLock, kTwoWay", "lock waits"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kLocked, kOneWay, 1)", "kLocked, kTwoWay, 1)",
+    ("ipc/BpTextToSpeechFestival.cpp", "kSetEnable, STATUS_NO_SERVICE, pid, enable",
+     "kSetEnable, STATUS_NO_SERVICE, pid, enable, false", "setEnable sends a third value"),
+    ("ipc/BpTextToSpeechFestival.cpp", "kSetEnable2, STATUS_NO_SERVICE, pid, key, enable",
+     "kSetEnable2, STATUS_NO_SERVICE, pid, enable, key", "two arguments swapped in setEnable2"),
+    ("ipc/TransactionCodes.h", "kFactoryReset{22, kTwoWay}", "kFactoryReset{22, kOneWay}", "factoryReset does not wait"),
+    ("ipc/TransactionCodes.h", "kLock{25, kOneWay}", "kLock{25, kTwoWay}", "lock waits"),
+    ("ipc/TransactionCodes.h", "kLocked{27, kOneWay}", "kLocked{27, kTwoWay}",
      "locked waits for an answer"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kLocked, kOneWay, 1)", "kLocked, kOneWay, 0)",
+    ("ipc/BpTextToSpeechFestival.cpp", "kLocked, 1)", "kLocked, 0)",
      "no service is not locked"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kEnabled, kTwoWay, 0)", "kEnabled, kTwoWay, STATUS_NO_SERVICE)",
+    ("ipc/BpTextToSpeechFestival.cpp", "kEnabled, 0)", "kEnabled, STATUS_NO_SERVICE)",
      "no service is enabled"),
-    ("ipc/BpTextToSpeechFestival.cpp", "kLanguage, kTwoWay, 0)", "kLanguage, kTwoWay, STATUS_NO_SERVICE)",
+    ("ipc/BpTextToSpeechFestival.cpp", "kLanguage, 0)", "kLanguage, STATUS_NO_SERVICE)",
      "no service has a language of -5"),
     ("ipc/BpTextToSpeechFestival.cpp", "request.writeCString(text.c_str());",
      "request.writeInt32(static_cast<int32_t>(text.size()));\n    request.write(text.data(), text.size());",

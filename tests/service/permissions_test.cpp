@@ -158,15 +158,15 @@ TEST_F(AUser, ThatTheRuntimeDoesNotNameIsToldOfItsRefusals) {
 }
 
 TEST_F(AUser, WithoutAnyPermissionReadsNothingThatTheServiceTells) {
-    for (const uint32_t code :
+    for (const Transaction& asked :
          {transaction::kEnabled, transaction::kVerbosity, transaction::kGlobalRate}) {
         for (const bool permitted : {false, true}) {
             (void)guestWith(permitted ? bitOf(Permission::Connect) : kNoPermissions);
             const android::Parcel request;
             android::Parcel reply;
             EXPECT_EQ(permitted ? android::OK : android::PERMISSION_DENIED,
-                      service->onTransact(code, request, &reply, 0));
-            EXPECT_EQ(permitted ? 4U : 0U, reply.dataSize()) << code;
+                      service->onTransact(asked.code, request, &reply, 0));
+            EXPECT_EQ(permitted ? 4U : 0U, reply.dataSize()) << asked.code;
             EXPECT_EQ(permitted ? 0U : 1U, log.size());
         }
     }
