@@ -1,67 +1,68 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "client/TTSClientPrivate.h"
+#include "client/internal/Feature.h"
 #include "client/internal/Operations.h"
 
 namespace TTS {
 
 bool TTSClientPrivate::isSpeedSupported() {
-    return refusalOfFeature(*this, GCONF_SPEED_ENABLE, mCapabilities.speedSupported) == 0;
+    return refusalOf(*this, kSpeed) == 0;
 }
 
 bool TTSClientPrivate::isPitchSupported() {
-    return refusalOfFeature(*this, GCONF_PITCH_ENABLE, mCapabilities.pitchSupported) == 0;
+    return refusalOf(*this, kPitch) == 0;
 }
 
 bool TTSClientPrivate::isVolumeSupported() {
-    return refusalOfFeature(*this, GCONF_VOLUME_ENABLE, mCapabilities.volumeSupported) == 0;
+    return refusalOf(*this, kVolume) == 0;
 }
 
 bool TTSClientPrivate::isBgVolumeSupported() {
-    return refusalOfFeature(*this, GCONF_BG_VOLUME_ENABLE, true) == 0;
+    return refusalOf(*this, kBgVolume) == 0;
 }
 
 bool TTSClientPrivate::isTtsVolumeSupported() {
-    return refusalOfFeature(*this, GCONF_TTS_VOLUME_ENABLE, true) == 0;
+    return refusalOf(*this, kTtsVolume) == 0;
 }
 
 unsigned int TTSClientPrivate::speedMin() {
-    return mCapabilities.speedMin;
+    return kSpeed.min(mCapabilities);
 }
 
 unsigned int TTSClientPrivate::speedMax() {
-    return mCapabilities.speedMax;
+    return kSpeed.max(mCapabilities);
 }
 
 float TTSClientPrivate::pitchMin() {
-    return mCapabilities.pitchMin;
+    return kPitch.min(mCapabilities);
 }
 
 float TTSClientPrivate::pitchMax() {
-    return mCapabilities.pitchMax;
+    return kPitch.max(mCapabilities);
 }
 
 float TTSClientPrivate::volumeMin() {
-    return mCapabilities.volumeMin;
+    return kVolume.min(mCapabilities);
 }
 
 float TTSClientPrivate::volumeMax() {
-    return mCapabilities.volumeMax;
+    return kVolume.max(mCapabilities);
 }
 
 unsigned int TTSClientPrivate::bgVolumeMin() {
-    return kVolumePercentMin;
+    return kBgVolume.min(mCapabilities);
 }
 
 unsigned int TTSClientPrivate::bgVolumeMax() {
-    return kVolumePercentMax;
+    return kBgVolume.max(mCapabilities);
 }
 
 unsigned int TTSClientPrivate::ttsVolumeMin() {
-    return kVolumePercentMin;
+    return kTtsVolume.min(mCapabilities);
 }
 
 unsigned int TTSClientPrivate::ttsVolumeMax() {
-    return kVolumePercentMax;
+    return kTtsVolume.max(mCapabilities);
 }
 
 }  // namespace TTS

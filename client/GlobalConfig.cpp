@@ -4,6 +4,7 @@
 #include "client/TTSClientPrivate.h"
 #include "client/internal/CurrentLanguage.h"
 #include "client/internal/DeviceFilter.h"
+#include "client/internal/Feature.h"
 #include "client/internal/Log.h"
 #include "client/internal/Operations.h"
 #include "client/internal/Values.h"
@@ -12,28 +13,17 @@
 namespace TTS {
 namespace {
 
-/// What a numeric key's value must satisfy; T is the type of the value behind the pointer.
 template <typename T>
-struct Requirement {
-    T min;
-    T max;
-    const char* rejectionFormat;
-    VOXTRELAPI_GCONF flagKey;
-    bool capable;
-};
-
-/// Floats are compared by the two ordered tests, so NaN is in every range.
-template <typename T>
-int checkNumber(TTSClientPrivate& client, const void* address, const Requirement<T>& requirement) {
+int checkNumber(TTSClientPrivate& client, const Feature<T>& feature, const void* address) {
     if (address == nullptr) {
         return STATUS_BAD_PARAMETER;
     }
     const T value = load<T>(address);
-    if (value < requirement.min || value > requirement.max) {
-        dbgPrint(kLogRejected, requirement.rejectionFormat, value);
+    if (feature.isOutside(value, client.mCapabilities)) {
+        dbgPrint(kLogRejected, feature.globalRejectionFormat, value);
         return STATUS_BAD_PARAMETER;
     }
-    return refusalOfFeature(client, requirement.flagKey, requirement.capable);
+    return refusalOf(client, feature);
 }
 
 int checkVoice(TTSClientPrivate& client, const void* address) {
@@ -77,33 +67,17 @@ int checkLanguage(TTSClientPrivate& client, const void* value) {
 }
 
 int checkValue(TTSClientPrivate& client, VOXTRELAPI_GCONF key, const void* value) {
-    const Capabilities& caps = client.mCapabilities;
     switch (key) {
         case GCONF_SPEED:
-            return checkNumber<uint32_t>(
-                client, value,
-                {caps.speedMin, caps.speedMax, "setGlobalRate: %d, bad parameter\n",
-                 GCONF_SPEED_ENABLE, caps.speedSupported});
+            return checkNumber(client, kSpeed, value);
         case GCONF_PITCH:
-            return checkNumber<float>(
-                client, value,
-                {caps.pitchMin, caps.pitchMax, "setGlobalPitch: %f, bad parameter\n",
-                 GCONF_PITCH_ENABLE, caps.pitchSupported});
+            return checkNumber(client, kPitch, value);
         case GCONF_VOLUME:
-            return checkNumber<float>(
-                client, value,
-                {caps.volumeMin, caps.volumeMax, "setGlobalVolume: %f, bad parameter\n",
-                 GCONF_VOLUME_ENABLE, caps.volumeSupported});
+            return checkNumber(client, kVolume, value);
         case GCONF_BG_VOLUME:
-            return checkNumber<uint32_t>(
-                client, value,
-                {kVolumePercentMin, kVolumePercentMax, "setBgVolume: %d, bad parameter\n",
-                 GCONF_BG_VOLUME_ENABLE, true});
+            return checkNumber(client, kBgVolume, value);
         case GCONF_TTS_VOLUME:
-            return checkNumber<uint32_t>(
-                client, value,
-                {kVolumePercentMin, kVolumePercentMax, "setTtsVolume: %d, bad parameter\n",
-                 GCONF_TTS_VOLUME_ENABLE, true});
+            return checkNumber(client, kTtsVolume, value);
         case GCONF_VOICE:
             return checkVoice(client, value);
         case GCONF_LANGUAGE:

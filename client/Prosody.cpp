@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "client/TTSClientPrivate.h"
+#include "client/internal/Feature.h"
 #include "client/internal/Log.h"
 #include "client/internal/Operations.h"
 #include "client/internal/Values.h"
@@ -11,82 +12,25 @@
 namespace TTS {
 namespace {
 
-/// What tells one setter from the next; T is the type of the value behind the pointer.
 template <typename T>
-struct Control {
-    const char* operation;
-    const char* traceFormat;
-    const char* rejectionFormat;
-    VOXTRELAPI_GCONF flagKey;
-    SettingKind kind;
-    T TtsSetting::*current;
-};
-
-template <typename T>
-struct Range {
-    T min;
-    T max;
-};
-
-constexpr Control<uint32_t> kSpeed = {"setSpeed",
-                                      "[Client] %s(), speed = %d\n",
-                                      "setSpeed: %d, bad parameter\n",
-                                      GCONF_SPEED_ENABLE,
-                                      SETTING_SPEED,
-                                      &TtsSetting::mSpeed};
-constexpr Control<float> kPitch = {"setPitch",
-                                   "[Client] %s(), pitch = %f\n",
-                                   "setPitch: %f, bad parameter\n",
-                                   GCONF_PITCH_ENABLE,
-                                   SETTING_PITCH,
-                                   &TtsSetting::mPitch};
-constexpr Control<float> kVolume = {"setVolume",
-                                    "[Client] %s(), volume = %f\n",
-                                    "setVolume: %f, bad parameter\n",
-                                    GCONF_VOLUME_ENABLE,
-                                    SETTING_VOLUME,
-                                    &TtsSetting::mVolume};
-constexpr Control<uint32_t> kBgVolume = {"setBgVolume",
-                                         "[Client] %s(), BgVolume = %d\n",
-                                         "setBgVolume: %d, bad parameter\n",
-                                         GCONF_BG_VOLUME_ENABLE,
-                                         SETTING_BG_VOLUME,
-                                         &TtsSetting::mMediaVolume};
-constexpr Control<uint32_t> kTtsVolume = {"setTtsVolume",
-                                          "[Client] %s(), TtsVolume = %d\n",
-                                          "setTtsVolume: %d, bad parameter\n",
-                                          GCONF_TTS_VOLUME_ENABLE,
-                                          SETTING_TTS_VOLUME,
-                                          &TtsSetting::mTtsVolume};
-
-constexpr Range<uint32_t> kPercent = {kVolumePercentMin, kVolumePercentMax};
-
-/// Floats are compared by the two ordered tests, so NaN is in every range.
-template <typename T>
-bool isOutside(T value, const Range<T>& range) {
-    return value != static_cast<T>(kNeverSet) && (value < range.min || value > range.max);
-}
-
-template <typename T>
-int set(TTSClientPrivate& client, const Control<T>& control, const Range<T>& range, bool capable,
-        const void* address) {
+int set(TTSClientPrivate& client, const Feature<T>& feature, const void* address) {
     if (address == nullptr) {
         return STATUS_BAD_PARAMETER;
     }
     const T value = load<T>(address);
-    dbgPrint(kLogTrace, control.traceFormat, control.operation, value);
-    if (isOutside(value, range)) {
-        dbgPrint(kLogRejected, control.rejectionFormat, value);
+    dbgPrint(kLogTrace, feature.traceFormat, feature.setter, value);
+    if (value != static_cast<T>(kNeverSet) && feature.isOutside(value, client.mCapabilities)) {
+        dbgPrint(kLogRejected, feature.rejectionFormat, value);
         return STATUS_BAD_PARAMETER;
     }
-    const int refusal = refusalOfFeature(client, control.flagKey, capable);
+    const int refusal = refusalOf(client, feature);
     if (refusal != 0) {
         return refusal;
     }
-    T& current = client.mSetting.*control.current;
+    T& current = client.mSetting.*feature.current;
     if (current != value) {
         current = value;
-        announce(client, control.kind);
+        announce(client, feature.kind);
     }
     return STATUS_OK;
 }
@@ -94,26 +38,23 @@ int set(TTSClientPrivate& client, const Control<T>& control, const Range<T>& ran
 }  // namespace
 
 int TTSClientPrivate::setSpeed(void* value) {
-    const Range<uint32_t> range = {mCapabilities.speedMin, mCapabilities.speedMax};
-    return set(*this, kSpeed, range, mCapabilities.speedSupported, value);
+    return set(*this, kSpeed, value);
 }
 
 int TTSClientPrivate::setPitch(void* value) {
-    const Range<float> range = {mCapabilities.pitchMin, mCapabilities.pitchMax};
-    return set(*this, kPitch, range, mCapabilities.pitchSupported, value);
+    return set(*this, kPitch, value);
 }
 
 int TTSClientPrivate::setVolume(void* value) {
-    const Range<float> range = {mCapabilities.volumeMin, mCapabilities.volumeMax};
-    return set(*this, kVolume, range, mCapabilities.volumeSupported, value);
+    return set(*this, kVolume, value);
 }
 
 int TTSClientPrivate::setBgVolume(void* value) {
-    return set(*this, kBgVolume, kPercent, true, value);
+    return set(*this, kBgVolume, value);
 }
 
 int TTSClientPrivate::setTtsVolume(void* value) {
-    return set(*this, kTtsVolume, kPercent, true, value);
+    return set(*this, kTtsVolume, value);
 }
 
 int TTSClientPrivate::speed(void* out) {

@@ -3,13 +3,12 @@
 #define VOXTREL_CLIENT_INTERNAL_OPERATIONS_H
 
 #include "client/TTSClientPrivate.h"
+#include "client/internal/Feature.h"
 #include "vocabulary/Events.h"
 
 namespace TTS {
 
-constexpr uint32_t kNeverSet = 65535;      ///< value of a numeric setting that nobody has set
-constexpr uint32_t kVolumePercentMin = 0;  ///< of the background and the TTS volume
-constexpr uint32_t kVolumePercentMax = 100;
+constexpr uint32_t kNeverSet = 65535;  ///< value of a numeric setting that nobody has set
 
 /// A copy of `gttsbinder`, read without `Clientmutex`: `getService` holds the mutex for up to 75 s,
 /// and speech must not wait for that. The copy keeps the proxy alive while an operation uses it.
@@ -30,6 +29,12 @@ int refusalToSpeak(TTSClientPrivate& client, const android::sp<ITextToSpeechFest
 /// Why a feature may not be used: the failure of `enabled2(flagKey)`, -9 (logged) when the flag is
 /// off or the service is not `capable`, or 0.
 int refusalOfFeature(TTSClientPrivate& client, VOXTRELAPI_GCONF flagKey, bool capable);
+
+/// The same, of a feature and the capabilities that the client fetched last.
+template <typename T>
+int refusalOf(TTSClientPrivate& client, const Feature<T>& feature) {
+    return refusalOfFeature(client, feature.flagKey, feature.isSupported(client.mCapabilities));
+}
 
 /// Tells the application, on this thread, that one of the client's settings has a new value.
 void announce(const TTSClientPrivate& client, SettingKind kind);
