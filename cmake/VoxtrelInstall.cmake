@@ -7,7 +7,7 @@ install(TARGETS voxtrel-client EXPORT voxtrel-client-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 set_target_properties(voxtrel-client PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(room IN LISTS VOXTREL_ROOMS)
-  install(DIRECTORY "${CMAKE_SOURCE_DIR}/${room}" COMPONENT development
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/${room}" COMPONENT development
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel"
     FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
 endforeach()
@@ -18,7 +18,7 @@ if(VOXTREL_PLATFORM STREQUAL "host")
   install(TARGETS voxtrel_platform EXPORT voxtrel-client-targets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
   foreach(part IN ITEMS utils binder ttscommon)
-    install(DIRECTORY "${CMAKE_SOURCE_DIR}/platform/host/${part}" COMPONENT development
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/platform/host/${part}" COMPONENT development
       DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel-platform" FILES_MATCHING PATTERN "*.h"
       PATTERN "transport" EXCLUDE)
   endforeach()
@@ -41,17 +41,17 @@ foreach(program IN ITEMS voxtrel-servicemanager voxtreld voxtrelctl)
     install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
   endif()
 endforeach()
-install(DIRECTORY "${CMAKE_SOURCE_DIR}/examples" COMPONENT programs
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" COMPONENT programs
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/voxtrel")
 
 install(EXPORT voxtrel-client-targets NAMESPACE voxtrel:: COMPONENT development
   DESTINATION "${package_dir}")
 configure_package_config_file(cmake/voxtrel-client-config.cmake.in
-  "${CMAKE_BINARY_DIR}/voxtrel-client-config.cmake" INSTALL_DESTINATION "${package_dir}")
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/voxtrel-client-config-version.cmake"
+  "${PROJECT_BINARY_DIR}/voxtrel-client-config.cmake" INSTALL_DESTINATION "${package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/voxtrel-client-config-version.cmake"
   COMPATIBILITY SameMajorVersion)
-install(FILES "${CMAKE_BINARY_DIR}/voxtrel-client-config.cmake"
-  "${CMAKE_BINARY_DIR}/voxtrel-client-config-version.cmake" COMPONENT development
+install(FILES "${PROJECT_BINARY_DIR}/voxtrel-client-config.cmake"
+  "${PROJECT_BINARY_DIR}/voxtrel-client-config-version.cmake" COMPONENT development
   DESTINATION "${package_dir}")
 # Relative to the file itself, so that it holds wherever the tree is put.
 file(RELATIVE_PATH VOXTREL_PC_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
@@ -60,7 +60,7 @@ string(REGEX REPLACE "/$" "" VOXTREL_PC_TO_PREFIX "${VOXTREL_PC_TO_PREFIX}")
 file(RELATIVE_PATH VOXTREL_PC_LIBDIR "${CMAKE_INSTALL_PREFIX}" "${CMAKE_INSTALL_FULL_LIBDIR}")
 file(RELATIVE_PATH VOXTREL_PC_INCLUDEDIR "${CMAKE_INSTALL_PREFIX}"
      "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
-configure_file(cmake/voxtrel-client.pc.in "${CMAKE_BINARY_DIR}/voxtrel-client.pc" @ONLY)
-install(FILES "${CMAKE_BINARY_DIR}/voxtrel-client.pc" COMPONENT development
+configure_file(cmake/voxtrel-client.pc.in "${PROJECT_BINARY_DIR}/voxtrel-client.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/voxtrel-client.pc" COMPONENT development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 include(VoxtrelInterfaceInstall)

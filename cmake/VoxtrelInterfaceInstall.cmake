@@ -10,22 +10,22 @@ install(TARGETS voxtrel-testing EXPORT voxtrel-targets
 set_target_properties(voxtrel voxtrel-testing PROPERTIES INSTALL_RPATH "$ORIGIN")
 foreach(header IN LISTS VOXTREL_PUBLIC_HEADERS)
   get_filename_component(folder "voxtrel/${header}" DIRECTORY)
-  install(FILES "${CMAKE_SOURCE_DIR}/voxtrel/${header}" COMPONENT development
+  install(FILES "${PROJECT_SOURCE_DIR}/voxtrel/${header}" COMPONENT development
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
 endforeach()
 
 install(EXPORT voxtrel-targets NAMESPACE voxtrel:: COMPONENT development
   DESTINATION "${interface_package_dir}")
 configure_package_config_file(cmake/voxtrel-config.cmake.in
-  "${CMAKE_BINARY_DIR}/voxtrel-config.cmake" INSTALL_DESTINATION "${interface_package_dir}")
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/voxtrel-config-version.cmake"
+  "${PROJECT_BINARY_DIR}/voxtrel-config.cmake" INSTALL_DESTINATION "${interface_package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/voxtrel-config-version.cmake"
   COMPATIBILITY SameMajorVersion)
-install(FILES "${CMAKE_BINARY_DIR}/voxtrel-config.cmake"
-  "${CMAKE_BINARY_DIR}/voxtrel-config-version.cmake" COMPONENT development
+install(FILES "${PROJECT_BINARY_DIR}/voxtrel-config.cmake"
+  "${PROJECT_BINARY_DIR}/voxtrel-config-version.cmake" COMPONENT development
   DESTINATION "${interface_package_dir}")
 foreach(name IN ITEMS voxtrel voxtrel-testing)
-  configure_file(cmake/${name}.pc.in "${CMAKE_BINARY_DIR}/${name}.pc" @ONLY)
+  configure_file(cmake/${name}.pc.in "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
 endforeach()
-install(FILES "${CMAKE_BINARY_DIR}/voxtrel.pc" "${CMAKE_BINARY_DIR}/voxtrel-testing.pc"
+install(FILES "${PROJECT_BINARY_DIR}/voxtrel.pc" "${PROJECT_BINARY_DIR}/voxtrel-testing.pc"
   COMPONENT development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

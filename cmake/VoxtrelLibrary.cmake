@@ -4,13 +4,13 @@ add_library(voxtrel::client ALIAS voxtrel-client)
 foreach(room IN LISTS VOXTREL_ROOMS)
   target_link_libraries(voxtrel-client PRIVATE voxtrel_${room})
   target_include_directories(voxtrel-client INTERFACE
-                             "$<BUILD_INTERFACE:${CMAKE_BINARY_DIR}/doors/${room}>")
+                             "$<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/doors/${room}>")
 endforeach()
 target_include_directories(voxtrel-client INTERFACE
                            "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/voxtrel>")
 target_link_libraries(voxtrel-client PUBLIC voxtrel_platform)
 
-set(map "${CMAKE_SOURCE_DIR}/cmake/voxtrel-client.map")
+set(map "${PROJECT_SOURCE_DIR}/cmake/voxtrel-client.map")
 target_link_options(voxtrel-client PRIVATE "LINKER:--version-script=${map}" "LINKER:--no-undefined")
 if(VOXTREL_SANITIZE)
   # A sanitizer's runtime is in the program, not in the shared object.

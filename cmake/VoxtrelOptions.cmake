@@ -6,8 +6,10 @@ if(NOT VOXTREL_PLATFORM MATCHES "^(host|system)$")
   message(FATAL_ERROR "VOXTREL_PLATFORM is '${VOXTREL_PLATFORM}'; it takes 'host' or 'system'.")
 endif()
 
-option(VOXTREL_BUILD_PROGRAMS "Build the reference service and the command line" ON)
-option(VOXTREL_BUILD_TESTS "Build the tests" ON)
+# A project that adds this one as a subdirectory gets the libraries alone, and nothing is installed.
+option(VOXTREL_BUILD_PROGRAMS "Build the reference service and the command line"
+       ${PROJECT_IS_TOP_LEVEL})
+option(VOXTREL_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VOXTREL_BUILD_BENCH "Build the benchmarks" OFF)
 option(VOXTREL_BUILD_FUZZERS "Build the libFuzzer targets (clang only)" OFF)
 option(VOXTREL_COVERAGE "Instrument the build for gcovr" OFF)

@@ -1,8 +1,8 @@
 # The standard headers are most of the work on a source of ours, so all of them share these compiled.
 # Presets without precompiled headers show what a source forgets to include.
-file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/standard_header.cpp" CONTENT "")
+file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/standard_header.cpp" CONTENT "")
 add_library(voxtrel_standard_header OBJECT EXCLUDE_FROM_ALL
-  "${CMAKE_BINARY_DIR}/standard_header.cpp")
+  "${PROJECT_BINARY_DIR}/standard_header.cpp")
 target_link_libraries(voxtrel_standard_header PRIVATE voxtrel_warnings)
 # A header out of ccache is older than its source, which clang would refuse.
 target_compile_options(voxtrel_standard_header PRIVATE
@@ -18,9 +18,9 @@ target_precompile_headers(voxtrel_standard_header PRIVATE
 # an include that the design does not allow does not compile.
 function(voxtrel_room name)
   cmake_parse_arguments(ROOM "" "" "SOURCES;DEPENDS" ${ARGN})
-  set(door "${CMAKE_BINARY_DIR}/doors/${name}")
+  set(door "${PROJECT_BINARY_DIR}/doors/${name}")
   file(MAKE_DIRECTORY "${door}")
-  file(CREATE_LINK "${CMAKE_SOURCE_DIR}/${name}" "${door}/${name}" SYMBOLIC)
+  file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${name}" "${door}/${name}" SYMBOLIC)
 
   add_library(voxtrel_${name} OBJECT ${ROOM_SOURCES})
   target_include_directories(voxtrel_${name} PUBLIC "${door}")

@@ -36,16 +36,16 @@ function(voxtrel_test name)
     set(TEST_LABELS unit)
   endif()
   add_executable(${name} ${TEST_SOURCES})
-  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE ${TEST_LINK} voxtrel_warnings GTest::gtest_main)
   target_precompile_headers(${name} REUSE_FROM test_header)
   # Reports go into files: the processes that a test starts report, too, and their exit status may say
   # nothing. A process that ends with threads running waits a moment for what they do meanwhile; a
   # second each would be most of the run. A test forks a process with threads on purpose.
   set(environment "")
-  set(reports "log_path=${CMAKE_BINARY_DIR}/sanitizer-reports/report")
+  set(reports "log_path=${PROJECT_BINARY_DIR}/sanitizer-reports/report")
   if(VOXTREL_SANITIZE MATCHES "thread")
-    set(environment "suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:${reports}")
+    set(environment "suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:${reports}")
     set(environment "TSAN_OPTIONS=${environment}:atexit_sleep_ms=50:die_after_fork=0")
   elseif(VOXTREL_SANITIZE MATCHES "address")
     set(environment "ASAN_OPTIONS=${reports}" "UBSAN_OPTIONS=${reports}")
@@ -59,8 +59,8 @@ function(voxtrel_test name)
     math(EXPR limit "${TEST_TIMEOUT} * 5")
     math(EXPR late "${limit} + 30") # the script stops the program itself and says where it was
     add_test(NAME ${name}:together
-      COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/scripts/grouped_tests.py" run
-              "${CMAKE_BINARY_DIR}/grouped-tests/${name}.journal" ${limit} "${shared}"
+      COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/grouped_tests.py" run
+              "${PROJECT_BINARY_DIR}/grouped-tests/${name}.journal" ${limit} "${shared}"
               ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:${name}>")
     set_tests_properties(${name}:together PROPERTIES TIMEOUT ${late} LABELS "${TEST_LABELS}"
                          ENVIRONMENT "${environment}")
