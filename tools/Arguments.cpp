@@ -3,16 +3,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/CommandTable.h"
 #include "tools/Errors.h"
 #include "tools/Settings.h"
 #include "tools/Text.h"
 
 namespace voxtrelctl {
 namespace {
-
-constexpr const char* kSpeak = "Speaking";
-constexpr const char* kLook = "Looking";
-constexpr const char* kChange = "Settings";
 
 constexpr double kLongestTimeout = 86'400;
 
@@ -59,10 +56,13 @@ public:
                         "your own and root's only")
             ->type_name("USER");
 #endif
-        addSpeaking();
-        addLooking();
-        addSettings();
-        addProfiles();
+        for (const CommandEntry& entry : commandTable()) {
+            mSubcommands[entry.command] = add(entry);
+        }
+        addToSpeaking();
+        addToLooking();
+        addToSettings();
+        addToProfiles();
     }
 
     CLI::App& app() {
@@ -88,29 +88,33 @@ private:
             ->type_name("SECONDS");
     }
 
-    CLI::App* add(CLI::App& parent, const char* name, const char* help, Command command,
-                  const char* group) {
-        CLI::App* sub = parent.add_subcommand(name, help)->group(group);
-        sub->callback([this, command] { mOptions.command = command; });
+    CLI::App* add(const CommandEntry& entry) {
+        CLI::App& parent = entry.parent == nullptr ? mApp : parentNamed(entry.parent);
+        CLI::App* sub = parent.add_subcommand(entry.name, entry.help)->group(entry.group);
+        sub->callback([this, &entry] { mOptions.command = entry.command; });
         sub->footer("");
         addVerbose(*sub);
-        if (!isOfFiles(command)) {
+        if (entry.needs == CommandEntry::Needs::Service) {
             addTimeout(*sub);
+        }
+        if (entry.output == CommandEntry::Output::TextOrJson) {
+            sub->add_flag("--json", mOptions.json, "Print JSON");
         }
         return sub;
     }
 
-    /// Needs no service.
-    static bool isOfFiles(Command command) {
-        return command == Command::ProfileShow || command == Command::ProfileCopy ||
-               command == Command::ProfileRemove;
+    CLI::App& parentNamed(const std::string& name) {
+        CLI::App*& parent = mParents[name];
+        if (parent == nullptr) {
+            parent = mApp.add_subcommand(name, "Work with settings profiles")->group("Settings");
+            parent->require_subcommand(1);
+            parent->footer("");
+        }
+        return *parent;
     }
 
-    CLI::App* addPrinting(CLI::App& parent, const char* name, const char* help, Command command,
-                          const char* group) {
-        CLI::App* sub = add(parent, name, help, command, group);
-        sub->add_flag("--json", mOptions.json, "Print JSON");
-        return sub;
+    CLI::App& sub(Command command) {
+        return *mSubcommands.at(command);
     }
 
     static CLI::Option* addNumber(CLI::App& app, const std::string& name, const char* help,
@@ -138,96 +142,69 @@ private:
                        "Read the other values from this profile first");
     }
 
-    void addSpeaking() {
-        CLI::App* say = addPrinting(mApp, "say", "Speak a text", Command::Say, kSpeak);
-        say->add_option("TEXT", mOptions.words,
-                        "What to say; without it, and without --file, standard input is read");
-        say->add_option("-f,--file", mOptions.file, "Speak this file; - is standard input");
-        say->add_flag("-w,--wait", mOptions.wait,
-                      "Stay until all is spoken, and show the words as they are spoken");
-        say->add_flag("--ssml", mOptions.ssml,
-                      "Check that the text is good SSML, and send it whole");
-        addProsody(*say);
+    void addToSpeaking() {
+        CLI::App& say = sub(Command::Say);
+        say.add_option("TEXT", mOptions.words,
+                       "What to say; without it, and without --file, standard input is read");
+        say.add_option("-f,--file", mOptions.file, "Speak this file; - is standard input");
+        say.add_flag("-w,--wait", mOptions.wait,
+                     "Stay until all is spoken, and show the words as they are spoken");
+        say.add_flag("--ssml", mOptions.ssml,
+                     "Check that the text is good SSML, and send it whole");
+        addProsody(say);
 
-        CLI::App* silence = add(mApp, "silence", "Queue a pause", Command::Silence, kSpeak);
-        addNumber(*silence, "MILLISECONDS", "How long", mOptions.milliseconds, 0, "a whole number")
+        CLI::App& silence = sub(Command::Silence);
+        addNumber(silence, "MILLISECONDS", "How long", mOptions.milliseconds, 0, "a whole number")
             ->required();
-        silence->add_flag("-w,--wait", mOptions.wait, "Stay until the pause is over");
+        silence.add_flag("-w,--wait", mOptions.wait, "Stay until the pause is over");
 
-        CLI::App* stop =
-            add(mApp, "stop", "Stop speech and drop what is queued", Command::Stop, kSpeak);
-        addNumber(*stop, "--process",
+        addNumber(sub(Command::Stop), "--process",
                   "Only what this process of yours said, also when it has ended", mOptions.process,
                   1, "a process id")
             ->type_name("PID");
-
-        CLI::App* lock =
-            add(mApp, "lock", "Keep every other client from speaking while a command runs",
-                Command::Lock, kSpeak);
-        lock->add_option("COMMAND", mOptions.words, "After --: the command and its arguments")
+        sub(Command::Lock)
+            .add_option("COMMAND", mOptions.words, "After --: the command and its arguments")
             ->required();
-
-        add(mApp, "break-lock", "Free the service from a lock that another client holds",
-            Command::BreakLock, kSpeak);
     }
 
-    void addLooking() {
-        addPrinting(mApp, "status", "Show what the service is doing", Command::Status, kLook);
-        addPrinting(mApp, "languages", "List the languages", Command::Languages, kLook);
-        CLI::App* voices = addPrinting(mApp, "voices", "List the voices", Command::Voices, kLook);
-        voices->add_option("LANGUAGE", mOptions.language, "Only this language, as in fr or fr_FR");
-        CLI::App* monitor =
-            addPrinting(mApp, "monitor", "Show events as they come", Command::Monitor, kLook);
-        addNumber(*monitor, "--count", "Leave after so many events", mOptions.count, 1,
+    void addToLooking() {
+        sub(Command::Voices)
+            .add_option("LANGUAGE", mOptions.language, "Only this language, as in fr or fr_FR");
+        addNumber(sub(Command::Monitor), "--count", "Leave after so many events", mOptions.count, 1,
                   "a whole number from 1")
             ->type_name("NUMBER");
-        addPrinting(mApp, "doctor", "Explain why there is no sound", Command::Doctor, kLook);
     }
 
-    void addSettings() {
-        addPrinting(mApp, "get", "Show settings of the service", Command::Get, kChange)
-            ->add_option("NAME", mOptions.words, "Only these");
-        CLI::App* set = add(mApp, "set", "Change a setting of the service", Command::Set, kChange);
-        set->add_option("NAME", mOptions.name,
-                        "One of: " + settingNames([](const Setting&) { return true; }))
+    void addToSettings() {
+        sub(Command::Get).add_option("NAME", mOptions.words, "Only these");
+        CLI::App& set = sub(Command::Set);
+        set.add_option("NAME", mOptions.name,
+                       "One of: " + settingNames([](const Setting&) { return true; }))
             ->required();
-        set->add_option("VALUE", mOptions.value, "The new value")->required();
-        addSwitch("enable", "Switch speech or a feature on", Command::Enable);
-        addSwitch("disable", "Switch speech or a feature off", Command::Disable);
+        set.add_option("VALUE", mOptions.value, "The new value")->required();
+        for (const Command command : {Command::Enable, Command::Disable}) {
+            sub(command).add_option("FEATURE", mOptions.name,
+                                    "speech (when left out), " + settingNames(&hasSwitch));
+        }
     }
 
-    void addSwitch(const char* name, const char* help, Command command) {
-        add(mApp, name, help, command, kChange)
-            ->add_option("FEATURE", mOptions.name,
-                         "speech (when left out), " + settingNames(&hasSwitch));
-    }
-
-    void addProfiles() {
-        CLI::App* profile =
-            mApp.add_subcommand("profile", "Work with settings profiles")->group(kChange);
-        profile->require_subcommand(1);
-        profile->footer("");
-        addProfile(*profile, "show", "Print a profile", Command::ProfileShow)
-            ->add_flag("--json", mOptions.json, "Print JSON");
-        addProfile(*profile, "save", "Write the service's settings to a profile",
-                   Command::ProfileSave);
-        addProfile(*profile, "load", "Give the service the settings of a profile",
-                   Command::ProfileLoad);
-        addProfile(*profile, "copy", "Copy a profile", Command::ProfileCopy)
-            ->add_option("DESTINATION", mOptions.value, "The new profile")
+    void addToProfiles() {
+        for (const Command command :
+             {Command::ProfileShow, Command::ProfileSave, Command::ProfileLoad,
+              Command::ProfileCopy, Command::ProfileRemove}) {
+            sub(command)
+                .add_option("PROFILE", mOptions.name,
+                            "A path, or the bare name of a profile in /Customer")
+                ->required();
+        }
+        sub(Command::ProfileCopy)
+            .add_option("DESTINATION", mOptions.value, "The new profile")
             ->required();
-        addProfile(*profile, "remove", "Delete a profile", Command::ProfileRemove);
-    }
-
-    CLI::App* addProfile(CLI::App& parent, const char* name, const char* help, Command command) {
-        CLI::App* sub = add(parent, name, help, command, "Subcommands");
-        sub->add_option("PROFILE", mOptions.name,
-                        "A path, or the bare name of a profile in /Customer")
-            ->required();
-        return sub;
     }
 
     Options& mOptions;
+    std::map<Command, CLI::App*> mSubcommands;
+    std::map<std::string, CLI::App*> mParents;
     CLI::App mApp;
 };
 

@@ -2,7 +2,7 @@
 #ifndef VOXTREL_TOOLS_COMMANDS_H
 #define VOXTREL_TOOLS_COMMANDS_H
 
-#include "tools/Arguments.h"
+#include "tools/Options.h"
 #include "tools/Terminal.h"
 
 namespace voxtrelctl {

@@ -2,9 +2,9 @@
 #ifndef VOXTREL_TOOLS_CONNECTION_H
 #define VOXTREL_TOOLS_CONNECTION_H
 
-#include "tools/Arguments.h"
 #include "tools/Errors.h"
 #include "tools/Interrupts.h"
+#include "tools/Options.h"
 #include "tools/Terminal.h"
 #include "voxtrel/Client.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/Arguments.h"
 #include "tools/Errors.h"
+#include "tools/Options.h"
 
 namespace voxtrelctl {
 

@@ -5,7 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "tools/Commands.h"
+#include "tools/Arguments.h"
+#include "tools/CommandTable.h"
 #include "tools/Errors.h"
 #ifdef VOXTREL_CAN_SPAWN
 #include "tools/Spawn.h"
@@ -14,35 +15,6 @@
 namespace {
 
 using namespace voxtrelctl;
-
-using Run = int (*)(const Options&, Terminal&);
-
-struct Entry {
-    Command command;
-    Run run;
-};
-
-constexpr Entry kCommands[] = {
-    {Command::Say, &runSay},
-    {Command::Silence, &runSilence},
-    {Command::Stop, &runStop},
-    {Command::Lock, &runLock},
-    {Command::BreakLock, &runBreakLock},
-    {Command::Status, &runStatus},
-    {Command::Languages, &runLanguages},
-    {Command::Voices, &runVoices},
-    {Command::Get, &runGet},
-    {Command::Set, &runSet},
-    {Command::Enable, &runSwitch},
-    {Command::Disable, &runSwitch},
-    {Command::ProfileShow, &runProfileShow},
-    {Command::ProfileSave, &runProfileSave},
-    {Command::ProfileLoad, &runProfileLoad},
-    {Command::ProfileCopy, &runProfileCopy},
-    {Command::ProfileRemove, &runProfileRemove},
-    {Command::Monitor, &runMonitor},
-    {Command::Doctor, &runDoctor},
-};
 
 /// What this program opens must not become the standard output or error of a caller that has closed
 /// them. What is written there fails as before.
@@ -73,7 +45,7 @@ int run(const Options& options) {
         ensureRunning(options, terminal);
     }
 #endif
-    for (const Entry& entry : kCommands) {
+    for (const CommandEntry& entry : commandTable()) {
         if (entry.command == options.command) {
             return entry.run(options, terminal);
         }

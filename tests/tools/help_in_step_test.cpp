@@ -9,32 +9,25 @@
 
 #include "tests/support/TempFolder.h"
 #include "tools/Arguments.h"
+#include "tools/CommandTable.h"
 
 using namespace voxtrelctl;
 
 namespace {
 
-const std::vector<std::vector<const char*>> kCommands = {{"say"},
-                                                         {"silence"},
-                                                         {"stop"},
-                                                         {"lock"},
-                                                         {"break-lock"},
-                                                         {"status"},
-                                                         {"languages"},
-                                                         {"voices"},
-                                                         {"get"},
-                                                         {"set"},
-                                                         {"enable"},
-                                                         {"disable"},
-                                                         {"profile", "show"},
-                                                         {"profile", "save"},
-                                                         {"profile", "load"},
-                                                         {"profile", "copy"},
-                                                         {"profile", "remove"},
-                                                         {"monitor"},
-                                                         {"doctor"}};
+using Words = std::vector<const char*>;
 
-std::string helpOf(std::vector<const char*> words) {
+/// {"profile", "show"}, and so on.
+std::vector<Words> allCommands() {
+    std::vector<Words> all;
+    for (const CommandEntry& entry : commandTable()) {
+        all.push_back(entry.parent == nullptr ? Words{entry.name}
+                                              : Words{entry.parent, entry.name});
+    }
+    return all;
+}
+
+std::string helpOf(Words words) {
     words.insert(words.begin(), "voxtrelctl");
     words.push_back("--help");
     return parseArguments(static_cast<int>(words.size()), words.data()).helpText;
@@ -76,9 +69,19 @@ std::set<std::string> offered(const std::string& words) {
     return matches(answer, "([^\n]+)\n");
 }
 
+TEST(TheTable, HasARowForEachCommand) {
+    std::set<Command> rows;
+    for (const CommandEntry& entry : commandTable()) {
+        rows.insert(entry.command);
+    }
+    EXPECT_EQ(rows.size(), commandTable().size());
+    EXPECT_EQ(rows.size(), static_cast<size_t>(Command::Doctor));
+    EXPECT_EQ(rows.count(Command::Help), 0U);
+}
+
 TEST(TheManPage, NamesEveryCommandAndOption) {
     const std::string page = manPage();
-    for (const std::vector<const char*>& command : kCommands) {
+    for (const Words& command : allCommands()) {
         EXPECT_NE(page.find(command.back()), std::string::npos) << command.back();
         for (const std::string& option : optionsOf(helpOf(command))) {
             EXPECT_NE(page.find(option), std::string::npos) << command.back() << " " << option;
@@ -88,7 +91,7 @@ TEST(TheManPage, NamesEveryCommandAndOption) {
 
 TEST(TheManPage, NamesNoOptionThatThereIsNot) {
     std::set<std::string> real = optionsOf(helpOf({}));
-    for (const std::vector<const char*>& command : kCommands) {
+    for (const Words& command : allCommands()) {
         const std::set<std::string> more = optionsOf(helpOf(command));
         real.insert(more.begin(), more.end());
     }
@@ -99,7 +102,7 @@ TEST(TheManPage, NamesNoOptionThatThereIsNot) {
 
 TEST(TheCompletion, OffersEveryCommand) {
     const std::set<std::string> all = offered("voxtrelctl");
-    for (const std::vector<const char*>& command : kCommands) {
+    for (const Words& command : allCommands()) {
         EXPECT_EQ(all.count(command.front()), 1U) << command.front();
     }
     EXPECT_EQ(offered("voxtrelctl profile"),
