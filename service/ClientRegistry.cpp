@@ -11,9 +11,10 @@
 namespace voxtreld {
 /// Told by the runtime of the death of one callback. The runtime may still hold it when the
 /// registry is gone, hence `retire`.
-class ClientRegistry::Obituary : public android::IBinder::DeathRecipient {
+class ClientRegistry::CallbackDeathRecipient : public android::IBinder::DeathRecipient {
 public:
-    Obituary(ClientRegistry& registry, uint32_t pid) : mRegistry(&registry), mPid(pid) {}
+    CallbackDeathRecipient(ClientRegistry& registry, uint32_t pid)
+        : mRegistry(&registry), mPid(pid) {}
 
     void binderDied(const android::wp<android::IBinder>& /*who*/) override {
         const MutexLock lock(mMutex);
@@ -43,7 +44,7 @@ ClientRegistry::~ClientRegistry() {
         clients.swap(mClients);
     }
     for (const auto& [pid, client] : clients) {
-        client.obituary->retire();
+        client.deathRecipient->retire();
         unlink(client);
     }
 }
@@ -51,7 +52,7 @@ ClientRegistry::~ClientRegistry() {
 void ClientRegistry::unlink(const Client& client) {
     // Refused when the binder is dead or local, and then there is nothing to unlink.
     (void)android::IInterface::asBinder(client.callback)
-        ->unlinkToDeath(client.obituary, nullptr, 0, nullptr);
+        ->unlinkToDeath(client.deathRecipient, nullptr, 0, nullptr);
 }
 
 bool ClientRegistry::hasRoomFor(uint32_t uid) const {
@@ -82,7 +83,7 @@ bool ClientRegistry::startOutbox(Client& client) const {
 }
 
 int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
-    Client client = {uid, callback, new Obituary(*this, pid), nullptr};
+    Client client = {uid, callback, new CallbackDeathRecipient(*this, pid), nullptr};
     Client replaced;
     {
         const MutexLock lock(mMutex);
@@ -107,9 +108,9 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
     // Linked after it is stored, so that a death in between is not missed. A local callback refuses
     // the link and cannot die before this process does.
     const android::status_t linked =
-        android::IInterface::asBinder(callback)->linkToDeath(client.obituary, nullptr, 0);
+        android::IInterface::asBinder(callback)->linkToDeath(client.deathRecipient, nullptr, 0);
     if (linked == android::DEAD_OBJECT) {
-        died(pid, client.obituary.get());
+        died(pid, client.deathRecipient.get());
         return TTS::STATUS_BAD_PARAMETER;
     }
     return TTS::STATUS_OK;
@@ -220,12 +221,12 @@ bool ClientRegistry::isAmong(const Formers& formers, uint32_t pid) {
                        [pid](const Former& former) { return former.pid == pid; });
 }
 
-void ClientRegistry::died(uint32_t pid, const Obituary* obituary) {
+void ClientRegistry::died(uint32_t pid, const CallbackDeathRecipient* deathRecipient) {
     Client removed;  // its proxy is let go without the lock
     {
         const MutexLock lock(mMutex);
         const auto found = mClients.find(pid);
-        if (found == mClients.end() || found->second.obituary.get() != obituary) {
+        if (found == mClients.end() || found->second.deathRecipient.get() != deathRecipient) {
             return;  // the process registered another callback meanwhile, or left
         }
         removed = std::move(found->second);

@@ -88,11 +88,11 @@ public:
     void flush(std::chrono::milliseconds atMost);
 
 private:
-    class Obituary;
+    class CallbackDeathRecipient;
     struct Client {
         uint32_t uid = 0;
         android::sp<TTS::ICallback> callback;
-        android::sp<Obituary> obituary;
+        android::sp<CallbackDeathRecipient> deathRecipient;
         std::shared_ptr<EventOutbox> outbox;
     };
 
@@ -106,7 +106,7 @@ private:
     bool hasRoomFor(uint32_t uid) const VOXTRELD_REQUIRES(mMutex);
     bool startOutbox(Client& client) const;
     int refuse(uint32_t pid, uint32_t uid) VOXTRELD_REQUIRES(mMutex);
-    void died(uint32_t pid, const Obituary* obituary);
+    void died(uint32_t pid, const CallbackDeathRecipient* deathRecipient);
     static void remember(Formers& formers, const Former& former);
     static void forget(Formers& formers, uint32_t pid);
     static bool isAmong(const Formers& formers, uint32_t pid);

@@ -9,19 +9,19 @@ namespace voxtreld {
 
 using std::chrono::steady_clock;
 
-/// Each callback has a thread of its own with a number; the latest one sends. A letter stays in
-/// front until its call has succeeded, so the next thread finds it there otherwise.
-class EventOutbox::Desk : public std::enable_shared_from_this<Desk> {
+/// Each callback has a numbered thread; only the latest sends. An event stays at the front until
+/// its call has succeeded, so that the next thread repeats a call that failed.
+class EventOutbox::Sender : public std::enable_shared_from_this<Sender> {
 public:
-    explicit Desk(std::chrono::milliseconds callPatience) : mCallPatience(callPatience) {}
+    explicit Sender(std::chrono::milliseconds callPatience) : mCallPatience(callPatience) {}
 
-    bool post(const Letter& letter) {
+    bool post(const PendingEvent& event) {
         {
             const MutexLock lock(mMutex);
-            if (mLetters.size() >= kMostWaiting) {
+            if (mPending.size() >= kMaxWaiting) {
                 return false;
             }
-            mLetters.push_back(letter);
+            mPending.push_back(event);
         }
         mChanged.notify_all();
         return true;
@@ -30,7 +30,7 @@ public:
     bool flush(std::chrono::milliseconds atMost) {
         const auto deadline = steady_clock::now() + atMost;
         MutexLock lock(mMutex);
-        while (!mDead && !mLetters.empty()) {
+        while (!mDead && !mPending.empty()) {
             if (!lock.waitUntil(mChanged, deadline)) {
                 return false;
             }
@@ -38,16 +38,16 @@ public:
         return true;
     }
 
-    void startSender(const android::sp<TTS::ICallback>& to, std::shared_ptr<const void> held) {
+    void startThread(const android::sp<TTS::ICallback>& to, std::shared_ptr<const void> held) {
         const android::sp<android::IBinder> binder = android::IInterface::asBinder(to);
         {
             const MutexLock lock(mMutex);
-            const unsigned number = mSender + 1;
-            // Detached, since a client that hangs in a call must not hang who forgets it.
+            const unsigned number = mLatest + 1;
+            // Detached, so that a client that hangs in a call does not block its removal.
             std::thread([self = shared_from_this(), binder, number, held = std::move(held)] {
                 self->run(*binder, number);
             }).detach();
-            mSender = number;
+            mLatest = number;
             mDead = false;
         }
         mChanged.notify_all();
@@ -56,7 +56,7 @@ public:
     void close() {
         {
             const MutexLock lock(mMutex);
-            ++mSender;
+            ++mLatest;
         }
         mChanged.notify_all();
     }
@@ -64,43 +64,43 @@ public:
 private:
     void run(android::IBinder& to, unsigned number) {
         awaitCall(number);
-        Letter letter = {};
-        while (takeNext(number, letter)) {
-            const android::status_t status = send(to, letter);
+        PendingEvent event = {};
+        while (takeNext(number, event)) {
+            const android::status_t status = send(to, event);
             if (conclude(number, status) && status != android::OK) {
                 pause(number);
             }
         }
     }
 
-    /// The callback before may be in a call. Whether that succeeds must be known before the next
-    /// letter goes; if it takes too long it counts as success, since nothing is told twice.
+    /// The previous callback's thread may be in a call. Its result decides which event is next; a
+    /// call that takes too long counts as a success, so that no event is sent twice.
     void awaitCall(unsigned number) {
         const auto deadline = steady_clock::now() + mCallPatience;
         MutexLock lock(mMutex);
-        while (mSender == number && mCaller != 0 && lock.waitUntil(mChanged, deadline)) {
+        while (mLatest == number && mCaller != 0 && lock.waitUntil(mChanged, deadline)) {
         }
-        if (mSender == number && mCaller != 0) {
-            mLetters.pop_front();
+        if (mLatest == number && mCaller != 0) {
+            mPending.pop_front();
             mCaller = 0;
         }
     }
 
-    /// Waits for a letter. @return false when this sender is not the latest any more.
-    bool takeNext(unsigned number, Letter& letter) {
+    /// Waits for an event. @return false when this thread is no longer the latest.
+    bool takeNext(unsigned number, PendingEvent& event) {
         MutexLock lock(mMutex);
-        while (mSender == number && (mLetters.empty() || mDead)) {
+        while (mLatest == number && (mPending.empty() || mDead)) {
             lock.wait(mChanged);
         }
-        if (mSender != number) {
+        if (mLatest != number) {
             return false;
         }
         mCaller = number;
-        letter = mLetters.front();
+        event = mPending.front();
         return true;
     }
 
-    /// @return false if nobody waits for that call any more.
+    /// @return false if the result of that call is no longer needed.
     bool conclude(unsigned number, android::status_t status) {
         {
             const MutexLock lock(mMutex);
@@ -109,62 +109,62 @@ private:
             }
             mCaller = 0;
             if (status == android::OK) {
-                mLetters.pop_front();
+                mPending.pop_front();
             }
-            mDead = mDead || (status == android::DEAD_OBJECT && mSender == number);
+            mDead = mDead || (status == android::DEAD_OBJECT && mLatest == number);
         }
         mChanged.notify_all();
         return true;
     }
 
-    /// Not through the callback's proxy, which does not tell whether the client had room.
-    static android::status_t send(android::IBinder& to, const Letter& letter) {
+    /// Not through the callback's proxy, which does not report whether the transaction failed.
+    static android::status_t send(android::IBinder& to, const PendingEvent& event) {
         android::Parcel request;
         android::Parcel reply;
-        request.writeInt32(static_cast<int32_t>(letter.event));
-        request.writeInt32(static_cast<int32_t>(letter.second));
-        request.writeInt32(static_cast<int32_t>(letter.third));
+        request.writeInt32(static_cast<int32_t>(event.event));
+        request.writeInt32(static_cast<int32_t>(event.second));
+        request.writeInt32(static_cast<int32_t>(event.third));
         return to.transact(TTS::ICallback::kNotify, request, &reply, android::IBinder::FLAG_ONEWAY);
     }
 
-    /// A client's room is full: gives it time.
+    /// The client's buffer is full.
     void pause(unsigned number) {
         const auto deadline = steady_clock::now() + std::chrono::milliseconds(10);
         MutexLock lock(mMutex);
-        while (mSender == number && lock.waitUntil(mChanged, deadline)) {
+        while (mLatest == number && lock.waitUntil(mChanged, deadline)) {
         }
     }
 
     const std::chrono::milliseconds mCallPatience;
     Mutex mMutex;
     std::condition_variable mChanged;
-    std::deque<Letter> mLetters VOXTRELD_GUARDED_BY(mMutex);
-    unsigned mSender VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< number of the latest
-    unsigned mCaller VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< whose call has the front letter; 0: none
+    std::deque<PendingEvent> mPending VOXTRELD_GUARDED_BY(mMutex);
+    unsigned mLatest VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< number of the latest thread
+    unsigned mCaller VOXTRELD_GUARDED_BY(mMutex) = 0;  ///< sends the front event; 0: none
     bool mDead VOXTRELD_GUARDED_BY(mMutex) = false;    ///< the latest callback
 };
 
 EventOutbox::EventOutbox(const android::sp<TTS::ICallback>& to, std::shared_ptr<const void> held,
                          std::chrono::milliseconds callPatience)
-    : mDesk(std::make_shared<Desk>(callPatience)) {
-    mDesk->startSender(to, std::move(held));
+    : mSender(std::make_shared<Sender>(callPatience)) {
+    mSender->startThread(to, std::move(held));
 }
 
 EventOutbox::~EventOutbox() {
-    mDesk->close();
+    mSender->close();
 }
 
 void EventOutbox::redirect(const android::sp<TTS::ICallback>& to,
                            std::shared_ptr<const void> held) {
-    mDesk->startSender(to, std::move(held));
+    mSender->startThread(to, std::move(held));
 }
 
 bool EventOutbox::post(TTS::Event event, uint32_t second, uint32_t third) {
-    return mDesk->post({event, second, third});
+    return mSender->post({event, second, third});
 }
 
 bool EventOutbox::flush(std::chrono::milliseconds atMost) {
-    return mDesk->flush(atMost);
+    return mSender->flush(atMost);
 }
 
 }  // namespace voxtreld

@@ -14,39 +14,38 @@
 
 namespace voxtreld {
 
-/// The events on their way to one client, in the order in which they were posted, sent from a
-/// thread of their own: neither sound, nor a request, nor another client waits for this one to take
-/// its mail. A client that takes none is tried again until it does or is closed; what waits for one
-/// that is dead waits for its next callback.
+/// Sends events to one client, in the order in which they were posted, from a thread of its own, so
+/// that a slow client delays neither sound nor requests nor other clients. A call that fails is
+/// repeated until it succeeds or the outbox is closed; events for a client that has died are kept
+/// for its next callback.
 ///
 /// Called on: any thread. Locks: its own.
 class EventOutbox {
 public:
-    /// More than any client can have missed that will ever look again.
-    static constexpr size_t kMostWaiting = 65536;
+    /// Events that are kept at most.
+    static constexpr size_t kMaxWaiting = 65536;
 
     /// A one-way call takes a runtime 100 ms at most.
     static constexpr std::chrono::seconds kCallPatience{1};
 
     /// @param held kept as long as the thread lives, which may be longer than the outbox does.
-    /// @param callPatience how long `redirect` lets the next callback wait for a call that is under
-    ///     way.
-    /// Throws `std::system_error` if there is no thread to be had.
+    /// @param callPatience how long `redirect` waits for a call that has begun.
+    /// Throws `std::system_error` if no thread can be started.
     explicit EventOutbox(const android::sp<TTS::ICallback>& to,
                          std::shared_ptr<const void> held = nullptr,
                          std::chrono::milliseconds callPatience = kCallPatience);
-    /// Closes, without waiting for a call to the client that is under way.
+    /// Closes without waiting for a call to the client that has begun.
     ~EventOutbox();
     EventOutbox(const EventOutbox&) = delete;
     EventOutbox& operator=(const EventOutbox&) = delete;
 
-    /// What waits, and what is posted from now on, goes to another callback of the client, from
-    /// another thread. An event that is under way counts as sent unless its call fails in time.
+    /// Sends pending and later events to another callback of the client, from another thread. An
+    /// event whose call has begun counts as sent unless the call fails in time.
     /// Throws as the constructor, with nothing changed.
     void redirect(const android::sp<TTS::ICallback>& to,
                   std::shared_ptr<const void> held = nullptr);
 
-    /// Returns at once. @return false if the event is dropped because too many wait already.
+    /// Returns at once. @return false if the event is dropped because too many are pending.
     bool post(TTS::Event event, uint32_t second, uint32_t third);
 
     /// Returns when everything posted before the call has been sent, or the time is up.
@@ -54,16 +53,16 @@ public:
     bool flush(std::chrono::milliseconds atMost);
 
 private:
-    struct Letter {
+    struct PendingEvent {
         TTS::Event event;
         uint32_t second;
         uint32_t third;
     };
 
-    /// What the threads work on; it may outlive the outbox by one call to the client.
-    class Desk;
+    /// Shared with the threads; outlives the outbox by at most one call to the client.
+    class Sender;
 
-    const std::shared_ptr<Desk> mDesk;
+    const std::shared_ptr<Sender> mSender;
 };
 
 }  // namespace voxtreld

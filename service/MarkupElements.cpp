@@ -41,11 +41,11 @@ bool isPlain(char c) {
 /// Short, without anything that is markup, a path or a number beyond all reason.
 bool isHarmless(std::string_view value) {
     constexpr size_t kLongest = 24;
-    constexpr int kMostDigits = 4;
+    constexpr int kMaxDigits = 4;
     int digits = 0;
     for (const char c : value) {
         digits = isDigit(c) ? digits + 1 : 0;
-        if (!isPlain(c) || digits > kMostDigits) {
+        if (!isPlain(c) || digits > kMaxDigits) {
             return false;
         }
     }

@@ -167,7 +167,7 @@ bool MarkupReader::takeTag(MarkupPiece& piece) {
 }
 
 void MarkupReader::takeMark(MarkupPiece& piece) {
-    if (mMarks < kMostMarks) {
+    if (mMarks < kMaxMarks) {
         piece.addMark(++mMarks);
     }
 }
@@ -176,7 +176,7 @@ bool MarkupReader::takeBreak(MarkupPiece& piece) {
     if (isSilent()) {
         return true;
     }
-    const uint32_t left = kMostBreaksMs - mBreaksMs;
+    const uint32_t left = kMaxBreaksMs - mBreaksMs;
     piece.pauseMs = breakMs(mToken.tag, std::min(left, kLongestBreakMs));
     mBreaksMs += piece.pauseMs;
     return piece.pauseMs == 0;

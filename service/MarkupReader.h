@@ -29,9 +29,9 @@ bool isMarkup(std::string_view text);
 class MarkupReader {
 public:
     static constexpr size_t kDeepest = 16;          ///< elements within deeper ones are passed over
-    static constexpr uint32_t kMostMarks = 10'000;  ///< later ones are passed over
+    static constexpr uint32_t kMaxMarks = 10'000;  ///< later ones are passed over
     static constexpr uint32_t kLongestBreakMs = 60'000;
-    static constexpr uint32_t kMostBreaksMs = 600'000;  ///< of one text; then there are no more
+    static constexpr uint32_t kMaxBreaksMs = 600'000;  ///< of one text; then there are no more
 
     /// @param text valid UTF-8.
     /// @param prosody where the text says nothing else.

@@ -14,7 +14,7 @@ namespace voxtreld {
 namespace {
 
 constexpr size_t kLongestEntry = 1U << 20U;
-constexpr int kMostGroups = 65536;  // the kernel's limit
+constexpr int kMaxGroups = 65536;  // the kernel's limit
 
 /// Name and primary group. Zero, or an errno value; ENOENT when there is no such user.
 int findUser(uint32_t uid, std::string& name, gid_t& group) {
@@ -101,7 +101,7 @@ Policy::Groups Policy::groupsOfUser(uint32_t uid) {
             groups.resize(static_cast<size_t>(count));
             return std::vector<uint32_t>(groups.begin(), groups.end());
         }
-        if (count <= static_cast<int>(groups.size()) || count > kMostGroups) {
+        if (count <= static_cast<int>(groups.size()) || count > kMaxGroups) {
             return std::nullopt;
         }
         groups.resize(static_cast<size_t>(count));

@@ -120,8 +120,8 @@ private:
     static CLI::Option* addNumber(CLI::App& app, const std::string& name, const char* help,
                                   std::uint32_t& number, std::uint32_t least, const char* wanted) {
         const auto read = [&number, name, least, wanted](const std::string& text) {
-            constexpr auto kMost = std::numeric_limits<std::uint32_t>::max();
-            number = numberWithin(name, text, least, kMost, wanted);
+            constexpr auto kMax = std::numeric_limits<std::uint32_t>::max();
+            number = numberWithin(name, text, least, kMax, wanted);
         };
         return app.add_option_function<std::string>(name, read, help);
     }

@@ -48,13 +48,13 @@ bool isCharacterNumber(std::string_view digits) {
 
 /// A name for a person: a text that holds none may be megabytes of anything.
 std::string shown(std::string_view name) {
-    constexpr size_t kMost = 40;
-    std::string text(name.substr(0, kMost));
-    while (name.size() > kMost && !text.empty() &&
+    constexpr size_t kMaxBytes = 40;
+    std::string text(name.substr(0, kMaxBytes));
+    while (name.size() > kMaxBytes && !text.empty() &&
            (static_cast<uint8_t>(name[text.size()]) & 0xC0U) == 0x80U) {
         text.pop_back();
     }
-    return name.size() > kMost ? text + "..." : text;
+    return name.size() > kMaxBytes ? text + "..." : text;
 }
 
 }  // namespace

@@ -13,11 +13,11 @@ namespace voxtrel {
 namespace {
 
 /// A text that is marked up cannot be cut.
-constexpr std::size_t kMostMarkedUp = 262144;
+constexpr std::size_t kMaxMarkedUp = 262144;
 
 /// Ok if it can be spoken, whatever service there is.
 Status checkText(const Speech& speech) {
-    const bool isTooLong = speech.isMarkedUp() && speech.text.size() > kMostMarkedUp;
+    const bool isTooLong = speech.isMarkedUp() && speech.text.size() > kMaxMarkedUp;
     return isTooLong || firstInvalidByte(speech.text) ? Status::BadParameter : Status::Ok;
 }
 

@@ -61,10 +61,10 @@ int writeAll(int file, const std::string& text) {
 /// Makes a file beside `path` that is nobody else's, whatever lies there. -1, and errno, if that
 /// cannot be.
 int makeBeside(const std::string& path, std::string& name) {
-    constexpr int kMostTries = 1000;  // a process of this number may have died and left some
+    constexpr int kMaxTries = 1000;  // a process of this number may have died and left some
     static std::atomic<unsigned> made{0};
     int file = -1;
-    for (int tries = 0; tries < kMostTries; ++tries) {
+    for (int tries = 0; tries < kMaxTries; ++tries) {
         name = path + "." + std::to_string(getpid()) + "-" + std::to_string(made++) + ".new";
         file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
         if (file >= 0 || errno != EEXIST) {

@@ -16,10 +16,10 @@ constexpr std::chrono::milliseconds kToStop(500);
 constexpr std::chrono::milliseconds kToMark(1000);
 
 /// How often a message may be lost, if nothing of it has been heard.
-constexpr unsigned kMostLosses = 3;
+constexpr unsigned kMaxLosses = 3;
 
 /// The library's limit.
-constexpr std::size_t kMostMarkedUp = 262144;
+constexpr std::size_t kMaxMarkedUp = 262144;
 
 }  // namespace
 
@@ -66,7 +66,7 @@ std::string Speaker::textToSay() const {
     };
     if (isMarkedUp(mMessage.text) && mProbe.isUnderstood()) {
         std::string text = spelledIfWanted(mMessage.text);
-        if (text.size() <= kMostMarkedUp) {
+        if (text.size() <= kMaxMarkedUp) {
             return text;
         }
     }
@@ -165,7 +165,7 @@ void Speaker::takeLost(const ServiceEvent& event, Clock::time_point now) {
     const bool isUnable = event.kind == ServiceEvent::Kind::Unable;
     const bool isWanted = mState == State::Said;
     const bool mayBeSaid =
-        isUnable ? mMessage.style.relax() : !event.wasHeard && ++mLosses < kMostLosses;
+        isUnable ? mMessage.style.relax() : !event.wasHeard && ++mLosses < kMaxLosses;
     if (isWanted && mayBeSaid) {
         mNumber = 0;
         hold(now);

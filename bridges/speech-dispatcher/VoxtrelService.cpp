@@ -213,9 +213,9 @@ VoxtrelService::Options VoxtrelService::optionsOf(const Style& style) {
 }
 
 void VoxtrelService::setNumbers(vx_options& options, const Style& style) {
-    constexpr int kMost = 100;
-    const int rate = style.isMute ? kMost : style.rate;
-    const int volume = style.isMute ? -kMost : style.volume;
+    constexpr int kMaxLevel = 100;
+    const int rate = style.isMute ? kMaxLevel : style.rate;
+    const int volume = style.isMute ? -kMaxLevel : style.volume;
     if (rate != 0 && mSpeed) {
         const auto speed = static_cast<unsigned int>(std::lround(mSpeed->at(rate)));
         require(vx_options_set_speed(&options, speed));

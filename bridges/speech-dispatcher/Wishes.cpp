@@ -7,7 +7,7 @@
 namespace sd_voxtrel {
 namespace {
 
-constexpr int kMost = 100;
+constexpr int kMaxLevel = 100;
 
 char folded(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c == '_' ? '-' : c;
@@ -27,7 +27,7 @@ void readLevel(const std::string& value, int& out) {
     const char* end = value.data() + value.size();
     const auto [at, error] = std::from_chars(value.data(), end, level);
     if (error == std::errc() && at == end) {
-        out = std::clamp(level, -kMost, kMost);
+        out = std::clamp(level, -kMaxLevel, kMaxLevel);
     }
 }
 

@@ -66,7 +66,7 @@ public:
         requireMarks(piece);
         mPauseMs += piece.pauseMs;
         require(piece.pauseMs <= MarkupReader::kLongestBreakMs);
-        require(mPauseMs <= MarkupReader::kMostBreaksMs);
+        require(mPauseMs <= MarkupReader::kMaxBreaksMs);
     }
 
 private:
@@ -112,7 +112,7 @@ private:
             require(mark.offset <= characterCount(piece.document()));
             last = mark.offset;
         }
-        require(mMarks <= MarkupReader::kMostMarks);
+        require(mMarks <= MarkupReader::kMaxMarks);
     }
 
     const size_t mCharacters;  ///< of the text

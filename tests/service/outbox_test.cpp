@@ -87,7 +87,7 @@ TEST_F(AnOutbox, IsBoundedForAClientThatNeverLooks) {
     EventOutbox outbox(new TTS::BpCallback(remote));
     ASSERT_TRUE(outbox.post(EVENT_WORD, 1, 0));
     ASSERT_TRUE(waitForAttempts(1));
-    for (size_t i = 1; i < EventOutbox::kMostWaiting; ++i) {
+    for (size_t i = 1; i < EventOutbox::kMaxWaiting; ++i) {
         ASSERT_TRUE(outbox.post(EVENT_WORD, 1, 0));
     }
     EXPECT_FALSE(outbox.post(EVENT_WORD, 1, 0));

@@ -55,7 +55,7 @@ void Actor::doSomething() {
     call("dispatch", Milliseconds(0), [&] { mSpeaker->dispatch(); });
     call("unlock", Milliseconds(0), [&] { mSpeaker->unlock(); });
     const unsigned choice = upTo(99);
-    if (mSpeaker->open() > kMostOpen) {
+    if (mSpeaker->open() > kMaxOpen) {
         call("stop", Milliseconds(0), [&] { mSpeaker->stop(); });
     } else if (choice < (mTalks ? 94 : 20)) {
         speak();

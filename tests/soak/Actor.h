@@ -43,7 +43,7 @@ public:
 
 private:
     /// A service that speaks as slowly as a loudspeaker would never catch up.
-    static constexpr std::size_t kMostOpen = 200;
+    static constexpr std::size_t kMaxOpen = 200;
 
     void doSomething();
     void speak();

@@ -74,13 +74,13 @@ std::vector<std::string> findingsOf(const Soak::Result& result) {
 }  // namespace
 
 bool report(const Soak::Result& result, std::ostream& out) {
-    constexpr std::size_t kMostShown = 20;
+    constexpr std::size_t kMaxShown = 20;
     printDisturbances(result, out);
     printUtterances(result.account, out);
     printGrowth(result.growth, out);
     const std::vector<std::string> findings = findingsOf(result);
     out << "\nfindings: " << findings.size() << "\n";
-    for (std::size_t n = 0; n < std::min(findings.size(), kMostShown); ++n) {
+    for (std::size_t n = 0; n < std::min(findings.size(), kMaxShown); ++n) {
         out << "  " << findings[n] << "\n";
     }
     out << std::flush;

@@ -120,8 +120,8 @@ void Soak::start() {
 }
 
 void Soak::disturbUntil(Clock::time_point end, bool mayKillServers) {
-    constexpr unsigned kMostMsBetween = 1000;
-    for (auto next = Clock::now(); next < end; next += milliseconds(upTo(kMostMsBetween))) {
+    constexpr unsigned kMaxMsBetween = 1000;
+    for (auto next = Clock::now(); next < end; next += milliseconds(upTo(kMaxMsBetween))) {
         while (mRepairs.next() < next) {
             std::this_thread::sleep_until(mRepairs.next());
             mRepairs.doUntil(Clock::now());

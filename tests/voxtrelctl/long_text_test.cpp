@@ -26,7 +26,7 @@ namespace {
 
 /// A device's runtime holds 520,192 bytes of requests that a service has not taken, of all clients
 /// together; more is lost.
-constexpr size_t kMostOnTheWay = 520'192 / 7;
+constexpr size_t kMaxOnTheWay = 520'192 / 7;
 
 /// Takes every text, and speaks each in no time when it has had a moment to get more.
 class CountingService : public support::RecordingService {
@@ -104,7 +104,7 @@ TEST(AVeryLongText, IsHandedOverWithRoomForOthersInWhatTheRuntimeHolds) {
     const Outcome said = device.ctl({"say"}, book);
     EXPECT_EQ(said.status, 0) << said.err;
     EXPECT_TRUE(service->text() == book) << "once, whole, and in order";
-    EXPECT_LE(service->mostOnTheWay(), kMostOnTheWay);
+    EXPECT_LE(service->mostOnTheWay(), kMaxOnTheWay);
     EXPECT_GT(service->mostOnTheWay(), 32'768U) << "a wait for each page would be slow";
 }
 

@@ -33,7 +33,7 @@ std::shared_ptr<Speech> SpeechQueue::choose() const {
     }
     const std::size_t left = speech->text.size() - speech->sent.bytes;
     const std::size_t bytes = speech->isMarkedUp() ? left : std::min(left, kPieceBytes);
-    return mInFlight.size() < kMostPieces && mBytes + bytes <= kMostBytes ? speech : nullptr;
+    return mInFlight.size() < kMaxPieces && mBytes + bytes <= kMaxBytes ? speech : nullptr;
 }
 
 std::shared_ptr<Speech> SpeechQueue::nextTurn() const {

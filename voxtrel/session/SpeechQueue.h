@@ -32,8 +32,8 @@ public:
     using Clock = std::chrono::steady_clock;
 
     /// At most so much is on its way without an end, as far as one utterance allows.
-    static constexpr std::size_t kMostPieces = 64;
-    static constexpr std::size_t kMostBytes = 65536;
+    static constexpr std::size_t kMaxPieces = 64;
+    static constexpr std::size_t kMaxBytes = 65536;
 
     /// After so much quiet the first probe is sent, and the next after longer and longer ones.
     static constexpr std::chrono::milliseconds kQuiet = std::chrono::seconds(2);
