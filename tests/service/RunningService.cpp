@@ -36,8 +36,7 @@ std::string eventLine(unsigned event, unsigned second, int third) {
 
 ARunningService::ARunningService() {
     setenv("VOXTREL_BINDER_SOCKET", folder.path("binder").c_str(), 1);
-    manager = std::make_unique<ChildProcess>(Lines{VOXTREL_SERVICE_MANAGER});
-    manager->readUntil("voxtrel-servicemanager: ready");
+    manager = startManager();
 }
 
 Process ARunningService::startService(const Lines& options) {
@@ -46,14 +45,7 @@ Process ARunningService::startService(const Lines& options) {
         command.insert(command.end(), {"--profile", folder.path("voxtrel.ini")});
     }
     command.insert(command.end(), options.begin(), options.end());
-    return std::make_unique<ChildProcess>(command);
-}
-
-Process ARunningService::startClient() {
-    auto client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
-    client->tell("connect");
-    client->readUntil("connect 0");
-    return client;
+    return startProcess(command);
 }
 
 std::vector<EventLine> ARunningService::eventsUntilEnded(ChildProcess& client, size_t utterances,

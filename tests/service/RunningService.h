@@ -8,13 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/service/ChildProcess.h"
+#include "tests/service/Processes.h"
 #include "tests/support/TempFolder.h"
 
 namespace voxtreld {
-
-using Lines = ChildProcess::Lines;
-using Process = std::unique_ptr<ChildProcess>;
 
 /// A line of `speech_client`.
 struct EventLine {
@@ -32,9 +29,6 @@ protected:
     ARunningService();
 
     Process startService(const Lines& options);
-
-    /// A client that has connected.
-    static Process startClient();
 
     /// Events until so many utterances have had their terminal event; `lines` were read before.
     static std::vector<EventLine> eventsUntilEnded(ChildProcess& client, size_t utterances,

@@ -16,14 +16,13 @@
 #include <vector>
 
 #include "ipc/ITextToSpeechFestival.h"
-#include "tests/service/ChildProcess.h"
+#include "tests/service/Processes.h"
 #include "tests/support/PrivateRuntime.h"
 
 namespace voxtreld {
 namespace {
 
 using Festival = android::sp<TTS::ITextToSpeechFestival>;
-using Process = std::unique_ptr<ChildProcess>;
 
 constexpr VOXTRELAPI_GCONF kIntegers[] = {GCONF_SPEED, GCONF_BG_VOLUME, GCONF_TTS_VOLUME};
 constexpr VOXTRELAPI_GCONF kFloats[] = {GCONF_PITCH, GCONF_VOLUME};
@@ -133,8 +132,7 @@ protected:
     AnAcknowledgedChange() { android::ProcessState::self()->startThreadPool(); }
 
     void start() {
-        process = std::make_unique<ChildProcess>(
-            ChildProcess::Lines{VOXTREL_SERVICE, "--sink", "none", "--profile", profile});
+        process = startProcess({VOXTREL_SERVICE, "--sink", "none", "--profile", profile});
     }
     /// The service that was started last.
     Festival connect() {
@@ -153,8 +151,8 @@ protected:
     }
 
     void endByKill() {
-        process->signal(SIGKILL);
-        ASSERT_EQ(256 + SIGKILL, process->wait());
+        process->kill(SIGKILL);
+        ASSERT_EQ(128 + SIGKILL, process->wait());
     }
 
     voxtrel_test::PrivateRuntime runtime{VOXTREL_SERVICE_MANAGER};

@@ -24,14 +24,14 @@ TEST_F(ARunningService, ForgetsAClientThatIsKilledWhileItSpeaks) {
     const Process service = startService({"--sink", "none", "--real-time"});
     const Process bob = startClient();
     const Process ann = startClient();
-    ann->tell("flood 1 100 Nobody will ever hear the end of this long sentence.");
+    ann->say("flood 1 100 Nobody will ever hear the end of this long sentence.");
     ann->readUntil(eventLine(EVENT_STARTED, 1, 0));
-    ann->tell("lock");
+    ann->say("lock");
     bob->readUntil(eventLine(EVENT_STATE, STATE_LOCK, ann->pid()));
-    ann->signal(SIGKILL);
+    ann->kill(SIGKILL);
     const auto killed = std::chrono::steady_clock::now();
     bob->readUntil(eventLine(EVENT_STATE, STATE_LOCK, 0));
-    bob->tell("say 7 My turn.");
+    bob->say("say 7 My turn.");
     bob->readUntil(eventLine(EVENT_STARTED, 7, 0));
     // The promise is 100 ms, which the benchmark measures; a busy machine gets more. What the other
     // client had queued would have taken minutes.
@@ -43,14 +43,14 @@ TEST_F(ARunningService, LetsAClientLeaveAndFinishesWhatItSaid) {
     const std::string path = folder.path("speech.wav");
     const Process service = startService({"--sink", "wavdir:" + folder.path("spoken")});
     const Process ann = startClient();
-    ann->tell("say 1 Goodbye.");
-    ann->tell("disconnect");
+    ann->say("say 1 Goodbye.");
+    ann->say("disconnect");
     ann->readUntil("disconnect 0");
-    ann->signal(SIGKILL);
+    ann->kill(SIGKILL);
     const pid_t pid = ann->pid();
-    EXPECT_EQ(256 + SIGKILL, ann->wait());
+    EXPECT_EQ(128 + SIGKILL, ann->wait());
     const Process bob = startClient();
-    bob->tell("say 2 And now I.");
+    bob->say("say 2 And now I.");
     bob->readUntil(eventLine(EVENT_FINISHED, 2, 0));
     const std::string file = "spoken/000001-" + std::to_string(pid) + "-1.wav";
     EXPECT_GT(voxtrel_test::readFile(folder.path(file)).size(), 10'000U);
@@ -64,10 +64,10 @@ TEST_F(ARunningService, HearsWhatAClientSaysThatLeavesAndExitsAtOnce) {
         const Process ann = startClient();
         // What a seed says of a request depends on its number, which is another one in each round.
         for (int earlier = 0; earlier < round; ++earlier) {
-            ann->tell("stop 1");
+            ann->say("stop 1");
         }
-        ann->tell("say 1 Bye.");
-        ann->tell("disconnect");
+        ann->say("say 1 Bye.");
+        ann->say("disconnect");
         ann->readUntil("disconnect 0");
         ann->closeInput();
         EXPECT_EQ(0, ann->wait());
@@ -81,29 +81,29 @@ TEST_F(ARunningService, HearsWhatAClientSaysThatLeavesAndExitsAtOnce) {
 TEST_F(ARunningService, KeepsItsSettingsWhenItIsKilledAndStartedAgain) {
     Process service = startService({"--sink", "none", "--real-time"});
     Process client = startClient();
-    client->tell("rate 123");
+    client->say("rate 123");
     client->readUntil("rate 0");
-    client->tell("long 1 10000");
+    client->say("long 1 10000");
     client->readUntil(eventLine(EVENT_STARTED, 1, 0));
-    service->signal(SIGKILL);
-    EXPECT_EQ(256 + SIGKILL, service->wait());
+    service->kill(SIGKILL);
+    EXPECT_EQ(128 + SIGKILL, service->wait());
     client->readUntil(
         [](const std::string& line) { return line.find("binderDied") != std::string::npos; });
     bool isNoticed = false;
     while (!isNoticed && !HasFailure()) {  // the death is told a moment before it takes effect
-        client->tell("stop 0");
+        client->say("stop 0");
         const Lines answer =
             client->readUntil([](const std::string& line) { return line.rfind("stop ", 0) == 0; });
         isNoticed = !answer.empty() && answer.back() == "stop -5";
     }
-    client->tell("which-rate");
+    client->say("which-rate");
     client->readUntil("which-rate 0");
     service = startService({"--sink", "none"});
-    client->tell("connect");
+    client->say("connect");
     client->readUntil("connect 0");
-    client->tell("which-rate");
+    client->say("which-rate");
     client->readUntil("which-rate 123");
-    client->tell("say 2 I am back.");
+    client->say("say 2 I am back.");
     client->readUntil(eventLine(EVENT_FINISHED, 2, 0));
 }
 
@@ -111,10 +111,10 @@ TEST_F(ARunningService, LeavesInOrderOnASignalAndTellsWhatItDrops) {
     for (const int number : {SIGTERM, SIGINT}) {
         const Process service = startService({"--sink", "none", "--real-time"});
         const Process client = startClient();
-        client->tell("flood 1 3 A sentence that takes its time to be spoken, and then some more.");
-        client->tell("fence 99");
+        client->say("flood 1 3 A sentence that takes its time to be spoken, and then some more.");
+        client->say("fence 99");
         client->readUntil(eventLine(EVENT_STOPPED, 99, STATUS_BAD_PARAMETER));
-        service->signal(number);
+        service->kill(number);
         for (int id = 1; id <= 3; ++id) {
             client->readUntil(eventLine(EVENT_STOPPED, static_cast<unsigned>(id), STATUS_SHUTDOWN));
         }

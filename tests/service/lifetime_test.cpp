@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "tests/service/ChildProcess.h"
+#include "tests/service/Processes.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/NotifySocket.h"
 #include "tests/support/TempFolder.h"
@@ -19,8 +19,6 @@ using namespace TTS;
 namespace voxtreld {
 namespace {
 
-using Lines = ChildProcess::Lines;
-using Process = std::unique_ptr<ChildProcess>;
 using voxtrel_test::NotifySocket;
 
 class AServiceOfAUser : public testing::Test {
@@ -28,24 +26,17 @@ protected:
     AServiceOfAUser() {
         setenv("VOXTREL_BINDER_SOCKET", folder.path("binder").c_str(), 1);
         unsetenv("VOXTREL_LOG_LEVEL");
-        manager = std::make_unique<ChildProcess>(Lines{VOXTREL_SERVICE_MANAGER});
-        manager->readUntil("voxtrel-servicemanager: ready");
+        manager = startManager();
     }
 
     Process start(const Lines& options, const std::string& sink = "none") {
         Lines command = {VOXTREL_SERVICE, "--sink", sink};
         command.insert(command.end(), options.begin(), options.end());
-        return std::make_unique<ChildProcess>(command);
+        return startProcess(command);
     }
     Process startWithProfile(Lines options, const std::string& sink = "none") {
         options.insert(options.end(), {"--profile", folder.path("voxtrel.ini")});
         return start(options, sink);
-    }
-    static Process startClient() {
-        auto client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
-        client->tell("connect");
-        client->readUntil("connect 0");
-        return client;
     }
 
     voxtrel_test::TempFolder folder;
@@ -105,14 +96,14 @@ TEST_F(AServiceOfAUser, SaysThatItIsReadyWhenItCanSpeak) {
     const Process service = startWithProfile({});
     EXPECT_EQ("READY=1\nSTATUS=Ready to speak", systemd.next());
     const Process client = startClient();
-    client->tell("say 1 At once.");
+    client->say("say 1 At once.");
     client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 1 0");
     EXPECT_FALSE(systemd.hasMessage());
 }
 
 TEST_F(AServiceOfAUser, SaysNothingWhenItCannotBeFound) {
     const NotifySocket systemd(folder.path("notify"));
-    manager->signal(SIGTERM);
+    manager->kill(SIGTERM);
     EXPECT_EQ(0, manager->wait());
     const Process service = startWithProfile({});
     EXPECT_EQ(1, service->wait());
@@ -141,12 +132,12 @@ TEST_F(AServiceOfAUser, StaysForAClientThatSaysNothing) {
     {
         const voxtrel_test::TempFolder elsewhere;
         setenv("VOXTREL_BINDER_SOCKET", elsewhere.path("binder").c_str(), 1);
-        ChildProcess other({VOXTREL_SERVICE_MANAGER, "--exit-when-idle", "6"});
+        ChildProcess other({VOXTREL_SERVICE_MANAGER, "--exit-when-idle", "6"}, kWithOutput);
         other.readUntil("voxtrel-servicemanager: idle");
     }
-    client->tell("say 1 Still there?");
+    client->say("say 1 Still there?");
     client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 1 0");
-    client->tell("disconnect");
+    client->say("disconnect");
     client->readUntil("disconnect 0");
     service->readUntil("voxtreld: idle");
     EXPECT_EQ(0, service->wait());
@@ -157,10 +148,10 @@ TEST_F(AServiceOfAUser, SpeaksToTheEndBeforeItLeaves) {
     const Process service =
         startWithProfile({"--real-time", "--exit-when-idle", "1"}, "wav:" + wav);
     const Process client = startClient();
-    client->tell("say 1 A sentence that takes longer than the second that the service would wait.");
-    client->tell("disconnect");
+    client->say("say 1 A sentence that takes longer than the second that the service would wait.");
+    client->say("disconnect");
     client->readUntil("disconnect 0");
-    client->signal(SIGKILL);
+    client->kill(SIGKILL);
     service->readUntil("voxtreld: idle");
     EXPECT_EQ(0, service->wait());
     constexpr uintmax_t kSecond = 22050 * 2;  // bytes
@@ -170,7 +161,7 @@ TEST_F(AServiceOfAUser, SpeaksToTheEndBeforeItLeaves) {
 TEST_F(AServiceOfAUser, ThatWouldEndByItselfEndsWithItsServiceManager) {
     const Process service = startWithProfile({"--exit-when-idle", "3600"});
     service->readUntil("voxtreld: ready");
-    manager->signal(SIGKILL);
+    manager->kill(SIGKILL);
     service->readUntil("voxtreld: the service manager has died");
     EXPECT_EQ(0, service->wait());
 }
@@ -180,7 +171,7 @@ TEST_F(AServiceOfAUser, LogsClientsThatComeAndGoForWhoWantsToKnow) {
     const Process client = startClient();
     const std::string who = "voxtreld: process " + std::to_string(client->pid());
     service->readUntil(who + " of user " + std::to_string(getuid()) + " has come");
-    client->signal(SIGKILL);
+    client->kill(SIGKILL);
     service->readUntil(who + " has died");
 }
 
@@ -188,10 +179,10 @@ TEST_F(AServiceOfAUser, LogsNoClientsOtherwise) {
     const Process service = startWithProfile({});
     {
         const Process client = startClient();
-        client->tell("disconnect");
+        client->say("disconnect");
         client->readUntil("disconnect 0");
     }
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     const Lines lines = service->readUntil("voxtreld: stopped");
     EXPECT_EQ((Lines{"voxtreld: ready", "voxtreld: stopped"}), lines);
 }

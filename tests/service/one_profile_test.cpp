@@ -8,15 +8,12 @@
 #include <filesystem>
 #include <memory>
 
-#include "tests/service/ChildProcess.h"
+#include "tests/service/Processes.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
 
 namespace voxtreld {
 namespace {
-
-using Lines = ChildProcess::Lines;
-using Process = std::unique_ptr<ChildProcess>;
 
 bool hasOpen(pid_t pid, const std::string& path) {
     std::error_code ignored;  // files come and go meanwhile
@@ -33,28 +30,20 @@ class AServiceOnAProfile : public testing::Test {
 protected:
     AServiceOnAProfile() {
         setenv("VOXTREL_BINDER_SOCKET", folder.path("binder").c_str(), 1);
-        manager = std::make_unique<ChildProcess>(Lines{VOXTREL_SERVICE_MANAGER});
-        manager->readUntil("voxtrel-servicemanager: ready");
+        manager = startManager();
     }
 
     Process start() {
-        return std::make_unique<ChildProcess>(
-            Lines{VOXTREL_SERVICE, "--sink", "none", "--profile", profile});
-    }
-    static Process startClient() {
-        auto client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
-        client->tell("connect");
-        client->readUntil("connect 0");
-        return client;
+        return startProcess({VOXTREL_SERVICE, "--sink", "none", "--profile", profile});
     }
     static void setRate(int rate) {
         const Process client = startClient();
-        client->tell("rate " + std::to_string(rate));
+        client->say("rate " + std::to_string(rate));
         client->readUntil("rate 0");
     }
     static void expectRate(int rate) {
         const Process client = startClient();
-        client->tell("which-rate");
+        client->say("which-rate");
         client->readUntil("which-rate " + std::to_string(rate));
     }
     void expectServiceInSpiteOf(const std::string& reason) {
@@ -83,8 +72,8 @@ TEST_F(AServiceOnAProfile, IsTheOnlyOneThere) {
     EXPECT_EQ(Lines{refusal}, second->readUntil(refusal));
     EXPECT_EQ(1, second->wait());
     expectRate(123);
-    first->signal(SIGKILL);
-    EXPECT_EQ(256 + SIGKILL, first->wait());
+    first->kill(SIGKILL);
+    EXPECT_EQ(128 + SIGKILL, first->wait());
     const Process next = start();
     next->readUntil("voxtreld: ready");
     expectRate(123);
@@ -96,17 +85,17 @@ TEST_F(AServiceOnAProfile, TakesOverFromOneThatEndsMeanwhile) {
         first->readUntil("voxtreld: ready");
         setRate(100 + number);
         const Process second = start();
-        first->signal(number);
+        first->kill(number);
         EXPECT_EQ((Lines{"voxtreld: ready"}), second->readUntil("voxtreld: ready"));
         expectRate(100 + number);
         setRate(200 + number);
         (void)first->wait();
-        second->signal(SIGKILL);
-        EXPECT_EQ(256 + SIGKILL, second->wait());
+        second->kill(SIGKILL);
+        EXPECT_EQ(128 + SIGKILL, second->wait());
         const Process third = start();
         third->readUntil("voxtreld: ready");
         expectRate(200 + number);
-        third->signal(SIGTERM);
+        third->kill(SIGTERM);
         EXPECT_EQ(0, third->wait());
     }
 }
@@ -116,7 +105,7 @@ TEST_F(AServiceOnAProfile, EndsOnASignalWhileItWaitsForTheOther) {
     first->readUntil("voxtreld: ready");
     const Process service = start();
     EXPECT_TRUE(voxtrel_test::eventually([&] { return hasOpen(service->pid(), lock); }));
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     service->readUntil("voxtreld: stopped while another voxtreld used the profile");
     EXPECT_EQ(0, service->wait());
 }
@@ -127,7 +116,7 @@ TEST_F(AServiceOnAProfile, KeepsItsLockFileFromOthersAndInPlace) {
     struct stat status {};
     ASSERT_EQ(0, stat(lock.c_str(), &status));
     EXPECT_EQ(0600U, status.st_mode & 07777);
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     EXPECT_EQ(0, service->wait());
     EXPECT_TRUE(std::filesystem::exists(lock)) << "removing it would free it for two";
 }
@@ -153,8 +142,8 @@ TEST_F(AServiceOnAProfile, WritesWhatItFoundInTheJournalIntoTheProfile) {
         const Process first = start();
         first->readUntil("voxtreld: ready");
         setRate(123);
-        first->signal(SIGKILL);
-        EXPECT_EQ(256 + SIGKILL, first->wait());
+        first->kill(SIGKILL);
+        EXPECT_EQ(128 + SIGKILL, first->wait());
     }
     EXPECT_EQ(before, voxtrel_test::readFile(profile));
     EXPECT_NE("", voxtrel_test::readFile(profile + ".journal"));
@@ -165,8 +154,8 @@ TEST_F(AServiceOnAProfile, WritesWhatItFoundInTheJournalIntoTheProfile) {
         return voxtrel_test::readFile(profile).find("\nspeed=123\n") != std::string::npos &&
                voxtrel_test::readFile(profile + ".journal").empty();
     }));
-    second->signal(SIGKILL);
-    EXPECT_EQ(256 + SIGKILL, second->wait());
+    second->kill(SIGKILL);
+    EXPECT_EQ(128 + SIGKILL, second->wait());
     voxtrel_test::writeFile(profile, "\nversion=2\nspeed=200\n\n");
     const Process third = start();
     third->readUntil("voxtreld: ready");

@@ -33,7 +33,7 @@ TEST_F(ARunningService, SpeaksIntoAFileThatIsWholeWhenTheUtteranceHasFinished) {
     const std::string path = folder.path("speech.wav");
     const Process service = startService({"--sink", "wav:" + path});
     const Process client = startClient();
-    client->tell("say 5 Hello, wide world.");
+    client->say("say 5 Hello, wide world.");
     client->readUntil(eventLine(EVENT_STARTED, 5, 0));
     client->readUntil(eventLine(EVENT_WORD, 5, 7));
     client->readUntil(eventLine(EVENT_FINISHED, 5, 0));
@@ -55,7 +55,7 @@ TEST_F(ARunningService, HearsTwentyClientsWithFiftyUtterancesEach) {
         clients.push_back(startClient());
     }
     for (const Process& client : clients) {
-        client->tell("flood 1 50 Hello there.");
+        client->say("flood 1 50 Hello there.");
     }
     for (const Process& client : clients) {
         const std::vector<EventLine> events = eventsUntilEnded(*client, 50);
@@ -74,9 +74,9 @@ TEST_F(ARunningService, HearsTwentyClientsWithFiftyUtterancesEach) {
 TEST_F(ARunningService, StopsAThousandUtterancesAndTellsOfEach) {
     const Process service = startService({"--sink", "none", "--real-time"});
     const Process client = startClient();
-    client->tell("long 1 10000");  // outlasts the flood on the slowest machine
-    client->tell("flood 2 999 This is one of very many sentences.");
-    client->tell("stop 0");
+    client->say("long 1 10000");  // outlasts the flood on the slowest machine
+    client->say("flood 2 999 This is one of very many sentences.");
+    client->say("stop 0");
     expectOneLifeEach(eventsUntilEnded(*client, 1000), 1000, EVENT_STOPPED);
 }
 
@@ -84,12 +84,12 @@ TEST_F(ARunningService, HearsAnotherClientAfterTheUtteranceThatSounds) {
     const Process service = startService({"--sink", "none", "--real-time"});
     const Process ann = startClient();
     const Process bob = startClient();
-    ann->tell("flood 1 100 There is time.");
-    ann->tell("fence 2000");
+    ann->say("flood 1 100 There is time.");
+    ann->say("fence 2000");
     const Lines before = ann->readUntil(eventLine(EVENT_STOPPED, 2000, STATUS_BAD_PARAMETER));
-    bob->tell("say 1 Urgent.");
+    bob->say("say 1 Urgent.");
     bob->readUntil(eventLine(EVENT_FINISHED, 1, 0));
-    ann->tell("stop 1");
+    ann->say("stop 1");
     const std::vector<EventLine> events = eventsUntilEnded(*ann, 101, before);
     EXPECT_GT(50, std::count_if(events.begin(), events.end(), [](const EventLine& each) {
                   return each.event == EVENT_FINISHED;
@@ -101,17 +101,17 @@ TEST_F(ARunningService, TellsAndServesOthersWhileOneSoundsAndAnotherDropsAgainAn
     const Process ann = startClient();
     const Process bob = startClient();
     const Process carol = startClient();
-    ann->tell("long 1 100000");  // outlasts the test on the slowest machine
+    ann->say("long 1 100000");  // outlasts the test on the slowest machine
     ann->readUntil(eventLine(EVENT_STARTED, 1, 0));
     for (int round = 0; round < 8; ++round) {  // so much may wait of all clients together
-        bob->tell("flood " + std::to_string(100 + 16 * round) + " 16 Never mind.");
-        bob->tell("stop 1");
+        bob->say("flood " + std::to_string(100 + 16 * round) + " 16 Never mind.");
+        bob->say("stop 1");
     }
     for (const EventLine& each : eventsUntilEnded(*bob, 128)) {
         EXPECT_NE(EVENT_FINISHED, each.event);
     }
-    carol->tell("say 1 I have said nothing yet.");
-    carol->tell("fence 2");
+    carol->say("say 1 I have said nothing yet.");
+    carol->say("fence 2");
     const Lines told = carol->readUntil(eventLine(EVENT_STOPPED, 2, STATUS_BAD_PARAMETER));
     EXPECT_EQ(0,
               std::count(told.begin(), told.end(), eventLine(EVENT_STOPPED, 1, STATUS_QUEUE_FULL)));
@@ -120,11 +120,11 @@ TEST_F(ARunningService, TellsAndServesOthersWhileOneSoundsAndAnotherDropsAgainAn
 TEST_F(ARunningService, CutsAnUtteranceWhereItIsStopped) {
     const Process service = startService({"--sink", "wavdir:" + folder.path("s"), "--real-time"});
     const Process client = startClient();
-    client->tell("say 1 One two three four five six seven eight.");
+    client->say("say 1 One two three four five six seven eight.");
     client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
-    client->tell("say 2 One two three four five six seven eight.");
+    client->say("say 2 One two three four five six seven eight.");
     client->readUntil(eventLine(EVENT_WORD, 2, 8));
-    client->tell("stop 1");
+    client->say("stop 1");
     client->readUntil(eventLine(EVENT_STOPPED, 2, 0));
     const std::string number = "-" + std::to_string(client->pid()) + "-";
     const size_t whole = lengthOf(folder.path("s/000001" + number + "1.wav"));
@@ -137,12 +137,12 @@ TEST_F(ARunningService, IsNotHeldUpByAClientThatTakesNoEvents) {
     const Process service = startService({"--sink", "none"});
     const Process stuck = startClient();
     const Process bob = startClient();
-    stuck->tell("flood 1 1000 Words that nobody wants to be told about.");
+    stuck->say("flood 1 1000 Words that nobody wants to be told about.");
     const Lines before = stuck->readUntil("flood 0");
-    stuck->signal(SIGSTOP);
-    bob->tell("flood 1 50 Hello.");
+    stuck->kill(SIGSTOP);
+    bob->say("flood 1 50 Hello.");
     expectOneLifeEach(eventsUntilEnded(*bob, 50), 50, EVENT_FINISHED);
-    stuck->signal(SIGCONT);
+    stuck->kill(SIGCONT);
     expectOneLifeEach(eventsUntilEnded(*stuck, 1000, before), 1000, EVENT_FINISHED);
 }
 
@@ -150,11 +150,11 @@ TEST_F(ARunningService, EndsWhatWasSaidBeforeSpeechWasSwitchedOffLikeWhatWaits) 
     const Process service = startService({"--sink", "none", "--real-time"});
     const Process client = startClient();
     for (unsigned id = 1; id <= 20; ++id) {
-        client->tell("say " + std::to_string(id) + " A sentence that takes its time.");
-        client->tell("enable 0");
+        client->say("say " + std::to_string(id) + " A sentence that takes its time.");
+        client->say("enable 0");
         const Lines lines = client->readUntil(eventLine(EVENT_STOPPED, id, STATUS_DISABLED));
         EXPECT_EQ(1, std::count(lines.begin(), lines.end(), eventLine(EVENT_STARTED, id, 0)));
-        client->tell("enable 1");
+        client->say("enable 1");
         client->readUntil(eventLine(EVENT_STATE, STATE_ENABLED, 1));
     }
 }

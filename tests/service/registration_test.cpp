@@ -11,7 +11,7 @@
 #include <memory>
 
 #include "service/ManagerPlace.h"
-#include "tests/service/ChildProcess.h"
+#include "tests/service/Processes.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
 #include "vocabulary/Events.h"
@@ -20,9 +20,6 @@ using namespace TTS;
 
 namespace voxtreld {
 namespace {
-
-using Lines = ChildProcess::Lines;
-using Process = std::unique_ptr<ChildProcess>;
 
 const std::string kManagerDied =
     "voxtreld: the service manager has died: new clients find the service when it is there again";
@@ -48,32 +45,23 @@ protected:
         startManager();
     }
 
-    void startManager() {
-        manager = std::make_unique<ChildProcess>(Lines{VOXTREL_SERVICE_MANAGER});
-        manager->readUntil("voxtrel-servicemanager: ready");
-    }
+    void startManager() { manager = voxtreld::startManager(); }
     void killManager() {
-        manager->signal(SIGKILL);
-        EXPECT_EQ(256 + SIGKILL, manager->wait());
+        manager->kill(SIGKILL);
+        EXPECT_EQ(128 + SIGKILL, manager->wait());
     }
     Process start(const std::string& profile = "voxtrel.ini") {
-        return std::make_unique<ChildProcess>(Lines{
-            VOXTREL_SERVICE, "--sink", "none", "--real-time", "--profile", folder.path(profile)});
+        return startProcess(
+            {VOXTREL_SERVICE, "--sink", "none", "--real-time", "--profile", folder.path(profile)});
     }
     Process startReady(const std::string& profile = "voxtrel.ini") {
         Process service = start(profile);
         service->readUntil("voxtreld: ready");
         return service;
     }
-    static Process startClient() {
-        auto client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
-        client->tell("connect");
-        client->readUntil("connect 0");
-        return client;
-    }
     static void expectSpeech() {
         const Process client = startClient();
-        client->tell("say 1 Hello.");
+        client->say("say 1 Hello.");
         client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 1 0");
     }
     static void expectToEndWith(ChildProcess& service, const std::string& line) {
@@ -107,7 +95,7 @@ TEST_F(ARegisteredService, EndsOnASignalWhileItWaitsForTheSocket) {
     std::filesystem::remove(socket);
     const Process service = start();
     awaitItsProfile();
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     EXPECT_EQ(Lines{"voxtreld: stopped"}, service->readUntil("voxtreld: stopped"));
     EXPECT_EQ(0, service->wait());
 }
@@ -132,7 +120,7 @@ TEST_F(ARegisteredService, SaysThatNoManagerIsBehindTheSocketAndLeaves) {
 }
 
 TEST_F(ARegisteredService, DoesNotWaitForEverForAManagerThatHangs) {
-    manager->signal(SIGSTOP);
+    manager->kill(SIGSTOP);
     const Process service = start();
     expectToEndWith(*service,
                     "voxtreld: the service manager at the socket '" + socket +
@@ -141,10 +129,10 @@ TEST_F(ARegisteredService, DoesNotWaitForEverForAManagerThatHangs) {
 }
 
 TEST_F(ARegisteredService, EndsOnASignalWhileTheManagerHangs) {
-    manager->signal(SIGSTOP);
+    manager->kill(SIGSTOP);
     const Process service = start();
     awaitItsProfile();
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     EXPECT_EQ(Lines{"voxtreld: stopped"}, service->readUntil("voxtreld: stopped"));
     EXPECT_EQ(0, service->wait());
 }
@@ -161,7 +149,7 @@ TEST_F(ARegisteredService, IsFoundAgainAfterEachRestartOfItsManager) {
         EXPECT_GT(kLongest, std::chrono::steady_clock::now() - begin);
         expectSpeech();
     }
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     EXPECT_EQ(Lines{"voxtreld: stopped"}, service->readUntil("voxtreld: stopped"));
     EXPECT_EQ(0, service->wait());
 }
@@ -169,14 +157,14 @@ TEST_F(ARegisteredService, IsFoundAgainAfterEachRestartOfItsManager) {
 TEST_F(ARegisteredService, SpeaksOnWhileItsManagerIsStartedAgain) {
     const Process service = startReady();
     const Process client = startClient();
-    client->tell("say 1 A sentence that is long enough for somebody to start a program meanwhile.");
+    client->say("say 1 A sentence that is long enough for somebody to start a program meanwhile.");
     client->readUntil("event " + std::to_string(EVENT_STARTED) + " 1 0");
     killManager();
     service->readUntil(kManagerDied);
     startManager();
     service->readUntil(kRegisteredAgain);
     client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 1 0");
-    client->tell("say 2 And another one.");
+    client->say("say 2 And another one.");
     client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 2 0");
     expectSpeech();
 }
@@ -185,7 +173,7 @@ TEST_F(ARegisteredService, EndsInOrderWhileItsManagerIsAway) {
     const Process service = startReady();
     killManager();
     service->readUntil(kManagerDied);
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     service->readUntil("voxtreld: stopped");
     EXPECT_EQ(0, service->wait());
 }
@@ -195,7 +183,7 @@ TEST_F(ARegisteredService, StaysTheOneWhenASecondIsStarted) {
     const Process second = start("second.ini");
     expectToEndWith(*second, kOtherAnswers);
     expectSpeech();
-    manager->signal(SIGTERM);
+    manager->kill(SIGTERM);
     const Lines said = manager->readUntil("voxtrel-servicemanager: stopped");
     EXPECT_TRUE(has(
         said, "added tavix.ITextToSpeechFestival (process " + std::to_string(first->pid()) + ","));
@@ -204,26 +192,26 @@ TEST_F(ARegisteredService, StaysTheOneWhenASecondIsStarted) {
 
 TEST_F(ARegisteredService, TakesTheNameOfOneThatDoesNotAnswer) {
     const Process first = startReady();
-    first->signal(SIGSTOP);
+    first->kill(SIGSTOP);
     const Process second = start("second.ini");
     const Lines said = second->readUntil("voxtreld: ready");
     EXPECT_EQ(
         "voxtreld: the service that has this one's name does not answer: its name is taken over",
         said.front());
     expectSpeech();
-    second->signal(SIGTERM);
+    second->kill(SIGTERM);
     second->readUntil("voxtreld: stopped");
     EXPECT_EQ(0, second->wait());
 }
 
 TEST_F(ARegisteredService, IsFoundAgainWhenTheOneThatTookItsNameHasEnded) {
     const Process first = startReady();
-    first->signal(SIGSTOP);
+    first->kill(SIGSTOP);
     const Process second = startReady("second.ini");
-    second->signal(SIGTERM);
+    second->kill(SIGTERM);
     second->readUntil("voxtreld: stopped");
     EXPECT_EQ(0, second->wait());
-    first->signal(SIGCONT);
+    first->kill(SIGCONT);
     first->readUntil(
         "voxtreld: registered again: the service manager did not give the service under its name");
     expectSpeech();
@@ -231,9 +219,9 @@ TEST_F(ARegisteredService, IsFoundAgainWhenTheOneThatTookItsNameHasEnded) {
 
 TEST_F(ARegisteredService, LeavesWhenAnotherTookItsNameWhileItWasStopped) {
     const Process first = startReady();
-    first->signal(SIGSTOP);
+    first->kill(SIGSTOP);
     const Process second = startReady("second.ini");
-    first->signal(SIGCONT);
+    first->kill(SIGCONT);
     first->readUntil(kOtherAnswers);
     EXPECT_EQ(1, first->wait());
     expectSpeech();
@@ -242,23 +230,23 @@ TEST_F(ARegisteredService, LeavesWhenAnotherTookItsNameWhileItWasStopped) {
 TEST_F(ARegisteredService, SpeaksAndEndsOnASignalWhileTheManagerThatRegisteredItHangs) {
     const Process service = startReady();
     const Process client = startClient();
-    manager->signal(SIGSTOP);
-    client->tell(
+    manager->kill(SIGSTOP);
+    client->say(
         "say 1 It takes some seconds to speak this, and once a second the name is looked "
         "up, which nobody answers now.");
     client->readUntil("event " + std::to_string(EVENT_FINISHED) + " 1 0");
-    service->signal(SIGTERM);
+    service->kill(SIGTERM);
     service->readUntil("voxtreld: stopped");
     EXPECT_EQ(0, service->wait());
 }
 
 TEST_F(ARegisteredService, LeavesWhenAnotherHasTakenItsPlaceAtANewManager) {
     const Process first = startReady();
-    first->signal(SIGSTOP);
+    first->kill(SIGSTOP);
     killManager();
     startManager();
     const Process second = startReady("second.ini");
-    first->signal(SIGCONT);
+    first->kill(SIGCONT);
     expectSpeech();
     first->readUntil(kOtherAnswers);
     EXPECT_EQ(1, first->wait());

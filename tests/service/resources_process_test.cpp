@@ -50,7 +50,7 @@ long processorTicks(pid_t pid) {
 TEST_F(ARunningService, SleepsWhileNobodyWantsAnything) {
     const Process service = startService({"--sink", "none"});
     const Process client = startClient();
-    client->tell("say 1 Warm up.");
+    client->say("say 1 Warm up.");
     client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
     const long before = processorTicks(service->pid());
     std::this_thread::sleep_for(std::chrono::seconds(1));  // what is measured is this second
@@ -60,14 +60,14 @@ TEST_F(ARunningService, SleepsWhileNobodyWantsAnything) {
 TEST_F(ARunningService, DoesNotGrowWithTheLengthOfAText) {
     const Process service = startService({"--sink", "none"});
     const Process client = startClient();
-    client->tell("say 1 Warm up.");
+    client->say("say 1 Warm up.");
     client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
-    client->tell("long 2 500000");
+    client->say("long 2 500000");
     client->readUntil(eventLine(EVENT_WORD, 2, 1300));
     const size_t before = residentKilobytes(service->pid());
     client->readUntil(eventLine(EVENT_WORD, 2, 52000));
     const size_t after = residentKilobytes(service->pid());
-    client->tell("stop 0");
+    client->say("stop 0");
     client->readUntil(eventLine(EVENT_STOPPED, 2, 0));
     EXPECT_GT(before, 0U);
     // What has been spoken by then would be hundreds of megabytes of sound.
@@ -78,14 +78,14 @@ TEST_F(ARunningService, DoesNotPermitTheClientForWhichItHasNoRoom) {
     const Process service = startService({"--sink", "none"});
     std::vector<Process> clients(128);
     for (Process& client : clients) {
-        client = std::make_unique<ChildProcess>(Lines{VOXTREL_SPEECH_CLIENT});
-        client->tell("connect");
+        client = startProcess({VOXTREL_SPEECH_CLIENT});
+        client->say("connect");
     }
     for (const Process& client : clients) {
         client->readUntil("connect 0");
     }
-    ChildProcess late(Lines{VOXTREL_SPEECH_CLIENT});
-    late.tell("connect");
+    ChildProcess late(Lines{VOXTREL_SPEECH_CLIENT}, kWithOutput);
+    late.say("connect");
     late.readUntil("connect " + std::to_string(STATUS_PERMISSION_DENIED));
 }
 

@@ -26,7 +26,8 @@ std::string endOfAServiceWith(const std::string& policy) {
     setenv("VOXTREL_BINDER_SOCKET", place.path("binder").c_str(), 1);
     voxtrel_test::writeFile(place.path("policy"), policy);
     ChildProcess service({VOXTREL_SERVICE, "--profile", place.path("voxtrel.ini"), "--sink", "none",
-                          "--policy", place.path(policy.empty() ? "missing" : "policy")});
+                          "--policy", place.path(policy.empty() ? "missing" : "policy")},
+                         kWithOutput);
     std::string end = service.readUntil([](const std::string&) { return true; }).back();
     EXPECT_EQ(1, service.wait());
     EXPECT_FALSE(std::filesystem::exists(place.path("voxtrel.ini")));
@@ -71,9 +72,9 @@ TEST_F(ARunningService, WhoseProfileIsNoFileSaysSoAndLeaves) {
 
 TEST_F(ARunningService, WithTooFewDescriptorsSaysSoAndLeaves) {
     const auto start = [&](const std::string& limit) {
-        return std::make_unique<ChildProcess>(
-            Lines{"/bin/sh", "-c", "ulimit " + limit + " && exec \"$0\" \"$@\"", VOXTREL_SERVICE,
-                  "--profile", folder.path("voxtrel.ini"), "--sink", "none"});
+        return startProcess({"/bin/sh", "-c", "ulimit " + limit + " && exec \"$0\" \"$@\"",
+                             VOXTREL_SERVICE, "--profile", folder.path("voxtrel.ini"), "--sink",
+                             "none"});
     };
     const Process refused = start("-n 64");
     refused->readUntil(
@@ -85,7 +86,7 @@ TEST_F(ARunningService, WithTooFewDescriptorsSaysSoAndLeaves) {
         const Process service = start(limit);
         const Process ann = startClient();
         const Process bob = startClient();
-        bob->tell("say 1 Hello.");
+        bob->say("say 1 Hello.");
         bob->readUntil(eventLine(EVENT_FINISHED, 1, 0));
     }
 }

@@ -26,8 +26,8 @@ class AServiceForSeveralUsers : public testing::Test {
 protected:
     AServiceForSeveralUsers() {
         setenv("VOXTREL_BINDER_SOCKET", folder.path("binder").c_str(), 1);
-        manager = std::make_unique<ChildProcess>(
-            Lines{VOXTREL_SERVICE_MANAGER, "--socket-mode=666", "--log-level=warning"});
+        manager =
+            startProcess({VOXTREL_SERVICE_MANAGER, "--socket-mode=666", "--log-level=warning"});
         EXPECT_EQ(0, chmod(folder.path("").c_str(), 0711));
         EXPECT_EQ(0, mkdir(folder.path("service").c_str(), 0700));
         EXPECT_TRUE(voxtrel_test::eventually(
@@ -38,7 +38,7 @@ protected:
     Process startServiceAs(uid_t user, const std::string& policy) {
         voxtrel_test::writeFile(folder.path("policy"), policy);
         EXPECT_EQ(0, chown(folder.path("service").c_str(), user, static_cast<gid_t>(-1)));
-        auto service = std::make_unique<ChildProcess>(voxtrel_test::asUser(
+        auto service = startProcess(voxtrel_test::asUser(
             user, {VOXTREL_SERVICE, "--profile", folder.path("service/voxtrel.ini"), "--sink",
                    "none", "--policy", folder.path("policy")}));
         service->readUntil("voxtreld: ready");
@@ -46,9 +46,8 @@ protected:
     }
     /// A client of that user that has tried to connect.
     static Process startClientAs(uid_t user, int status) {
-        auto client =
-            std::make_unique<ChildProcess>(voxtrel_test::asUser(user, {VOXTREL_SPEECH_CLIENT}));
-        client->tell("connect");
+        auto client = startProcess(voxtrel_test::asUser(user, {VOXTREL_SPEECH_CLIENT}));
+        client->say("connect");
         client->readUntil("connect " + std::to_string(status));
         return client;
     }
@@ -75,11 +74,11 @@ TEST_F(AServiceForSeveralUsers, GrantsAUserWhatThePolicySays) {
     const Process service =
         startServiceAs(geteuid(), "# by number\nuser " + std::to_string(other) + " speak\n");
     const Process client = startClientAs(other, 0);
-    client->tell("say 1 Hello.");
+    client->say("say 1 Hello.");
     client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
-    client->tell("stop 1");
+    client->say("stop 1");
     client->readUntil("stop 0");
-    client->tell("enable 1");
+    client->say("enable 1");
     client->readUntil("enable " + std::to_string(refused));
 }
 
@@ -87,15 +86,15 @@ TEST_F(AServiceForSeveralUsers, TellsAUserWhatItMayNotDoByEvents) {
     const Process service = startServiceAs(geteuid(), "any connect");
     const Process client = startClientAs(other, 0);
     if (!voxtrel_test::canBeOthers()) {
-        client->tell("say 1 Hello.");
+        client->say("say 1 Hello.");
         client->readUntil(eventLine(EVENT_FINISHED, 1, 0));
         return;
     }
-    client->tell("say 1 Hello.");
+    client->say("say 1 Hello.");
     client->readUntil(eventLine(EVENT_STOPPED, 1, STATUS_PERMISSION_DENIED));
-    client->tell("stop 0");
+    client->say("stop 0");
     client->readUntil(eventLine(EVENT_STATE, STATE_REFUSED, 3));
-    client->tell("lock");
+    client->say("lock");
     client->readUntil(eventLine(EVENT_STATE, STATE_REFUSED, 25));
     service->readUntil("voxtreld: lock: user 65534 lacks the permission lock, refused");
 }

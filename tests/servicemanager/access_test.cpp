@@ -10,8 +10,8 @@
 
 #include "binder/ServiceOwner.h"
 #include "tests/servicemanager/LocalSocket.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 using namespace voxtrel_test;
 using android::OK;
@@ -34,10 +34,10 @@ protected:
     ~TheSocket() override { umask(mUmask); }
     std::string socketPath() const { return mFolder.path("binder"); }
 
-    static std::unique_ptr<Process> start(const Process::Words& options) {
-        Process::Words words = {VOXTREL_SERVICEMANAGER};
+    static std::unique_ptr<ChildProcess> start(const ChildProcess::Words& options) {
+        ChildProcess::Words words = {VOXTREL_SERVICEMANAGER};
         words.insert(words.end(), options.begin(), options.end());
-        auto manager = std::make_unique<Process>(words);
+        auto manager = std::make_unique<ChildProcess>(words, "");
         EXPECT_TRUE(manager->awaitError("voxtrel-servicemanager: ready\n"));
         return manager;
     }
@@ -65,8 +65,8 @@ TEST_F(TheSocket, HasTheModeThatIsAskedForWhateverTheUmask) {
         const auto manager = start({"--socket-mode", asked});
         EXPECT_EQ(std::strtoul(asked, nullptr, 8), mode()) << asked;
         EXPECT_TRUE(LocalSocket::connectedTo(socketPath()).valid());
-        manager->signal(SIGTERM);
-        EXPECT_EQ(0, manager->wait().status);
+        manager->kill(SIGTERM);
+        EXPECT_EQ(0, manager->finish().status);
     }
 }
 
@@ -85,10 +85,10 @@ TEST_F(TheSocket, OfAGroupHasTheModeThatIsAskedFor) {
 
 TEST_F(TheSocket, IsNotLeftBehindWhereItCannotBeGivenToTheGroup) {
     // Root may give files to any group, but not where the system call is refused.
-    const Process::Words words = {VOXTREL_SERVICEMANAGER, "--socket-group", "12345"};
-    Process::Words command = {"setpriv", "--bounding-set=-chown"};
+    const ChildProcess::Words words = {VOXTREL_SERVICEMANAGER, "--socket-group", "12345"};
+    ChildProcess::Words command = {"setpriv", "--bounding-set=-chown"};
     command.insert(command.end(), words.begin(), words.end());
-    const Outcome outcome = Process(isRoot() ? command : words).wait();
+    const Outcome outcome = ChildProcess(isRoot() ? command : words, "").finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_NE(std::string::npos, outcome.err.find("cannot give " + socketPath() +
                                                   " to group 12345: Operation not "
@@ -101,14 +101,14 @@ TEST_F(TheSocket, IsNotLeftBehindWhereItCannotBeGivenToTheGroup) {
 
 TEST_F(TheSocket, InAFolderThatOthersCannotEnterComesWithAWarning) {
     const auto manager = start({"--socket-mode=666"});
-    manager->signal(SIGTERM);
-    EXPECT_NE(std::string::npos, manager->wait().err.find("other users may open " + socketPath() +
-                                                          ", but not enter its folder "));
+    manager->kill(SIGTERM);
+    EXPECT_NE(std::string::npos, manager->finish().err.find("other users may open " + socketPath() +
+                                                            ", but not enter its folder "));
     ASSERT_EQ(0, chmod(mFolder.path("").c_str(), 0711));
     const auto reachable = start({"--socket-mode=666"});
-    reachable->signal(SIGTERM);
+    reachable->kill(SIGTERM);
     EXPECT_EQ("voxtrel-servicemanager: ready\nvoxtrel-servicemanager: stopped\n",
-              reachable->wait().err);
+              reachable->finish().err);
 }
 
 android::status_t take(const char* name) {

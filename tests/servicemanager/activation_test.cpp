@@ -11,10 +11,10 @@
 
 #include "servicemanager/Activation.h"
 #include "tests/servicemanager/LocalSocket.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/NotifySocket.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 using namespace voxtrel_test;
 
@@ -26,12 +26,13 @@ protected:
     std::string socketPath() const { return mFolder.path("binder"); }
 
     /// Listens; the first connection starts the manager.
-    std::unique_ptr<Process> listenFor(const Process::Words& options,
-                                       const Process::Words& command = {VOXTREL_SERVICEMANAGER}) {
-        Process::Words words = {"systemd-socket-activate", "-l", socketPath()};
+    std::unique_ptr<ChildProcess> listenFor(const ChildProcess::Words& options,
+                                            const ChildProcess::Words& command = {
+                                                VOXTREL_SERVICEMANAGER}) {
+        ChildProcess::Words words = {"systemd-socket-activate", "-l", socketPath()};
         words.insert(words.end(), options.begin(), options.end());
         words.insert(words.end(), command.begin(), command.end());
-        auto tool = std::make_unique<Process>(words);
+        auto tool = std::make_unique<ChildProcess>(words, "");
         EXPECT_TRUE(tool->awaitError("Listening on " + socketPath()));
         return tool;
     }
@@ -46,8 +47,8 @@ TEST_F(AnActivatedManager, AnswersTheClientThatStartedIt) {
     EXPECT_EQ(android::OK, android::defaultServiceManager()->addService(
                                android::String16("a service"), new android::BBinder()));
     EXPECT_EQ(1U, android::defaultServiceManager()->listServices().size());
-    manager->signal(SIGTERM);
-    EXPECT_EQ(0, manager->wait().status);
+    manager->kill(SIGTERM);
+    EXPECT_EQ(0, manager->finish().status);
     EXPECT_TRUE(std::filesystem::exists(socketPath())) << "the socket is systemd's";
     EXPECT_FALSE(std::filesystem::exists(socketPath() + ".lock"));
 }
@@ -55,7 +56,7 @@ TEST_F(AnActivatedManager, AnswersTheClientThatStartedIt) {
 TEST_F(AnActivatedManager, RefusesASocketOfAnotherKind) {
     const auto manager = listenFor({});  // a stream
     const LocalSocket client = LocalSocket::connectedTo(socketPath(), SOCK_STREAM);
-    const Outcome outcome = manager->wait();
+    const Outcome outcome = manager->finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_NE(std::string::npos,
               outcome.err.find("voxtrel-servicemanager: the descriptor that was handed over is no "
@@ -70,7 +71,7 @@ TEST_F(AnActivatedManager, DoesNotPretendToChangeTheModeOfItsSocket) {
         std::filesystem::remove(socketPath());
         const auto manager = listenFor({"--seqpacket"}, {VOXTREL_SERVICEMANAGER, option});
         const LocalSocket client = LocalSocket::connectedTo(socketPath());
-        const Outcome outcome = manager->wait();
+        const Outcome outcome = manager->finish();
         EXPECT_EQ(1, outcome.status);
         EXPECT_NE(std::string::npos, outcome.err.find("write SocketMode= and SocketGroup="))
             << outcome.err;
@@ -78,24 +79,24 @@ TEST_F(AnActivatedManager, DoesNotPretendToChangeTheModeOfItsSocket) {
 }
 
 TEST_F(AnActivatedManager, LeavesASocketForAnotherProcessAlone) {
-    const Process manager({"env", "LISTEN_PID=1", "LISTEN_FDS=1", VOXTREL_SERVICEMANAGER});
+    const ChildProcess manager({"env", "LISTEN_PID=1", "LISTEN_FDS=1", VOXTREL_SERVICEMANAGER}, "");
     EXPECT_TRUE(eventually([&] { return LocalSocket::connectedTo(socketPath()).valid(); }));
 }
 
 TEST_F(AnActivatedManager, SaysThatItIsReadyWhenItCanBeReached) {
     const NotifySocket systemd(mFolder.path("notify"));
-    Process manager({VOXTREL_SERVICEMANAGER});
+    ChildProcess manager({VOXTREL_SERVICEMANAGER}, "");
     EXPECT_EQ(0U, systemd.next().find("READY=1\n"));
     EXPECT_TRUE(LocalSocket::connectedTo(socketPath()).valid());
-    manager.signal(SIGTERM);
-    EXPECT_EQ(0, manager.wait().status);
+    manager.kill(SIGTERM);
+    EXPECT_EQ(0, manager.finish().status);
     EXPECT_EQ("STOPPING=1", systemd.next());
 }
 
 TEST_F(AnActivatedManager, SaysNothingWhenItCannotListen) {
     const NotifySocket systemd(mFolder.path("notify"));
     writeFile(socketPath(), "somebody's file");
-    EXPECT_EQ(1, Process({VOXTREL_SERVICEMANAGER}).wait().status);
+    EXPECT_EQ(1, ChildProcess({VOXTREL_SERVICEMANAGER}, "").finish().status);
     EXPECT_FALSE(systemd.hasMessage());
 }
 

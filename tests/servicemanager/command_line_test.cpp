@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 using namespace voxtrel_test;
 
@@ -16,10 +16,10 @@ protected:
     TheCommandLine() { setenv("VOXTREL_BINDER_SOCKET", mFolder.path("binder").c_str(), 1); }
 
     /// What it says when it is run with these; it must not have begun to listen.
-    Outcome run(const Process::Words& options) {
-        Process::Words words = {VOXTREL_SERVICEMANAGER};
+    Outcome run(const ChildProcess::Words& options) {
+        ChildProcess::Words words = {VOXTREL_SERVICEMANAGER};
         words.insert(words.end(), options.begin(), options.end());
-        const Outcome outcome = Process(words).wait();
+        const Outcome outcome = ChildProcess(words, "").finish();
         EXPECT_FALSE(std::filesystem::exists(mFolder.path("binder.lock")));
         return outcome;
     }
@@ -51,7 +51,7 @@ TEST_F(TheCommandLine, NamesTheVersion) {
 
 TEST_F(TheCommandLine, WithAMistakeSaysWhichAndLeavesWithOne) {
     struct Mistake {
-        Process::Words words;
+        ChildProcess::Words words;
         std::string line;
     };
     for (const Mistake& mistake :

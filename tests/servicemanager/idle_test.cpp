@@ -10,8 +10,8 @@
 
 #include "socket/Listener.h"
 #include "tests/servicemanager/LocalSocket.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 using namespace voxtrel_test;
 using android::transport::Listener;
@@ -25,9 +25,9 @@ protected:
     AnIdleManager() { setenv("VOXTREL_BINDER_SOCKET", socketPath().c_str(), 1); }
     std::string socketPath() const { return mFolder.path("binder"); }
 
-    static std::unique_ptr<Process> start(const std::string& seconds) {
-        auto manager = std::make_unique<Process>(
-            Process::Words{VOXTREL_SERVICEMANAGER, "--exit-when-idle", seconds});
+    static std::unique_ptr<ChildProcess> start(const std::string& seconds) {
+        auto manager = std::make_unique<ChildProcess>(
+            ChildProcess::Words{VOXTREL_SERVICEMANAGER, "--exit-when-idle", seconds}, "");
         EXPECT_TRUE(manager->awaitError("voxtrel-servicemanager: ready\n"));
         return manager;
     }
@@ -37,7 +37,7 @@ protected:
 
 TEST_F(AnIdleManager, LeavesAndTakesItsSocketAlong) {
     const auto begin = Clock::now();
-    const Outcome outcome = start("1")->wait();
+    const Outcome outcome = start("1")->finish();
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ("voxtrel-servicemanager: ready\nvoxtrel-servicemanager: idle\n", outcome.err);
     EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
@@ -52,10 +52,10 @@ TEST_F(AnIdleManager, StaysWhileSomebodyIsConnected) {
         // Another one shows when the time has been long enough.
         const TempFolder elsewhere;
         setenv("VOXTREL_BINDER_SOCKET", elsewhere.path("binder").c_str(), 1);
-        EXPECT_EQ(0, start("6")->wait().status);
+        EXPECT_EQ(0, start("6")->finish().status);
         EXPECT_TRUE(LocalSocket::connectedTo(socketPath()).valid());
     }
-    EXPECT_EQ(0, manager->wait().status);
+    EXPECT_EQ(0, manager->finish().status);
 }
 
 // Without threads nobody accepts: the connection waits where one waits that comes at the last

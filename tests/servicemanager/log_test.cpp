@@ -5,9 +5,9 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 using namespace voxtrel_test;
 
@@ -26,11 +26,12 @@ protected:
     std::string ofALife(const std::string& before, const std::string& options = "") {
         const std::string file = mFolder.path("log");
         writeFile(file, "");
-        Process manager({"bash", "-c", "exec 2>>\"$1\"; " + before + " exec \"$0\" " + options,
-                         VOXTREL_SERVICEMANAGER, file});
+        ChildProcess manager({"bash", "-c", "exec 2>>\"$1\"; " + before + " exec \"$0\" " + options,
+                              VOXTREL_SERVICEMANAGER, file},
+                             "");
         EXPECT_TRUE(eventually([&] { return std::filesystem::exists(mFolder.path("binder")); }));
-        manager.signal(SIGTERM);
-        EXPECT_EQ(0, manager.wait().status);
+        manager.kill(SIGTERM);
+        EXPECT_EQ(0, manager.finish().status);
         std::filesystem::remove(mFolder.path("binder"));
         return readFile(file);
     }
@@ -62,11 +63,12 @@ TEST_F(TheLog, IsAsVerboseAsItIsTold) {
 
 TEST_F(TheLog, HasErrorsAsErrors) {
     const std::string file = mFolder.path("log");
-    const Outcome outcome = Process({"bash", "-c",
-                                     std::string("exec 2>>\"$1\"; ") + kJournal +
-                                         "LISTEN_PID=$$ LISTEN_FDS=1 exec \"$0\" </dev/null",
-                                     VOXTREL_SERVICEMANAGER, file})
-                                .wait();
+    const Outcome outcome = ChildProcess({"bash", "-c",
+                                          std::string("exec 2>>\"$1\"; ") + kJournal +
+                                              "LISTEN_PID=$$ LISTEN_FDS=1 exec \"$0\" </dev/null",
+                                          VOXTREL_SERVICEMANAGER, file},
+                                         "")
+                                .finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_EQ(0U, readFile(file).find("<3>voxtrel-servicemanager: ")) << readFile(file);
 }

@@ -11,9 +11,9 @@
 #include <cstdlib>
 
 #include "tests/servicemanager/LocalSocket.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 using namespace voxtrel_test;
 
@@ -26,8 +26,8 @@ protected:
     ThePlace() { setenv("VOXTREL_BINDER_SOCKET", socketPath().c_str(), 1); }
     std::string socketPath() const { return mFolder.path("binder"); }
 
-    static std::unique_ptr<Process> start() {
-        return std::make_unique<Process>(Process::Words{VOXTREL_SERVICEMANAGER});
+    static std::unique_ptr<ChildProcess> start() {
+        return std::make_unique<ChildProcess>(ChildProcess::Words{VOXTREL_SERVICEMANAGER}, "");
     }
 
     const TempFolder mFolder;
@@ -42,7 +42,7 @@ TEST_F(ThePlace, OfASocketUnitIsNotTaken) {
     const LocalSocket unit = LocalSocket::listeningAt(socketPath());
     ASSERT_TRUE(unit.valid());
     const ino_t before = fileAt(socketPath());
-    const Outcome outcome = start()->wait();
+    const Outcome outcome = start()->finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_NE(std::string::npos, outcome.err.find("somebody else listens at " + socketPath()))
         << outcome.err;
@@ -52,8 +52,8 @@ TEST_F(ThePlace, OfASocketUnitIsNotTaken) {
 TEST_F(ThePlace, OfADeadOneIsTaken) {
     const auto first = start();
     ASSERT_TRUE(first->awaitError(kReady));
-    first->signal(SIGKILL);
-    EXPECT_EQ(128 + SIGKILL, first->wait().status);
+    first->kill(SIGKILL);
+    EXPECT_EQ(128 + SIGKILL, first->finish().status);
     ASSERT_NE(0U, fileAt(socketPath()));
     const auto second = start();
     EXPECT_TRUE(second->awaitError(kReady));
@@ -63,7 +63,7 @@ TEST_F(ThePlace, OfADeadOneIsTaken) {
 TEST_F(ThePlace, OfALivingOneIsNotTaken) {
     const auto first = start();
     ASSERT_TRUE(first->awaitError(kReady));
-    const Outcome second = start()->wait();
+    const Outcome second = start()->finish();
     EXPECT_EQ(1, second.status);
     EXPECT_NE(std::string::npos,
               second.err.find("there is a service manager already at " + socketPath()))
@@ -99,8 +99,8 @@ TEST_F(ThePlace, IsLeftInOrderOnASignal) {
           std::pair{SIGINT, "voxtrel-servicemanager: interrupted\n"}}) {
         const auto manager = start();
         ASSERT_TRUE(manager->awaitError(kReady));
-        manager->signal(number);
-        const Outcome outcome = manager->wait();
+        manager->kill(number);
+        const Outcome outcome = manager->finish();
         EXPECT_EQ(0, outcome.status);
         EXPECT_EQ(std::string(kReady) + line, outcome.err);
     }

@@ -37,9 +37,11 @@ Desktop::Desktop(const Device::Words& options, unsigned patience, bool asInstall
     writeConfig(patience, asInstalled);
     const std::string socket = socketPath();
     setenv("SPEECHD_ADDRESS", ("unix_socket:" + socket).c_str(), 1);
-    mServer = std::make_unique<Process>(Process::Words{
-        VOXTREL_DESKTOP_SERVER, "-s", "-S", socket, "-C", device.path("conf"), "-P",
-        device.path("pid"), "-L", device.path("log"), "-t", "0", "-m", device.path("modules")});
+    mServer = std::make_unique<ChildProcess>(
+        ChildProcess::Words{VOXTREL_DESKTOP_SERVER, "-s", "-S", socket, "-C", device.path("conf"),
+                            "-P", device.path("pid"), "-L", device.path("log"), "-t", "0", "-m",
+                            device.path("modules")},
+        "");
     if (!eventually([&] { return listens(socket); })) {
         throw std::runtime_error("the server does not listen");
     }
@@ -62,14 +64,14 @@ void Desktop::writeConfig(unsigned patience, bool asInstalled) {
         readFile(VOXTREL_DESKTOP_CONFIG) + "WaitForService " + std::to_string(patience) + "\n");
 }
 
-std::unique_ptr<Process> Desktop::start(const Process::Words& arguments) {
-    Process::Words words = {VOXTREL_DESKTOP_SAY};
+std::unique_ptr<ChildProcess> Desktop::start(const ChildProcess::Words& arguments) {
+    ChildProcess::Words words = {VOXTREL_DESKTOP_SAY};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    return std::make_unique<Process>(words);
+    return std::make_unique<ChildProcess>(words, "");
 }
 
-Outcome Desktop::say(const Process::Words& arguments) {
-    return start(arguments)->wait();
+Outcome Desktop::say(const ChildProcess::Words& arguments) {
+    return start(arguments)->finish();
 }
 
 bool Desktop::awaitSound(double seconds) {

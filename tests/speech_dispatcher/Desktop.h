@@ -22,10 +22,10 @@ public:
                      bool asInstalled = false);
 
     /// Runs spd-say to its end.
-    Outcome say(const Process::Words& arguments);
+    Outcome say(const ChildProcess::Words& arguments);
 
     /// Starts spd-say.
-    std::unique_ptr<Process> start(const Process::Words& arguments);
+    std::unique_ptr<ChildProcess> start(const ChildProcess::Words& arguments);
 
     /// Waits until that much of the sound is in the service's file.
     bool awaitSound(double seconds);
@@ -38,7 +38,7 @@ public:
 private:
     void writeConfig(unsigned patience, bool asInstalled);
 
-    std::unique_ptr<Process> mServer;
+    std::unique_ptr<ChildProcess> mServer;
 };
 
 }  // namespace voxtrel_test

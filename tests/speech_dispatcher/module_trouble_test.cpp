@@ -82,7 +82,7 @@ TEST_F(AModuleInTrouble, EndsAMessageWhoseServiceIsStoppedAndSpeaksWhenItGoesOn)
     stop(device.servicePid());
     EXPECT_EQ(kCut, eventsOf(module, "<speak>b</speak>"));
     EXPECT_EQ(kCut, eventsOf(module, "<speak>c</speak>"));
-    device.service().signal(SIGCONT);
+    device.service().kill(SIGCONT);
     EXPECT_EQ(kWhole, eventsOf(module, "<speak>d</speak>"));
 }
 
@@ -95,7 +95,7 @@ TEST_F(AModuleInTrouble, TellsAStopWhoseServiceIsStopped) {
     stop(device.servicePid());
     module.say("STOP");
     EXPECT_EQ("703", module.eventsToEnd().back());
-    device.service().signal(SIGCONT);
+    device.service().kill(SIGCONT);
 }
 
 TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
@@ -112,7 +112,7 @@ TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
     module.say("QUIT");
     module.awaitEvent("210 OK QUIT");
     EXPECT_EQ(0, module.process().wait());
-    device.service().signal(SIGCONT);
+    device.service().kill(SIGCONT);
 }
 
 TEST_F(AModuleInTrouble, AnswersThoughTheServiceManagerIsStopped) {

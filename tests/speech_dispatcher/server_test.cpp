@@ -21,7 +21,7 @@ constexpr const char* kLong =
 constexpr unsigned kShortPatience = 5000;
 
 /// Runs spd-say, which must succeed.
-void speak(Desktop& desktop, const Process::Words& arguments) {
+void speak(Desktop& desktop, const ChildProcess::Words& arguments) {
     const Outcome said = desktop.say(arguments);
     EXPECT_EQ(0, said.status) << said.out << said.err;
 }
@@ -33,7 +33,7 @@ Sound soundOf(Desktop& desktop) {
 }
 
 /// The sound of one message by a service of its own.
-Sound soundOf(Desktop& desktop, Process::Words arguments, const std::string& text) {
+Sound soundOf(Desktop& desktop, ChildProcess::Words arguments, const std::string& text) {
     desktop.device.stopService();
     desktop.device.startService({"--sink", "wav:" + desktop.device.path("one.wav")});
     arguments.insert(arguments.end(), {"-w", text});
@@ -82,10 +82,10 @@ TEST(TheDesktop, CutsWhatIsStoppedOrCancelled) {
     Desktop desktop({"--real-time"});
     double before = 0;
     for (const char* option : {"-S", "-C"}) {
-        const std::unique_ptr<Process> said = desktop.start({"-w", kLong});
+        const std::unique_ptr<ChildProcess> said = desktop.start({"-w", kLong});
         ASSERT_TRUE(desktop.awaitSound(before + 0.3));
         desktop.say({option});
-        EXPECT_EQ(0, said->wait().status) << option;
+        EXPECT_EQ(0, said->finish().status) << option;
         before += 0.3;
     }
     speak(desktop, {"-w", "Hello"});
@@ -95,10 +95,10 @@ TEST(TheDesktop, CutsWhatIsStoppedOrCancelled) {
 
 TEST(TheDesktop, LetsAnImportantMessageGoFirst) {
     Desktop desktop({"--real-time"});
-    const std::unique_ptr<Process> text = desktop.start({"-w", "-P", "text", kLong});
+    const std::unique_ptr<ChildProcess> text = desktop.start({"-w", "-P", "text", kLong});
     ASSERT_TRUE(desktop.awaitSound(0.3));
     speak(desktop, {"-w", "-P", "important", "Fire"});
-    EXPECT_EQ(0, text->wait().status);
+    EXPECT_EQ(0, text->finish().status);
     EXPECT_LT(soundOf(desktop).seconds(), engineAlone(kLong, "en-us", 300).seconds());
 }
 
@@ -147,7 +147,7 @@ TEST(TheDesktop, ChoosesLanguageAndVoice) {
 TEST(TheDesktop, ChoosesRatePitchAndVolume) {
     Desktop desktop;
     const std::string text = "One two three four.";
-    const auto soundWithout = [&](Process::Words words) {
+    const auto soundWithout = [&](ChildProcess::Words words) {
         desktop.device.stopService();
         desktop.device.startService({"--sink", "wav:" + desktop.device.path("one.wav")});
         words.insert(words.begin(), {"say", "--wait", "--lang", "en-US"});
@@ -172,8 +172,9 @@ TEST(TheDesktop, ChoosesRatePitchAndVolume) {
 
 TEST(TheDesktop, SpellsAndNamesCharactersKeysAndIcons) {
     Desktop desktop;
-    for (const Process::Words& words :
-         {Process::Words{"-w", "-c", "a"}, {"-w", "-k", "shift_a"}, {"-w", "-I", "new-mail"}}) {
+    for (const ChildProcess::Words& words : {ChildProcess::Words{"-w", "-c", "a"},
+                                             {"-w", "-k", "shift_a"},
+                                             {"-w", "-I", "new-mail"}}) {
         speak(desktop, words);
     }
     EXPECT_FALSE(soundOf(desktop).isSilent());
@@ -207,10 +208,10 @@ TEST(TheDesktop, SpeaksTwoHundredMessages) {
 
 TEST(TheDesktop, GoesOnWhenTheServiceIsKilled) {
     Desktop desktop({"--real-time"}, kShortPatience);
-    const std::unique_ptr<Process> cut = desktop.start({"-w", kLong});
+    const std::unique_ptr<ChildProcess> cut = desktop.start({"-w", kLong});
     ASSERT_TRUE(desktop.awaitSound(0.3));
     desktop.device.killService();
-    EXPECT_EQ(0, cut->wait().status);
+    EXPECT_EQ(0, cut->finish().status);
     speak(desktop, {"-w", "Nobody hears this."});
     desktop.device.startService({"--sink", "wav:" + desktop.device.path("next.wav")});
     speak(desktop, {"-w", kLong});
@@ -221,9 +222,9 @@ TEST(TheDesktop, GoesOnWhenTheServiceIsKilled) {
 
 TEST(TheDesktop, IsNotSilencedByAServiceThatIsStopped) {
     Desktop desktop({}, kShortPatience);
-    desktop.device.service().signal(SIGSTOP);
+    desktop.device.service().kill(SIGSTOP);
     speak(desktop, {"-w", "Nobody hears this."});
-    desktop.device.service().signal(SIGCONT);
+    desktop.device.service().kill(SIGCONT);
     speak(desktop, {"-w", kLong});
     EXPECT_FALSE(soundOf(desktop).isSilent());
 }

@@ -30,15 +30,15 @@ bool listens(const std::string& path) {
     return connected;
 }
 
-void kill(std::unique_ptr<Process>& process) {
-    process->signal(SIGKILL);
-    EXPECT_EQ(process->wait().status, 128 + SIGKILL);
+void kill(std::unique_ptr<ChildProcess>& process) {
+    process->kill(SIGKILL);
+    EXPECT_EQ(process->finish().status, 128 + SIGKILL);
     process.reset();
 }
 
 /// Returns when the process has stopped.
-void stop(const Process& process) {
-    process.signal(SIGSTOP);
+void stop(const ChildProcess& process) {
+    process.kill(SIGSTOP);
     int status = 0;
     if (waitpid(process.pid(), &status, WUNTRACED) != process.pid() || !WIFSTOPPED(status)) {
         throw std::runtime_error("the process does not stop");
@@ -57,7 +57,7 @@ Machine::Machine() {
 Machine::~Machine() = default;
 
 void Machine::startManager() {
-    mManager = std::make_unique<Process>(Words{VOXTREL_SERVICEMANAGER_PROGRAM});
+    mManager = std::make_unique<ChildProcess>(Words{VOXTREL_SERVICEMANAGER_PROGRAM}, "");
     if (!eventually([&] { return listens(path("binder")); })) {
         throw std::runtime_error("the service manager does not listen");
     }
@@ -68,7 +68,7 @@ void Machine::stopManager() {
 }
 
 void Machine::continueManager() {
-    mManager->signal(SIGCONT);
+    mManager->kill(SIGCONT);
 }
 
 void Machine::killManager() {
@@ -81,19 +81,19 @@ void Machine::startService(const Words& options) {
         words.insert(words.end(), {"--sink", "none"});
     }
     words.insert(words.end(), options.begin(), options.end());
-    mService = std::make_unique<Process>(words);
+    mService = std::make_unique<ChildProcess>(words, "");
 }
 
 void Machine::startOther(const Words& words) {
-    mOther = std::make_unique<Process>(words);
+    mOther = std::make_unique<ChildProcess>(words, "");
     if (!mOther->awaitOutput("service: clients find it now\n")) {
-        throw std::runtime_error(mOther->wait().err);
+        throw std::runtime_error(mOther->finish().err);
     }
 }
 
 void Machine::shutDownService() {
-    mService->signal(SIGTERM);
-    EXPECT_EQ(mService->wait().status, 0);
+    mService->kill(SIGTERM);
+    EXPECT_EQ(mService->finish().status, 0);
 }
 
 void Machine::killService() {
@@ -105,7 +105,7 @@ void Machine::stopService() {
 }
 
 void Machine::continueService() {
-    (mService != nullptr ? *mService : *mOther).signal(SIGCONT);
+    (mService != nullptr ? *mService : *mOther).kill(SIGCONT);
 }
 
 std::size_t Machine::spokenFiles() const {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 namespace voxtrel_test {
 
@@ -14,7 +14,7 @@ namespace voxtrel_test {
 /// process and those that it starts find. One in a process. Nothing waits until they are ready.
 class Machine {
 public:
-    using Words = Process::Words;
+    using Words = ChildProcess::Words;
 
     Machine();
     ~Machine();
@@ -47,9 +47,9 @@ public:
 
 private:
     const TempFolder mFolder;
-    std::unique_ptr<Process> mManager;
-    std::unique_ptr<Process> mService;
-    std::unique_ptr<Process> mOther;
+    std::unique_ptr<ChildProcess> mManager;
+    std::unique_ptr<ChildProcess> mService;
+    std::unique_ptr<ChildProcess> mOther;
 };
 
 }  // namespace voxtrel_test

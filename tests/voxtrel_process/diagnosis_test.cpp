@@ -86,12 +86,13 @@ protected:
     AStrangersService() {
         EXPECT_EQ(0, chmod(machine.path("").c_str(), 0711));
         EXPECT_EQ(0, chmod(machine.path("binder").c_str(), 0666));
-        stranger = std::make_unique<Process>(asUser(otherUser(), {VOXTREL_MUTE_SERVICE, "ready"}));
+        stranger = std::make_unique<ChildProcess>(
+            asUser(otherUser(), {VOXTREL_MUTE_SERVICE, "ready"}), "");
         EXPECT_TRUE(stranger->awaitOutput("service: clients find it now\n"));
     }
 
     Machine machine;
-    std::unique_ptr<Process> stranger;
+    std::unique_ptr<ChildProcess> stranger;
 };
 
 TEST_F(AStrangersService, IsNotTalkedToByWhoDoesNotTrustIt) {

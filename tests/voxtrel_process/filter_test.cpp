@@ -77,8 +77,8 @@ protected:
 
     std::string outputWith(const std::string& filter) {
         setenv("VOXTREL_LANGUAGE_WITH_VOICES", filter.c_str(), 1);
-        Process process({ownPath(), "--role=speakThroughAFilter", first()});
-        const auto outcome = process.wait();
+        ChildProcess process({ownPath(), "--role=speakThroughAFilter", first()}, "");
+        const auto outcome = process.finish();
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(outcome.err, "");
         return outcome.out;

@@ -46,19 +46,20 @@ class ALostRequest : public ::testing::Test {
 protected:
     ALostRequest() {
         machine.startOther({VOXTREL_BLOCKED_SERVICE});
-        flooder = std::make_unique<Process>(Process::Words{VOXTREL_FLOODER, "test.blocked"});
+        flooder = std::make_unique<ChildProcess>(
+            ChildProcess::Words{VOXTREL_FLOODER, "test.blocked"}, "");
         EXPECT_TRUE(flooder->awaitOutput("flooded\n")) << flooder->output();
     }
 
     static std::string outcomesOf(const std::vector<std::string>& texts) {
         std::vector<std::string> words = {ownPath(), "--role=sayAll"};
         words.insert(words.end(), texts.begin(), texts.end());
-        return Process(words).wait().out;
+        return ChildProcess(words, "").finish().out;
     }
 
     const int manners = setenv("VOXTREL_BINDER_MANNERS", "driver", 1);
     Machine machine;
-    std::unique_ptr<Process> flooder;
+    std::unique_ptr<ChildProcess> flooder;
 };
 
 TEST_F(ALostRequest, IsLostWhenALaterOneIsSpoken) {

@@ -241,8 +241,8 @@ TEST_F(AProfile, TellsThatItsFolderIsNotWritable) {
     } else {
         ASSERT_EQ(chmod(folder.path("").c_str(), 0755), 0);
     }
-    Process process(asUser(otherUser(), {ownPath(), "--role=saveProfileAt", path}));
-    const auto outcome = process.wait();
+    ChildProcess process(asUser(otherUser(), {ownPath(), "--role=saveProfileAt", path}), "");
+    const auto outcome = process.finish();
     ASSERT_EQ(chmod(folder.path("").c_str(), 0755), 0);
     EXPECT_EQ(outcome.out, "the profile '" + path + "' cannot be written: Permission denied\n")
         << outcome.err;

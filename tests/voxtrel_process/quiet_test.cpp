@@ -58,8 +58,8 @@ const Role kLiveQuietly("liveQuietly", liveQuietly);
 TEST(TheInterface, PrintsNothing) {
     setenv("VOXTREL_BINDER_SEED", "7", 1);  // the runtime logs one that it draws
     setenv("VOXTREL_LANGUAGE_WITH_VOICES", "fr_FR.none", 1);
-    Process process({ownPath(), "--role=liveQuietly"});
-    const auto outcome = process.wait();
+    ChildProcess process({ownPath(), "--role=liveQuietly"}, "");
+    const auto outcome = process.finish();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "");

@@ -28,7 +28,7 @@ bool listens(const std::string& path) {
     return connected;
 }
 
-bool hasSink(const Process::Words& options) {
+bool hasSink(const ChildProcess::Words& options) {
     for (const std::string& option : options) {
         if (option == "--sink") {
             return true;
@@ -46,7 +46,7 @@ Device::Device(const Words& managerOptions) {
     unsetenv("VOXTREL_LANGUAGE_WITH_VOICES");
     Words words = {VOXTREL_SERVICEMANAGER_PROGRAM};
     words.insert(words.end(), managerOptions.begin(), managerOptions.end());
-    mManager = std::make_unique<Process>(words);
+    mManager = std::make_unique<ChildProcess>(words, "");
     if (!eventually([&] { return listens(socket); })) {
         throw std::runtime_error("the service manager does not listen");
     }
@@ -63,48 +63,48 @@ void Device::startService(const Words& options) {
         words.insert(words.end(), {"--sink", "wav:" + wavPath()});
     }
     words.insert(words.end(), options.begin(), options.end());
-    mService = std::make_unique<Process>(words);
+    mService = std::make_unique<ChildProcess>(words, "");
     // A client connects when the service is ready, and not before. A refused one
     // has waited too.
     const Outcome ready = ctl({"languages"});
     if (ready.status != 0 && ready.err.find("-10") == std::string::npos) {
-        mService->signal(SIGTERM);
-        throw std::runtime_error(ready.err + mService->wait().err);
+        mService->kill(SIGTERM);
+        throw std::runtime_error(ready.err + mService->finish().err);
     }
 }
 
 void Device::startOther(const Words& words) {
-    mService = std::make_unique<Process>(words);
+    mService = std::make_unique<ChildProcess>(words, "");
     if (!mService->awaitOutput("service: clients find it now\n")) {
-        throw std::runtime_error(mService->wait().err);
+        throw std::runtime_error(mService->finish().err);
     }
 }
 
 void Device::stopService() {
-    mService->signal(SIGTERM);
-    EXPECT_EQ(mService->wait().status, 0);
+    mService->kill(SIGTERM);
+    EXPECT_EQ(mService->finish().status, 0);
 }
 
 void Device::killService() {
-    mService->signal(SIGKILL);
-    EXPECT_EQ(mService->wait().status, 128 + SIGKILL);
+    mService->kill(SIGKILL);
+    EXPECT_EQ(mService->finish().status, 128 + SIGKILL);
 }
 
 void Device::killServiceManager() {
-    mManager->signal(SIGKILL);
-    EXPECT_EQ(mManager->wait().status, 128 + SIGKILL);
+    mManager->kill(SIGKILL);
+    EXPECT_EQ(mManager->finish().status, 128 + SIGKILL);
 }
 
 Outcome Device::ctl(const Words& arguments, const std::string& input) {
     Words words = {control()};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    return Process(words, input).wait();
+    return ChildProcess(words, input).finish();
 }
 
-std::unique_ptr<Process> Device::start(const Words& arguments) {
+std::unique_ptr<ChildProcess> Device::start(const Words& arguments) {
     Words words = {control()};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    return std::make_unique<Process>(words);
+    return std::make_unique<ChildProcess>(words, "");
 }
 
 std::string Device::control() {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 namespace voxtrel_test {
 
@@ -14,7 +14,7 @@ namespace voxtrel_test {
 /// process: where the service manager listens is in the environment.
 class Device {
 public:
-    using Words = Process::Words;
+    using Words = ChildProcess::Words;
 
     /// With a service manager, which is given these options, and no service.
     explicit Device(const Words& managerOptions = {});
@@ -39,11 +39,11 @@ public:
     Outcome ctl(const Words& arguments, const std::string& input = "");
 
     /// Starts voxtrelctl.
-    std::unique_ptr<Process> start(const Words& arguments);
+    std::unique_ptr<ChildProcess> start(const Words& arguments);
 
     std::string path(const std::string& entry) const { return mFolder.path(entry); }
     std::string wavPath() const { return path("speech.wav"); }
-    Process& service() { return *mService; }
+    ChildProcess& service() { return *mService; }
     pid_t servicePid() const { return mService->pid(); }
     pid_t managerPid() const { return mManager->pid(); }
 
@@ -52,8 +52,8 @@ public:
 
 private:
     const TempFolder mFolder;
-    std::unique_ptr<Process> mManager;
-    std::unique_ptr<Process> mService;
+    std::unique_ptr<ChildProcess> mManager;
+    std::unique_ptr<ChildProcess> mService;
 };
 
 /// "say", "x" as the value that the service now has for a setting; fails the test on an error.

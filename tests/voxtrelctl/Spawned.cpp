@@ -70,10 +70,10 @@ EmptyHome::~EmptyHome() {
     }
 }
 
-std::unique_ptr<Process> EmptyHome::spawn(const Process::Words& words) {
-    Process::Words all = {Device::control(), "--spawn"};
+std::unique_ptr<ChildProcess> EmptyHome::spawn(const ChildProcess::Words& words) {
+    ChildProcess::Words all = {Device::control(), "--spawn"};
     all.insert(all.end(), words.begin(), words.end());
-    return std::make_unique<Process>(all);
+    return std::make_unique<ChildProcess>(all, "");
 }
 
 std::vector<pid_t> EmptyHome::running(const std::string& program) const {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
-#include "tests/voxtrelctl/Process.h"
 
 namespace voxtrel_test {
 
@@ -23,7 +23,7 @@ public:
     EmptyHome& operator=(const EmptyHome&) = delete;
 
     /// Starts voxtrelctl with `--spawn` in front of these.
-    static std::unique_ptr<Process> spawn(const Process::Words& words);
+    static std::unique_ptr<ChildProcess> spawn(const ChildProcess::Words& words);
 
     /// Process ids of the programs of that name that this home's voxtrelctl has started.
     std::vector<pid_t> running(const std::string& program) const;

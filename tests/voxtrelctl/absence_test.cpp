@@ -53,12 +53,12 @@ TEST(WithoutAService, ACommandSaysWhatItWaitsForAndThenMinusEight) {
 
 TEST(WithoutAService, NoCommandWaitsForItLongerThanItsTimeout) {
     Device device;
-    std::vector<std::unique_ptr<Process>> running;
+    std::vector<std::unique_ptr<ChildProcess>> running;
     for (const Device::Words& words : everyCommand("1.5")) {
         running.push_back(device.start(words));
     }
     for (const auto& each : running) {
-        const Outcome outcome = each->wait();
+        const Outcome outcome = each->finish();
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.err,
                   std::string("voxtrelctl: looking for the service for up to 2 s; is voxtreld "
@@ -71,8 +71,8 @@ TEST(WithoutAService, TheSearchEndsAtOnceOnCtrlC) {
     Device device;
     const auto waiting = device.start({"say", "x"});
     ASSERT_TRUE(waiting->awaitError(kWaiting));
-    waiting->signal(SIGINT);
-    const Outcome outcome = waiting->wait();
+    waiting->kill(SIGINT);
+    const Outcome outcome = waiting->finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, std::string(kWaiting) + "voxtrelctl: interrupted\n");
@@ -102,7 +102,7 @@ TEST(AServiceThatComesLate, IsFoundByACommandThatWaits) {
     const auto waiting = device.start({"say", "--wait", "late"});
     ASSERT_TRUE(waiting->awaitError(kWaiting));
     device.startService({"--sink", "none"});
-    const Outcome outcome = waiting->wait();
+    const Outcome outcome = waiting->finish();
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("finished 1\n"), std::string::npos);
 }
@@ -111,8 +111,8 @@ TEST(AnErrorLine, IsWrittenInOnePieceForTheRuntimeWritesBesideIt) {
     Device device;
     device.killServiceManager();
     for (const char* command : {"doctor", "status"}) {
-        Process process({Device::control(), command}, "", Process::Errors::Apart);
-        EXPECT_EQ(process.wait().status, 1);
+        ChildProcess process({Device::control(), command}, "", ChildProcess::Errors::InPieces);
+        EXPECT_EQ(process.finish().status, 1);
         bool isSeen = false;
         for (const std::string& piece : process.errorPieces()) {
             EXPECT_EQ(piece.find('\n'), piece.size() - 1) << piece;

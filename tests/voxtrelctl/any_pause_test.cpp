@@ -58,8 +58,8 @@ TEST_F(AServiceThatTakesAnyPause, IsComplainedOfByTheMonitor) {
     const auto monitor = device.start({"monitor"});
     EXPECT_TRUE(monitor->awaitError(kComplaint));
     EXPECT_TRUE(eventually([&] { return !service->isBusy(); }));
-    monitor->signal(SIGINT);
-    const Outcome outcome = monitor->wait();
+    monitor->kill(SIGINT);
+    const Outcome outcome = monitor->finish();
     EXPECT_EQ(outcome.out, "service connected\n");
     EXPECT_EQ(outcome.err, kComplaint);
 }
@@ -70,10 +70,10 @@ TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByWhoLeavesBeforeThePauseBegins
     ASSERT_TRUE(first->awaitOutput("started 1\n"));
     const auto pause = device.start({"monitor"});
     EXPECT_TRUE(eventually([&] { return service->wasFenced(pause->pid()); }));
-    pause->signal(SIGINT);
-    EXPECT_EQ(pause->wait().status, 0);
-    first->signal(SIGINT);
-    EXPECT_EQ(first->wait().status, 1);
+    pause->kill(SIGINT);
+    EXPECT_EQ(pause->finish().status, 0);
+    first->kill(SIGINT);
+    EXPECT_EQ(first->finish().status, 1);
     EXPECT_FALSE(service->isBusy());
 }
 
@@ -94,7 +94,7 @@ TEST_F(AServiceThatTakesAnyPause, IsNotLeftSilentByALongWait) {
     const auto speaker = device.start({"say", "--wait", "Hello."});
     EXPECT_TRUE(eventually([&] { return service->wasFenced(speaker->pid()); }));
     EXPECT_EQ(device.ctl({"stop"}).status, 0);
-    EXPECT_EQ(speaker->wait().status, 0);
+    EXPECT_EQ(speaker->finish().status, 0);
     EXPECT_FALSE(service->isBusy());
 }
 
@@ -107,7 +107,7 @@ TEST_F(AServiceThatTakesAnyPause, LosesNoPartOfATextWithThePause) {
     const auto speaker = device.start({"say", "--wait", text});
     EXPECT_TRUE(eventually([&] { return service->wasFenced(speaker->pid()); }));
     service->goOn();
-    const Outcome outcome = speaker->wait();
+    const Outcome outcome = speaker->finish();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, kComplaint);
     EXPECT_EQ(outcome.out, "started 1\nfinished 1\n");
@@ -126,7 +126,7 @@ protected:
 };
 
 TEST_F(AMuteService, IsNotLeftSilent) {
-    std::vector<std::unique_ptr<Process>> all;
+    std::vector<std::unique_ptr<ChildProcess>> all;
     for (const Device::Words& words : {Device::Words{"say", "Hello."},
                                        {"say", "--wait", "Hello."},
                                        {"silence", "--wait", "20"},
@@ -136,19 +136,19 @@ TEST_F(AMuteService, IsNotLeftSilent) {
     }
     const auto monitor = device.start({"monitor"});
     for (const auto& each : all) {
-        (void)each->wait();
+        (void)each->finish();
     }
     EXPECT_TRUE(monitor->awaitError("the service does not answer with an event"));
     EXPECT_TRUE(eventually([&] { return !service->isBusy(); }));
-    monitor->signal(SIGINT);
-    EXPECT_EQ(monitor->wait().status, 0);
+    monitor->kill(SIGINT);
+    EXPECT_EQ(monitor->finish().status, 0);
 }
 
 TEST_F(AMuteService, IsAskedToDropWhatACommandAskedForThatIsInterrupted) {
     const auto speaker = device.start({"say", "Hello."});
     EXPECT_TRUE(eventually([&] { return service->wasFenced(speaker->pid()); }));
-    speaker->signal(SIGINT);
-    const Outcome outcome = speaker->wait();
+    speaker->kill(SIGINT);
+    const Outcome outcome = speaker->finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "voxtrelctl: interrupted\n");
     EXPECT_FALSE(service->isBusy());

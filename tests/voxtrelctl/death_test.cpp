@@ -31,7 +31,7 @@ TEST(AServiceKilledInMidSpeech, EndsSayWithMinusFive) {
     const auto speaker = device.start({"say", "--wait", "--speed", "150", kLong});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
     device.killService();
-    const Outcome said = speaker->wait();
+    const Outcome said = speaker->finish();
     EXPECT_EQ(said.status, 1);
     EXPECT_EQ(said.err,
               "voxtrelctl: -5 no connection to the service: it died "
@@ -47,7 +47,7 @@ TEST(AServiceKilledInMidSpeech, ComesBackWithItsSettings) {
     const auto speaker = device.start({"say", "--wait", kLong});
     ASSERT_TRUE(speaker->awaitOutput("started 1"));
     device.killService();
-    const Outcome said = speaker->wait();
+    const Outcome said = speaker->finish();
     EXPECT_EQ(said.status, 1) << said.err;
     device.startService({"--sink", "none"});
     EXPECT_EQ(settingOf(device, "speed"), "150");
@@ -64,7 +64,7 @@ TEST(AServiceShutDownInMidSpeech, EndsSayWithItsReason) {
     const auto speaker = device.start({"say", "--wait", "--speed", "150", kLong});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
     device.stopService();
-    const Outcome said = speaker->wait();
+    const Outcome said = speaker->finish();
     EXPECT_EQ(said.status, 1);
     EXPECT_EQ(said.err, std::string("voxtrelctl: ") + kShutdownLine + "\n");
     EXPECT_NE(said.out.find("stopped 1 (-14 the service has been shut down)\n"), std::string::npos)
@@ -76,24 +76,25 @@ class TheExampleInMidSpeech : public ::testing::Test {
 protected:
     TheExampleInMidSpeech() {
         device.startService({"--sink", "wavdir:" + device.path("spoken"), "--real-time"});
-        example = std::make_unique<Process>(Process::Words{VOXTREL_EXAMPLE_PROGRAM, kLong});
+        example =
+            std::make_unique<ChildProcess>(ChildProcess::Words{VOXTREL_EXAMPLE_PROGRAM, kLong}, "");
         EXPECT_TRUE(eventually([&] { return !std::filesystem::is_empty(device.path("spoken")); }));
     }
 
     Device device;
-    std::unique_ptr<Process> example;
+    std::unique_ptr<ChildProcess> example;
 };
 
 TEST_F(TheExampleInMidSpeech, EndsWhenTheServiceDies) {
     device.killService();
-    const Outcome outcome = example->wait();
+    const Outcome outcome = example->finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.out.find("the service has died\n"), std::string::npos) << outcome.out;
 }
 
 TEST_F(TheExampleInMidSpeech, EndsWhenTheServiceIsShutDown) {
     device.stopService();
-    const Outcome outcome = example->wait();
+    const Outcome outcome = example->finish();
     EXPECT_EQ(outcome.status, 1);
     // The event and the news of the death come on threads of their own.
     EXPECT_TRUE(outcome.out.find("stopped\n") != std::string::npos ||
@@ -172,7 +173,7 @@ TEST(AServiceManagerThatDies, DoesNotDisturbThoseWhoFoundEachOther) {
     const auto speaker = device.start({"say", "--wait", "--speed", "400", kLong});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
     device.killServiceManager();
-    const Outcome said = speaker->wait();
+    const Outcome said = speaker->finish();
     EXPECT_EQ(said.status, 0) << said.err;
     EXPECT_NE(said.out.find("finished 1\n"), std::string::npos);
 }

@@ -70,7 +70,8 @@ TEST_F(WithAService, ASpeedThatStandsForNoneIsRefused) {
 }
 
 Outcome redirected(const std::string& arguments, const std::string& where) {
-    return Process({"sh", "-c", Device::control() + " " + arguments + " " + where}).wait();
+    return ChildProcess({"sh", "-c", Device::control() + " " + arguments + " " + where}, "")
+        .finish();
 }
 
 TEST_F(WithAService, AResultThatCannotBeWrittenIsAFailure) {
@@ -88,8 +89,8 @@ TEST_F(WithAService, AResultThatCannotBeWrittenIsAFailure) {
 
 TEST(AClosedOutput, IsNotTakenForWhatTheProgramOpens) {
     const Device device;  // without a service, so that it is looked for
-    const Process waiting(
-        {"sh", "-c", "exec " + Device::control() + " status --timeout 600 <&- >&- 2>&-"});
+    const ChildProcess waiting(
+        {"sh", "-c", "exec " + Device::control() + " status --timeout 600 <&- >&- 2>&-"}, "");
     const auto isNobodys = [&](int number) {
         const std::string path =
             "/proc/" + std::to_string(waiting.pid()) + "/fd/" + std::to_string(number);

@@ -116,7 +116,7 @@ TEST(AVeryLongText, IsHandedOverWithProgress) {
     EXPECT_TRUE(
         speaker->awaitError("voxtrelctl: giving the text to the service as it is spoken\n"));
     service->goOn();
-    EXPECT_EQ(speaker->wait().status, 0);
+    EXPECT_EQ(speaker->finish().status, 0);
 }
 
 }  // namespace

@@ -43,7 +43,7 @@ TEST_F(ALostRequest, EndsWhoWaitsForIt) {
     const auto json = device.start({"say", "--json", "Hello."});
     const auto pause = device.start({"silence", "--wait", "20"});
     for (const auto& each : {words.get(), json.get(), pause.get()}) {
-        const Outcome outcome = each->wait();
+        const Outcome outcome = each->finish();
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
         EXPECT_EQ(outcome.err, kLost);
@@ -93,8 +93,8 @@ TEST_F(ALostRequest, IsNotTakenForOneThatIsStillSpoken) {
         return fences >= 2;
     };
     EXPECT_TRUE(eventually(isAskedTwice));
-    speaker->signal(SIGINT);
-    const Outcome outcome = speaker->wait();
+    speaker->kill(SIGINT);
+    const Outcome outcome = speaker->finish();
     EXPECT_EQ(outcome.out, "started 1\nstopped 1 (flushed)\n");
     EXPECT_EQ(outcome.err, "voxtrelctl: interrupted\n");
 }
@@ -113,7 +113,8 @@ class AFloodedService : public ::testing::Test {
 protected:
     AFloodedService() {
         device.startOther({VOXTREL_BLOCKED_SERVICE});
-        flooder = std::make_unique<Process>(Process::Words{VOXTREL_FLOODER, "test.blocked"});
+        flooder = std::make_unique<ChildProcess>(
+            ChildProcess::Words{VOXTREL_FLOODER, "test.blocked"}, "");
         EXPECT_TRUE(flooder->awaitOutput("flooded\n")) << flooder->output();
     }
 
@@ -123,7 +124,7 @@ protected:
     const int manners = setenv("VOXTREL_BINDER_MANNERS", "driver", 1);
     const int seed = setenv("VOXTREL_BINDER_SEED", "7", 1);
     Device device;
-    std::unique_ptr<Process> flooder;
+    std::unique_ptr<ChildProcess> flooder;
 };
 
 TEST_F(AFloodedService, DoesNotLetWhoWaitsForASentenceWaitForEver) {

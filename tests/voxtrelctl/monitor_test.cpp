@@ -20,7 +20,7 @@ TEST(TheMonitor, ShowsEveryChangeThatConcernsAll) {
     EXPECT_EQ(device.ctl({"disable", "pitch"}).status, 0);
     EXPECT_EQ(device.ctl({"set", "language", "ko_KR"}).status, 0);
     EXPECT_EQ(device.ctl({"lock", "--", "true"}).status, 0);
-    const Outcome seen = monitor->wait();
+    const Outcome seen = monitor->finish();
     EXPECT_EQ(seen.status, 0) << seen.err;
     const std::string expected =
         "service connected\nspeech: off\nspeech: "
@@ -36,7 +36,7 @@ TEST(TheMonitor, ShowsJsonLines) {
     const auto monitor = device.start({"monitor", "--json", "--count", "1"});
     ASSERT_TRUE(monitor->awaitOutput("connected"));
     EXPECT_EQ(device.ctl({"set", "verbosity", "1"}).status, 0);
-    EXPECT_EQ(monitor->wait().out,
+    EXPECT_EQ(monitor->finish().out,
               "{\"event\":\"connected\"}\n"
               "{\"event\":\"state\",\"what\":\"verbosity\",\"value\":1}\n");
 }
@@ -48,7 +48,7 @@ TEST(TheMonitor, DoesNotHearWhatOthersSay) {
     ASSERT_TRUE(monitor->awaitOutput("connected"));
     EXPECT_EQ(device.ctl({"say", "--wait", "not for you"}).status, 0);
     EXPECT_EQ(device.ctl({"disable"}).status, 0);
-    EXPECT_EQ(monitor->wait().out, "service connected\nspeech: off\n");
+    EXPECT_EQ(monitor->finish().out, "service connected\nspeech: off\n");
 }
 
 TEST(TheMonitor, LeavesCleanlyOnCtrlC) {
@@ -56,8 +56,8 @@ TEST(TheMonitor, LeavesCleanlyOnCtrlC) {
     device.startService({"--sink", "none"});
     const auto monitor = device.start({"monitor"});
     ASSERT_TRUE(monitor->awaitOutput("connected"));
-    monitor->signal(SIGINT);
-    const Outcome seen = monitor->wait();
+    monitor->kill(SIGINT);
+    const Outcome seen = monitor->finish();
     EXPECT_EQ(seen.status, 0);
     EXPECT_EQ(seen.err, "");
 }

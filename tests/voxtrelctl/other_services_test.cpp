@@ -21,14 +21,14 @@ namespace {
 
 /// A command, and what it must end with.
 struct Row {
-    Process::Words words;
+    ChildProcess::Words words;
     int status;
     std::string out;
     std::string err;  ///< without "voxtrelctl: " and the line end
 };
 using Table = std::vector<Row>;
 
-std::string lineOf(const Process::Words& words) {
+std::string lineOf(const ChildProcess::Words& words) {
     std::string line;
     for (const std::string& word : words) {
         line += word + " ";
@@ -50,7 +50,7 @@ void expectRow(const Row& row, const Outcome& outcome) {
         << lineOf(row.words);
 }
 
-Command commandOf(const Process::Words& words) {
+Command commandOf(const ChildProcess::Words& words) {
     std::vector<const char*> arguments = {"voxtrelctl"};
     for (const std::string& word : words) {
         arguments.push_back(word.c_str());
@@ -151,7 +151,7 @@ TEST(TheExampleService, IsWhatEveryCommandExpects) {
     const auto monitor = device.start({"monitor", "--count", "1"});
     ASSERT_TRUE(monitor->awaitOutput("service connected\n"));
     EXPECT_EQ(device.ctl({"lock", "--", "true"}).status, 0);
-    EXPECT_EQ(monitor->wait().status, 0);
+    EXPECT_EQ(monitor->finish().status, 0);
     EXPECT_EQ(monitor->output().rfind("service connected\nlock: held by process ", 0), 0U)
         << monitor->output();
 
@@ -173,19 +173,19 @@ TEST(TheExampleService, RefusesOthersWhileOneHasTheLock) {
                       "echo held; exec >&- 2>&-; while kill -0 $PPID; do sleep 0.1; done"});
     ASSERT_TRUE(holder->awaitOutput("held\n"));
     const std::string refused = "voxtrelctl: -7 the service is locked by another client: ";
-    for (const Process::Words& words : {Process::Words{"say", "x"},
-                                        {"say", "--wait", "x"},
-                                        {"silence", "1"},
-                                        {"enable"},
-                                        {"lock", "--", "true"}}) {
+    for (const ChildProcess::Words& words : {ChildProcess::Words{"say", "x"},
+                                             {"say", "--wait", "x"},
+                                             {"silence", "1"},
+                                             {"enable"},
+                                             {"lock", "--", "true"}}) {
         const Outcome outcome = device.ctl(words);
         EXPECT_EQ(outcome.status, 1) << lineOf(words);
         EXPECT_EQ(outcome.err.rfind(refused, 0), 0U) << lineOf(words) << outcome.err;
     }
     EXPECT_NE(device.ctl({"status"}).out.find("lock     held by another client\n"),
               std::string::npos);
-    holder->signal(SIGKILL);  // it leaves nothing behind
-    EXPECT_EQ(holder->wait().status, 128 + SIGKILL);
+    holder->kill(SIGKILL);  // it leaves nothing behind
+    EXPECT_EQ(holder->finish().status, 128 + SIGKILL);
     const auto isFree = [&] { return device.ctl({"say", "free"}).status == 0; };
     EXPECT_TRUE(eventually(isFree));
 }
@@ -285,12 +285,12 @@ Table withTheMuteService(const std::string& profile) {
 
 /// All at once: some wait for half a minute until they give up.
 void expectTogether(Device& device, const Table& table) {
-    std::vector<std::unique_ptr<Process>> running;
+    std::vector<std::unique_ptr<ChildProcess>> running;
     for (const Row& row : table) {
         running.push_back(device.start(row.words));
     }
     for (size_t n = 0; n < table.size(); ++n) {
-        expectRow(table[n], running[n]->wait());
+        expectRow(table[n], running[n]->finish());
     }
 }
 
@@ -300,7 +300,7 @@ TEST(AServiceThatSendsNoEvent, LetsNoCommandHangOrClaimWhatItWasNotTold) {
     const auto doctor = device.start({"doctor"});
     const auto monitor = device.start({"monitor"});
     expectTogether(device, withTheMuteService(device.path("profile.ini")));
-    const Outcome found = doctor->wait();
+    const Outcome found = doctor->finish();
     EXPECT_NE(found.out.find("??  lock             not told; "), std::string::npos) << found.out;
     EXPECT_NE(found.out.find("??  events           none came of "), std::string::npos) << found.out;
     EXPECT_NE(found.out.find("??  language         the service does not tell its own; name one "
@@ -309,8 +309,8 @@ TEST(AServiceThatSendsNoEvent, LetsNoCommandHangOrClaimWhatItWasNotTold) {
         << found.out;
     EXPECT_TRUE(monitor->awaitError(
         "voxtrelctl: the service does not answer with an event when it is asked for one; "));
-    monitor->signal(SIGINT);
-    const Outcome watched = monitor->wait();
+    monitor->kill(SIGINT);
+    const Outcome watched = monitor->finish();
     EXPECT_EQ(watched.status, 0);
     EXPECT_EQ(watched.out, "service connected\n");
 }
@@ -336,7 +336,7 @@ TEST(AServiceThatNeverBecomesReady, IsNotSaidToRefuseTheUser) {
     EXPECT_NE(doctor.out.find("!!  voices           it is registered and still loads its voices; "),
               std::string::npos)
         << doctor.out;
-    const Outcome outcome = status->wait();
+    const Outcome outcome = status->finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_NE(outcome.err.find("\nvoxtrelctl: -5 no connection to the service: it is registered "
@@ -353,7 +353,7 @@ TEST(AServiceThatDiesWhileItIsAsked, IsNotSaidToDenyPermission) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.err.find("voxtrelctl: -8 service not found: "), std::string::npos)
         << outcome.err;
-    EXPECT_EQ(device.service().wait().status, 1) << "it was asked";
+    EXPECT_EQ(device.service().finish().status, 1) << "it was asked";
 }
 
 TEST(ASlowService, DoesNotMakeACommandOfManyRequestsWaitForLongerThanItsTimeout) {

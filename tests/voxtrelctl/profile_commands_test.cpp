@@ -64,12 +64,12 @@ TEST(ShowingAProfile, NeedsNoServiceAndChangesNothing) {
     const std::string file = folder.path("voxtrel.ini");  // a name that reading would upgrade
     const std::string old = "speed=65535\n";
     writeFile(file, old);
-    const Outcome shown = Process({Device::control(), "profile", "show", file}).wait();
+    const Outcome shown = ChildProcess({Device::control(), "profile", "show", file}, "").finish();
     EXPECT_EQ(shown.status, 0) << shown.err;
     EXPECT_EQ(shown.out.rfind("speed_enable=1\nspeed=65535\n", 0), 0U) << shown.out;
     EXPECT_EQ(readFile(file), old);
-    const json made =
-        json::parse(Process({Device::control(), "profile", "show", "--json", file}).wait().out);
+    const json made = json::parse(
+        ChildProcess({Device::control(), "profile", "show", "--json", file}, "").finish().out);
     EXPECT_EQ(made["speed"], 65535);
     EXPECT_EQ(made["lang"], "na_NL");
 }
@@ -100,7 +100,7 @@ TEST(ABareName, IsAProfileInTheCustomerFolder) {
 }
 
 struct Refusal {
-    Process::Words words;
+    ChildProcess::Words words;
     std::string detail;
 };
 
@@ -123,9 +123,9 @@ TEST(AProfileThatCannotBeUsed, IsRefusedWithMinusSix) {
         {{"remove", absent}, cannot(absent, "deleted: No such file or directory")},
     };
     for (const Refusal& refusal : refusals) {
-        Process::Words words = {Device::control(), "profile"};
+        ChildProcess::Words words = {Device::control(), "profile"};
         words.insert(words.end(), refusal.words.begin(), refusal.words.end());
-        const Outcome outcome = Process(words).wait();
+        const Outcome outcome = ChildProcess(words, "").finish();
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.err,
                   "voxtrelctl: -6 profile could not be read or written: " + refusal.detail +
@@ -141,7 +141,8 @@ TEST(CopyingAProfileToItself, IsRefusedBeforeItIsEmptied) {
     const std::string file = folder.path("a.ini");
     writeFile(file, kProfile);
     const Outcome refused =
-        Process({Device::control(), "profile", "copy", file, folder.path("./a.ini")}).wait();
+        ChildProcess({Device::control(), "profile", "copy", file, folder.path("./a.ini")}, "")
+            .finish();
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.err.rfind("voxtrelctl: -3 bad parameter: ", 0), 0U) << refused.err;
     EXPECT_EQ(readFile(file), kProfile);

@@ -47,8 +47,8 @@ TEST(TwoClients, AreHeardOneAfterTheOther) {
     const auto english = device.start({"say", "--wait", "--speed", "200", kLong});
     const auto french =
         device.start({"say", "--wait", "--speed", "200", "--lang", "fr_FR", "Il pleut."});
-    EXPECT_EQ(english->wait().status, 0);
-    EXPECT_EQ(french->wait().status, 0);
+    EXPECT_EQ(english->finish().status, 0);
+    EXPECT_EQ(french->finish().status, 0);
     device.stopService();
     std::vector<Sound> sounds = soundsIn(device.path("wav"));
     ASSERT_EQ(sounds.size(), 2U);
@@ -67,7 +67,7 @@ TEST(Stop, CutsSpeechInTheMiddle) {
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 9: train"));
     const Outcome stopped = device.ctl({"stop"});
     EXPECT_EQ(stopped.status, 0) << stopped.err;
-    const Outcome said = speaker->wait();
+    const Outcome said = speaker->finish();
     EXPECT_EQ(said.status, 0) << said.err;
     EXPECT_NE(said.out.find("stopped 1 (flushed)\n"), std::string::npos) << said.out;
     device.stopService();
@@ -87,7 +87,7 @@ TEST(Stop, EndsATextThatIsHandedOverPieceByPiece) {
     const auto speaker = device.start({"say", "--wait", "--file", device.path("book.txt")});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 9: train"));
     EXPECT_EQ(device.ctl({"stop"}).status, 0);
-    const Outcome said = speaker->wait();
+    const Outcome said = speaker->finish();
     EXPECT_EQ(said.status, 0) << said.err;
     EXPECT_NE(said.out.find("stopped 1 (flushed)\n"), std::string::npos) << said.out;
     EXPECT_EQ(said.out.find("finished"), std::string::npos) << "no further page after the stop";
@@ -101,8 +101,8 @@ TEST(Stop, OfOneProcessLeavesTheOthersAlone) {
     const auto second = device.start({"say", "--wait", "--speed", "400", "And now the weather."});
     const std::string process = std::to_string(first->pid());
     EXPECT_EQ(device.ctl({"stop", "--process", process}).status, 0);
-    EXPECT_NE(first->wait().out.find("stopped 1 (flushed)\n"), std::string::npos);
-    EXPECT_NE(second->wait().out.find("finished 1\n"), std::string::npos);
+    EXPECT_NE(first->finish().out.find("stopped 1 (flushed)\n"), std::string::npos);
+    EXPECT_NE(second->finish().out.find("finished 1\n"), std::string::npos);
 }
 
 TEST(Stop, OfAProcessThatHasLeftEndsWhatItSaid) {
@@ -110,7 +110,7 @@ TEST(Stop, OfAProcessThatHasLeftEndsWhatItSaid) {
     device.startService({"--real-time"});
     const auto first = device.start({"say", "--speed", "100", kLong, kLong, kLong});
     const std::string process = std::to_string(first->pid());
-    EXPECT_EQ(first->wait().status, 0);
+    EXPECT_EQ(first->finish().status, 0);
     EXPECT_EQ(device.ctl({"stop", "--process", process}).status, 0);
     EXPECT_EQ(device.ctl({"silence", "--wait", "1"}).status, 0);
     device.stopService();
@@ -125,12 +125,12 @@ TEST(CtrlC, FlushesTheOwnSpeechAndNoOther) {
     ASSERT_TRUE(first->awaitOutput("started 1"));
     const auto second = device.start({"say", "--wait", "--speed", "400", "And now the weather."});
     ASSERT_TRUE(first->awaitOutput("word 1 at 9: train"));
-    first->signal(SIGINT);
-    const Outcome cut = first->wait();
+    first->kill(SIGINT);
+    const Outcome cut = first->finish();
     EXPECT_EQ(cut.status, 1);
     EXPECT_EQ(cut.err, "voxtrelctl: interrupted\n");
     EXPECT_NE(cut.out.find("stopped 1 (flushed)\n"), std::string::npos) << cut.out;
-    const Outcome heard = second->wait();
+    const Outcome heard = second->finish();
     EXPECT_EQ(heard.status, 0) << heard.err;
     EXPECT_NE(heard.out.find("finished 1\n"), std::string::npos) << heard.out;
 }
@@ -140,8 +140,8 @@ TEST(AKilledClient, LeavesNothingBehind) {
     device.startService({"--real-time"});
     const auto speaker = device.start({"say", "--wait", "--speed", "100", kLong, kLong, kLong});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 9: train"));
-    speaker->signal(SIGKILL);
-    EXPECT_EQ(speaker->wait().status, 128 + SIGKILL);
+    speaker->kill(SIGKILL);
+    EXPECT_EQ(speaker->finish().status, 128 + SIGKILL);
     EXPECT_EQ(device.ctl({"silence", "--wait", "1"}).status, 0);
     device.stopService();
     const double alone = engineAlone(kLong, "en-us", 100).seconds();
@@ -171,7 +171,7 @@ TEST(Lock, OfACommandThatThereIsNotSaysSo) {
 TEST(ALockedService, RefusesEveryChangeOfOthers) {
     Device device;
     device.startService({"--sink", "none"});
-    ASSERT_EQ(Process({"mkfifo", device.path("gate")}).wait().status, 0);
+    ASSERT_EQ(ChildProcess({"mkfifo", device.path("gate")}, "").finish().status, 0);
     const auto holder =
         device.start({"lock", "--", "sh", "-c", "echo held; read line <" + device.path("gate")});
     ASSERT_TRUE(holder->awaitOutput("held"));
@@ -202,7 +202,7 @@ TEST(ALockedService, RefusesEveryChangeOfOthers) {
     EXPECT_EQ(settingOf(device, "speed"), "300") << "reading is allowed";
 
     writeFile(device.path("gate"), "\n");
-    EXPECT_EQ(holder->wait().status, 0);
+    EXPECT_EQ(holder->finish().status, 0);
     EXPECT_EQ(device.ctl({"say", "hi"}).status, 0);
     EXPECT_NE(device.ctl({"status"}).out.find("lock     free"), std::string::npos);
 }
@@ -215,8 +215,8 @@ TEST(ALock, EndsWithItsHolder) {
     ASSERT_TRUE(holder->awaitOutput("held"));
     const auto monitor = device.start({"monitor"});
     ASSERT_TRUE(monitor->awaitOutput("connected"));
-    holder->signal(SIGTERM);
-    EXPECT_EQ(holder->wait().status, 128 + SIGTERM) << "the signal is passed on to the command";
+    holder->kill(SIGTERM);
+    EXPECT_EQ(holder->finish().status, 128 + SIGTERM) << "the signal is passed on to the command";
     EXPECT_TRUE(monitor->awaitOutput("lock: free"));
 }
 

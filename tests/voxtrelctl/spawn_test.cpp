@@ -37,7 +37,7 @@ void expectToBeOnItsOwn(pid_t pid, const std::string& log) {
 
 TEST(Spawning, StartsWhatIsMissingAndSpeaks) {
     const EmptyHome home;
-    const Outcome outcome = EmptyHome::spawn({"say", "--wait", "Hello."})->wait();
+    const Outcome outcome = EmptyHome::spawn({"say", "--wait", "Hello."})->finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_NE(std::string::npos, outcome.out.find("finished 1\n")) << outcome.out;
     for (const char* program : {"voxtreld", "voxtrel-servicemanager"}) {
@@ -67,9 +67,9 @@ TEST(Spawning, StartsNothingThatIsThere) {
 
 TEST(Spawning, StartsOnlyTheServiceWhereThereIsAManager) {
     const EmptyHome home;
-    const Process manager({VOXTREL_SERVICEMANAGER_PROGRAM});
+    const ChildProcess manager({VOXTREL_SERVICEMANAGER_PROGRAM}, "");
     ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.path("binder")); }));
-    const Outcome outcome = EmptyHome::spawn({"status"})->wait();
+    const Outcome outcome = EmptyHome::spawn({"status"})->finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_EQ(std::vector<pid_t>{manager.pid()}, home.running("voxtrel-servicemanager"));
     EXPECT_EQ(1U, home.running("voxtreld").size());
@@ -77,13 +77,13 @@ TEST(Spawning, StartsOnlyTheServiceWhereThereIsAManager) {
 
 TEST(Spawning, WaitsForTheServiceOfWhoStartedTheManager) {
     const EmptyHome home;
-    const Process manager({VOXTREL_SERVICEMANAGER_PROGRAM});
+    const ChildProcess manager({VOXTREL_SERVICEMANAGER_PROGRAM}, "");
     ASSERT_TRUE(eventually([&] { return std::filesystem::exists(home.path("binder")); }));
     const auto speaker = EmptyHome::spawn({"say", "--wait", "Hello."});
     ASSERT_TRUE(speaker->awaitError("waiting for a service that may be about to start"));
     EXPECT_TRUE(home.running("voxtreld").empty());
-    const Process service({VOXTREL_SERVICE_PROGRAM, "--user-profile"});
-    const Outcome outcome = speaker->wait();
+    const ChildProcess service({VOXTREL_SERVICE_PROGRAM, "--user-profile"}, "");
+    const Outcome outcome = speaker->finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_EQ(std::vector<pid_t>{service.pid()}, home.running("voxtreld"));
     EXPECT_FALSE(std::filesystem::exists(home.path("state/voxtrel/voxtreld.log")));
@@ -91,7 +91,7 @@ TEST(Spawning, WaitsForTheServiceOfWhoStartedTheManager) {
 
 TEST(Spawning, DoesNotWaitForAnotherServiceBesideItsOwnManager) {
     const EmptyHome home;
-    const Outcome outcome = EmptyHome::spawn({"status"})->wait();
+    const Outcome outcome = EmptyHome::spawn({"status"})->finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_EQ(std::string::npos, outcome.err.find("may be about to start")) << outcome.err;
 }
@@ -109,21 +109,22 @@ TEST(Spawning, LeavesAServiceThatHangsToTheCommand) {
 TEST(Spawning, LeavesAPipeAlone) {
     const EmptyHome home;
     const Outcome outcome =
-        Process(
-            {"bash", "-c", "exec 7>&1; \"$0\" --spawn say 'Hello.' 2>&1 | cat", Device::control()})
-            .wait();
+        ChildProcess(
+            {"bash", "-c", "exec 7>&1; \"$0\" --spawn say 'Hello.' 2>&1 | cat", Device::control()},
+            "")
+            .finish();
     EXPECT_EQ(0, outcome.status) << "the pipe ends with voxtrelctl, so this is no timeout";
     EXPECT_EQ(1U, home.running("voxtreld").size());
 }
 
 TEST(Spawning, ByManyAtOnceStartsOneOfEach) {
     const EmptyHome home;
-    std::vector<std::unique_ptr<Process>> all;
+    std::vector<std::unique_ptr<ChildProcess>> all;
     for (int i = 0; i < 6; ++i) {
         all.push_back(EmptyHome::spawn({"say", "--wait", "Me too."}));
     }
     for (const auto& each : all) {
-        const Outcome outcome = each->wait();
+        const Outcome outcome = each->finish();
         EXPECT_EQ(0, outcome.status) << outcome.err;
     }
     EXPECT_EQ(1U, home.running("voxtreld").size());
@@ -135,11 +136,11 @@ TEST(Spawning, ByManyAtOnceStartsOneOfEach) {
 
 TEST(Spawning, FindsAServiceAgainThatHasDied) {
     const EmptyHome home;
-    ASSERT_EQ(0, EmptyHome::spawn({"status"})->wait().status);
+    ASSERT_EQ(0, EmptyHome::spawn({"status"})->finish().status);
     const auto first = home.running("voxtreld");
     ASSERT_EQ(1U, first.size());
     kill(first[0], SIGKILL);
-    const Outcome outcome = EmptyHome::spawn({"say", "--wait", "Again."})->wait();
+    const Outcome outcome = EmptyHome::spawn({"say", "--wait", "Again."})->finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
     ASSERT_TRUE(eventually([&] { return home.running("voxtreld").size() == 1; }));
     EXPECT_NE(first, home.running("voxtreld"));
@@ -147,18 +148,19 @@ TEST(Spawning, FindsAServiceAgainThatHasDied) {
 
 TEST(Spawning, EndsTheServiceWithItsManagerAndStartsBothAgain) {
     const EmptyHome home;
-    ASSERT_EQ(0, EmptyHome::spawn({"status"})->wait().status);
+    ASSERT_EQ(0, EmptyHome::spawn({"status"})->finish().status);
     const auto manager = home.running("voxtrel-servicemanager");
     ASSERT_EQ(1U, manager.size());
     kill(manager[0], SIGKILL);
     ASSERT_TRUE(eventually([&] { return home.running("voxtreld").empty(); }));
-    const Outcome outcome = EmptyHome::spawn({"say", "--wait", "Again."})->wait();
+    const Outcome outcome = EmptyHome::spawn({"say", "--wait", "Again."})->finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
 }
 
 TEST(Spawning, IsWhatTheExampleDoesWhenAsked) {
     const EmptyHome home;
-    const Outcome outcome = Process({VOXTREL_EXAMPLE_PROGRAM, "--spawn", "Hello."}).wait();
+    const Outcome outcome =
+        ChildProcess({VOXTREL_EXAMPLE_PROGRAM, "--spawn", "Hello."}, "").finish();
     EXPECT_EQ(0, outcome.status) << outcome.err;
     EXPECT_EQ("spoken\n", outcome.out);
     EXPECT_EQ(1U, home.running("voxtreld").size());
@@ -167,7 +169,7 @@ TEST(Spawning, IsWhatTheExampleDoesWhenAsked) {
 TEST(Spawning, SaysWhyTheServiceDoesNotStart) {
     const EmptyHome home;
     writeFile(home.path("asound.conf"), "");
-    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->wait();
+    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_EQ(0U, outcome.err.find("voxtrelctl: -8 service not found: voxtreld has ended: "
                                    "voxtreld: "))
@@ -180,7 +182,7 @@ TEST(Spawning, SaysWhyTheServiceDoesNotStart) {
 TEST(Spawning, SaysWhyTheManagerDoesNotStart) {
     const EmptyHome home;
     writeFile(home.path("binder"), "somebody's file");
-    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->wait();
+    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_NE(std::string::npos, outcome.err.find("voxtrel-servicemanager has ended: "))
         << outcome.err;
@@ -192,7 +194,7 @@ TEST(Spawning, SaysWhyTheManagerDoesNotStart) {
 TEST(Spawning, SaysWhichProgramIsMissing) {
     const EmptyHome home;
     setenv("PATH", "/nowhere:/usr/share", 1);
-    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->wait();
+    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_NE(std::string::npos,
               outcome.err.find("-8 service not found: voxtrel-servicemanager is neither in "))
@@ -205,8 +207,8 @@ TEST(Spawning, EndsAtOnceOnCtrlCWhileItWaitsForAnother) {
     ASSERT_EQ(0, flock(lock, LOCK_EX));
     const auto waiting = EmptyHome::spawn({"say", "Hello."});
     ASSERT_TRUE(waiting->awaitError("waiting for another voxtrelctl that starts the service"));
-    waiting->signal(SIGINT);
-    const Outcome outcome = waiting->wait();
+    waiting->kill(SIGINT);
+    const Outcome outcome = waiting->finish();
     EXPECT_EQ(1, outcome.status);
     EXPECT_NE(std::string::npos, outcome.err.find("voxtrelctl: interrupted\n"));
     EXPECT_TRUE(home.running("voxtrel-servicemanager").empty());
@@ -220,8 +222,8 @@ TEST(Spawning, LetsASignalEndTheCommandThatReadsItsText) {
     const auto speaker = EmptyHome::spawn({"say", "--file", home.path("text")});
     ASSERT_TRUE(eventually([&] { return !home.running("voxtreld").empty(); }));
     EXPECT_TRUE(eventually([&] { return !speaker->blocks(SIGTERM); }));
-    speaker->signal(SIGTERM);
-    EXPECT_EQ(128 + SIGTERM, speaker->wait().status);
+    speaker->kill(SIGTERM);
+    EXPECT_EQ(128 + SIGTERM, speaker->finish().status);
     close(text);
 }
 
@@ -229,7 +231,7 @@ TEST(Spawning, PutsALongLogAside) {
     const EmptyHome home;
     std::filesystem::create_directories(home.path("state/voxtrel"));
     writeFile(home.path("state/voxtrel/voxtreld.log"), std::string(300'000, '\n'));
-    ASSERT_EQ(0, EmptyHome::spawn({"status"})->wait().status);
+    ASSERT_EQ(0, EmptyHome::spawn({"status"})->finish().status);
     EXPECT_TRUE(eventually([&] { return home.logOf("voxtreld") == "voxtreld: ready\n"; }))
         << home.logOf("voxtreld");
     EXPECT_EQ(300'000U, readFile(home.path("state/voxtrel/voxtreld.log.old")).size());

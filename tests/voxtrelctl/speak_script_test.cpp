@@ -36,11 +36,11 @@ protected:
         setenv("TMPDIR", mFolder.path("tmp").c_str(), 1);
     }
 
-    std::unique_ptr<Process> speak(const Process::Words& arguments) {
+    std::unique_ptr<ChildProcess> speak(const ChildProcess::Words& arguments) {
         // A process group of its own, as a terminal gives a command.
-        Process::Words words = {"setsid", "bash", VOXTREL_SPEAK_SCRIPT, VOXTREL_BUILD_FOLDER};
+        ChildProcess::Words words = {"setsid", "bash", VOXTREL_SPEAK_SCRIPT, VOXTREL_BUILD_FOLDER};
         words.insert(words.end(), arguments.begin(), arguments.end());
-        return std::make_unique<Process>(words);
+        return std::make_unique<ChildProcess>(words, "");
     }
 
     /// Neither a file nor a process of the run is left.
@@ -54,7 +54,7 @@ protected:
 
 TEST_F(TheSpeakScript, WritesAWavAndSaysWhatIsInIt) {
     const std::string wav = mFolder.path("hello.wav");
-    const Outcome outcome = speak({"-o", wav, "Hello, world."})->wait();
+    const Outcome outcome = speak({"-o", wav, "Hello, world."})->finish();
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("word 1 at 7: world.\nfinished 1\n"), std::string::npos)
         << outcome.out;
@@ -70,19 +70,19 @@ TEST_F(TheSpeakScript, WritesAWavAndSaysWhatIsInIt) {
 
 TEST_F(TheSpeakScript, SpeaksTheLanguageAskedFor) {
     const std::string wav = mFolder.path("fr.wav");
-    EXPECT_EQ(speak({"--lang", "fr_FR", "Bonjour tout le monde.", "-o", wav})->wait().status, 0);
+    EXPECT_EQ(speak({"--lang", "fr_FR", "Bonjour tout le monde.", "-o", wav})->finish().status, 0);
     EXPECT_NEAR(readSound(wav).seconds(),
                 engineAlone("Bonjour tout le monde.", "fr", 300).seconds(), 0.5);
 }
 
 TEST_F(TheSpeakScript, FailsWithTheReason) {
-    const Outcome outcome = speak({"--lang", "xx_XX", "-o", mFolder.path("a.wav"), "x"})->wait();
+    const Outcome outcome = speak({"--lang", "xx_XX", "-o", mFolder.path("a.wav"), "x"})->finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.err.find("voxtrelctl: -3 bad parameter: there is no language"),
               std::string::npos)
         << outcome.err;
     expectNothingLeft();
-    EXPECT_EQ(speak({})->wait().status, 2);
+    EXPECT_EQ(speak({})->finish().status, 2);
 }
 
 TEST_F(TheSpeakScript, StopsWhatItStartedOnCtrlC) {
@@ -93,14 +93,14 @@ TEST_F(TheSpeakScript, StopsWhatItStartedOnCtrlC) {
     const auto run = speak({"-o", mFolder.path("long.wav"), text});
     ASSERT_TRUE(run->awaitOutput("word 1 at "));
     kill(-run->pid(), SIGINT);
-    EXPECT_EQ(run->wait().status, 130);
+    EXPECT_EQ(run->finish().status, 130);
     expectNothingLeft();
 }
 
 TEST(TheExample, SpeaksItsSentence) {
     Device device;
     device.startService();
-    const Outcome outcome = Process({VOXTREL_EXAMPLE_PROGRAM}).wait();
+    const Outcome outcome = ChildProcess({VOXTREL_EXAMPLE_PROGRAM}, "").finish();
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, "spoken\n");
     device.stopService();
@@ -111,7 +111,7 @@ TEST(TheExample, SaysWhyItIsRefused) {
     Device device;
     device.startService({"--sink", "none"});
     EXPECT_EQ(device.ctl({"disable"}).status, 0);
-    const Outcome outcome = Process({VOXTREL_EXAMPLE_PROGRAM}).wait();
+    const Outcome outcome = ChildProcess({VOXTREL_EXAMPLE_PROGRAM}, "").finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "hello: the service refuses with -1\n");
 }

@@ -105,7 +105,7 @@ TEST(AStop, EndsSsmlInTheMiddleOfABreak) {
                       "<speak>One<mark name='a'/><break time='60s'/><mark name='b'/>two</speak>"});
     ASSERT_TRUE(said->awaitOutput("mark 1 1"));
     EXPECT_EQ(device.ctl({"stop"}).status, 0);
-    const Outcome stopped = said->wait();
+    const Outcome stopped = said->finish();
     EXPECT_EQ(stopped.status, 0) << stopped.err;
     EXPECT_NE(stopped.out.find("stopped 1 (flushed)"), std::string::npos) << stopped.out;
     EXPECT_EQ(stopped.out.find("mark 1 2"), std::string::npos) << stopped.out;

@@ -66,14 +66,14 @@ protected:
         ASSERT_EQ(waitpid(process, &status, WUNTRACED), process);
     }
 
-    std::vector<std::unique_ptr<Process>> startAll(const std::string& timeout) {
+    std::vector<std::unique_ptr<ChildProcess>> startAll(const std::string& timeout) {
         std::vector<Device::Words> all = kCommands;
         all.push_back({"profile", "load", profile});
         for (Device::Words& words : all) {
             words.insert(words.end(), {"--timeout", timeout});
         }
         all.push_back({"lock", "--timeout", timeout, "--", "true"});
-        std::vector<std::unique_ptr<Process>> running;
+        std::vector<std::unique_ptr<ChildProcess>> running;
         for (const Device::Words& words : all) {
             running.push_back(device.start(words));
         }
@@ -86,7 +86,7 @@ protected:
         EXPECT_EQ(doctor.status, 1);
         EXPECT_NE(doctor.out.find("  " + detail), std::string::npos) << doctor.out;
         for (const auto& each : running) {
-            const Outcome outcome = each->wait();
+            const Outcome outcome = each->finish();
             EXPECT_EQ(outcome.status, 1);
             EXPECT_NE(outcome.err.find("voxtrelctl: -5 no connection to the service: " + detail),
                       std::string::npos)
@@ -94,10 +94,10 @@ protected:
         }
     }
 
-    static Outcome endedBy(int signal, Process& process) {
+    static Outcome endedBy(int signal, ChildProcess& process) {
         const auto begin = std::chrono::steady_clock::now();
-        process.signal(signal);
-        Outcome outcome = process.wait();
+        process.kill(signal);
+        Outcome outcome = process.finish();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, kSoon);
         return outcome;
     }
@@ -105,7 +105,7 @@ protected:
     void expectEndOn(int signal) {
         for (const auto& each : startAll("600")) {
             if (!each->awaitError("does not answer")) {
-                FAIL() << each->wait().err;
+                FAIL() << each->finish().err;
             }
             const Outcome outcome = endedBy(signal, *each);
             EXPECT_EQ(outcome.status, 1);
@@ -156,7 +156,7 @@ TEST_F(AStoppedProcess, OfTheServiceInMidSpeechIsNamedInTime) {
     const auto speaker = device.start({"say", "--wait", "--timeout", "4", kLong});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
     stop(device.servicePid());
-    const Outcome outcome = speaker->wait();
+    const Outcome outcome = speaker->finish();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err,
               "voxtrelctl: -5 no connection to the service: the service does not "
@@ -179,7 +179,7 @@ TEST_F(AStoppedProcess, OfTheServiceManagerDisturbsNoSpeech) {
     const auto speaker = device.start({"say", "--wait", "--speed", "400", kLong});
     ASSERT_TRUE(speaker->awaitOutput("word 1 at 4: last"));
     stop(device.managerPid());
-    const Outcome outcome = speaker->wait();
+    const Outcome outcome = speaker->finish();
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("finished 1\n"), std::string::npos) << outcome.out;
 }
@@ -192,10 +192,10 @@ TEST(AReaderThatDoesNotRead, KeepsNobodyFromLeaving) {
     const std::string page(4096, ' ');
     while (write(reader, page.data(), page.size()) > 0) {
     }
-    const Process waiting(
-        {"sh", "-c", "exec " + Device::control() + " status --timeout 600 >" + path + " 2>&1"});
+    const ChildProcess waiting(
+        {"sh", "-c", "exec " + Device::control() + " status --timeout 600 >" + path + " 2>&1"}, "");
     ASSERT_TRUE(eventually([&] { return waiting.blocks(SIGTERM); }));
-    waiting.signal(SIGTERM);
+    waiting.kill(SIGTERM);
     siginfo_t ended = {};
     EXPECT_TRUE(eventually([&] {
         return waitid(P_PID, static_cast<id_t>(waiting.pid()), &ended,

@@ -14,7 +14,7 @@ using namespace voxtrel_test;
 
 namespace {
 
-using Words = Process::Words;
+using Words = ChildProcess::Words;
 
 /// A service manager that lets everybody in.
 class SeveralUsers : public ::testing::Test {
@@ -29,20 +29,21 @@ protected:
         writeFile(device.path("policy"), policy);
         const std::string folder = device.path("service");
         EXPECT_EQ(0, chown(folder.c_str(), user, static_cast<gid_t>(-1)));
-        service = std::make_unique<Process>(
+        service = std::make_unique<ChildProcess>(
             asUser(user, {VOXTREL_SERVICE_PROGRAM, "--profile", folder + "/voxtrel.ini", "--sink",
-                          "none", "--log-level", "debug", "--policy", device.path("policy")}));
+                          "none", "--log-level", "debug", "--policy", device.path("policy")}),
+            "");
         ASSERT_TRUE(service->awaitError("voxtreld: ready\n"));
     }
     /// Runs voxtrelctl as that user.
     static Outcome ctlAs(uid_t user, const Words& arguments) {
         Words words = {Device::control()};
         words.insert(words.end(), arguments.begin(), arguments.end());
-        return Process(asUser(user, words)).wait();
+        return ChildProcess(asUser(user, words), "").finish();
     }
 
     Device device{{"--socket-mode=666"}};
-    std::unique_ptr<Process> service;
+    std::unique_ptr<ChildProcess> service;
     const uid_t other = otherUser();
 };
 
@@ -81,8 +82,8 @@ TEST_F(AStrangersService, IsRefusedByEveryCommandAndToldNothing) {
         EXPECT_NE(std::string::npos, outcome.err.find("user nobody (65534)")) << outcome.err;
         EXPECT_NE(std::string::npos, outcome.err.find("--trust-owner")) << outcome.err;
     }
-    service->signal(SIGTERM);
-    const Outcome outcome = service->wait();
+    service->kill(SIGTERM);
+    const Outcome outcome = service->finish();
     EXPECT_EQ(canBeOthers(), outcome.err.find("has come") == std::string::npos) << outcome.err;
 }
 
@@ -106,11 +107,11 @@ TEST_F(AStrangersService, ThatTakesThePlaceOfTheFirstIsRefusedByAMonitor) {
     startServiceAs(geteuid(), "");
     const auto monitor = device.start({"monitor"});
     ASSERT_TRUE(monitor->awaitOutput("service connected\n"));
-    service->signal(SIGKILL);
-    (void)service->wait();
+    service->kill(SIGKILL);
+    (void)service->finish();
     startServiceAs(other, "any speak");
     if (canBeOthers()) {
-        const Outcome outcome = monitor->wait();
+        const Outcome outcome = monitor->finish();
         EXPECT_EQ(1, outcome.status);
         EXPECT_NE(std::string::npos, outcome.err.find("user nobody (65534)")) << outcome.err;
     } else {
