@@ -2,33 +2,15 @@
 #include "tests/speech_dispatcher/Desktop.h"
 
 #include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <stdexcept>
 
 #include "tests/support/Eventually.h"
+#include "tests/support/Listening.h"
 #include "tests/support/TempFolder.h"
 
 namespace voxtrel_test {
-namespace {
-
-bool listens(const std::string& path) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool connected =
-        connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-    close(probe);
-    return connected;
-}
-
-}  // namespace
-
 Desktop::Desktop(const Device::Words& options, unsigned patience, bool asInstalled) {
     device.startService(options);
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
@@ -42,9 +24,7 @@ Desktop::Desktop(const Device::Words& options, unsigned patience, bool asInstall
                             "-P", device.path("pid"), "-L", device.path("log"), "-t", "0", "-m",
                             device.path("modules")},
         "");
-    if (!eventually([&] { return listens(socket); })) {
-        throw std::runtime_error("the server does not listen");
-    }
+    awaitListener(socket, SOCK_STREAM, "the server");
 }
 
 void Desktop::writeConfig(unsigned patience, bool asInstalled) {

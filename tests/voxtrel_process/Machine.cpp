@@ -3,32 +3,18 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
-#include "tests/support/Eventually.h"
+#include "tests/support/Listening.h"
 
 namespace voxtrel_test {
 namespace {
-
-bool listens(const std::string& path) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-    const int probe = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    const bool connected =
-        connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-    close(probe);
-    return connected;
-}
 
 void kill(std::unique_ptr<ChildProcess>& process) {
     process->kill(SIGKILL);
@@ -47,9 +33,8 @@ void stop(const ChildProcess& process) {
 
 }  // namespace
 
-Machine::Machine() {
+Machine::Machine(Words managerOptions) : mManagerOptions(std::move(managerOptions)) {
     setenv("VOXTREL_BINDER_SOCKET", path("binder").c_str(), 1);
-    setenv("VOXTREL_BINDER_SEED", "7", 0);  // one that is drawn is logged
     unsetenv("VOXTREL_LOG_LEVEL");
     startManager();
 }
@@ -57,10 +42,10 @@ Machine::Machine() {
 Machine::~Machine() = default;
 
 void Machine::startManager() {
-    mManager = std::make_unique<ChildProcess>(Words{VOXTREL_SERVICEMANAGER_PROGRAM}, "");
-    if (!eventually([&] { return listens(path("binder")); })) {
-        throw std::runtime_error("the service manager does not listen");
-    }
+    Words words = {VOXTREL_SERVICEMANAGER_PROGRAM};
+    words.insert(words.end(), mManagerOptions.begin(), mManagerOptions.end());
+    mManager = std::make_unique<ChildProcess>(words, "");
+    awaitListener(path("binder"), SOCK_SEQPACKET, "the service manager");
 }
 
 void Machine::stopManager() {
@@ -82,10 +67,12 @@ void Machine::startService(const Words& options) {
     }
     words.insert(words.end(), options.begin(), options.end());
     mService = std::make_unique<ChildProcess>(words, "");
+    mLatest = mService.get();
 }
 
 void Machine::startOther(const Words& words) {
     mOther = std::make_unique<ChildProcess>(words, "");
+    mLatest = mOther.get();
     if (!mOther->awaitOutput("service: clients find it now\n")) {
         throw std::runtime_error(mOther->finish().err);
     }

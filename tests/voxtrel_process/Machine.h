@@ -16,7 +16,8 @@ class Machine {
 public:
     using Words = ChildProcess::Words;
 
-    Machine();
+    /// With a service manager, which is given these options, and no service.
+    explicit Machine(Words managerOptions = {});
     ~Machine();
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
@@ -33,6 +34,11 @@ public:
     /// goes on.
     void startOther(const Words& words);
 
+    ChildProcess& manager() const { return *mManager; }
+
+    /// The service that was started last.
+    ChildProcess& latestService() const { return *mLatest; }
+
     void shutDownService();
     void killService();
 
@@ -47,9 +53,11 @@ public:
 
 private:
     const TempFolder mFolder;
+    const Words mManagerOptions;
     std::unique_ptr<ChildProcess> mManager;
     std::unique_ptr<ChildProcess> mService;
     std::unique_ptr<ChildProcess> mOther;
+    ChildProcess* mLatest = nullptr;
 };
 
 }  // namespace voxtrel_test
