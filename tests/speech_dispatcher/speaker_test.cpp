@@ -3,87 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/speech_dispatcher/SpeakerTest.h"
+
 namespace {
 
 using namespace sd_voxtrel;
-using Kind = ServiceEvent::Kind;
-
-/// Does what the test says, and notes what is wanted of it.
-class FakeService : public Service {
-public:
-    bool isConnected() override { return connected; }
-    bool answers() override { return answering; }
-    unsigned long say(const std::string& text, const Style& style) override {
-        said.push_back(text);
-        styles.push_back(style);
-        return isFull ? 0 : ++number;
-    }
-    void stop() override { ++stops; }
-
-    bool connected = true;
-    bool answering = true;
-    bool isFull = false;
-    unsigned long number = 0;
-    int stops = 0;
-    std::vector<std::string> said;
-    std::vector<Style> styles;
-};
-
-class ASpeaker : public ::testing::Test {
-protected:
-    static constexpr std::chrono::milliseconds kPatience{3000};
-
-    explicit ASpeaker(MarkupPolicy policy = MarkupPolicy::Always)
-        : speaker(service, policy, [this](const std::string& lines) { written += lines; }) {}
-
-    void start(const std::string& text, Style style = {}) {
-        speaker.start({text, std::move(style), false}, kPatience, now);
-    }
-    void tell(Kind kind, unsigned long mark = 0) { tellOf(service.number, kind, mark); }
-    void tellOf(unsigned long utterance, Kind kind, unsigned long mark = 0) {
-        ServiceEvent event;
-        event.kind = kind;
-        event.utterance = utterance;
-        event.mark = mark;
-        event.why = "why";
-        speaker.onEvent(event, now);
-    }
-    void loseHeard() {
-        ServiceEvent event;
-        event.kind = Kind::Lost;
-        event.utterance = service.number;
-        event.wasHeard = true;
-        speaker.onEvent(event, now);
-    }
-    /// Lets time pass as a loop does that looks at `nextMoment`.
-    void wait(std::chrono::milliseconds time) {
-        const auto end = now + time;
-        while (speaker.nextMoment() && *speaker.nextMoment() <= end) {
-            now = std::max(now, *speaker.nextMoment());
-            speaker.onTime(now);
-        }
-        now = end;
-    }
-    /// What was written since this was last asked.
-    std::string events() { return std::exchange(written, ""); }
-
-    FakeService service;
-    Speaker::Clock::time_point now{std::chrono::hours(1)};
-    std::string written;
-    Speaker speaker;
-};
-
-class ASpeakerThatAsks : public ASpeaker {
-protected:
-    ASpeakerThatAsks() : ASpeaker(MarkupPolicy::Auto) {}
-};
 
 class ASpeakerWithoutMarkup : public ASpeaker {
 protected:
     ASpeakerWithoutMarkup() : ASpeaker(MarkupPolicy::Never) {}
 };
-
-constexpr const char* kMarked = "<speak>a<mark name=\"x\"/>b<mark name=\"y\"/>c</speak>";
 
 TEST_F(ASpeaker, TellsBeginMarksAndEnd) {
     start(kMarked);
@@ -416,88 +345,6 @@ TEST_F(ASpeakerWithoutMarkup, LeavesItOut) {
 TEST_F(ASpeakerWithoutMarkup, SpellsWithBlanks) {
     speaker.start({"ab", {}, true}, kPatience, now);
     EXPECT_EQ("a b", service.said[0]);
-}
-
-TEST_F(ASpeakerThatAsks, AsksUnheardBeforeTheFirstMarkedUpMessage) {
-    start(kMarked);
-    ASSERT_EQ(1U, service.said.size());
-    EXPECT_EQ("<speak><mark name=\"a\"/></speak>", service.said[0]);
-    EXPECT_TRUE(service.styles[0].isMute);
-    tell(Kind::Started);
-    tell(Kind::Mark, 1);
-    tell(Kind::Finished);
-    EXPECT_EQ("", events());
-    ASSERT_EQ(2U, service.said.size());
-    EXPECT_EQ(kMarked, service.said[1]);
-    tell(Kind::Finished);
-    start(kMarked);
-    EXPECT_EQ(3U, service.said.size()) << "asked once";
-    EXPECT_EQ(kMarked, service.said[2]);
-}
-
-TEST_F(ASpeakerThatAsks, LeavesOutTheMarkupWhereAWordComesInPlaceOfTheMark) {
-    start(kMarked);
-    tell(Kind::Word);
-    EXPECT_EQ(1, service.stops);
-    tell(Kind::Word);
-    EXPECT_EQ(1, service.stops);
-    EXPECT_EQ(1U, service.said.size()) << "what is said before the end would be stopped too";
-    tell(Kind::Stopped);
-    ASSERT_EQ(2U, service.said.size());
-    EXPECT_EQ("abc", service.said[1].substr(0, 3));
-}
-
-TEST_F(ASpeakerThatAsks, LeavesOutTheMarkupWhereNoMarkComes) {
-    start(kMarked);
-    tell(Kind::Finished);
-    ASSERT_EQ(2U, service.said.size());
-    EXPECT_EQ("abc", service.said[1].substr(0, 3));
-}
-
-TEST_F(ASpeakerThatAsks, AsksAgainWhereTheQuestionWasCut) {
-    start(kMarked);
-    tell(Kind::Stopped);
-    ASSERT_EQ(2U, service.said.size());
-    EXPECT_EQ("abc", service.said[1].substr(0, 3)) << "this one is not held up any more";
-    tell(Kind::Finished);
-    start(kMarked);
-    ASSERT_EQ(3U, service.said.size());
-    EXPECT_TRUE(service.styles[2].isMute);
-}
-
-TEST_F(ASpeakerThatAsks, AsksEachServiceAnew) {
-    start(kMarked);
-    tell(Kind::Mark, 1);
-    tell(Kind::Finished);
-    tell(Kind::Finished);
-    tellOf(0, Kind::Connected);
-    start(kMarked);
-    ASSERT_EQ(3U, service.said.size());
-    EXPECT_TRUE(service.styles[2].isMute);
-}
-
-TEST_F(ASpeakerThatAsks, AsksNothingForPlainText) {
-    start("a");
-    EXPECT_EQ(std::vector<std::string>{"a"}, service.said);
-}
-
-TEST_F(ASpeakerThatAsks, StopsAMessageThatWaitsForTheAnswer) {
-    start(kMarked);
-    speaker.stop(now);
-    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
-    start("<speak>new</speak>");
-    EXPECT_EQ(1U, service.said.size()) << "still asking";
-    tellOf(1, Kind::Mark, 1);
-    tellOf(1, Kind::Finished);
-    ASSERT_EQ(2U, service.said.size());
-    EXPECT_EQ("<speak>new</speak>", service.said[1]);
-}
-
-TEST_F(ASpeakerThatAsks, GivesUpAServiceThatDoesNotAnswerTheQuestion) {
-    start(kMarked);
-    service.answering = false;
-    wait(kPatience + std::chrono::milliseconds(500));
-    EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
 }
 
 }  // namespace
