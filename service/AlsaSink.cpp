@@ -45,7 +45,7 @@ bool AlsaSink::begin(uint32_t /*pid*/, uint32_t /*id*/) {
 }
 
 bool AlsaSink::waitForRoom(const Cancel& cancel) {
-    // The card's own descriptors, and the one that ends the wait when nobody wants the sound.
+    // The card's own descriptors, and the one that interrupts the wait.
     constexpr unsigned kMaxDescriptors = 15;
     pollfd requests[kMaxDescriptors + 1] = {};
     const int count = snd_pcm_poll_descriptors(mPcm, requests, kMaxDescriptors);

@@ -10,7 +10,7 @@
 
 namespace voxtreld {
 
-/// A sound card. Its buffer is kept short, so that what is in it does not outlive a stop.
+/// A sound card. Its buffer is kept short, so that a stop takes effect at once.
 class AlsaSink : public Sink {
 public:
     /// @param device as ALSA names it: "default", "plughw:1,0", ...

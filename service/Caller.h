@@ -6,7 +6,7 @@
 
 namespace voxtreld {
 
-/// Who sent a request, in the kernel's own words.
+/// The sender of a request, as reported by the kernel.
 struct Caller {
     uint32_t pid;
     uint32_t uid;

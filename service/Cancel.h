@@ -7,7 +7,7 @@
 
 namespace voxtreld {
 
-/// Asks what is busy with sound to give up at once, also when it sleeps.
+/// Interrupts an operation on sound, even while it sleeps.
 ///
 /// Called on: any thread, but `set` and `clear` by one at a time. Locks: none.
 class Cancel {
@@ -24,7 +24,7 @@ public:
     /// Sleeps up to a moment. @return true, at once, when set; false when the moment has come.
     bool sleepUntil(std::chrono::steady_clock::time_point moment) const;
 
-    /// Becomes readable when set, for those who also wait for something else.
+    /// Becomes readable when set, for use with poll().
     int descriptor() const { return mDescriptor; }
 
 private:

@@ -9,8 +9,8 @@
 #include "vocabulary/Status.h"
 
 namespace voxtreld {
-/// Told by the runtime of the death of one callback. The runtime may still hold it when the
-/// registry is gone, hence `retire`.
+/// Watches one callback. The runtime may still hold it when the registry is destroyed, hence
+/// `retire`.
 class ClientRegistry::CallbackDeathRecipient : public android::IBinder::DeathRecipient {
 public:
     CallbackDeathRecipient(ClientRegistry& registry, uint32_t pid)
@@ -50,7 +50,7 @@ ClientRegistry::~ClientRegistry() {
 }
 
 void ClientRegistry::unlink(const Client& client) {
-    // Refused when the binder is dead or local, and then there is nothing to unlink.
+    // Refused when the binder is dead or local; there is nothing to unlink then.
     (void)android::IInterface::asBinder(client.callback)
         ->unlinkToDeath(client.deathRecipient, nullptr, 0, nullptr);
 }

@@ -34,48 +34,48 @@ public:
     ClientRegistry(const ClientRegistry&) = delete;
     ClientRegistry& operator=(const ClientRegistry&) = delete;
 
-    /// How many processes may be registered, so that nobody can use up our threads and memory.
+    /// Maximum number of registered processes; bounds the service's threads and memory.
     static constexpr size_t kMaxClients = 128;
 
-    /// Of one user other than the service's own.
+    /// The same for one user other than the service's own.
     static constexpr size_t kMaxOfOtherUser = kMaxClients / 2;
 
-    /// Threads that send events: one a client, and those of earlier callbacks that have not
-    /// returned from their last call yet.
+    /// Maximum number of threads that send events: one per client, plus those of earlier callbacks
+    /// whose last call has not returned yet.
     static constexpr size_t kMaxSenders = 2 * kMaxClients;
 
-    /// Of the clients that left, of those that died, and of those for which there was no room, so
-    /// many are remembered: far more than can have requests on their way.
+    /// Entries kept of clients that left, that died, and that were refused for lack of room; far
+    /// more than can have requests in flight.
     static constexpr size_t kMaxFormer = 256;
 
-    /// For so long. A request waits for a thread of ours, which takes milliseconds.
+    /// How long these entries are kept. Requests are in flight for milliseconds.
     static constexpr std::chrono::seconds kLeftRemembered{10};
 
     using Time = std::chrono::steady_clock::time_point;
 
-    /// Registers a client, in the place of an earlier callback of the same process, which what that
-    /// was not sent yet is sent to.
+    /// Registers a client. It replaces an earlier callback of the same process, and gets the events
+    /// that were not sent to that one yet.
     /// @return -3, with the client forgotten, if the callback is dead already; -12, with nothing
     ///     changed, if there are too many clients or threads.
     int add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
 
-    /// For a process that leaves. @return false if it had registered nothing.
+    /// Removes a process that unregisters. @return false if it was not registered.
     bool remove(uint32_t pid, Time now = std::chrono::steady_clock::now());
 
     bool contains(uint32_t pid) const;
 
-    /// True for a process whose latest `add` found no room, until it leaves.
+    /// True if the latest `add` of the process failed for lack of room, until it unregisters.
     bool isRefused(uint32_t pid) const;
 
     /// True while no process is registered.
     bool isEmpty() const;
 
-    /// True if the process is registered, or left or died lately, and belongs to the user. Its
-    /// leave can overtake its one-way requests, so those may still be on their way.
+    /// True if the process belongs to the user and is registered, or was until lately: its
+    /// unregistration can overtake its one-way requests, which may still be in flight.
     bool isUser(uint32_t pid, uint32_t uid, Time now = std::chrono::steady_clock::now()) const;
 
     /// True for a process whose callback died and that did not register again. Its last requests
-    /// may still be on their way.
+    /// may still be in flight.
     bool isDead(uint32_t pid) const;
 
     /// To one client; dropped if the process is not registered.
@@ -84,7 +84,7 @@ public:
     /// To every client.
     void tellAll(TTS::Event event, uint32_t second, uint32_t third);
 
-    /// Returns when every client has been sent what it was told before, or the time is up.
+    /// Returns when all events posted before the call have been sent, or the time is up.
     void flush(std::chrono::milliseconds atMost);
 
 private:

@@ -38,7 +38,7 @@ private:
 
     std::vector<Voice> mVoices;
     unsigned mSampleRate = 0;
-    // What the library was last told: telling it again costs more than the first sound may.
+    // Last values set in the library; setting them again would delay the first sound.
     const Voice* mCurrentVoice = nullptr;
     int mRate = -1;
     int mPitch = -1;

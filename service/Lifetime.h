@@ -13,12 +13,11 @@ namespace voxtreld {
 /// Blocks the signals in this thread and all that it starts, so that `waitForEnd` gets them.
 sigset_t blockSignals();
 
-/// Waits for one of the signals, which are blocked, and takes it. @return false when the time is
-/// up.
+/// Waits for one of the blocked signals and consumes it. @return false when the time is up.
 bool signalComesWithin(const sigset_t& signals, std::chrono::milliseconds time);
 
-/// Returns when a signal asks for the end or, with a limit above 0, when nobody has needed the
-/// service for so long. @return which, for the log.
+/// Returns on a signal or, with a limit above 0, once the service has been idle for that long.
+/// @return the reason, for the log.
 std::string waitForEnd(const sigset_t& signals, VoxtrelService& service,
                        std::chrono::seconds idleLimit);
 

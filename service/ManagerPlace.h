@@ -11,7 +11,7 @@ namespace voxtreld {
 /// Where the runtime reaches the service manager, for messages: its driver, or its socket.
 std::string managerPlace();
 
-/// How long a service manager that is started at the same time may take to come.
+/// How long to wait for a service manager that is started at the same time.
 constexpr std::chrono::seconds kManagerPatience(2);
 
 /// True once the driver or the socket is there and may be opened, whether or not a service manager

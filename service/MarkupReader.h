@@ -21,14 +21,14 @@ bool isMarkup(std::string_view text);
 /// Turns a marked-up text (SSML) into pieces that an engine can be trusted with: short documents in
 /// one voice, of a few known elements that are balanced, hold short plain values and are not deep.
 ///
-/// Every text can be read. Elements that are not known, and what is not well-formed, are passed
-/// over, and their text is spoken. Nothing but the text is read: what it refers to is never opened.
-/// A piece takes time and memory for its own part of the text only, whatever that holds.
+/// Any input is accepted: unknown elements and markup that is not well-formed are skipped, and
+/// their text is spoken. External references are never opened. A piece takes time and memory in
+/// proportion to its own part of the text only.
 ///
 /// Called on: one thread at a time. The text must outlive the reader.
 class MarkupReader {
 public:
-    static constexpr size_t kDeepest = 16;          ///< elements within deeper ones are passed over
+    static constexpr size_t kDeepest = 16;         ///< elements within deeper ones are passed over
     static constexpr uint32_t kMaxMarks = 10'000;  ///< later ones are passed over
     static constexpr uint32_t kLongestBreakMs = 60'000;
     static constexpr uint32_t kMaxBreaksMs = 600'000;  ///< of one text; then there are no more

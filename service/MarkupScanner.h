@@ -23,7 +23,7 @@ std::string_view attributeOf(const MarkupTag& tag, std::string_view name);
 /// in UTF-8, and its length there; empty, with `length` unchanged, for one that is not known.
 std::string referencedCharacter(std::string_view text, size_t& length);
 
-/// What a marked-up text consists of.
+/// A lexical unit of a marked-up text.
 struct MarkupToken {
     enum class Kind {
         Text,       ///< to be spoken as it stands

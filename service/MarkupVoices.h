@@ -11,7 +11,7 @@
 
 namespace voxtreld {
 
-/// Who speaks a part of a marked-up text.
+/// The voice of a part of a marked-up text.
 struct MarkupVoice {
     EN_VOXTREL_LANGUAGE language;
     uint32_t number;  ///< within the language, from 1

@@ -10,7 +10,7 @@
 
 namespace voxtreld {
 
-/// What a request asks for, as far as who may ask differs.
+/// Requests, told apart as far as they need different permissions.
 enum class Operation {
     Say,
     Silence,
@@ -44,7 +44,7 @@ enum class Refusal {
     InCall,     ///< neither status nor process id on the wire: the call itself fails
 };
 
-/// Who may ask for it: whoever has the permission.
+/// The permission that an operation needs, and how a refusal is reported.
 struct OperationRule {
     Operation operation;
     const char* name;  ///< in the log

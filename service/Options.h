@@ -11,7 +11,7 @@
 
 namespace voxtreld {
 
-/// What the command line asks for.
+/// The values of the command line.
 struct Options {
     std::string profile = TTS::TtsSetting::defaultPath("voxtrel");
     bool userProfile = false;  ///< in the place of `profile`, that of `userProfile()`

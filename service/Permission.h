@@ -6,7 +6,7 @@
 
 namespace voxtreld {
 
-/// What a user may be permitted, a bit each.
+/// Permissions of a user, one bit each.
 enum class Permission : uint8_t {
     Connect = 1,     ///< register, and read the settings
     Speak = 2,       ///< `say`, `silence`

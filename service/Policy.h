@@ -23,19 +23,20 @@ struct PolicyRule {
     Permissions granted;
 };
 
-/// Who may do what. What several rules grant a user adds up; who is granted anything may connect.
-/// The service's own user may do everything, and without a rule nobody else anything.
+/// The permissions of users. Those of several matching rules add up, and any permission includes
+/// that to connect. The service's own user has all permissions; without a rule, no other user has
+/// any.
 ///
-/// What a user may do is looked up once and remembered: a change of groups counts after a restart.
+/// A user's permissions are cached: a change of groups takes effect after a restart.
 ///
 /// Called on: any thread. Locks: its own, not while it asks for groups.
 class Policy {
 public:
-    /// The groups of a user; empty optional where they cannot be had just now.
+    /// The groups of a user; empty optional when they cannot be read at the moment.
     using Groups = std::optional<std::vector<uint32_t>>;
     using GroupSource = std::function<Groups(uint32_t uid)>;
 
-    /// Of so many users it is remembered what they may do.
+    /// Maximum number of cached users.
     static constexpr size_t kRemembered = 1024;
 
     explicit Policy(uint32_t ownUser, std::vector<PolicyRule> rules = {},

@@ -32,7 +32,7 @@ Words wordsOf(const std::string& line) {
     return words;
 }
 
-/// For a message: what a terminal might act on shows as a question mark.
+/// For a message: control characters are shown as question marks.
 std::string quoted(const std::string& word) {
     std::string text = word.substr(0, 64);
     std::replace_if(
@@ -75,7 +75,7 @@ constexpr SubjectWord kSubjects[] = {{"user", PolicyRule::Subject::User, &findUs
                                      {"group", PolicyRule::Subject::Group, &findGroup},
                                      {"any", PolicyRule::Subject::Any, nullptr}};
 
-// The readers return nothing or what is wrong, and go past the words that they have taken.
+// The readers consume their words and return an error message, or nothing.
 
 std::string readSubject(const Words& words, size_t& at, PolicyRule& rule) {
     const std::string& word = words[at++];

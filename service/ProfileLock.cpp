@@ -13,8 +13,7 @@
 namespace voxtreld {
 namespace {
 
-/// A FIFO must not hang us, and a link must not lead us to another file. -1, with errno, on
-/// failure.
+/// Neither blocks on a FIFO nor follows a symbolic link. -1, with errno, on failure.
 int openLock(const std::string& path) {
     const int file =
         open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);

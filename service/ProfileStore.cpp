@@ -13,7 +13,7 @@
 namespace voxtreld {
 namespace {
 
-/// Empty for what is no file: a FIFO would hang us.
+/// Empty unless it is a regular file: opening a FIFO would block.
 std::string contentOf(const std::string& path) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(path, ignored)) {
@@ -58,7 +58,7 @@ TTS::TtsSetting ProfileStore::load() {
     if (isComplete(mNewPath)) {
         (void)std::rename(mNewPath.c_str(), mPath.c_str());  // the old file serves if it fails
     } else {
-        (void)std::remove(mNewPath.c_str());  // usually there is none
+        (void)std::remove(mNewPath.c_str());  // usually absent
     }
     const std::string text = contentOf(mPath);  // before an upgrade writes it again
     TTS::TtsSetting profile("voxtrel");
@@ -120,7 +120,7 @@ bool ProfileStore::write(const TTS::TtsSetting& profile) const {
            std::rename(mNewPath.c_str(), mPath.c_str()) == 0;
 }
 
-/// What the file has is dropped from the journal, unless that has a newer state by now.
+/// Empties the journal after its record was saved, unless it has a newer one by now.
 void ProfileStore::settle() {
     std::string error;
     {

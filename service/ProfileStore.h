@@ -27,7 +27,7 @@ namespace voxtreld {
 class ProfileStore {
 public:
     explicit ProfileStore(std::string path, Log log = nullptr);
-    /// Writes what is still to be written.
+    /// Writes pending changes.
     ~ProfileStore();
     ProfileStore(const ProfileStore&) = delete;
     ProfileStore& operator=(const ProfileStore&) = delete;

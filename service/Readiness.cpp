@@ -15,7 +15,7 @@ void Readiness::stepDone() {
     }
     logLine(LogLevel::Info, "ready");
 #ifdef VOXTREL_HAVE_SYSTEMD
-    (void)sd_notify(0, "READY=1\nSTATUS=Ready to speak");  // nobody asked, when it fails
+    (void)sd_notify(0, "READY=1\nSTATUS=Ready to speak");  // fails where systemd did not start us
 #endif
 }
 

@@ -13,11 +13,11 @@
 
 namespace voxtreld {
 
-/// Logs what is refused, without letting a client fill the log: the same refusal of the same
-/// process is one line however often it comes, and all together are at most `kLines` a second.
+/// Logs refusals at a limited rate: repeated refusals of the same kind and process give one line,
+/// and there are at most `kLines` lines a second in all.
 ///
-/// What the client is told of by its own library is a line for debugging; that a user or a process
-/// is turned away, or that the queue is full, is a warning.
+/// Refusals that the client's own library reports are logged for debugging; a rejected user or
+/// process and a full queue are warnings.
 ///
 /// Called on: any thread. Locks: its own, not while it logs.
 class RefusalLog {
@@ -28,7 +28,7 @@ public:
 
     explicit RefusalLog(Log log) : mLog(std::move(log)) {}
 
-    /// `line` says who was refused what, and why.
+    /// @param line names the process, the operation and the reason.
     void refused(uint32_t pid, const char* operation, int status, const std::string& line,
                  Time now = std::chrono::steady_clock::now());
 

@@ -47,8 +47,8 @@ private:
 
 }  // namespace
 
-/// What the object and its threads share. It outlives the object where one of them still waits in
-/// the runtime.
+/// State shared by the object and its threads. Outlives the object while one of them still waits
+/// in the runtime.
 class Registration::Work : public std::enable_shared_from_this<Work> {
 public:
     Work(AfterDeath after, Log log, Process process)
@@ -93,7 +93,7 @@ private:
     const Log mLog;
     const Process mProcess;
     // Of the thread that registers.
-    std::string mRegisteredAgain;                 ///< what is said when it is
+    std::string mRegisteredAgain;                 ///< logged on the next success
     bool mHasWarned = false;                      ///< of this manager's refusals
     std::optional<Clock::time_point> mDeadSince;  ///< the reference to the manager
     std::atomic<bool> mManagerDied{false};
@@ -150,7 +150,7 @@ Registration::Work::Outcome Registration::Work::addLinked(const sp<IBinder>& man
     return keepName(manager, service, death) ? Outcome::ManagerDied : Outcome::NotNow;
 }
 
-/// A service that speaks already gives up for nothing that may pass.
+/// A service that was registered before gives up on permanent errors only.
 Registration::Work::Outcome Registration::Work::refused(status_t status) {
     const bool isFinal = status == android::PERMISSION_DENIED || status == android::ALREADY_EXISTS;
     if (isFinal || !isRegistered()) {
@@ -164,8 +164,7 @@ Registration::Work::Outcome Registration::Work::refused(status_t status) {
     return Outcome::NotNow;
 }
 
-/// A device's runtime may give the reference to a dead manager for ever, while another one is
-/// there.
+/// A device's runtime may return a cached reference to a dead manager although a new one runs.
 void Registration::Work::failIfDeadForLong(Outcome outcome) {
     if (outcome != Outcome::DeadReference) {
         mDeadSince.reset();

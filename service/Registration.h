@@ -25,19 +25,19 @@ class Registration {
 public:
     enum class AfterDeath { RegisterAgain, End };
 
-    /// What it needs of the process; a test has its own.
+    /// The process around it; replaced in tests.
     struct Process {
         /// The runtime's reference to the service manager; null where there is none.
         std::function<android::sp<android::IBinder>()> contextObject;
         /// Asks the process to end in order.
         std::function<void()> end;
-        /// For so long a reference may be dead until it is taken for one that the runtime keeps.
+        /// A reference that is dead for longer is taken for one that the runtime has cached.
         std::chrono::milliseconds deadLimit{10'000};
 
         static Process own();
     };
 
-    /// @param after what the death of the service manager means to the service.
+    /// @param after what to do when the service manager dies.
     Registration(AfterDeath after, Log log, Process process = Process::own());
     ~Registration();
     Registration(const Registration&) = delete;

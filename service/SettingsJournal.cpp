@@ -33,7 +33,7 @@ std::string describe(int number) {
     return std::system_category().message(number);
 }
 
-/// FNV-1a: tells damage apart, not malice.
+/// FNV-1a: detects damage, not tampering.
 uint64_t checksum(std::string_view text) {
     uint64_t sum = 0xcbf29ce484222325U;
     for (const char each : text) {
@@ -77,7 +77,7 @@ void SettingsJournal::close() {
     }
 }
 
-/// A FIFO must not hang us, and a link must not lead us to another file.
+/// Neither blocks on a FIFO nor follows a symbolic link.
 bool SettingsJournal::open(int flags) {
     close();
     const int file = ::open(mPath.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
@@ -91,7 +91,7 @@ bool SettingsJournal::open(int flags) {
     return file >= 0;
 }
 
-/// Also notices that somebody has removed the file: what is written to it then is lost.
+/// Also detects that the file was removed: what is written to it then is lost.
 bool SettingsJournal::isOpen() {
     struct stat status {};
     return mFile >= 0 && fstat(mFile, &status) == 0 && status.st_nlink > 0;

@@ -14,8 +14,8 @@ namespace voxtreld {
 ///
 /// The file has two slots of 512 bytes; a record is one complete state and goes, by one system
 /// call, into the slot that does not hold the newest one. So it never grows, and whenever the
-/// process is killed one slot is whole. A record ends with a checksum: what is torn, foreign or
-/// damaged is not one.
+/// process is killed one slot is whole. A record ends with a checksum; torn, foreign and damaged
+/// records are ignored.
 ///
 ///     revision=7
 ///     lang=en_US

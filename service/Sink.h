@@ -29,7 +29,7 @@ public:
     virtual bool write(const int16_t* samples, size_t count, const Cancel& cancel) = 0;
 
     /// Returns when all samples have been heard, or are safe in their file. With `cancel` set,
-    /// what has not been heard is thrown away at once.
+    /// pending samples are discarded at once.
     virtual bool end(const Cancel& cancel) = 0;
 };
 

@@ -154,7 +154,7 @@ void Speaker::tellStarted() {
     mEarly.clear();
 }
 
-/// Without a sample nobody heard a word, but a text of nothing but marks reaches them.
+/// A text without sound has no words, but may consist of marks only.
 void Speaker::dropUnheard(bool good) {
     const bool keepsMarks = good && !mQueue.cancelled();
     const auto isUnheard = [keepsMarks](const EarlyEvent& early) {

@@ -17,8 +17,8 @@
 
 namespace voxtreld {
 
-/// Turns what the queue gives into sound and events. Everything that an accepted utterance causes
-/// is told from here, in the order in which it happens.
+/// Turns utterances of the queue into sound and events. All events about accepted utterances come
+/// from here, in order.
 ///
 /// Called on: the speech thread. The parts it is given outlive it.
 class Speaker : private SpeechReceiver {
@@ -26,7 +26,7 @@ public:
     Speaker(Engine& engine, Sink& sink, Mixer& mixer, SpeechQueue& queue, Listener& listener)
         : mEngine(engine), mSink(sink), mMixer(mixer), mQueue(queue), mListener(listener) {}
 
-    /// Speaks until the queue is closed and its last event has been told.
+    /// Speaks until the queue is closed and its last event has been reported.
     void run();
 
 private:

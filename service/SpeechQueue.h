@@ -25,12 +25,13 @@ struct QueueLimits {
     size_t textPerClient = 4U << 20U;  ///< bytes
 };
 
-/// What waits to be spoken. Clients take turns by utterance, each in the order of acceptance.
+/// The utterances that wait to be spoken. Scheduling is round-robin among clients by utterance;
+/// those of one client are spoken in the order of acceptance.
 ///
 /// Next is the client that was heard longest ago. One that was not heard in the last
 /// `kRememberedTurns` turns, or never, counts as heard before all that were; among several such,
-/// the one whose utterance was accepted first is next. So who has had nothing to say for a while is
-/// heard after what sounds now, and nobody is passed over for more turns than that.
+/// the one whose utterance was accepted first is next. So a client that was silent for a while is
+/// heard after the current utterance, and none waits for more turns than that.
 ///
 /// Every utterance that `push` accepted comes out once: of `wait` as the next to speak, or of
 /// `wait` or `takeDropped` as dropped. The speech thread reports both, so nothing is reported twice
@@ -62,22 +63,23 @@ public:
     ///     -14 when the queue is closed.
     TTS::Status push(Utterance utterance);
 
-    /// As `push` and `drop` in one step, for what comes too late to be heard.
+    /// As `push` and `drop` in one step, for an utterance that arrives too late.
     TTS::Status pushDropped(const Utterance& utterance, int32_t reason);
 
-    /// Drops what waits and cancels what sounds.
+    /// Drops waiting utterances and cancels the current one.
     ///
     /// @param pid only what this client asked for; empty: everything.
     /// @param status reported with each.
     void drop(std::optional<uint32_t> pid, int32_t status);
 
-    /// True while something of that process waits or sounds, or did lately, and it is this user's.
+    /// True if the process belongs to the user and has an utterance that waits or is spoken, or had
+    /// one lately.
     bool isOfUser(uint32_t pid, uint32_t user) const;
 
-    /// As `drop` for a client that is gone: nobody is left to be told.
+    /// As `drop` for a client that is gone; nothing is reported.
     void forget(uint32_t pid);
 
-    /// Waits for work. What it gives as `next` counts as sounding until `finish`.
+    /// Waits for work. `Work::next` is the current utterance until `finish`.
     /// @return false once the queue is closed and nothing is left.
     bool wait(Work& work);
 
@@ -85,16 +87,16 @@ public:
     /// left to the next `wait`, since the end of what sounds is told before.
     std::vector<Dropped> takeDropped();
 
-    /// Ends the utterance that sounds. @return the reason if it was cancelled.
+    /// Ends the current utterance. @return the reason if it was cancelled.
     std::optional<int32_t> finish();
 
-    /// Set while the utterance that sounds is to be cut short.
+    /// Set while the current utterance is to be interrupted.
     const Cancel& cancelled() const { return mCancelled; }
 
-    /// Drops everything with -14; `wait` gives what is left, then false.
+    /// Drops everything with -14; `wait` returns the rest of the work, then false.
     void close();
 
-    /// How many wait for their turn.
+    /// Number of waiting utterances.
     size_t waiting() const;
 
     /// Since when nothing has waited or sounded; empty while something does.

@@ -111,10 +111,10 @@ bool VoxtrelService::closeIfIdle(Duration limit) {
     return true;
 }
 
-/// The process that sent the request of this thread, in which it names `pid`; 0 if nobody knows.
+/// The process that sent the current request, which names `pid`; 0 if it is not known.
 uint32_t VoxtrelService::senderOf(unsigned pid) const {
     const Caller caller = mCaller();
-    // A kernel's driver does not name the sender of a one-way call; the user it came from must do.
+    // The kernel's driver does not report the pid of a one-way call, only its uid.
     return caller.pid == 0 && mClients.isUser(pid, caller.uid) ? pid : caller.pid;
 }
 
@@ -137,8 +137,8 @@ int VoxtrelService::admit(unsigned pid, Operation operation) {
     return STATUS_PERMISSION_DENIED;
 }
 
-/// Asks the policy whether the user behind the request of this thread may do that. A client that
-/// gets no status is told.
+/// Checks the permission of the user who sent the current request. A refusal of an operation
+/// without a status is reported by an event.
 int VoxtrelService::permit(uint32_t sender, Operation operation) {
     const OperationRule& rule = ruleOf(operation);
     const uint32_t user = mCaller().uid;
@@ -167,7 +167,7 @@ int VoxtrelService::answered(unsigned pid, Operation operation, int status) {
 
 int VoxtrelService::mayChange(unsigned pid) const {
     if (mClients.isDead(pid)) {
-        return STATUS_PERMISSION_DENIED;  // the last words of a client that is being forgotten
+        return STATUS_PERMISSION_DENIED;  // a late request of a client that has died
     }
     return mLockOwner == 0 || mLockOwner == pid ? STATUS_OK : STATUS_LOCKED;
 }
@@ -183,8 +183,8 @@ int VoxtrelService::accept(Utterance utterance, const SpeechSettings& asked) {
     if (status != STATUS_OK) {
         return status;
     }
-    // A client asks whether speech is on before it says something, so this was sent while it was,
-    // and ends like what was waiting when it was switched off.
+    // Clients check whether speech is enabled before they send, so this was sent while it was, and
+    // ends like the utterances that waited when it was disabled.
     return mSettings.enabled() ? mQueue->push(std::move(utterance))
                                : mQueue->pushDropped(utterance, STATUS_DISABLED);
 }
@@ -231,7 +231,7 @@ int VoxtrelService::silence(unsigned pid, unsigned first, unsigned second, unsig
 int VoxtrelService::stopAndFlush(unsigned pid, unsigned arg) {
     const Operation asked = arg == FLUSH_EVERYTHING ? Operation::StopAll : Operation::StopOwn;
     const Caller caller = mCaller();
-    // What a process said is its user's to silence, also when that process has ended.
+    // A user may stop the speech of any of their processes, even of one that has ended.
     const bool isOfUser = arg == FLUSH_OWN && mQueue->isOfUser(pid, caller.uid);
     const uint32_t sender = isOfUser && caller.pid != 0 ? caller.pid : pid;
     const int status = isOfUser ? permit(sender, asked) : admit(pid, asked);
@@ -257,7 +257,7 @@ int VoxtrelService::flush(unsigned sender, unsigned pid, unsigned arg) {
     return STATUS_OK;
 }
 
-/// Who is refused because of the lock is told who holds it.
+/// A client that is refused because of the lock gets an event that names the holder.
 int VoxtrelService::mayChangeOrIsTold(unsigned pid) {
     const int status = mayChange(pid);
     if (status == STATUS_LOCKED) {
@@ -271,7 +271,7 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     if (status != STATUS_OK) {
         return status;
     }
-    // The service's own binder, sent back, never dies: nothing would free what its sender holds.
+    // The service's own binder never dies: nothing would release the sender's resources.
     const bool usable = cb != nullptr && android::IInterface::asBinder(cb).get() != this;
     const uint32_t user = mCaller().uid;
     const int added = usable ? mClients.add(pid, user, cb) : STATUS_BAD_PARAMETER;
@@ -293,7 +293,7 @@ int VoxtrelService::registerCallback(unsigned pid, const android::sp<TTS::ICallb
     return STATUS_OK;
 }
 
-/// False, and it is forgotten, for a client that came when the service was already to end.
+/// False if the service is being closed; the client is removed then.
 bool VoxtrelService::stays(unsigned pid) {
     const MutexLock lock(mMutex);
     if (mClosed) {
@@ -307,7 +307,7 @@ int VoxtrelService::deregisterCallback(unsigned pid) {
     if (status != STATUS_OK) {
         return status;
     }
-    if (mClients.remove(pid)) {  // leaving twice is leaving
+    if (mClients.remove(pid)) {  // not an error the second time
         mLog(LogLevel::Debug, "process " + std::to_string(pid) + " has left");
     }
     mRefusals.forget(pid);
@@ -370,8 +370,8 @@ bool VoxtrelService::isLockOfAnother(unsigned pid) const {
     return !isSender && pid != 0 && mLockOwner == pid;
 }
 
-/// Clients that pair `lock` with `unlock` do not know whether they hold it. So who means to break
-/// the lock of another names that one, and not itself.
+/// A client does not know whether its `lock` succeeded, and unlocks in any case. So breaking
+/// another's lock takes a request that names the holder instead of the sender.
 int VoxtrelService::breakLock(unsigned holder) {
     const Caller caller = mCaller();
     const int status = permit(caller.pid, Operation::BreakLock);
@@ -381,7 +381,7 @@ int VoxtrelService::breakLock(unsigned holder) {
     {
         const MutexLock lock(mMutex);
         if (mLockOwner != holder) {
-            return 1;  // it was freed meanwhile
+            return 1;  // released meanwhile
         }
         setLockOwner(0);
     }
@@ -410,7 +410,7 @@ bool VoxtrelService::locked() {
 
 int VoxtrelService::getCapabilities(TTS::Capabilities& caps) {
     const Caller caller = mCaller();
-    // A client does not look at the answer to its registration, only at this one.
+    // Clients ignore the status of their registration and read this one.
     const bool permitted =
         mPolicy->permits(caller.uid, Permission::Connect) && !mClients.isRefused(caller.pid);
     const MutexLock lock(mMutex);

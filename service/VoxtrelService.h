@@ -59,10 +59,10 @@ public:
     /// Where the speech thread reports to.
     Listener& listener() { return mClients; }
 
-    /// Returns when every client has been sent what it was told before, or the time is up.
+    /// Returns when all events posted before the call have been sent, or the time is up.
     void flushEvents(std::chrono::milliseconds atMost) { mClients.flush(atMost); }
 
-    /// How long nobody has needed the service: no client, nothing queued or sounding, no request.
+    /// How long the service has been idle: no client, no utterance, no request.
     Duration idleTime() const;
 
     /// If that is `limit` or more, no client is taken from now on, and the program is to end: a

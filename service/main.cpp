@@ -54,7 +54,7 @@ bool publish(const android::sp<VoxtrelService>& service, Registration& registrat
     return registration.begin(service, signals, error);
 }
 
-/// Makes the parts and runs them until a signal ends the process, or nobody needs it any more.
+/// Creates the parts and runs them until a signal comes or the service has been idle for long.
 int serve(const Options& options, const std::shared_ptr<const Policy>& policy,
           const sigset_t& signals, Registration& registration) {
     std::string error;
