@@ -13,7 +13,7 @@ using std::chrono::steady_clock;
 /// its call has succeeded, so that the next thread repeats a call that failed.
 class EventOutbox::Sender : public std::enable_shared_from_this<Sender> {
 public:
-    explicit Sender(std::chrono::milliseconds callPatience) : mCallPatience(callPatience) {}
+    explicit Sender(std::chrono::milliseconds callTimeout) : mCallTimeout(callTimeout) {}
 
     bool post(const PendingEvent& event) {
         {
@@ -76,7 +76,7 @@ private:
     /// The previous callback's thread may be in a call. Its result decides which event is next; a
     /// call that takes too long counts as a success, so that no event is sent twice.
     void awaitCall(unsigned number) {
-        const auto deadline = steady_clock::now() + mCallPatience;
+        const auto deadline = steady_clock::now() + mCallTimeout;
         MutexLock lock(mMutex);
         while (mLatest == number && mCaller != 0 && lock.waitUntil(mChanged, deadline)) {
         }
@@ -135,7 +135,7 @@ private:
         }
     }
 
-    const std::chrono::milliseconds mCallPatience;
+    const std::chrono::milliseconds mCallTimeout;
     Mutex mMutex;
     std::condition_variable mChanged;
     std::deque<PendingEvent> mPending VOXTRELD_GUARDED_BY(mMutex);
@@ -145,8 +145,8 @@ private:
 };
 
 EventOutbox::EventOutbox(const android::sp<TTS::ICallback>& to, std::shared_ptr<const void> held,
-                         std::chrono::milliseconds callPatience)
-    : mSender(std::make_shared<Sender>(callPatience)) {
+                         std::chrono::milliseconds callTimeout)
+    : mSender(std::make_shared<Sender>(callTimeout)) {
     mSender->startThread(to, std::move(held));
 }
 

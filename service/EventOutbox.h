@@ -26,14 +26,14 @@ public:
     static constexpr size_t kMaxWaiting = 65536;
 
     /// A one-way call takes a runtime 100 ms at most.
-    static constexpr std::chrono::seconds kCallPatience{1};
+    static constexpr std::chrono::seconds kCallTimeout{1};
 
     /// @param held kept as long as the thread lives, which may be longer than the outbox does.
-    /// @param callPatience how long `redirect` waits for a call that has begun.
+    /// @param callTimeout how long `redirect` waits for a call that has begun.
     /// Throws `std::system_error` if no thread can be started.
     explicit EventOutbox(const android::sp<TTS::ICallback>& to,
                          std::shared_ptr<const void> held = nullptr,
-                         std::chrono::milliseconds callPatience = kCallPatience);
+                         std::chrono::milliseconds callTimeout = kCallTimeout);
     /// Closes without waiting for a call to the client that has begun.
     ~EventOutbox();
     EventOutbox(const EventOutbox&) = delete;

@@ -64,7 +64,7 @@ std::string managerPlace() {
 
 bool isManagerPlaceUsable(const sigset_t& signals, std::string& error) {
     constexpr std::chrono::milliseconds kPause(10);
-    const auto deadline = std::chrono::steady_clock::now() + kManagerPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kManagerTimeout;
     while (!isUsable(error)) {
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;

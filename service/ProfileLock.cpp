@@ -34,9 +34,9 @@ bool signalComesWithin(const sigset_t& signals, std::chrono::milliseconds time) 
 }  // namespace
 
 ProfileLock lockProfile(const std::string& profile, const sigset_t& signals,
-                        std::chrono::milliseconds patience, const Log& log) {
+                        std::chrono::milliseconds timeout, const Log& log) {
     constexpr std::chrono::milliseconds kPause(20);
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     const std::string path = profile + ".lock";
     // Never closed: the runtime's threads may still change a setting when main() has returned.
     const int file = openLock(path);

@@ -17,10 +17,10 @@ enum class ProfileLock { Ours, OfAnother, Interrupted };
 /// stays there.
 ///
 /// Another service may be about to end and still write its last settings, so it is waited for,
-/// for at most `patience`; one of the blocked `signals` ends the wait. Where the file cannot be
+/// for at most `timeout`; one of the blocked `signals` ends the wait. Where the file cannot be
 /// locked, the profile is used all the same, and that is logged. Called on: main.
 ProfileLock lockProfile(const std::string& profile, const sigset_t& signals,
-                        std::chrono::milliseconds patience, const Log& log);
+                        std::chrono::milliseconds timeout, const Log& log);
 
 }  // namespace voxtreld
 

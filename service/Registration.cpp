@@ -24,9 +24,9 @@ using android::sp;
 using android::status_t;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kStartPatience(10);
-constexpr std::chrono::seconds kAnswerPatience(5);
-constexpr std::chrono::seconds kStopPatience(1);
+constexpr std::chrono::seconds kStartTimeout(10);
+constexpr std::chrono::seconds kAnswerTimeout(5);
+constexpr std::chrono::seconds kStopTimeout(1);
 constexpr std::chrono::seconds kNameCheck(1);
 constexpr std::chrono::milliseconds kPause(100);
 constexpr std::chrono::milliseconds kStartPause(10);
@@ -106,7 +106,7 @@ private:
 };
 
 void Registration::Work::keepRegistered(const sp<IBinder>& service) {
-    const auto deadline = Clock::now() + kManagerPatience;
+    const auto deadline = Clock::now() + kManagerTimeout;
     while (!isOver()) {
         const sp<IBinder> manager = mProcess.contextObject();
         if (manager == nullptr && !isSettled() && Clock::now() >= deadline) {
@@ -194,7 +194,7 @@ bool Registration::Work::answersInTime(const sp<IBinder>& other) {
     std::packaged_task<bool()> question([other] { return other->pingBinder() == android::OK; });
     std::future<bool> answer = question.get_future();
     std::thread asker(std::move(question));
-    if (answer.wait_for(kAnswerPatience) == std::future_status::ready) {
+    if (answer.wait_for(kAnswerTimeout) == std::future_status::ready) {
         asker.join();
         return answer.get();
     }
@@ -332,13 +332,13 @@ bool Registration::begin(const sp<IBinder>& service, const sigset_t& signals, st
     std::packaged_task<void()> task([work = mWork, service] { work->keepRegistered(service); });
     mEnd = task.get_future();
     mThread = std::thread(std::move(task));
-    const auto deadline = Clock::now() + kStartPatience;
+    const auto deadline = Clock::now() + kStartTimeout;
     while (!mWork->isSettled()) {
         if (Clock::now() >= deadline) {
             mWork->end();
             error = "the service manager at " + managerPlace() +
                     " has not registered the service within " +
-                    std::to_string(kStartPatience.count()) + " s: it may hang; start it again";
+                    std::to_string(kStartTimeout.count()) + " s: it may hang; start it again";
             return false;
         }
         if (signalComesWithin(signals, kStartPause)) {
@@ -360,7 +360,7 @@ bool Registration::managerHasDied() const {
 bool Registration::stop() {
     if (mThread.joinable()) {
         mWork->end();
-        if (mEnd.wait_for(kStopPatience) == std::future_status::ready) {
+        if (mEnd.wait_for(kStopTimeout) == std::future_status::ready) {
             mThread.join();
         } else {
             mThread.detach();

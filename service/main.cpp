@@ -111,7 +111,7 @@ int serve(const Options& options, const std::shared_ptr<const Policy>& policy,
 }
 
 int run(const Options& options, Registration& registration) {
-    constexpr std::chrono::seconds kPatience(5);
+    constexpr std::chrono::seconds kTimeout(5);
     const sigset_t signals = blockSignals();
     std::string error;
     if (!isUsableProfile(options.profile, error) || !haveDescriptors(error)) {
@@ -122,7 +122,7 @@ int run(const Options& options, Registration& registration) {
         return fail(error);
     }
     const auto policy = std::make_shared<const Policy>(geteuid(), std::move(*rules));
-    switch (lockProfile(options.profile, signals, kPatience, logLine)) {
+    switch (lockProfile(options.profile, signals, kTimeout, logLine)) {
         case ProfileLock::OfAnother:
             return fail("another voxtreld uses the profile '" + options.profile +
                         "': end that one, or name another file with --profile");

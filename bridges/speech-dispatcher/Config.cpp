@@ -75,7 +75,7 @@ bool readWords(const Words& words, Config& config) {
     return (words[0] == "Markup" && readMarkup(words[1], config.markup)) ||
            (words[0] == "PunctuationForEveryone" &&
             readSwitch(words[1], config.punctuationForEveryone)) ||
-           (words[0] == "WaitForService" && readMilliseconds(words[1], config.patience));
+           (words[0] == "WaitForService" && readMilliseconds(words[1], config.timeout));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace sd_voxtrel {
 struct Config {
     MarkupPolicy markup = MarkupPolicy::Auto;
     bool punctuationForEveryone = false;
-    std::chrono::milliseconds patience{3000};
+    std::chrono::milliseconds timeout{3000};
     std::map<std::string, std::string> voiceTypes;  ///< "female1" to a voice's name or number
 
     Config();

@@ -115,7 +115,7 @@ bool Module::speak(MessageKind kind, const std::string& text) {
         return false;
     }
     setPunctuation();
-    mSpeaker.start(messageOf(kind, text), mConfig.patience, Speaker::Clock::now());
+    mSpeaker.start(messageOf(kind, text), mConfig.timeout, Speaker::Clock::now());
     return true;
 }
 

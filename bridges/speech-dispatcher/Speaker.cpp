@@ -23,9 +23,9 @@ constexpr std::size_t kMaxMarkedUp = 262144;
 
 }  // namespace
 
-void Speaker::start(Message message, std::chrono::milliseconds patience, Clock::time_point now) {
+void Speaker::start(Message message, std::chrono::milliseconds timeout, Clock::time_point now) {
     mMessage = std::move(message);
-    mPatience = patience;
+    mTimeout = timeout;
     mMarks.clear();
     mLastMark = 0;
     mLosses = 0;
@@ -206,7 +206,7 @@ void Speaker::doubt(Clock::time_point now) {
     }
     if (isConnected && mService.answers()) {
         mLastNews = now;
-    } else if (now >= mLastNews + mPatience) {
+    } else if (now >= mLastNews + mTimeout) {
         mTrouble = isConnected ? "the service does not answer" : "there is no service";
         if (mState == State::Said) {
             mService.stop();

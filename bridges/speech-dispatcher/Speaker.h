@@ -39,9 +39,9 @@ public:
 
     bool isIdle() const { return mState == State::Idle; }
 
-    /// Only while it is idle. @param patience how long a service that is absent, or does not
+    /// Only while it is idle. @param timeout how long a service that is absent, or does not
     /// answer, is waited for.
-    void start(Message message, std::chrono::milliseconds patience, Clock::time_point now);
+    void start(Message message, std::chrono::milliseconds timeout, Clock::time_point now);
 
     /// Both do nothing while it is idle.
     void stop(Clock::time_point now);
@@ -79,7 +79,7 @@ private:
     State mState = State::Idle;
     Clock::time_point mMoment;    ///< when the state is looked at again
     Clock::time_point mLastNews;  ///< the service was there and answered
-    std::chrono::milliseconds mPatience{0};
+    std::chrono::milliseconds mTimeout{0};
     Message mMessage;
     std::vector<std::string> mMarks;  ///< of what was said; empty if it went without markup
     unsigned long mLastMark = 0;

@@ -39,9 +39,9 @@ Client newClient() {
 }
 
 /// None where the service does not tell them in time.
-Features featuresOf(vx_client& client, std::chrono::milliseconds patience) {
+Features featuresOf(vx_client& client, std::chrono::milliseconds timeout) {
     vx_features* features = nullptr;
-    (void)vx_get_features(&client, static_cast<int>(patience.count()), &features);
+    (void)vx_get_features(&client, static_cast<int>(timeout.count()), &features);
     return {features, vx_features_free};
 }
 
@@ -143,12 +143,12 @@ bool VoxtrelService::take(const vx_event& event, ServiceEvent& out) {
     }
 }
 
-bool VoxtrelService::awaitConnected(std::chrono::milliseconds patience) {
-    return vx_wait_until_connected(mClient.get(), static_cast<int>(patience.count())) == VX_OK;
+bool VoxtrelService::awaitConnected(std::chrono::milliseconds timeout) {
+    return vx_wait_until_connected(mClient.get(), static_cast<int>(timeout.count())) == VX_OK;
 }
 
-std::vector<ListedVoice> VoxtrelService::voices(std::chrono::milliseconds patience) {
-    const Features features = featuresOf(*mClient, patience);
+std::vector<ListedVoice> VoxtrelService::voices(std::chrono::milliseconds timeout) {
+    const Features features = featuresOf(*mClient, timeout);
     std::size_t count = 0;
     std::vector<ListedVoice> all;
     if (features != nullptr) {

@@ -26,8 +26,8 @@ public:
     /// Takes the next event; never waits. @return false if there is none.
     bool next(ServiceEvent& event);
 
-    bool awaitConnected(std::chrono::milliseconds patience);
-    std::vector<ListedVoice> voices(std::chrono::milliseconds patience);
+    bool awaitConnected(std::chrono::milliseconds timeout);
+    std::vector<ListedVoice> voices(std::chrono::milliseconds timeout);
 
     /// Changes it for everybody. @return false: the service did not do it in time.
     bool setVerbosity(int verbosity);

@@ -23,7 +23,7 @@
 namespace voxtreld {
 
 /// Generous: only a broken test waits this long.
-constexpr std::chrono::seconds kPatience(60);
+constexpr std::chrono::seconds kTimeout(60);
 
 /// State that threads change and a test waits for.
 class Monitor {
@@ -40,7 +40,7 @@ public:
     template <typename Condition>
     bool waitFor(Condition condition) const {
         std::unique_lock<std::mutex> lock(mMutex);
-        return mChanged.wait_for(lock, kPatience, condition);
+        return mChanged.wait_for(lock, kTimeout, condition);
     }
 
     template <typename Read>

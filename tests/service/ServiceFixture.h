@@ -101,7 +101,7 @@ protected:
     }
     /// What a client was told when everything posted so far has arrived.
     std::vector<Told> toldTo(const android::sp<RecordingCallback>& callback) {
-        service->flushEvents(kPatience);
+        service->flushEvents(kTimeout);
         return callback->told();
     }
     /// What a client was told when all that was accepted has been spoken.

@@ -366,7 +366,7 @@ TEST_F(AClient, ThatHangsAndRegistersAgainAndAgainCannotUseUpOurThreads) {
     EXPECT_TRUE(bob->waitFor({kBob, EVENT_STATE, STATE_ENABLED, 0})) << "others are not delayed";
     gate->open();
     from(kAnn);
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (status != STATUS_OK && std::chrono::steady_clock::now() < deadline) {
         status = service->registerCallback(kAnn, new RecordingCallback(kAnn));
     }

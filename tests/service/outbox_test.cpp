@@ -31,7 +31,7 @@ protected:
             });
     }
     bool waitForAttempts(int count) {
-        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        const auto deadline = std::chrono::steady_clock::now() + kTimeout;
         while (attempts < count && std::chrono::steady_clock::now() < deadline) {
             std::this_thread::yield();
         }
@@ -48,7 +48,7 @@ TEST_F(AnOutbox, SendsEventsOneWayInTheOrderInWhichTheyWerePosted) {
     for (uint32_t i = 0; i < 100; ++i) {
         ASSERT_TRUE(outbox.post(EVENT_WORD, 7, i));
     }
-    ASSERT_TRUE(outbox.flush(kPatience));
+    ASSERT_TRUE(outbox.flush(kTimeout));
     const auto sent = remote->sent();
     ASSERT_EQ(100U, sent.size());
     for (uint8_t i = 0; i < 100; ++i) {
@@ -67,7 +67,7 @@ TEST_F(AnOutbox, TriesAClientThatHasNoRoomAgainAndLosesNothing) {
     EXPECT_FALSE(outbox.flush(std::chrono::milliseconds(1)));
     const size_t refused = remote->sent().size();
     status = android::OK;
-    ASSERT_TRUE(outbox.flush(kPatience));
+    ASSERT_TRUE(outbox.flush(kTimeout));
     const auto sent = remote->sent();
     ASSERT_GE(sent.size(), refused + 1);
     EXPECT_EQ(EVENT_STARTED, sent[sent.size() - 2].request[0]);
@@ -78,7 +78,7 @@ TEST_F(AnOutbox, DoesNotInsistOnAClientThatIsDead) {
     status = android::DEAD_OBJECT;
     EventOutbox outbox(new TTS::BpCallback(remote));
     ASSERT_TRUE(outbox.post(EVENT_STARTED, 1, 0));
-    ASSERT_TRUE(outbox.flush(kPatience));
+    ASSERT_TRUE(outbox.flush(kTimeout));
     EXPECT_EQ(1, attempts);
 }
 
@@ -107,8 +107,8 @@ protected:
             return outcome;
         });
         const auto held = std::make_shared<int>();
-        const std::chrono::milliseconds patience = inTime ? kPatience : std::chrono::seconds(0);
-        EventOutbox outbox(new TTS::BpCallback(remote), held, patience);
+        const std::chrono::milliseconds timeout = inTime ? kTimeout : std::chrono::seconds(0);
+        EventOutbox outbox(new TTS::BpCallback(remote), held, timeout);
         for (const uint32_t number : {1U, 2U, 3U}) {
             EXPECT_TRUE(outbox.post(EVENT_WORD, 7, number));
         }
@@ -117,11 +117,11 @@ protected:
         outbox.redirect(new TTS::BpCallback(second));
         EXPECT_TRUE(outbox.post(EVENT_WORD, 7, 4));
         if (!inTime) {
-            EXPECT_TRUE(outbox.flush(kPatience));
+            EXPECT_TRUE(outbox.flush(kTimeout));
         }
         gate.change([&] { open = true; });
         EXPECT_TRUE(voxtrel_test::eventually([&] { return held.use_count() == 1; }));
-        EXPECT_TRUE(outbox.flush(kPatience));
+        EXPECT_TRUE(outbox.flush(kTimeout));
         EXPECT_EQ(1U, remote->sent().size());
         std::vector<uint8_t> thirds;
         for (const support::Transaction& each : second->sent()) {
@@ -156,11 +156,11 @@ TEST_F(AnOutbox, KeepsWhatADeadCallbackDidNotTakeForTheNext) {
     status = android::DEAD_OBJECT;
     EventOutbox outbox(new TTS::BpCallback(remote));
     ASSERT_TRUE(outbox.post(EVENT_STARTED, 1, 0));
-    ASSERT_TRUE(outbox.flush(kPatience));
+    ASSERT_TRUE(outbox.flush(kTimeout));
     ASSERT_TRUE(outbox.post(EVENT_FINISHED, 1, 0));
     const android::sp<support::RecordingRemote> second = new support::RecordingRemote();
     outbox.redirect(new TTS::BpCallback(second));
-    ASSERT_TRUE(outbox.flush(kPatience));
+    ASSERT_TRUE(outbox.flush(kTimeout));
     const auto sent = second->sent();
     ASSERT_EQ(2U, sent.size());
     EXPECT_EQ(EVENT_STARTED, sent[0].request[0]);
@@ -175,7 +175,7 @@ TEST_F(AnOutbox, DoesNotHoldUpWhoClosesIt) {
         ASSERT_TRUE(waitForAttempts(1));
     }
     // The thread may be in its last attempt; it lets go of the client soon.
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kTimeout;
     while (remote->getStrongCount() > 1 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
     }

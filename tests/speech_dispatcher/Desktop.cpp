@@ -11,12 +11,12 @@
 #include "tests/support/TempFolder.h"
 
 namespace voxtrel_test {
-Desktop::Desktop(const Device::Words& options, unsigned patience, bool asInstalled) {
+Desktop::Desktop(const Device::Words& options, unsigned timeout, bool asInstalled) {
     device.startService(options);
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
         setenv(name, device.path("home").c_str(), 1);
     }
-    writeConfig(patience, asInstalled);
+    writeConfig(timeout, asInstalled);
     const std::string socket = socketPath();
     setenv("SPEECHD_ADDRESS", ("unix_socket:" + socket).c_str(), 1);
     mServer = std::make_unique<ChildProcess>(
@@ -27,7 +27,7 @@ Desktop::Desktop(const Device::Words& options, unsigned patience, bool asInstall
     awaitListener(socket, SOCK_STREAM, "the server");
 }
 
-void Desktop::writeConfig(unsigned patience, bool asInstalled) {
+void Desktop::writeConfig(unsigned timeout, bool asInstalled) {
     namespace fs = std::filesystem;
     fs::create_directories(device.path("home"));
     fs::create_directories(device.path("log"));
@@ -41,7 +41,7 @@ void Desktop::writeConfig(unsigned patience, bool asInstalled) {
                   "DefaultModule voxtrel\n");
     writeFile(
         device.path("conf/modules/voxtrel.conf"),
-        readFile(VOXTREL_DESKTOP_CONFIG) + "WaitForService " + std::to_string(patience) + "\n");
+        readFile(VOXTREL_DESKTOP_CONFIG) + "WaitForService " + std::to_string(timeout) + "\n");
 }
 
 std::unique_ptr<ChildProcess> Desktop::start(const ChildProcess::Words& arguments) {

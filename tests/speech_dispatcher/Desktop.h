@@ -14,11 +14,11 @@ namespace voxtrel_test {
 class Desktop {
 public:
     /// @param options of the service.
-    /// @param patience how many milliseconds the module waits for a service; on a busy machine one
+    /// @param timeout how many milliseconds the module waits for a service; on a busy machine one
     /// that is there may take a while to answer.
     /// @param asInstalled the configuration is the one that comes with the server, and the line
     /// that enables the module, which the server finds by itself.
-    explicit Desktop(const Device::Words& options = {}, unsigned patience = 60000,
+    explicit Desktop(const Device::Words& options = {}, unsigned timeout = 60000,
                      bool asInstalled = false);
 
     /// Runs spd-say to its end.
@@ -36,7 +36,7 @@ public:
     Device device;
 
 private:
-    void writeConfig(unsigned patience, bool asInstalled);
+    void writeConfig(unsigned timeout, bool asInstalled);
 
     std::unique_ptr<ChildProcess> mServer;
 };

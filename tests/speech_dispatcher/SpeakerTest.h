@@ -38,13 +38,13 @@ public:
 
 class ASpeaker : public ::testing::Test {
 protected:
-    static constexpr std::chrono::milliseconds kPatience{3000};
+    static constexpr std::chrono::milliseconds kTimeout{3000};
 
     explicit ASpeaker(MarkupPolicy policy = MarkupPolicy::Always)
         : speaker(service, policy, [this](const std::string& lines) { written += lines; }) {}
 
     void start(const std::string& text, Style style = {}) {
-        speaker.start({text, std::move(style), false}, kPatience, now);
+        speaker.start({text, std::move(style), false}, kTimeout, now);
     }
     void tell(Kind kind, unsigned long mark = 0) { tellOf(service.number, kind, mark); }
     void tellOf(unsigned long utterance, Kind kind, unsigned long mark = 0) {

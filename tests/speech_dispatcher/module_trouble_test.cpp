@@ -16,9 +16,9 @@ using namespace voxtrel_test;
 using Lines = ModuleProcess::Lines;
 
 constexpr const char* kSpoken = "200 OK SPEAKING";
-constexpr const char* kShortPatience = "WaitForService 500\n";
+constexpr const char* kShortTimeout = "WaitForService 500\n";
 
-constexpr const char* kLongPatience = ModuleProcess::kPatient;
+constexpr const char* kLongTimeout = ModuleProcess::kPatient;
 
 const Lines kWhole = {"701", "702"};
 const Lines kCut = {"701", "703"};
@@ -46,7 +46,7 @@ const char* const kLong =
     "fifteen sixteen seventeen eighteen nineteen twenty.</speak>";
 
 TEST_F(AModuleInTrouble, BeginsWithoutAServiceAndSpeaksWhenItComes) {
-    ModuleProcess module(kShortPatience);
+    ModuleProcess module(kShortTimeout);
     EXPECT_EQ(
         "299-Voxtrel: there is no speech service yet; it is found when it comes\n"
         "299 OK LOADED SUCCESSFULLY\n",
@@ -60,7 +60,7 @@ TEST_F(AModuleInTrouble, BeginsWithoutAServiceAndSpeaksWhenItComes) {
 
 TEST_F(AModuleInTrouble, EndsAMessageWhoseServiceDiesAndSpeaksTheNext) {
     device.startService({"--real-time"});
-    ModuleProcess module(kLongPatience);
+    ModuleProcess module(kLongTimeout);
     module.begin();
     module.send("SPEAK", std::string(kLong) + "\n");
     module.awaitEvent("701 BEGIN");
@@ -76,7 +76,7 @@ TEST_F(AModuleInTrouble, EndsAMessageWhoseServiceDiesAndSpeaksTheNext) {
 
 TEST_F(AModuleInTrouble, EndsAMessageWhoseServiceIsStoppedAndSpeaksWhenItGoesOn) {
     device.startService();
-    ModuleProcess module(kShortPatience);
+    ModuleProcess module(kShortTimeout);
     module.begin();
     EXPECT_EQ(kWhole, eventsOf(module, "<speak>a</speak>"));
     stop(device.servicePid());
@@ -88,7 +88,7 @@ TEST_F(AModuleInTrouble, EndsAMessageWhoseServiceIsStoppedAndSpeaksWhenItGoesOn)
 
 TEST_F(AModuleInTrouble, TellsAStopWhoseServiceIsStopped) {
     device.startService({"--real-time"});
-    ModuleProcess module(kLongPatience);
+    ModuleProcess module(kLongTimeout);
     module.begin();
     EXPECT_EQ(kSpoken, module.send("SPEAK", std::string(kLong) + "\n"));
     module.awaitEvent("701 BEGIN");
@@ -100,7 +100,7 @@ TEST_F(AModuleInTrouble, TellsAStopWhoseServiceIsStopped) {
 
 TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
     device.startService({"--real-time"});
-    ModuleProcess module(kLongPatience);
+    ModuleProcess module(kLongTimeout);
     module.begin();
     EXPECT_EQ("203 OK SETTINGS RECEIVED", module.send("SET", "rate=10\n"));
     EXPECT_EQ(kSpoken, module.send("SPEAK", std::string(kLong) + "\n"));
@@ -118,7 +118,7 @@ TEST_F(AModuleInTrouble, EndsWithAServiceThatIsStopped) {
 TEST_F(AModuleInTrouble, AnswersThoughTheServiceManagerIsStopped) {
     device.startService();
     stop(device.managerPid());
-    ModuleProcess module(kShortPatience);
+    ModuleProcess module(kShortTimeout);
     module.begin();
     EXPECT_EQ("304 CANT LIST VOICES\n", module.ask("LIST VOICES"));
     EXPECT_EQ(kCut, eventsOf(module, "<speak>a</speak>"));
@@ -131,7 +131,7 @@ TEST_F(AModuleInTrouble, AnswersThoughTheServiceManagerIsStopped) {
 
 TEST_F(AModuleInTrouble, EndsThoughTheServiceManagerIsStopped) {
     stop(device.managerPid());
-    ModuleProcess module(kShortPatience);
+    ModuleProcess module(kShortTimeout);
     module.begin();
     EXPECT_EQ("210 OK QUIT\n", module.ask("QUIT"));
     EXPECT_EQ(0, module.process().wait());
@@ -140,7 +140,7 @@ TEST_F(AModuleInTrouble, EndsThoughTheServiceManagerIsStopped) {
 
 TEST_F(AModuleInTrouble, LosesItsServiceManagerAndGoesOn) {
     device.startService();
-    ModuleProcess module(kShortPatience);
+    ModuleProcess module(kShortTimeout);
     module.begin();
     device.killServiceManager();
     EXPECT_EQ(kWhole, eventsOf(module, "<speak>a</speak>")) << "the service is still there";

@@ -18,7 +18,7 @@ constexpr const char* kLong =
     "sixteen seventeen eighteen nineteen twenty.";
 
 /// Milliseconds, where a service is not there.
-constexpr unsigned kShortPatience = 5000;
+constexpr unsigned kShortTimeout = 5000;
 
 /// Runs spd-say, which must succeed.
 void speak(Desktop& desktop, const ChildProcess::Words& arguments) {
@@ -61,7 +61,7 @@ TEST(TheDesktop, SpeaksThroughTheService) {
 }
 
 TEST(TheDesktop, IsEnabledByOneLineBehindTheConfigurationThatTheServerComesWith) {
-    Desktop desktop({}, kShortPatience, true);
+    Desktop desktop({}, kShortTimeout, true);
     EXPECT_EQ("OUTPUT MODULES\nvoxtrel\n", desktop.say({"-O"}).out);
     const std::string text = "Well, yes; no.";
     const double none = soundOf(desktop, {"-l", "en-US", "-m", "none"}, text).seconds();
@@ -207,7 +207,7 @@ TEST(TheDesktop, SpeaksTwoHundredMessages) {
 }
 
 TEST(TheDesktop, GoesOnWhenTheServiceIsKilled) {
-    Desktop desktop({"--real-time"}, kShortPatience);
+    Desktop desktop({"--real-time"}, kShortTimeout);
     const std::unique_ptr<ChildProcess> cut = desktop.start({"-w", kLong});
     ASSERT_TRUE(desktop.awaitSound(0.3));
     desktop.device.killService();
@@ -221,7 +221,7 @@ TEST(TheDesktop, GoesOnWhenTheServiceIsKilled) {
 }
 
 TEST(TheDesktop, IsNotSilencedByAServiceThatIsStopped) {
-    Desktop desktop({}, kShortPatience);
+    Desktop desktop({}, kShortTimeout);
     desktop.device.service().kill(SIGSTOP);
     speak(desktop, {"-w", "Nobody hears this."});
     desktop.device.service().kill(SIGCONT);

@@ -162,7 +162,7 @@ TEST(TheConfig, IsReadLineByLine) {
     EXPECT_TRUE(complaints.empty()) << complaints.front();
     EXPECT_EQ(MarkupPolicy::Never, config.markup);
     EXPECT_TRUE(config.punctuationForEveryone);
-    EXPECT_EQ(500, config.patience.count());
+    EXPECT_EQ(500, config.timeout.count());
     EXPECT_EQ("Anna B", config.voiceTypes.at("female1"));
     EXPECT_EQ("8", config.voiceTypes.at("male2"));
 }
@@ -176,7 +176,7 @@ TEST(TheConfig, NamesTheLinesThatItDoesNotUnderstand) {
     ASSERT_EQ(7U, complaints.size());
     EXPECT_EQ("line 1 is not understood: Markup maybe", complaints[0]);
     EXPECT_EQ(MarkupPolicy::Always, config.markup);
-    EXPECT_EQ(3000, config.patience.count());
+    EXPECT_EQ(3000, config.timeout.count());
 }
 
 TEST(TheConfig, IsDeliveredWithWhatHoldsAnyway) {
@@ -195,7 +195,7 @@ TEST(TheConfig, IsDeliveredWithWhatHoldsAnyway) {
     EXPECT_EQ(10U, count);
     EXPECT_EQ(Config().markup, config.markup);
     EXPECT_EQ(Config().punctuationForEveryone, config.punctuationForEveryone);
-    EXPECT_EQ(Config().patience, config.patience);
+    EXPECT_EQ(Config().timeout, config.timeout);
     EXPECT_EQ(Config().voiceTypes, config.voiceTypes);
 }
 

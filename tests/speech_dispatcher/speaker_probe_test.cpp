@@ -89,7 +89,7 @@ TEST_F(ASpeakerThatAsks, StopsAMessageThatWaitsForTheAnswer) {
 TEST_F(ASpeakerThatAsks, GivesUpAServiceThatDoesNotAnswerTheQuestion) {
     start(kMarked);
     service.answering = false;
-    wait(kPatience + std::chrono::milliseconds(500));
+    wait(kTimeout + std::chrono::milliseconds(500));
     EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
 }
 

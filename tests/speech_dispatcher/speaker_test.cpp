@@ -54,7 +54,7 @@ TEST_F(ASpeaker, EndsAnEmptyMessageAtOnce) {
 }
 
 TEST_F(ASpeaker, StopsAMessageThatCannotBeSpokenAtOnce) {
-    speaker.start({"", {}, false, "why"}, kPatience, now);
+    speaker.start({"", {}, false, "why"}, kTimeout, now);
     EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
     EXPECT_EQ("why", speaker.trouble());
     EXPECT_TRUE(service.said.empty());
@@ -271,7 +271,7 @@ TEST_F(ASpeaker, SaysNothingTwiceThatWasHeard) {
 TEST_F(ASpeaker, WaitsForAServiceAndGivesItUp) {
     service.connected = false;
     start("a");
-    wait(kPatience - std::chrono::milliseconds(1));
+    wait(kTimeout - std::chrono::milliseconds(1));
     EXPECT_EQ("", events());
     wait(std::chrono::milliseconds(1));
     EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
@@ -284,7 +284,7 @@ TEST_F(ASpeaker, WaitsForAServiceAndGivesItUp) {
 TEST_F(ASpeaker, GivesUpAServiceThatDoesNotAnswer) {
     start("a");
     service.answering = false;
-    wait(kPatience - std::chrono::milliseconds(1));
+    wait(kTimeout - std::chrono::milliseconds(1));
     EXPECT_EQ("", events());
     wait(std::chrono::milliseconds(501));
     EXPECT_EQ("701 BEGIN\n703 STOP\n", events());
@@ -316,13 +316,13 @@ TEST_F(ASpeaker, StopsAMessageThatWaits) {
 }
 
 TEST_F(ASpeaker, SpellsWithMarkup) {
-    speaker.start({"<speak>ab</speak>", {}, true}, kPatience, now);
+    speaker.start({"<speak>ab</speak>", {}, true}, kTimeout, now);
     EXPECT_EQ("<speak><say-as interpret-as=\"characters\">ab</say-as></speak>", service.said[0]);
 }
 
 TEST_F(ASpeaker, SpellsAlsoWhereTheMarkupIsLeftOut) {
     const std::string words(262144 - 20, 'a');  // with the elements of spelling it is too long
-    speaker.start({"<speak>" + words + "</speak>", {}, true}, kPatience, now);
+    speaker.start({"<speak>" + words + "</speak>", {}, true}, kTimeout, now);
     EXPECT_EQ("a a a", service.said[0].substr(0, 5));
 }
 
@@ -343,7 +343,7 @@ TEST_F(ASpeakerWithoutMarkup, LeavesItOut) {
 }
 
 TEST_F(ASpeakerWithoutMarkup, SpellsWithBlanks) {
-    speaker.start({"ab", {}, true}, kPatience, now);
+    speaker.start({"ab", {}, true}, kTimeout, now);
     EXPECT_EQ("a b", service.said[0]);
 }
 
