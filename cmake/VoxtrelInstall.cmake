@@ -20,7 +20,7 @@ if(VOXTREL_PLATFORM STREQUAL "host")
   foreach(part IN ITEMS utils binder ttscommon)
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/platform/host/${part}" COMPONENT development
       DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/voxtrel-platform" FILES_MATCHING PATTERN "*.h"
-      PATTERN "transport" EXCLUDE)
+      PATTERN "transport" EXCLUDE PATTERN "internal" EXCLUDE)
   endforeach()
   set(VOXTREL_PC_PLATFORM_CFLAGS "-I\${includedir}/voxtrel-platform")
   set(VOXTREL_PC_PLATFORM_LIBS "-lvoxtrel-platform -pthread")

@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "socket/Log.h"
+#include "support/Log.h"
 #include "tests/platform/ProbeTest.h"
 
 namespace {

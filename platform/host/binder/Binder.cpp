@@ -3,7 +3,7 @@
 
 #include "binder/IInterface.h"
 #include "binder/Parcel.h"
-#include "socket/LocalNodes.h"
+#include "binder/internal/LocalNode.h"
 
 namespace android {
 
@@ -20,8 +20,8 @@ BpBinder* IBinder::remoteBinder() {
 }
 
 BBinder::~BBinder() {
-    if (mRecord != nullptr) {
-        transport::forgetRecord(mRecord);
+    if (transport::LocalNode* const node = mLocalNode) {
+        node->objectDestroyed();
     }
 }
 

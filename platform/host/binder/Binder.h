@@ -9,8 +9,8 @@
 namespace android {
 
 namespace transport {
-class NodeAccess;
-struct NodeRecord;
+class LocalNode;
+class LocalNodeSlot;
 }  // namespace transport
 
 /// An object of this process that other processes may call once they hold a reference to it.
@@ -44,10 +44,10 @@ protected:
                                 uint32_t flags = 0);
 
 private:
-    friend class transport::NodeAccess;
+    friend class transport::LocalNodeSlot;
 
     /// Null until the object is first sent to another process.
-    std::atomic<transport::NodeRecord*> mRecord{nullptr};
+    std::atomic<transport::LocalNode*> mLocalNode{nullptr};
 };
 
 /// Holds the binder behind a proxy object.

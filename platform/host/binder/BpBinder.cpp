@@ -5,7 +5,7 @@
 
 #include "binder/Parcel.h"
 #include "binder/transport/Reference.h"
-#include "socket/Fd.h"
+#include "support/ForkGuard.h"
 
 namespace android {
 

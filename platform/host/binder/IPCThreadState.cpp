@@ -29,8 +29,9 @@ void IPCThreadState::restoreCallingIdentity(int64_t token) {
     mCallingUid = static_cast<uid_t>(bits >> 32);
 }
 
-// Letting go of a reference closes its sockets at once: nothing is ever held back.
-void IPCThreadState::flushCommands() {}
+void IPCThreadState::flushCommands() {
+    transport::transport().flush();
+}
 
 void IPCThreadState::joinThreadPool(bool /*isMain*/) {
     transport::transport().serveForever();

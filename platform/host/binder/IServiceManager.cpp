@@ -6,10 +6,10 @@
 
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
-#include "binder/ServiceManagerSocket.h"
-#include "socket/Fd.h"
-#include "socket/Log.h"
-#include "socket/Manners.h"
+#include "binder/transport/Transport.h"
+#include "support/ForkGuard.h"
+#include "support/Log.h"
+#include "support/Manners.h"
 #include "utils/Mutex.h"
 
 namespace android {
@@ -125,7 +125,7 @@ void waitForManager(DefaultManager& instance) {
         return;
     }
     transport::logLine("there is no service manager at %s: waiting for one",
-                       serviceManagerSocket().c_str());
+                       transport::transport().contextPlace().c_str());
     while (!isKnown(instance) && !hasManager()) {
         std::this_thread::sleep_for(kPause);
     }

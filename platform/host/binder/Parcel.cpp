@@ -12,8 +12,25 @@ namespace {
 // Whole words, so that what fits also fits with its padding.
 constexpr size_t kLargest =
     (static_cast<size_t>(std::numeric_limits<int32_t>::max()) - 64) & ~static_cast<size_t>(3);
-constexpr size_t kBinderSize = 24;
-constexpr uint32_t kBinderMark = B_PACK_CHARS('b', 'n', 'd', '1');
+
+// The driver's flat_binder_object, and what a device's runtime writes of it. The handle is a
+// transport's business; null is an object at the address 0.
+struct FlatBinder {
+    uint32_t type;
+    uint32_t flags;
+    uint64_t value;
+    uint64_t cookie;
+};
+constexpr uint32_t kObjectType = B_PACK_CHARS('s', 'b', '*', 0x85U);
+constexpr uint32_t kHandleType = B_PACK_CHARS('s', 'h', '*', 0x85U);
+constexpr uint32_t kFlags = 0x17F;  // any priority, takes descriptors
+constexpr FlatBinder kNull{kObjectType, kFlags, 0, 0};
+constexpr FlatBinder kToBeFilledIn{kHandleType, kFlags, 0, 0};
+
+bool isNull(const FlatBinder& binder) {
+    return (binder.type == kObjectType || binder.type == 0) && binder.value == 0 &&
+           binder.cookie == 0;
+}
 
 constexpr size_t padded(size_t length) {
     return (length + 3) & ~static_cast<size_t>(3);
@@ -241,9 +258,10 @@ status_t Parcel::writeStrongBinder(const sp<IBinder>& binder) {
     if (where == nullptr) {
         return mError;
     }
-    std::memset(where, 0, kBinderSize);
+    const FlatBinder& image = binder != nullptr ? kToBeFilledIn : kNull;
+    static_assert(sizeof(image) == kBinderSize, "the same on every machine");
+    std::memcpy(where, &image, sizeof(image));
     if (binder != nullptr) {
-        std::memcpy(where, &kBinderMark, sizeof(kBinderMark));
         const auto behind =
             std::upper_bound(mObjects.begin(), mObjects.end(), offset,
                              [](size_t place, const Object& one) { return place < one.offset; });
@@ -415,10 +433,10 @@ status_t Parcel::readNullableStrongBinder(sp<IBinder>* out) const {
     if (where == nullptr) {
         return NOT_ENOUGH_DATA;
     }
-    uint32_t mark = 0;
-    std::memcpy(&mark, where, sizeof(mark));
+    FlatBinder image;
+    std::memcpy(&image, where, sizeof(image));
     const Object* object = objectAt(offset);
-    if (object == nullptr && mark != 0) {
+    if (object == nullptr && !isNull(image)) {
         return BAD_TYPE;
     }
     *out = object != nullptr ? object->binder : nullptr;

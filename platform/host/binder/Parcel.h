@@ -54,7 +54,7 @@ public:
     status_t writeCString(const char* text);
     /// int32 number of units, the units, a NUL unit.
     status_t writeString16(const String16& text);
-    /// 24 bytes; all zero for null.
+    /// 24 bytes: the driver's flat_binder_object, whose values a transport fills in on the way.
     status_t writeStrongBinder(const sp<IBinder>& binder);
 
     status_t read(void* out, size_t length) const;
@@ -93,6 +93,7 @@ private:
         sp<IBinder> binder;
     };
 
+    static constexpr size_t kBinderSize = 24;
     static constexpr size_t kHeadroom = 32;
     static constexpr size_t kInlineCapacity = 1088;
 

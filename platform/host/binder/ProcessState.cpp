@@ -15,7 +15,7 @@ void ProcessState::startThreadPool() {
 }
 
 status_t ProcessState::setThreadPoolMaxThreadCount(size_t maxThreads) {
-    transport::transport().setMostThreads(maxThreads);
+    transport::transport().setMaxThreads(maxThreads);
     return OK;
 }
 
@@ -29,7 +29,7 @@ bool ProcessState::becomeContextManager() {
         Mutex::Autolock held(mLock);
         manager = mOffered;
     }
-    return manager != nullptr && transport::transport().becomeContext(manager, {});
+    return manager != nullptr && transport::transport().becomeContext(manager);
 }
 
 void ProcessState::offerContextObject(const sp<BBinder>& manager) {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "socket/Fd.h"
+#include "support/Fd.h"
 
 namespace servicemanager {
 

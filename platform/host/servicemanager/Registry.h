@@ -12,7 +12,7 @@
 
 #include "binder/IServiceManager.h"
 #include "binder/ServiceOwner.h"
-#include "socket/LogLevel.h"
+#include "support/LogLevel.h"
 #include "utils/Mutex.h"
 
 namespace android {

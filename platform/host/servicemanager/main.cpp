@@ -6,11 +6,11 @@
 #include <string>
 
 #include "binder/ProcessState.h"
-#include "binder/transport/Transport.h"
 #include "servicemanager/Activation.h"
 #include "servicemanager/Options.h"
 #include "servicemanager/Registry.h"
-#include "socket/Log.h"
+#include "socket/SocketTransport.h"
+#include "support/Log.h"
 
 namespace {
 
@@ -28,6 +28,11 @@ void log(LogLevel level, const std::string& line) {
     if (static_cast<int>(level) <= gMostVerbose) {
         gLog.writeLimited("voxtrel-servicemanager", line, level);
     }
+}
+
+/// Null where calls travel some other way, and the manager's place is no socket.
+android::transport::SocketTransport* sockets() {
+    return dynamic_cast<android::transport::SocketTransport*>(&android::transport::transport());
 }
 
 sigset_t blockSignals() {
@@ -53,15 +58,16 @@ bool listen(const android::sp<android::Registry>& registry,
             "--socket-group's: write SocketMode= and SocketGroup= into the socket unit");
         return false;
     }
-    if (socket.valid()) {
-        return android::transport::transport().becomeContextAt(std::move(socket), registry);
+    if (sockets() == nullptr) {
+        return android::transport::transport().becomeContext(registry);
     }
-    return android::transport::transport().becomeContext(registry, options.access);
+    return socket.valid() ? sockets()->becomeContextAt(std::move(socket), registry)
+                          : sockets()->becomeContext(registry, options.access);
 }
 
 /// How long nobody has needed the service manager.
 Clock::duration idleTime(const android::sp<android::Registry>& registry) {
-    const auto since = android::transport::transport().unusedSince();
+    const auto since = sockets() != nullptr ? sockets()->unusedSince() : std::nullopt;
     return since.has_value() && registry->listServices().empty() ? Clock::now() - *since
                                                                  : Clock::duration::zero();
 }
@@ -79,7 +85,7 @@ std::string serve(const sigset_t& signals, const android::sp<android::Registry>&
     const bool stays = idleLimit == Clock::duration::zero();
     for (;;) {
         const Clock::duration idle = idleTime(registry);
-        if (!stays && idle >= idleLimit && android::transport::transport().leaveIfUnused()) {
+        if (!stays && idle >= idleLimit && sockets()->leaveIfUnused()) {
             return "idle";
         }
         const timespec left = asTimespec(idle < idleLimit ? idleLimit - idle : idleLimit);

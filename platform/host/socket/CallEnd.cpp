@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/CallEnd.h"
 
-#include "socket/Manners.h"
 #include "socket/Shift.h"
+#include "support/Manners.h"
 
 namespace android::transport {
 

@@ -1,69 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/Dispatch.h"
 
-#include <cxxabi.h>
-
-#include <exception>
-
-#include "binder/IPCThreadState.h"
-#include "socket/Log.h"
-#include "socket/Manners.h"
+#include "binder/internal/ServeCall.h"
 #include "socket/Objects.h"
 #include "socket/Patience.h"
+#include "support/Manners.h"
 
-namespace android {
-
-/// The thread acts for the sender of a message while it serves it.
-class CallingIdentity {
-public:
-    CallingIdentity(pid_t pid, uid_t uid)
-        : mState(*IPCThreadState::self()), mPid(mState.mCallingPid), mUid(mState.mCallingUid) {
-        mState.mCallingPid = pid;
-        mState.mCallingUid = uid;
-    }
-    ~CallingIdentity() {
-        mState.mCallingPid = mPid;
-        mState.mCallingUid = mUid;
-    }
-    CallingIdentity(const CallingIdentity&) = delete;
-    CallingIdentity& operator=(const CallingIdentity&) = delete;
-
-private:
-    IPCThreadState& mState;
-    const pid_t mPid;
-    const uid_t mUid;
-};
-
-namespace transport {
+namespace android::transport {
 
 namespace {
-
-void logException(const Incoming& incoming, const char* what) {
-    logLimited("call %u from process %d ended with an exception: %s",
-               incoming.envelope.header().code, static_cast<int>(incoming.envelope.senderPid()),
-               what);
-}
-
-// An exception that an implementation lets out would end the whole process for one bad request.
-// A forced unwind is caught as an object that is not there, which only the sanitizer minds.
-__attribute__((no_sanitize("null"))) status_t run(BBinder& node, Incoming& incoming, pid_t caller,
-                                                  Parcel* reply) {
-    const Header& header = incoming.envelope.header();
-    const CallingIdentity identity(caller, incoming.envelope.senderUid());
-    status_t status = UNKNOWN_ERROR;
-    try {
-        status = node.transact(header.code, incoming.parcel, reply, header.flags);
-    } catch (const std::exception& error) {
-        logException(incoming, error.what());
-    } catch (const abi::__forced_unwind&) {
-        throw;  // the implementation ends its thread, which is not to be held up
-    } catch (...) {
-        logException(incoming, "no std::exception");
-    }
-    // The caller may rely on it that what it sent along has been let go when the reply is there.
-    incoming.parcel.freeData();
-    return status;
-}
 
 status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachments* attachments) {
     if (status == OK) {
@@ -74,6 +19,12 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
     }
     Patience patience;
     return status == OK ? detachBinders(reply, attachments, patience, {caller, false}) : status;
+}
+
+status_t run(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
+    const Header& header = incoming.envelope.header();
+    return serveCall(node, {caller, incoming.envelope.senderUid()}, header.code, incoming.parcel,
+                     reply, header.flags);
 }
 
 bool attach(Incoming& incoming) {
@@ -130,6 +81,4 @@ Served serveOneWay(BBinder& node, Incoming& incoming) {
     return Served::Well;
 }
 
-}  // namespace transport
-
-}  // namespace android
+}  // namespace android::transport

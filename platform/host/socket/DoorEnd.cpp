@@ -4,9 +4,9 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
-#include "socket/Log.h"
 #include "socket/OneWayBudget.h"
 #include "socket/ThreadPool.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

@@ -3,8 +3,8 @@
 #define VOXTREL_SOCKET_KNOWNPROXIES_H
 
 #include "binder/IBinder.h"
-#include "socket/Fd.h"
 #include "socket/Wire.h"
+#include "support/Fd.h"
 
 namespace android::transport {
 

@@ -15,8 +15,8 @@
 #include <thread>
 
 #include "socket/DoorEnd.h"
-#include "socket/Log.h"
 #include "socket/SocketPath.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

@@ -7,8 +7,8 @@
 #include <unordered_map>
 
 #include "socket/CallEnd.h"
-#include "socket/Fd.h"
 #include "socket/Incoming.h"
+#include "support/ForkGuard.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -39,16 +39,16 @@ NodeId makeNodeId() {
 }
 
 NodeRecord& recordOf(BBinder& node) {
-    std::atomic<NodeRecord*>& slot = NodeAccess::record(node);
-    if (NodeRecord* known = slot.load(std::memory_order_acquire)) {
-        return *known;
+    std::atomic<LocalNode*>& slot = LocalNodeSlot::of(node);
+    if (LocalNode* known = slot.load(std::memory_order_acquire)) {
+        return static_cast<NodeRecord&>(*known);
     }
     LocalNodes& table = nodes();
     Mutex::Autolock held(table.lock);
-    if (NodeRecord* known = slot.load(std::memory_order_relaxed)) {
-        return *known;
+    if (LocalNode* known = slot.load(std::memory_order_relaxed)) {
+        return static_cast<NodeRecord&>(*known);
     }
-    auto* record = new NodeRecord{makeNodeId(), wp<BBinder>(&node), {}};
+    auto* record = new NodeRecord(makeNodeId(), &node);
     table.byId[record->id] = record;
     slot.store(record, std::memory_order_release);
     return *record;
@@ -61,16 +61,16 @@ sp<BBinder> findLocalNode(const NodeId& id) {
     return found != table.byId.end() ? found->second->node.promote() : nullptr;
 }
 
-void forgetRecord(NodeRecord* record) {
+void NodeRecord::objectDestroyed() {
     if (isForkedChild()) {
         return;  // the table may be locked for ever; the record ends with the process
     }
     {
         LocalNodes& table = nodes();
         Mutex::Autolock held(table.lock);
-        table.byId.erase(record->id);
+        table.byId.erase(id);
     }
-    delete record;
+    delete this;
 }
 
 }  // namespace android::transport

@@ -2,22 +2,19 @@
 #ifndef VOXTREL_SOCKET_LOCALNODES_H
 #define VOXTREL_SOCKET_LOCALNODES_H
 
-#include "binder/Binder.h"
+#include "binder/internal/LocalNode.h"
 #include "socket/Turns.h"
 #include "socket/Wire.h"
 
 namespace android::transport {
 
-/// Where an object of this process keeps its record.
-class NodeAccess {
-public:
-    static std::atomic<NodeRecord*>& record(BBinder& node) { return node.mRecord; }
-};
-
 /// What the transport keeps about an object of this process that has been sent to another one.
-struct NodeRecord {
-    NodeId id;
-    wp<BBinder> node;
+struct NodeRecord final : LocalNode {
+    NodeRecord(const NodeId& nodeId, BBinder* object) : id(nodeId), node(object) {}
+    void objectDestroyed() override;
+
+    const NodeId id;
+    const wp<BBinder> node;
     Turns oneWayTurns;
 };
 
@@ -26,8 +23,6 @@ NodeId makeNodeId();
 
 /// The record of `node`; made at its first export and gone with the node itself.
 NodeRecord& recordOf(BBinder& node);
-
-void forgetRecord(NodeRecord* record);
 
 /// The object of this process that has this id, or null.
 sp<BBinder> findLocalNode(const NodeId& id);

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "socket/Fd.h"
+#include "support/Fd.h"
 
 namespace android::transport {
 

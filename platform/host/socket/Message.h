@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "binder/Parcel.h"
-#include "socket/Fd.h"
 #include "socket/Wire.h"
+#include "support/Fd.h"
 
 namespace android::transport {
 
@@ -24,6 +24,11 @@ SocketPair makeSocketPair();
 bool isPeerSocket(const Fd& fd);
 /// Who made the other end, by the kernel's word; 0 when it cannot be seen from here.
 pid_t peerPid(const Fd& fd);
+/// The same socket under one of the highest numbers that this process may have; as it was when none
+/// is free. The kernel closes the descriptors of a dying process from the highest number down: who
+/// is at the other end of this one hears of the death before everybody else.
+Fd closedFirst(Fd fd);
+
 /// Has the other side closed the socket for good?
 bool hasHungUp(const Fd& fd);
 

@@ -3,13 +3,13 @@
 
 #include "binder/Binder.h"
 #include "binder/BpBinder.h"
+#include "binder/internal/ParcelFrame.h"
 #include "socket/DoorEnd.h"
 #include "socket/KnownProxies.h"
 #include "socket/LocalNodes.h"
-#include "socket/Log.h"
-#include "socket/ParcelFrame.h"
 #include "socket/SocketReference.h"
 #include "socket/ThreadPool.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

@@ -8,8 +8,8 @@
 
 #include <algorithm>
 
-#include "socket/Manners.h"
 #include "socket/Message.h"
+#include "support/Manners.h"
 
 namespace android::transport {
 

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "socket/Fd.h"
 #include "socket/Wire.h"
+#include "support/Fd.h"
 
 namespace android::transport {
 

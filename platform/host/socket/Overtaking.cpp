@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "socket/Manners.h"
+#include "support/Manners.h"
 
 namespace android::transport {
 

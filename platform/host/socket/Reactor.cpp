@@ -5,6 +5,8 @@
 
 #include <cerrno>
 
+#include "support/ForkGuard.h"
+
 namespace android::transport {
 
 namespace {

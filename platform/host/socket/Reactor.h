@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "socket/Fd.h"
+#include "support/Fd.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {

@@ -7,13 +7,15 @@
 #include <cerrno>
 #include <cstring>
 
+#include "binder/internal/ParcelFrame.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
-#include "socket/ParcelFrame.h"
 
 namespace android::transport {
 
 namespace {
+
+static_assert(ParcelFrame::kHeadroom == sizeof(Header), "the header stands in front of the data");
 
 constexpr int kScmPidfd = 4;  // SCM_PIDFD, which older headers do not name
 

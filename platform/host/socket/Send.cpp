@@ -5,9 +5,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "binder/internal/ParcelFrame.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
-#include "socket/ParcelFrame.h"
 
 namespace android::transport {
 

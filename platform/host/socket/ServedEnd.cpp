@@ -3,7 +3,7 @@
 
 #include <sys/socket.h>
 
-#include "socket/Log.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

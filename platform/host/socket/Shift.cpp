@@ -5,10 +5,10 @@
 
 #include "socket/Dispatch.h"
 #include "socket/LocalNodes.h"
-#include "socket/Log.h"
 #include "socket/OneWayBudget.h"
 #include "socket/ThreadPool.h"
 #include "socket/Watchman.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

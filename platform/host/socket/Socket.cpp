@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "socket/Message.h"
@@ -40,6 +43,16 @@ pid_t peerPid(const Fd& fd) {
     ucred peer = {};
     socklen_t size = sizeof(peer);
     return getsockopt(fd.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
+Fd closedFirst(Fd fd) {
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        return fd;
+    }
+    const auto count = static_cast<int>(std::min<rlim_t>(limit.rlim_cur, Fd::kTracked));
+    Fd high(fcntl(fd.get(), F_DUPFD_CLOEXEC, count - count / 16));
+    return high.valid() ? std::move(high) : std::move(fd);
 }
 
 bool hasHungUp(const Fd& fd) {

@@ -6,10 +6,11 @@
 
 #include "binder/BpBinder.h"
 #include "socket/KnownProxies.h"
-#include "socket/Log.h"
-#include "socket/Manners.h"
 #include "socket/Objects.h"
 #include "socket/ThreadPool.h"
+#include "support/ForkGuard.h"
+#include "support/Log.h"
+#include "support/Manners.h"
 
 namespace android::transport {
 

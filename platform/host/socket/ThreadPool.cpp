@@ -7,8 +7,8 @@
 #include <system_error>
 #include <thread>
 
-#include "socket/Log.h"
 #include "socket/Reactor.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

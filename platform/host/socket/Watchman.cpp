@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-#include "socket/Log.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

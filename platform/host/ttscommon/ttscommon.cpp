@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "socket/Log.h"
+#include "support/Log.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/ParcelFrame.h"
+#include "binder/internal/ParcelFrame.h"
 
 #include <algorithm>
 

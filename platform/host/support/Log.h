@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_LOG_H
-#define VOXTREL_SOCKET_LOG_H
+#ifndef VOXTREL_SUPPORT_LOG_H
+#define VOXTREL_SUPPORT_LOG_H
 
 #include <atomic>
 #include <chrono>
 #include <string>
 
-#include "socket/LogLevel.h"
+#include "support/LogLevel.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {

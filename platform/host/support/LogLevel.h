@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_LOGLEVEL_H
-#define VOXTREL_SOCKET_LOGLEVEL_H
+#ifndef VOXTREL_SUPPORT_LOGLEVEL_H
+#define VOXTREL_SUPPORT_LOGLEVEL_H
 
 namespace android::transport {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_MANNERS_H
-#define VOXTREL_SOCKET_MANNERS_H
+#ifndef VOXTREL_SUPPORT_MANNERS_H
+#define VOXTREL_SUPPORT_MANNERS_H
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/LogLevel.h"
+#include "support/LogLevel.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Manners.h"
+#include "support/Manners.h"
 
 #include <sys/random.h>
 
@@ -8,7 +8,7 @@
 #include <limits>
 #include <string>
 
-#include "socket/Log.h"
+#include "support/Log.h"
 
 namespace android::transport {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Log.h"
+#include "support/Log.h"
 
 #include <poll.h>
 #include <sys/stat.h>
