@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "binder/Parcel.h"
+#include "socket/BinderTransfer.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
-#include "socket/Objects.h"
 #include "socket/Reactor.h"
 #include "socket/Wire.h"
 
@@ -134,7 +134,7 @@ void run(const uint8_t* data, size_t size, uint8_t choice) {
     if (received == Received::OutOfDescriptors && (plenty || envelope.fdCount() != 0)) {
         std::abort();
     }
-    if (received == Received::Message && attachBinders(envelope, parcel)) {
+    if (received == Received::Message && importBinders(envelope, parcel)) {
         readEverything(parcel);
     }
 }

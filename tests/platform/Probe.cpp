@@ -138,7 +138,7 @@ private:
             case kLink:
                 return link(data.readStrongBinder());
             case kDeaths:
-                return reply->writeInt32(mMourner->deaths());
+                return reply->writeInt32(mRecipient->deaths());
             case kMake:
                 return reply->writeStrongBinder(new Made());
             case kLiving:
@@ -175,7 +175,7 @@ private:
     status_t link(const sp<IBinder>& binder) {
         const std::lock_guard<std::mutex> held(mLock);
         mLinked = binder;
-        return binder->linkToDeath(mMourner);
+        return binder->linkToDeath(mRecipient);
     }
 
     sp<IBinder> kept() {
@@ -232,7 +232,7 @@ private:
     std::unique_ptr<Starvation> mStarvation;
     sp<IBinder> mKept;
     sp<IBinder> mLinked;
-    const sp<Mourner> mMourner = new Mourner();
+    const sp<CountingDeathRecipient> mRecipient = new CountingDeathRecipient();
     std::map<int32_t, int32_t> mNext;
     int32_t mCount = 0;
     int32_t mOutOfOrder = 0;
@@ -275,14 +275,14 @@ const voxtrel_test::Role kBusy("busy", [](const voxtrel_test::Arguments&) {
 
 }  // namespace
 
-void Mourner::binderDied(const android::wp<IBinder>& who) {
+void CountingDeathRecipient::binderDied(const android::wp<IBinder>& who) {
     const std::lock_guard<std::mutex> held(mLock);
     mLast = who;
     mToldHere = mToldHere || std::this_thread::get_id() == mHere;
     ++mDeaths;
 }
 
-android::wp<IBinder> Mourner::last() const {
+android::wp<IBinder> CountingDeathRecipient::last() const {
     const std::lock_guard<std::mutex> held(mLock);
     return mLast;
 }

@@ -66,7 +66,7 @@ android::sp<android::IBinder> find(const std::string& name = kName);
 void startPool();
 
 /// Counts the deaths that it is told of.
-class Mourner : public android::IBinder::DeathRecipient {
+class CountingDeathRecipient : public android::IBinder::DeathRecipient {
 public:
     void binderDied(const android::wp<android::IBinder>& who) override;
     int deaths() const { return mDeaths; }

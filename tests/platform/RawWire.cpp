@@ -13,7 +13,7 @@ namespace raw {
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
+constexpr int kSendTimeoutMs = 60000;
 
 void append(Bytes& bytes, const void* what, size_t size) {
     const size_t before = bytes.size();
@@ -84,7 +84,7 @@ bool send(int socket, const Bytes& bytes, const std::vector<int>& fds) {
     return sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT) >= 0;
 }
 
-Fd openCalls(int door) {
+Fd openCalls(int control) {
     int ends[2] = {-1, -1};
     const int on = 1;
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
@@ -95,14 +95,14 @@ Fd openCalls(int door) {
     Words words;
     words.kind = kAdopt;
     words.code = kCalls;
-    (void)send(door, packet(words), {served.get()});
+    (void)send(control, packet(words), {served.get()});
     return Fd(ends[1]);
 }
 
 Bytes receive(int socket) {
     pollfd request = {socket, POLLIN, 0};
     Bytes bytes(65536);
-    if (poll(&request, 1, kPatienceMs) <= 0) {
+    if (poll(&request, 1, kSendTimeoutMs) <= 0) {
         return {};
     }
     const ssize_t got = recv(socket, bytes.data(), bytes.size(), 0);
@@ -121,7 +121,7 @@ Fd receiveFd(int socket) {
     message.msg_controllen = sizeof(control);
     pollfd request = {socket, POLLIN, 0};
     int fd = -1;
-    if (poll(&request, 1, kPatienceMs) > 0 && recvmsg(socket, &message, MSG_CMSG_CLOEXEC) > 0) {
+    if (poll(&request, 1, kSendTimeoutMs) > 0 && recvmsg(socket, &message, MSG_CMSG_CLOEXEC) > 0) {
         for (cmsghdr* one = CMSG_FIRSTHDR(&message); one != nullptr;
              one = CMSG_NXTHDR(&message, one)) {
             if (one->cmsg_type == SCM_RIGHTS) {
@@ -150,7 +150,7 @@ Bytes nameOf(const std::string& name) {
     return bytes;
 }
 
-Fd doorOf(int manager, const std::string& name) {
+Fd controlOf(int manager, const std::string& name) {
     const Fd asking = openCalls(manager);
     const Bytes payload = nameOf(name);
     Words words;
@@ -170,7 +170,7 @@ int32_t statusOf(const Bytes& reply) {
 
 bool hangsUp(int socket) {
     pollfd request = {socket, POLLRDHUP, 0};
-    return poll(&request, 1, kPatienceMs) == 1;
+    return poll(&request, 1, kSendTimeoutMs) == 1;
 }
 
 }  // namespace raw

@@ -14,7 +14,7 @@ namespace raw {
 using Bytes = std::vector<uint8_t>;
 
 enum Kind : uint32_t { kRequest = 1, kReply = 2, kOneWay = 3, kAdopt = 4 };
-enum Role : uint32_t { kDoor = 1, kCalls = 2, kBudget = 3 };
+enum Role : uint32_t { kControl = 1, kCalls = 2, kBudget = 3 };
 
 /// A packet's eight words, "VXX1" first.
 struct Words {
@@ -49,10 +49,11 @@ private:
 Fd connectTo(const std::string& path);
 /// False when the other side has gone, or takes no more.
 bool send(int socket, const Bytes& bytes, const std::vector<int>& fds = {});
-/// Asks the service manager, through its door, for a service's door; -1 when there is none.
-Fd doorOf(int manager, const std::string& name);
-/// Opens a socket for calls through a door.
-Fd openCalls(int door);
+/// Asks the service manager, through its control socket, for a service's control socket; -1 when
+/// there is none.
+Fd controlOf(int manager, const std::string& name);
+/// Opens a socket for calls through a control socket.
+Fd openCalls(int control);
 /// Waits for one packet; empty when the other side has hung up.
 Bytes receive(int socket);
 /// Waits for one packet, and gives the first descriptor that came with it; -1 without one.

@@ -28,7 +28,7 @@ using android::status_t;
 using android::String16;
 using android::wp;
 using android::transport::LogLevel;
-using probe::Mourner;
+using probe::CountingDeathRecipient;
 
 struct Script {
     status_t answer = OK;
@@ -60,13 +60,13 @@ private:
     Script& mScript;
 };
 
-sp<BpBinder> proxyOf(Script& script) {
+sp<BpBinder> importNode(Script& script) {
     return new BpBinder(std::make_unique<ScriptedReference>(script));
 }
 
 TEST(AProxyOfANode, CallsADeadNodeNoMore) {
     Script script;
-    const sp<BpBinder> proxy = proxyOf(script);
+    const sp<BpBinder> proxy = importNode(script);
     script.answer = DEAD_OBJECT;
     script.dead = true;
     EXPECT_EQ(DEAD_OBJECT, proxy->pingBinder());
@@ -77,7 +77,7 @@ TEST(AProxyOfANode, CallsADeadNodeNoMore) {
 
 TEST(AProxyOfANode, OutlivesAnyOtherFailure) {
     Script script;
-    const sp<BpBinder> proxy = proxyOf(script);
+    const sp<BpBinder> proxy = importNode(script);
     script.answer = android::FAILED_TRANSACTION;
     EXPECT_EQ(android::FAILED_TRANSACTION, proxy->pingBinder());
     EXPECT_TRUE(proxy->isBinderAlive());
@@ -85,7 +85,7 @@ TEST(AProxyOfANode, OutlivesAnyOtherFailure) {
 
 TEST(AProxyOfANode, AsksForItsDescriptorOnce) {
     Script script;
-    const sp<BpBinder> proxy = proxyOf(script);
+    const sp<BpBinder> proxy = importNode(script);
     EXPECT_EQ(String16("scripted"), proxy->getInterfaceDescriptor());
     EXPECT_EQ(String16("scripted"), proxy->getInterfaceDescriptor());
     EXPECT_EQ(1, script.calls);
@@ -93,46 +93,46 @@ TEST(AProxyOfANode, AsksForItsDescriptorOnce) {
 
 TEST(ALink, IsNamedByRecipientOrCookieAndByItsFlags) {
     Script script;
-    const sp<BpBinder> proxy = proxyOf(script);
-    const sp<Mourner> mourner = new Mourner();
-    const sp<Mourner> stranger = new Mourner();
+    const sp<BpBinder> proxy = importNode(script);
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
+    const sp<CountingDeathRecipient> stranger = new CountingDeathRecipient();
     int cookie = 0;
-    EXPECT_EQ(OK, proxy->linkToDeath(mourner, &cookie, 3));
-    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(mourner, &cookie, 0));
+    EXPECT_EQ(OK, proxy->linkToDeath(recipient, &cookie, 3));
+    EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(recipient, &cookie, 0));
     EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(stranger, &cookie, 3));
     EXPECT_EQ(android::NAME_NOT_FOUND, proxy->unlinkToDeath(nullptr, nullptr, 3));
     wp<IBinder::DeathRecipient> out;
     EXPECT_EQ(OK, proxy->unlinkToDeath(nullptr, &cookie, 3, &out));
-    EXPECT_TRUE(out.promote() == mourner);
+    EXPECT_TRUE(out.promote() == recipient);
     EXPECT_FALSE(script.watched);
 }
 
 TEST(ALink, IsToldOnceAndRefusedAfterwards) {
     Script script;
-    const sp<BpBinder> proxy = proxyOf(script);
-    const sp<Mourner> mourner = new Mourner();
-    EXPECT_EQ(OK, proxy->linkToDeath(mourner));
+    const sp<BpBinder> proxy = importNode(script);
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
+    EXPECT_EQ(OK, proxy->linkToDeath(recipient));
     proxy->reportDeath();
     proxy->reportDeath();
-    EXPECT_EQ(1, mourner->deaths());
-    EXPECT_EQ(DEAD_OBJECT, proxy->linkToDeath(mourner));
-    EXPECT_EQ(DEAD_OBJECT, proxy->unlinkToDeath(mourner));
+    EXPECT_EQ(1, recipient->deaths());
+    EXPECT_EQ(DEAD_OBJECT, proxy->linkToDeath(recipient));
+    EXPECT_EQ(DEAD_OBJECT, proxy->unlinkToDeath(recipient));
 }
 
 TEST(ALink, DoesNotKeepItsRecipient) {
     Script script;
-    const sp<BpBinder> proxy = proxyOf(script);
-    sp<Mourner> mourner = new Mourner();
-    const wp<Mourner> watch = mourner;
-    EXPECT_EQ(OK, proxy->linkToDeath(mourner));
-    mourner.clear();
+    const sp<BpBinder> proxy = importNode(script);
+    sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
+    const wp<CountingDeathRecipient> watch = recipient;
+    EXPECT_EQ(OK, proxy->linkToDeath(recipient));
+    recipient.clear();
     EXPECT_TRUE(watch.promote() == nullptr);
     proxy->reportDeath();
 }
 
 TEST(ALink, NeedsARecipient) {
     Script script;
-    EXPECT_EQ(android::BAD_VALUE, proxyOf(script)->linkToDeath(nullptr));
+    EXPECT_EQ(android::BAD_VALUE, importNode(script)->linkToDeath(nullptr));
 }
 
 // The names of services, for callers that the test makes up.
@@ -248,7 +248,7 @@ TEST_F(TheRegistry, GivesAnotherUserHalfOfTheNames) {
     const int64_t own = geteuid();
     const int64_t other = own + 1;
     actAs(own, 6);
-    EXPECT_EQ(OK, add("own", proxyOf(script)));
+    EXPECT_EQ(OK, add("own", importNode(script)));
     actAs(other, 7);
     EXPECT_EQ(kHalf, addMany("other", kHalf + 1));
     actAs(other, 8);
@@ -265,7 +265,7 @@ TEST_F(TheRegistry, GivesAnotherUserHalfOfTheNames) {
 
 TEST_F(TheRegistry, GivesALivingServicesNameOnlyToTheSameUser) {
     Script script;
-    const sp<IBinder> first = proxyOf(script);
+    const sp<IBinder> first = importNode(script);
     actAs(1000, 7);
     EXPECT_EQ(OK, add("a", first));
     actAs(1001, 8);
@@ -281,7 +281,7 @@ TEST_F(TheRegistry, GivesALivingServicesNameOnlyToTheSameUser) {
 TEST_F(TheRegistry, GivesADeadServicesNameToAnybody) {
     Script script;
     actAs(1000, 7);
-    EXPECT_EQ(OK, add("a", proxyOf(script)));
+    EXPECT_EQ(OK, add("a", importNode(script)));
     script.dead = true;
     actAs(1001, 8);
     EXPECT_EQ(OK, add("a", mService));
@@ -289,7 +289,7 @@ TEST_F(TheRegistry, GivesADeadServicesNameToAnybody) {
 
 TEST_F(TheRegistry, ForgetsAServiceThatDies) {
     Script script;
-    const sp<BpBinder> service = proxyOf(script);
+    const sp<BpBinder> service = importNode(script);
     actAs(1000, 7);
     EXPECT_EQ(OK, add("a", service));
     service->reportDeath();
@@ -299,7 +299,7 @@ TEST_F(TheRegistry, ForgetsAServiceThatDies) {
 
 TEST_F(TheRegistry, DoesNotGiveOutAServiceWhoseDeathItHasNotBeenToldOfYet) {
     Script script;
-    const sp<BpBinder> service = proxyOf(script);
+    const sp<BpBinder> service = importNode(script);
     actAs(1000, 7);
     EXPECT_EQ(OK, add("a", service));
     EXPECT_TRUE(mRegistry->getService(String16("a")) == service);
@@ -316,7 +316,7 @@ TEST_F(TheRegistry, DoesNotGiveOutAServiceWhoseDeathItHasNotBeenToldOfYet) {
 TEST_F(TheRegistry, RefusesAServiceThatIsDeadAlready) {
     Script script;
     script.dead = true;
-    EXPECT_EQ(DEAD_OBJECT, add("a", proxyOf(script)));
+    EXPECT_EQ(DEAD_OBJECT, add("a", importNode(script)));
     EXPECT_EQ(0U, mRegistry->listServices().size());
 }
 

@@ -34,14 +34,14 @@ protected:
     void SetUp() override {
         probe::ProbeTest::SetUp();
         const raw::Fd manager = raw::connectTo(mRuntime.socket());
-        mDoor.emplace(raw::doorOf(manager.get(), probe::kName));
-        ASSERT_GE(mDoor->get(), 0);
+        mControl.emplace(raw::controlOf(manager.get(), probe::kName));
+        ASSERT_GE(mControl->get(), 0);
     }
 
-    raw::Fd openCalls() const { return raw::openCalls(mDoor->get()); }
+    raw::Fd openCalls() const { return raw::openCalls(mControl->get()); }
 
 private:
-    std::optional<raw::Fd> mDoor;
+    std::optional<raw::Fd> mControl;
 };
 
 TEST_F(APeerThatIsCutOff, SeesItThoughItsEarlierCallsStillWait) {
@@ -83,12 +83,12 @@ TEST_F(APeerThatIsCutOff, HoldsUpNobodyWithRepliesThatItDoesNotTake) {
     voxtrel_test::ChildProcess small = voxtrel_test::ChildProcess::asRole("server", {"small", "1"});
     ASSERT_EQ("ready", small.readLine());
     const raw::Fd manager = raw::connectTo(mRuntime.socket());
-    const raw::Fd door = raw::doorOf(manager.get(), "small");
+    const raw::Fd control = raw::controlOf(manager.get(), "small");
     constexpr int kSockets = 1200;
     const auto begin = std::chrono::steady_clock::now();
     std::vector<raw::Fd> sockets;
     for (int i = 0; i < kSockets; ++i) {
-        sockets.push_back(raw::openCalls(door.get()));
+        sockets.push_back(raw::openCalls(control.get()));
         // Each reply takes 60,000 bytes; a socket has room for a few.
         Bytes size(4);
         size[0] = 0x60;

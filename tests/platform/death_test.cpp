@@ -21,15 +21,15 @@ using android::IBinder;
 using android::OK;
 using android::sp;
 using probe::Call;
-using probe::Mourner;
+using probe::CountingDeathRecipient;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
 using TheDeathOfAService = probe::ProbeTest;
 
 TEST_F(TheDeathOfAService, IsToldToEachLinkOnce) {
-    const sp<Mourner> one = new Mourner();
-    const sp<Mourner> two = new Mourner();
+    const sp<CountingDeathRecipient> one = new CountingDeathRecipient();
+    const sp<CountingDeathRecipient> two = new CountingDeathRecipient();
     EXPECT_EQ(OK, mNode->linkToDeath(one));
     EXPECT_EQ(OK, mNode->linkToDeath(two));
     EXPECT_EQ(OK, mNode->linkToDeath(two));
@@ -43,8 +43,8 @@ TEST_F(TheDeathOfAService, IsToldToEachLinkOnce) {
 }
 
 TEST_F(TheDeathOfAService, IsNotToldToALinkThatWasTakenBack) {
-    const sp<Mourner> stays = new Mourner();
-    const sp<Mourner> leaves = new Mourner();
+    const sp<CountingDeathRecipient> stays = new CountingDeathRecipient();
+    const sp<CountingDeathRecipient> leaves = new CountingDeathRecipient();
     mNode->linkToDeath(stays);
     mNode->linkToDeath(leaves);
     EXPECT_EQ(OK, mNode->unlinkToDeath(leaves));
@@ -69,7 +69,7 @@ TEST_F(TheDeathOfAService, GivesDeadObjectToAFirstOneWayCall) {
 
 TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterIt) {
     mServer.killNow();
-    const sp<Mourner> late = new Mourner();
+    const sp<CountingDeathRecipient> late = new CountingDeathRecipient();
     EXPECT_EQ(OK, mNode->linkToDeath(late));
     EXPECT_TRUE(eventually([&] { return late->deaths() == 1; }));
     EXPECT_TRUE(late->toldElsewhere()) << "on a thread of the pool, not in linkToDeath";
@@ -81,17 +81,17 @@ TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterIt) {
 TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterACallHasFailed) {
     mServer.killNow();
     EXPECT_EQ(DEAD_OBJECT, mNode->pingBinder());
-    const sp<Mourner> late = new Mourner();
+    const sp<CountingDeathRecipient> late = new CountingDeathRecipient();
     EXPECT_EQ(OK, mNode->linkToDeath(late));
     EXPECT_TRUE(eventually([&] { return late->deaths() == 1; }));
 }
 
 TEST_F(TheDeathOfAService, IsToldToALinkMadeAfterItOrTheLinkIsTakenBackInTime) {
     mServer.killNow();
-    const sp<Mourner> leaves = new Mourner();
+    const sp<CountingDeathRecipient> leaves = new CountingDeathRecipient();
     EXPECT_EQ(OK, mNode->linkToDeath(leaves));
     const bool late = mNode->unlinkToDeath(leaves) == DEAD_OBJECT;
-    const sp<Mourner> stays = new Mourner();
+    const sp<CountingDeathRecipient> stays = new CountingDeathRecipient();
     const bool told = mNode->linkToDeath(stays) == DEAD_OBJECT;
     EXPECT_TRUE(eventually([&] { return told || stays->deaths() == 1; }));
     EXPECT_TRUE(eventually([&] { return leaves->deaths() == (late ? 1 : 0); }));
@@ -120,10 +120,10 @@ TEST_F(TheDeathOfAService, IsSeenThoughAForkedChildOfItLivesOn) {
     const std::string child = forker.readLine();
     ASSERT_FALSE(child.empty());
     const sp<IBinder> node = probe::find("forker");
-    const sp<Mourner> mourner = new Mourner();
-    EXPECT_EQ(OK, node->linkToDeath(mourner));
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
+    EXPECT_EQ(OK, node->linkToDeath(recipient));
     forker.killNow();
-    EXPECT_TRUE(eventually([&] { return mourner->deaths() == 1; }));
+    EXPECT_TRUE(eventually([&] { return recipient->deaths() == 1; }));
     EXPECT_EQ(0, kill(std::stoi(child), SIGKILL)) << "the child was to live on";
 }
 
@@ -180,8 +180,8 @@ protected:
         mService = ChildProcess::asRole("server");
         ASSERT_EQ("ready", mService.readLine());
         mNode = probe::find();
-        mMourner = new Mourner();
-        ASSERT_EQ(OK, mNode->linkToDeath(mMourner));
+        mRecipient = new CountingDeathRecipient();
+        ASSERT_EQ(OK, mNode->linkToDeath(mRecipient));
         mDeathsThere = 0;
     }
 
@@ -205,7 +205,7 @@ protected:
 
     void killService() {
         mService.killNow();
-        EXPECT_TRUE(eventually([this] { return mMourner->deaths() == 1; }));
+        EXPECT_TRUE(eventually([this] { return mRecipient->deaths() == 1; }));
         EXPECT_EQ(DEAD_OBJECT, mNode->pingBinder());
         mClient.killNow();
         startService();
@@ -218,7 +218,7 @@ protected:
         ++mDeathsThere;
         EXPECT_TRUE(
             eventually([this] { return probe::ask(mNode, probe::kDeaths) == mDeathsThere; }));
-        EXPECT_EQ(0, mMourner->deaths());
+        EXPECT_EQ(0, mRecipient->deaths());
     }
 
     void killClient() {
@@ -316,7 +316,7 @@ protected:
     ChildProcess mService = ChildProcess({"true"});
     ChildProcess mClient = ChildProcess({"true"});
     sp<IBinder> mNode;
-    sp<Mourner> mMourner;
+    sp<CountingDeathRecipient> mRecipient;
     int mDeathsThere = 0;
 };
 

@@ -21,7 +21,7 @@ using android::IBinder;
 using android::OK;
 using android::sp;
 using probe::Call;
-using probe::Mourner;
+using probe::CountingDeathRecipient;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
@@ -31,7 +31,7 @@ struct Holdings {
     std::vector<sp<IBinder>> made;    // also, each held by nobody else
     sp<IBinder> exported;             // of this process, held by the other
     std::vector<sp<IBinder>> unused;  // of this process, held by nobody
-    sp<Mourner> mourner;
+    sp<CountingDeathRecipient> recipient;
 };
 
 Holdings& holdings() {
@@ -49,8 +49,8 @@ void gather() {
         (void)all.made.back()->pingBinder();
         all.unused.push_back(probe::makeNode());
     }
-    all.mourner = new Mourner();
-    (void)all.service->linkToDeath(all.mourner);
+    all.recipient = new CountingDeathRecipient();
+    (void)all.service->linkToDeath(all.recipient);
     all.exported = probe::makeNode();
     Call keep;
     keep.data.writeStrongBinder(all.exported);
@@ -93,8 +93,8 @@ const voxtrel_test::Role kForkingParent("forking-parent", [](const voxtrel_test:
         voxtrel_test::tell(std::to_string(ended) + " " + std::to_string(failedCalls()) +
                            (noted ? " noted" : " lost"));
     }
-    const bool told = eventually([] { return holdings().mourner->deaths() != 0; });
-    voxtrel_test::tell(told ? std::to_string(holdings().mourner->deaths()) : "untold");
+    const bool told = eventually([] { return holdings().recipient->deaths() != 0; });
+    voxtrel_test::tell(told ? std::to_string(holdings().recipient->deaths()) : "untold");
     (void)voxtrel_test::hear();
     return 0;
 });
@@ -157,7 +157,7 @@ const voxtrel_test::Role kBusyForker("busy-forker", [](const voxtrel_test::Argum
                 failed += call.to(holdings().service, probe::kCallBack) == OK ? 0 : 1;
                 Call make;
                 failed += make.to(holdings().service, probe::kMake) == OK ? 0 : 1;
-                failed += make.reply.readStrongBinder()->linkToDeath(holdings().mourner);
+                failed += make.reply.readStrongBinder()->linkToDeath(holdings().recipient);
             }
         });
     }

@@ -23,7 +23,7 @@ using android::INVALID_OPERATION;
 using android::OK;
 using android::sp;
 using probe::Call;
-using probe::Mourner;
+using probe::CountingDeathRecipient;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
@@ -31,7 +31,7 @@ struct Inherited {
     sp<IBinder> service;   // of another process, and linked
     sp<IBinder> made;      // also, held by nobody else
     sp<IBinder> exported;  // of this process, once held by the other
-    sp<Mourner> mourner = new Mourner();
+    sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
 };
 
 sp<IBinder> nodeThatWasExported(const sp<IBinder>& service) {
@@ -54,7 +54,7 @@ sp<IBinder> makeIn(const sp<IBinder>& service) {
 
 // Exports nodes and links to deaths, so that at any time some lock is held.
 void keepLocking(const sp<IBinder>& service, const std::atomic<bool>& over) {
-    const sp<Mourner> mourner = new Mourner();
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
     while (!over) {
         Call call;
         call.data.writeStrongBinder(probe::makeNode());
@@ -62,10 +62,10 @@ void keepLocking(const sp<IBinder>& service, const std::atomic<bool>& over) {
         (void)call.to(service, probe::kCallBack);
         const sp<IBinder> made = makeIn(service);
         for (int i = 0; i < 20; ++i) {
-            (void)service->linkToDeath(mourner);
-            (void)service->unlinkToDeath(mourner);
-            (void)made->linkToDeath(mourner);
-            (void)made->unlinkToDeath(mourner);
+            (void)service->linkToDeath(recipient);
+            (void)service->unlinkToDeath(recipient);
+            (void)made->linkToDeath(recipient);
+            (void)made->unlinkToDeath(recipient);
         }
     }
 }
@@ -73,8 +73,8 @@ void keepLocking(const sp<IBinder>& service, const std::atomic<bool>& over) {
 void letGoAndExit(Inherited& all) {
     (void)alarm(60);
     all.exported.clear();
-    const bool refused = all.service->unlinkToDeath(all.mourner) == INVALID_OPERATION &&
-                         all.service->linkToDeath(all.mourner) == INVALID_OPERATION &&
+    const bool refused = all.service->unlinkToDeath(all.recipient) == INVALID_OPERATION &&
+                         all.service->linkToDeath(all.recipient) == INVALID_OPERATION &&
                          all.service->getInterfaceDescriptor().size() == 0;
     all.made.clear();
     all.service.clear();
@@ -87,7 +87,7 @@ const voxtrel_test::Role kLockingForker("locking-forker", [](const voxtrel_test:
     all.service = probe::find();
     all.made = makeIn(all.service);
     all.exported = nodeThatWasExported(all.service);
-    if (all.exported == nullptr || all.service->linkToDeath(all.mourner) != OK) {
+    if (all.exported == nullptr || all.service->linkToDeath(all.recipient) != OK) {
         return 1;
     }
     std::atomic<bool> over{false};

@@ -27,7 +27,7 @@ protected:
         mHostile = probe::find("hostile");
         ASSERT_TRUE(mHostile != nullptr);
         // The end that the service manager has had served for us.
-        mDoor.push_back(raw::receiveFd(mOwn.ours.get()));
+        mControl.push_back(raw::receiveFd(mOwn.ours.get()));
     }
 
     // Names a socket of the test's own as a service.
@@ -52,7 +52,7 @@ protected:
     android::status_t answerWith(size_t count) {
         std::thread server([this, count] {
             const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
-            const raw::Fd calls = raw::receiveFd(mDoor.back().get());
+            const raw::Fd calls = raw::receiveFd(mControl.back().get());
             EXPECT_EQ(32U, raw::receive(calls.get()).size());
             Words reply;
             reply.kind = raw::kReply;
@@ -66,7 +66,7 @@ protected:
     }
 
     raw::Pair mOwn = raw::makePair();
-    std::vector<raw::Fd> mDoor;
+    std::vector<raw::Fd> mControl;
     sp<android::IBinder> mHostile;
 };
 

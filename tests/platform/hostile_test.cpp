@@ -33,8 +33,8 @@ using voxtrel_test::eventually;
 
 class AHostilePeer : public probe::ProbeTest {
 protected:
-    // The door of the hostile peer, and that of a peer that behaves.
-    raw::Fd mDoor = raw::connectTo(mRuntime.socket());
+    // The control socket of the hostile peer, and that of a peer that behaves.
+    raw::Fd mControl = raw::connectTo(mRuntime.socket());
 
     void othersAreServed() {
         EXPECT_TRUE(android::defaultServiceManager()->getService(android::String16(probe::kName)) ==
@@ -100,7 +100,7 @@ std::vector<Case> badCalls() {
 TEST_F(AHostilePeer, IsCutOffForACallThatMakesNoSense) {
     for (const Case& one : badCalls()) {
         SCOPED_TRACE(one.name);
-        const raw::Fd calls = raw::openCalls(mDoor.get());
+        const raw::Fd calls = raw::openCalls(mControl.get());
         expectRefused(calls.get(), one.bytes);
     }
 }
@@ -114,7 +114,7 @@ TEST_F(AHostilePeer, IsCutOffForABinderThatIsNoReference) {
     const Words call = sized(words(raw::kRequest, 99), 24, 1);
     const Bytes sound = raw::packet(call, raw::joined(Bytes(24), raw::record(0, 77)));
     for (const int fd : {pipes[0], stream[0], null.get()}) {
-        const raw::Fd calls = raw::openCalls(mDoor.get());
+        const raw::Fd calls = raw::openCalls(mControl.get());
         expectRefused(calls.get(), sound, {fd});
     }
     for (const int fd : {pipes[0], pipes[1], stream[0], stream[1]}) {
@@ -132,10 +132,10 @@ TEST_F(AHostilePeer, IsCutOffForRecordsInTheWrongPlaces) {
     for (const Bytes& bytes :
          {one(24, raw::record(4, 1)), one(28, raw::record(2, 1)), one(24, raw::record(0, 1, 5)),
           one(20, raw::record(0, 1)), one(24, raw::record(0xFFFFFFFC, 1))}) {
-        const raw::Fd calls = raw::openCalls(mDoor.get());
+        const raw::Fd calls = raw::openCalls(mControl.get());
         expectRefused(calls.get(), bytes, {pair[0]});
     }
-    const raw::Fd calls = raw::openCalls(mDoor.get());
+    const raw::Fd calls = raw::openCalls(mControl.get());
     expectRefused(
         calls.get(),
         raw::packet(sized(words(raw::kRequest), 48, 2),
@@ -162,34 +162,34 @@ TEST_F(AHostilePeer, IsCutOffForAMemfdThatCouldChange) {
     for (const Bad& bad : {Bad{kApart, 0}, Bad{kApart, F_SEAL_SHRINK | F_SEAL_GROW},
                            Bad{kApart, F_SEAL_WRITE | F_SEAL_GROW}, Bad{kApart - 1, kAll},
                            Bad{kApart + 1, kAll}, Bad{70000, kAll}}) {
-        const raw::Fd calls = raw::openCalls(mDoor.get());
+        const raw::Fd calls = raw::openCalls(mControl.get());
         expectRefused(calls.get(), call, {memfd(bad.size, bad.seals).get()});
     }
     int pipes[2];
     ASSERT_EQ(0, pipe(pipes));
-    const raw::Fd calls = raw::openCalls(mDoor.get());
+    const raw::Fd calls = raw::openCalls(mControl.get());
     expectRefused(calls.get(), call, {pipes[0]});
     close(pipes[0]);
     close(pipes[1]);
     // And a sound one is not: the call reaches the node, which does not know its code.
-    const raw::Fd sound = raw::openCalls(mDoor.get());
+    const raw::Fd sound = raw::openCalls(mControl.get());
     ASSERT_TRUE(raw::send(sound.get(), call, {memfd(kApart, kAll).get()}));
     EXPECT_EQ(32U, raw::receive(sound.get()).size());
 }
 
-TEST_F(AHostilePeer, IsCutOffForWhatDoesNotBelongThroughADoor) {
+TEST_F(AHostilePeer, IsCutOffForWhatDoesNotBelongThroughAControlSocket) {
     for (const Bytes& bytes :
          {raw::packet(words(raw::kRequest, 1)), Bytes(5),
-          raw::packet(words(raw::kAdopt, raw::kDoor)), raw::packet(words(raw::kAdopt, 3))}) {
-        const raw::Fd door = raw::connectTo(mRuntime.socket());
-        expectRefused(door.get(), bytes);
+          raw::packet(words(raw::kAdopt, raw::kControl)), raw::packet(words(raw::kAdopt, 3))}) {
+        const raw::Fd control = raw::connectTo(mRuntime.socket());
+        expectRefused(control.get(), bytes);
     }
     const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
     const raw::Fd first = raw::connectTo(mRuntime.socket());
     expectRefused(first.get(), raw::packet(words(raw::kAdopt, raw::kCalls)), {null.get()});
     const raw::Fd second = raw::connectTo(mRuntime.socket());
     expectRefused(second.get(), raw::packet(words(raw::kAdopt, raw::kCalls)),
-                  {mDoor.get(), mDoor.get()});
+                  {mControl.get(), mControl.get()});
 }
 
 TEST_F(AHostilePeer, IsCutOffForTooManyDescriptors) {
@@ -197,7 +197,7 @@ TEST_F(AHostilePeer, IsCutOffForTooManyDescriptors) {
     othersAreServed();
     const int before = probe::descriptors();
     for (const size_t count : {1U, 65U, 66U, 67U, 74U, 250U}) {
-        const raw::Fd calls = raw::openCalls(mDoor.get());
+        const raw::Fd calls = raw::openCalls(mControl.get());
         expectRefused(calls.get(), raw::packet(words(raw::kRequest, 99)),
                       std::vector<int>(count, null.get()));
     }
@@ -214,16 +214,16 @@ TEST_F(AHostilePeer, SendingRandomBytesHarmsNobody) {
         if (i % 2 == 0 && bytes.size() >= 8) {
             std::memcpy(bytes.data(), "VXX1\1\0\0\0", 8);
         }
-        const raw::Fd calls = raw::openCalls(mDoor.get());
+        const raw::Fd calls = raw::openCalls(mControl.get());
         (void)raw::send(calls.get(), bytes);
-        const raw::Fd door = raw::connectTo(mRuntime.socket());
-        (void)raw::send(door.get(), bytes);
+        const raw::Fd control = raw::connectTo(mRuntime.socket());
+        (void)raw::send(control.get(), bytes);
     }
     othersAreServed();
 }
 
 TEST_F(AHostilePeer, ThatTakesNoRepliesIsCutOff) {
-    const raw::Fd calls = raw::openCalls(mDoor.get());
+    const raw::Fd calls = raw::openCalls(mControl.get());
     const Bytes list = raw::packet(words(raw::kRequest, 4));
     EXPECT_TRUE(
         eventually([&] { return !raw::send(calls.get(), list) && raw::hangsUp(calls.get()); }));
@@ -261,29 +261,30 @@ TEST_F(AHostilePeer, ThatFloodsConnectionsUsesUpItsOwnShareOnly) {
         eventually([this] { return probe::descriptorsOf(mRuntime.manager().pid()) < 100; }));
 }
 
-// Keeps sending sockets through its doors, to be served too.
-const voxtrel_test::Role kDoorFlooder("door-flooder", [](const voxtrel_test::Arguments& arguments) {
-    constexpr int kDoors = 20;  // more than the pool has threads
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kDoors; ++i) {
-        threads.emplace_back([&arguments] {
-            const raw::Fd door = raw::connectTo(arguments[0]);
-            const raw::Pair pair = raw::makePair();
-            for (;;) {
-                (void)raw::send(door.get(), raw::packet(words(raw::kAdopt, raw::kCalls)),
-                                {pair.theirs.get()});
-            }
-        });
-    }
-    voxtrel_test::tell("flooding");
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    return 0;
-});
+// Keeps sending sockets through its control sockets, to be served too.
+const voxtrel_test::Role kControlFlooder(
+    "control-flooder", [](const voxtrel_test::Arguments& arguments) {
+        constexpr int kControls = 20;  // more than the pool has threads
+        std::vector<std::thread> threads;
+        for (int i = 0; i < kControls; ++i) {
+            threads.emplace_back([&arguments] {
+                const raw::Fd control = raw::connectTo(arguments[0]);
+                const raw::Pair pair = raw::makePair();
+                for (;;) {
+                    (void)raw::send(control.get(), raw::packet(words(raw::kAdopt, raw::kCalls)),
+                                    {pair.theirs.get()});
+                }
+            });
+        }
+        voxtrel_test::tell("flooding");
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        return 0;
+    });
 
-TEST_F(AHostilePeer, ThatFloodsDoorsLeavesTheThreadsToOthersToo) {
-    ChildProcess flooder = ChildProcess::asRole("door-flooder", {mRuntime.socket()});
+TEST_F(AHostilePeer, ThatFloodsControlSocketsLeavesTheThreadsToOthersToo) {
+    ChildProcess flooder = ChildProcess::asRole("control-flooder", {mRuntime.socket()});
     EXPECT_EQ("flooding", flooder.readLine());
     for (int i = 0; i < 20; ++i) {
         othersAreServed();
@@ -316,8 +317,8 @@ const voxtrel_test::Role kHoarder("hoarder", [](const voxtrel_test::Arguments& a
     getrlimit(RLIMIT_NOFILE, &most);
     most.rlim_cur = most.rlim_max;
     setrlimit(RLIMIT_NOFILE, &most);
-    const raw::Fd door = raw::connectTo(arguments[0]);
-    const raw::Fd calls = raw::openCalls(door.get());
+    const raw::Fd control = raw::connectTo(arguments[0]);
+    const raw::Fd calls = raw::openCalls(control.get());
     std::vector<raw::Fd> held;
     for (int i = 0; i < 4200; ++i) {
         (void)raw::send(calls.get(), askFor(probe::kName));
@@ -347,20 +348,20 @@ TEST_F(AHostilePeer, IsCutOffForAMessageWithoutASender) {
             const raw::Fd theirs = std::move(pair.theirs);
             EXPECT_TRUE(raw::send(ours.get(), first, fds));
             EXPECT_TRUE(
-                raw::send(mDoor.get(), raw::packet(words(raw::kAdopt, role)), {theirs.get()}));
+                raw::send(mControl.get(), raw::packet(words(raw::kAdopt, role)), {theirs.get()}));
         }
         return raw::receive(ours.get()).empty();
     };
     const raw::Pair other = raw::makePair();
     EXPECT_TRUE(hangsUpAs(raw::kCalls, askFor(probe::kName), {}));
-    EXPECT_TRUE(
-        hangsUpAs(raw::kDoor, raw::packet(words(raw::kAdopt, raw::kCalls)), {other.theirs.get()}));
+    EXPECT_TRUE(hangsUpAs(raw::kControl, raw::packet(words(raw::kAdopt, raw::kCalls)),
+                          {other.theirs.get()}));
     othersAreServed();
 }
 
 TEST_F(AHostilePeer, WhoseServiceDoesNotListenCostsTheManagerNoTime) {
     const raw::Pair stuck = raw::makePair();
-    const raw::Fd calls = raw::openCalls(mDoor.get());
+    const raw::Fd calls = raw::openCalls(mControl.get());
     const Bytes name = raw::nameOf("stuck");
     const auto offset = static_cast<uint32_t>(name.size());
     Bytes binder(24);
@@ -404,16 +405,16 @@ protected:
         rmdir(mPath.substr(0, mPath.rfind('/')).c_str());
     }
 
-    enum class Then { ExpectHangUp, Leave, LeaveWithTheDoor };
+    enum class Then { ExpectHangUp, Leave, LeaveWithTheControl };
 
     // Lets one call come in, answers it with these bytes, and gives its result.
     android::status_t answerOnce(const Bytes& bytes, int fd, Then then) {
         std::thread server([&] {
-            auto door = std::make_unique<raw::Fd>(accept(mListener.get(), nullptr, nullptr));
-            const raw::Fd calls = raw::receiveFd(door->get());
+            auto control = std::make_unique<raw::Fd>(accept(mListener.get(), nullptr, nullptr));
+            const raw::Fd calls = raw::receiveFd(control->get());
             (void)raw::receive(calls.get());
-            if (then == Then::LeaveWithTheDoor) {
-                door.reset();
+            if (then == Then::LeaveWithTheControl) {
+                control.reset();
                 return;
             }
             EXPECT_TRUE(
@@ -451,7 +452,7 @@ TEST_F(AHostileServer, MakesACallFailWithAReplyThatMakesNoSense) {
 }
 
 TEST_F(AHostileServer, ThatGoesAwayIsDead) {
-    EXPECT_EQ(android::DEAD_OBJECT, answerOnce({}, -1, Then::LeaveWithTheDoor));
+    EXPECT_EQ(android::DEAD_OBJECT, answerOnce({}, -1, Then::LeaveWithTheControl));
 }
 
 TEST_F(AHostileServer, MayAnswerSoundly) {

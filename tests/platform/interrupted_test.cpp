@@ -17,7 +17,7 @@ using android::IBinder;
 using android::OK;
 using android::sp;
 using probe::Call;
-using probe::Mourner;
+using probe::CountingDeathRecipient;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
@@ -66,18 +66,18 @@ int wrongLargeCalls(const sp<IBinder>& node, int count) {
 
 int wrongReferences(const sp<IBinder>& node, int count) {
     int wrong = 0;
-    const sp<Mourner> mourner = new Mourner();
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
     for (int i = 0; i < count; ++i) {
         Call make;
         wrong += make.to(node, probe::kMake) == OK ? 0 : 1;
         const sp<IBinder> made = make.reply.readStrongBinder();
-        wrong += made->linkToDeath(mourner) == OK ? 0 : 1;
+        wrong += made->linkToDeath(recipient) == OK ? 0 : 1;
         Call keep;
         keep.data.writeStrongBinder(made);
         wrong += keep.to(node, probe::kKeep) == OK ? 0 : 1;
-        wrong += made->unlinkToDeath(mourner) == OK ? 0 : 1;
+        wrong += made->unlinkToDeath(recipient) == OK ? 0 : 1;
     }
-    return wrong + mourner->deaths();
+    return wrong + recipient->deaths();
 }
 
 // Calls under the shower; says how many calls went wrong, and how many signals there were. Then
@@ -86,15 +86,15 @@ const voxtrel_test::Role kShowered("showered-caller", [](const voxtrel_test::Arg
     probe::startPool();
     const sp<IBinder> node = probe::find();
     const sp<IBinder> mortal = probe::find("mortal");
-    const sp<Mourner> mourner = new Mourner();
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
     everyMicroseconds(kShower);
-    int wrong = mortal->linkToDeath(mourner) == OK ? 0 : 1;
+    int wrong = mortal->linkToDeath(recipient) == OK ? 0 : 1;
     wrong += wrongSmallCalls(node, kSmallCalls);
     wrong += wrongLargeCalls(node, voxtrel_test::repeats(300));
     wrong += wrongReferences(node, voxtrel_test::repeats(300));
     Call block;
     wrong += block.to(mortal, probe::kBlock) == android::DEAD_OBJECT ? 0 : 1;
-    wrong += eventually([&] { return mourner->deaths() == 1; }) ? 0 : 1;
+    wrong += eventually([&] { return recipient->deaths() == 1; }) ? 0 : 1;
     everyMicroseconds(0);
     voxtrel_test::tell(std::to_string(wrong));
     voxtrel_test::tell(std::to_string(gSignals));

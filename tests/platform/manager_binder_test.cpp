@@ -15,7 +15,7 @@ using android::IBinder;
 using android::OK;
 using android::ProcessState;
 using android::sp;
-using probe::Mourner;
+using probe::CountingDeathRecipient;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
@@ -38,10 +38,10 @@ TEST_F(TheManagersBinder, IsItsProxy) {
 
 TEST_F(TheManagersBinder, TellsOfTheManagersDeathAndIsAnotherAfterwards) {
     const sp<IBinder> first = managersBinder();
-    const sp<Mourner> mourner = new Mourner();
-    ASSERT_EQ(OK, first->linkToDeath(mourner));
+    const sp<CountingDeathRecipient> recipient = new CountingDeathRecipient();
+    ASSERT_EQ(OK, first->linkToDeath(recipient));
     mRuntime.killManager();
-    EXPECT_TRUE(eventually([&] { return mourner->deaths() == 1; }));
+    EXPECT_TRUE(eventually([&] { return recipient->deaths() == 1; }));
     EXPECT_TRUE(managersBinder() == nullptr);
     mRuntime.startManager();
     const sp<IBinder> second = managersBinder();

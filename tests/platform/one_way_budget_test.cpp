@@ -170,8 +170,8 @@ using ACallThatSaysItIsCounted = probe::ProbeTest;
 // Else it would get round what limits a connection there.
 TEST_F(ACallThatSaysItIsCounted, IsLikeAnyOtherInTheDefaultManners) {
     const raw::Fd manager = raw::connectTo(mRuntime.socket());
-    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
-    const raw::Fd calls = raw::openCalls(door.get());
+    const raw::Fd control = raw::controlOf(manager.get(), probe::kName);
+    const raw::Fd calls = raw::openCalls(control.get());
     Call block;
     ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
     ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));

@@ -54,7 +54,7 @@ private:
 };
 
 constexpr int kRounds = 20;
-constexpr int32_t kMostCalls = 10000;
+constexpr int32_t kMaxCalls = 10000;
 
 bool isNamed(int32_t number) {
     return isToBeOvertaken(probe::kSeed, static_cast<uint32_t>(number), probe::kNote);
@@ -78,7 +78,7 @@ TEST_F(ATwoWayCallToADriversNode, OvertakesTheOneWayCallsThatTheSeedNames) {
     int named = 0;
     int others = 0;
     int othersInOrder = 0;
-    for (int32_t number = 1; named < kRounds && number < kMostCalls; ++number) {
+    for (int32_t number = 1; named < kRounds && number < kMaxCalls; ++number) {
         const Round round;
         ASSERT_EQ(OK, probe::note(mNode, 1, number - 1));
         const bool overtook = notes() < number;
@@ -98,7 +98,7 @@ TEST_F(ATwoWayCallToADriversNode, OvertakesTheOneWayCallsThatTheSeedNames) {
 // The end of one two-way call is no leave for the one-way call that comes right behind it.
 TEST_F(ATwoWayCallToADriversNode, OvertakesThemAlsoWhereCallsFollowOnEachOther) {
     int named = 0;
-    for (int32_t number = 1; named < 10 * kRounds && number < kMostCalls; ++number) {
+    for (int32_t number = 1; named < 10 * kRounds && number < kMaxCalls; ++number) {
         const Round round;
         ASSERT_EQ(OK, probe::note(mNode, 1, number - 1));
         const bool overtook = notes() < number;
@@ -115,7 +115,7 @@ TEST_F(ATwoWayCallToADriversNode, OvertakesOnesThatCameWhileAnotherWasCarriedOut
     ASSERT_EQ("done", unblocker.readLine());
     int rounds = 0;
     // Every second one-way call is a note.
-    for (int32_t number = 2; rounds < kRounds && number < kMostCalls; number += 2) {
+    for (int32_t number = 2; rounds < kRounds && number < kMaxCalls; number += 2) {
         Call block;
         ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
         ASSERT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));
@@ -134,7 +134,7 @@ TEST_F(ATwoWayCallToADriversNode, OvertakesOnesThatCameWhileAnotherWasCarriedOut
 
 TEST_F(ATwoWayCallToADriversNode, LetsWhatItHasOvertakenGoOn) {
     bool wentOn = false;
-    for (int32_t number = 1; !wentOn && number < kMostCalls; ++number) {
+    for (int32_t number = 1; !wentOn && number < kMaxCalls; ++number) {
         const Round round;
         ASSERT_EQ(OK, probe::note(mNode, 1, number - 1));
         const bool overtook = notes() < number;

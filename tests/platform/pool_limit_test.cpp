@@ -40,7 +40,7 @@ public:
     }
     int most() const {
         const std::lock_guard<std::mutex> held(mLock);
-        return mMost;
+        return mMax;
     }
 
 protected:
@@ -58,7 +58,7 @@ protected:
 private:
     void pass() {
         std::unique_lock<std::mutex> held(mLock);
-        mMost = std::max(mMost, ++mInside);
+        mMax = std::max(mMax, ++mInside);
         mChanged.wait(held, [this] { return mOpen; });
         --mInside;
     }
@@ -67,7 +67,7 @@ private:
     std::condition_variable mChanged;
     bool mOpen = false;
     int mInside = 0;
-    int mMost = 0;
+    int mMax = 0;
 };
 
 // A process whose only service is a gate; it is asked through its input, which needs no thread of
@@ -95,12 +95,12 @@ protected:
     }
 
     // All of them are with the kernel when this returns.
-    static std::vector<raw::Fd> sendCalls(const raw::Fd& door, int count) {
+    static std::vector<raw::Fd> sendCalls(const raw::Fd& control, int count) {
         raw::Words words;
         words.code = kPass;
         std::vector<raw::Fd> calls;
         for (int i = 0; i < count; ++i) {
-            calls.push_back(raw::openCalls(door.get()));
+            calls.push_back(raw::openCalls(control.get()));
             EXPECT_TRUE(raw::send(calls.back().get(), raw::packet(words)));
         }
         return calls;
@@ -115,9 +115,9 @@ protected:
     // to be noticed in one of them.
     void expectAtOnce(int limit) {
         const raw::Fd manager = raw::connectTo(mRuntime.socket());
-        const raw::Fd door = raw::doorOf(manager.get(), "gate");
+        const raw::Fd control = raw::controlOf(manager.get(), "gate");
         for (int round = 0; round < 10; ++round) {
-            const std::vector<raw::Fd> calls = sendCalls(door, limit + 10);
+            const std::vector<raw::Fd> calls = sendCalls(control, limit + 10);
             ASSERT_TRUE(eventually([&] { return asked("inside") >= limit; }));
             mGate.ask("open");
             for (const raw::Fd& call : calls) {

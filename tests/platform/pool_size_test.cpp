@@ -29,23 +29,23 @@ long valueIn(const std::filesystem::path& file, const std::string& name) {
     return 0;
 }
 
-struct Crew {
+struct ThreadCounts {
     int threads = 0;
     long sleeps = 0;  // of all of them
 };
 
-Crew crewOf(pid_t pid) {
-    Crew crew;
+ThreadCounts crewOf(pid_t pid) {
+    ThreadCounts counts;
     for (const auto& task :
          std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task")) {
         std::string name;
         std::ifstream(task.path() / "comm") >> name;
         if (name == "binder") {
-            ++crew.threads;
-            crew.sleeps += valueIn(task.path() / "status", "voluntary_ctxt_switches:");
+            ++counts.threads;
+            counts.sleeps += valueIn(task.path() / "status", "voluntary_ctxt_switches:");
         }
     }
-    return crew;
+    return counts;
 }
 
 TEST_F(AThreadPool, ThatServesOneCallHasAThreadForItAndOneThatWaits) {

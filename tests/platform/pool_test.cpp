@@ -51,13 +51,13 @@ TEST_F(AThreadPool, OfOneThreadIsNeverLeftByAll) {
 struct Meddler {
     raw::Pair pair = raw::makePair();
 
-    explicit Meddler(int door) {
+    explicit Meddler(int control) {
         const int on = 1;
         EXPECT_EQ(0, setsockopt(pair.theirs.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)));
         raw::Words words;
         words.kind = raw::kAdopt;
         words.code = raw::kCalls;
-        EXPECT_TRUE(raw::send(door, raw::packet(words), {pair.theirs.get()}));
+        EXPECT_TRUE(raw::send(control, raw::packet(words), {pair.theirs.get()}));
     }
     int ours() const { return pair.ours.get(); }
     void limitStay(timeval most) const {
@@ -80,9 +80,9 @@ TEST_F(AThreadPool, OfOneThreadHasAnotherAfterACallThatEndedIt) {
     ChildProcess small = ChildProcess::asRole("server", {"small", "1"});
     ASSERT_EQ("ready", small.readLine());
     const raw::Fd manager = raw::connectTo(mRuntime.socket());
-    const raw::Fd door = raw::doorOf(manager.get(), "small");
+    const raw::Fd control = raw::controlOf(manager.get(), "small");
     for (int32_t ended = 1; ended <= 20; ++ended) {
-        const raw::Fd calls = raw::openCalls(door.get());
+        const raw::Fd calls = raw::openCalls(control.get());
         ASSERT_TRUE(raw::send(calls.get(), callOf(probe::kEndThread)));
         ASSERT_TRUE(voxtrel_test::eventually(
             [ended] { return probe::ask(probe::find("small"), probe::kEnded) == ended; }));
@@ -119,10 +119,10 @@ TEST_F(AThreadPool, ThatBeganWithoutDescriptorsIsNotHeldUpByASlowCallOnceItHasSo
     ChildProcess starved = ChildProcess::asRole("starved");
     ASSERT_EQ("ready", starved.readLine());
     const raw::Fd manager = raw::connectTo(mRuntime.socket());
-    const raw::Fd door = raw::doorOf(manager.get(), "starved");
-    const raw::Fd calls = raw::openCalls(door.get());
-    const raw::Fd next = raw::openCalls(door.get());
-    ASSERT_TRUE(voxtrel_test::eventually([&door] { return isRead(door.get()); }))
+    const raw::Fd control = raw::controlOf(manager.get(), "starved");
+    const raw::Fd calls = raw::openCalls(control.get());
+    const raw::Fd next = raw::openCalls(control.get());
+    ASSERT_TRUE(voxtrel_test::eventually([&control] { return isRead(control.get()); }))
         << "the next one is read when the first one is served";
     ASSERT_EQ("done", starved.ask("starve"));
     const raw::Bytes add = callOf(probe::kAdd, raw::Bytes(8));
@@ -132,23 +132,23 @@ TEST_F(AThreadPool, ThatBeganWithoutDescriptorsIsNotHeldUpByASlowCallOnceItHasSo
     ASSERT_TRUE(raw::send(calls.get(), callOf(probe::kBlock)));
     ASSERT_TRUE(raw::send(calls.get(), add));
     EXPECT_EQ(36U, raw::receive(calls.get()).size()) << "it waits behind the slow one";
-    const raw::Fd other = raw::openCalls(door.get());
+    const raw::Fd other = raw::openCalls(control.get());
     ASSERT_TRUE(raw::send(other.get(), callOf(probe::kUnblock)));
     EXPECT_EQ(32U, raw::receive(calls.get()).size());
 }
 
 TEST_F(AThreadPool, WhoseThreadsAreKeptAsleepByTheirPeersWakesThem) {
     const raw::Fd manager = raw::connectTo(mRuntime.socket());
-    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
+    const raw::Fd control = raw::controlOf(manager.get(), probe::kName);
     const raw::Bytes add = callOf(probe::kAdd, raw::Bytes(8));
     const auto call = [&add](const Meddler& one) {
         return raw::send(one.ours(), add) && raw::receive(one.ours()).size() == 36;
     };
-    const Meddler honest(door.get());
+    const Meddler honest(control.get());
     ASSERT_TRUE(call(honest));
     ASSERT_TRUE(raw::send(honest.ours(), callOf(probe::kBlock)));
     for (const timeval limit : {timeval{0, 0}, timeval{3600, 0}}) {
-        const Meddler meddler(door.get());
+        const Meddler meddler(control.get());
         ASSERT_TRUE(call(meddler));
         meddler.limitStay(limit);
         // Not every call is followed by a sleep on its socket.
@@ -159,7 +159,7 @@ TEST_F(AThreadPool, WhoseThreadsAreKeptAsleepByTheirPeersWakesThem) {
         EXPECT_TRUE(woken);
     }
     EXPECT_TRUE(eventually([&] {
-        const Meddler clever(door.get());
+        const Meddler clever(control.get());
         clever.limitStay({0, 0});
         for (int i = 0; i < 20; ++i) {
             if (!call(clever)) {
@@ -238,15 +238,15 @@ TEST_F(AThreadPool, WhoseThreadsAllWaitForRepliesFailsACallInsteadOfWaitingToo) 
     words.code = 1;
     words.payloadSize = static_cast<uint32_t>(name.size());
     ASSERT_TRUE(raw::send(asking.get(), raw::packet(words, name)));
-    const raw::Fd door = raw::receiveFd(asking.get());
+    const raw::Fd control = raw::receiveFd(asking.get());
     std::vector<raw::Pair> silent;
     std::vector<raw::Fd> calls;
     std::vector<pollfd> answers;
     for (size_t i = 0; i < kCalls; ++i) {
-        pollfd room = {door.get(), POLLOUT, 0};
+        pollfd room = {control.get(), POLLOUT, 0};
         ASSERT_EQ(1, poll(&room, 1, 60000));
         silent.push_back(raw::makePair());
-        calls.push_back(raw::openCalls(door.get()));
+        calls.push_back(raw::openCalls(control.get()));
         ASSERT_TRUE(
             raw::send(calls.back().get(), callBackOf(1000 + i), {silent.back().theirs.get()}));
         answers.push_back({calls.back().get(), POLLIN, 0});

@@ -67,9 +67,9 @@ std::string ownFolderUnderTmp() {
 
 // Puts what a descriptor still shows where it was.
 bool showAgain(const raw::Fd& old, const std::string& folder) {
-    const std::string source = "/proc/self/fd/" + std::to_string(old.get());
+    const std::string handler = "/proc/self/fd/" + std::to_string(old.get());
     return mkdir(folder.c_str(), 0755) == 0 &&
-           mount(source.c_str(), folder.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
+           mount(handler.c_str(), folder.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
 }
 
 bool coverTmp() {

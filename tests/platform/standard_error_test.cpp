@@ -62,7 +62,7 @@ std::string replaced(std::string text, const std::string& what) {
 }
 
 // A service manager whose standard error nobody can read any more.
-const voxtrel_test::Role kUnheardManager("unheard-manager", [](const voxtrel_test::Arguments&) {
+const voxtrel_test::Role kUnheardManager("undrained-manager", [](const voxtrel_test::Arguments&) {
     close(pipeAsStandardError());
     (void)signal(SIGPIPE, SIG_DFL);
     (void)execl(VOXTREL_SERVICEMANAGER, VOXTREL_SERVICEMANAGER, nullptr);
@@ -73,7 +73,7 @@ using TheServiceManagersLog = probe::ProbeTest;
 
 TEST_F(TheServiceManagersLog, MayHaveNoReaderAnyMore) {
     mRuntime.killManager();
-    const ChildProcess manager = ChildProcess::asRole("unheard-manager");
+    const ChildProcess manager = ChildProcess::asRole("undrained-manager");
     for (const char* name : {"a", "b", "c"}) {
         const auto node = probe::makeNode();
         EXPECT_TRUE(eventually([&] {
@@ -170,17 +170,17 @@ TEST_F(ALineOnStandardError, FindsRoomThatIsMadeMeanwhile) {
 TEST_F(ALineOnStandardError, RaisesNoSignalAndLeavesOneThatWasPending) {
     close(pipeAsStandardError());
     ASSERT_NE(SIG_ERR, signal(SIGPIPE, SIG_DFL));
-    logLine("unheard");
+    logLine("undrained");
     sigset_t pending;
     sigset_t pipe;
     sigemptyset(&pipe);
     sigaddset(&pipe, SIGPIPE);
     ASSERT_EQ(0, pthread_sigmask(SIG_BLOCK, &pipe, nullptr));
-    logLine("unheard");
+    logLine("undrained");
     ASSERT_EQ(0, sigpending(&pending));
     EXPECT_EQ(0, sigismember(&pending, SIGPIPE));
     ASSERT_EQ(0, raise(SIGPIPE));
-    logLine("unheard");
+    logLine("undrained");
     ASSERT_EQ(0, sigpending(&pending));
     EXPECT_EQ(1, sigismember(&pending, SIGPIPE));
     const timespec none = {};

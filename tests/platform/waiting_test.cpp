@@ -49,10 +49,10 @@ Message ofManyBinders(int fd) {
 }
 
 Message ofManyBytes(int memfd) {
-    constexpr uint32_t kMost = 520192;
-    (void)ftruncate(memfd, kMost);
+    constexpr uint32_t kMax = 520192;
+    (void)ftruncate(memfd, kMax);
     (void)fcntl(memfd, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE);
-    Words words = oneWay(kMost);
+    Words words = oneWay(kMax);
     words.options = 1;
     return {raw::packet(words), {memfd}};
 }
@@ -79,14 +79,14 @@ int hungUp(const std::vector<raw::Fd>& sockets) {
 const voxtrel_test::Role kHeaper("heaper", [](const voxtrel_test::Arguments& arguments) {
     raiseDescriptorLimit();
     const raw::Fd manager = raw::connectTo(arguments[0]);
-    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
+    const raw::Fd control = raw::controlOf(manager.get(), probe::kName);
     const raw::Pair peer = raw::makePair();
     const raw::Fd memfd(memfd_create("heap", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     const Message message =
         arguments[1] == "bytes" ? ofManyBytes(memfd.get()) : ofManyBinders(peer.theirs.get());
     std::vector<raw::Fd> sockets;
     for (int i = 0; i < 120; ++i) {
-        sockets.push_back(raw::openCalls(door.get()));
+        sockets.push_back(raw::openCalls(control.get()));
         (void)raw::send(sockets.back().get(), message.bytes, message.fds);
     }
     while (!voxtrel_test::hear().empty()) {
@@ -119,12 +119,12 @@ int heldBack(const std::vector<raw::Fd>& sockets) {
 const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments& arguments) {
     raiseDescriptorLimit();
     const raw::Fd manager = raw::connectTo(arguments[0]);
-    const raw::Fd door = raw::doorOf(manager.get(), probe::kName);
+    const raw::Fd control = raw::controlOf(manager.get(), probe::kName);
     const Bytes message = raw::packet(oneWay(8), Bytes(8));
     std::vector<raw::Fd> sockets;
     bool refused = false;
-    for (int i = 0; i < 3000 && waitsForRoom(door.get()); ++i) {
-        sockets.push_back(raw::openCalls(door.get()));
+    for (int i = 0; i < 3000 && waitsForRoom(control.get()); ++i) {
+        sockets.push_back(raw::openCalls(control.get()));
         for (int k = 0; k < 16 && waitsForRoom(sockets.back().get()); ++k) {
             (void)raw::send(sockets.back().get(), message);
         }

@@ -111,14 +111,14 @@ TEST(ASoundMessage, IsOneOfTheFourKinds) {
     EXPECT_TRUE(sound(of(raw::kRequest, 7, 0, 4), Bytes(4)));
     EXPECT_TRUE(sound(of(raw::kReply, 7, 0, 4), Bytes(4)));
     EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 4), Bytes(4)));
-    EXPECT_TRUE(sound(of(raw::kAdopt, raw::kDoor, 0, 0), {}, 1));
+    EXPECT_TRUE(sound(of(raw::kAdopt, raw::kControl, 0, 0), {}, 1));
     EXPECT_TRUE(sound(of(raw::kAdopt, raw::kCalls, 0, 0), {}, 1));
     EXPECT_FALSE(sound(of(0, 7, 0, 4), Bytes(4)));
     EXPECT_FALSE(sound(of(5, 7, 0, 4), Bytes(4)));
     EXPECT_TRUE(sound(of(raw::kAdopt, raw::kBudget, 0, 0), {}, 1));
     EXPECT_FALSE(sound(of(raw::kAdopt, 0, 0, 0), {}, 1));
     EXPECT_FALSE(sound(of(raw::kAdopt, 4, 0, 0), {}, 1));
-    EXPECT_FALSE(sound(of(raw::kAdopt, raw::kDoor, 0, 4), Bytes(4), 1));
+    EXPECT_FALSE(sound(of(raw::kAdopt, raw::kControl, 0, 4), Bytes(4), 1));
 }
 
 TEST(ASoundMessage, StaysWithinItsKindsLimit) {
@@ -135,7 +135,7 @@ TEST(ASoundMessage, IsCountedOnlyIfItIsAOneWayCall) {
     EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 4, 0, 4), Bytes(4)));
     EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 4, 0, 2), Bytes(4)));
     EXPECT_FALSE(sound(of(raw::kReply, 7, 0, 4, 0, 2), Bytes(4)));
-    EXPECT_FALSE(sound(of(raw::kAdopt, raw::kDoor, 0, 0, 0, 2), {}, 1));
+    EXPECT_FALSE(sound(of(raw::kAdopt, raw::kControl, 0, 0, 0, 2), {}, 1));
 }
 
 TEST(ASoundMessage, HasTheBeginningOfAPayloadThatIsInAMemfd) {

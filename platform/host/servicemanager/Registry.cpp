@@ -15,9 +15,9 @@ namespace android {
 namespace {
 
 constexpr size_t kLongestName = 127;
-constexpr size_t kMostServices = 1024;
-constexpr size_t kMostOfOtherUser = kMostServices / 2;
-constexpr size_t kMostToldReserved = 1024;
+constexpr size_t kMaxServices = 1024;
+constexpr size_t kMaxOfOtherUser = kMaxServices / 2;
+constexpr size_t kMaxToldReserved = 1024;
 
 // For the log: what is not printable ASCII shows as a question mark.
 std::string printable(const String16& name) {
@@ -140,7 +140,7 @@ bool Registry::isReservedForAnother(const String16& name, uid_t user) const {
 void Registry::reportReserved(const String16& name, uid_t user, pid_t pid) {
     {
         Mutex::Autolock held(mLock);
-        if (mToldReserved.size() >= kMostToldReserved) {
+        if (mToldReserved.size() >= kMaxToldReserved) {
             mToldReserved.clear();
         }
         if (!mToldReserved.emplace(name, user).second) {
@@ -163,12 +163,12 @@ bool Registry::hasRoom(const String16& name, uid_t owner) const {
     if (found != mEntries.end() && found->second.owner == owner) {
         return true;
     }
-    if (found == mEntries.end() && mEntries.size() >= kMostServices) {
+    if (found == mEntries.end() && mEntries.size() >= kMaxServices) {
         return false;
     }
     const auto isOwners = [owner](const auto& entry) { return entry.second.owner == owner; };
     const auto held = std::count_if(mEntries.begin(), mEntries.end(), isOwners);
-    return owner == geteuid() || static_cast<size_t>(held) < kMostOfOtherUser;
+    return owner == geteuid() || static_cast<size_t>(held) < kMaxOfOtherUser;
 }
 
 Vector<String16> Registry::listServices() {

@@ -19,13 +19,13 @@ using Clock = std::chrono::steady_clock;
 
 // A line for each change, but anybody may add a service over and over: as many lines a second as
 // when every name that there can be comes and goes.
-constexpr int kMostLines = 2048;
+constexpr int kMaxLines = 2048;
 
-android::transport::LineLog gLog{kMostLines};
-int gMostVerbose = 0;
+android::transport::LineLog gLog{kMaxLines};
+int gMaxVerbose = 0;
 
 void log(LogLevel level, const std::string& line) {
-    if (static_cast<int>(level) <= gMostVerbose) {
+    if (static_cast<int>(level) <= gMaxVerbose) {
         gLog.writeLimited("voxtrel-servicemanager", line, level);
     }
 }
@@ -104,7 +104,7 @@ int main(int argc, char** argv) {
     if (!servicemanager::parseOptions(argc, argv, options, exitStatus)) {
         return exitStatus;
     }
-    gMostVerbose = options.logLevel;
+    gMaxVerbose = options.logLevel;
     const sigset_t signals = blockSignals();
     const android::sp<android::Registry> registry = new android::Registry(
         [](LogLevel level, const std::string& line) { log(level, line); }, options.reserved);

@@ -2,8 +2,8 @@
 #include "socket/Dispatch.h"
 
 #include "binder/internal/ServeCall.h"
-#include "socket/Objects.h"
-#include "socket/Patience.h"
+#include "socket/BinderTransfer.h"
+#include "socket/Deadline.h"
 #include "support/Manners.h"
 
 namespace android::transport {
@@ -17,8 +17,8 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
     if (status == OK && reply.dataSize() > largestPayload(Kind::Reply)) {
         status = FAILED_TRANSACTION;
     }
-    Patience patience;
-    return status == OK ? detachBinders(reply, attachments, patience, {caller, false}) : status;
+    Deadline deadline;
+    return status == OK ? exportBinders(reply, attachments, deadline, {caller, false}) : status;
 }
 
 status_t run(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
@@ -28,7 +28,7 @@ status_t run(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
 }
 
 bool attach(Incoming& incoming) {
-    const bool sound = attachBinders(incoming.envelope, incoming.parcel);
+    const bool sound = importBinders(incoming.envelope, incoming.parcel);
     if (!sound) {
         incoming.parcel.freeData();  // of the binders that were
     }

@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "binder/Parcel.h"
-#include "socket/Lease.h"
 #include "socket/Message.h"
 #include "socket/Overtaking.h"
+#include "socket/Quota.h"
 
 namespace android::transport {
 
@@ -20,10 +20,10 @@ struct Incoming {
     /// Of a one-way call in the manners of a driver.
     Overtaking::Arrival arrival;
     /// While it waits for its turn: what it takes is counted against its sender's share.
-    std::optional<Lease> lease;
+    std::optional<QuotaCharge> charge;
 
     /// What it takes while it waits. All of them together are what a process is limited in.
-    Lease::Amount amount() const {
+    QuotaCharge::Amount amount() const {
         return {envelope.fdCount(), sizeof(Incoming) + parcel.dataSize()};
     }
 };

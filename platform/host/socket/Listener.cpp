@@ -14,7 +14,7 @@
 #include <cstring>
 #include <thread>
 
-#include "socket/DoorEnd.h"
+#include "socket/ControlChannel.h"
 #include "socket/SocketPath.h"
 #include "support/Log.h"
 
@@ -152,11 +152,11 @@ void warnOfClosedFolder(const std::string& path, const SocketAccess& access) {
     }
 }
 
-Holder peerOf(const Fd& door) {
+PeerIdentity peerOf(const Fd& control) {
     ucred peer = {};
     socklen_t size = sizeof(peer);
-    const bool known = getsockopt(door.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
-    return known ? Holder{peer.pid, peer.uid} : Holder{};
+    const bool known = getsockopt(control.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    return known ? PeerIdentity{peer.pid, peer.uid} : PeerIdentity{};
 }
 
 }  // namespace
@@ -201,7 +201,7 @@ std::shared_ptr<Listener> Listener::openAt(Fd socket, const sp<BBinder>& manager
 }
 
 Listener::Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& manager)
-    : Source(std::move(socket)),
+    : EventHandler(std::move(socket)),
       mLock(std::move(lock)),
       mPath(std::move(path)),
       mSpare(spare()),
@@ -209,7 +209,7 @@ Listener::Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& mana
 
 bool Listener::hasConnections() const {
     pollfd request = {socket().get(), POLLIN, 0};
-    return poll(&request, 1, 0) != 0 || !unleasedSince().has_value();
+    return poll(&request, 1, 0) != 0 || !unusedSince().has_value();
 }
 
 bool Listener::hideSocket() const {
@@ -244,9 +244,9 @@ void Listener::onReady() {
         return;  // whoever comes now is for the next service manager
     }
     for (;;) {
-        Fd door(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
-        if (door.valid()) {
-            admit(std::move(door));
+        Fd control(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (control.valid()) {
+            admit(std::move(control));
         } else if (errno == EMFILE || errno == ENFILE) {
             if (!turnOneAway()) {
                 break;
@@ -258,21 +258,22 @@ void Listener::onReady() {
     reactor().rearm(*this);
 }
 
-void Listener::admit(Fd door) const {
-    const Holder peer = peerOf(door);
+void Listener::admit(Fd control) const {
+    const PeerIdentity peer = peerOf(control);
     if (peer.pid == 0) {
         logLimited("a connection of a process that cannot be seen from here is refused");
         return;
     }
-    Lease lease(peer, door.get());
-    if (!lease.granted()) {
+    QuotaCharge charge(peer, control.get());
+    if (!charge.granted()) {
         logLimited("process %d or its user has too many connections: another one is refused",
                    static_cast<int>(peer.pid));
         return;
     }
-    if (nameSender(door)) {
+    if (nameSender(control)) {
         // What cannot be waited for is dropped, and its peer sees it hang up.
-        (void)reactor().add(std::make_shared<DoorEnd>(std::move(door), mManager, std::move(lease)));
+        (void)reactor().add(
+            std::make_shared<ControlChannel>(std::move(control), mManager, std::move(charge)));
     }
 }
 

@@ -13,7 +13,7 @@
 namespace android::transport {
 
 /// The service manager's place: who connects there holds a reference to its node.
-class Listener final : public Source {
+class Listener final : public EventHandler {
 public:
     /// Takes the place at `path` for this process. At no time can anybody connect whom `access`
     /// does not let in. Null when another service manager has it, or it cannot be had; the log says
@@ -33,7 +33,7 @@ public:
     bool leaveIfUnused();
 
 private:
-    void admit(Fd door) const;
+    void admit(Fd control) const;
     /// False when there is no use in trying on at once.
     bool turnOneAway();
 

@@ -74,8 +74,8 @@ private:
     uid_t mUid;
     size_t mFirstFd;  // of the binders: a memfd comes before them
     size_t mFdCount = 0;
-    int mFds[kMostFds];  // each released by an `Fd`
-    ObjectRecord mRecords[kMostObjects];
+    int mFds[kMaxFds];  // each released by an `Fd`
+    ObjectRecord mRecords[kMaxObjects];
 };
 
 enum class Received {

@@ -18,7 +18,7 @@ namespace {
 constexpr size_t kPageSize = 4096;
 constexpr uint32_t kBytes = kLargestOneWay;
 // A call without a payload takes some room as well. So many wait at most that a sender's share of
-// the receiver's memory holds them (see Lease).
+// the receiver's memory holds them (see QuotaCharge).
 constexpr size_t kSmallestCost = 128;
 
 Fd makePage() {

@@ -29,7 +29,7 @@ public:
     Arrival arrive() PLATFORM_EXCLUDES(mLock);
 
     /// Waits until the call may be carried out. What is to overtake it may come over the socket
-    /// that the calling thread reads: the watchman lends that to another thread.
+    /// that the calling thread reads: the stall monitor lends that to another thread.
     void holdBack(const Arrival& arrival, uint32_t code) PLATFORM_EXCLUDES(mLock);
 
     /// How many have arrived so far.

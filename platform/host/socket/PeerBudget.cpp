@@ -3,15 +3,15 @@
 
 #include <poll.h>
 
+#include "socket/Deadline.h"
 #include "socket/Message.h"
-#include "socket/Patience.h"
 
 namespace android::transport {
 
-OneWayBudget* PeerBudget::find(const Fd& door) {
+OneWayBudget* PeerBudget::find(const Fd& control) {
     Mutex::Autolock held(mLock);
     if (!mAsked) {
-        ask(door);
+        ask(control);
     }
     if (mAnswer.valid()) {
         readAnswer();
@@ -19,16 +19,16 @@ OneWayBudget* PeerBudget::find(const Fd& door) {
     return mBudget.get();
 }
 
-void PeerBudget::ask(const Fd& door) {
+void PeerBudget::ask(const Fd& control) {
     SocketPair pair = makeSocketPair();
-    mAsked = pair.held.valid() && sendAdopt(door, Role::Budget, pair.served) == OK;
+    mAsked = pair.held.valid() && sendAdopt(control, Role::Budget, pair.served) == OK;
     if (!mAsked) {
         return;  // the next call asks
     }
     pair.served.reset();  // so that a process that keeps no budget is seen to hang up
     mAnswer = std::move(pair.held);
-    Patience patience;
-    (void)patience.wait({mAnswer.get(), POLLIN});
+    Deadline deadline;
+    (void)deadline.wait({mAnswer.get(), POLLIN});
 }
 
 void PeerBudget::readAnswer() {

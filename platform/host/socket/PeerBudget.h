@@ -9,17 +9,17 @@
 
 namespace android::transport {
 
-/// The budget of the process that a reference leads to, asked for through the door.
+/// The budget of the process that a reference leads to, asked for through the control socket.
 ///
 /// Called on: any thread. Locks: its own, also while it waits for the first answer.
 class PeerBudget {
 public:
     /// Null while the process has not said, or when it keeps none. The first call waits for the
-    /// answer, for `kPatienceMs` at most; the others take what is there.
-    OneWayBudget* find(const Fd& door) PLATFORM_EXCLUDES(mLock);
+    /// answer, for `kSendTimeoutMs` at most; the others take what is there.
+    OneWayBudget* find(const Fd& control) PLATFORM_EXCLUDES(mLock);
 
 private:
-    void ask(const Fd& door) PLATFORM_REQUIRES(mLock);
+    void ask(const Fd& control) PLATFORM_REQUIRES(mLock);
     void readAnswer() PLATFORM_REQUIRES(mLock);
 
     Mutex mLock;

@@ -27,78 +27,78 @@ uint64_t tokenOf(const epoll_event& event) {
 
 Reactor::Reactor() : mEpoll(epoll_create1(EPOLL_CLOEXEC)) {}
 
-bool Reactor::add(const std::shared_ptr<Source>& source) {
-    return add(source, source->socket());
+bool Reactor::add(const std::shared_ptr<EventHandler>& handler) {
+    return add(handler, handler->socket());
 }
 
-bool Reactor::add(const std::shared_ptr<Source>& source, const Fd& socket) {
+bool Reactor::add(const std::shared_ptr<EventHandler>& handler, const Fd& socket) {
     Mutex::Autolock held(mLock);
-    source->mWaitedFd = socket.get();
-    source->mToken = ++mLastToken;
-    mSources[source->mToken] = source;
-    if (control(mEpoll.get(), EPOLL_CTL_ADD, source->mWaitedFd, source->mToken)) {
+    handler->mWaitedFd = socket.get();
+    handler->mToken = ++mLastToken;
+    mHandlers[handler->mToken] = handler;
+    if (control(mEpoll.get(), EPOLL_CTL_ADD, handler->mWaitedFd, handler->mToken)) {
         return true;
     }
-    mSources.erase(source->mToken);
+    mHandlers.erase(handler->mToken);
     return false;
 }
 
-void Reactor::rearm(Source& source) {
-    const int operation = source.mPaused.exchange(false) ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
-    // Fails only for a source that another thread has removed meanwhile.
-    (void)control(mEpoll.get(), operation, source.mWaitedFd, source.mToken);
+void Reactor::rearm(EventHandler& handler) {
+    const int operation = handler.mPaused.exchange(false) ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
+    // Fails only for a handler that another thread has removed meanwhile.
+    (void)control(mEpoll.get(), operation, handler.mWaitedFd, handler.mToken);
 }
 
-void Reactor::rearmIfKept(Source& source) {
+void Reactor::rearmIfKept(EventHandler& handler) {
     Mutex::Autolock held(mLock);
-    if (mSources.count(source.mToken) != 0) {
-        rearm(source);
+    if (mHandlers.count(handler.mToken) != 0) {
+        rearm(handler);
     }
 }
 
-void Reactor::pause(Source& source) {
-    if (!source.mPaused.exchange(true)) {
-        (void)control(mEpoll.get(), EPOLL_CTL_DEL, source.mWaitedFd, source.mToken);
+void Reactor::pause(EventHandler& handler) {
+    if (!handler.mPaused.exchange(true)) {
+        (void)control(mEpoll.get(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
     }
 }
 
-void Reactor::remove(const Source& source) {
+void Reactor::remove(const EventHandler& handler) {
     if (isForkedChild()) {
         return;  // the lock may be held for ever, and the descriptors are closed already
     }
-    std::shared_ptr<Source> last;  // destroyed outside of the lock
+    std::shared_ptr<EventHandler> last;  // destroyed outside of the lock
     Mutex::Autolock held(mLock);
-    const auto found = mSources.find(source.mToken);
-    if (found != mSources.end()) {
-        (void)control(mEpoll.get(), EPOLL_CTL_DEL, source.mWaitedFd, source.mToken);
+    const auto found = mHandlers.find(handler.mToken);
+    if (found != mHandlers.end()) {
+        (void)control(mEpoll.get(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
         last = std::move(found->second);
-        mSources.erase(found);
+        mHandlers.erase(found);
     }
 }
 
-std::shared_ptr<Source> Reactor::wait() {
+std::shared_ptr<EventHandler> Reactor::wait() {
     epoll_event event = {};
     if (epoll_wait(mEpoll.get(), &event, 1, -1) != 1) {
         return nullptr;
     }
     Mutex::Autolock held(mLock);
-    const auto found = mSources.find(tokenOf(event));
-    return found != mSources.end() ? found->second : nullptr;
+    const auto found = mHandlers.find(tokenOf(event));
+    return found != mHandlers.end() ? found->second : nullptr;
 }
 
-std::vector<std::shared_ptr<Source>> Reactor::ready() {
-    constexpr int kMostAtOnce = 16;
-    epoll_event events[kMostAtOnce];
-    const int count = epoll_wait(mEpoll.get(), events, kMostAtOnce, 0);
-    std::vector<std::shared_ptr<Source>> sources;
+std::vector<std::shared_ptr<EventHandler>> Reactor::ready() {
+    constexpr int kMaxAtOnce = 16;
+    epoll_event events[kMaxAtOnce];
+    const int count = epoll_wait(mEpoll.get(), events, kMaxAtOnce, 0);
+    std::vector<std::shared_ptr<EventHandler>> handlers;
     Mutex::Autolock held(mLock);
     for (int i = 0; i < count; ++i) {
-        const auto found = mSources.find(tokenOf(events[i]));
-        if (found != mSources.end()) {
-            sources.push_back(found->second);
+        const auto found = mHandlers.find(tokenOf(events[i]));
+        if (found != mHandlers.end()) {
+            handlers.push_back(found->second);
         }
     }
-    return sources;
+    return handlers;
 }
 
 Reactor& reactor() {

@@ -15,20 +15,20 @@ namespace android::transport {
 
 /// Something with a descriptor that threads of the pool wait for.
 ///
-/// It is armed for one event at a time, so one thread at most is in `onReady`; the source is armed
+/// It is armed for one event at a time, so one thread at most is in `onReady`; the handler is armed
 /// again (`Reactor::rearm`) or taken out (`Reactor::remove`) at the end of it.
-class Source {
+class EventHandler {
 public:
-    explicit Source(Fd socket) : mSocket(std::move(socket)) {}
-    virtual ~Source() = default;
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
+    explicit EventHandler(Fd socket) : mSocket(std::move(socket)) {}
+    virtual ~EventHandler() = default;
+    EventHandler(const EventHandler&) = delete;
+    EventHandler& operator=(const EventHandler&) = delete;
 
     /// Called on: a thread of the pool. Locks: none.
     virtual void onReady() = 0;
     /// Is `onReady` over in a moment, whatever others do? Then the pool starts no thread that waits
     /// meanwhile. Anything that may run an implementation's code is not brief.
-    virtual bool isBrief() const { return false; }
+    virtual bool neverBlocks() const { return false; }
 
     const Fd& socket() const { return mSocket; }
 
@@ -37,7 +37,7 @@ private:
     Fd mSocket;
     int mWaitedFd = -1;
     uint64_t mToken = 0;
-    // Touched only by the thread that the source has been handed to.
+    // Touched only by the thread that the handler has been handed to.
     std::atomic<bool> mPaused{false};
 };
 
@@ -46,29 +46,30 @@ class Reactor {
 public:
     Reactor();
 
-    /// Keeps the source, and arms it. False when the kernel will not have it.
-    bool add(const std::shared_ptr<Source>& source);
+    /// Keeps the handler, and arms it. False when the kernel will not have it.
+    bool add(const std::shared_ptr<EventHandler>& handler);
     /// The same for a descriptor that somebody else owns and removes before it is closed.
-    bool add(const std::shared_ptr<Source>& source, const Fd& socket);
-    void rearm(Source& source);
-    /// The same for a source that may be removed at any time, and its descriptor closed.
-    void rearmIfKept(Source& source);
-    /// Takes a source that is not armed out of the kernel's sight until it is armed again: while a
+    bool add(const std::shared_ptr<EventHandler>& handler, const Fd& socket);
+    void rearm(EventHandler& handler);
+    /// The same for a handler that may be removed at any time, and its descriptor closed.
+    void rearmIfKept(EventHandler& handler);
+    /// Takes a handler that is not armed out of the kernel's sight until it is armed again: while a
     /// thread reads its socket directly, each message would cost a look at it.
-    void pause(Source& source);
-    /// Lets the source go; it is destroyed when nobody uses it any more.
-    void remove(const Source& source);
+    void pause(EventHandler& handler);
+    /// Lets the handler go; it is destroyed when nobody uses it any more.
+    void remove(const EventHandler& handler);
 
-    /// Sleeps until a source is ready. Null once in a while, when it has been removed meanwhile.
-    std::shared_ptr<Source> wait();
-    /// Those of the sources that are ready now, a few at a time and each in its turn.
-    std::vector<std::shared_ptr<Source>> ready();
+    /// Sleeps until a handler is ready. Null once in a while, when it has been removed meanwhile.
+    std::shared_ptr<EventHandler> wait();
+    /// Those of the handlers that are ready now, a few at a time and each in its turn.
+    std::vector<std::shared_ptr<EventHandler>> ready();
 
 private:
     Fd mEpoll;
     Mutex mLock;
-    // Events name sources by number: a source may go while an event for it is on its way.
-    std::unordered_map<uint64_t, std::shared_ptr<Source>> mSources PLATFORM_GUARDED_BY(mLock);
+    // Events name handlers by number: a handler may go while an event for it is on its way.
+    std::unordered_map<uint64_t, std::shared_ptr<EventHandler>> mHandlers
+        PLATFORM_GUARDED_BY(mLock);
     uint64_t mLastToken PLATFORM_GUARDED_BY(mLock) = 0;
 };
 

@@ -132,7 +132,7 @@ private:
 
     // The room for control messages is rounded up, and may hold more than are allowed.
     void keep(int fd) {
-        if (mEnvelope.mFdCount < kMostFds) {
+        if (mEnvelope.mFdCount < kMaxFds) {
             // Still known as one of the runtime's: a forked child must not keep it.
             mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
         } else {
@@ -146,7 +146,7 @@ private:
     bool unpackHeaderOnly(size_t size) {
         const size_t got = mEnvelope.mFdCount;
         mEnvelope.closeFds();
-        if (got >= kMostFds || !gather(size) || size < sizeof(Header)) {
+        if (got >= kMaxFds || !gather(size) || size < sizeof(Header)) {
             return false;
         }
         Header header;
@@ -200,7 +200,7 @@ private:
     }
 
     static constexpr size_t kControlSize =
-        CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(int) * kMostFds);
+        CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(int) * kMaxFds);
 
     ParcelFrame mFrame;
     Envelope& mEnvelope;

@@ -38,8 +38,8 @@ status_t attemptOnce(Attempt attempt) {
     return sent >= 0 ? static_cast<status_t>(OK) : statusOf(errno);
 }
 
-struct Control {
-    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(int) * kMostFds)];
+struct ControlMessage {
+    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(int) * kMaxFds)];
     size_t size = 0;
 
     void add(size_t index, int fd) {
@@ -53,7 +53,7 @@ struct Control {
     }
 };
 
-status_t sendParts(const Fd& socket, iovec* parts, size_t count, Control& control) {
+status_t sendParts(const Fd& socket, iovec* parts, size_t count, ControlMessage& control) {
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = count;
@@ -90,7 +90,7 @@ status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
         header.options |= kPayloadInMemfd;
     }
 
-    Control control;
+    ControlMessage control;
     size_t fds = 0;
     if (apart) {
         control.add(fds++, memfd.get());
@@ -112,7 +112,7 @@ status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
 status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                      const Attachments& attachments) {
     const size_t size = parcel.dataSize();
-    if (size > largestPayload(header.kind) || attachments.records.size() > kMostObjects) {
+    if (size > largestPayload(header.kind) || attachments.records.size() > kMaxObjects) {
         return FAILED_TRANSACTION;
     }
     header.magic = kMagic;
@@ -128,7 +128,7 @@ status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder) {
     Header header = {
         kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, static_cast<uint32_t>(holder), 0, 0,
         0};
-    Control control;
+    ControlMessage control;
     control.add(0, end.get());
     control.finish(1);
     iovec part = {&header, sizeof(header)};

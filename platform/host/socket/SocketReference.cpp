@@ -5,8 +5,8 @@
 #include <sys/socket.h>
 
 #include "binder/BpBinder.h"
-#include "socket/KnownProxies.h"
-#include "socket/Objects.h"
+#include "socket/BinderTransfer.h"
+#include "socket/ImportTable.h"
 #include "socket/ThreadPool.h"
 #include "support/ForkGuard.h"
 #include "support/Log.h"
@@ -16,27 +16,27 @@ namespace android::transport {
 
 namespace {
 
-constexpr size_t kMostIdle = 16;
+constexpr size_t kMaxIdle = 16;
 
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
 
 // Only so many threads that serve may wait at a time until other processes listen to them: the rest
 // serve those who have nothing to do with it.
-class PlaceToWait {
+class BlockingSlot {
 public:
-    PlaceToWait()
-        : mServes(ThreadPool::servesHere()), mGranted(!mServes || waiting().fetch_add(1) < kMost) {}
-    ~PlaceToWait() {
+    BlockingSlot()
+        : mServes(ThreadPool::servesHere()), mGranted(!mServes || waiting().fetch_add(1) < kMax) {}
+    ~BlockingSlot() {
         if (mServes) {
             --waiting();
         }
     }
-    PlaceToWait(const PlaceToWait&) = delete;
-    PlaceToWait& operator=(const PlaceToWait&) = delete;
+    BlockingSlot(const BlockingSlot&) = delete;
+    BlockingSlot& operator=(const BlockingSlot&) = delete;
     bool granted() const { return mGranted; }
 
 private:
-    static constexpr int kMost = 4;
+    static constexpr int kMax = 4;
     static std::atomic<int>& waiting() {
         static std::atomic<int> count{0};
         return count;
@@ -46,13 +46,13 @@ private:
 };
 
 // A reference to a node that has died: its other end is closed.
-Fd deadDoor() {
+Fd deadReference() {
     return std::move(makeSocketPair().held);
 }
 
 status_t trySend(const Fd& socket, const Header& header, const Parcel& data,
-                 const Attachments& attachments, Obstacle& obstacle) {
-    obstacle = {socket.get(), POLLOUT};
+                 const Attachments& attachments, PollTarget& target) {
+    target = {socket.get(), POLLOUT};
     return sendMessage(socket, header, data, attachments);
 }
 
@@ -71,13 +71,13 @@ void waitForData(const Fd& socket) {
 
 }  // namespace
 
-// Waits for the door to hang up.
-class SocketReference::Watch final : public Source {
+// Waits for the control socket to hang up.
+class SocketReference::Watch final : public EventHandler {
 public:
-    explicit Watch(const wp<BpBinder>& proxy) : Source(Fd()), mProxy(proxy) {}
+    explicit Watch(const wp<BpBinder>& proxy) : EventHandler(Fd()), mProxy(proxy) {}
 
     void onReady() override {
-        // Nothing is ever said through a door to its holder: only its end makes it ready.
+        // Nothing is ever said through a control socket to its holder: only its end makes it ready.
         const sp<BpBinder> proxy = mProxy.promote();
         if (proxy != nullptr) {
             proxy->reportDeath();
@@ -88,10 +88,11 @@ private:
     const wp<BpBinder> mProxy;
 };
 
-SocketReference::SocketReference(const NodeId& id, Fd door,
-                                 std::shared_ptr<const Farewell> predecessor, bool leadsToManager)
+SocketReference::SocketReference(const NodeId& id, Fd control,
+                                 std::shared_ptr<const DrainingSocket> predecessor,
+                                 bool leadsToManager)
     : mId(id),
-      mDoor(std::move(door)),
+      mControl(std::move(control)),
       mLeadsToManager(leadsToManager),
       mPredecessor(std::move(predecessor)),
       mBudget(gManners.ofDriver ? std::make_unique<PeerBudget>() : nullptr) {}
@@ -100,11 +101,11 @@ SocketReference::~SocketReference() {
     // A child shares the sockets with its parent, and may have copied a lock that is held.
     if (!isForkedChild()) {
         unwatch();
-        forgetReference(*this);
+        forgetImport(*this);
     }
 }
 
-Fd SocketReference::takeUnheard() {
+Fd SocketReference::takeUndrained() {
     Mutex::Autolock held(mSendLock);
     if (mMainIsClosed) {
         return std::move(mSecondMain);
@@ -135,34 +136,34 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (data.dataSize() > kLargestRequest) {
         return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
     }
-    const ThreadPool::Blocked blocked;
+    const ThreadPool::BlockedScope blocked;
     if (!blocked.granted()) {
         return FAILED_TRANSACTION;
     }
-    Patience patience;
+    Deadline deadline;
     Attachments attachments;
-    const status_t status = detachBinders(data, &attachments, patience, {0, mLeadsToManager});
+    const status_t status = exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
     if (status != OK) {
         return status;
     }
     if (!mMainIsTaken.exchange(true)) {
-        Obstacle obstacle;
-        const status_t sent = tryMain(header, data, attachments, obstacle);
+        PollTarget target;
+        const status_t sent = tryMain(header, data, attachments, target);
         if (sent != WOULD_BLOCK) {
-            return finishOnMain(sent, reply, patience);
+            return finishOnMain(sent, reply, deadline);
         }
         mMainIsTaken = false;
     }
-    return callBeside(header, data, attachments, reply, patience);
+    return callBeside(header, data, attachments, reply, deadline);
 }
 
-status_t SocketReference::finishOnMain(status_t sent, Parcel* reply, Patience& patience) {
+status_t SocketReference::finishOnMain(status_t sent, Parcel* reply, Deadline& deadline) {
     status_t status = sent;
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
         status = receiveReply(mMain, reply, &broken);
     } else if (broken) {
-        status = whyClosed(patience);
+        status = whyClosed(deadline);
     }
     if (!broken) {
         mMainIsTaken = false;
@@ -172,18 +173,18 @@ status_t SocketReference::finishOnMain(status_t sent, Parcel* reply, Patience& p
 
 status_t SocketReference::callBeside(const Header& header, const Parcel& data,
                                      const Attachments& attachments, Parcel* reply,
-                                     Patience& patience) {
+                                     Deadline& deadline) {
     Fd socket;
-    const auto attempt = [&](Obstacle& obstacle) {
-        const status_t status = socket.valid() ? OK : takeSocket(&socket, obstacle);
-        return status == OK ? trySend(socket, header, data, attachments, obstacle) : status;
+    const auto attempt = [&](PollTarget& target) {
+        const status_t status = socket.valid() ? OK : takeSocket(&socket, target);
+        return status == OK ? trySend(socket, header, data, attachments, target) : status;
     };
-    status_t status = patiently(patience, attempt);
+    status_t status = retryUntil(deadline, attempt);
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
         status = receiveReply(socket, reply, &broken);
     } else if (broken) {
-        status = whyClosed(patience);
+        status = whyClosed(deadline);
     }
     if (!broken && socket.valid()) {
         giveBack(std::move(socket));
@@ -195,16 +196,16 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
     if (data.dataSize() > kLargestOneWay) {
         return refuseAsTooLarge("one-way", header.code, data.dataSize(), kLargestOneWay);
     }
-    Patience patience;
+    Deadline deadline;
     Attachments attachments;
-    status_t status = detachBinders(data, &attachments, patience, {0, mLeadsToManager});
+    status_t status = exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
     if (status == OK) {
-        status = patiently(patience, [&](Obstacle& obstacle) {
-            return tryMain(header, data, attachments, obstacle);
+        status = retryUntil(deadline, [&](PollTarget& target) {
+            return tryMain(header, data, attachments, target);
         });
     }
     if (status == DEAD_OBJECT) {
-        status = whyClosed(patience);
+        status = whyClosed(deadline);
         if (status != DEAD_OBJECT) {
             logLimited(
                 "a connection was refused by the process that it leads to: a one-way call fails, "
@@ -215,7 +216,7 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
 }
 
 status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& data) {
-    OneWayBudget* budget = mBudget->find(mDoor);
+    OneWayBudget* budget = mBudget->find(mControl);
     if (budget == nullptr || data.dataSize() > kLargestOneWay) {
         return callOneWay(header, data);
     }
@@ -231,18 +232,18 @@ status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& da
 }
 
 status_t SocketReference::tryMain(const Header& header, const Parcel& data,
-                                  const Attachments& attachments, Obstacle& obstacle) {
+                                  const Attachments& attachments, PollTarget& target) {
     const bool oneWay = header.kind == Kind::OneWay;
     Mutex::Autolock held(mSendLock);
     Fd& socket = oneWay && mMainIsClosed ? mSecondMain : mMain;
-    status_t status = socket.valid() ? OK : open(Role::Calls, 0, &socket, obstacle);
-    if (status == OK && (oneWay ? !mayFollow(obstacle) : !mayGoBehind())) {
+    status_t status = socket.valid() ? OK : open(Role::Calls, 0, &socket, target);
+    if (status == OK && (oneWay ? !mayFollow(target) : !mayGoBehind())) {
         status = WOULD_BLOCK;
     }
     if (status != OK) {
         return status;
     }
-    status = trySend(socket, header, data, attachments, obstacle);
+    status = trySend(socket, header, data, attachments, target);
     if (status == DEAD_OBJECT) {
         mMainIsClosed = true;
         mSecondMain.reset();
@@ -254,21 +255,22 @@ status_t SocketReference::tryMain(const Header& header, const Parcel& data,
 }
 
 // Has everything been received that was sent through an earlier reference?
-bool SocketReference::mayFollow(Obstacle& obstacle) {
-    if (mPredecessor != nullptr && !mPredecessor->isOver()) {
-        obstacle = {mPredecessor->socket().get(), POLLRDHUP};
+bool SocketReference::mayFollow(PollTarget& target) {
+    if (mPredecessor != nullptr && !mPredecessor->isDrained()) {
+        target = {mPredecessor->socket().get(), POLLRDHUP};
         return false;
     }
     mPredecessor.reset();
     return true;
 }
 
-// With more ahead that is not done, the other side may not be reading the main socket (see Turns).
+// With more ahead that is not done, the other side may not be reading the main socket (see
+// OneWayQueue).
 bool SocketReference::mayGoBehind() const {
     const uint32_t ahead = mOneWaysSent - mOneWaysDone.load();
     return ahead == 0 ||
-           (ahead <= kMostAhead &&
-            mBytesSent - mBytesUpTo[(mOneWaysSent - ahead) % kRemembered] <= kMostBytesAhead);
+           (ahead <= kMaxAhead &&
+            mBytesSent - mBytesUpTo[(mOneWaysSent - ahead) % kRemembered] <= kMaxBytesAhead);
 }
 
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
@@ -280,7 +282,7 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
         received = receiveMessage(socket, true, *reply, envelope);
     }
     if (received == Received::Message && envelope.header().kind == Kind::Reply &&
-        attachBinders(envelope, *reply)) {
+        importBinders(envelope, *reply)) {
         noteDone(envelope.header().code);
         const status_t status = envelope.header().status;
         if (status != OK) {
@@ -296,8 +298,8 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
     }
     *broken = true;
     if (received == Received::HungUp) {
-        Patience patience(kReplyPatienceMs);  // its process may be dying, one socket after another
-        return whyClosed(patience);
+        Deadline deadline(kEndTimeoutMs);  // its process may be dying, one socket after another
+        return whyClosed(deadline);
     }
     logLimited("a reply that makes no sense: its connection is closed");
     // Not closed here: other threads may be sending on it.
@@ -313,7 +315,7 @@ void SocketReference::noteDone(uint32_t done) {
     }
 }
 
-status_t SocketReference::takeSocket(Fd* out, Obstacle& obstacle) {
+status_t SocketReference::takeSocket(Fd* out, PollTarget& target) {
     {
         Mutex::Autolock held(mLock);
         if (!mIdle.empty()) {
@@ -322,54 +324,54 @@ status_t SocketReference::takeSocket(Fd* out, Obstacle& obstacle) {
             return OK;
         }
     }
-    return open(Role::Calls, 0, out, obstacle);
+    return open(Role::Calls, 0, out, target);
 }
 
 void SocketReference::giveBack(Fd socket) {
     Mutex::Autolock held(mLock);
-    if (mIdle.size() < kMostIdle) {
+    if (mIdle.size() < kMaxIdle) {
         mIdle.push_back(std::move(socket));
     }
 }
 
-status_t SocketReference::open(Role role, pid_t holder, Fd* out, Obstacle& obstacle) const {
+status_t SocketReference::open(Role role, pid_t holder, Fd* out, PollTarget& target) const {
     SocketPair pair = makeSocketPair();
     if (!pair.held.valid()) {
         logLimited("out of file descriptors: a call fails");
         return FAILED_TRANSACTION;
     }
-    obstacle = {mDoor.get(), POLLOUT};
-    const status_t status = sendAdopt(mDoor, role, pair.served, holder);
+    target = {mControl.get(), POLLOUT};
+    const status_t status = sendAdopt(mControl, role, pair.served, holder);
     if (status == OK) {
         *out = std::move(pair.held);
     }
     return status;
 }
 
-// The owner has closed a socket: with the door, since it has died, or that one alone.
-status_t SocketReference::whyClosed(Patience& patience) const {
-    return patiently(patience, [this](Obstacle& obstacle) {
-        obstacle = {mDoor.get(), POLLRDHUP};
-        return hasHungUp(mDoor) ? DEAD_OBJECT : WOULD_BLOCK;
+// The owner has closed a socket: with the control socket, since it has died, or that one alone.
+status_t SocketReference::whyClosed(Deadline& deadline) const {
+    return retryUntil(deadline, [this](PollTarget& target) {
+        target = {mControl.get(), POLLRDHUP};
+        return hasHungUp(mControl) ? DEAD_OBJECT : WOULD_BLOCK;
     });
 }
 
 bool SocketReference::hasEnded() const {
-    return hasHungUp(mDoor);
+    return hasHungUp(mControl);
 }
 
-Fd SocketReference::share(pid_t holder, Patience& patience) {
-    Fd door;
+Fd SocketReference::share(pid_t holder, Deadline& deadline) {
+    Fd control;
     status_t last = OK;
-    const auto attempt = [&](Obstacle& obstacle) {
-        return last = open(Role::Door, holder, &door, obstacle);
+    const auto attempt = [&](PollTarget& target) {
+        return last = open(Role::Control, holder, &control, target);
     };
-    const PlaceToWait place;
-    Obstacle unused;
+    const BlockingSlot place;
+    PollTarget unused;
     const bool wait = place.granted() && !mDoesNotListen;
-    const status_t status = wait ? patiently(patience, attempt) : attempt(unused);
+    const status_t status = wait ? retryUntil(deadline, attempt) : attempt(unused);
     mDoesNotListen = last == WOULD_BLOCK;
-    return status == DEAD_OBJECT ? deadDoor() : std::move(door);
+    return status == DEAD_OBJECT ? deadReference() : std::move(control);
 }
 
 status_t SocketReference::watch(const wp<BpBinder>& proxy) {
@@ -379,7 +381,7 @@ status_t SocketReference::watch(const wp<BpBinder>& proxy) {
     Mutex::Autolock held(mLock);
     if (mWatch == nullptr) {
         mWatch = std::make_shared<Watch>(proxy);
-        if (!reactor().add(mWatch, mDoor)) {
+        if (!reactor().add(mWatch, mControl)) {
             mWatch.reset();
             return NO_MEMORY;
         }

@@ -8,24 +8,25 @@
 #include <vector>
 
 #include "binder/transport/Reference.h"
-#include "socket/Farewell.h"
+#include "socket/Deadline.h"
+#include "socket/DrainingSocket.h"
 #include "socket/Message.h"
-#include "socket/Patience.h"
 #include "socket/PeerBudget.h"
 #include "socket/Reactor.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
 
-/// A reference that is a socket, the door: whoever holds this end may call the node, and its
-/// closing lets the node go. Calls travel on sockets of their own, opened through the door when
-/// they are first needed: one for all one-way calls, which keeps them in order, and one for each
-/// two-way call that is under way at the same time, so that its caller sleeps on its own reply.
+/// A reference that is a socket, the control socket: whoever holds this end may call the node, and
+/// its closing lets the node go. Calls travel on sockets of their own, opened through the control
+/// socket when they are first needed: one for all one-way calls, which keeps them in order, and one
+/// for each two-way call that is under way at the same time, so that its caller sleeps on its own
+/// reply.
 class SocketReference final : public Reference {
 public:
     /// `predecessor`: the last one-way calls of an earlier reference to the same node, if any are
     /// on their way. `leadsToManager`: the node is the service manager's.
-    SocketReference(const NodeId& id, Fd door, std::shared_ptr<const Farewell> predecessor,
+    SocketReference(const NodeId& id, Fd control, std::shared_ptr<const DrainingSocket> predecessor,
                     bool leadsToManager);
     ~SocketReference() override;
     SocketReference(const SocketReference&) = delete;
@@ -37,13 +38,13 @@ public:
     void unwatch() override;
 
     const NodeId& id() const { return mId; }
-    /// A new reference to the same node, to be given away: a door that the node's process serves,
-    /// or a dead one when the node has died. Invalid when there are no descriptors left, or the
-    /// node's process does not listen. `holder` is who it is for, 0 when that is not known.
-    Fd share(pid_t holder, Patience& patience);
+    /// A new reference to the same node, to be given away: a control socket that the node's process
+    /// serves, or a dead one when the node has died. Invalid when there are no descriptors left, or
+    /// the node's process does not listen. `holder` is who it is for, 0 when that is not known.
+    Fd share(pid_t holder, Deadline& deadline);
     /// For the end: the main socket when one-way calls in it may not have been received, else an
     /// invalid one. No call is under way then.
-    Fd takeUnheard();
+    Fd takeUndrained();
 
 private:
     class Watch;
@@ -52,21 +53,21 @@ private:
     status_t callOneWay(const Header& header, const Parcel& data);
     status_t callOneWayWithinBudget(Header header, const Parcel& data);
     status_t tryMain(const Header& header, const Parcel& data, const Attachments& attachments,
-                     Obstacle& obstacle);
-    status_t finishOnMain(status_t sent, Parcel* reply, Patience& patience);
+                     PollTarget& target);
+    status_t finishOnMain(status_t sent, Parcel* reply, Deadline& deadline);
     status_t callBeside(const Header& header, const Parcel& data, const Attachments& attachments,
-                        Parcel* reply, Patience& patience);
-    bool mayFollow(Obstacle& obstacle) PLATFORM_REQUIRES(mSendLock);
+                        Parcel* reply, Deadline& deadline);
+    bool mayFollow(PollTarget& target) PLATFORM_REQUIRES(mSendLock);
     bool mayGoBehind() const PLATFORM_REQUIRES(mSendLock);
     status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
     void noteDone(uint32_t done);
-    status_t open(Role role, pid_t holder, Fd* out, Obstacle& obstacle) const;
-    status_t takeSocket(Fd* out, Obstacle& obstacle);
+    status_t open(Role role, pid_t holder, Fd* out, PollTarget& target) const;
+    status_t takeSocket(Fd* out, PollTarget& target);
     void giveBack(Fd socket);
-    status_t whyClosed(Patience& patience) const;
+    status_t whyClosed(Deadline& deadline) const;
 
     const NodeId mId;
-    const Fd mDoor;
+    const Fd mControl;
     const bool mLeadsToManager;
 
     // The owner has not taken the last reference that was to be passed on: the next one does not
@@ -85,7 +86,7 @@ private:
     // Held while a message is put into the main socket, so that a two-way call knows what is ahead.
     // Nobody waits for another process with it.
     Mutex mSendLock;
-    std::shared_ptr<const Farewell> mPredecessor PLATFORM_GUARDED_BY(mSendLock);
+    std::shared_ptr<const DrainingSocket> mPredecessor PLATFORM_GUARDED_BY(mSendLock);
     // The owner has closed the main socket alone, say because it was out of descriptors: one-way
     // calls go over another one then, two-way calls beside.
     bool mMainIsClosed PLATFORM_GUARDED_BY(mSendLock) = false;
@@ -94,7 +95,7 @@ private:
     uint32_t mBytesSent PLATFORM_GUARDED_BY(mSendLock) = 0;
     // mBytesSent as it was after each of the last one-way calls, by their number.
     static constexpr size_t kRemembered = 16;
-    static_assert(kRemembered > kMostAhead, "reaches back to the oldest that may be ahead");
+    static_assert(kRemembered > kMaxAhead, "reaches back to the oldest that may be ahead");
     std::array<uint32_t, kRemembered> mBytesUpTo PLATFORM_GUARDED_BY(mSendLock) = {};
     std::atomic<uint32_t> mOneWaysDone{0};
     // Null but in the manners of a driver.

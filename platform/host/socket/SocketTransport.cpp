@@ -6,10 +6,10 @@
 #include <algorithm>
 
 #include "binder/Binder.h"
-#include "socket/Lease.h"
+#include "socket/BinderTransfer.h"
 #include "socket/Listener.h"
 #include "socket/Message.h"
-#include "socket/Objects.h"
+#include "socket/Quota.h"
 #include "socket/SocketPath.h"
 #include "socket/ThreadPool.h"
 #include "support/ForkGuard.h"
@@ -45,8 +45,8 @@ sp<IBinder> SocketTransport::contextObject() {
         return known;
     }
     // Without the lock: a manager that takes its time costs each thread one wait, not everybody's.
-    Fd door = connectTo(socketPath());
-    return adopt(std::move(door));
+    Fd control = connectTo(socketPath());
+    return adopt(std::move(control));
 }
 
 bool SocketTransport::becomeContext(const sp<BBinder>& manager) {
@@ -79,7 +79,7 @@ bool SocketTransport::leaveIfUnused() {
 }
 
 std::optional<std::chrono::steady_clock::time_point> SocketTransport::unusedSince() const {
-    return unleasedSince();
+    return transport::unusedSince();
 }
 
 void SocketTransport::startThreads() {
@@ -89,7 +89,7 @@ void SocketTransport::startThreads() {
 }
 
 void SocketTransport::setMaxThreads(size_t count) {
-    threadPool().setMost(count);
+    threadPool().setMax(count);
 }
 
 void SocketTransport::serveForever() {
@@ -124,14 +124,14 @@ sp<IBinder> SocketTransport::usableContext() {
 }
 
 // All threads have the proxy of the one that was first.
-sp<IBinder> SocketTransport::adopt(Fd door) {
+sp<IBinder> SocketTransport::adopt(Fd control) {
     Mutex::Autolock held(mLock);
     const sp<IBinder> first = usableContext();
     if (first != nullptr) {
         return first;
     }
-    trustSharer(door.valid() ? peerPid(door) : 0);
-    mContext = door.valid() ? proxyOfManager(std::move(door)) : nullptr;
+    trustManager(control.valid() ? peerPid(control) : 0);
+    mContext = control.valid() ? importManager(std::move(control)) : nullptr;
     return mContext;
 }
 

@@ -46,7 +46,7 @@ private:
         PLATFORM_REQUIRES(mLock);
     sp<IBinder> knownContext();
     sp<IBinder> usableContext() PLATFORM_REQUIRES(mLock);
-    sp<IBinder> adopt(Fd door);
+    sp<IBinder> adopt(Fd control);
 
     Mutex mLock;
     sp<IBinder> mContext PLATFORM_GUARDED_BY(mLock);

@@ -15,7 +15,7 @@ namespace android::transport {
 namespace {
 
 // Calls that go back and forth without end are stopped here, not by the machine's memory.
-constexpr int kMostEver = 256;
+constexpr int kMaxThreads = 256;
 
 thread_local bool gServes = false;
 
@@ -27,38 +27,38 @@ void ThreadPool::start() {
     }
 }
 
-void ThreadPool::setMost(size_t count) {
-    mMost = static_cast<int>(std::clamp<size_t>(count, 1, kMostEver));
+void ThreadPool::setMax(size_t count) {
+    mMax = static_cast<int>(std::clamp<size_t>(count, 1, kMaxThreads));
 }
 
 bool ThreadPool::grow() {
-    uint32_t bits = mCrew.load();
+    uint32_t bits = mCounts.load();
     do {
-        const Crew crew(bits);
-        if (!mStarted || crew.free() >= mMost.load()) {
+        const ThreadCounts counts(bits);
+        if (!mStarted || counts.free() >= mMax.load()) {
             return true;
         }
-        if (crew.spawned >= kMostEver) {
+        if (counts.spawned >= kMaxThreads) {
             return false;
         }
-    } while (!mCrew.compare_exchange_weak(bits, bits + kOneSpawned));
+    } while (!mCounts.compare_exchange_weak(bits, bits + kOneSpawned));
     try {
         std::thread([this] { run(); }).detach();
         return true;
     } catch (const std::system_error& error) {
-        mCrew.fetch_sub(kOneSpawned);
+        mCounts.fetch_sub(kOneSpawned);
         logLimited("cannot start another thread: %s", error.what());
         return false;
     }
 }
 
 bool ThreadPool::leave() {
-    uint32_t bits = mCrew.load(std::memory_order_relaxed);
+    uint32_t bits = mCounts.load(std::memory_order_relaxed);
     do {
-        if (Crew(bits).free() <= mMost.load(std::memory_order_relaxed)) {
+        if (ThreadCounts(bits).free() <= mMax.load(std::memory_order_relaxed)) {
             return false;
         }
-    } while (!mCrew.compare_exchange_weak(bits, bits - kOneSpawned));
+    } while (!mCounts.compare_exchange_weak(bits, bits - kOneSpawned));
     return true;
 }
 
@@ -88,7 +88,7 @@ void ThreadPool::run() {
 }
 
 void ThreadPool::lose() {
-    mCrew.fetch_sub(kOneSpawned);
+    mCounts.fetch_sub(kOneSpawned);
     if (nobodyWaits()) {
         (void)grow();  // it says why not
     }
@@ -104,15 +104,15 @@ void ThreadPool::serveForever() {
 
 void ThreadPool::serveOne() {
     mWaiting.fetch_add(1);
-    const auto source = reactor().wait();
+    const auto handler = reactor().wait();
     mWaiting.fetch_sub(1);
-    if (source == nullptr) {
+    if (handler == nullptr) {
         return;
     }
-    if (!source->isBrief()) {
+    if (!handler->neverBlocks()) {
         keepOneWaiting();
     }
-    source->onReady();
+    handler->onReady();
 }
 
 void ThreadPool::keepOneWaiting() {
@@ -125,7 +125,7 @@ bool ThreadPool::tryStay() {
     if (nobodyWaits()) {
         return false;
     }
-    const int most = std::max(1, mMost.load(std::memory_order_relaxed) / 2);
+    const int most = std::max(1, mMax.load(std::memory_order_relaxed) / 2);
     if (mStaying.fetch_add(1) < most) {
         return true;
     }
@@ -138,12 +138,12 @@ void ThreadPool::endStay() {
 }
 
 bool ThreadPool::block() {
-    const Crew crew(mCrew.fetch_add(kOneBlocked) + kOneBlocked);
-    if (!nobodyWaits() || grow() || crew.free() > 0) {
+    const ThreadCounts counts(mCounts.fetch_add(kOneBlocked) + kOneBlocked);
+    if (!nobodyWaits() || grow() || counts.free() > 0) {
         return true;
     }
-    mCrew.fetch_sub(kOneBlocked);
-    logLimited("all %d threads wait for replies: a call of the last one fails", crew.spawned);
+    mCounts.fetch_sub(kOneBlocked);
+    logLimited("all %d threads wait for replies: a call of the last one fails", counts.spawned);
     return false;
 }
 
@@ -151,11 +151,12 @@ bool ThreadPool::servesHere() {
     return gServes;
 }
 
-ThreadPool::Blocked::Blocked() : mServes(gServes), mGranted(!mServes || threadPool().block()) {}
+ThreadPool::BlockedScope::BlockedScope()
+    : mServes(gServes), mGranted(!mServes || threadPool().block()) {}
 
-ThreadPool::Blocked::~Blocked() {
+ThreadPool::BlockedScope::~BlockedScope() {
     if (mServes && mGranted) {
-        threadPool().mCrew.fetch_sub(kOneBlocked);
+        threadPool().mCounts.fetch_sub(kOneBlocked);
     }
 }
 

@@ -16,7 +16,7 @@ class ThreadPool {
 public:
     void start();
     /// At least one thread serves once the pool has started, whatever `count` says.
-    void setMost(size_t count);
+    void setMax(size_t count);
     [[noreturn]] void serveForever();
     /// Has any thread been told to serve? Without one nobody waits in the reactor.
     bool isUsed() const { return mStarted || mJoined; }
@@ -26,7 +26,7 @@ public:
     /// socket that stays silent keeps nobody from being served. `endStay` gives the place back.
     bool tryStay();
     void endStay();
-    /// For a thread that serves a brief source and finds that it may take long after all.
+    /// For a thread that serves a brief handler and finds that it may take long after all.
     void keepOneWaiting();
     /// Has the last thread left the reactor? Then who stays goes back there after each call.
     bool nobodyWaits() const { return mWaiting.load(std::memory_order_relaxed) <= 0; }
@@ -35,12 +35,12 @@ public:
     /// started in its place, so that calls nest to any depth that matters. Not granted to the last
     /// thread when no other can be started: nobody would be left to serve what all of them wait
     /// for.
-    class Blocked {
+    class BlockedScope {
     public:
-        Blocked();
-        ~Blocked();
-        Blocked(const Blocked&) = delete;
-        Blocked& operator=(const Blocked&) = delete;
+        BlockedScope();
+        ~BlockedScope();
+        BlockedScope(const BlockedScope&) = delete;
+        BlockedScope& operator=(const BlockedScope&) = delete;
 
         bool granted() const { return mGranted; }
 
@@ -55,8 +55,8 @@ public:
 private:
     // How many threads there are and how many of them wait for replies. The two change in one step:
     // a thread must not leave on the strength of another that is about to wait.
-    struct Crew {
-        explicit Crew(uint32_t bits)
+    struct ThreadCounts {
+        explicit ThreadCounts(uint32_t bits)
             : spawned(static_cast<int>(bits >> 16U)), blocked(static_cast<int>(bits & 0xFFFFU)) {}
         int free() const { return spawned - blocked; }
         int spawned;
@@ -76,8 +76,8 @@ private:
 
     std::atomic<bool> mStarted{false};
     std::atomic<bool> mJoined{false};
-    std::atomic<int> mMost{15};
-    std::atomic<uint32_t> mCrew{0};
+    std::atomic<int> mMax{15};
+    std::atomic<uint32_t> mCounts{0};
     std::atomic<int> mWaiting{0};
     std::atomic<int> mStaying{0};
 };

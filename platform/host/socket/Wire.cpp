@@ -19,7 +19,7 @@ bool kindIsSound(const Header& header) {
         case Kind::Reply:
             return header.flags == 0 && (header.options & kCounted) == 0;
         case Kind::Adopt:
-            return header.code >= static_cast<uint32_t>(Role::Door) &&
+            return header.code >= static_cast<uint32_t>(Role::Control) &&
                    header.code <= static_cast<uint32_t>(Role::Budget) && header.payloadSize == 0 &&
                    header.objectCount == 0 && header.options == 0;
     }
@@ -62,7 +62,7 @@ bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
     const Header& header = layout.header;
     if (header.magic != kMagic || (header.options & ~(kPayloadInMemfd | kCounted)) != 0 ||
         header.payloadSize > largestPayload(header.kind) || !kindIsSound(header) ||
-        header.objectCount > kMostObjects || fdCount != claimedFds(header)) {
+        header.objectCount > kMaxObjects || fdCount != claimedFds(header)) {
         return false;
     }
     const bool apart = (header.options & kPayloadInMemfd) != 0;

@@ -13,16 +13,16 @@ namespace android::transport {
 
 enum class Kind : uint32_t {
     Request = 1,  ///< a call whose caller waits
-    Reply = 2,    ///< `code` is how many one-way calls through the same door are done
+    Reply = 2,    ///< `code` is how many one-way calls through the same control socket are done
     OneWay = 3,
     Adopt = 4,  ///< "serve this socket too": `code` is a Role, and one descriptor comes along
 };
 
 /// What a socket is for, as the end that serves it sees it.
 enum class Role : uint32_t {
-    Door = 1,    ///< stands for the reference itself; carries Adopt only, and hangs up at the end
-    Calls = 2,   ///< one-way calls, and requests, one at a time, with their replies
-    Budget = 3,  ///< is answered with the page of a `OneWayBudget`, if there is one, and closed
+    Control = 1,  ///< stands for the reference itself; carries Adopt only, and hangs up at the end
+    Calls = 2,    ///< one-way calls, and requests, one at a time, with their replies
+    Budget = 3,   ///< is answered with the page of a `OneWayBudget`, if there is one, and closed
 };
 
 /// Names a node for as long as it lives, wherever references to it travel. Random, so that only who
@@ -72,11 +72,11 @@ constexpr size_t kLargestRequest = 1040384;
 constexpr size_t kLargestOneWay = kLargestRequest / 2;
 // However much waits at a node, a connection is read on while no more one-way calls of its own wait
 // there than this. So a two-way call may go behind so many: whatever they wait for, it is received.
-constexpr uint32_t kMostAhead = 8;
-constexpr uint32_t kMostBytesAhead = 16384;
+constexpr uint32_t kMaxAhead = 8;
+constexpr uint32_t kMaxBytesAhead = 16384;
 constexpr size_t kBinderBytes = 24;
-constexpr size_t kMostObjects = 64;
-constexpr size_t kMostFds = kMostObjects + 1;
+constexpr size_t kMaxObjects = 64;
+constexpr size_t kMaxFds = kMaxObjects + 1;
 
 /// Largest payload that a message of this kind may carry.
 size_t largestPayload(Kind kind);

@@ -51,11 +51,11 @@ private:
     bool mWasPending = false;
 };
 
-bool waitForRoom(std::chrono::milliseconds patience) {
+bool waitForRoom(std::chrono::milliseconds deadline) {
     pollfd error = {STDERR_FILENO, POLLOUT, 0};
     int ready = -1;
     do {
-        ready = poll(&error, 1, static_cast<int>(patience.count()));
+        ready = poll(&error, 1, static_cast<int>(deadline.count()));
     } while (ready < 0 && errno == EINTR);
     return ready > 0;
 }
@@ -73,10 +73,10 @@ ssize_t writeWithoutWaiting(char* text, size_t size) {
     return ::write(STDERR_FILENO, text, size);  // for what cannot be told not to wait
 }
 
-bool writePiece(std::string& text, std::chrono::milliseconds patience) {
+bool writePiece(std::string& text, std::chrono::milliseconds deadline) {
     const PipeSignalGuard guard;
     for (size_t begin = 0; begin < text.size();) {
-        if (!waitForRoom(patience)) {
+        if (!waitForRoom(deadline)) {
             return false;
         }
         // A pipe that has room has it for so much, and takes it in one piece.
@@ -107,11 +107,11 @@ std::string runtimeName() {
 }  // namespace
 
 int LogAllowance::take(Time now) {
-    if (mUsed >= mMost && now - mBegin >= kPeriod) {
+    if (mUsed >= mMax && now - mBegin >= kPeriod) {
         mBegin = now;
         mUsed = 0;
     }
-    if (mUsed >= mMost) {
+    if (mUsed >= mMax) {
         ++mRefused;
         return -1;
     }
@@ -149,7 +149,7 @@ void LineLog::put(const std::string& name, const std::string& line, LogLevel lev
     }
     piece += journalPrefix(level) + line;
     // Who reads nothing costs one wait, not one for each line.
-    if (!writePiece(piece, lost > 0 ? std::chrono::milliseconds(0) : kPatience)) {
+    if (!writePiece(piece, lost > 0 ? std::chrono::milliseconds(0) : kTimeout)) {
         mLost += missing + 1;
     }
 }

@@ -26,25 +26,25 @@ public:
     static constexpr std::chrono::seconds kPeriod{1};
 
     /// At most `most` lines a period.
-    constexpr explicit LogAllowance(int most = kLines) : mMost(most), mUsed(most) {}
+    constexpr explicit LogAllowance(int most = kLines) : mMax(most), mUsed(most) {}
 
     /// -1: not this one. Else how many before it were refused.
     int take(Time now);
 
 private:
-    const int mMost;
+    const int mMax;
     Time mBegin{};
     int mUsed;
     int mRefused = 0;
 };
 
 /// Lines on standard error, each in one piece. Whoever reads there neither ends nor stops this
-/// process: a line that finds no room for `kPatience` is left out, those behind it at once until
+/// process: a line that finds no room for `kTimeout` is left out, those behind it at once until
 /// there is room again, and no SIGPIPE is raised. How many were left out is said with the next
 /// line. Called on: any thread.
 class LineLog {
 public:
-    static constexpr std::chrono::milliseconds kPatience{20};
+    static constexpr std::chrono::milliseconds kTimeout{20};
 
     /// At most `most` lines of `writeLimited` a period.
     constexpr explicit LineLog(int most = LogAllowance::kLines) : mAllowance(most) {}

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What one process, and one user, may make another process hold.
-#include "socket/Lease.h"
+#include "socket/Quota.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -15,10 +15,10 @@
 
 namespace {
 
-using android::transport::Holder;
-using android::transport::holderOf;
-using android::transport::Lease;
-using android::transport::trustSharer;
+using android::transport::chargedPeer;
+using android::transport::PeerIdentity;
+using android::transport::QuotaCharge;
+using android::transport::trustManager;
 using voxtrel_test::ChildProcess;
 
 constexpr size_t kReserve = 128;
@@ -44,7 +44,7 @@ private:
     rlimit mBefore = {};
 };
 
-class ALease : public testing::Test {
+class AQuotaCharge : public testing::Test {
 protected:
     // As many sockets as processes of this user are granted, a few for each of them.
     size_t takeSockets(uid_t user) {
@@ -52,25 +52,25 @@ protected:
         const size_t before = mHeld.size();
         for (;; ++mLastPid) {
             for (size_t i = 0; i < kOfOneProcess; ++i) {
-                Lease lease({mLastPid, user}, 3);
-                if (!lease.granted()) {
+                QuotaCharge charge({mLastPid, user}, 3);
+                if (!charge.granted()) {
                     return mHeld.size() - before;
                 }
-                mHeld.push_back(std::move(lease));
+                mHeld.push_back(std::move(charge));
             }
         }
     }
 
-    static bool granted(Holder holder, int fd) { return Lease(holder, fd).granted(); }
+    static bool granted(PeerIdentity holder, int fd) { return QuotaCharge(holder, fd).granted(); }
 
     const uid_t mOwn = geteuid();
     const uid_t mOther = mOwn + 1;
     const uid_t mThird = mOwn + 2;
     pid_t mLastPid = 1;
-    std::vector<Lease> mHeld;
+    std::vector<QuotaCharge> mHeld;
 };
 
-TEST_F(ALease, OfOtherUsersSocketsIsGrantedWhileAsManyAreLeft) {
+TEST_F(AQuotaCharge, OfOtherUsersSocketsIsGrantedWhileAsManyAreLeft) {
     const DescriptorLimit limit(2048);
     constexpr size_t kAll = 2048 - kReserve;
     EXPECT_EQ(kAll / 2, takeSockets(mOther));
@@ -80,10 +80,10 @@ TEST_F(ALease, OfOtherUsersSocketsIsGrantedWhileAsManyAreLeft) {
     EXPECT_EQ(kAll / 2, takeSockets(mThird)) << "all has been given back";
 }
 
-TEST_F(ALease, CountsWhatElseTheProcessHasOpen) {
+TEST_F(AQuotaCharge, CountsWhatElseTheProcessHasOpen) {
     const DescriptorLimit limit(2048);
-    const Holder other = {1, mOther};
-    std::vector<Lease> held;
+    const PeerIdentity other = {1, mOther};
+    std::vector<QuotaCharge> held;
     for (int i = 0; i < 100; ++i) {
         held.emplace_back(other, 3);
         ASSERT_TRUE(held.back().granted());
@@ -94,9 +94,9 @@ TEST_F(ALease, CountsWhatElseTheProcessHasOpen) {
     EXPECT_TRUE(granted({1, mOwn}, kHighest + 1));
 }
 
-TEST_F(ALease, GoesByTheLimitOfDescriptorsThatHoldsNow) {
+TEST_F(AQuotaCharge, GoesByTheLimitOfDescriptorsThatHoldsNow) {
     const DescriptorLimit limit(2048);
-    const Holder own = {1, mOwn};
+    const PeerIdentity own = {1, mOwn};
     EXPECT_TRUE(granted(own, 1000));
     limit.set(1024);
     EXPECT_FALSE(granted(own, 1000)) << "the reserve begins at 896";
@@ -106,61 +106,62 @@ TEST_F(ALease, GoesByTheLimitOfDescriptorsThatHoldsNow) {
     EXPECT_TRUE(granted(own, 1000));
 }
 
-TEST_F(ALease, OfOneProcessEndsWithAQuarterOfTheLimit) {
+TEST_F(AQuotaCharge, OfOneProcessEndsWithAQuarterOfTheLimit) {
     const DescriptorLimit limit(1024);
-    std::vector<Lease> held;
+    std::vector<QuotaCharge> held;
     for (size_t i = 0; i < 1024 / 4; ++i) {
-        held.emplace_back(Holder{1, mOwn}, 3);
+        held.emplace_back(PeerIdentity{1, mOwn}, 3);
         ASSERT_TRUE(held.back().granted());
     }
     EXPECT_FALSE(granted({1, mOwn}, 3));
     EXPECT_TRUE(granted({2, mOwn}, 3));
 }
 
-TEST_F(ALease, OfMemoryIsLimitedByProcessAndByOtherUser) {
-    std::vector<Lease> held;
+TEST_F(AQuotaCharge, OfMemoryIsLimitedByProcessAndByOtherUser) {
+    std::vector<QuotaCharge> held;
     for (pid_t pid = 1; pid <= 4; ++pid) {
-        held.emplace_back(Holder{pid, mOther}, -1, Lease::Amount{0, 8 * kMiB});
+        held.emplace_back(PeerIdentity{pid, mOther}, -1, QuotaCharge::Amount{0, 8 * kMiB});
         EXPECT_TRUE(held.back().granted() && !held.back().scarce());
-        held.emplace_back(Holder{pid, mOther}, -1, Lease::Amount{0, 8 * kMiB});
+        held.emplace_back(PeerIdentity{pid, mOther}, -1, QuotaCharge::Amount{0, 8 * kMiB});
         EXPECT_TRUE(held.back().granted() && held.back().scarce());
-        EXPECT_FALSE(Lease({pid, mOther}, -1, {0, 1}).granted());
+        EXPECT_FALSE(QuotaCharge({pid, mOther}, -1, {0, 1}).granted());
         EXPECT_TRUE(granted({pid, mOther}, 3)) << "a socket takes none of it";
     }
-    EXPECT_FALSE(Lease({5, mOther}, -1, {0, 1}).granted());
-    EXPECT_TRUE(Lease({5, mThird}, -1, {0, 1}).granted());
+    EXPECT_FALSE(QuotaCharge({5, mOther}, -1, {0, 1}).granted());
+    EXPECT_TRUE(QuotaCharge({5, mThird}, -1, {0, 1}).granted());
     for (pid_t pid = 6; pid <= 10; ++pid) {
-        held.emplace_back(Holder{pid, mOwn}, -1, Lease::Amount{0, 16 * kMiB});
+        held.emplace_back(PeerIdentity{pid, mOwn}, -1, QuotaCharge::Amount{0, 16 * kMiB});
         EXPECT_TRUE(held.back().granted()) << "its own user's processes are limited one by one";
     }
 }
 
-TEST_F(ALease, IsForWhomTheServiceManagerNamesAndNobodyElse) {
+TEST_F(AQuotaCharge, IsForWhomTheServiceManagerNamesAndNobodyElse) {
     const auto named = static_cast<uint32_t>(getpid());
     constexpr pid_t kManager = 1000000;
-    const Holder manager = {kManager, mOther};
-    EXPECT_EQ(kManager, holderOf(manager, named).pid);
-    EXPECT_EQ(mOther, holderOf(manager, named).uid);
-    trustSharer(kManager);
-    EXPECT_EQ(getpid(), holderOf(manager, named).pid);
-    EXPECT_EQ(mOwn, holderOf(manager, named).uid);
-    EXPECT_EQ(kManager, holderOf(manager, 0).pid);
-    EXPECT_EQ(static_cast<uid_t>(-1), holderOf(manager, 0x7FFFFFFF).uid) << "there is no such one";
-    EXPECT_EQ(kManager + 1, holderOf({kManager + 1, mOther}, named).pid);
-    trustSharer(0);
+    const PeerIdentity manager = {kManager, mOther};
+    EXPECT_EQ(kManager, chargedPeer(manager, named).pid);
+    EXPECT_EQ(mOther, chargedPeer(manager, named).uid);
+    trustManager(kManager);
+    EXPECT_EQ(getpid(), chargedPeer(manager, named).pid);
+    EXPECT_EQ(mOwn, chargedPeer(manager, named).uid);
+    EXPECT_EQ(kManager, chargedPeer(manager, 0).pid);
+    EXPECT_EQ(static_cast<uid_t>(-1), chargedPeer(manager, 0x7FFFFFFF).uid)
+        << "there is no such one";
+    EXPECT_EQ(kManager + 1, chargedPeer({kManager + 1, mOther}, named).pid);
+    trustManager(0);
 }
 
 // Connects, becomes another user if it is told to, and opens sockets until one is refused.
 const voxtrel_test::Role kGrabber("grabber", [](const voxtrel_test::Arguments& arguments) {
-    const raw::Fd door = raw::connectTo(arguments[0]);
+    const raw::Fd control = raw::connectTo(arguments[0]);
     if (arguments.size() > 1 && setuid(static_cast<uid_t>(std::stoul(arguments[1]))) != 0) {
         return 1;
     }
     std::vector<raw::Fd> held;
     for (int i = 0; i < 300; ++i) {
-        pollfd room = {door.get(), POLLOUT, 0};
+        pollfd room = {control.get(), POLLOUT, 0};
         (void)poll(&room, 1, 60000);
-        held.push_back(raw::openCalls(door.get()));
+        held.push_back(raw::openCalls(control.get()));
     }
     voxtrel_test::tell(raw::hangsUp(held.back().get()) ? "refused" : "has all");
     (void)voxtrel_test::hear();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_WATCHMAN_H
-#define VOXTREL_SOCKET_WATCHMAN_H
+#ifndef VOXTREL_SOCKET_STALLMONITOR_H
+#define VOXTREL_SOCKET_STALLMONITOR_H
 
 #include <sys/types.h>
 
@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "socket/CallEnd.h"
+#include "socket/CallChannel.h"
 #include "socket/Reactor.h"
 #include "utils/Mutex.h"
 
@@ -23,22 +23,22 @@ namespace android::transport {
 /// of the end that it gave away, has taken the limit of time off it: such a socket is shut down.
 /// Proof is that the limit is gone; or, where it has been put back, that the thread is still
 /// asleep, and not merely late, when that limit has passed a thousand times over.
-class Watchman final : public Source, public std::enable_shared_from_this<Watchman> {
+class StallMonitor final : public EventHandler, public std::enable_shared_from_this<StallMonitor> {
 public:
-    Watchman();
+    StallMonitor();
 
     /// The calling thread serves `end` until it leaves. `sleeps` is counted up when it goes to
     /// sleep on the socket and when it wakes, so that it is odd in between. False when there is
-    /// nothing to make the watchman tick with; the next one tries again.
-    bool enter(const std::shared_ptr<CallEnd>& end, const std::atomic<uint32_t>& sleeps)
+    /// nothing to make the stall monitor tick with; the next one tries again.
+    bool enter(const std::shared_ptr<CallChannel>& end, const std::atomic<uint32_t>& sleeps)
         PLATFORM_EXCLUDES(mLock);
     void leave(const std::atomic<uint32_t>& sleeps) PLATFORM_EXCLUDES(mLock);
     void onReady() override;
-    bool isBrief() const override { return true; }
+    bool neverBlocks() const override { return true; }
 
 private:
     struct Watched {
-        std::shared_ptr<CallEnd> end;
+        std::shared_ptr<CallChannel> end;
         uint32_t seen;
         const std::atomic<uint32_t>* sleeps;
         uint32_t seenSleep;
@@ -59,8 +59,8 @@ private:
     bool mTicking PLATFORM_GUARDED_BY(mLock) = false;
 };
 
-/// The process's watchman; never destroyed.
-Watchman& watchman();
+/// The process's stall monitor; never destroyed.
+StallMonitor& stallMonitor();
 
 }  // namespace android::transport
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Patience.h"
+#include "socket/Deadline.h"
 
 #include <poll.h>
 
@@ -13,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 
 }  // namespace
 
-bool Patience::wait(const Obstacle& obstacle) {
+bool Deadline::wait(const PollTarget& target) {
     const auto now = Clock::now();
     if (mDeadline == Clock::time_point{}) {
         mDeadline = now + std::chrono::milliseconds(mMilliseconds);
@@ -23,7 +23,7 @@ bool Patience::wait(const Obstacle& obstacle) {
     if (left <= 0) {
         return false;
     }
-    pollfd request = {obstacle.fd, obstacle.events, 0};
+    pollfd request = {target.fd, target.events, 0};
     return poll(&request, 1, static_cast<int>(left)) >= 0 || errno == EINTR;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Watchman.h"
+#include "socket/StallMonitor.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr long kTickNanoseconds = 2000000;
 // The timer goes on for a while after the last call, so that a call now and then need not set it.
-constexpr int kMostIdleLooks = 5;
+constexpr int kMaxIdleLooks = 5;
 // After so many looks at a thread in one sleep the limit of its socket is looked at as well; after
 // so many more, whether it does sleep: on a slow machine it may take any time to run again.
 constexpr int kLooksUntilSuspicion = 50;
@@ -54,9 +54,10 @@ void cutOff(const Fd& socket) {
 
 }  // namespace
 
-Watchman::Watchman() : Source(Fd()) {}
+StallMonitor::StallMonitor() : EventHandler(Fd()) {}
 
-bool Watchman::enter(const std::shared_ptr<CallEnd>& end, const std::atomic<uint32_t>& sleeps) {
+bool StallMonitor::enter(const std::shared_ptr<CallChannel>& end,
+                         const std::atomic<uint32_t>& sleeps) {
     Mutex::Autolock held(mLock);
     mWatched.push_back({end, 0, &sleeps, 0, 0, gettid()});
     mIdleLooks = 0;
@@ -66,8 +67,8 @@ bool Watchman::enter(const std::shared_ptr<CallEnd>& end, const std::atomic<uint
     return mTicking;
 }
 
-void Watchman::leave(const std::atomic<uint32_t>& sleeps) {
-    std::shared_ptr<CallEnd> last;  // destroyed outside of the lock
+void StallMonitor::leave(const std::atomic<uint32_t>& sleeps) {
+    std::shared_ptr<CallChannel> last;  // destroyed outside of the lock
     Mutex::Autolock held(mLock);
     const auto found =
         std::find_if(mWatched.begin(), mWatched.end(),
@@ -77,7 +78,7 @@ void Watchman::leave(const std::atomic<uint32_t>& sleeps) {
     mWatched.pop_back();
 }
 
-void Watchman::onReady() {
+void StallMonitor::onReady() {
     uint64_t ticks = 0;
     (void)read(mTimer.get(), &ticks, sizeof(ticks));  // how many does not matter
     {
@@ -87,9 +88,9 @@ void Watchman::onReady() {
     reactor().rearm(*this);
 }
 
-void Watchman::look() {
+void StallMonitor::look() {
     mIdleLooks = mWatched.empty() ? mIdleLooks + 1 : 0;
-    if (mIdleLooks > kMostIdleLooks) {
+    if (mIdleLooks > kMaxIdleLooks) {
         setTimer(false);
     }
     for (Watched& one : mWatched) {
@@ -97,7 +98,7 @@ void Watchman::look() {
     }
 }
 
-void Watchman::lookAt(Watched& one) {
+void StallMonitor::lookAt(Watched& one) {
     const uint32_t now = one.end->progress();
     if ((now & 1U) != 0 && now == one.seen && one.end->lend(now)) {
         reactor().rearm(*one.end);
@@ -106,7 +107,7 @@ void Watchman::lookAt(Watched& one) {
     lookAtSleep(one);
 }
 
-void Watchman::lookAtSleep(Watched& one) {
+void StallMonitor::lookAtSleep(Watched& one) {
     const uint32_t sleep = one.sleeps->load(std::memory_order_relaxed);
     one.asleepLooks = (sleep & 1U) != 0 && sleep == one.seenSleep ? one.asleepLooks + 1 : 0;
     one.seenSleep = sleep;
@@ -117,7 +118,7 @@ void Watchman::lookAtSleep(Watched& one) {
     }
 }
 
-bool Watchman::hasTimer() {
+bool StallMonitor::hasTimer() {
     if (!mTimer.valid()) {
         mTimer = Fd(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
         if (mTimer.valid() && !reactor().add(shared_from_this(), mTimer)) {
@@ -127,7 +128,7 @@ bool Watchman::hasTimer() {
     return mTimer.valid();
 }
 
-void Watchman::setTimer(bool on) {
+void StallMonitor::setTimer(bool on) {
     if (!hasTimer()) {
         return;
     }
@@ -137,8 +138,9 @@ void Watchman::setTimer(bool on) {
     mTicking = timerfd_settime(mTimer.get(), 0, &when, nullptr) == 0 && on;
 }
 
-Watchman& watchman() {
-    static const auto* const instance = new std::shared_ptr<Watchman>(std::make_shared<Watchman>());
+StallMonitor& stallMonitor() {
+    static const auto* const instance =
+        new std::shared_ptr<StallMonitor>(std::make_shared<StallMonitor>());
     return **instance;
 }
 

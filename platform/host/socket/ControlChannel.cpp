@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/DoorEnd.h"
+#include "socket/ControlChannel.h"
 
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -14,8 +14,8 @@ namespace {
 
 // How long a thread that has served a socket sleeps on it for more.
 constexpr suseconds_t kStayMicroseconds = 5000;
-// A door is read so far at a time: others want the thread, too.
-constexpr int kMostAtOnce = 8;
+// A control socket is read so far at a time: others want the thread, too.
+constexpr int kMaxAtOnce = 8;
 
 bool prepare(const Fd& socket) {
     const int on = 1;
@@ -27,8 +27,8 @@ bool prepare(const Fd& socket) {
 
 }  // namespace
 
-void DoorEnd::onReady() {
-    for (int i = 0; i < kMostAtOnce; ++i) {
+void ControlChannel::onReady() {
+    for (int i = 0; i < kMaxAtOnce; ++i) {
         Incoming incoming;
         const Received received =
             receiveMessage(socket(), false, incoming.parcel, incoming.envelope);
@@ -36,14 +36,14 @@ void DoorEnd::onReady() {
             break;
         }
         if (!take(received, incoming.envelope)) {
-            threadPool().keepOneWaiting();  // the node may go with its last door
+            threadPool().keepOneWaiting();  // the node may go with its last control socket
             return;
         }
     }
     reactor().rearm(*this);
 }
 
-bool DoorEnd::take(Received received, Envelope& envelope) {
+bool ControlChannel::take(Received received, Envelope& envelope) {
     if (received == Received::Message) {
         return accepts(envelope) && adopt(envelope);
     }
@@ -58,14 +58,15 @@ bool DoorEnd::take(Received received, Envelope& envelope) {
     return accepts(envelope);
 }
 
-std::shared_ptr<Source> DoorEnd::makeEnd(Role role, Fd socket, Lease lease) const {
-    if (role == Role::Door) {
-        return std::make_shared<DoorEnd>(std::move(socket), node(), std::move(lease));
+std::shared_ptr<EventHandler> ControlChannel::makeEnd(Role role, Fd socket,
+                                                      QuotaCharge charge) const {
+    if (role == Role::Control) {
+        return std::make_shared<ControlChannel>(std::move(socket), node(), std::move(charge));
     }
-    return std::make_shared<CallEnd>(std::move(socket), node(), std::move(lease), mDoor);
+    return std::make_shared<CallChannel>(std::move(socket), node(), std::move(charge), mControl);
 }
 
-bool DoorEnd::adopt(Envelope& envelope) {
+bool ControlChannel::adopt(Envelope& envelope) {
     Fd end = envelope.header().kind == Kind::Adopt ? envelope.takeFd(0) : Fd();
     if (!end.valid() || !prepare(end)) {
         refuse("a message out of place", envelope);
@@ -76,10 +77,10 @@ bool DoorEnd::adopt(Envelope& envelope) {
         showBudget(end);
         return true;
     }
-    const Holder holder =
-        holderOf({envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
-    Lease lease(holder, end.get());
-    if (!lease.granted()) {
+    const PeerIdentity holder =
+        chargedPeer({envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
+    QuotaCharge charge(holder, end.get());
+    if (!charge.granted()) {
         threadPool().keepOneWaiting();
         logLimited(
             "process %d or its user has too many connections: another one is refused, and "
@@ -87,9 +88,9 @@ bool DoorEnd::adopt(Envelope& envelope) {
             static_cast<int>(holder.pid));
         return true;
     }
-    const auto source = makeEnd(role, std::move(end), std::move(lease));
+    const auto handler = makeEnd(role, std::move(end), std::move(charge));
     // What cannot be waited for is dropped, and its peer sees it hang up.
-    (void)reactor().add(source);
+    (void)reactor().add(handler);
     return true;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Patience.h"
+#include "socket/Deadline.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -11,51 +11,51 @@
 
 namespace {
 
+using android::transport::Deadline;
 using android::transport::hasHungUp;
 using android::transport::makeSocketPair;
-using android::transport::Obstacle;
-using android::transport::Patience;
+using android::transport::PollTarget;
 using android::transport::SocketPair;
 using Clock = std::chrono::steady_clock;
 
-TEST(ThePatienceOfACall, IsOneForAllItsWaits) {
+TEST(TheDeadlineOfACall, IsOneForAllItsWaits) {
     const SocketPair one = makeSocketPair();
     const SocketPair two = makeSocketPair();
     const auto begin = Clock::now();
-    Patience patience;
-    while (patience.wait({one.held.get(), POLLIN})) {
+    Deadline deadline;
+    while (deadline.wait({one.held.get(), POLLIN})) {
     }
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(100));
-    EXPECT_FALSE(patience.wait({two.held.get(), POLLIN}));
-    EXPECT_FALSE(patience.wait({one.held.get(), POLLRDHUP}));
+    EXPECT_FALSE(deadline.wait({two.held.get(), POLLIN}));
+    EXPECT_FALSE(deadline.wait({one.held.get(), POLLRDHUP}));
 }
 
-TEST(ThePatienceOfACall, EndsAnAttemptThatNeverGetsOn) {
+TEST(TheDeadlineOfACall, EndsAnAttemptThatNeverGetsOn) {
     const SocketPair pair = makeSocketPair();
-    Patience patience;
+    Deadline deadline;
     int attempts = 0;
-    const auto attempt = [&](Obstacle& obstacle) {
+    const auto attempt = [&](PollTarget& target) {
         ++attempts;
-        obstacle = {pair.held.get(), POLLRDHUP};
+        target = {pair.held.get(), POLLRDHUP};
         return android::WOULD_BLOCK;
     };
-    EXPECT_EQ(android::FAILED_TRANSACTION, android::transport::patiently(patience, attempt));
+    EXPECT_EQ(android::FAILED_TRANSACTION, android::transport::retryUntil(deadline, attempt));
     EXPECT_GE(attempts, 2) << "a last one when the time is up";
     const int before = attempts;
-    EXPECT_EQ(android::FAILED_TRANSACTION, android::transport::patiently(patience, attempt));
+    EXPECT_EQ(android::FAILED_TRANSACTION, android::transport::retryUntil(deadline, attempt));
     EXPECT_EQ(before + 2, attempts) << "none of it is left";
 }
 
-TEST(ThePatienceOfACall, IsNotUsedUpWhenTheObstacleGoes) {
+TEST(TheDeadlineOfACall, IsNotUsedUpWhenTheTargetIsReady) {
     SocketPair pair = makeSocketPair();
-    Patience patience;
-    const auto attempt = [&](Obstacle& obstacle) {
-        obstacle = {pair.held.get(), POLLRDHUP};
+    Deadline deadline;
+    const auto attempt = [&](PollTarget& target) {
+        target = {pair.held.get(), POLLRDHUP};
         const bool gone = hasHungUp(pair.held);
         pair.served.reset();
         return gone ? android::DEAD_OBJECT : android::WOULD_BLOCK;
     };
-    EXPECT_EQ(android::DEAD_OBJECT, android::transport::patiently(patience, attempt));
+    EXPECT_EQ(android::DEAD_OBJECT, android::transport::retryUntil(deadline, attempt));
 }
 
 }  // namespace

@@ -1,31 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Shift.h"
+#include "socket/ConnectionServer.h"
 
 #include <utility>
 
 #include "socket/Dispatch.h"
-#include "socket/LocalNodes.h"
+#include "socket/ExportTable.h"
 #include "socket/OneWayBudget.h"
+#include "socket/StallMonitor.h"
 #include "socket/ThreadPool.h"
-#include "socket/Watchman.h"
 #include "support/Log.h"
 
 namespace android::transport {
 
-Shift::Shift(std::shared_ptr<CallEnd> end)
+ConnectionServer::ConnectionServer(std::shared_ptr<CallChannel> end)
     : mEnd(std::move(end)),
       mMessage(std::make_unique<Incoming>()),
-      mTurns(recordOf(*mEnd->node()).oneWayTurns),
-      mWatched(watchman().enter(mEnd, mSleeps)) {}
+      mQueue(exportedNode(*mEnd->node()).oneWayQueue),
+      mWatched(stallMonitor().enter(mEnd, mSleeps)) {}
 
-Shift::~Shift() {
-    watchman().leave(mSleeps);
+ConnectionServer::~ConnectionServer() {
+    stallMonitor().leave(mSleeps);
     if (mStaying) {
         threadPool().endStay();
     }
 }
 
-void Shift::run() {
+void ConnectionServer::run() {
     After after = After::ReadOn;
     while (after == After::ReadOn) {
         after = handle(receive());
@@ -36,7 +36,7 @@ void Shift::run() {
     }
 }
 
-Received Shift::receive() {
+Received ConnectionServer::receive() {
     const uint32_t sleep = mStaying ? mSleeps.load(std::memory_order_relaxed) + 1 : 0;
     mSleeps.store(sleep, std::memory_order_relaxed);
     const Received received =
@@ -45,7 +45,7 @@ Received Shift::receive() {
     return received;
 }
 
-bool Shift::mayStay() {
+bool ConnectionServer::mayStay() {
     if (mStaying) {
         reactor().pause(*mEnd);
         return !threadPool().nobodyWaits();
@@ -54,7 +54,7 @@ bool Shift::mayStay() {
     return mStaying;
 }
 
-Shift::After Shift::handle(Received received) {
+ConnectionServer::After ConnectionServer::handle(Received received) {
     if (received == Received::Message) {
         return mEnd->accepts(mMessage->envelope) ? serveOne() : After::Left;
     }
@@ -67,7 +67,7 @@ Shift::After Shift::handle(Received received) {
     return After::Left;
 }
 
-Shift::After Shift::serveOne() {
+ConnectionServer::After ConnectionServer::serveOne() {
     switch (mMessage->envelope.header().kind) {
         case Kind::Request:
             return mEnd->overtaking() == nullptr ? serveTwoWay() : overtake();
@@ -80,12 +80,12 @@ Shift::After Shift::serveOne() {
     return refuse("a message out of place");
 }
 
-Shift::After Shift::refuse(const char* what) {
+ConnectionServer::After ConnectionServer::refuse(const char* what) {
     mEnd->refuse(what, mMessage->envelope);
     return After::Left;
 }
 
-Shift::After Shift::serveTwoWay() {
+ConnectionServer::After ConnectionServer::serveTwoWay() {
     const uint32_t call = mEnd->beginCall();
     const Served served =
         serveRequest(*mEnd->node(), *mMessage, mEnd->socket(), mEnd->oneWaysDone());
@@ -100,7 +100,7 @@ Shift::After Shift::serveTwoWay() {
     return ours ? After::ReadOn : After::Left;
 }
 
-Shift::After Shift::overtake() {
+ConnectionServer::After ConnectionServer::overtake() {
     Overtaking& overtaking = *mEnd->overtaking();
     const uint32_t before = overtaking.arrived();
     const After after = serveTwoWay();
@@ -109,7 +109,7 @@ Shift::After Shift::overtake() {
 }
 
 // A call whose binders or bytes could not be taken, for want of descriptors.
-Shift::After Shift::failLost() {
+ConnectionServer::After ConnectionServer::failLost() {
     const Envelope& envelope = mMessage->envelope;
     logLimited("out of file descriptors: call %u of process %d fails", envelope.header().code,
                static_cast<int>(envelope.senderPid()));
@@ -131,30 +131,30 @@ Shift::After Shift::failLost() {
     return refuse("a message out of place");
 }
 
-Shift::After Shift::enterOneWay() {
+ConnectionServer::After ConnectionServer::enterOneWay() {
     if (Overtaking* overtaking = mEnd->overtaking()) {
         mMessage->arrival = overtaking->arrive();
     }
-    switch (mTurns.enter(mEnd, mMessage)) {
-        case Turns::Place::Mine: {
+    switch (mQueue.enter(mEnd, mMessage)) {
+        case OneWayQueue::Place::Mine: {
             const uint32_t call = mEnd->beginCall();
-            const bool sound = serveTurn();
+            const bool sound = serveQueue();
             return mEnd->finishCall(call) && sound ? After::ReadOn : After::Left;
         }
-        case Turns::Place::Waiting:
+        case OneWayQueue::Place::Waiting:
             mMessage = std::make_unique<Incoming>();
             return After::ReadOn;
-        case Turns::Place::Full:
+        case OneWayQueue::Place::Full:
             break;
-        case Turns::Place::Refused:
+        case OneWayQueue::Place::Refused:
             return refuse("more that waits than one process may have");
     }
     return After::Left;
 }
 
-bool Shift::serveTurn() {
+bool ConnectionServer::serveQueue() {
     const bool sound = serveOneWayFrom(*mEnd, *mMessage);
-    for (Turns::Next next = mTurns.next(); next.message != nullptr; next = mTurns.next()) {
+    for (OneWayQueue::Next next = mQueue.next(); next.message != nullptr; next = mQueue.next()) {
         if (next.readOn) {
             reactor().rearm(*next.end);
         }
@@ -163,7 +163,7 @@ bool Shift::serveTurn() {
     return sound;
 }
 
-bool Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
+bool ConnectionServer::serveOneWayFrom(CallChannel& end, Incoming& message) {
     if (Overtaking* overtaking = end.overtaking()) {
         overtaking->holdBack(message.arrival, message.envelope.header().code);
     }
@@ -172,7 +172,7 @@ bool Shift::serveOneWayFrom(CallEnd& end, Incoming& message) {
     if (!sound) {
         end.refuse("a descriptor that is no reference", message.envelope);
     }
-    message.lease.reset();
+    message.charge.reset();
     if (isCounted(message.envelope.header())) {
         OneWayBudget::own().giveBack(message.envelope.header().payloadSize);
     }

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_SERVEDEND_H
-#define VOXTREL_SOCKET_SERVEDEND_H
+#ifndef VOXTREL_SOCKET_SERVERCHANNEL_H
+#define VOXTREL_SOCKET_SERVERCHANNEL_H
 
 #include "binder/Binder.h"
 #include "socket/Incoming.h"
-#include "socket/Lease.h"
+#include "socket/Quota.h"
 #include "socket/Reactor.h"
 
 namespace android::transport {
 
 /// The end of a connection that this process serves; holds the node for its peer.
-class ServedEnd : public Source {
+class ServerChannel : public EventHandler {
 public:
-    ServedEnd(Fd socket, sp<BBinder> node, Lease lease)
-        : Source(std::move(socket)), mNode(std::move(node)), mLease(std::move(lease)) {}
+    ServerChannel(Fd socket, sp<BBinder> node, QuotaCharge charge)
+        : EventHandler(std::move(socket)), mNode(std::move(node)), mCharge(std::move(charge)) {}
 
     const sp<BBinder>& node() const { return mNode; }
 
@@ -29,7 +29,7 @@ public:
 
 private:
     const sp<BBinder> mNode;
-    const Lease mLease;
+    const QuotaCharge mCharge;
 };
 
 }  // namespace android::transport

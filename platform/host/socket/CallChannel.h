@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_CALLEND_H
-#define VOXTREL_SOCKET_CALLEND_H
+#ifndef VOXTREL_SOCKET_CALLCHANNEL_H
+#define VOXTREL_SOCKET_CALLCHANNEL_H
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 
 #include "socket/Overtaking.h"
-#include "socket/ServedEnd.h"
+#include "socket/ServerChannel.h"
 
 namespace android::transport {
 
@@ -16,34 +16,36 @@ namespace android::transport {
 /// one send a call.
 ///
 /// While that thread is in a call it does not read the socket. When the call takes long, the
-/// watchman lends the socket to the rest of the pool, so that what comes behind is not held up.
-class CallEnd final : public ServedEnd, public std::enable_shared_from_this<CallEnd> {
+/// stall monitor lends the socket to the rest of the pool, so that what comes behind is not held
+/// up.
+class CallChannel final : public ServerChannel, public std::enable_shared_from_this<CallChannel> {
 public:
-    /// What all sockets that came through one door have in common.
-    struct Door {
-        Door();
+    /// What all sockets that came through one control socket have in common.
+    struct Control {
+        Control();
         std::atomic<uint32_t> oneWaysDone{0};
         /// Null but in the manners of a driver.
         const std::unique_ptr<Overtaking> overtaking;
     };
 
-    CallEnd(Fd socket, const sp<BBinder>& node, Lease lease, std::shared_ptr<Door> door);
+    CallChannel(Fd socket, const sp<BBinder>& node, QuotaCharge charge,
+                std::shared_ptr<Control> control);
     void onReady() override;
 
-    std::atomic<uint32_t>& oneWaysDone() const { return mDoor->oneWaysDone; }
-    Overtaking* overtaking() const { return mDoor->overtaking.get(); }
+    std::atomic<uint32_t>& oneWaysDone() const { return mControl->oneWaysDone; }
+    Overtaking* overtaking() const { return mControl->overtaking.get(); }
 
     /// The calling thread is about to carry out a call; a number that `finishCall` wants back.
     uint32_t beginCall();
     /// False: the call took long, and the socket is another thread's now.
     bool finishCall(uint32_t call);
 
-    /// For the watchman: the call under way, if any (odd), and taking the socket from it.
+    /// For the stall monitor: the call under way, if any (odd), and taking the socket from it.
     uint32_t progress() const { return mProgress.load(std::memory_order_relaxed); }
     bool lend(uint32_t call);
 
 private:
-    const std::shared_ptr<Door> mDoor;
+    const std::shared_ptr<Control> mControl;
     // Odd while a call is under way. Each call has a number of its own.
     std::atomic<uint32_t> mProgress{0};
 };

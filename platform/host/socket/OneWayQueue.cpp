@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Turns.h"
+#include "socket/OneWayQueue.h"
 
 #include <utility>
 
-#include "socket/CallEnd.h"
+#include "socket/CallChannel.h"
 #include "socket/Incoming.h"
 #include "socket/OneWayBudget.h"
 
@@ -11,12 +11,13 @@ namespace android::transport {
 
 namespace {
 
-constexpr size_t kMostOfOneConnection = 16;
-constexpr size_t kMostBytes = kLargestOneWay;
+constexpr size_t kMaxOfOneConnection = 16;
+constexpr size_t kMaxBytes = kLargestOneWay;
 
 }  // namespace
 
-Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<Incoming>& message) {
+OneWayQueue::Place OneWayQueue::enter(const std::shared_ptr<CallChannel>& end,
+                                      std::unique_ptr<Incoming>& message) {
     Mutex::Autolock held(mLock);
     if (!mBusy) {
         mBusy = true;
@@ -24,12 +25,12 @@ Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<I
     }
     // Only here, where the message is left waiting: the turn is taken without it.
     const Envelope& envelope = message->envelope;
-    message->lease.emplace(Holder{envelope.senderPid(), envelope.senderUid()}, envelope.highestFd(),
-                           message->amount());
-    if (!message->lease->granted()) {
+    message->charge.emplace(PeerIdentity{envelope.senderPid(), envelope.senderUid()},
+                            envelope.highestFd(), message->amount());
+    if (!message->charge->granted()) {
         return Place::Refused;
     }
-    const bool scarce = message->lease->scarce();
+    const bool scarce = message->charge->scarce();
     const bool counted = isCounted(envelope.header());
     const size_t size = message->parcel.dataSize();
     mBytes += size;
@@ -38,12 +39,12 @@ Turns::Place Turns::enter(const std::shared_ptr<CallEnd>& end, std::unique_ptr<I
     ++share.messages;
     share.bytes += size;
     // What is counted in the budget is limited there, for all connections together.
-    share.full = !counted && (share.messages >= kMostOfOneConnection ||
-                              ((scarce || mBytes >= kMostBytes) && !share.isPromised()));
+    share.full = !counted && (share.messages >= kMaxOfOneConnection ||
+                              ((scarce || mBytes >= kMaxBytes) && !share.isPromised()));
     return share.full ? Place::Full : Place::Waiting;
 }
 
-Turns::Next Turns::next() {
+OneWayQueue::Next OneWayQueue::next() {
     Mutex::Autolock held(mLock);
     if (mWaiting.empty()) {
         mBusy = false;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/LocalNodes.h"
+#include "socket/ExportTable.h"
 
 #include <sys/random.h>
 
 #include <cstring>
 #include <unordered_map>
 
-#include "socket/CallEnd.h"
+#include "socket/CallChannel.h"
 #include "socket/Incoming.h"
 #include "support/ForkGuard.h"
 #include "utils/Mutex.h"
@@ -15,14 +15,14 @@ namespace android::transport {
 
 namespace {
 
-struct LocalNodes {
+struct ExportTable {
     Mutex lock;
-    std::unordered_map<NodeId, NodeRecord*, NodeIdHash> byId PLATFORM_GUARDED_BY(lock);
+    std::unordered_map<NodeId, ExportedNode*, NodeIdHash> byId PLATFORM_GUARDED_BY(lock);
 };
 
 // Never destroyed: nodes may outlive the end of main.
-LocalNodes& nodes() {
-    static auto* const instance = new LocalNodes();
+ExportTable& nodes() {
+    static auto* const instance = new ExportTable();
     return *instance;
 }
 
@@ -38,35 +38,35 @@ NodeId makeNodeId() {
     return id;
 }
 
-NodeRecord& recordOf(BBinder& node) {
+ExportedNode& exportedNode(BBinder& node) {
     std::atomic<LocalNode*>& slot = LocalNodeSlot::of(node);
     if (LocalNode* known = slot.load(std::memory_order_acquire)) {
-        return static_cast<NodeRecord&>(*known);
+        return static_cast<ExportedNode&>(*known);
     }
-    LocalNodes& table = nodes();
+    ExportTable& table = nodes();
     Mutex::Autolock held(table.lock);
     if (LocalNode* known = slot.load(std::memory_order_relaxed)) {
-        return static_cast<NodeRecord&>(*known);
+        return static_cast<ExportedNode&>(*known);
     }
-    auto* record = new NodeRecord(makeNodeId(), &node);
+    auto* record = new ExportedNode(makeNodeId(), &node);
     table.byId[record->id] = record;
     slot.store(record, std::memory_order_release);
     return *record;
 }
 
-sp<BBinder> findLocalNode(const NodeId& id) {
-    LocalNodes& table = nodes();
+sp<BBinder> findExported(const NodeId& id) {
+    ExportTable& table = nodes();
     Mutex::Autolock held(table.lock);
     const auto found = table.byId.find(id);
     return found != table.byId.end() ? found->second->node.promote() : nullptr;
 }
 
-void NodeRecord::objectDestroyed() {
+void ExportedNode::objectDestroyed() {
     if (isForkedChild()) {
         return;  // the table may be locked for ever; the record ends with the process
     }
     {
-        LocalNodes& table = nodes();
+        ExportTable& table = nodes();
         Mutex::Autolock held(table.lock);
         table.byId.erase(id);
     }

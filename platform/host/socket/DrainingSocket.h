@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_FAREWELL_H
-#define VOXTREL_SOCKET_FAREWELL_H
+#ifndef VOXTREL_SOCKET_DRAININGSOCKET_H
+#define VOXTREL_SOCKET_DRAININGSOCKET_H
 
 #include <memory>
 #include <vector>
@@ -14,32 +14,32 @@ namespace android::transport {
 /// The main socket of a reference that is gone, whose one-way calls may not all have been received.
 /// Its owner hangs up when it has read it to the end. Another reference to the same node, which has
 /// a socket of its own, sends its first one-way call only then: otherwise it could overtake.
-class Farewell final : public Source {
+class DrainingSocket final : public EventHandler {
 public:
     /// Closes `socket` for writing.
-    Farewell(const NodeId& id, Fd socket);
+    DrainingSocket(const NodeId& id, Fd socket);
     void onReady() override;
 
     const NodeId& id() const { return mId; }
-    bool isOver() const;
+    bool isDrained() const;
 
 private:
     const NodeId mId;
 };
 
-/// Those of this process that may not be over yet, at most `kMost`: of more the oldest is given up,
+/// Those of this process that may not be over yet, at most `kMax`: of more the oldest is given up,
 /// and with it the order of its calls and later ones. Called on: any thread.
-class Farewells {
+class DrainingSockets {
 public:
-    static constexpr size_t kMost = 64;
+    static constexpr size_t kMax = 64;
 
     void add(const NodeId& id, Fd socket) PLATFORM_EXCLUDES(mLock);
     /// The one for this node; null when nothing stands in the way of a one-way call to it.
-    std::shared_ptr<Farewell> find(const NodeId& id) PLATFORM_EXCLUDES(mLock);
-    void remove(const Farewell& farewell) PLATFORM_EXCLUDES(mLock);
+    std::shared_ptr<DrainingSocket> find(const NodeId& id) PLATFORM_EXCLUDES(mLock);
+    void remove(const DrainingSocket& draining) PLATFORM_EXCLUDES(mLock);
 
 private:
-    using List = std::vector<std::shared_ptr<Farewell>>;
+    using List = std::vector<std::shared_ptr<DrainingSocket>>;
     void letGo(List::iterator one) PLATFORM_REQUIRES(mLock);
 
     Mutex mLock;
@@ -47,7 +47,7 @@ private:
 };
 
 /// The process's own; never destroyed.
-Farewells& farewells();
+DrainingSockets& drainingSockets();
 
 }  // namespace android::transport
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_LEASE_H
-#define VOXTREL_SOCKET_LEASE_H
+#ifndef VOXTREL_SOCKET_QUOTA_H
+#define VOXTREL_SOCKET_QUOTA_H
 
 #include <sys/types.h>
 
@@ -13,7 +13,7 @@
 namespace android::transport {
 
 /// A process and its user, by the kernel's word.
-struct Holder {
+struct PeerIdentity {
     pid_t pid;
     uid_t uid;
 };
@@ -25,45 +25,45 @@ struct Holder {
 ///
 /// A user's share of descriptors is as many as are left: one alone gets half of them, two a third
 /// each, and there is always something left for the next.
-class Lease {
+class QuotaCharge {
 public:
     struct Amount {
         size_t descriptors;
         size_t bytes;
     };
     /// For a socket that this process has made of its own will: not limited.
-    Lease() = default;
+    QuotaCharge() = default;
     /// For a socket that `holder` wants served; `fd` is its number here.
-    Lease(Holder holder, int fd) : Lease(holder, fd, {1, 0}) {}
+    QuotaCharge(PeerIdentity holder, int fd) : QuotaCharge(holder, fd, {1, 0}) {}
     /// For more than that; `fd` is the highest number among the descriptors.
-    Lease(Holder holder, int fd, Amount amount);
-    Lease(Lease&& other) noexcept
+    QuotaCharge(PeerIdentity holder, int fd, Amount amount);
+    QuotaCharge(QuotaCharge&& other) noexcept
         : mHolder(other.mHolder),
           mAmount(std::exchange(other.mAmount, {})),
           mGranted(std::exchange(other.mGranted, true)),
           mScarce(std::exchange(other.mScarce, false)) {}
-    Lease& operator=(Lease&&) = delete;
-    ~Lease();
+    QuotaCharge& operator=(QuotaCharge&&) = delete;
+    ~QuotaCharge();
 
     bool granted() const { return mGranted; }
     /// More than half of what the process may have in bytes was used when this was granted.
     bool scarce() const { return mScarce; }
 
 private:
-    Holder mHolder{};
+    PeerIdentity mHolder{};
     Amount mAmount{};  // nothing when it is not granted
     bool mGranted = true;
     bool mScarce = false;
 };
 
 /// Since when no other process has had a socket served here; empty while one has.
-std::optional<std::chrono::steady_clock::time_point> unleasedSince();
+std::optional<std::chrono::steady_clock::time_point> unusedSince();
 
 /// Connections to the service manager run to this process. It may name, in a socket that it passes
 /// on, who is to have it: otherwise whoever asks it often would use up its share for all.
-void trustSharer(pid_t manager);
+void trustManager(pid_t manager);
 /// Who a socket sent by `sender` is for; `named` is the process that it names, or 0.
-Holder holderOf(Holder sender, uint32_t named);
+PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named);
 
 }  // namespace android::transport
 

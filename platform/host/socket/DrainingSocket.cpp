@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Farewell.h"
+#include "socket/DrainingSocket.h"
 
 #include <sys/socket.h>
 
@@ -9,57 +9,58 @@
 
 namespace android::transport {
 
-Farewell::Farewell(const NodeId& id, Fd socket) : Source(std::move(socket)), mId(id) {
+DrainingSocket::DrainingSocket(const NodeId& id, Fd socket)
+    : EventHandler(std::move(socket)), mId(id) {
     (void)shutdown(this->socket().get(), SHUT_WR);  // fails where the owner has hung up already
 }
 
-void Farewell::onReady() {
-    farewells().remove(*this);
+void DrainingSocket::onReady() {
+    drainingSockets().remove(*this);
 }
 
-bool Farewell::isOver() const {
+bool DrainingSocket::isDrained() const {
     return hasHungUp(socket());
 }
 
-void Farewells::add(const NodeId& id, Fd socket) {
-    const auto farewell = std::make_shared<Farewell>(id, std::move(socket));
+void DrainingSockets::add(const NodeId& id, Fd socket) {
+    const auto draining = std::make_shared<DrainingSocket>(id, std::move(socket));
     Mutex::Autolock held(mLock);
     // A process without a thread pool is not told that they are over.
     for (size_t i = mOldestFirst.size(); i-- > 0;) {
-        if (mOldestFirst[i]->isOver()) {
+        if (mOldestFirst[i]->isDrained()) {
             letGo(mOldestFirst.begin() + static_cast<List::difference_type>(i));
         }
     }
-    if (mOldestFirst.size() >= kMost) {
+    if (mOldestFirst.size() >= kMax) {
         letGo(mOldestFirst.begin());
     }
-    mOldestFirst.push_back(farewell);
-    (void)reactor().add(farewell);  // else it stays until the next one comes
+    mOldestFirst.push_back(draining);
+    (void)reactor().add(draining);  // else it stays until the next one comes
 }
 
-std::shared_ptr<Farewell> Farewells::find(const NodeId& id) {
+std::shared_ptr<DrainingSocket> DrainingSockets::find(const NodeId& id) {
     Mutex::Autolock held(mLock);
     const auto found = std::find_if(mOldestFirst.rbegin(), mOldestFirst.rend(),
                                     [&id](const auto& one) { return one->id() == id; });
-    return found != mOldestFirst.rend() && !(*found)->isOver() ? *found : nullptr;
+    return found != mOldestFirst.rend() && !(*found)->isDrained() ? *found : nullptr;
 }
 
-void Farewells::remove(const Farewell& farewell) {
+void DrainingSockets::remove(const DrainingSocket& draining) {
     Mutex::Autolock held(mLock);
     const auto found = std::find_if(mOldestFirst.begin(), mOldestFirst.end(),
-                                    [&](const auto& one) { return one.get() == &farewell; });
+                                    [&](const auto& one) { return one.get() == &draining; });
     if (found != mOldestFirst.end()) {
         letGo(found);
     }
 }
 
-void Farewells::letGo(List::iterator one) {
+void DrainingSockets::letGo(List::iterator one) {
     reactor().remove(**one);
     mOldestFirst.erase(one);
 }
 
-Farewells& farewells() {
-    static auto* const instance = new Farewells();
+DrainingSockets& drainingSockets() {
+    static auto* const instance = new DrainingSockets();
     return *instance;
 }
 

@@ -1,24 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_SHIFT_H
-#define VOXTREL_SOCKET_SHIFT_H
+#ifndef VOXTREL_SOCKET_CONNECTIONSERVER_H
+#define VOXTREL_SOCKET_CONNECTIONSERVER_H
 
 #include <atomic>
 #include <memory>
 
-#include "socket/CallEnd.h"
+#include "socket/CallChannel.h"
 #include "socket/Incoming.h"
-#include "socket/Turns.h"
+#include "socket/OneWayQueue.h"
 
 namespace android::transport {
 
 /// One thread's stretch of work at one socket, from the event that brought it there until it goes
 /// back to the reactor.
-class Shift {
+class ConnectionServer {
 public:
-    explicit Shift(std::shared_ptr<CallEnd> end);
-    ~Shift();
-    Shift(const Shift&) = delete;
-    Shift& operator=(const Shift&) = delete;
+    explicit ConnectionServer(std::shared_ptr<CallChannel> end);
+    ~ConnectionServer();
+    ConnectionServer(const ConnectionServer&) = delete;
+    ConnectionServer& operator=(const ConnectionServer&) = delete;
 
     void run();
 
@@ -35,14 +35,14 @@ private:
     After failLost();
     After enterOneWay();
     /// False when this socket has been closed for what came over it.
-    bool serveTurn();
-    static bool serveOneWayFrom(CallEnd& end, Incoming& message);
+    bool serveQueue();
+    static bool serveOneWayFrom(CallChannel& end, Incoming& message);
     bool mayStay();
     After refuse(const char* what);
 
-    const std::shared_ptr<CallEnd> mEnd;
+    const std::shared_ptr<CallChannel> mEnd;
     std::unique_ptr<Incoming> mMessage;
-    Turns& mTurns;
+    OneWayQueue& mQueue;
     // Odd while this thread sleeps on the socket.
     std::atomic<uint32_t> mSleeps{0};
     const bool mWatched;

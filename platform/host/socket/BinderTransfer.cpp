@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Objects.h"
+#include "socket/BinderTransfer.h"
 
 #include "binder/Binder.h"
 #include "binder/BpBinder.h"
 #include "binder/internal/ParcelFrame.h"
-#include "socket/DoorEnd.h"
-#include "socket/KnownProxies.h"
-#include "socket/LocalNodes.h"
+#include "socket/ControlChannel.h"
+#include "socket/ExportTable.h"
+#include "socket/ImportTable.h"
 #include "socket/SocketReference.h"
 #include "socket/ThreadPool.h"
 #include "support/Log.h"
@@ -17,34 +17,35 @@ namespace {
 
 // Where no thread waits in the reactor, nobody sees that a reference has been let go: a process
 // that gives away one object after the other would keep them all. It looks after some whenever it
-// gives away another. Doors only: a call is never served by a thread that has not been told to
-// serve.
-void lookAfterDoors() {
+// gives away another. Control sockets only: a call is never served by a thread that has not been
+// told to serve.
+void closeReleasedExports() {
     if (threadPool().isUsed()) {
         return;
     }
-    for (const std::shared_ptr<Source>& source : reactor().ready()) {
-        if (dynamic_cast<DoorEnd*>(source.get()) != nullptr) {
-            source->onReady();
+    for (const std::shared_ptr<EventHandler>& handler : reactor().ready()) {
+        if (dynamic_cast<ControlChannel*>(handler.get()) != nullptr) {
+            handler->onReady();
         } else {
-            reactor().rearmIfKept(*source);
+            reactor().rearmIfKept(*handler);
         }
     }
 }
 
 Fd exportNode(BBinder& node, const Destination& to) {
-    lookAfterDoors();
+    closeReleasedExports();
     SocketPair pair = makeSocketPair();
     if (!pair.held.valid()) {
         return Fd();
     }
-    // Those who hear of the death from the other doors may ask the service manager at once.
+    // Those who hear of the death from the other control sockets may ask the service manager at
+    // once.
     if (to.isManager) {
         pair.served = closedFirst(std::move(pair.served));
     }
-    const auto door =
-        std::make_shared<DoorEnd>(std::move(pair.served), sp<BBinder>(&node), Lease());
-    return reactor().add(door) ? std::move(pair.held) : Fd();
+    const auto control =
+        std::make_shared<ControlChannel>(std::move(pair.served), sp<BBinder>(&node), QuotaCharge());
+    return reactor().add(control) ? std::move(pair.held) : Fd();
 }
 
 SocketReference* referenceOf(const sp<IBinder>& binder) {
@@ -52,10 +53,10 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
     return remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
 }
 
-status_t detach(const sp<IBinder>& binder, const Destination& to, Patience& patience, NodeId* id,
+status_t detach(const sp<IBinder>& binder, const Destination& to, Deadline& deadline, NodeId* id,
                 Fd* reference) {
     if (BBinder* local = binder->localBinder()) {
-        *id = recordOf(*local).id;
+        *id = exportedNode(*local).id;
         *reference = exportNode(*local, to);
     } else {
         auto* known = referenceOf(binder);
@@ -63,24 +64,24 @@ status_t detach(const sp<IBinder>& binder, const Destination& to, Patience& pati
             return BAD_TYPE;
         }
         *id = known->id();
-        *reference = known->share(to.pid, patience);
+        *reference = known->share(to.pid, deadline);
     }
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }
 
 }  // namespace
 
-status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patience,
+status_t exportBinders(const Parcel& parcel, Attachments* out, Deadline& deadline,
                        const Destination& to) {
     const auto& objects = ParcelFrame::objects(parcel);
-    if (objects.size() > kMostObjects) {
+    if (objects.size() > kMaxObjects) {
         return FAILED_TRANSACTION;
     }
     for (const auto& object : objects) {
         ObjectRecord record = {static_cast<uint32_t>(object.offset), 0, {}};
         Fd reference;
         const status_t status = record.offset % 4 == 0
-                                    ? detach(object.binder, to, patience, &record.id, &reference)
+                                    ? detach(object.binder, to, deadline, &record.id, &reference)
                                     : static_cast<status_t>(BAD_VALUE);
         if (status != OK) {
             return status;
@@ -91,24 +92,24 @@ status_t detachBinders(const Parcel& parcel, Attachments* out, Patience& patienc
     return OK;
 }
 
-bool attachBinders(Envelope& envelope, Parcel& parcel) {
+bool importBinders(Envelope& envelope, Parcel& parcel) {
     for (size_t i = 0; i < envelope.header().objectCount; ++i) {
         const ObjectRecord& record = envelope.record(i);
-        Fd door = envelope.takeFd(i);
-        if (!isPeerSocket(door)) {
+        Fd control = envelope.takeFd(i);
+        if (!isPeerSocket(control)) {
             return false;
         }
-        sp<IBinder> binder = findLocalNode(record.id);
+        sp<IBinder> binder = findExported(record.id);
         if (binder == nullptr) {
-            binder = proxyOf(record.id, std::move(door));
+            binder = importNode(record.id, std::move(control));
         }
         ParcelFrame(parcel).attach(record.offset, binder);
     }
     return true;
 }
 
-sp<IBinder> proxyOfManager(Fd door) {
-    return proxyOf(makeNodeId(), std::move(door), true);
+sp<IBinder> importManager(Fd control) {
+    return importNode(makeNodeId(), std::move(control), true);
 }
 
 bool hasEnded(const sp<IBinder>& proxy) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/ServedEnd.h"
+#include "socket/ServerChannel.h"
 
 #include <sys/socket.h>
 
@@ -7,18 +7,18 @@
 
 namespace android::transport {
 
-void ServedEnd::close() {
+void ServerChannel::close() {
     reactor().remove(*this);
     (void)shutdown(socket().get(), SHUT_RDWR);  // fails where the peer has closed already
 }
 
-void ServedEnd::refuse(const char* what, const Envelope& envelope) {
+void ServerChannel::refuse(const char* what, const Envelope& envelope) {
     logLimited("%s from process %d: its connection is closed", what,
                static_cast<int>(envelope.senderPid()));
     close();
 }
 
-bool ServedEnd::accepts(const Envelope& envelope) {
+bool ServerChannel::accepts(const Envelope& envelope) {
     // Sent before the socket was told to name senders, or by somebody whom this process cannot see.
     if (envelope.senderPid() == 0) {
         refuse("a message without a sender", envelope);
@@ -27,7 +27,7 @@ bool ServedEnd::accepts(const Envelope& envelope) {
     return true;
 }
 
-bool ServedEnd::survives(Received received, const Envelope& envelope) {
+bool ServerChannel::survives(Received received, const Envelope& envelope) {
     if (received == Received::Nothing) {
         return true;
     }

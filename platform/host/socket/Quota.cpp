@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Lease.h"
+#include "socket/Quota.h"
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -17,11 +17,11 @@ namespace android::transport {
 
 namespace {
 
-using Amount = Lease::Amount;
+using Amount = QuotaCharge::Amount;
 
-constexpr size_t kMostOfOneProcess = 4096;
-constexpr size_t kMostBytesOfOneProcess = size_t{16} * 1024 * 1024;
-constexpr size_t kMostBytesOfOneUser = 4 * kMostBytesOfOneProcess;
+constexpr size_t kMaxOfOneProcess = 4096;
+constexpr size_t kMaxBytesOfOneProcess = size_t{16} * 1024 * 1024;
+constexpr size_t kMaxBytesOfOneUser = 4 * kMaxBytesOfOneProcess;
 constexpr size_t kReserve = 128;
 
 // Processes that have gone, or cannot be seen from here, share what one user may have.
@@ -33,7 +33,7 @@ Amount operator+(const Amount& a, const Amount& b) {
 
 // A table entry that holds nothing is gone.
 template <typename Key>
-class Ledger {
+class Usage {
 public:
     Amount of(Key key) const {
         const auto found = mHeld.find(key);
@@ -58,8 +58,8 @@ private:
 
 struct Counts {
     Mutex lock;
-    Ledger<pid_t> byPid PLATFORM_GUARDED_BY(lock);
-    Ledger<uid_t> byUid PLATFORM_GUARDED_BY(lock);
+    Usage<pid_t> byPid PLATFORM_GUARDED_BY(lock);
+    Usage<uid_t> byUid PLATFORM_GUARDED_BY(lock);
     size_t descriptors PLATFORM_GUARDED_BY(lock) = 0;
     std::chrono::steady_clock::time_point unused PLATFORM_GUARDED_BY(lock) =
         std::chrono::steady_clock::now();
@@ -87,14 +87,13 @@ size_t descriptorsLeft(size_t leased, int fd) {
 }
 
 bool mayHaveDescriptors(const Amount& ofProcess, const Amount& ofUser, bool ownUser, size_t left) {
-    return left > 0 &&
-           ofProcess.descriptors <= std::min(kMostOfOneProcess, descriptorLimit() / 4) &&
+    return left > 0 && ofProcess.descriptors <= std::min(kMaxOfOneProcess, descriptorLimit() / 4) &&
            (ownUser || ofUser.descriptors <= left);
 }
 
 bool mayHaveBytes(const Amount& ofProcess, const Amount& ofUser, bool ownUser) {
-    return ofProcess.bytes <= kMostBytesOfOneProcess &&
-           (ownUser || ofUser.bytes <= kMostBytesOfOneUser);
+    return ofProcess.bytes <= kMaxBytesOfOneProcess &&
+           (ownUser || ofUser.bytes <= kMaxBytesOfOneUser);
 }
 
 uid_t userOf(pid_t pid) {
@@ -105,11 +104,11 @@ uid_t userOf(pid_t pid) {
 
 }  // namespace
 
-void trustSharer(pid_t manager) {
+void trustManager(pid_t manager) {
     gManager = manager;
 }
 
-Holder holderOf(Holder sender, uint32_t named) {
+PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named) {
     if (named == 0 || sender.pid != gManager) {
         return sender;
     }
@@ -117,7 +116,8 @@ Holder holderOf(Holder sender, uint32_t named) {
     return {pid, userOf(pid)};
 }
 
-Lease::Lease(Holder holder, int fd, Amount amount) : mHolder(holder), mGranted(false) {
+QuotaCharge::QuotaCharge(PeerIdentity holder, int fd, Amount amount)
+    : mHolder(holder), mGranted(false) {
     const bool ownUser = holder.uid == geteuid();
     Counts& table = counts();
     Mutex::Autolock lock(table.lock);
@@ -129,14 +129,14 @@ Lease::Lease(Holder holder, int fd, Amount amount) : mHolder(holder), mGranted(f
         return;
     }
     mGranted = true;
-    mScarce = ofProcess.bytes > kMostBytesOfOneProcess / 2;
+    mScarce = ofProcess.bytes > kMaxBytesOfOneProcess / 2;
     mAmount = amount;
     table.byPid.add(holder.pid, amount);
     table.byUid.add(holder.uid, amount);
     table.descriptors += amount.descriptors;
 }
 
-Lease::~Lease() {
+QuotaCharge::~QuotaCharge() {
     if (mAmount.descriptors == 0 && mAmount.bytes == 0) {
         return;
     }
@@ -150,7 +150,7 @@ Lease::~Lease() {
     }
 }
 
-std::optional<std::chrono::steady_clock::time_point> unleasedSince() {
+std::optional<std::chrono::steady_clock::time_point> unusedSince() {
     Counts& table = counts();
     Mutex::Autolock held(table.lock);
     return table.descriptors == 0 ? std::optional(table.unused) : std::nullopt;

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_CONTROLCHANNEL_H
+#define VOXTREL_SOCKET_CONTROLCHANNEL_H
+
+#include <memory>
+
+#include "socket/CallChannel.h"
+
+namespace android::transport {
+
+/// The served end of a reference. Its peer sends further sockets through it that are to be served
+/// for the same node.
+class ControlChannel final : public ServerChannel {
+public:
+    using ServerChannel::ServerChannel;
+    void onReady() override;
+    bool neverBlocks() const override { return true; }
+
+private:
+    std::shared_ptr<EventHandler> makeEnd(Role role, Fd socket, QuotaCharge charge) const;
+
+    /// False when the control socket has been closed.
+    bool take(Received received, Envelope& envelope);
+    /// False when the message is none that may come through a control socket, which is closed then.
+    bool adopt(Envelope& envelope);
+
+    const std::shared_ptr<CallChannel::Control> mControl = std::make_shared<CallChannel::Control>();
+};
+
+}  // namespace android::transport
+
+#endif
