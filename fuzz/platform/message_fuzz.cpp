@@ -14,10 +14,9 @@
 #include <vector>
 
 #include "binder/Parcel.h"
-#include "socket/BinderTransfer.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
-#include "socket/Reactor.h"
+#include "socket/SocketRuntime.h"
 #include "socket/Wire.h"
 
 namespace {
@@ -26,6 +25,11 @@ using android::Parcel;
 using namespace android::transport;
 
 const uint8_t kBytes[64] = {};
+
+SocketRuntime& runtime() {
+    static auto* const instance = new SocketRuntime();
+    return *instance;
+}
 
 // The first byte says how many descriptors come along, and of which kind.
 std::vector<Fd> descriptors(uint8_t choice) {
@@ -134,7 +138,7 @@ void run(const uint8_t* data, size_t size, uint8_t choice) {
     if (received == Received::OutOfDescriptors && (plenty || envelope.fdCount() != 0)) {
         std::abort();
     }
-    if (received == Received::Message && importBinders(envelope, parcel)) {
+    if (received == Received::Message && runtime().importBinders(envelope, parcel)) {
         readEverything(parcel);
     }
 }
@@ -145,7 +149,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > 60000) {
         return 0;
     }
-    (void)reactor();  // opens a descriptor of its own once
+    (void)runtime();  // opens a descriptor of its own once
     const int before = lowestFree();
     run(data + 1, size - 1, data[0]);
     if (lowestFree() != before) {

@@ -15,10 +15,10 @@
 
 namespace {
 
-using android::transport::chargedPeer;
 using android::transport::PeerIdentity;
+using android::transport::QuotaAmount;
 using android::transport::QuotaCharge;
-using android::transport::trustManager;
+using android::transport::Quotas;
 using voxtrel_test::ChildProcess;
 
 constexpr size_t kReserve = 128;
@@ -52,7 +52,7 @@ protected:
         const size_t before = mHeld.size();
         for (;; ++mLastPid) {
             for (size_t i = 0; i < kOfOneProcess; ++i) {
-                QuotaCharge charge({mLastPid, user}, 3);
+                QuotaCharge charge(mQuotas, {mLastPid, user}, 3);
                 if (!charge.granted()) {
                     return mHeld.size() - before;
                 }
@@ -61,7 +61,9 @@ protected:
         }
     }
 
-    static bool granted(PeerIdentity holder, int fd) { return QuotaCharge(holder, fd).granted(); }
+    bool granted(PeerIdentity peer, int fd) { return QuotaCharge(mQuotas, peer, fd).granted(); }
+
+    Quotas mQuotas;
 
     const uid_t mOwn = geteuid();
     const uid_t mOther = mOwn + 1;
@@ -85,7 +87,7 @@ TEST_F(AQuotaCharge, CountsWhatElseTheProcessHasOpen) {
     const PeerIdentity other = {1, mOther};
     std::vector<QuotaCharge> held;
     for (int i = 0; i < 100; ++i) {
-        held.emplace_back(other, 3);
+        held.emplace_back(mQuotas, other, 3);
         ASSERT_TRUE(held.back().granted());
     }
     constexpr int kHighest = 2048 - static_cast<int>(kReserve) - 101;
@@ -110,7 +112,7 @@ TEST_F(AQuotaCharge, OfOneProcessEndsWithAQuarterOfTheLimit) {
     const DescriptorLimit limit(1024);
     std::vector<QuotaCharge> held;
     for (size_t i = 0; i < 1024 / 4; ++i) {
-        held.emplace_back(PeerIdentity{1, mOwn}, 3);
+        held.emplace_back(mQuotas, PeerIdentity{1, mOwn}, 3);
         ASSERT_TRUE(held.back().granted());
     }
     EXPECT_FALSE(granted({1, mOwn}, 3));
@@ -120,17 +122,17 @@ TEST_F(AQuotaCharge, OfOneProcessEndsWithAQuarterOfTheLimit) {
 TEST_F(AQuotaCharge, OfMemoryIsLimitedByProcessAndByOtherUser) {
     std::vector<QuotaCharge> held;
     for (pid_t pid = 1; pid <= 4; ++pid) {
-        held.emplace_back(PeerIdentity{pid, mOther}, -1, QuotaCharge::Amount{0, 8 * kMiB});
+        held.emplace_back(mQuotas, PeerIdentity{pid, mOther}, -1, QuotaAmount{0, 8 * kMiB});
         EXPECT_TRUE(held.back().granted() && !held.back().scarce());
-        held.emplace_back(PeerIdentity{pid, mOther}, -1, QuotaCharge::Amount{0, 8 * kMiB});
+        held.emplace_back(mQuotas, PeerIdentity{pid, mOther}, -1, QuotaAmount{0, 8 * kMiB});
         EXPECT_TRUE(held.back().granted() && held.back().scarce());
-        EXPECT_FALSE(QuotaCharge({pid, mOther}, -1, {0, 1}).granted());
+        EXPECT_FALSE(QuotaCharge(mQuotas, {pid, mOther}, -1, {0, 1}).granted());
         EXPECT_TRUE(granted({pid, mOther}, 3)) << "a socket takes none of it";
     }
-    EXPECT_FALSE(QuotaCharge({5, mOther}, -1, {0, 1}).granted());
-    EXPECT_TRUE(QuotaCharge({5, mThird}, -1, {0, 1}).granted());
+    EXPECT_FALSE(QuotaCharge(mQuotas, {5, mOther}, -1, {0, 1}).granted());
+    EXPECT_TRUE(QuotaCharge(mQuotas, {5, mThird}, -1, {0, 1}).granted());
     for (pid_t pid = 6; pid <= 10; ++pid) {
-        held.emplace_back(PeerIdentity{pid, mOwn}, -1, QuotaCharge::Amount{0, 16 * kMiB});
+        held.emplace_back(mQuotas, PeerIdentity{pid, mOwn}, -1, QuotaAmount{0, 16 * kMiB});
         EXPECT_TRUE(held.back().granted()) << "its own user's processes are limited one by one";
     }
 }
@@ -139,16 +141,15 @@ TEST_F(AQuotaCharge, IsForWhomTheServiceManagerNamesAndNobodyElse) {
     const auto named = static_cast<uint32_t>(getpid());
     constexpr pid_t kManager = 1000000;
     const PeerIdentity manager = {kManager, mOther};
-    EXPECT_EQ(kManager, chargedPeer(manager, named).pid);
-    EXPECT_EQ(mOther, chargedPeer(manager, named).uid);
-    trustManager(kManager);
-    EXPECT_EQ(getpid(), chargedPeer(manager, named).pid);
-    EXPECT_EQ(mOwn, chargedPeer(manager, named).uid);
-    EXPECT_EQ(kManager, chargedPeer(manager, 0).pid);
-    EXPECT_EQ(static_cast<uid_t>(-1), chargedPeer(manager, 0x7FFFFFFF).uid)
+    EXPECT_EQ(kManager, mQuotas.chargedPeer(manager, named).pid);
+    EXPECT_EQ(mOther, mQuotas.chargedPeer(manager, named).uid);
+    mQuotas.trustManager(kManager);
+    EXPECT_EQ(getpid(), mQuotas.chargedPeer(manager, named).pid);
+    EXPECT_EQ(mOwn, mQuotas.chargedPeer(manager, named).uid);
+    EXPECT_EQ(kManager, mQuotas.chargedPeer(manager, 0).pid);
+    EXPECT_EQ(static_cast<uid_t>(-1), mQuotas.chargedPeer(manager, 0x7FFFFFFF).uid)
         << "there is no such one";
-    EXPECT_EQ(kManager + 1, chargedPeer({kManager + 1, mOther}, named).pid);
-    trustManager(0);
+    EXPECT_EQ(kManager + 1, mQuotas.chargedPeer({kManager + 1, mOther}, named).pid);
 }
 
 // Connects, becomes another user if it is told to, and opens sockets until one is refused.

@@ -9,12 +9,14 @@
 #include <cstdlib>
 
 #include "socket/Listener.h"
+#include "socket/SocketRuntime.h"
 #include "tests/servicemanager/LocalSocket.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
 
 using namespace voxtrel_test;
 using android::transport::Listener;
+using android::transport::SocketRuntime;
 
 namespace {
 
@@ -61,7 +63,8 @@ TEST_F(AnIdleManager, StaysWhileSomebodyIsConnected) {
 // Without threads nobody accepts: the connection waits where one waits that comes at the last
 // moment.
 TEST_F(AnIdleManager, DoesNotLeaveWhenSomebodyHasJustCome) {
-    const auto listener = Listener::open(socketPath(), new android::BBinder());
+    SocketRuntime runtime;
+    const auto listener = Listener::open(runtime.context(), socketPath(), new android::BBinder());
     ASSERT_NE(nullptr, listener);
     {
         const LocalSocket client = LocalSocket::connectedTo(socketPath());
@@ -72,7 +75,8 @@ TEST_F(AnIdleManager, DoesNotLeaveWhenSomebodyHasJustCome) {
 }
 
 TEST_F(AnIdleManager, IsOutOfReachOnceItLeaves) {
-    const auto listener = Listener::open(socketPath(), new android::BBinder());
+    SocketRuntime runtime;
+    const auto listener = Listener::open(runtime.context(), socketPath(), new android::BBinder());
     ASSERT_NE(nullptr, listener);
     EXPECT_TRUE(listener->leaveIfUnused());
     EXPECT_FALSE(LocalSocket::connectedTo(socketPath()).valid());
@@ -81,8 +85,9 @@ TEST_F(AnIdleManager, IsOutOfReachOnceItLeaves) {
 
 TEST_F(AnIdleManager, LeavesASocketOfAnotherOwnerWithThoseWhoCome) {
     const LocalSocket unit = LocalSocket::listeningAt(socketPath());
-    const auto listener =
-        Listener::openAt(android::transport::Fd(dup(unit.get())), new android::BBinder());
+    SocketRuntime runtime;
+    const auto listener = Listener::openAt(
+        runtime.context(), android::transport::Fd(dup(unit.get())), new android::BBinder());
     ASSERT_NE(nullptr, listener);
     EXPECT_TRUE(listener->leaveIfUnused());
     const LocalSocket late = LocalSocket::connectedTo(socketPath());

@@ -9,9 +9,11 @@
 #include <binder/Binder.h>
 
 #include "socket/Listener.h"
+#include "socket/SocketRuntime.h"
 #include "tests/support/TempFolder.h"
 
 using android::transport::Listener;
+using android::transport::SocketRuntime;
 
 namespace {
 
@@ -65,7 +67,9 @@ TEST(ASocketThatIsMade, IsItsUsersAloneUntilItIsWhatWasAskedForAndListensThenOnl
     sights.path = folder.path("binder");
     gSights = &sights;
     const mode_t before = umask(0);
-    const auto listener = Listener::open(sights.path, new android::BBinder(), {0620, group});
+    SocketRuntime runtime;
+    const auto listener =
+        Listener::open(runtime.context(), sights.path, new android::BBinder(), {0620, group});
     umask(before);
     gSights = nullptr;
     ASSERT_NE(nullptr, listener);

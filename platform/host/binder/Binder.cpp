@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/Binder.h"
 
-#include "binder/IInterface.h"
 #include "binder/Parcel.h"
 #include "binder/internal/LocalNode.h"
 
 namespace android {
-
-sp<IInterface> IBinder::queryLocalInterface(const String16& /*descriptor*/) {
-    return nullptr;
-}
 
 BBinder* IBinder::localBinder() {
     return nullptr;

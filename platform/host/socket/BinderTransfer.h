@@ -1,33 +1,58 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_BINDERTRANSFER_H
-#define VOXTREL_SOCKET_BINDERTRANSFER_H
+#ifndef VOXTREL_SOCKET_SOCKETRUNTIME_H
+#define VOXTREL_SOCKET_SOCKETRUNTIME_H
 
-#include "binder/Parcel.h"
-#include "socket/Message.h"
+#include <memory>
+
+#include "socket/BinderTranslator.h"
+#include "socket/Context.h"
+#include "socket/DrainingSocket.h"
+#include "socket/ExportTable.h"
+#include "socket/ImportTable.h"
+#include "socket/OneWayBudget.h"
+#include "socket/Quota.h"
+#include "socket/Reactor.h"
+#include "socket/StallMonitor.h"
+#include "socket/ThreadPool.h"
 
 namespace android::transport {
 
-class Deadline;
+/// Owns what the parts of the transport share, and translates binders by its tables. It outlives
+/// every proxy that it has made and every object that it has exported; the transport's is never
+/// destroyed.
+///
+/// Called on: any thread.
+class SocketRuntime final : public BinderTranslator {
+public:
+    SocketRuntime();
+    SocketRuntime(const SocketRuntime&) = delete;
+    SocketRuntime& operator=(const SocketRuntime&) = delete;
 
-/// Who a parcel is sent to, as far as it matters.
-struct Destination {
-    pid_t pid = 0;  ///< 0 when it is not known
-    bool isManager = false;
+    const Context& context() const { return mContext; }
+
+    /// The proxy of the service manager's node, whose reference has no name that others know.
+    sp<IBinder> proxyOfManager(Fd control);
+
+private:
+    status_t exportSome(const Parcel& parcel, Attachments* out, Deadline& deadline,
+                        const Destination& to) override;
+    bool importSome(Envelope& envelope, Parcel& parcel) override;
+    status_t exportOne(const sp<IBinder>& binder, const Destination& to, Deadline& deadline,
+                       NodeId* id, Fd* reference);
+    Fd exportNode(BBinder& node, const Destination& to);
+    void closeReleasedExports();
+
+    // What the handlers in the reactor use comes before it.
+    Quotas mQuotas;
+    ExportTable mExports;
+    Reactor mReactor;
+    ThreadPool mPool{mReactor};
+    const std::shared_ptr<StallMonitor> mStallMonitor = std::make_shared<StallMonitor>(mReactor);
+    DrainingSockets mDraining{mReactor};
+    const std::unique_ptr<OneWayBudget> mBudget;
+    const Context mContext;
+    ImportTable mImports{mContext, mDraining};
 };
-
-/// Makes a reference of its own, for the receiver, to each binder in `parcel`. `OK`, also for nodes
-/// that have died; else why the parcel cannot be sent. `deadline`: for owners that have to take
-/// part in it.
-status_t exportBinders(const Parcel& parcel, Attachments* out, Deadline& deadline,
-                       const Destination& to);
-
-/// Puts the binders of a received message into its parcel. An object of this process comes home as
-/// itself, a node that is known here already as the proxy it has. False for a descriptor that is no
-/// reference.
-bool importBinders(Envelope& envelope, Parcel& parcel);
-
-/// The proxy of the service manager's node, whose reference has no name that others know.
-sp<IBinder> importManager(Fd control);
 
 /// Has the node behind a proxy gone, whether or not anybody has noticed?
 bool hasEnded(const sp<IBinder>& proxy);

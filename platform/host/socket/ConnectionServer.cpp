@@ -12,16 +12,35 @@
 
 namespace android::transport {
 
-ConnectionServer::ConnectionServer(std::shared_ptr<CallChannel> end)
-    : mEnd(std::move(end)),
+namespace {
+
+class ServedCallChannel final : public CallChannel,
+                                public std::enable_shared_from_this<ServedCallChannel> {
+public:
+    using CallChannel::CallChannel;
+    void onReady() override { ConnectionServer(shared_from_this()).run(); }
+};
+
+}  // namespace
+
+std::shared_ptr<CallChannel> makeCallChannel(const Context& context, Fd socket,
+                                             const sp<BBinder>& node, QuotaCharge charge,
+                                             std::shared_ptr<CallChannel::Shared> shared) {
+    return std::make_shared<ServedCallChannel>(context, std::move(socket), node, std::move(charge),
+                                               std::move(shared));
+}
+
+ConnectionServer::ConnectionServer(std::shared_ptr<CallChannel> channel)
+    : mChannel(std::move(channel)),
+      mContext(mChannel->context()),
       mMessage(std::make_unique<Incoming>()),
-      mQueue(exportedNode(*mEnd->node()).oneWayQueue),
-      mWatched(stallMonitor().enter(mEnd, mSleeps)) {}
+      mQueue(mContext.exports.of(*mChannel->node()).oneWayQueue),
+      mWatched(mContext.stallMonitor.enter(mChannel)) {}
 
 ConnectionServer::~ConnectionServer() {
-    stallMonitor().leave(mSleeps);
+    mContext.stallMonitor.leave(mChannel);
     if (mStaying) {
-        threadPool().endStay();
+        mContext.pool.endStay();
     }
 }
 
@@ -30,39 +49,34 @@ void ConnectionServer::run() {
     while (after == After::ReadOn) {
         after = handle(receive());
         if (after == After::ReadOn && !mayStay()) {
-            reactor().rearm(*mEnd);
+            mContext.reactor.rearm(*mChannel);
             after = After::Left;
         }
     }
 }
 
 Received ConnectionServer::receive() {
-    const uint32_t sleep = mStaying ? mSleeps.load(std::memory_order_relaxed) + 1 : 0;
-    mSleeps.store(sleep, std::memory_order_relaxed);
-    const Received received =
-        receiveMessage(mEnd->socket(), mStaying, mMessage->parcel, mMessage->envelope);
-    mSleeps.store(sleep + (sleep & 1U), std::memory_order_relaxed);
-    return received;
+    return receiveMessage(mChannel->socket(), mStaying, mMessage->parcel, mMessage->envelope);
 }
 
 bool ConnectionServer::mayStay() {
     if (mStaying) {
-        reactor().pause(*mEnd);
-        return !threadPool().nobodyWaits();
+        mContext.reactor.pause(*mChannel);
+        return !mContext.pool.nobodyWaits();
     }
-    mStaying = mWatched && threadPool().tryStay();
+    mStaying = mWatched && mContext.pool.tryStay();
     return mStaying;
 }
 
 ConnectionServer::After ConnectionServer::handle(Received received) {
     if (received == Received::Message) {
-        return mEnd->accepts(mMessage->envelope) ? serveOne() : After::Left;
+        return mChannel->accepts(mMessage->envelope) ? serveOne() : After::Left;
     }
     if (received == Received::OutOfDescriptors) {
-        return mEnd->accepts(mMessage->envelope) ? failLost() : After::Left;
+        return mChannel->accepts(mMessage->envelope) ? failLost() : After::Left;
     }
-    if (mEnd->survives(received, mMessage->envelope)) {
-        reactor().rearm(*mEnd);
+    if (mChannel->survives(received, mMessage->envelope)) {
+        mContext.reactor.rearm(*mChannel);
     }
     return After::Left;
 }
@@ -70,7 +84,7 @@ ConnectionServer::After ConnectionServer::handle(Received received) {
 ConnectionServer::After ConnectionServer::serveOne() {
     switch (mMessage->envelope.header().kind) {
         case Kind::Request:
-            return mEnd->overtaking() == nullptr ? serveTwoWay() : overtake();
+            return mChannel->overtaking() == nullptr ? serveTwoWay() : overtake();
         case Kind::OneWay:
             return enterOneWay();
         case Kind::Reply:
@@ -81,45 +95,45 @@ ConnectionServer::After ConnectionServer::serveOne() {
 }
 
 ConnectionServer::After ConnectionServer::refuse(const char* what) {
-    mEnd->refuse(what, mMessage->envelope);
+    mChannel->refuse(what, mMessage->envelope);
     return After::Left;
 }
 
 ConnectionServer::After ConnectionServer::serveTwoWay() {
-    const uint32_t call = mEnd->beginCall();
-    const Served served =
-        serveRequest(*mEnd->node(), *mMessage, mEnd->socket(), mEnd->oneWaysDone());
-    const bool ours = mEnd->finishCall(call);
-    if (served == Served::Badly) {
+    const uint32_t call = mChannel->beginCall();
+    const Served served = serveRequest(mContext.translator, *mChannel->node(), *mMessage,
+                                       mChannel->socket(), mChannel->oneWaysDone());
+    const bool ours = mChannel->finishCall(call);
+    if (served == Served::Malformed) {
         return refuse("a descriptor that is no reference");
     }
-    if (served == Served::InVain) {
-        mEnd->close();
+    if (served == Served::Undelivered) {
+        mChannel->close();
         return After::Left;
     }
     return ours ? After::ReadOn : After::Left;
 }
 
 ConnectionServer::After ConnectionServer::overtake() {
-    Overtaking& overtaking = *mEnd->overtaking();
+    Overtaking& overtaking = *mChannel->overtaking();
     const uint32_t before = overtaking.arrived();
     const After after = serveTwoWay();
     overtaking.overtake(before);
     return after;
 }
 
-// A call whose binders or bytes could not be taken, for want of descriptors.
+// A call whose binders or bytes could not be received, for want of descriptors.
 ConnectionServer::After ConnectionServer::failLost() {
     const Envelope& envelope = mMessage->envelope;
     logLimited("out of file descriptors: call %u of process %d fails", envelope.header().code,
                static_cast<int>(envelope.senderPid()));
     switch (envelope.header().kind) {
         case Kind::Request: {
-            const Served served = failRequest(mEnd->socket(), mEnd->oneWaysDone());
-            if (served == Served::InVain) {
-                mEnd->close();
+            const Served served = failRequest(mChannel->socket(), mChannel->oneWaysDone());
+            if (served == Served::Undelivered) {
+                mChannel->close();
             }
-            return served == Served::Well ? After::ReadOn : After::Left;
+            return served == Served::Done ? After::ReadOn : After::Left;
         }
         case Kind::OneWay:
             mMessage->lost = true;
@@ -132,51 +146,52 @@ ConnectionServer::After ConnectionServer::failLost() {
 }
 
 ConnectionServer::After ConnectionServer::enterOneWay() {
-    if (Overtaking* overtaking = mEnd->overtaking()) {
+    if (Overtaking* overtaking = mChannel->overtaking()) {
         mMessage->arrival = overtaking->arrive();
     }
-    switch (mQueue.enter(mEnd, mMessage)) {
-        case OneWayQueue::Place::Mine: {
-            const uint32_t call = mEnd->beginCall();
+    switch (mQueue.enter(mContext.quotas, mChannel, mMessage)) {
+        case OneWayQueue::Entry::ServeNow: {
+            const uint32_t call = mChannel->beginCall();
             const bool sound = serveQueue();
-            return mEnd->finishCall(call) && sound ? After::ReadOn : After::Left;
+            return mChannel->finishCall(call) && sound ? After::ReadOn : After::Left;
         }
-        case OneWayQueue::Place::Waiting:
+        case OneWayQueue::Entry::Queued:
             mMessage = std::make_unique<Incoming>();
             return After::ReadOn;
-        case OneWayQueue::Place::Full:
+        case OneWayQueue::Entry::Full:
             break;
-        case OneWayQueue::Place::Refused:
+        case OneWayQueue::Entry::Refused:
             return refuse("more that waits than one process may have");
     }
     return After::Left;
 }
 
 bool ConnectionServer::serveQueue() {
-    const bool sound = serveOneWayFrom(*mEnd, *mMessage);
+    const bool sound = serveOneWayFrom(*mChannel, *mMessage);
     for (OneWayQueue::Next next = mQueue.next(); next.message != nullptr; next = mQueue.next()) {
         if (next.readOn) {
-            reactor().rearm(*next.end);
+            mContext.reactor.rearm(*next.channel);
         }
-        (void)serveOneWayFrom(*next.end, *next.message);
+        (void)serveOneWayFrom(*next.channel, *next.message);
     }
     return sound;
 }
 
-bool ConnectionServer::serveOneWayFrom(CallChannel& end, Incoming& message) {
-    if (Overtaking* overtaking = end.overtaking()) {
+bool ConnectionServer::serveOneWayFrom(CallChannel& channel, Incoming& message) {
+    if (Overtaking* overtaking = channel.overtaking()) {
         overtaking->holdBack(message.arrival, message.envelope.header().code);
     }
     const bool lost = std::exchange(message.lost, false);
-    const bool sound = lost || serveOneWay(*end.node(), message) != Served::Badly;
+    const bool sound =
+        lost || serveOneWay(mContext.translator, *channel.node(), message) != Served::Malformed;
     if (!sound) {
-        end.refuse("a descriptor that is no reference", message.envelope);
+        channel.refuse("a descriptor that is no reference", message.envelope);
     }
     message.charge.reset();
     if (isCounted(message.envelope.header())) {
-        OneWayBudget::own().giveBack(message.envelope.header().payloadSize);
+        mContext.budget->giveBack(message.envelope.header().payloadSize);
     }
-    end.oneWaysDone().fetch_add(1, std::memory_order_relaxed);
+    channel.oneWaysDone().fetch_add(1, std::memory_order_relaxed);
     return sound;
 }
 

@@ -2,7 +2,6 @@
 #ifndef VOXTREL_SOCKET_CONNECTIONSERVER_H
 #define VOXTREL_SOCKET_CONNECTIONSERVER_H
 
-#include <atomic>
 #include <memory>
 
 #include "socket/CallChannel.h"
@@ -11,11 +10,12 @@
 
 namespace android::transport {
 
-/// One thread's stretch of work at one socket, from the event that brought it there until it goes
-/// back to the reactor.
+/// What one thread does at one channel, from the event that woke it until it goes back to the
+/// reactor: it serves the call and answers, and then sleeps on the socket itself for a while, so
+/// that a busy caller is served with one receive and one send a call.
 class ConnectionServer {
 public:
-    explicit ConnectionServer(std::shared_ptr<CallChannel> end);
+    explicit ConnectionServer(std::shared_ptr<CallChannel> channel);
     ~ConnectionServer();
     ConnectionServer(const ConnectionServer&) = delete;
     ConnectionServer& operator=(const ConnectionServer&) = delete;
@@ -24,8 +24,8 @@ public:
 
 private:
     enum class After {
-        ReadOn,  ///< the socket is still this thread's
-        Left,    ///< somebody else reads it now, or nobody any more
+        ReadOn,  ///< this thread reads the channel on
+        Left,    ///< another thread does, or it has been closed
     };
     Received receive();
     After handle(Received received);
@@ -36,18 +36,22 @@ private:
     After enterOneWay();
     /// False when this socket has been closed for what came over it.
     bool serveQueue();
-    static bool serveOneWayFrom(CallChannel& end, Incoming& message);
+    bool serveOneWayFrom(CallChannel& channel, Incoming& message);
     bool mayStay();
     After refuse(const char* what);
 
-    const std::shared_ptr<CallChannel> mEnd;
+    const std::shared_ptr<CallChannel> mChannel;
+    const Context& mContext;
     std::unique_ptr<Incoming> mMessage;
     OneWayQueue& mQueue;
-    // Odd while this thread sleeps on the socket.
-    std::atomic<uint32_t> mSleeps{0};
     const bool mWatched;
     bool mStaying = false;
 };
+
+/// A channel whose calls are served by a `ConnectionServer` on the thread that is woken.
+std::shared_ptr<CallChannel> makeCallChannel(const Context& context, Fd socket,
+                                             const sp<BBinder>& node, QuotaCharge charge,
+                                             std::shared_ptr<CallChannel::Shared> shared);
 
 }  // namespace android::transport
 

@@ -14,7 +14,7 @@ namespace {
 
 // How long a thread that has served a socket sleeps on it for more.
 constexpr suseconds_t kStayMicroseconds = 5000;
-// A control socket is read so far at a time: others want the thread, too.
+// Messages read before the thread goes back to the reactor: one peer must not keep it.
 constexpr int kMaxAtOnce = 8;
 
 bool prepare(const Fd& socket) {
@@ -36,11 +36,11 @@ void ControlChannel::onReady() {
             break;
         }
         if (!take(received, incoming.envelope)) {
-            threadPool().keepOneWaiting();  // the node may go with its last control socket
+            context().pool.keepOneWaiting();  // the node may go with its last control socket
             return;
         }
     }
-    reactor().rearm(*this);
+    context().reactor.rearm(*this);
 }
 
 bool ControlChannel::take(Received received, Envelope& envelope) {
@@ -50,7 +50,7 @@ bool ControlChannel::take(Received received, Envelope& envelope) {
     if (received != Received::OutOfDescriptors) {
         return survives(received, envelope);
     }
-    threadPool().keepOneWaiting();  // whoever reads the log may be slow
+    context().pool.keepOneWaiting();  // writing to the log may block
     logLimited(
         "out of file descriptors: a connection of process %d is refused, and with it what "
         "has been sent through it",
@@ -58,12 +58,20 @@ bool ControlChannel::take(Received received, Envelope& envelope) {
     return accepts(envelope);
 }
 
-std::shared_ptr<EventHandler> ControlChannel::makeEnd(Role role, Fd socket,
-                                                      QuotaCharge charge) const {
+std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
+                                                          QuotaCharge charge) const {
     if (role == Role::Control) {
-        return std::make_shared<ControlChannel>(std::move(socket), node(), std::move(charge));
+        return std::make_shared<ControlChannel>(context(), std::move(socket), node(),
+                                                std::move(charge));
     }
-    return std::make_shared<CallChannel>(std::move(socket), node(), std::move(charge), mControl);
+    return makeCallChannel(context(), std::move(socket), node(), std::move(charge), mShared);
+}
+
+// Whoever holds the other end of `socket` is to count what it sends to this process.
+void ControlChannel::showBudget(const Fd& socket) const {
+    if (context().budget != nullptr && context().budget->valid()) {
+        (void)sendAdopt(socket, Role::Budget, context().budget->page());  // it may have gone
+    }
 }
 
 bool ControlChannel::adopt(Envelope& envelope) {
@@ -77,20 +85,20 @@ bool ControlChannel::adopt(Envelope& envelope) {
         showBudget(end);
         return true;
     }
-    const PeerIdentity holder =
-        chargedPeer({envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
-    QuotaCharge charge(holder, end.get());
+    const PeerIdentity peer = context().quotas.chargedPeer(
+        {envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
+    QuotaCharge charge(context().quotas, peer, end.get());
     if (!charge.granted()) {
-        threadPool().keepOneWaiting();
+        context().pool.keepOneWaiting();
         logLimited(
             "process %d or its user has too many connections: another one is refused, and "
             "with it what has been sent through it",
-            static_cast<int>(holder.pid));
+            static_cast<int>(peer.pid));
         return true;
     }
-    const auto handler = makeEnd(role, std::move(end), std::move(charge));
+    const auto channel = makeChannel(role, std::move(end), std::move(charge));
     // What cannot be waited for is dropped, and its peer sees it hang up.
-    (void)reactor().add(handler);
+    (void)context().reactor.add(channel);
     return true;
 }
 

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "socket/CallChannel.h"
+#include "socket/ConnectionServer.h"
 
 namespace android::transport {
 
@@ -17,14 +17,15 @@ public:
     bool neverBlocks() const override { return true; }
 
 private:
-    std::shared_ptr<EventHandler> makeEnd(Role role, Fd socket, QuotaCharge charge) const;
+    std::shared_ptr<EventHandler> makeChannel(Role role, Fd socket, QuotaCharge charge) const;
 
     /// False when the control socket has been closed.
     bool take(Received received, Envelope& envelope);
     /// False when the message is none that may come through a control socket, which is closed then.
     bool adopt(Envelope& envelope);
+    void showBudget(const Fd& socket) const;
 
-    const std::shared_ptr<CallChannel::Control> mControl = std::make_shared<CallChannel::Control>();
+    const std::shared_ptr<CallChannel::Shared> mShared = std::make_shared<CallChannel::Shared>();
 };
 
 }  // namespace android::transport

@@ -8,7 +8,7 @@
 
 namespace android::transport {
 
-/// How long a sender waits at most for other processes, all its waits for one call together.
+/// How long a sender waits at most for other processes, in all its waits for one call.
 constexpr int kSendTimeoutMs = 100;
 
 /// What an attempt has to wait for: a descriptor and one of these events of poll(2).

@@ -2,7 +2,6 @@
 #include "socket/Dispatch.h"
 
 #include "binder/internal/ServeCall.h"
-#include "socket/BinderTransfer.h"
 #include "socket/Deadline.h"
 #include "support/Manners.h"
 
@@ -10,7 +9,8 @@ namespace android::transport {
 
 namespace {
 
-status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachments* attachments) {
+status_t statusOf(BinderTranslator& translator, status_t status, const Parcel& reply, pid_t caller,
+                  Attachments* attachments) {
     if (status == OK) {
         status = reply.errorCheck();
     }
@@ -18,7 +18,8 @@ status_t statusOf(status_t status, const Parcel& reply, pid_t caller, Attachment
         status = FAILED_TRANSACTION;
     }
     Deadline deadline;
-    return status == OK ? exportBinders(reply, attachments, deadline, {caller, false}) : status;
+    return status == OK ? translator.exportBinders(reply, attachments, deadline, {caller, false})
+                        : status;
 }
 
 status_t run(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
@@ -27,39 +28,40 @@ status_t run(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
                      reply, header.flags);
 }
 
-bool attach(Incoming& incoming) {
-    const bool sound = importBinders(incoming.envelope, incoming.parcel);
+bool attach(BinderTranslator& translator, Incoming& incoming) {
+    const bool sound = translator.importBinders(incoming.envelope, incoming.parcel);
     if (!sound) {
         incoming.parcel.freeData();  // of the binders that were
     }
     return sound;
 }
 
-// At once or not at all: a caller has read its last reply when it makes the next call on a socket,
-// so there is room, and who leaves replies unread holds up nobody.
+// Without waiting: a caller has read its last reply when it makes the next call on a socket, so
+// there is room. A client that does not read its replies must not block the pool.
 Served sendReply(const Fd& socket, status_t status, const Parcel& reply,
                  const Attachments& attachments, const std::atomic<uint32_t>& oneWaysDone) {
     const Header header = {0, Kind::Reply, oneWaysDone.load(), status, 0, 0, 0, 0};
     const status_t sent = sendMessage(socket, header, reply, attachments);
     if (sent == FAILED_TRANSACTION && status == OK) {
-        // Say, without descriptors for what goes with it: then the caller at least hears that.
+        // Perhaps there are no descriptors for what goes with it; then the caller at least hears
+        // that.
         return failRequest(socket, oneWaysDone);
     }
-    return sent == OK ? Served::Well : Served::InVain;
+    return sent == OK ? Served::Done : Served::Undelivered;
 }
 
 }  // namespace
 
-Served serveRequest(BBinder& node, Incoming& incoming, const Fd& socket,
-                    const std::atomic<uint32_t>& oneWaysDone) {
-    if (!attach(incoming)) {
-        return Served::Badly;
+Served serveRequest(BinderTranslator& translator, BBinder& node, Incoming& incoming,
+                    const Fd& socket, const std::atomic<uint32_t>& oneWaysDone) {
+    if (!attach(translator, incoming)) {
+        return Served::Malformed;
     }
     Parcel reply;
     Attachments attachments;
     const pid_t caller = incoming.envelope.senderPid();
     const status_t ran = run(node, incoming, caller, &reply);
-    const status_t status = statusOf(ran, reply, caller, &attachments);
+    const status_t status = statusOf(translator, ran, reply, caller, &attachments);
     if (status != OK) {
         reply.freeData();
         attachments = {};
@@ -71,14 +73,14 @@ Served failRequest(const Fd& socket, const std::atomic<uint32_t>& oneWaysDone) {
     return sendReply(socket, FAILED_TRANSACTION, Parcel(), Attachments(), oneWaysDone);
 }
 
-Served serveOneWay(BBinder& node, Incoming& incoming) {
-    if (!attach(incoming)) {
-        return Served::Badly;
+Served serveOneWay(BinderTranslator& translator, BBinder& node, Incoming& incoming) {
+    if (!attach(translator, incoming)) {
+        return Served::Malformed;
     }
     Parcel unread;
     const pid_t caller = gManners.ofDriver ? 0 : incoming.envelope.senderPid();
     (void)run(node, incoming, caller, &unread);  // nobody waits for its status
-    return Served::Well;
+    return Served::Done;
 }
 
 }  // namespace android::transport

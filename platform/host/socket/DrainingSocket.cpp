@@ -9,13 +9,13 @@
 
 namespace android::transport {
 
-DrainingSocket::DrainingSocket(const NodeId& id, Fd socket)
-    : EventHandler(std::move(socket)), mId(id) {
+DrainingSocket::DrainingSocket(DrainingSockets& all, const NodeId& id, Fd socket)
+    : EventHandler(std::move(socket)), mAll(all), mId(id) {
     (void)shutdown(this->socket().get(), SHUT_WR);  // fails where the owner has hung up already
 }
 
 void DrainingSocket::onReady() {
-    drainingSockets().remove(*this);
+    mAll.remove(*this);
 }
 
 bool DrainingSocket::isDrained() const {
@@ -23,9 +23,9 @@ bool DrainingSocket::isDrained() const {
 }
 
 void DrainingSockets::add(const NodeId& id, Fd socket) {
-    const auto draining = std::make_shared<DrainingSocket>(id, std::move(socket));
+    const auto draining = std::make_shared<DrainingSocket>(*this, id, std::move(socket));
     Mutex::Autolock held(mLock);
-    // A process without a thread pool is not told that they are over.
+    // A process without a thread pool is not told that they are drained.
     for (size_t i = mOldestFirst.size(); i-- > 0;) {
         if (mOldestFirst[i]->isDrained()) {
             letGo(mOldestFirst.begin() + static_cast<List::difference_type>(i));
@@ -35,7 +35,7 @@ void DrainingSockets::add(const NodeId& id, Fd socket) {
         letGo(mOldestFirst.begin());
     }
     mOldestFirst.push_back(draining);
-    (void)reactor().add(draining);  // else it stays until the next one comes
+    (void)mReactor.add(draining);  // else it stays until the next one comes
 }
 
 std::shared_ptr<DrainingSocket> DrainingSockets::find(const NodeId& id) {
@@ -55,13 +55,8 @@ void DrainingSockets::remove(const DrainingSocket& draining) {
 }
 
 void DrainingSockets::letGo(List::iterator one) {
-    reactor().remove(**one);
+    mReactor.remove(**one);
     mOldestFirst.erase(one);
-}
-
-DrainingSockets& drainingSockets() {
-    static auto* const instance = new DrainingSockets();
-    return *instance;
 }
 
 }  // namespace android::transport

@@ -1,48 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/ImportTable.h"
 
-#include <unordered_map>
-
-#include "binder/BpBinder.h"
-#include "socket/DrainingSocket.h"
 #include "socket/SocketReference.h"
-#include "utils/Mutex.h"
+#include "support/ForkGuard.h"
 
 namespace android::transport {
 
 namespace {
 
-struct Import {
-    wp<BpBinder> proxy;
-    SocketReference* reference = nullptr;
-};
-
-struct ImportTable {
-    Mutex lock;
-    std::unordered_map<NodeId, Import, NodeIdHash> byId PLATFORM_GUARDED_BY(lock);
-};
-
-// Never destroyed: proxies may outlive the end of main.
-ImportTable& proxies() {
-    static auto* const instance = new ImportTable();
-    return *instance;
-}
-
-// Before another reference to the same node can be made.
-void startDraining(SocketReference& reference) {
-    Fd undrained = reference.takeUndrained();
-    if (undrained.valid()) {
-        drainingSockets().add(reference.id(), std::move(undrained));
+// A reference that leaves the table when it goes.
+class ImportedReference final : public SocketReference {
+public:
+    ImportedReference(ImportTable& table, const Context& context, const NodeId& id, Fd control,
+                      std::shared_ptr<const DrainingSocket> predecessor, bool leadsToManager)
+        : SocketReference(context, id, std::move(control), std::move(predecessor), leadsToManager),
+          mTable(table) {}
+    ~ImportedReference() override {
+        if (!isForkedChild()) {  // the table may be locked for ever
+            mTable.forget(*this);
+        }
     }
-}
+    ImportedReference(const ImportedReference&) = delete;
+    ImportedReference& operator=(const ImportedReference&) = delete;
+
+private:
+    ImportTable& mTable;
+};
 
 }  // namespace
 
-sp<IBinder> importNode(const NodeId& id, Fd control, bool leadsToManager) {
+sp<IBinder> ImportTable::proxyOf(const NodeId& id, Fd control, bool leadsToManager) {
     sp<BpBinder> dead;  // let go outside of the lock
-    ImportTable& known = proxies();
-    Mutex::Autolock held(known.lock);
-    Import& entry = known.byId[id];
+    Mutex::Autolock held(mLock);
+    Import& entry = mById[id];
     sp<BpBinder> proxy = entry.proxy.promote();
     if (proxy != nullptr && proxy->isBinderAlive()) {
         return proxy;
@@ -51,21 +41,28 @@ sp<IBinder> importNode(const NodeId& id, Fd control, bool leadsToManager) {
         startDraining(*entry.reference);  // it is being destroyed, and has not come here yet
     }
     dead = std::move(proxy);
-    auto reference = std::make_unique<SocketReference>(id, std::move(control),
-                                                       drainingSockets().find(id), leadsToManager);
+    auto reference = std::make_unique<ImportedReference>(*this, mContext, id, std::move(control),
+                                                         mDraining.find(id), leadsToManager);
     entry.reference = reference.get();
     proxy = new BpBinder(std::move(reference));
     entry.proxy = proxy;
     return proxy;
 }
 
-void forgetImport(SocketReference& reference) {
-    ImportTable& known = proxies();
-    Mutex::Autolock held(known.lock);
-    const auto found = known.byId.find(reference.id());
-    if (found != known.byId.end() && found->second.reference == &reference) {
+void ImportTable::forget(SocketReference& reference) {
+    Mutex::Autolock held(mLock);
+    const auto found = mById.find(reference.id());
+    if (found != mById.end() && found->second.reference == &reference) {
         startDraining(reference);
-        known.byId.erase(found);
+        mById.erase(found);
+    }
+}
+
+// Before another reference to the same node can be made.
+void ImportTable::startDraining(SocketReference& reference) {
+    Fd undrained = reference.takeUndrained();
+    if (undrained.valid()) {
+        mDraining.add(reference.id(), std::move(undrained));
     }
 }
 

@@ -15,15 +15,15 @@ namespace android::transport {
 struct Incoming {
     Parcel parcel;
     Envelope envelope;
-    /// A one-way call whose binders or bytes could not be taken: it only has its turn.
+    /// A one-way call whose binders or bytes could not be received: it is queued, and not served.
     bool lost = false;
     /// Of a one-way call in the manners of a driver.
     Overtaking::Arrival arrival;
-    /// While it waits for its turn: what it takes is counted against its sender's share.
+    /// While it is queued.
     std::optional<QuotaCharge> charge;
 
-    /// What it takes while it waits. All of them together are what a process is limited in.
-    QuotaCharge::Amount amount() const {
+    /// What it takes while it is queued.
+    QuotaAmount amount() const {
         return {envelope.fdCount(), sizeof(Incoming) + parcel.dataSize()};
     }
 };

@@ -16,6 +16,7 @@
 
 #include "socket/ControlChannel.h"
 #include "socket/SocketPath.h"
+#include "socket/Syscalls.h"
 #include "support/Log.h"
 
 namespace android::transport {
@@ -44,7 +45,7 @@ Fd spare() {
     return Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
 }
 
-// One that is on its way out has given its socket up already, and holds the lock for a moment more.
+// A manager that is leaving has given its socket up already, and holds the lock for a moment more.
 bool lockInTime(const Fd& lock, const std::string& path) {
     for (int attempt = 0; flock(lock.get(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
         if (attempt == kLeavingAttempts || access(path.c_str(), F_OK) == 0) {
@@ -55,7 +56,7 @@ bool lockInTime(const Fd& lock, const std::string& path) {
     return true;
 }
 
-// The file lock, not the socket, says who is the service manager: a socket outlives its process.
+// The file lock, not the socket, decides who is the service manager: a socket outlives its process.
 Fd takeLock(const std::string& path) {
     Fd lock(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock.valid()) {
@@ -74,7 +75,7 @@ bool isListenedAt(const sockaddr_un& address) {
                              errno == EAGAIN);
 }
 
-// Of a service manager that has died; whatever else stands there is somebody's.
+// The socket of a service manager that has died; any other file is left alone.
 bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) {
@@ -161,8 +162,8 @@ PeerIdentity peerOf(const Fd& control) {
 
 }  // namespace
 
-std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBinder>& manager,
-                                         const SocketAccess& access) {
+std::shared_ptr<Listener> Listener::open(const Context& context, const std::string& path,
+                                         const sp<BBinder>& manager, const SocketAccess& access) {
     makeFolderOf(path);
     sockaddr_un address;
     if (!fill(path, &address)) {
@@ -186,22 +187,26 @@ std::shared_ptr<Listener> Listener::open(const std::string& path, const sp<BBind
         return nullptr;
     }
     warnOfClosedFolder(path, access);
-    auto listener = std::make_shared<Listener>(std::move(socket), std::move(lock), path, manager);
-    return reactor().add(listener) ? listener : nullptr;
+    auto listener =
+        std::make_shared<Listener>(context, std::move(socket), std::move(lock), path, manager);
+    return context.reactor.add(listener) ? listener : nullptr;
 }
 
-std::shared_ptr<Listener> Listener::openAt(Fd socket, const sp<BBinder>& manager) {
+std::shared_ptr<Listener> Listener::openAt(const Context& context, Fd socket,
+                                           const sp<BBinder>& manager) {
     const int flags = fcntl(socket.get(), F_GETFL);
     if (flags < 0 || fcntl(socket.get(), F_SETFL, flags | O_NONBLOCK) != 0 || !nameSender(socket)) {
         logLine("cannot use the socket that was handed over: %s", strerrordesc_np(errno));
         return nullptr;
     }
-    auto listener = std::make_shared<Listener>(std::move(socket), Fd(), "", manager);
-    return reactor().add(listener) ? listener : nullptr;
+    auto listener = std::make_shared<Listener>(context, std::move(socket), Fd(), "", manager);
+    return context.reactor.add(listener) ? listener : nullptr;
 }
 
-Listener::Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& manager)
+Listener::Listener(const Context& context, Fd socket, Fd lock, std::string path,
+                   const sp<BBinder>& manager)
     : EventHandler(std::move(socket)),
+      mContext(context),
       mLock(std::move(lock)),
       mPath(std::move(path)),
       mSpare(spare()),
@@ -209,7 +214,7 @@ Listener::Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& mana
 
 bool Listener::hasConnections() const {
     pollfd request = {socket().get(), POLLIN, 0};
-    return poll(&request, 1, 0) != 0 || !unusedSince().has_value();
+    return poll(&request, 1, 0) != 0 || !mContext.quotas.unusedSince().has_value();
 }
 
 bool Listener::hideSocket() const {
@@ -227,7 +232,7 @@ bool Listener::leaveIfUnused() {
     if (mLeft || hasConnections() || !hideSocket()) {
         return mLeft;
     }
-    if (hasConnections()) {  // of somebody who came before the socket was out of sight
+    if (hasConnections()) {  // made before the socket was renamed
         showSocket();
         return false;
     }
@@ -241,10 +246,10 @@ bool Listener::leaveIfUnused() {
 void Listener::onReady() {
     Mutex::Autolock held(mAdmitting);
     if (mLeft) {
-        return;  // whoever comes now is for the next service manager
+        return;  // a late connection is for the next service manager
     }
     for (;;) {
-        Fd control(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
+        Fd control(sys::accept(socket().get()));
         if (control.valid()) {
             admit(std::move(control));
         } else if (errno == EMFILE || errno == ENFILE) {
@@ -255,7 +260,7 @@ void Listener::onReady() {
             break;
         }
     }
-    reactor().rearm(*this);
+    mContext.reactor.rearm(*this);
 }
 
 void Listener::admit(Fd control) const {
@@ -264,7 +269,7 @@ void Listener::admit(Fd control) const {
         logLimited("a connection of a process that cannot be seen from here is refused");
         return;
     }
-    QuotaCharge charge(peer, control.get());
+    QuotaCharge charge(mContext.quotas, peer, control.get());
     if (!charge.granted()) {
         logLimited("process %d or its user has too many connections: another one is refused",
                    static_cast<int>(peer.pid));
@@ -272,8 +277,8 @@ void Listener::admit(Fd control) const {
     }
     if (nameSender(control)) {
         // What cannot be waited for is dropped, and its peer sees it hang up.
-        (void)reactor().add(
-            std::make_shared<ControlChannel>(std::move(control), mManager, std::move(charge)));
+        (void)mContext.reactor.add(std::make_shared<ControlChannel>(mContext, std::move(control),
+                                                                    mManager, std::move(charge)));
     }
 }
 
@@ -283,7 +288,7 @@ bool Listener::turnOneAway() {
         (void)poll(nullptr, 0, kOutOfDescriptorsMs);
     }
     mSpare.reset();
-    Fd unlucky(accept4(socket().get(), nullptr, nullptr, SOCK_CLOEXEC));
+    Fd unlucky(sys::accept(socket().get()));
     logLimited("out of file descriptors: a connection is refused");
     unlucky.reset();
     mSpare = spare();

@@ -6,30 +6,34 @@
 #include <string>
 
 #include "binder/Binder.h"
+#include "socket/Context.h"
 #include "socket/Reactor.h"
 #include "socket/SocketAccess.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
 
-/// The service manager's place: who connects there holds a reference to its node.
+/// The service manager's socket: each connection to it is a reference to the manager's node.
 class Listener final : public EventHandler {
 public:
     /// Takes the place at `path` for this process. At no time can anybody connect whom `access`
     /// does not let in. Null when another service manager has it, or it cannot be had; the log says
     /// which.
-    static std::shared_ptr<Listener> open(const std::string& path, const sp<BBinder>& manager,
+    static std::shared_ptr<Listener> open(const Context& context, const std::string& path,
+                                          const sp<BBinder>& manager,
                                           const SocketAccess& access = {});
 
     /// The same at a socket that listens already. It stays its owner's: its path is left alone.
-    static std::shared_ptr<Listener> openAt(Fd socket, const sp<BBinder>& manager);
+    static std::shared_ptr<Listener> openAt(const Context& context, Fd socket,
+                                            const sp<BBinder>& manager);
 
     /// `path`: of a socket that this process has made, else empty.
-    Listener(Fd socket, Fd lock, std::string path, const sp<BBinder>& manager);
+    Listener(const Context& context, Fd socket, Fd lock, std::string path,
+             const sp<BBinder>& manager);
     void onReady() override;
 
     /// Gives the place up, for good, if nobody is connected or about to be. A socket that somebody
-    /// else owns keeps those who come later waiting for the next service manager.
+    /// else owns keeps later connections waiting for the next service manager.
     bool leaveIfUnused();
 
 private:
@@ -41,6 +45,7 @@ private:
     bool hideSocket() const;
     void showSocket() const;
 
+    const Context& mContext;
     const Fd mLock;  // held for as long as the place is taken
     const std::string mPath;
     Fd mSpare;  // given up for a moment when there are no descriptors left

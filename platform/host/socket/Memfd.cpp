@@ -8,6 +8,8 @@
 
 #include <cerrno>
 
+#include "socket/Syscalls.h"
+
 namespace android::transport {
 
 namespace {
@@ -17,10 +19,10 @@ constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 }  // namespace
 
 Fd sealedCopy(const uint8_t* bytes, size_t size) {
-    Fd memfd(memfd_create("binder", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    Fd memfd(sys::makeMemfd());
     size_t done = 0;
     while (memfd.valid() && done < size) {
-        const ssize_t written = write(memfd.get(), bytes + done, size - done);
+        const ssize_t written = sys::write(memfd.get(), bytes + done, size - done);
         if (written > 0) {
             done += static_cast<size_t>(written);
         } else if (errno != EINTR) {

@@ -43,8 +43,8 @@ struct Attachments {
 /// `FAILED_TRANSACTION` when it is too large.
 status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                      const Attachments& attachments);
-/// Has `end` served at the other side; gives the same. `holder`: the process that is to have the
-/// other end of it, when the sender knows; else 0.
+/// Sends `end`, to be served at the other side; the same results. `holder`: the process that is to
+/// have the other end of it, when the sender knows; else 0.
 status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder = 0);
 
 /// Everything about a received message but its payload. Closes the descriptors nobody took.

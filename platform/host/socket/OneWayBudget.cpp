@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#include "socket/Message.h"
+#include "socket/Syscalls.h"
 #include "support/Manners.h"
 
 namespace android::transport {
@@ -21,16 +21,7 @@ constexpr uint32_t kBytes = kLargestOneWay;
 // the receiver's memory holds them (see QuotaCharge).
 constexpr size_t kSmallestCost = 128;
 
-Fd makePage() {
-    Fd page(memfd_create("binder", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (!page.valid() || ftruncate(page.get(), kPageSize) != 0 ||
-        fcntl(page.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
-        return Fd();
-    }
-    return page;
-}
-
-// One that is shorter, or may become so, would end whoever reads in it.
+// Access beyond the end of a shorter page would be a SIGBUS.
 bool isPage(const Fd& page) {
     const int seals = page.valid() ? fcntl(page.get(), F_GET_SEALS) : -1;
     struct stat status {};
@@ -44,9 +35,13 @@ uint32_t costOf(size_t payload) {
 
 }  // namespace
 
-OneWayBudget& OneWayBudget::own() {
-    static auto* const instance = new OneWayBudget(makePage());
-    return *instance;
+Fd OneWayBudget::makePage() {
+    Fd page(sys::makeMemfd());
+    if (!page.valid() || ftruncate(page.get(), kPageSize) != 0 ||
+        fcntl(page.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
+        return Fd();
+    }
+    return page;
 }
 
 OneWayBudget::OneWayBudget(Fd page) : mPage(std::move(page)) {
@@ -86,12 +81,6 @@ void OneWayBudget::giveBack(size_t payload) {
 
 bool isCounted(const Header& oneWay) {
     return (oneWay.options & kCounted) != 0 && gManners.ofDriver;
-}
-
-void showBudget(const Fd& socket) {
-    if (gManners.ofDriver && OneWayBudget::own().valid()) {
-        (void)sendAdopt(socket, Role::Budget, OneWayBudget::own().page());  // it may have gone
-    }
 }
 
 }  // namespace android::transport

@@ -18,8 +18,8 @@ namespace android::transport {
 /// Called on: any thread. Locks: none.
 class OneWayBudget {
 public:
-    /// This process's own, as the receiver of calls; never destroyed.
-    static OneWayBudget& own();
+    /// A page of this process's own, as the receiver of calls.
+    static Fd makePage();
 
     /// The one of a process that has given this page away; not `valid` when the page is none.
     explicit OneWayBudget(Fd page);
@@ -45,10 +45,6 @@ private:
 
 /// Is this call counted in this process's budget? What says so in the default manners says nothing.
 bool isCounted(const Header& oneWay);
-
-/// Gives this process's page to whoever holds the other end of `socket`, in the manners of a
-/// driver; else nothing.
-void showBudget(const Fd& socket);
 
 }  // namespace android::transport
 

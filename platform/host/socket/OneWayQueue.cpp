@@ -3,7 +3,6 @@
 
 #include <utility>
 
-#include "socket/CallChannel.h"
 #include "socket/Incoming.h"
 #include "socket/OneWayBudget.h"
 
@@ -16,32 +15,32 @@ constexpr size_t kMaxBytes = kLargestOneWay;
 
 }  // namespace
 
-OneWayQueue::Place OneWayQueue::enter(const std::shared_ptr<CallChannel>& end,
+OneWayQueue::Entry OneWayQueue::enter(Quotas& quotas, const std::shared_ptr<CallChannel>& channel,
                                       std::unique_ptr<Incoming>& message) {
     Mutex::Autolock held(mLock);
     if (!mBusy) {
         mBusy = true;
-        return Place::Mine;
+        return Entry::ServeNow;
     }
-    // Only here, where the message is left waiting: the turn is taken without it.
+    // Charged only when it is queued: a message that is served at once needs none.
     const Envelope& envelope = message->envelope;
-    message->charge.emplace(PeerIdentity{envelope.senderPid(), envelope.senderUid()},
+    message->charge.emplace(quotas, PeerIdentity{envelope.senderPid(), envelope.senderUid()},
                             envelope.highestFd(), message->amount());
     if (!message->charge->granted()) {
-        return Place::Refused;
+        return Entry::Refused;
     }
     const bool scarce = message->charge->scarce();
     const bool counted = isCounted(envelope.header());
     const size_t size = message->parcel.dataSize();
     mBytes += size;
-    mWaiting.push_back({end, std::move(message), size});
-    Share& share = mShares[end.get()];
+    mWaiting.push_back({channel, std::move(message), size});
+    Share& share = mShares[channel.get()];
     ++share.messages;
     share.bytes += size;
     // What is counted in the budget is limited there, for all connections together.
     share.full = !counted && (share.messages >= kMaxOfOneConnection ||
                               ((scarce || mBytes >= kMaxBytes) && !share.isPromised()));
-    return share.full ? Place::Full : Place::Waiting;
+    return share.full ? Entry::Full : Entry::Queued;
 }
 
 OneWayQueue::Next OneWayQueue::next() {
@@ -53,7 +52,7 @@ OneWayQueue::Next OneWayQueue::next() {
     Waiting first = std::move(mWaiting.front());
     mWaiting.pop_front();
     mBytes -= first.size;
-    const auto share = mShares.find(first.end.get());
+    const auto share = mShares.find(first.channel.get());
     --share->second.messages;
     share->second.bytes -= first.size;
     const bool readOn = share->second.full && share->second.isPromised();
@@ -63,7 +62,7 @@ OneWayQueue::Next OneWayQueue::next() {
     if (share->second.messages == 0) {
         mShares.erase(share);
     }
-    return {std::move(first.message), std::move(first.end), readOn};
+    return {std::move(first.message), std::move(first.channel), readOn};
 }
 
 }  // namespace android::transport

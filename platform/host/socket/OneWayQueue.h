@@ -13,44 +13,44 @@
 namespace android::transport {
 
 class CallChannel;
+class Quotas;
 struct Incoming;
 
 /// One-way calls to a node are served one at a time, in the order in which they were received. A
-/// thread that receives one while another is being served leaves it here, and the thread that is at
-/// it goes on with it.
+/// thread that receives one while another is being served queues it, and the thread that serves
+/// goes on with it.
 ///
-/// What waits here is limited as the kernel's driver limits it: a connection whose share is used up
-/// is not read any further, so that its sender feels that the node is slow. A two-way call goes
-/// behind one-way calls only when they are few and small (`kMaxAhead`, `kMaxBytesAhead`), and
-/// those never keep a connection from being read: what they wait for may be that very call.
+/// The queue is limited as the kernel's driver limits it: a channel whose share is used up is not
+/// read any further, so that its sender is slowed down. A two-way call goes behind one-way calls
+/// only when they are few and small (`kMaxAhead`, `kMaxBytesAhead`), and those never keep a channel
+/// from being read: they may be waiting for that very call.
 ///
-/// Because of that promise a process with very many connections could leave very much here. What it
-/// leaves in all nodes together is counted: with half of its share used none of its connections is
-/// read on beyond the promise, and with all of it used the next message is refused. To leave it
-/// unread would break the promise without a word; a connection that is closed says so.
+/// Because of that promise a process with very many channels could queue very much. What it has in
+/// the queues of all nodes together is charged to its quota: with half of that used its channels
+/// are read no further than promised, and with all of it used the next message is refused, and its
+/// channel closed.
 class OneWayQueue {
 public:
-    enum class Place {
-        Mine,     ///< it is the caller's turn; the message is still its own
-        Waiting,  ///< the message has been left here; the connection may be read on
-        Full,     ///< the message has been left here; the connection is not to be read until `next`
-                  ///< gives it back
-        Refused,  ///< its sender has too much waiting already; the message is still the caller's
+    enum class Entry {
+        ServeNow,  ///< nothing is being served; the message is still the caller's, and its turn
+        Queued,    ///< the queue has the message; the channel may be read on
+        Full,      ///< the same, but the channel is not to be read until `next` gives it back
+        Refused,   ///< its sender has too much waiting already; the message is still the caller's
     };
-    Place enter(const std::shared_ptr<CallChannel>& end, std::unique_ptr<Incoming>& message)
-        PLATFORM_EXCLUDES(mLock);
+    Entry enter(Quotas& quotas, const std::shared_ptr<CallChannel>& channel,
+                std::unique_ptr<Incoming>& message) PLATFORM_EXCLUDES(mLock);
 
     struct Next {
-        std::unique_ptr<Incoming> message;  ///< to be served; null when the turn has ended
-        std::shared_ptr<CallChannel> end;   ///< where it came from
-        bool readOn = false;                ///< `end` was full and is to be read again
+        std::unique_ptr<Incoming> message;     ///< to be served; null when the turn has ended
+        std::shared_ptr<CallChannel> channel;  ///< where it came from
+        bool readOn = false;                   ///< `channel` was full and is to be read again
     };
     /// Ends the caller's turn unless something waits.
     Next next() PLATFORM_EXCLUDES(mLock);
 
 private:
     struct Waiting {
-        std::shared_ptr<CallChannel> end;
+        std::shared_ptr<CallChannel> channel;
         std::unique_ptr<Incoming> message;
         size_t size;
     };

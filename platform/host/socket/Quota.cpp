@@ -6,18 +6,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <string>
-#include <unordered_map>
-
-#include "utils/Mutex.h"
 
 namespace android::transport {
 
 namespace {
-
-using Amount = QuotaCharge::Amount;
 
 constexpr size_t kMaxOfOneProcess = 4096;
 constexpr size_t kMaxBytesOfOneProcess = size_t{16} * 1024 * 1024;
@@ -27,50 +21,9 @@ constexpr size_t kReserve = 128;
 // Processes that have gone, or cannot be seen from here, share what one user may have.
 constexpr uid_t kUnknownUser = static_cast<uid_t>(-1);
 
-Amount operator+(const Amount& a, const Amount& b) {
+QuotaAmount operator+(const QuotaAmount& a, const QuotaAmount& b) {
     return {a.descriptors + b.descriptors, a.bytes + b.bytes};
 }
-
-// A table entry that holds nothing is gone.
-template <typename Key>
-class Usage {
-public:
-    Amount of(Key key) const {
-        const auto found = mHeld.find(key);
-        return found != mHeld.end() ? found->second : Amount{};
-    }
-    void add(Key key, const Amount& amount) {
-        Amount& held = mHeld[key];
-        held = held + amount;
-    }
-    void take(Key key, const Amount& amount) {
-        const auto found = mHeld.find(key);
-        found->second.descriptors -= amount.descriptors;
-        found->second.bytes -= amount.bytes;
-        if (found->second.descriptors == 0 && found->second.bytes == 0) {
-            mHeld.erase(found);
-        }
-    }
-
-private:
-    std::unordered_map<Key, Amount> mHeld;
-};
-
-struct Counts {
-    Mutex lock;
-    Usage<pid_t> byPid PLATFORM_GUARDED_BY(lock);
-    Usage<uid_t> byUid PLATFORM_GUARDED_BY(lock);
-    size_t descriptors PLATFORM_GUARDED_BY(lock) = 0;
-    std::chrono::steady_clock::time_point unused PLATFORM_GUARDED_BY(lock) =
-        std::chrono::steady_clock::now();
-};
-
-Counts& counts() {
-    static auto* const instance = new Counts();
-    return *instance;
-}
-
-std::atomic<pid_t> gManager{0};
 
 // Asked for each time: a process may change it.
 size_t descriptorLimit() {
@@ -86,12 +39,13 @@ size_t descriptorsLeft(size_t leased, int fd) {
     return most > used ? most - used : 0;
 }
 
-bool mayHaveDescriptors(const Amount& ofProcess, const Amount& ofUser, bool ownUser, size_t left) {
+bool mayHaveDescriptors(const QuotaAmount& ofProcess, const QuotaAmount& ofUser, bool ownUser,
+                        size_t left) {
     return left > 0 && ofProcess.descriptors <= std::min(kMaxOfOneProcess, descriptorLimit() / 4) &&
            (ownUser || ofUser.descriptors <= left);
 }
 
-bool mayHaveBytes(const Amount& ofProcess, const Amount& ofUser, bool ownUser) {
+bool mayHaveBytes(const QuotaAmount& ofProcess, const QuotaAmount& ofUser, bool ownUser) {
     return ofProcess.bytes <= kMaxBytesOfOneProcess &&
            (ownUser || ofUser.bytes <= kMaxBytesOfOneUser);
 }
@@ -104,56 +58,65 @@ uid_t userOf(pid_t pid) {
 
 }  // namespace
 
-void trustManager(pid_t manager) {
-    gManager = manager;
+template <typename Key>
+QuotaAmount Quotas::Usage<Key>::of(Key key) const {
+    const auto found = mHeld.find(key);
+    return found != mHeld.end() ? found->second : QuotaAmount{};
 }
 
-PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named) {
-    if (named == 0 || sender.pid != gManager) {
+template <typename Key>
+void Quotas::Usage<Key>::add(Key key, const QuotaAmount& amount) {
+    QuotaAmount& held = mHeld[key];
+    held = held + amount;
+}
+
+template <typename Key>
+void Quotas::Usage<Key>::take(Key key, const QuotaAmount& amount) {
+    const auto found = mHeld.find(key);
+    found->second.descriptors -= amount.descriptors;
+    found->second.bytes -= amount.bytes;
+    if (found->second.descriptors == 0 && found->second.bytes == 0) {
+        mHeld.erase(found);
+    }
+}
+
+PeerIdentity Quotas::chargedPeer(PeerIdentity sender, uint32_t named) const {
+    if (named == 0 || sender.pid != mManager) {
         return sender;
     }
     const auto pid = static_cast<pid_t>(named);
     return {pid, userOf(pid)};
 }
 
-QuotaCharge::QuotaCharge(PeerIdentity holder, int fd, Amount amount)
-    : mHolder(holder), mGranted(false) {
-    const bool ownUser = holder.uid == geteuid();
-    Counts& table = counts();
-    Mutex::Autolock lock(table.lock);
-    const Amount ofProcess = table.byPid.of(holder.pid) + amount;
-    const Amount ofUser = table.byUid.of(holder.uid) + amount;
+Quotas::Grant Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
+    const bool ownUser = peer.uid == geteuid();
+    Mutex::Autolock held(mLock);
+    const QuotaAmount ofProcess = mByPid.of(peer.pid) + amount;
+    const QuotaAmount ofUser = mByUid.of(peer.uid) + amount;
     if ((amount.descriptors != 0 &&
-         !mayHaveDescriptors(ofProcess, ofUser, ownUser, descriptorsLeft(table.descriptors, fd))) ||
+         !mayHaveDescriptors(ofProcess, ofUser, ownUser, descriptorsLeft(mDescriptors, fd))) ||
         (amount.bytes != 0 && !mayHaveBytes(ofProcess, ofUser, ownUser))) {
-        return;
+        return Grant::None;
     }
-    mGranted = true;
-    mScarce = ofProcess.bytes > kMaxBytesOfOneProcess / 2;
-    mAmount = amount;
-    table.byPid.add(holder.pid, amount);
-    table.byUid.add(holder.uid, amount);
-    table.descriptors += amount.descriptors;
+    mByPid.add(peer.pid, amount);
+    mByUid.add(peer.uid, amount);
+    mDescriptors += amount.descriptors;
+    return ofProcess.bytes > kMaxBytesOfOneProcess / 2 ? Grant::Scarce : Grant::Plenty;
 }
 
-QuotaCharge::~QuotaCharge() {
-    if (mAmount.descriptors == 0 && mAmount.bytes == 0) {
-        return;
-    }
-    Counts& table = counts();
-    Mutex::Autolock held(table.lock);
-    table.byPid.take(mHolder.pid, mAmount);
-    table.byUid.take(mHolder.uid, mAmount);
-    table.descriptors -= mAmount.descriptors;
-    if (table.descriptors == 0) {
-        table.unused = std::chrono::steady_clock::now();
+void Quotas::giveBack(PeerIdentity peer, QuotaAmount amount) {
+    Mutex::Autolock held(mLock);
+    mByPid.take(peer.pid, amount);
+    mByUid.take(peer.uid, amount);
+    mDescriptors -= amount.descriptors;
+    if (mDescriptors == 0) {
+        mUnused = std::chrono::steady_clock::now();
     }
 }
 
-std::optional<std::chrono::steady_clock::time_point> unusedSince() {
-    Counts& table = counts();
-    Mutex::Autolock held(table.lock);
-    return table.descriptors == 0 ? std::optional(table.unused) : std::nullopt;
+std::optional<std::chrono::steady_clock::time_point> Quotas::unusedSince() {
+    Mutex::Autolock held(mLock);
+    return mDescriptors == 0 ? std::optional(mUnused) : std::nullopt;
 }
 
 }  // namespace android::transport

@@ -4,11 +4,15 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <unordered_map>
 #include <utility>
+
+#include "utils/Mutex.h"
 
 namespace android::transport {
 
@@ -18,52 +22,100 @@ struct PeerIdentity {
     uid_t uid;
 };
 
-/// What another process may make this one hold: sockets to serve, and one-way calls that wait for
+/// What somebody has been granted.
+struct QuotaAmount {
+    size_t descriptors;
+    size_t bytes;
+};
+
+/// What other processes may make this one hold: sockets to serve, and one-way calls that wait for
 /// their turn, with their descriptors and the memory they take. Each process has a limited share,
 /// and so has each user other than this process's own, for a user may have any number of processes.
 /// A reserve of descriptors is kept from all: a flood from one harms no other.
 ///
 /// A user's share of descriptors is as many as are left: one alone gets half of them, two a third
 /// each, and there is always something left for the next.
-class QuotaCharge {
+///
+/// Called on: any thread. Locks: its own.
+class Quotas {
 public:
-    struct Amount {
-        size_t descriptors;
-        size_t bytes;
-    };
-    /// For a socket that this process has made of its own will: not limited.
-    QuotaCharge() = default;
-    /// For a socket that `holder` wants served; `fd` is its number here.
-    QuotaCharge(PeerIdentity holder, int fd) : QuotaCharge(holder, fd, {1, 0}) {}
-    /// For more than that; `fd` is the highest number among the descriptors.
-    QuotaCharge(PeerIdentity holder, int fd, Amount amount);
-    QuotaCharge(QuotaCharge&& other) noexcept
-        : mHolder(other.mHolder),
-          mAmount(std::exchange(other.mAmount, {})),
-          mGranted(std::exchange(other.mGranted, true)),
-          mScarce(std::exchange(other.mScarce, false)) {}
-    QuotaCharge& operator=(QuotaCharge&&) = delete;
-    ~QuotaCharge();
+    Quotas() = default;
+    Quotas(const Quotas&) = delete;
+    Quotas& operator=(const Quotas&) = delete;
 
-    bool granted() const { return mGranted; }
-    /// More than half of what the process may have in bytes was used when this was granted.
-    bool scarce() const { return mScarce; }
+    /// Since when no other process has had a socket served here; empty while one has.
+    std::optional<std::chrono::steady_clock::time_point> unusedSince() PLATFORM_EXCLUDES(mLock);
+
+    /// Connections to the service manager run to this process. It may name, in a socket that it
+    /// passes on, who is to have it: otherwise whoever asks it often would use up its share for
+    /// all.
+    void trustManager(pid_t manager) { mManager = manager; }
+    /// Who a socket sent by `sender` is charged to; `named` is the process that it names, or 0.
+    PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named) const;
 
 private:
-    PeerIdentity mHolder{};
-    Amount mAmount{};  // nothing when it is not granted
-    bool mGranted = true;
-    bool mScarce = false;
+    friend class QuotaCharge;
+    enum class Grant { None, Plenty, Scarce };
+
+    /// A table entry that holds nothing is gone.
+    template <typename Key>
+    class Usage {
+    public:
+        QuotaAmount of(Key key) const;
+        void add(Key key, const QuotaAmount& amount);
+        void take(Key key, const QuotaAmount& amount);
+
+    private:
+        std::unordered_map<Key, QuotaAmount> mHeld;
+    };
+
+    Grant charge(PeerIdentity peer, int fd, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
+    void giveBack(PeerIdentity peer, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
+
+    std::atomic<pid_t> mManager{0};
+    Mutex mLock;
+    Usage<pid_t> mByPid PLATFORM_GUARDED_BY(mLock);
+    Usage<uid_t> mByUid PLATFORM_GUARDED_BY(mLock);
+    size_t mDescriptors PLATFORM_GUARDED_BY(mLock) = 0;
+    std::chrono::steady_clock::time_point mUnused PLATFORM_GUARDED_BY(mLock) =
+        std::chrono::steady_clock::now();
 };
 
-/// Since when no other process has had a socket served here; empty while one has.
-std::optional<std::chrono::steady_clock::time_point> unusedSince();
+/// What one peer is charged for, until this goes.
+class QuotaCharge {
+public:
+    /// For a socket that this process has made of its own will: not limited.
+    QuotaCharge() = default;
+    /// For a socket that `peer` wants served; `fd` is its number here.
+    QuotaCharge(Quotas& quotas, PeerIdentity peer, int fd)
+        : QuotaCharge(quotas, peer, fd, {1, 0}) {}
+    /// For more than that; `fd` is the highest number among the descriptors.
+    QuotaCharge(Quotas& quotas, PeerIdentity peer, int fd, QuotaAmount amount)
+        : mQuotas(&quotas), mPeer(peer), mGrant(quotas.charge(peer, fd, amount)) {
+        mAmount = granted() ? amount : QuotaAmount{};
+    }
+    QuotaCharge(QuotaCharge&& other) noexcept
+        : mQuotas(other.mQuotas),
+          mPeer(other.mPeer),
+          mAmount(std::exchange(other.mAmount, {})),
+          mGrant(other.mGrant) {}
+    QuotaCharge& operator=(QuotaCharge&&) = delete;
+    ~QuotaCharge() {
+        if (mAmount.descriptors != 0 || mAmount.bytes != 0) {
+            mQuotas->giveBack(mPeer, mAmount);
+        }
+    }
 
-/// Connections to the service manager run to this process. It may name, in a socket that it passes
-/// on, who is to have it: otherwise whoever asks it often would use up its share for all.
-void trustManager(pid_t manager);
-/// Who a socket sent by `sender` is for; `named` is the process that it names, or 0.
-PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named);
+    bool granted() const { return mGrant != Quotas::Grant::None; }
+    /// More than half of what the process may have in bytes was used when this was granted.
+    bool scarce() const { return mGrant == Quotas::Grant::Scarce; }
+
+private:
+    Quotas* mQuotas = nullptr;
+    PeerIdentity mPeer{};
+    QuotaAmount mAmount{};  // nothing when it is not granted
+    Quotas::Grant mGrant = Quotas::Grant::Plenty;
+};
 
 }  // namespace android::transport
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "socket/Syscalls.h"
 #include "support/ForkGuard.h"
 
 namespace android::transport {
@@ -15,7 +16,7 @@ bool control(int epoll, int operation, int fd, uint64_t token) {
     epoll_event event = {};
     event.events = EPOLLIN | EPOLLRDHUP | EPOLLONESHOT;
     event.data.u64 = token;
-    return epoll_ctl(epoll, operation, fd, &event) == 0;
+    return sys::epollControl(epoll, operation, fd, &event) == 0;
 }
 
 // By value: the struct is packed, so its fields cannot be bound to a reference.
@@ -99,11 +100,6 @@ std::vector<std::shared_ptr<EventHandler>> Reactor::ready() {
         }
     }
     return handlers;
-}
-
-Reactor& reactor() {
-    static auto* const instance = new Reactor();
-    return *instance;
 }
 
 }  // namespace android::transport

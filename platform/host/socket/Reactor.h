@@ -26,8 +26,8 @@ public:
 
     /// Called on: a thread of the pool. Locks: none.
     virtual void onReady() = 0;
-    /// Is `onReady` over in a moment, whatever others do? Then the pool starts no thread that waits
-    /// meanwhile. Anything that may run an implementation's code is not brief.
+    /// Does `onReady` return at once, whatever other processes do? Then the pool needs no other
+    /// thread in the reactor meanwhile. False for whatever may run an implementation's code.
     virtual bool neverBlocks() const { return false; }
 
     const Fd& socket() const { return mSocket; }
@@ -72,9 +72,6 @@ private:
         PLATFORM_GUARDED_BY(mLock);
     uint64_t mLastToken PLATFORM_GUARDED_BY(mLock) = 0;
 };
-
-/// The process's reactor; never destroyed.
-Reactor& reactor();
 
 }  // namespace android::transport
 

@@ -10,6 +10,7 @@
 #include "binder/internal/ParcelFrame.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
+#include "socket/Syscalls.h"
 
 namespace android::transport {
 
@@ -19,8 +20,8 @@ static_assert(ParcelFrame::kHeadroom == sizeof(Header), "the header stands in fr
 
 constexpr int kScmPidfd = 4;  // SCM_PIDFD, which older headers do not name
 
-// Plain, and freed by a key that the end of main does not run: destructors of static objects make
-// calls, too.
+// A plain pointer, freed by a key of the thread: destructors of static objects, which run after
+// those of thread_local ones, make calls, too.
 thread_local uint8_t* gOverflowRoom = nullptr;
 
 void freeOverflowRoom(void* room) {
@@ -96,7 +97,7 @@ private:
             mMessage.msg_iovlen = 2;
             mMessage.msg_control = mControl;
             mMessage.msg_controllen = sizeof(mControl);
-            const ssize_t got = recvmsg(socket.get(), &mMessage, flags);
+            const ssize_t got = sys::receive(socket.get(), &mMessage, flags);
             // A reset says that the other side left replies unread; what it sent is still there.
             if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
                 return got;
@@ -122,7 +123,7 @@ private:
                     keep(fd);
                 }
             } else if (part->cmsg_type == kScmPidfd) {
-                // Nobody here asks for it, but who made the socket may have: a stray descriptor.
+                // The peer that made the socket may have asked for it: a stray descriptor.
                 int stray = -1;
                 std::memcpy(&stray, CMSG_DATA(part), sizeof(stray));
                 const Fd closed(stray);

@@ -8,6 +8,7 @@
 #include "binder/internal/ParcelFrame.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
+#include "socket/Syscalls.h"
 
 namespace android::transport {
 
@@ -59,7 +60,7 @@ status_t sendParts(const Fd& socket, iovec* parts, size_t count, ControlMessage&
     message.msg_iovlen = count;
     message.msg_control = control.size != 0 ? control.bytes : nullptr;
     message.msg_controllen = control.size;
-    return attemptOnce([&] { return sendmsg(socket.get(), &message, kSendFlags); });
+    return attemptOnce([&] { return sys::send(socket.get(), &message, kSendFlags); });
 }
 
 // A copy and a call with one part cost less than a call with two, for what usually is sent.
@@ -68,7 +69,7 @@ status_t sendSmall(const Fd& socket, const Header& header, const Parcel& parcel)
     std::memcpy(packet, &header, sizeof(header));
     std::memcpy(packet + sizeof(header), parcel.data(), header.payloadSize);
     const size_t size = sizeof(header) + header.payloadSize;
-    return attemptOnce([&] { return send(socket.get(), packet, size, kSendFlags); });
+    return attemptOnce([&] { return sys::send(socket.get(), packet, size, kSendFlags); });
 }
 
 // For sending only; the type has no const.

@@ -8,7 +8,7 @@
 namespace android::transport {
 
 void ServerChannel::close() {
-    reactor().remove(*this);
+    mContext.reactor.remove(*this);
     (void)shutdown(socket().get(), SHUT_RDWR);  // fails where the peer has closed already
 }
 
@@ -19,7 +19,7 @@ void ServerChannel::refuse(const char* what, const Envelope& envelope) {
 }
 
 bool ServerChannel::accepts(const Envelope& envelope) {
-    // Sent before the socket was told to name senders, or by somebody whom this process cannot see.
+    // Sent before SO_PASSCRED was set, or by a process outside of this one's pid namespace.
     if (envelope.senderPid() == 0) {
         refuse("a message without a sender", envelope);
         return false;
@@ -34,7 +34,7 @@ bool ServerChannel::survives(Received received, const Envelope& envelope) {
     if (received == Received::Malformed) {
         refuse("a malformed message", envelope);
     } else {
-        close();  // all of it has been read: who closed it for writing only waits to hear that
+        close();  // all of it has been read; a peer that closed it for writing waits for this
     }
     return false;
 }

@@ -3,6 +3,7 @@
 #define VOXTREL_SOCKET_SERVERCHANNEL_H
 
 #include "binder/Binder.h"
+#include "socket/Context.h"
 #include "socket/Incoming.h"
 #include "socket/Quota.h"
 #include "socket/Reactor.h"
@@ -12,22 +13,28 @@ namespace android::transport {
 /// The end of a connection that this process serves; holds the node for its peer.
 class ServerChannel : public EventHandler {
 public:
-    ServerChannel(Fd socket, sp<BBinder> node, QuotaCharge charge)
-        : EventHandler(std::move(socket)), mNode(std::move(node)), mCharge(std::move(charge)) {}
+    ServerChannel(const Context& context, Fd socket, sp<BBinder> node, QuotaCharge charge)
+        : EventHandler(std::move(socket)),
+          mContext(context),
+          mNode(std::move(node)),
+          mCharge(std::move(charge)) {}
 
+    const Context& context() const { return mContext; }
     const sp<BBinder>& node() const { return mNode; }
 
-    /// Nothing more is read from the peer, and it sees a hang-up. What was read may hold on to this
-    /// end for long.
+    /// Nothing more is read from the peer, and it sees a hang-up, however long queued messages keep
+    /// this object.
     void close();
-    /// A message of the peer's that makes no sense, or that it may not send: only the peer suffers.
+    /// Closes the channel for a message that is malformed or not allowed, with a line in the log.
     void refuse(const char* what, const Envelope& envelope);
-    /// False when the kernel does not name the message's sender, who has been refused then.
+    /// False when the kernel does not name the message's sender, whose channel has been closed
+    /// then.
     bool accepts(const Envelope& envelope);
-    /// What to do with a socket that had no message: true, keep it; false, it has been let go.
+    /// For a socket that had no message: true to keep it; false when it has been closed.
     bool survives(Received received, const Envelope& envelope);
 
 private:
+    const Context& mContext;
     const sp<BBinder> mNode;
     const QuotaCharge mCharge;
 };

@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "socket/Message.h"
+#include "socket/Syscalls.h"
 
 namespace android::transport {
 
@@ -23,7 +24,7 @@ int socketOption(int fd, int option) {
 
 SocketPair makeSocketPair() {
     int ends[2];
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
+    if (sys::socketPair(ends) != 0) {
         return {};
     }
     SocketPair pair{Fd(ends[0]), Fd(ends[1])};

@@ -5,8 +5,8 @@
 #include <sys/socket.h>
 
 #include "binder/BpBinder.h"
-#include "socket/BinderTransfer.h"
-#include "socket/ImportTable.h"
+#include "socket/BinderTranslator.h"
+#include "socket/Reactor.h"
 #include "socket/ThreadPool.h"
 #include "support/ForkGuard.h"
 #include "support/Log.h"
@@ -16,44 +16,11 @@ namespace android::transport {
 
 namespace {
 
-constexpr size_t kMaxIdle = 16;
-
 constexpr uint32_t kOneWay = IBinder::FLAG_ONEWAY;
-
-// Only so many threads that serve may wait at a time until other processes listen to them: the rest
-// serve those who have nothing to do with it.
-class BlockingSlot {
-public:
-    BlockingSlot()
-        : mServes(ThreadPool::servesHere()), mGranted(!mServes || waiting().fetch_add(1) < kMax) {}
-    ~BlockingSlot() {
-        if (mServes) {
-            --waiting();
-        }
-    }
-    BlockingSlot(const BlockingSlot&) = delete;
-    BlockingSlot& operator=(const BlockingSlot&) = delete;
-    bool granted() const { return mGranted; }
-
-private:
-    static constexpr int kMax = 4;
-    static std::atomic<int>& waiting() {
-        static std::atomic<int> count{0};
-        return count;
-    }
-    const bool mServes;
-    const bool mGranted;
-};
 
 // A reference to a node that has died: its other end is closed.
 Fd deadReference() {
     return std::move(makeSocketPair().held);
-}
-
-status_t trySend(const Fd& socket, const Header& header, const Parcel& data,
-                 const Attachments& attachments, PollTarget& target) {
-    target = {socket.get(), POLLOUT};
-    return sendMessage(socket, header, data, attachments);
 }
 
 // The caller may not hear of it: what an interface's proxy answers to a one-way call is its own.
@@ -88,29 +55,21 @@ private:
     const wp<BpBinder> mProxy;
 };
 
-SocketReference::SocketReference(const NodeId& id, Fd control,
+SocketReference::SocketReference(const Context& context, const NodeId& id, Fd control,
                                  std::shared_ptr<const DrainingSocket> predecessor,
                                  bool leadsToManager)
-    : mId(id),
+    : mContext(context),
+      mId(id),
       mControl(std::move(control)),
       mLeadsToManager(leadsToManager),
-      mPredecessor(std::move(predecessor)),
+      mMain(mControl, std::move(predecessor)),
       mBudget(gManners.ofDriver ? std::make_unique<PeerBudget>() : nullptr) {}
 
 SocketReference::~SocketReference() {
     // A child shares the sockets with its parent, and may have copied a lock that is held.
     if (!isForkedChild()) {
         unwatch();
-        forgetImport(*this);
     }
-}
-
-Fd SocketReference::takeUndrained() {
-    Mutex::Autolock held(mSendLock);
-    if (mMainIsClosed) {
-        return std::move(mSecondMain);
-    }
-    return mOneWaysSent != mOneWaysDone.load() ? std::move(mMain) : Fd();
 }
 
 status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
@@ -136,23 +95,24 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (data.dataSize() > kLargestRequest) {
         return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
     }
-    const ThreadPool::BlockedScope blocked;
+    const ThreadPool::BlockedScope blocked(mContext.pool);
     if (!blocked.granted()) {
         return FAILED_TRANSACTION;
     }
     Deadline deadline;
     Attachments attachments;
-    const status_t status = exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
+    const status_t status =
+        mContext.translator.exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
     if (status != OK) {
         return status;
     }
-    if (!mMainIsTaken.exchange(true)) {
+    if (mMain.tryTake()) {
         PollTarget target;
-        const status_t sent = tryMain(header, data, attachments, target);
+        const status_t sent = mMain.trySend(header, data, attachments, target);
         if (sent != WOULD_BLOCK) {
             return finishOnMain(sent, reply, deadline);
         }
-        mMainIsTaken = false;
+        mMain.release();
     }
     return callBeside(header, data, attachments, reply, deadline);
 }
@@ -161,12 +121,12 @@ status_t SocketReference::finishOnMain(status_t sent, Parcel* reply, Deadline& d
     status_t status = sent;
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
-        status = receiveReply(mMain, reply, &broken);
+        status = receiveReply(mMain.socket(), reply, &broken);
     } else if (broken) {
-        status = whyClosed(deadline);
+        status = mControl.whyClosed(deadline);
     }
     if (!broken) {
-        mMainIsTaken = false;
+        mMain.release();
     }
     return status;
 }
@@ -176,18 +136,25 @@ status_t SocketReference::callBeside(const Header& header, const Parcel& data,
                                      Deadline& deadline) {
     Fd socket;
     const auto attempt = [&](PollTarget& target) {
-        const status_t status = socket.valid() ? OK : takeSocket(&socket, target);
-        return status == OK ? trySend(socket, header, data, attachments, target) : status;
+        if (!socket.valid()) {
+            socket = mIdle.take();  // another call may have given one back meanwhile
+        }
+        status_t status = socket.valid() ? OK : mControl.open(Role::Calls, 0, &socket, target);
+        if (status == OK) {
+            target = {socket.get(), POLLOUT};
+            status = sendMessage(socket, header, data, attachments);
+        }
+        return status;
     };
     status_t status = retryUntil(deadline, attempt);
     bool broken = status == DEAD_OBJECT;
     if (status == OK) {
         status = receiveReply(socket, reply, &broken);
     } else if (broken) {
-        status = whyClosed(deadline);
+        status = mControl.whyClosed(deadline);
     }
     if (!broken && socket.valid()) {
-        giveBack(std::move(socket));
+        mIdle.giveBack(std::move(socket));
     }
     return status;
 }
@@ -198,14 +165,15 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
     }
     Deadline deadline;
     Attachments attachments;
-    status_t status = exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
+    status_t status =
+        mContext.translator.exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
     if (status == OK) {
         status = retryUntil(deadline, [&](PollTarget& target) {
-            return tryMain(header, data, attachments, target);
+            return mMain.trySend(header, data, attachments, target);
         });
     }
     if (status == DEAD_OBJECT) {
-        status = whyClosed(deadline);
+        status = mControl.whyClosed(deadline);
         if (status != DEAD_OBJECT) {
             logLimited(
                 "a connection was refused by the process that it leads to: a one-way call fails, "
@@ -216,7 +184,7 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
 }
 
 status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& data) {
-    OneWayBudget* budget = mBudget->find(mControl);
+    OneWayBudget* budget = mBudget->find(mControl.fd());
     if (budget == nullptr || data.dataSize() > kLargestOneWay) {
         return callOneWay(header, data);
     }
@@ -231,48 +199,6 @@ status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& da
     return status;
 }
 
-status_t SocketReference::tryMain(const Header& header, const Parcel& data,
-                                  const Attachments& attachments, PollTarget& target) {
-    const bool oneWay = header.kind == Kind::OneWay;
-    Mutex::Autolock held(mSendLock);
-    Fd& socket = oneWay && mMainIsClosed ? mSecondMain : mMain;
-    status_t status = socket.valid() ? OK : open(Role::Calls, 0, &socket, target);
-    if (status == OK && (oneWay ? !mayFollow(target) : !mayGoBehind())) {
-        status = WOULD_BLOCK;
-    }
-    if (status != OK) {
-        return status;
-    }
-    status = trySend(socket, header, data, attachments, target);
-    if (status == DEAD_OBJECT) {
-        mMainIsClosed = true;
-        mSecondMain.reset();
-    } else if (oneWay && status == OK) {
-        mBytesUpTo[++mOneWaysSent % kRemembered] = mBytesSent +=
-            static_cast<uint32_t>(data.dataSize());
-    }
-    return status;
-}
-
-// Has everything been received that was sent through an earlier reference?
-bool SocketReference::mayFollow(PollTarget& target) {
-    if (mPredecessor != nullptr && !mPredecessor->isDrained()) {
-        target = {mPredecessor->socket().get(), POLLRDHUP};
-        return false;
-    }
-    mPredecessor.reset();
-    return true;
-}
-
-// With more ahead that is not done, the other side may not be reading the main socket (see
-// OneWayQueue).
-bool SocketReference::mayGoBehind() const {
-    const uint32_t ahead = mOneWaysSent - mOneWaysDone.load();
-    return ahead == 0 ||
-           (ahead <= kMaxAhead &&
-            mBytesSent - mBytesUpTo[(mOneWaysSent - ahead) % kRemembered] <= kMaxBytesAhead);
-}
-
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
     reply->freeData();
     Envelope envelope;
@@ -282,8 +208,8 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
         received = receiveMessage(socket, true, *reply, envelope);
     }
     if (received == Received::Message && envelope.header().kind == Kind::Reply &&
-        importBinders(envelope, *reply)) {
-        noteDone(envelope.header().code);
+        mContext.translator.importBinders(envelope, *reply)) {
+        mMain.noteDone(envelope.header().code);
         const status_t status = envelope.header().status;
         if (status != OK) {
             reply->freeData();
@@ -293,13 +219,13 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
     reply->freeData();
     if (received == Received::OutOfDescriptors && envelope.header().kind == Kind::Reply) {
         logLimited("out of file descriptors: the reply to a call is lost");
-        noteDone(envelope.header().code);
+        mMain.noteDone(envelope.header().code);
         return FAILED_TRANSACTION;
     }
     *broken = true;
     if (received == Received::HungUp) {
         Deadline deadline(kEndTimeoutMs);  // its process may be dying, one socket after another
-        return whyClosed(deadline);
+        return mControl.whyClosed(deadline);
     }
     logLimited("a reply that makes no sense: its connection is closed");
     // Not closed here: other threads may be sending on it.
@@ -307,68 +233,19 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
     return FAILED_TRANSACTION;
 }
 
-// Replies may be read in another order than they were written.
-void SocketReference::noteDone(uint32_t done) {
-    uint32_t known = mOneWaysDone.load();
-    while (static_cast<int32_t>(done - known) > 0 &&
-           !mOneWaysDone.compare_exchange_weak(known, done)) {
-    }
-}
-
-status_t SocketReference::takeSocket(Fd* out, PollTarget& target) {
-    {
-        Mutex::Autolock held(mLock);
-        if (!mIdle.empty()) {
-            *out = std::move(mIdle.back());
-            mIdle.pop_back();
-            return OK;
-        }
-    }
-    return open(Role::Calls, 0, out, target);
-}
-
-void SocketReference::giveBack(Fd socket) {
-    Mutex::Autolock held(mLock);
-    if (mIdle.size() < kMaxIdle) {
-        mIdle.push_back(std::move(socket));
-    }
-}
-
-status_t SocketReference::open(Role role, pid_t holder, Fd* out, PollTarget& target) const {
-    SocketPair pair = makeSocketPair();
-    if (!pair.held.valid()) {
-        logLimited("out of file descriptors: a call fails");
-        return FAILED_TRANSACTION;
-    }
-    target = {mControl.get(), POLLOUT};
-    const status_t status = sendAdopt(mControl, role, pair.served, holder);
-    if (status == OK) {
-        *out = std::move(pair.held);
-    }
-    return status;
-}
-
-// The owner has closed a socket: with the control socket, since it has died, or that one alone.
-status_t SocketReference::whyClosed(Deadline& deadline) const {
-    return retryUntil(deadline, [this](PollTarget& target) {
-        target = {mControl.get(), POLLRDHUP};
-        return hasHungUp(mControl) ? DEAD_OBJECT : WOULD_BLOCK;
-    });
-}
-
 bool SocketReference::hasEnded() const {
-    return hasHungUp(mControl);
+    return mControl.hasEnded();
 }
 
 Fd SocketReference::share(pid_t holder, Deadline& deadline) {
     Fd control;
     status_t last = OK;
     const auto attempt = [&](PollTarget& target) {
-        return last = open(Role::Control, holder, &control, target);
+        return last = mControl.open(Role::Control, holder, &control, target);
     };
-    const BlockingSlot place;
+    const ThreadPool::BlockingSlot slot(mContext.pool);
     PollTarget unused;
-    const bool wait = place.granted() && !mDoesNotListen;
+    const bool wait = slot.granted() && !mDoesNotListen;
     const status_t status = wait ? retryUntil(deadline, attempt) : attempt(unused);
     mDoesNotListen = last == WOULD_BLOCK;
     return status == DEAD_OBJECT ? deadReference() : std::move(control);
@@ -381,7 +258,7 @@ status_t SocketReference::watch(const wp<BpBinder>& proxy) {
     Mutex::Autolock held(mLock);
     if (mWatch == nullptr) {
         mWatch = std::make_shared<Watch>(proxy);
-        if (!reactor().add(mWatch, mControl)) {
+        if (!mContext.reactor.add(mWatch, mControl.fd())) {
             mWatch.reset();
             return NO_MEMORY;
         }
@@ -394,7 +271,7 @@ void SocketReference::unwatch() {
     Mutex::Autolock held(mLock);
     watch.swap(mWatch);
     if (watch != nullptr) {
-        reactor().remove(*watch);
+        mContext.reactor.remove(*watch);
     }
 }
 

@@ -6,12 +6,9 @@
 #include <algorithm>
 
 #include "binder/Binder.h"
-#include "socket/BinderTransfer.h"
 #include "socket/Listener.h"
 #include "socket/Message.h"
-#include "socket/Quota.h"
 #include "socket/SocketPath.h"
-#include "socket/ThreadPool.h"
 #include "support/ForkGuard.h"
 
 namespace android::transport {
@@ -58,7 +55,7 @@ bool SocketTransport::becomeContext(const sp<BBinder>& manager, const SocketAcce
         return false;
     }
     Mutex::Autolock held(mLock);
-    return serve(Listener::open(socketPath(), manager, access), manager);
+    return serve(Listener::open(mRuntime.context(), socketPath(), manager, access), manager);
 }
 
 bool SocketTransport::becomeContextAt(Fd socket, const sp<BBinder>& manager) {
@@ -66,7 +63,7 @@ bool SocketTransport::becomeContextAt(Fd socket, const sp<BBinder>& manager) {
         return false;
     }
     Mutex::Autolock held(mLock);
-    return serve(Listener::openAt(std::move(socket), manager), manager);
+    return serve(Listener::openAt(mRuntime.context(), std::move(socket), manager), manager);
 }
 
 std::string SocketTransport::contextPlace() const {
@@ -78,23 +75,23 @@ bool SocketTransport::leaveIfUnused() {
     return mListener != nullptr && mListener->leaveIfUnused();
 }
 
-std::optional<std::chrono::steady_clock::time_point> SocketTransport::unusedSince() const {
-    return transport::unusedSince();
+std::optional<std::chrono::steady_clock::time_point> SocketTransport::unusedSince() {
+    return mRuntime.context().quotas.unusedSince();
 }
 
 void SocketTransport::startThreads() {
     if (!refusedAfterFork()) {
-        threadPool().start();
+        mRuntime.context().pool.start();
     }
 }
 
 void SocketTransport::setMaxThreads(size_t count) {
-    threadPool().setMax(count);
+    mRuntime.context().pool.setMax(count);
 }
 
 void SocketTransport::serveForever() {
     if (!refusedAfterFork()) {
-        threadPool().serveForever();
+        mRuntime.context().pool.serveForever();
     }
 }
 
@@ -119,8 +116,9 @@ sp<IBinder> SocketTransport::usableContext() {
     if (mManager != nullptr) {
         return mManager;
     }
-    const bool usable = mContext != nullptr && mContext->isBinderAlive() && !hasEnded(mContext);
-    return usable ? mContext : nullptr;
+    const bool usable =
+        mManagerProxy != nullptr && mManagerProxy->isBinderAlive() && !hasEnded(mManagerProxy);
+    return usable ? mManagerProxy : nullptr;
 }
 
 // All threads have the proxy of the one that was first.
@@ -130,9 +128,9 @@ sp<IBinder> SocketTransport::adopt(Fd control) {
     if (first != nullptr) {
         return first;
     }
-    trustManager(control.valid() ? peerPid(control) : 0);
-    mContext = control.valid() ? importManager(std::move(control)) : nullptr;
-    return mContext;
+    mRuntime.context().quotas.trustManager(control.valid() ? peerPid(control) : 0);
+    mManagerProxy = control.valid() ? mRuntime.proxyOfManager(std::move(control)) : nullptr;
+    return mManagerProxy;
 }
 
 }  // namespace android::transport

@@ -8,6 +8,7 @@
 
 #include "binder/transport/Transport.h"
 #include "socket/SocketAccess.h"
+#include "socket/SocketRuntime.h"
 #include "support/Fd.h"
 #include "utils/Mutex.h"
 
@@ -39,7 +40,7 @@ public:
     /// it any more, and the process may end. False: all is as it was.
     bool leaveIfUnused();
     /// Since when nobody has been connected to this process; empty while somebody is.
-    std::optional<std::chrono::steady_clock::time_point> unusedSince() const;
+    std::optional<std::chrono::steady_clock::time_point> unusedSince();
 
 private:
     bool serve(std::shared_ptr<Listener> listener, const sp<BBinder>& manager)
@@ -48,8 +49,9 @@ private:
     sp<IBinder> usableContext() PLATFORM_REQUIRES(mLock);
     sp<IBinder> adopt(Fd control);
 
+    SocketRuntime mRuntime;
     Mutex mLock;
-    sp<IBinder> mContext PLATFORM_GUARDED_BY(mLock);
+    sp<IBinder> mManagerProxy PLATFORM_GUARDED_BY(mLock);
     sp<BBinder> mManager PLATFORM_GUARDED_BY(mLock);
     std::shared_ptr<Listener> mListener PLATFORM_GUARDED_BY(mLock);
 };

@@ -17,7 +17,10 @@ namespace {
 // Calls that go back and forth without end are stopped here, not by the machine's memory.
 constexpr int kMaxThreads = 256;
 
-thread_local bool gServes = false;
+constexpr int kMaxInSlots = 4;
+
+// The pool that the calling thread serves in.
+thread_local const ThreadPool* gPool = nullptr;
 
 }  // namespace
 
@@ -62,16 +65,17 @@ bool ThreadPool::leave() {
     return true;
 }
 
-// One thread's place in the pool; an implementation may end the thread in the middle of a call.
-struct ThreadPool::Place {
-    explicit Place(ThreadPool& threads) : pool(threads) {}
-    ~Place() {
+// One thread's membership in the pool; an implementation may end the thread in the middle of a
+// call.
+struct ThreadPool::Membership {
+    explicit Membership(ThreadPool& threads) : pool(threads) {}
+    ~Membership() {
         if (!left) {
             pool.lose();
         }
     }
-    Place(const Place&) = delete;
-    Place& operator=(const Place&) = delete;
+    Membership(const Membership&) = delete;
+    Membership& operator=(const Membership&) = delete;
 
     ThreadPool& pool;
     bool left = false;
@@ -79,12 +83,12 @@ struct ThreadPool::Place {
 
 void ThreadPool::run() {
     (void)pthread_setname_np(pthread_self(), "binder");  // a name is a nicety
-    gServes = true;
-    Place place(*this);
+    gPool = this;
+    Membership membership(*this);
     while (!leave()) {
         serveOne();
     }
-    place.left = true;
+    membership.left = true;
 }
 
 void ThreadPool::lose() {
@@ -96,7 +100,7 @@ void ThreadPool::lose() {
 
 void ThreadPool::serveForever() {
     mJoined = true;
-    gServes = true;
+    gPool = this;
     for (;;) {
         serveOne();
     }
@@ -104,7 +108,7 @@ void ThreadPool::serveForever() {
 
 void ThreadPool::serveOne() {
     mWaiting.fetch_add(1);
-    const auto handler = reactor().wait();
+    const auto handler = mReactor.wait();
     mWaiting.fetch_sub(1);
     if (handler == nullptr) {
         return;
@@ -147,22 +151,28 @@ bool ThreadPool::block() {
     return false;
 }
 
-bool ThreadPool::servesHere() {
-    return gServes;
+bool ThreadPool::servesHere() const {
+    return gPool == this;
 }
 
-ThreadPool::BlockedScope::BlockedScope()
-    : mServes(gServes), mGranted(!mServes || threadPool().block()) {}
+ThreadPool::BlockedScope::BlockedScope(ThreadPool& pool)
+    : mPool(pool), mServes(pool.servesHere()), mGranted(!mServes || pool.block()) {}
 
 ThreadPool::BlockedScope::~BlockedScope() {
     if (mServes && mGranted) {
-        threadPool().mCounts.fetch_sub(kOneBlocked);
+        mPool.mCounts.fetch_sub(kOneBlocked);
     }
 }
 
-ThreadPool& threadPool() {
-    static auto* const instance = new ThreadPool();
-    return *instance;
+ThreadPool::BlockingSlot::BlockingSlot(ThreadPool& pool)
+    : mPool(pool),
+      mServes(pool.servesHere()),
+      mGranted(!mServes || pool.mInSlots.fetch_add(1) < kMaxInSlots) {}
+
+ThreadPool::BlockingSlot::~BlockingSlot() {
+    if (mServes) {
+        --mPool.mInSlots;
+    }
 }
 
 }  // namespace android::transport

@@ -2,14 +2,10 @@
 #ifndef VOXTREL_BINDER_INTERNAL_LOCALNODE_H
 #define VOXTREL_BINDER_INTERNAL_LOCALNODE_H
 
-#include <atomic>
-
-#include "binder/Binder.h"
-
 namespace android::transport {
 
 /// What a transport keeps about an object of this process that other processes may call. It belongs
-/// to the transport; the object only holds its address.
+/// to the transport; the object only holds its address (`LocalNodeSlot`).
 class LocalNode {
 public:
     /// The object is being destroyed: it can be neither called nor promoted any more.
@@ -18,13 +14,6 @@ public:
 
 protected:
     ~LocalNode() = default;
-};
-
-/// Where an object holds it: null until a transport first sends the object to another process, set
-/// once.
-class LocalNodeSlot {
-public:
-    static std::atomic<LocalNode*>& of(BBinder& object) { return object.mLocalNode; }
 };
 
 }  // namespace android::transport

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_SOCKET_FLOWWINDOW_H
+#define VOXTREL_SOCKET_FLOWWINDOW_H
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "socket/Wire.h"
+
+namespace android::transport {
+
+/// How many one-way calls a sender has ahead of its next call, and with how many bytes: sent, and
+/// not known to be done. Numbers wrap around.
+///
+/// Called on: any thread `noteDone`; one thread at a time the rest. Locks: none.
+class FlowWindow {
+public:
+    void noteSent(size_t bytes);
+    /// A reply says that so many are done in all. Replies may be read in another order than they
+    /// were written.
+    void noteDone(uint32_t done);
+
+    bool allDone() const { return mSent == mDone.load(); }
+    /// May a two-way call go behind them? With more ahead than `kMaxAhead` or `kMaxBytesAhead` the
+    /// other side may not be reading (see OneWayQueue).
+    bool mayGoBehind() const;
+
+private:
+    static constexpr size_t kRemembered = 16;
+    static_assert(kRemembered > kMaxAhead, "reaches back to the oldest that may be ahead");
+
+    uint32_t mSent = 0;
+    uint32_t mBytesSent = 0;
+    // mBytesSent as it was after each of the last calls, by their number.
+    std::array<uint32_t, kRemembered> mBytesUpTo = {};
+    std::atomic<uint32_t> mDone{0};
+};
+
+}  // namespace android::transport
+
+#endif

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the transport does when the kernel refuses it something, without a process that is starved.
+#include "socket/Syscalls.h"
+
+#include <binder/Binder.h>
+#include <gtest/gtest.h>
+
+#include "socket/ControlSocket.h"
+#include "socket/Memfd.h"
+#include "socket/SocketRuntime.h"
+
+namespace {
+
+using android::BBinder;
+using android::FAILED_TRANSACTION;
+using android::OK;
+using android::Parcel;
+using android::sp;
+using namespace android::transport;
+
+// Faults are a plain function: what it answers stands here.
+sys::Call gFailing;
+int gError;
+int gTimes;
+
+int failSome(sys::Call call) {
+    return call == gFailing && gTimes-- > 0 ? gError : 0;
+}
+
+// Has a system call fail, so many times, while it lives.
+class Failing {
+public:
+    explicit Failing(sys::Call call, int error, int times = 1) {
+        gFailing = call;
+        gError = error;
+        gTimes = times;
+        sys::setFault(&failSome);
+    }
+    ~Failing() { sys::setFault(nullptr); }
+    Failing(const Failing&) = delete;
+    Failing& operator=(const Failing&) = delete;
+};
+
+Parcel& withText(Parcel& parcel, size_t size) {
+    EXPECT_EQ(OK, parcel.setDataSize(size));
+    return parcel;
+}
+
+constexpr Header kRequest = {0, Kind::Request, 7, 0, 0, 0, 0, 0};
+
+class AMessageThat : public testing::Test {
+protected:
+    Received receive(Parcel& parcel) { return receiveMessage(mPair.served, false, parcel, mGot); }
+
+    const SocketPair mPair = makeSocketPair();
+    Envelope mGot;
+};
+
+TEST_F(AMessageThat, IsInterruptedIsSentAndReceivedAllTheSame) {
+    Parcel sent;
+    Parcel received;
+    {
+        const Failing send(sys::Call::Send, EINTR, 3);
+        EXPECT_EQ(OK, sendMessage(mPair.held, kRequest, withText(sent, 8), {}));
+    }
+    const Failing receiving(sys::Call::Receive, EINTR, 3);
+    EXPECT_EQ(Received::Message, receive(received));
+    EXPECT_EQ(8U, received.dataSize());
+}
+
+TEST_F(AMessageThat, TheKernelHasNoMemoryForFailsAlone) {
+    Parcel sent;
+    withText(sent, 8);
+    {
+        const Failing send(sys::Call::Send, ENOBUFS);
+        EXPECT_EQ(FAILED_TRANSACTION, sendMessage(mPair.held, kRequest, sent, {}));
+    }
+    EXPECT_EQ(OK, sendMessage(mPair.held, kRequest, sent, {}));
+}
+
+TEST_F(AMessageThat, NeedsAMemfdFailsWithoutOne) {
+    Parcel large;
+    withText(large, 200000);
+    const Failing memfd(sys::Call::Memfd, EMFILE);
+    EXPECT_EQ(FAILED_TRANSACTION, sendMessage(mPair.held, kRequest, large, {}));
+    Parcel received;
+    EXPECT_EQ(Received::Nothing, receive(received)) << "nothing of it has been sent";
+}
+
+TEST_F(AMessageThat, IsWrittenInPiecesArrivesWhole) {
+    Parcel large;
+    for (int i = 0; i < 50000; ++i) {
+        large.writeInt32(i);
+    }
+    {
+        const Failing shortly(sys::Call::Write, sys::kShort, 100);
+        ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, large, {}));
+    }
+    Parcel received;
+    ASSERT_EQ(Received::Message, receive(received));
+    for (int i = 0; i < 50000; ++i) {
+        ASSERT_EQ(i, received.readInt32());
+    }
+}
+
+TEST_F(AMessageThat, FindsNoRoomInTheMemfdFails) {
+    Parcel large;
+    const Failing full(sys::Call::Write, ENOSPC);
+    EXPECT_EQ(FAILED_TRANSACTION, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+}
+
+TEST_F(AMessageThat, LosesItsDescriptorsIsKnownByItsHeader) {
+    Parcel large;
+    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    const Failing lost(sys::Call::ReceiveDescriptors, EMFILE);
+    Parcel received;
+    ASSERT_EQ(Received::OutOfDescriptors, receive(received));
+    EXPECT_EQ(7U, mGot.header().code);
+    EXPECT_EQ(0U, mGot.fdCount());
+}
+
+TEST(AProcessWithoutDescriptors, OpensNoSocketAndGivesNoBinderAway) {
+    SocketRuntime runtime;
+    SocketPair pair = makeSocketPair();
+    const ControlSocket control(std::move(pair.held));
+    const Failing none(sys::Call::SocketPair, EMFILE, 2);
+    PollTarget target;
+    Fd socket;
+    EXPECT_EQ(FAILED_TRANSACTION, control.open(Role::Calls, 0, &socket, target));
+    const sp<BBinder> object = new BBinder();
+    Parcel parcel;
+    parcel.writeStrongBinder(object);
+    Attachments attachments;
+    Deadline deadline;
+    EXPECT_EQ(FAILED_TRANSACTION, runtime.exportBinders(parcel, &attachments, deadline, {}));
+    EXPECT_EQ(OK, runtime.exportBinders(parcel, &attachments, deadline, {}))
+        << "there are some again";
+    EXPECT_EQ(1U, attachments.fds.size());
+}
+
+TEST(AKernelThatWaitsForNoMoreSockets, KeepsABinderFromBeingGivenAway) {
+    SocketRuntime runtime;
+    const sp<BBinder> object = new BBinder();
+    Parcel parcel;
+    parcel.writeStrongBinder(object);
+    Attachments attachments;
+    Deadline deadline;
+    {
+        const Failing full(sys::Call::EpollAdd, ENOSPC);
+        EXPECT_EQ(FAILED_TRANSACTION, runtime.exportBinders(parcel, &attachments, deadline, {}));
+    }
+    EXPECT_EQ(2, object->getStrongCount()) << "the parcel's and this one; nobody else holds it";
+}
+
+}  // namespace
