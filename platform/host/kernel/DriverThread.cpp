@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "kernel/DriverThread.h"
+
+#include "kernel/FlatObject.h"
+#include "kernel/ParcelImage.h"
+#include "support/ForkGuard.h"
+#include "support/Log.h"
+
+namespace android::kernel {
+
+namespace {
+
+// What the driver gives a meaning of its own to is not the caller's to set.
+constexpr uint32_t kOwnFlags = TF_ROOT_OBJECT | TF_STATUS_CODE | TF_ACCEPT_FDS;
+
+status_t statusIn(const binder_transaction_data& transaction) {
+    const bool isWhole = transaction.data_size >= sizeof(int32_t);
+    return isWhole ? *toPointer<const int32_t>(transaction.data.ptr.buffer)
+                   : static_cast<status_t>(UNKNOWN_ERROR);
+}
+
+}  // namespace
+
+DriverThread::~DriverThread() {
+    if (!transport::isForkedChild()) {
+        flush();
+        mProcess.device->exitThread();
+    }
+}
+
+DriverThread::Result DriverThread::transact(uint32_t handle, uint32_t code, const Parcel& data,
+                                            Parcel* reply, uint32_t flags) {
+    if (data.errorCheck() != OK) {
+        return {data.errorCheck(), false, false};
+    }
+    const ParcelImage image(data);
+    binder_transaction_data transaction = {};
+    transaction.target.handle = handle;
+    transaction.code = code;
+    transaction.flags = flags & ~kOwnFlags;
+    image.describe(&transaction);
+    mCommands.addTransaction(BC_TRANSACTION, transaction);
+    Wait wait = {(flags & TF_ONE_WAY) == 0, reply};
+    await(wait);
+    if (wait.failure == BR_FAILED_REPLY) {
+        transport::logLimited(
+            "call %u with %zu bytes was not carried out: the receiver has no "
+            "room for it, or the driver refuses it",
+            code, data.dataSize());
+    }
+    flushIfUrgent();
+    return {wait.status, wait.failure == BR_DEAD_REPLY, wait.isSent};
+}
+
+int DriverThread::exchange(ReturnBuffer* returns) {
+    const int error = mProcess.device->exchange(mCommands, returns);
+    if (error != 0) {
+        transport::logLimited("the binder driver fails: %s", strerrordesc_np(error));
+        mCommands.clear();  // it points to what its sender lets go of
+    }
+    if (mCommands.empty()) {
+        mUrgent = false;
+        // Letting go of a proxy writes again.
+        const std::vector<sp<BpBinder>> written = std::move(mUnwritten);
+        mUnwritten.clear();
+    }
+    return error;
+}
+
+void DriverThread::flush() {
+    for (size_t before = 0; !mCommands.empty() && mCommands.size() != before;) {
+        before = mCommands.size();
+        (void)exchange(nullptr);  // it says what has failed
+    }
+}
+
+void DriverThread::flushIfUrgent() {
+    if (mUrgent) {
+        flush();
+    }
+}
+
+void DriverThread::await(Wait& wait) {
+    while (!wait.isSettled) {
+        ReturnBuffer returns;
+        if (exchange(&returns) != 0) {
+            wait.status = FAILED_TRANSACTION;
+            return;
+        }
+        for (Return one; returns.next(&one);) {
+            if (!settle(wait, one)) {
+                execute(one);
+            }
+        }
+        if (wait.isSent || wait.isSettled) {
+            runDeferred();
+        }
+    }
+}
+
+bool DriverThread::settle(Wait& wait, const Return& one) {
+    if (wait.isSettled) {
+        return false;
+    }
+    switch (one.command()) {
+        case BR_TRANSACTION_COMPLETE:
+        case BR_ONEWAY_SPAM_SUSPECT:
+            wait.isSent = true;
+            wait.isSettled = !wait.forReply;
+            return true;
+        case BR_REPLY:
+            wait.status = takeReply(one.payload<binder_transaction_data>(), wait.reply);
+            break;
+        case BR_DEAD_REPLY:
+        case BR_FAILED_REPLY:
+        case BR_FROZEN_REPLY:
+            wait.failure = one.command();
+            wait.status = wait.failure == BR_DEAD_REPLY ? static_cast<status_t>(DEAD_OBJECT)
+                                                        : static_cast<status_t>(FAILED_TRANSACTION);
+            break;
+        case BR_ERROR:
+            wait.status = one.payload<int32_t>();
+            break;
+        default:
+            return false;
+    }
+    wait.isSettled = true;
+    return true;
+}
+
+status_t DriverThread::takeReply(const binder_transaction_data& transaction, Parcel* reply) {
+    status_t status = OK;
+    if ((transaction.flags & TF_STATUS_CODE) != 0) {
+        status = statusIn(transaction);
+    } else if (reply != nullptr) {
+        status = receive(transaction, reply);
+    }
+    freeBuffer(transaction);
+    return status;
+}
+
+void DriverThread::release(uint32_t handle) {
+    mCommands.addHandle(BC_RELEASE, handle);
+    mCommands.addHandle(BC_DECREFS, handle);
+    flush();
+}
+
+void DriverThread::requestDeath(uint32_t handle, binder_uintptr_t cookie) {
+    mCommands.addDeath(BC_REQUEST_DEATH_NOTIFICATION, handle, cookie);
+    flush();
+}
+
+void DriverThread::clearDeath(uint32_t handle, binder_uintptr_t cookie) {
+    mCommands.addDeath(BC_CLEAR_DEATH_NOTIFICATION, handle, cookie);
+    flush();
+}
+
+}  // namespace android::kernel

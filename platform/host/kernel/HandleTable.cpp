@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "kernel/HandleTable.h"
+
+namespace android::kernel {
+
+HandleTable::Found HandleTable::find(uint32_t handle) {
+    Mutex::Autolock held(mLock);
+    Entry& entry = mEntries[handle];
+    sp<BpBinder> proxy = entry.proxy.promote();
+    if (proxy != nullptr) {
+        return {proxy, false};
+    }
+    std::unique_ptr<transport::Reference> reference = mFactory(handle);
+    entry.reference = reference.get();
+    proxy = new BpBinder(std::move(reference));
+    entry.proxy = proxy;
+    return {proxy, true};
+}
+
+void HandleTable::forget(uint32_t handle, const transport::Reference& reference) {
+    Mutex::Autolock held(mLock);
+    const auto found = mEntries.find(handle);
+    if (found != mEntries.end() && found->second.reference == &reference) {
+        mEntries.erase(found);
+    }
+}
+
+}  // namespace android::kernel

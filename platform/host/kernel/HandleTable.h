@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_KERNEL_HANDLETABLE_H
+#define VOXTREL_KERNEL_HANDLETABLE_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+#include "binder/BpBinder.h"
+#include "binder/transport/Reference.h"
+#include "utils/Mutex.h"
+
+namespace android::kernel {
+
+/// The proxies of this process by the driver's handle: the same node is the same proxy.
+///
+/// Called on: any thread. Locks: its own.
+class HandleTable {
+public:
+    /// Makes the reference of a new proxy; called with the table's lock held.
+    using Factory = std::function<std::unique_ptr<transport::Reference>(uint32_t handle)>;
+
+    explicit HandleTable(Factory factory) : mFactory(std::move(factory)) {}
+
+    struct Found {
+        sp<BpBinder> proxy;
+        bool isNew;  ///< the driver is still to be told that this process holds the handle
+    };
+    Found find(uint32_t handle);
+
+    /// This reference is ending. Another one of the same handle, made meanwhile, stays.
+    void forget(uint32_t handle, const transport::Reference& reference);
+
+private:
+    struct Entry {
+        wp<BpBinder> proxy;
+        const transport::Reference* reference = nullptr;
+    };
+
+    const Factory mFactory;
+    Mutex mLock;
+    std::unordered_map<uint32_t, Entry> mEntries PLATFORM_GUARDED_BY(mLock);
+};
+
+}  // namespace android::kernel
+
+#endif

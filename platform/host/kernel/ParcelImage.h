@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOXTREL_KERNEL_PARCELIMAGE_H
+#define VOXTREL_KERNEL_PARCELIMAGE_H
+
+#include <functional>
+#include <vector>
+
+#include "binder/Parcel.h"
+#include "kernel/Protocol.h"
+
+namespace android::kernel {
+
+/// A parcel as the driver takes it: its bytes, with a flat object for each binder, and where these
+/// stand. Without binders the parcel's own bytes; it stays alive and unchanged as long as this.
+class ParcelImage {
+public:
+    explicit ParcelImage(const Parcel& parcel);
+
+    void describe(binder_transaction_data* transaction) const;
+
+private:
+    const Parcel& mParcel;
+    std::vector<uint8_t> mFlattened;
+    std::vector<binder_size_t> mOffsets;
+};
+
+/// The proxy of a handle.
+using ProxySource = std::function<sp<IBinder>(uint32_t handle)>;
+
+/// Copies what the driver delivered, so that its buffer may be freed at once. A node of this
+/// process's own comes home as itself.
+status_t receiveParcel(const binder_transaction_data& transaction, const ProxySource& proxyOf,
+                       Parcel* parcel);
+
+}  // namespace android::kernel
+
+#endif

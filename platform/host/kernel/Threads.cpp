@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "kernel/Threads.h"
+
+#include <system_error>
+#include <thread>
+
+#include "support/Log.h"
+
+namespace android::kernel {
+
+namespace {
+
+void endThread(void* thread) {
+    delete static_cast<DriverThread*>(thread);
+}
+
+}  // namespace
+
+Threads::Threads(Process& process) : mProcess(process) {
+    if (pthread_key_create(&mKey, &endThread) != 0) {
+        throw std::system_error(EAGAIN, std::generic_category(), "pthread_key_create");
+    }
+}
+
+DriverThread& Threads::current() {
+    auto* thread = static_cast<DriverThread*>(pthread_getspecific(mKey));
+    if (thread == nullptr) {
+        thread = new DriverThread(mProcess);
+        (void)pthread_setspecific(mKey, thread);  // else it is made anew with each call
+    }
+    return *thread;
+}
+
+void Threads::startFirst() {
+    start(BC_ENTER_LOOPER);
+}
+
+void Threads::startAsked() {
+    start(BC_REGISTER_LOOPER);
+}
+
+void Threads::start(uint32_t enter) {
+    try {
+        std::thread([this, enter] { run(enter); }).detach();
+    } catch (const std::system_error& error) {
+        transport::logLimited("cannot start another thread: %s", error.what());
+    }
+}
+
+// An implementation may end the thread in the middle of a call: another takes its place, which the
+// driver has not asked for.
+void Threads::run(uint32_t enter) {
+    struct Successor {
+        explicit Successor(Threads& all) : threads(all) {}
+        ~Successor() {
+            if (isWanted) {
+                threads.start(BC_ENTER_LOOPER);
+            }
+        }
+        Successor(const Successor&) = delete;
+        Successor& operator=(const Successor&) = delete;
+        Threads& threads;
+        bool isWanted = true;
+    };
+    (void)pthread_setname_np(pthread_self(), "binder");  // a name is a nicety
+    Successor successor(*this);
+    current().serveForever(enter);
+    successor.isWanted = false;
+}
+
+}  // namespace android::kernel
