@@ -81,14 +81,16 @@ void DriverThread::flushIfUrgent() {
 }
 
 void DriverThread::await(Wait& wait) {
+    wait.outer = mWaits;
+    mWaits = &wait;
     while (!wait.isSettled) {
         ReturnBuffer returns;
         if (exchange(&returns) != 0) {
             wait.status = FAILED_TRANSACTION;
-            return;
+            wait.isSettled = true;
         }
         for (Return one; returns.next(&one);) {
-            if (!settle(wait, one)) {
+            if (!settle(one)) {
                 execute(one);
             }
         }
@@ -96,12 +98,20 @@ void DriverThread::await(Wait& wait) {
             runDeferred();
         }
     }
+    mWaits = wait.outer;
+}
+
+// When the process that made a nested call has died, the driver fails the call around it right
+// behind the reply to the nested one, and within the same read.
+bool DriverThread::settle(const Return& one) {
+    Wait* unsettled = mWaits;
+    while (unsettled != nullptr && unsettled->isSettled) {
+        unsettled = unsettled->outer;
+    }
+    return unsettled != nullptr && settle(*unsettled, one);
 }
 
 bool DriverThread::settle(Wait& wait, const Return& one) {
-    if (wait.isSettled) {
-        return false;
-    }
     switch (one.command()) {
         case BR_TRANSACTION_COMPLETE:
         case BR_ONEWAY_SPAM_SUSPECT:

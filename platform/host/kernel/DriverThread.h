@@ -44,10 +44,12 @@ public:
     void flush();
 
 private:
-    /// A transaction of this thread's that the driver has not settled yet.
+    /// A transaction of this thread's that the driver has not settled yet. A call that is served
+    /// meanwhile has others within it.
     struct Wait {
         const bool forReply;
         Parcel* const reply;
+        Wait* outer = nullptr;
         bool isSent = false;     ///< it has reached the receiver
         bool isSettled = false;  ///< there is nothing left to wait for
         uint32_t failure = 0;    ///< the driver's own: BR_DEAD_REPLY, ...
@@ -61,6 +63,7 @@ private:
 
     int exchange(ReturnBuffer* returns);
     void await(Wait& wait);
+    bool settle(const Return& one);
     bool settle(Wait& wait, const Return& one);
     status_t takeReply(const binder_transaction_data& transaction, Parcel* reply);
 
@@ -82,6 +85,7 @@ private:
 
     Process& mProcess;
     CommandBuffer mCommands;
+    Wait* mWaits = nullptr;  // the innermost first
     // Somebody else waits for what is in mCommands: it does not wait for this thread's next call.
     bool mUrgent = false;
     // New proxies whose handles the driver has not been told of: they are not released before.
