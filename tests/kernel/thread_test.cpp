@@ -1,0 +1,398 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "kernel/DriverThread.h"
+
+#include <binder/Binder.h>
+#include <binder/IPCThreadState.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+#include "kernel/DriverReference.h"
+#include "kernel/FlatObject.h"
+#include "tests/kernel/FakeDriver.h"
+
+namespace {
+
+using android::BBinder;
+using android::BpBinder;
+using android::IBinder;
+using android::Parcel;
+using android::sp;
+using android::status_t;
+using android::kernel::Device;
+using android::kernel::DriverReference;
+using android::kernel::DriverThread;
+using android::kernel::HandleTable;
+using android::kernel::Process;
+using android::kernel::Threads;
+using android::kernel::toWord;
+using fake_driver::bytesOf;
+using fake_driver::FakeDriver;
+
+using Numbers = std::vector<uint32_t>;
+
+constexpr uint32_t kHandle = 5;
+constexpr uint32_t kNoop = BR_NOOP;
+constexpr uint32_t kComplete = BR_TRANSACTION_COMPLETE;
+
+// A node that does what the test says.
+class Scripted : public BBinder {
+public:
+    using Script = std::function<status_t(const Parcel& data, Parcel* reply)>;
+    explicit Scripted(Script script) : mScript(std::move(script)) {}
+
+protected:
+    status_t onTransact(uint32_t, const Parcel& data, Parcel* reply, uint32_t) override {
+        return mScript(data, reply);
+    }
+
+private:
+    const Script mScript;
+};
+
+class CountsDeaths : public IBinder::DeathRecipient {
+public:
+    void binderDied(const android::wp<IBinder>&) override { ++mDeaths; }
+    int deaths() const { return mDeaths; }
+
+private:
+    int mDeaths = 0;
+};
+
+std::unique_ptr<Device> open(FakeDriver& driver) {
+    std::string error;
+    return Device::open(driver, "/dev/binder", error);
+}
+
+class OverTheDriver : public testing::Test {
+protected:
+    // What the driver gives for a parcel; the data stays as long as the test.
+    binder_transaction_data delivered(const std::vector<int32_t>& values, uint32_t flags = 0) {
+        mData.push_back(std::make_unique<std::vector<int32_t>>(values));
+        binder_transaction_data transaction = {};
+        transaction.flags = flags;
+        transaction.data_size = values.size() * sizeof(int32_t);
+        transaction.data.ptr.buffer = toWord(mData.back()->data());
+        return transaction;
+    }
+    binder_transaction_data deliveredBinder(const flat_binder_object& object) {
+        mObject = object;
+        binder_transaction_data transaction = {};
+        transaction.data_size = sizeof(mObject);
+        transaction.data.ptr.buffer = toWord(&mObject);
+        transaction.offsets_size = sizeof(mOffset);
+        transaction.data.ptr.offsets = toWord(&mOffset);
+        return transaction;
+    }
+    static binder_transaction_data callTo(BBinder& node, binder_transaction_data transaction) {
+        transaction.target.ptr = toWord(node.getWeakRefs());
+        transaction.cookie = toWord(&node);
+        transaction.code = 1;
+        transaction.sender_pid = 77;
+        transaction.sender_euid = 88;
+        return transaction;
+    }
+    void willReply(const binder_transaction_data& reply) {
+        mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, reply));
+    }
+    DriverThread::Result call(Parcel* reply, uint32_t flags = 0) {
+        Parcel data;
+        data.writeInt32(42);
+        return mThread.transact(kHandle, 9, data, reply, flags);
+    }
+    void serve() { mThread.serveForever(BC_ENTER_LOOPER); }
+
+    FakeDriver mDriver;
+    int mSpawned = 0;
+    Process mProcess{open(mDriver),
+                     HandleTable([this](uint32_t handle) {
+                         return std::make_unique<DriverReference>(mProcess, mThreads, handle);
+                     }),
+                     {},
+                     [this] { ++mSpawned; }};
+    Threads mThreads{mProcess};
+    DriverThread mThread{mProcess};
+    std::vector<std::unique_ptr<std::vector<int32_t>>> mData;
+    flat_binder_object mObject = {};
+    const binder_size_t mOffset = 0;
+};
+
+using ACallOverTheDriver = OverTheDriver;
+
+TEST_F(ACallOverTheDriver, IsWrittenOnceAndItsReplysBufferFreedOnce) {
+    const binder_transaction_data answer = delivered({6, 7});
+    willReply(answer);
+    Parcel reply;
+    EXPECT_EQ(android::OK, call(&reply).status);
+    EXPECT_EQ(6, reply.readInt32());
+    EXPECT_EQ(7, reply.readInt32());
+    mThread.flush();
+    EXPECT_EQ((Numbers{BC_TRANSACTION, BC_FREE_BUFFER}), mDriver.numbers());
+    const auto sent = mDriver.last(BC_TRANSACTION).as<binder_transaction_data>();
+    EXPECT_EQ(kHandle, sent.target.handle);
+    EXPECT_EQ(9U, sent.code);
+    EXPECT_EQ(4U, sent.data_size);
+    EXPECT_EQ(answer.data.ptr.buffer, mDriver.last(BC_FREE_BUFFER).as<binder_uintptr_t>());
+}
+
+TEST_F(ACallOverTheDriver, GivesTheStatusOfAReplyThatIsOne) {
+    willReply(delivered({-42}, TF_STATUS_CODE));
+    Parcel reply;
+    EXPECT_EQ(-42, call(&reply).status);
+    EXPECT_EQ(0U, reply.dataSize());
+    mThread.flush();
+    EXPECT_EQ(1U, mDriver.count(BC_FREE_BUFFER));
+}
+
+TEST_F(ACallOverTheDriver, OfADeadNodeIsNotSent) {
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_REPLY}));
+    const DriverThread::Result result = call(nullptr);
+    EXPECT_EQ(android::DEAD_OBJECT, result.status);
+    EXPECT_TRUE(result.isDead);
+    EXPECT_FALSE(result.wasSent);
+}
+
+TEST_F(ACallOverTheDriver, WhoseReplyIsLostWasSent) {
+    mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_DEAD_REPLY}));
+    const DriverThread::Result result = call(nullptr);
+    EXPECT_TRUE(result.isDead);
+    EXPECT_TRUE(result.wasSent);
+}
+
+TEST_F(ACallOverTheDriver, FailsWhenTheDriverRefusesIt) {
+    for (const uint32_t refusal : {BR_FAILED_REPLY, BR_FROZEN_REPLY}) {
+        mDriver.willRead(bytesOf(kNoop, refusal));
+        const DriverThread::Result result = call(nullptr);
+        EXPECT_EQ(android::FAILED_TRANSACTION, result.status);
+        EXPECT_FALSE(result.isDead);
+    }
+}
+
+TEST_F(ACallOverTheDriver, WaitsForNoReplyWhenItIsOneWay) {
+    for (const uint32_t taken : {BR_TRANSACTION_COMPLETE, BR_ONEWAY_SPAM_SUSPECT}) {
+        mDriver.willRead(bytesOf(kNoop, taken));
+        EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
+    }
+    EXPECT_TRUE(mDriver.reads.empty());
+    EXPECT_EQ(uint32_t{TF_ONE_WAY},
+              mDriver.last(BC_TRANSACTION).as<binder_transaction_data>().flags);
+}
+
+TEST_F(ACallOverTheDriver, SurvivesASignal) {
+    mDriver.interruptions = 2;
+    willReply(delivered({1}));
+    Parcel reply;
+    EXPECT_EQ(android::OK, call(&reply).status);
+    EXPECT_EQ(1, reply.readInt32());
+    EXPECT_EQ(1U, mDriver.count(BC_TRANSACTION));
+}
+
+TEST_F(ACallOverTheDriver, ServesACallThatComesBackWhileItWaits) {
+    const sp<Scripted> node = new Scripted(
+        [](const Parcel& data, Parcel* reply) { return reply->writeInt32(data.readInt32() + 1); });
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({10}))));
+    int32_t answered = 0;
+    mDriver.reads.emplace_back([this, &answered] {
+        const auto sent = mDriver.last(BC_REPLY).as<binder_transaction_data>();
+        answered = *android::kernel::toPointer<const int32_t>(sent.data.ptr.buffer);
+        return bytesOf(kNoop, kComplete);
+    });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_REPLY}, delivered({5})));
+    Parcel reply;
+    EXPECT_EQ(android::OK, call(&reply).status);
+    EXPECT_EQ(5, reply.readInt32());
+    EXPECT_EQ(11, answered);
+    EXPECT_EQ((Numbers{BC_TRANSACTION, BC_FREE_BUFFER, BC_REPLY}), mDriver.numbers());
+}
+
+TEST_F(ACallOverTheDriver, FailsWithTheProcessWhoseNestedCallItServed) {
+    const sp<Scripted> node = new Scripted([](const Parcel&, Parcel*) { return android::OK; });
+    mDriver.willRead(
+        bytesOf(kNoop, kComplete, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({}))));
+    mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_DEAD_REPLY}));
+    EXPECT_EQ(android::DEAD_OBJECT, call(nullptr).status);
+    EXPECT_TRUE(mDriver.reads.empty());
+}
+
+using AHandle = OverTheDriver;
+
+TEST_F(AHandle, IsAcquiredBeforeTheBufferThatBroughtItIsFreedAndReleasedWithItsProxy) {
+    willReply(deliveredBinder(android::kernel::flatHandle(3)));
+    Parcel reply;
+    ASSERT_EQ(android::OK, call(&reply).status);
+    sp<IBinder> proxy = reply.readStrongBinder();
+    ASSERT_TRUE(proxy != nullptr);
+    EXPECT_EQ(3U, android::kernel::handleOf(*proxy->remoteBinder()));
+    EXPECT_EQ((Numbers{BC_TRANSACTION, BC_INCREFS, BC_ACQUIRE, BC_FREE_BUFFER}), mDriver.numbers());
+    mDriver.written.clear();
+    reply.freeData();
+    proxy.clear();
+    EXPECT_EQ((Numbers{BC_RELEASE, BC_DECREFS}), mDriver.numbers());
+    EXPECT_EQ(3U, mDriver.last(BC_RELEASE).as<uint32_t>());
+}
+
+TEST_F(AHandle, ThatComesTwiceIsTheSameProxyAndAcquiredOnce) {
+    Parcel first;
+    Parcel second;
+    willReply(deliveredBinder(android::kernel::flatHandle(3)));
+    ASSERT_EQ(android::OK, call(&first).status);
+    willReply(deliveredBinder(android::kernel::flatHandle(3)));
+    ASSERT_EQ(android::OK, call(&second).status);
+    EXPECT_TRUE(first.readStrongBinder() == second.readStrongBinder());
+    EXPECT_EQ(1U, mDriver.count(BC_ACQUIRE));
+}
+
+TEST_F(AHandle, IsSentAsAFlatObjectWithItsPlace) {
+    Parcel data;
+    data.writeInt32(1);
+    data.writeStrongBinder(mThread.proxyOf(3));
+    data.writeStrongBinder(nullptr);
+    mDriver.reads.emplace_back([this, &data] {
+        const auto sent = mDriver.last(BC_TRANSACTION).as<binder_transaction_data>();
+        const auto* image = android::kernel::toPointer<const uint8_t>(sent.data.ptr.buffer);
+        EXPECT_EQ(data.dataSize(), sent.data_size);
+        EXPECT_EQ(sizeof(binder_size_t), sent.offsets_size) << "a null binder is not translated";
+        EXPECT_EQ(4U, *android::kernel::toPointer<const binder_size_t>(sent.data.ptr.offsets));
+        flat_binder_object object = {};
+        std::memcpy(&object, image + 4, sizeof(object));
+        EXPECT_EQ(uint32_t{BINDER_TYPE_HANDLE}, object.hdr.type);
+        EXPECT_EQ(3U, object.handle);
+        std::memcpy(&object, image + 28, sizeof(object));
+        EXPECT_EQ(uint32_t{BINDER_TYPE_BINDER}, object.hdr.type);
+        EXPECT_EQ(0U, object.binder);
+        EXPECT_EQ(0U, object.cookie);
+        return bytesOf(kNoop, kComplete);
+    });
+    EXPECT_EQ(android::OK,
+              mThread.transact(kHandle, 1, data, nullptr, IBinder::FLAG_ONEWAY).status);
+}
+
+using ANodeOfThisProcess = OverTheDriver;
+
+TEST_F(ANodeOfThisProcess, ComesHomeAsItself) {
+    const sp<BBinder> node = new BBinder();
+    willReply(deliveredBinder(android::kernel::flatNode(*node)));
+    Parcel reply;
+    ASSERT_EQ(android::OK, call(&reply).status);
+    EXPECT_TRUE(reply.readStrongBinder() == sp<IBinder>(node));
+}
+
+TEST_F(ANodeOfThisProcess, IsHeldAndLetGoAsTheDriverSaysAndEachHoldIsAnswered) {
+    const sp<BBinder> node = new BBinder();
+    const binder_ptr_cookie words = {toWord(node->getWeakRefs()), toWord(node.get())};
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+    mDriver.reads.emplace_back([this, &node, words] {
+        EXPECT_EQ(2, node->getStrongCount());
+        EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_INCREFS_DONE, BC_ACQUIRE_DONE}), mDriver.numbers());
+        EXPECT_EQ(words.cookie, mDriver.last(BC_ACQUIRE_DONE).as<binder_ptr_cookie>().cookie);
+        return bytesOf(kNoop, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
+    });
+    serve();
+    EXPECT_EQ(1, node->getStrongCount());
+    EXPECT_EQ(1, node->getWeakRefs()->getWeakCount());
+}
+
+TEST_F(ANodeOfThisProcess, KnowsItsCallerByTheDriversWord) {
+    int32_t pid = 0;
+    uid_t uid = 0;
+    const sp<Scripted> node = new Scripted([&](const Parcel&, Parcel*) {
+        pid = android::IPCThreadState::self()->getCallingPid();
+        uid = android::IPCThreadState::self()->getCallingUid();
+        return android::OK;
+    });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({}))));
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    serve();
+    EXPECT_EQ(77, pid);
+    EXPECT_EQ(88U, uid);
+}
+
+TEST_F(ANodeOfThisProcess, HasTheBufferOfAOneWayCallUntilItIsDone) {
+    const sp<Scripted> node = new Scripted([this](const Parcel&, Parcel*) {
+        mThread.flush();
+        EXPECT_EQ(0U, mDriver.count(BC_FREE_BUFFER));
+        return android::OK;
+    });
+    mDriver.willRead(
+        bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({1}, TF_ONE_WAY))));
+    mDriver.willRead(bytesOf(kNoop));
+    serve();
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_FREE_BUFFER}), mDriver.numbers());
+}
+
+TEST_F(ANodeOfThisProcess, AnswersWithAStatusWhenItFails) {
+    const sp<Scripted> node = new Scripted([](const Parcel& data, Parcel*) -> status_t {
+        if (data.dataSize() == 0) {
+            throw std::runtime_error("on purpose");
+        }
+        return -7;
+    });
+    status_t answered = 0;
+    const auto willAnswer = [this, &answered] {
+        mDriver.reads.emplace_back([this, &answered] {
+            const auto sent = mDriver.last(BC_REPLY).as<binder_transaction_data>();
+            EXPECT_EQ(uint32_t{TF_STATUS_CODE}, sent.flags);
+            answered = *android::kernel::toPointer<const int32_t>(sent.data.ptr.buffer);
+            return bytesOf(kNoop, kComplete);
+        });
+    };
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({1}))));
+    willAnswer();
+    serve();
+    EXPECT_EQ(-7, answered);
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({}))));
+    willAnswer();
+    serve();
+    EXPECT_EQ(android::UNKNOWN_ERROR, answered);
+}
+
+using ADeathOverTheDriver = OverTheDriver;
+
+TEST_F(ADeathOverTheDriver, IsToldOnceAndAnswered) {
+    const sp<BpBinder> proxy = mThread.proxyOf(kHandle);
+    const sp<CountsDeaths> recipient = new CountsDeaths();
+    ASSERT_EQ(android::OK, proxy->linkToDeath(recipient));
+    const auto request = mDriver.last(BC_REQUEST_DEATH_NOTIFICATION).as<binder_handle_cookie>();
+    EXPECT_EQ(kHandle, request.handle);
+    const binder_uintptr_t cookie = request.cookie;
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_BINDER}, cookie));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_BINDER}, cookie));
+    mDriver.willRead(bytesOf(kNoop));
+    serve();
+    EXPECT_EQ(1, recipient->deaths());
+    EXPECT_EQ(2U, mDriver.count(BC_DEAD_BINDER_DONE));
+    EXPECT_EQ(cookie, mDriver.last(BC_DEAD_BINDER_DONE).as<binder_uintptr_t>());
+    EXPECT_FALSE(proxy->isBinderAlive());
+}
+
+TEST_F(ADeathOverTheDriver, IsOnlyAnsweredWhenItsRequestWasCleared) {
+    const sp<BpBinder> proxy = mThread.proxyOf(kHandle);
+    const sp<CountsDeaths> recipient = new CountsDeaths();
+    ASSERT_EQ(android::OK, proxy->linkToDeath(recipient));
+    const auto first = mDriver.last(BC_REQUEST_DEATH_NOTIFICATION).as<binder_handle_cookie>();
+    const binder_uintptr_t cookie = first.cookie;
+    ASSERT_EQ(android::OK, proxy->unlinkToDeath(recipient));
+    const auto cleared = mDriver.last(BC_CLEAR_DEATH_NOTIFICATION).as<binder_handle_cookie>();
+    EXPECT_EQ(uint64_t{cookie}, uint64_t{cleared.cookie});
+    ASSERT_EQ(android::OK, proxy->linkToDeath(recipient));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_BINDER}, cookie,
+                             uint32_t{BR_CLEAR_DEATH_NOTIFICATION_DONE}, cookie));
+    mDriver.willRead(bytesOf(kNoop));
+    serve();
+    EXPECT_EQ(0, recipient->deaths());
+    EXPECT_EQ(1U, mDriver.count(BC_DEAD_BINDER_DONE));
+}
+
+using ALooper = OverTheDriver;
+
+TEST_F(ALooper, StartsAnotherWhenTheDriverAsksForOne) {
+    mDriver.willRead(bytesOf(uint32_t{BR_SPAWN_LOOPER}));
+    serve();
+    EXPECT_EQ(1, mSpawned);
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER}), mDriver.numbers());
+}
+
+}  // namespace
