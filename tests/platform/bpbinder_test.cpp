@@ -222,6 +222,8 @@ TEST_F(TheRegistry, TellsTheOwnerWithTheService) {
     ASSERT_EQ(OK, add("a", mService));
     const auto ask = [this](const char* name) {
         Parcel data;
+        data.writeInt32(0);
+        data.writeString16(String16("android.os.IServiceManager"));
         data.writeString16(String16(name));
         auto reply = std::make_unique<Parcel>();
         EXPECT_EQ(

@@ -6,6 +6,7 @@
 
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
+#include "binder/internal/InterfaceToken.h"
 #include "binder/transport/Transport.h"
 #include "support/ForkGuard.h"
 #include "support/Log.h"
@@ -22,6 +23,11 @@ using std::chrono::milliseconds;
 // until it looks again.
 constexpr milliseconds kLongestLookUp{5000};
 constexpr milliseconds kPause{100};
+
+// How important a service's state is in a report on all services: newer service managers want to
+// know, older ones do not read so far.
+constexpr int32_t kDefaultPriority = 8;
+constexpr int32_t kAllPriorities = 15;
 
 // Asks for the manager's node at each call, so that one that was started again is found again.
 class BpServiceManager : public BpInterface<IServiceManager> {
@@ -44,28 +50,30 @@ public:
     sp<IBinder> checkService(const String16& name) const override {
         Parcel data;
         Parcel reply;
+        writeInterfaceToken(data, descriptor);
         data.writeString16(name);
-        (void)ask(GET_SERVICE_TRANSACTION, data, &reply);  // no reply reads as no service
+        (void)ask(CHECK_SERVICE_TRANSACTION, data, &reply);  // no reply reads as no service
         return reply.readStrongBinder();
     }
 
     status_t addService(const String16& name, const sp<IBinder>& service,
-                        bool /*allowIsolated*/) override {
+                        bool allowIsolated) override {
         Parcel data;
         Parcel reply;
+        writeInterfaceToken(data, descriptor);
         data.writeString16(name);
         data.writeStrongBinder(service);
+        data.writeBool(allowIsolated);
+        data.writeInt32(kDefaultPriority);
         const status_t status = ask(ADD_SERVICE_TRANSACTION, data, &reply);
         return status == OK ? reply.readInt32() : status;
     }
 
+    // One name a call, until there is none of that number.
     Vector<String16> listServices() override {
-        Parcel reply;
-        (void)ask(LIST_SERVICES_TRANSACTION, Parcel(), &reply);  // no reply reads as no services
         Vector<String16> names;
         String16 name;
-        for (int32_t left = reply.readInt32(); left > 0 && reply.readString16(&name) == OK;
-             --left) {
+        while (nameAt(static_cast<int32_t>(names.size()), &name)) {
             names.push_back(name);
         }
         return names;
@@ -83,6 +91,15 @@ protected:
     }
 
 private:
+    bool nameAt(int32_t index, String16* name) const {
+        Parcel data;
+        Parcel reply;
+        writeInterfaceToken(data, descriptor);
+        data.writeInt32(index);
+        data.writeInt32(kAllPriorities);
+        return ask(LIST_SERVICES_TRANSACTION, data, &reply) == OK && reply.readString16(name) == OK;
+    }
+
     status_t ask(uint32_t code, const Parcel& data, Parcel* reply) const {
         if (remote() != nullptr) {
             return remote()->transact(code, data, reply);
@@ -133,7 +150,7 @@ void waitForManager(DefaultManager& instance) {
 
 }  // namespace
 
-IMPLEMENT_META_INTERFACE(ServiceManager, "voxtrel.IServiceManager")
+IMPLEMENT_META_INTERFACE(ServiceManager, "android.os.IServiceManager")
 
 sp<IServiceManager> defaultServiceManager() {
     DefaultManager& instance = defaultManager();

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "binder/ServiceOwner.h"
 
+#include "binder/IServiceManager.h"
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
+#include "binder/internal/InterfaceToken.h"
 
 namespace android {
 namespace {
@@ -25,6 +27,7 @@ status_t ask(const Parcel& name, Parcel* reply) {
 status_t findOwnedService(const String16& name, OwnedService& found) {
     Parcel data;
     Parcel reply;
+    writeInterfaceToken(data, IServiceManager::descriptor);
     data.writeString16(name);
     const status_t status = ask(data, &reply);
     if (status != OK) {

@@ -4,11 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "binder/BpBinder.h"
 #include "binder/IPCThreadState.h"
 #include "binder/Parcel.h"
+#include "binder/internal/InterfaceToken.h"
 
 namespace android {
 
@@ -195,13 +197,12 @@ void Registry::forget(const String16& name, const IBinder::DeathRecipient* notic
             "removed " + printable(name) + ": process " + std::to_string(gone.pid) + " has died");
 }
 
-status_t Registry::listTo(Parcel* reply) {
-    const Vector<String16> names = listServices();
-    reply->writeInt32(static_cast<int32_t>(names.size()));
-    for (const String16& name : names) {
-        reply->writeString16(name);
+status_t Registry::writeName(int32_t index, Parcel* reply) const {
+    Mutex::Autolock held(mLock);
+    if (index < 0 || static_cast<size_t>(index) >= mEntries.size()) {
+        return BAD_INDEX;
     }
-    return reply->errorCheck();
+    return reply->writeString16(std::next(mEntries.begin(), index)->first);
 }
 
 status_t Registry::writeOwned(const String16& name, Parcel* reply) const {
@@ -215,6 +216,13 @@ status_t Registry::writeOwned(const String16& name, Parcel* reply) const {
 }
 
 status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
+    const bool isCommon = code > static_cast<uint32_t>(LAST_CALL_TRANSACTION);
+    if (isCommon || reply == nullptr) {
+        return BBinder::onTransact(code, data, reply, flags);
+    }
+    if (!readInterfaceToken(data, descriptor)) {
+        return BAD_TYPE;
+    }
     switch (code) {
         case GET_SERVICE_TRANSACTION:
         case CHECK_SERVICE_TRANSACTION:
@@ -226,9 +234,9 @@ status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, 
         case GET_OWNED_SERVICE_TRANSACTION:
             return writeOwned(data.readString16(), reply);
         case LIST_SERVICES_TRANSACTION:
-            return listTo(reply);
+            return writeName(data.readInt32(), reply);
         default:
-            return BBinder::onTransact(code, data, reply, flags);
+            return UNKNOWN_TRANSACTION;
     }
 }
 

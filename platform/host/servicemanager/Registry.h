@@ -54,7 +54,7 @@ private:
     bool isReservedForAnother(const String16& name, uid_t user) const;
     void reportReserved(const String16& name, uid_t user, pid_t pid);
     Entry find(const String16& name) const;
-    status_t listTo(Parcel* reply);
+    status_t writeName(int32_t index, Parcel* reply) const;
     status_t writeOwned(const String16& name, Parcel* reply) const;
     /// Reports the death of the service that was registered with this notice, once.
     void forget(const String16& name, const IBinder::DeathRecipient* notice) const;
