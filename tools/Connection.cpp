@@ -86,17 +86,39 @@ std::string progressOf(const Diagnosis& seen, milliseconds timeout) {
     }
 }
 
+Obstacle noManager(const Diagnosis& seen) {
+    constexpr auto kCode = TTS::STATUS_SERVICE_NOT_FOUND;
+    if (seen.transport != "driver") {
+        return {kCode, "there is no service manager" + placeOf(seen),
+                "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"};
+    }
+    if (seen.error != 0) {
+        return {kCode, "there is no binder driver" + placeOf(seen),
+                "load it with: modprobe binder_linux devices=binder"};
+    }
+    return {kCode, "no service manager answers" + placeOf(seen),
+            "start the device's own, or: voxtrel-servicemanager (same VOXTREL_BINDER_DRIVER as "
+            "here)"};
+}
+
+Obstacle managerNotPermitted(const Diagnosis& seen) {
+    constexpr auto kCode = TTS::STATUS_PERMISSION_DENIED;
+    if (seen.transport == "driver") {
+        return {kCode, "this user may not open the binder driver" + placeOf(seen),
+                "let this user read and write " + seen.path};
+    }
+    return {kCode, "this user may not open the service manager's socket" + placeOf(seen),
+            "ask whoever runs it to let this user in"};
+}
+
 }  // namespace
 
 Problem problemIn(const Diagnosis& seen) {
     switch (seen.reach) {
         case Reach::NoManager:
-            return {TTS::STATUS_SERVICE_NOT_FOUND, "there is no service manager" + placeOf(seen),
-                    "start it with: voxtrel-servicemanager (same VOXTREL_BINDER_SOCKET as here)"};
+            return noManager(seen);
         case Reach::ManagerNotPermitted:
-            return {TTS::STATUS_PERMISSION_DENIED,
-                    "this user may not open the service manager's socket" + placeOf(seen),
-                    "ask whoever runs it to let this user in"};
+            return managerNotPermitted(seen);
         case Reach::ManagerSilent:
             return {TTS::STATUS_NO_SERVICE, "the service manager" + silence(seen.manager),
                     remedyFor(seen.manager)};

@@ -37,6 +37,10 @@ std::string strangerIn(const Peer& service) {
 Error Diagnosis::whyNot() const {
     switch (reach) {
         case Reach::NoManager:
+            if (transport == "driver" && error != 0) {
+                return {Status::ServiceNotFound,
+                        "there is no binder driver" + withPath(*this) + ": load it"};
+            }
             return {Status::ServiceNotFound,
                     "there is no service manager" + withPath(*this) + ": start it"};
         case Reach::ManagerNotPermitted:

@@ -1,26 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdlib>
 
+#include "binder/BinderDriver.h"
 #include "binder/transport/Transport.h"
 #include "kernel/DriverTransport.h"
 #include "socket/SocketTransport.h"
 #include "support/Fd.h"
 #include "support/ForkGuard.h"
 
-namespace android::transport {
+namespace android {
+
+const std::string& binderDriver() {
+    static const std::string* const path = [] {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): read once, at the first use
+        const char* const value = std::getenv("VOXTREL_BINDER_DRIVER");
+        return new std::string(value != nullptr ? value : "");
+    }();
+    return *path;
+}
+
+namespace transport {
 
 namespace {
 
 // The one place that knows which transports there are.
 Transport* makeTransport() {
     armForkGuard(&Fd::closeAll);
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): read once, at the first use
-    const char* const driver = std::getenv("VOXTREL_BINDER_DRIVER");
-    if (driver == nullptr || *driver == '\0') {
+    if (binderDriver().empty()) {
         return new SocketTransport();
     }
     // Never destroyed: threads use it while the process exits.
-    return kernel::DriverTransport::open(*new kernel::SystemCalls(), driver);
+    return kernel::DriverTransport::open(*new kernel::SystemCalls(), binderDriver());
 }
 
 }  // namespace
@@ -30,4 +40,6 @@ Transport& transport() {
     return *instance;
 }
 
-}  // namespace android::transport
+}  // namespace transport
+
+}  // namespace android

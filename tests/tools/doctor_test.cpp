@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 
 using namespace voxtrelctl;
@@ -51,6 +52,32 @@ Finding complaint(const Symptoms& symptoms) {
 TEST(AHealthyService, LeavesNothingToComplainAbout) {
     EXPECT_TRUE(complaints(healthy()).empty());
     EXPECT_GE(findingsOf(healthy()).size(), 8U);
+}
+
+Symptoms overDriver(Reach reach, int error) {
+    Symptoms symptoms = healthy();
+    symptoms.way.reach = reach;
+    symptoms.way.transport = "driver";
+    symptoms.way.path = "/dev/binder";
+    symptoms.way.error = error;
+    return symptoms;
+}
+
+TEST(TheWayOverTheDriver, IsNamedWithItsDevice) {
+    const std::vector<Finding> findings = findingsOf(overDriver(Reach::Connected, 0));
+    const auto manager = [](const Finding& one) { return one.subject == "service manager"; };
+    const auto found = std::find_if(findings.begin(), findings.end(), manager);
+    ASSERT_NE(found, findings.end());
+    EXPECT_EQ(found->seen, "running, /dev/binder, driver, process 12");
+}
+
+TEST(TheWayOverTheDriver, EndsWhereNoManagerAnswersOrThereIsNoDriver) {
+    EXPECT_EQ(complaint(overDriver(Reach::NoManager, 0)).seen,
+              "no service manager answers (/dev/binder)");
+    EXPECT_EQ(complaint(overDriver(Reach::NoManager, ENOENT)).remedy,
+              "load it with: modprobe binder_linux devices=binder");
+    EXPECT_EQ(complaint(overDriver(Reach::ManagerNotPermitted, EACCES)).remedy,
+              "let this user read and write /dev/binder");
 }
 
 struct ReachCase {

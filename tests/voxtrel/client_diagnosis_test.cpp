@@ -112,4 +112,16 @@ TEST(AProcess, IsSeenToBeStopped) {
     EXPECT_FALSE(isStopped(process));
 }
 
+TEST(ALookAtTheDriver, TellsWhetherItIsThereAndAsksNobody) {
+    Diagnosis seen = lookAtDriver("/dev/null");
+    EXPECT_EQ(Reach::Connected, seen.reach);
+    EXPECT_EQ("driver", seen.transport);
+    EXPECT_EQ("/dev/null", seen.path);
+    seen = lookAtDriver("/nonexistent/binder");
+    EXPECT_EQ(Reach::NoManager, seen.reach);
+    EXPECT_EQ(ENOENT, seen.error);
+    EXPECT_EQ("there is no binder driver (/nonexistent/binder: No such file or directory): load it",
+              seen.whyNot().message);
+}
+
 }  // namespace

@@ -8,6 +8,7 @@
 
 // Of a PC alone: a device's service manager decides itself who may register, and tells nobody.
 #if __has_include(<binder/ServiceOwner.h>)
+#include <binder/BinderDriver.h>
 #include <binder/ServiceManagerSocket.h>
 #include <binder/ServiceOwner.h>
 
@@ -52,10 +53,19 @@ Registered lookUp(android::IServiceManager& manager, const android::String16& na
     return found;
 }
 
+/// A device's own service manager decides itself who may register, and tells nobody.
+bool isManagerTheDevices() {
+#if VOXTREL_KNOWS_OWNERS
+    return !android::binderDriver().empty();
+#else
+    return true;
+#endif
+}
+
 }  // namespace
 
 bool BinderPort::isTrusted(const Peer& peer) const {
-    if (VOXTREL_KNOWS_OWNERS == 0 || !mTrusted) {
+    if (!mTrusted || (!peer.user && isManagerTheDevices())) {
         return true;
     }
     const bool isOwn = peer.user == getuid() || peer.user == kRoot;
@@ -88,6 +98,9 @@ Port::Found BinderPort::find(std::function<void()> died) {
 
 Diagnosis BinderPort::look() const {
 #if VOXTREL_KNOWS_OWNERS
+    if (!android::binderDriver().empty()) {
+        return lookAtDriver(android::binderDriver());
+    }
     const std::lock_guard<std::mutex> lock(mMutex);
     if (isStopped(mManager.process)) {
         // Another connection would only fill the queue of those that wait for it.

@@ -78,4 +78,13 @@ Diagnosis lookAtSocket(const std::string& path) {
     return seen;
 }
 
+Diagnosis lookAtDriver(const std::string& path) {
+    Diagnosis seen;
+    seen.transport = "driver";
+    seen.path = path;
+    seen.error = access(path.c_str(), R_OK | W_OK) == 0 ? 0 : errno;
+    seen.reach = reachOf(seen.error);
+    return seen;
+}
+
 }  // namespace voxtrel

@@ -15,6 +15,10 @@ bool isStopped(std::uint32_t process);
 /// closed again at once. Never waits. Called on: any thread.
 Diagnosis lookAtSocket(const std::string& path);
 
+/// Whether this user may use the kernel's binder driver at this path. Whether a service manager is
+/// there, the driver tells only by asking that. Never waits. Called on: any thread.
+Diagnosis lookAtDriver(const std::string& path);
+
 }  // namespace voxtrel
 
 #endif

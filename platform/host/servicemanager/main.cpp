@@ -44,6 +44,18 @@ sigset_t blockSignals() {
     return signals;
 }
 
+bool listenAtDriver(const android::sp<android::Registry>& registry,
+                    const servicemanager::Options& options) {
+    android::transport::Transport& driver = android::transport::transport();
+    if (options.asksForAccess) {
+        log(LogLevel::Error, "calls travel through " + driver.contextPlace() +
+                                 " and no socket: give that the mode and the group of "
+                                 "--socket-mode and --socket-group");
+        return false;
+    }
+    return driver.becomeContext(registry);
+}
+
 bool listen(const android::sp<android::Registry>& registry,
             const servicemanager::Options& options) {
     std::string error;
@@ -59,7 +71,7 @@ bool listen(const android::sp<android::Registry>& registry,
         return false;
     }
     if (sockets() == nullptr) {
-        return android::transport::transport().becomeContext(registry);
+        return listenAtDriver(registry, options);
     }
     return socket.valid() ? sockets()->becomeContextAt(std::move(socket), registry)
                           : sockets()->becomeContext(registry, options.access);
