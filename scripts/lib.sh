@@ -22,6 +22,7 @@ declare -A PACKAGES=(
     [terminal]="tmux"
     [desktop]="speech-dispatcher"
     [docs]="doxygen"
+    [board]="qemu-system-x86 qemu-system-arm cpio binutils"
     [bare]="debootstrap git"
 )
 
