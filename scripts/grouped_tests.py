@@ -64,11 +64,15 @@ class Outcome:
 
 
 def tests_of(program, selection):
-    """The names that --gtest_list_tests gives."""
     listed = subprocess.run([*program, "--gtest_list_tests", selection], stdout=subprocess.PIPE,
                             text=True, check=True, timeout=60)
+    return listed_tests(listed.stdout.splitlines())
+
+
+def listed_tests(lines):
+    """The names in what --gtest_list_tests prints."""
     tests, suite = [], ""
-    for line in listed.stdout.splitlines():
+    for line in lines:
         name = line.split("#")[0].rstrip()
         if re.fullmatch(r"\S+\.", name):
             suite = name

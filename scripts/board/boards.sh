@@ -9,7 +9,7 @@ choose_board() {
     case $1 in
         x86)
             ARCHITECTURE=amd64 TRIPLET=x86_64-linux-gnu KERNEL_PACKAGE=linux-image-amd64
-            LOADER=/lib64/ld-linux-x86-64.so.2 STRIP=strip CONSOLE=ttyS0
+            LOADER=/lib64/ld-linux-x86-64.so.2 STRIP=strip CONSOLE=ttyS0 PRESET=debug
             LIBRARY_ROOT= # this machine's own
             EMULATOR=(qemu-system-x86_64 -cpu max)
             BOARD_PACKAGES=(busybox-static libasound2-data)
@@ -17,6 +17,7 @@ choose_board() {
         arm)
             ARCHITECTURE=armhf TRIPLET=arm-linux-gnueabihf KERNEL_PACKAGE=linux-image-armmp
             LOADER=/lib/ld-linux-armhf.so.3 STRIP=arm-linux-gnueabihf-strip CONSOLE=ttyAMA0
+            PRESET=board_arm
             LIBRARY_ROOT=$BOARD_ROOT
             EMULATOR=(qemu-system-arm -M "virt,highmem=off" -cpu cortex-a15)
             BOARD_PACKAGES=(busybox-static libstdc++6 libespeak-ng-dev libsndfile1-dev libasound2-dev

@@ -1,10 +1,12 @@
 # The file system that a board boots with, sourced. Files lie in it where they lie here, so that the paths
 # which programs were compiled with hold there.
 
-# start_image: makes IMAGE: busybox, the kernel's modules and the first process
+# start_image: makes IMAGE, a folder of this run alone: busybox, the kernel's modules and the first process
 start_image() {
-    IMAGE=$BOARD_FOLDER/image
-    rm -rf "$IMAGE"
+    [ -z "${IMAGE:-}" ] || rm -rf "$IMAGE"
+    trap 'rm -rf "$IMAGE" "$IMAGE.cpio"' EXIT
+    IMAGE=$(mktemp -d "$BOARD_FOLDER/image.XXXXXX")
+    chmod 755 "$IMAGE"
     mkdir -p "$IMAGE"/{board,dev,etc,proc,root,run,sys,tmp,usr/bin,usr/lib/modules,usr/sbin,var}
     chmod 1777 "$IMAGE/tmp"
     local folder
@@ -15,14 +17,15 @@ start_image() {
     install -m 755 scripts/board/init.sh "$IMAGE/init"
     printf 'root:x:0:0::/root:/bin/sh\nnobody:x:65534:65534::/:/bin/sh\n' >"$IMAGE/etc/passwd"
     printf 'root:x:0:\nnogroup:x:65534:\n' >"$IMAGE/etc/group"
-    add_file "$LIBRARY_ROOT$LOADER" "$LOADER"
-    add_library libgcc_s.so.1 # the C library loads it when a thread is cancelled
+    add_file "$LIBRARY_ROOT$LOADER" "$LOADER" &&
+        add_library libgcc_s.so.1 # the C library loads it when a thread is cancelled
 }
 
 # add_file FILE [PLACE]: FILE, as PLACE there, and the libraries that it needs
 add_file() {
     local file=$1 place=$IMAGE${2:-$1}
     [ ! -e "$place" ] || return 0
+    [ -e "$file" ] || { echo "board: there is no $file" >&2; return 1; }
     mkdir -p "$(dirname "$place")"
     if ! "$STRIP" -o "$place" "$file" 2>/dev/null; then
         cp -L "$file" "$place" # a script, or data
@@ -32,22 +35,24 @@ add_file() {
     sections=$(readelf -d "$file" 2>/dev/null)
     folders=$(sed -n -E 's/.*\((RUNPATH|RPATH)\).*\[(.*)\]$/\2/p' <<<"$sections")
     while read -r name; do
-        add_library "$name" "$folders"
+        add_library "$name" "$folders" || return 1
     done < <(sed -n 's/.*(NEEDED).*\[\(.*\)\]$/\1/p' <<<"$sections")
 }
 
-# add_library NAME [FOLDER:FOLDER...]: out of the first of these and the system's folders that has it
+# add_library NAME [FOLDER:FOLDER...]: out of the first of these, as seen from the board or from here, and
+# the system's folders that has it
 add_library() {
-    local folder folders
+    local folder folders place
     IFS=: read -r -a folders <<<"${2:-}"
-    folders+=("$LIBRARY_ROOT/lib/$TRIPLET" "$LIBRARY_ROOT/usr/lib/$TRIPLET")
-    for folder in "${folders[@]}"; do
-        if [ -e "$folder/$1" ]; then
-            add_file "$folder/$1" "${folder#"$LIBRARY_ROOT"}/$1"
-            return
-        fi
+    for folder in "${folders[@]}" "/lib/$TRIPLET" "/usr/lib/$TRIPLET"; do
+        for place in "$LIBRARY_ROOT$folder" "$folder"; do
+            if [ -e "$place/$1" ]; then
+                add_file "$place/$1" "${place#"$LIBRARY_ROOT"}/$1"
+                return
+            fi
+        done
     done
-    echo "board: the library $1 is in none of ${folders[*]}" >&2
+    echo "board: there is no library $1" >&2
     return 1
 }
 
@@ -60,5 +65,5 @@ add_folder() {
 # pack_image: makes of it what the kernel unpacks. Compression would cost more time there than it saves here.
 pack_image() {
     (cd "$IMAGE" && find . -print0 | cpio --null --create --quiet --format=newc --owner=0:0) \
-        >"$BOARD_FOLDER/initramfs"
+        >"$IMAGE.cpio"
 }

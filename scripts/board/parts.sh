@@ -11,9 +11,19 @@ add_module() {
 part() {
     part_name=$1 part_seconds=$2
     shift 2
+    part_start=$(date +%s)
     echo "#board begin $part_name"
     timeout -s KILL "$part_seconds" "$@" </dev/null 2>&1
-    printf '\n#board end %s %s\n' "$part_name" $?
+    part_status=$?
+    printf '\n#board end %s after %s s with %s\n' "$part_name" $(($(date +%s) - part_start)) $part_status
+}
+
+# tests NAME SECONDS FILTER PROGRAM...: a part of GoogleTest's, which names its tests beforehand
+tests() {
+    tests_name=$1 tests_seconds=$2 tests_filter=--gtest_filter=$3
+    shift 3
+    part "list of $tests_name" 60 "$@" "$tests_filter" --gtest_list_tests
+    part "$tests_name" "$tests_seconds" "$@" "$tests_filter" --gtest_color=no
 }
 
 # send_file FILE: brings it to the machine that runs the board, under its own name

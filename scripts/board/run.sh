@@ -56,7 +56,7 @@ console=$BOARD_FOLDER/console
 { run_machine $((seconds + 60)) || true; } | tee "$console" |
     sed -u -n '/^#board begin program$/,/^#board end program /{/^#board /!p}'
 if [ "$shows_dmesg" -eq 1 ]; then sed -n '/^#board begin dmesg$/,/^#board end dmesg /p' "$console"; fi
-status=$(sed -n 's/^#board end program \([0-9]*\)$/\1/p' "$console")
+status=$(sed -n 's/^#board end program .* with \([0-9]*\)$/\1/p' "$console")
 if [ -z "$status" ]; then
     echo "board: it did not come to the program's end; its console said:" >&2
     tail -n 60 "$console" >&2

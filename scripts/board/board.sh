@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# usage: board.sh [--over sockets|driver]... [x86|arm]... Tests on emulated boards, over the transport over
+# sockets, the one over the kernel's binder driver, or both. Ends with 'N passed, N failed'.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+source scripts/lib.sh
+for subject in boards packages image programs machine; do source "scripts/board/$subject.sh"; done
+
+MACHINE_SECONDS=300 # by far more than a board takes
+MACHINE_ICOUNT=shift=1,sleep=off
+PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl)
+TESTS=(ipc_test client_test)
+FILTER='*-TheVoiceFilter.SurvivesATextOfMegabytes' # it computes for half a minute, and calls nobody
+
+usage() {
+    echo "usage: ./dev board [--over sockets|driver]... [x86|arm]..." >&2
+    exit 2
+}
+
+# on_board PART COMMAND...: adds it to the board's list
+on_board() { printf '%q ' "$@" >>"$IMAGE/board/list"; echo >>"$IMAGE/board/list"; }
+
+# list_parts TRANSPORT: what is done over it; their names go to PARTS
+list_parts() {
+    local test chosen=()
+    if [ "$1" = driver ]; then chosen=(VOXTREL_BINDER_DRIVER=/dev/binder); fi
+    on_board part "story@$1" 150 env "${chosen[@]}" /board/story.sh "/tmp/story@$1.wav"
+    on_board send_file "/tmp/story@$1.wav"
+    PARTS+=("story@$1")
+    for test in "${TESTS[@]}"; do
+        on_board tests "$test@$1" 100 "$FILTER" env "${chosen[@]}" "$test"
+        PARTS+=("$test@$1")
+    done
+}
+
+# make_image BUILD
+make_image() {
+    local program transport
+    start_image || return 1
+    for program in "${PROGRAMS[@]}" "${TESTS[@]}"; do add_program "$1" "$program" || return 1; done
+    add_folder "$PWD/tests/ipc/golden" && add_speech_data || return 1
+    install scripts/board/{checks,story}.sh "$IMAGE/board" || return 1
+    PARTS=()
+    for transport in "${TRANSPORTS[@]}"; do list_parts "$transport"; done
+    pack_image
+}
+
+# count_sound TRANSPORT: whether what was spoken there can be heard
+count_sound() {
+    local file=$BOARD_FOLDER/results/story@$1.wav
+    if scripts/wav_level.sh "$file"; then
+        PASSED=$((PASSED + 1))
+    else
+        FAILED=$((FAILED + 1))
+        say "nothing was heard in $file"
+    fi
+}
+
+count_results() {
+    local results=$BOARD_FOLDER/results passed failed transport
+    rm -rf "$results"
+    scripts/board/results.py "$1" "$results" "${PARTS[@]}"
+    scripts/grouped_tests.py count "$results/journals" >"$results/counted"
+    read -r _ _ passed failed <"$results/counted"
+    tail -n +2 "$results/counted"
+    PASSED=$((PASSED + passed))
+    FAILED=$((FAILED + failed))
+    for transport in "${TRANSPORTS[@]}"; do count_sound "$transport"; done
+    if ! grep -q '^#board off' "$1"; then
+        say "the board did not come to its end; its console said:"
+        tail -n 60 "$1"
+    fi
+}
+
+prepare_board() {
+    need_board_root && build_preset "$PRESET" --target "${PROGRAMS[@]}" "${TESTS[@]}" && make_image "build/$PRESET"
+}
+
+run_board() {
+    local start=$SECONDS console
+    choose_board "$1"
+    say_step "board $1"
+    if ! prepare_board; then
+        FAILED=$((FAILED + 1))
+        say "board $1: failed"
+        return 0
+    fi
+    say "(prepared after $((SECONDS - start)) s)"
+    console=$BOARD_FOLDER/console
+    run_machine "$MACHINE_SECONDS" >"$console" || true # it is counted by what it has said
+    count_results "$console"
+    say "(board $1: $((SECONDS - start)) s)"
+}
+
+TRANSPORTS=()
+chosen=()
+while [ $# -gt 0 ]; do
+    case $1 in
+        --over)
+            [[ ${2:-} =~ ^(sockets|driver)$ ]] || usage
+            TRANSPORTS+=("$2")
+            shift
+            ;;
+        x86 | arm) chosen+=("$1") ;;
+        *) usage ;;
+    esac
+    shift
+done
+[ ${#TRANSPORTS[@]} -gt 0 ] || TRANSPORTS=(sockets)
+[ ${#chosen[@]} -gt 0 ] || chosen=("${BOARDS[@]}")
+
+need_packages speak build python desktop arm board
+for board in "${chosen[@]}"; do run_board "$board"; done
+say ""
+closing_line
