@@ -10,5 +10,5 @@ run_machine() {
     timeout --kill-after=5 "$1" "${EMULATOR[@]}" -accel tcg "${options[@]}" -m 1536 \
         -display none -monitor none -net none -no-reboot -serial stdio \
         -kernel "${kernel[0]}" -initrd "$IMAGE.cpio" \
-        -append "console=$CONSOLE quiet panic=-1" </dev/null 2>&1 | tr -d '\r'
+        -append "console=$CONSOLE quiet panic=-1" </dev/null 2>&1 | sed -u 's/\r$//'
 }

@@ -36,7 +36,9 @@ class Console:
                 part = value
                 self.parts[part] = []
             elif mark and word == "end":
-                self.ends[part] = re.search(r" after (\d+) s with (\d+)$", value).groups()
+                ended = re.search(r" after (\d+) s with (\d+)$", value)
+                if ended:
+                    self.ends[part] = ended.groups()
                 part = ""
             elif mark and word == "file":
                 file = None if value == "end" else value
