@@ -26,12 +26,7 @@ if(VOXTREL_PLATFORM STREQUAL "host")
   set(VOXTREL_PC_PLATFORM_LIBS "-lvoxtrel-platform -pthread")
 else()
   install(TARGETS voxtrel_platform EXPORT voxtrel-client-targets)
-  list(TRANSFORM VOXTREL_PLATFORM_INCLUDE_DIRS PREPEND "-I" OUTPUT_VARIABLE pc_cflags)
-  # Names become -lNAME; paths and flags stay as they are.
-  list(TRANSFORM VOXTREL_PLATFORM_LIBRARIES PREPEND "-l" REGEX "^[^-/]" OUTPUT_VARIABLE pc_libs)
-  list(JOIN pc_cflags " " VOXTREL_PC_PLATFORM_CFLAGS)
-  list(JOIN pc_libs " " VOXTREL_PC_PLATFORM_LIBS)
-  string(APPEND VOXTREL_PC_PLATFORM_LIBS " -pthread")
+  voxtrel_system_platform_flags(VOXTREL_PC_PLATFORM_CFLAGS VOXTREL_PC_PLATFORM_LIBS)
 endif()
 
 file(RELATIVE_PATH from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")

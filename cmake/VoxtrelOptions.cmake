@@ -7,8 +7,6 @@ if(NOT VOXTREL_PLATFORM MATCHES "^(host|system)$")
 endif()
 
 # A project that adds this one as a subdirectory gets the libraries alone, and nothing is installed.
-option(VOXTREL_BUILD_PROGRAMS "Build the reference service and the command line"
-       ${PROJECT_IS_TOP_LEVEL})
 option(VOXTREL_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VOXTREL_BUILD_BENCH "Build the benchmarks" OFF)
 option(VOXTREL_BUILD_FUZZERS "Build the libFuzzer targets (clang only)" OFF)
@@ -37,6 +35,7 @@ endif()
 
 include(GNUInstallDirs)
 find_package(Threads REQUIRED)
+include(VoxtrelPrograms)
 
 # Instrumentation must cover every object of a program, so it is the one thing set for all targets.
 if(VOXTREL_SANITIZE)
