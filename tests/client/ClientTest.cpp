@@ -52,7 +52,7 @@ ConnectionTest::ConnectionTest() {
     platform::onLog(nullptr);
     platform::onMutex(nullptr);
     manager->service = service.binder;
-    android::setDefaultServiceManager(manager);
+    platform::giveServiceManager(manager);
     takeNotes();
 }
 

@@ -16,6 +16,7 @@
 namespace platform {
 namespace {
 
+android::sp<android::IServiceManager> serviceManager;
 std::function<void()> pauseAction;
 std::function<void()> logAction;
 std::function<void(const std::string&)> mutexAction;
@@ -42,6 +43,10 @@ std::string nameOf(const android::IBinder::DeathRecipient* recipient) {
 
 std::string logged(int level, const std::string& format, const std::string& text) {
     return "log " + std::to_string(level) + " <" + format + "> " + text;
+}
+
+void giveServiceManager(const android::sp<android::IServiceManager>& manager) {
+    serviceManager = manager;
 }
 
 void onPause(std::function<void()> action) {
@@ -91,6 +96,10 @@ extern "C" int __wrap_pthread_mutex_unlock(pthread_mutex_t* mutex) {
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace android {
+
+sp<IServiceManager> defaultServiceManager() {
+    return platform::serviceManager;
+}
 
 status_t BBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie, uint32_t flags) {
     const bool plain = cookie == nullptr && flags == 0;

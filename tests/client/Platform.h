@@ -5,15 +5,22 @@
 #include <functional>
 #include <string>
 
+#include "ipc/BinderHeaders.h"
+
 namespace platform {
 
 // This program takes the platform calls of the client over, by defining them itself, and notes each
 // in the journal: `dbgPrint` as `logged` says; `usleep(n)`, which returns at once, as "pause n"; a
 // death link made to or taken off a local binder as "link RECIPIENT" and "unlink RECIPIENT"; and
-// `IPCThreadState::flushCommands` as "flush".
+// `IPCThreadState::flushCommands` as "flush". `defaultServiceManager` gives what the test says,
+// since not every release of the platform lets its own be replaced.
 
 /// The journal's line for a log line, with its format as it was given and the text it makes.
 std::string logged(int level, const std::string& format, const std::string& text);
+
+/// What `defaultServiceManager` gives from now on. Some platforms give null while their context
+/// manager is not up yet.
+void giveServiceManager(const android::sp<android::IServiceManager>& manager);
 
 /// Called in each pause.
 void onPause(std::function<void()> action);

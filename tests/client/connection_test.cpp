@@ -91,7 +91,7 @@ TEST_F(TheSearch, LogsNoAbortForAClientWithoutAName) {
 }
 
 TEST_F(TheSearch, FailsWithoutAServiceManager) {
-    android::setDefaultServiceManager(nullptr);
+    platform::giveServiceManager(nullptr);
     EXPECT_EQ(-8, client.connect());
     EXPECT_EQ(62U, takeNotes().size()) << "1 trace, 30 retries, 30 pauses, 1 abort";
 }

@@ -7,31 +7,15 @@
 
 namespace support {
 
+static_assert(!std::is_abstract_v<FakeServiceManager>,
+              "this release of the platform leaves more open than is answered here");
+
 android::sp<android::IBinder> FakeServiceManager::getService(const android::String16& name) const {
     const char16_t* units = name;
     const std::string narrow(units, units + name.size());
     note("find " + narrow);
     ++mQuestions;
     return mQuestions > absentFor ? service : nullptr;
-}
-
-android::sp<android::IBinder> FakeServiceManager::checkService(
-    const android::String16& /*name*/) const {
-    return nullptr;
-}
-
-android::status_t FakeServiceManager::addService(const android::String16& /*name*/,
-                                                 const android::sp<android::IBinder>& /*added*/,
-                                                 bool /*allowIsolated*/) {
-    return android::INVALID_OPERATION;
-}
-
-android::Vector<android::String16> FakeServiceManager::listServices() {
-    return {};
-}
-
-android::IBinder* FakeServiceManager::onAsBinder() {
-    return nullptr;
 }
 
 }  // namespace support

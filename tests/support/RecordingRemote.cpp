@@ -57,27 +57,6 @@ size_t RecordingRemote::links() const {
     return mRecipients.size();
 }
 
-status_t RecordingRemote::transact(uint32_t code, const android::Parcel& data,
-                                   android::Parcel* reply, uint32_t flags) {
-    const Transaction sent{code, flags, bytesOf(data)};
-    Answer answer;
-    {
-        const std::lock_guard<std::mutex> guard(mMutex);
-        if (!mAlive) {
-            return android::DEAD_OBJECT;
-        }
-        mSent.push_back(sent);
-        answer = mAnswer;
-    }
-    if (answer == nullptr || reply == nullptr) {
-        return android::NO_ERROR;
-    }
-    data.setDataPosition(0);
-    const status_t status = answer(sent, data, *reply);
-    reply->setDataPosition(0);
-    return status;
-}
-
 const android::String16& RecordingRemote::getInterfaceDescriptor() const {
     static const android::String16 none("");
     return none;
@@ -116,6 +95,24 @@ status_t RecordingRemote::unlinkToDeath(const wp<DeathRecipient>& recipient, voi
     }
     mRecipients.erase(linked);
     return android::NO_ERROR;
+}
+
+status_t RecordingRemote::onTransact(uint32_t code, const android::Parcel& data,
+                                     android::Parcel* reply, uint32_t flags) {
+    const Transaction sent{code, flags, bytesOf(data)};
+    Answer answer;
+    {
+        const std::lock_guard<std::mutex> guard(mMutex);
+        if (!mAlive) {
+            return android::DEAD_OBJECT;
+        }
+        mSent.push_back(sent);
+        answer = mAnswer;
+    }
+    if (answer == nullptr || reply == nullptr) {
+        return android::NO_ERROR;
+    }
+    return answer(sent, data, *reply);
 }
 
 }  // namespace support

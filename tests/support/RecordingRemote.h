@@ -22,8 +22,10 @@ struct Transaction {
 /// the test has set, nothing at first. One-way transactions are answered like the others, so leave
 /// the answer empty to play the wire. Lives and dies as the test says.
 ///
+/// A `BBinder`, since what `IBinder` alone leaves open differs between the platform's releases.
+///
 /// Called on: any thread. Locks: one of its own, never around an answer or a recipient.
-class RecordingRemote : public android::IBinder {
+class RecordingRemote : public android::BBinder {
 public:
     using Answer = std::function<android::status_t(
         const Transaction& sent, const android::Parcel& request, android::Parcel& reply)>;
@@ -49,8 +51,6 @@ public:
     /// Recipients linked and neither unlinked nor told.
     size_t links() const;
 
-    android::status_t transact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
-                               uint32_t flags = 0) override;
     const android::String16& getInterfaceDescriptor() const override;
     bool isBinderAlive() const override;
     android::status_t pingBinder() override;
@@ -59,6 +59,10 @@ public:
     android::status_t unlinkToDeath(const android::wp<DeathRecipient>& recipient,
                                     void* cookie = nullptr, uint32_t flags = 0,
                                     android::wp<DeathRecipient>* outRecipient = nullptr) override;
+
+protected:
+    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                                 uint32_t flags) override;
 
 private:
     mutable std::mutex mMutex;
