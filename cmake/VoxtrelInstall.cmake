@@ -30,7 +30,7 @@ else()
 endif()
 
 file(RELATIVE_PATH from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-foreach(program IN ITEMS voxtrel-servicemanager voxtreld voxtrelctl)
+foreach(program IN ITEMS voxtrel-servicemanager voxtrel-platform-check voxtreld voxtrelctl)
   if(TARGET ${program})
     set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin}")
     install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)

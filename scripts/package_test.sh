@@ -91,7 +91,7 @@ dependants_need_the_interface_only() {
 }
 is_documented() {
     local page name
-    for page in voxtreld voxtrelctl voxtrel-servicemanager; do
+    for page in voxtreld voxtrelctl voxtrel-servicemanager voxtrel-platform-check; do
         gzip -t "$root/usr/share/man/man1/$page.1.gz" || return 1
     done
     gzip -t "$root/usr/share/man/man5/voxtreld-policy.5.gz" || return 1

@@ -4,7 +4,8 @@
 set -euo pipefail
 cd "$1"
 for page in tools/voxtrelctl.1 service/voxtreld.1 \
-    platform/host/servicemanager/voxtrel-servicemanager.1 service/voxtreld-policy.5; do
+    platform/host/servicemanager/voxtrel-servicemanager.1 service/voxtreld-policy.5 \
+    platform/check/voxtrel-platform-check.1; do
     mandoc -T lint "$page"
     complaints=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -l "$page" 2>&1 >/dev/null)
     [ -z "$complaints" ] || { echo "$page: $complaints"; exit 1; }

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "check/Peer.h"
+#include "check/Row.h"
+
+namespace check {
+namespace {
+
+using android::sp;
+using Clock = std::chrono::steady_clock;
+using Search = sp<android::IBinder> (android::IServiceManager::*)(const android::String16&) const;
+
+constexpr long kAtOnce = 1000;
+
+Seen absentName(Search search) {
+    const sp<android::IServiceManager> manager = android::defaultServiceManager();
+    const Clock::time_point begin = Clock::now();
+    const bool isNull =
+        (manager.get()->*search)(android::String16("voxtrel.platform.check.absent")) == nullptr;
+    const long took =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
+    const std::string what =
+        std::string(isNull ? "null" : "something") + " after " + std::to_string(took) + " ms";
+    return isNull ? preferred(took < kAtOnce, what) : judged(false, what);
+}
+
+Seen absentNames() {
+    return absentName(&android::IServiceManager::getService);
+}
+
+Seen absentNamesChecked() {
+    return absentName(&android::IServiceManager::checkService);
+}
+
+Seen serviceManager() {
+    const sp<android::IServiceManager> manager = android::defaultServiceManager();
+    if (manager == nullptr) {
+        return judged(false, "null");
+    }
+    const sp<android::IBinder> context = android::ProcessState::self()->getContextObject(nullptr);
+    const bool answers = context != nullptr && context->pingBinder() == android::OK;
+    return judged(answers, answers ? "there is one, and it answers" : "none answers");
+}
+
+/// The command that starts the service manager anew, as the command line names it.
+Seen restartedManager() {
+    const char* command = std::getenv("VOXTREL_PLATFORM_CHECK_RESTART");
+    if (command == nullptr || *command == '\0') {
+        return {Verdict::NotSeen, "needs --restart-manager"};
+    }
+    const sp<android::IBinder> old = android::ProcessState::self()->getContextObject(nullptr);
+    if (std::system(command) != 0) {
+        return {Verdict::NotSeen, std::string("'") + command + "' failed"};
+    }
+    const Deadline end = soon();
+    while (Clock::now() < end) {
+        const sp<android::IBinder> context =
+            android::ProcessState::self()->getContextObject(nullptr);
+        if (context != nullptr && context != old && context->pingBinder() == android::OK) {
+            return preferred(true, "a reference to the new one");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return preferred(false, "no reference to the new one within 5 s");
+}
+
+Seen logLines() {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([i] { dbgPrint(1000, "voxtrel-platform-check %d %s\n", i, "line"); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return judged(true, "4 threads wrote a line each");
+}
+
+Seen languageFilter() {
+    const char* text = INI_LANGUAGE_WITH_VOICES;
+    if (text == nullptr) {
+        return judged(false, "null");
+    }
+    const std::string before = text;
+    (void)android::defaultServiceManager();
+    const bool isSame = before == INI_LANGUAGE_WITH_VOICES;
+    return preferred(isSame, isSame ? std::to_string(before.size()) + " characters" : "it changed");
+}
+
+}  // namespace
+
+Rows nameRows() {
+    return {
+        {"absent-names", "answers null when there is no such service",
+         "one that waits for the service makes each of the 31 attempts that much longer: over the "
+         "driver up to 5 s",
+         absentNames},
+        {"absent-names-checked", "answers null at once when there is no such service",
+         "its thread waits in it; calls of the application end at their deadlines all the same",
+         absentNamesChecked},
+        {"service-manager", "answers, also when there is no service manager",
+         "over the driver it waits for one without end: connect waits as long, and holds "
+         "Clientmutex",
+         serviceManager},
+        {"restarted-manager", "a reference to the manager that was started after it, or null",
+         "a runtime that keeps the dead one's gives DEAD_OBJECT for each new link: after 10 s the "
+         "service ends with status 1, for whoever starts it to start it again",
+         restartedManager},
+        {"log-lines", "C linkage; may be called from any thread",
+         "the process ends where two threads log at once", logLines},
+        {"language-filter", "NUL-terminated text, a pointer or an array; does not change",
+         "a filter that changes is seen at the next query", languageFilter},
+    };
+}
+
+}  // namespace check

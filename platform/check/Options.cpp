@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/Options.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "check/Row.h"
+
+namespace check {
+namespace {
+
+constexpr const char* kHelp =
+    "Usage: voxtrel-platform-check [OPTIONS] [ROW...]\n"
+    "\n"
+    "Tests the binder runtime and the TTS common library of this device against what the\n"
+    "Voxtrel client library relies on, with a second process of its own. Prints a line for\n"
+    "each row of platform/README.md: what was seen, what is relied on, and what happens\n"
+    "otherwise. It needs a service manager, and the right to register a service.\n"
+    "\n"
+    "Options:\n"
+    "  -h, --help                  Print this help and leave\n"
+    "  -V, --version               Print the version and leave\n"
+    "  -l, --list                  Print the rows and leave\n"
+    "  --deadline SECONDS          How long a row may take (1 to 600; default: 20)\n"
+    "  --restart-manager COMMAND   Try what happens when COMMAND, for the shell, starts the\n"
+    "                              service manager anew\n"
+    "  --verbose                   Show what the runtime logs\n"
+    "\n"
+    "Exit status: 0 when the library can rely on everything; 1 when it cannot; 2 when the\n"
+    "command line does not fit.\n";
+
+enum : int { kDeadlineOption = 256, kRestartOption, kVerboseOption };
+
+constexpr option kOptions[] = {{"help", no_argument, nullptr, 'h'},
+                               {"version", no_argument, nullptr, 'V'},
+                               {"list", no_argument, nullptr, 'l'},
+                               {"deadline", required_argument, nullptr, kDeadlineOption},
+                               {"restart-manager", required_argument, nullptr, kRestartOption},
+                               {"verbose", no_argument, nullptr, kVerboseOption},
+                               {nullptr, 0, nullptr, 0}};
+
+constexpr long kLongestDeadline = 600;
+
+bool complain(const std::string& reason, int& exitStatus) {
+    std::fprintf(stderr,
+                 "voxtrel-platform-check: %s\n"
+                 "voxtrel-platform-check: --help lists the options\n",
+                 reason.c_str());
+    exitStatus = 2;
+    return false;
+}
+
+bool leaveWith(const char* text, int& exitStatus) {
+    exitStatus = std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0 ? 2 : EXIT_SUCCESS;
+    return false;
+}
+
+bool readDeadline(const char* text, Options& options) {
+    char* end = nullptr;
+    const long seconds = std::strtol(text, &end, 10);
+    options.deadline = std::chrono::seconds(seconds);
+    return end != text && *end == '\0' && seconds >= 1 && seconds <= kLongestDeadline;
+}
+
+bool takeRows(int argc, char** argv, Options& options, int& exitStatus) {
+    const Rows all = allRows();
+    for (int i = optind; i < argc; ++i) {
+        const std::string name = argv[i];
+        if (std::none_of(all.begin(), all.end(),
+                         [&](const Row& row) { return name == row.name; })) {
+            return complain("there is no row '" + name + "'; --list has them", exitStatus);
+        }
+        options.rows.push_back(name);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
+    for (int chosen = 0; (chosen = getopt_long(argc, argv, "hVl", kOptions, nullptr)) != -1;) {
+        switch (chosen) {
+            case 'h':
+                return leaveWith(kHelp, exitStatus);
+            case 'V':
+                return leaveWith("voxtrel-platform-check " VOXTREL_VERSION "\n", exitStatus);
+            case 'l':
+                options.isList = true;
+                break;
+            case kDeadlineOption:
+                if (!readDeadline(optarg, options)) {
+                    return complain("--deadline takes 1 to 600 seconds", exitStatus);
+                }
+                break;
+            case kRestartOption:
+                // The process that looks reads it there.
+                setenv("VOXTREL_PLATFORM_CHECK_RESTART", optarg, 1);
+                break;
+            case kVerboseOption:
+                options.isVerbose = true;
+                break;
+            default:
+                return complain("this is no command line of it", exitStatus);
+        }
+    }
+    return takeRows(argc, argv, options, exitStatus);
+}
+
+}  // namespace check

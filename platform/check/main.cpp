@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "check/Look.h"
+#include "check/Options.h"
+#include "check/PeerNode.h"
+#include "check/Row.h"
+
+namespace {
+
+constexpr const char* kVerdicts[] = {"ok", "differs", "WRONG", "unseen"};
+
+void print(const check::Row& row, const check::Seen& seen) {
+    std::printf("%-8s %-27s %s | %s | %s\n", kVerdicts[static_cast<int>(seen.verdict)], row.name,
+                seen.what.c_str(), row.reliedOn, row.otherwise);
+    std::fflush(stdout);
+}
+
+int list() {
+    for (const check::Row& row : check::allRows()) {
+        std::printf("%s | %s | %s\n", row.name, row.reliedOn, row.otherwise);
+    }
+    return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+int checkRows(const check::Options& options) {
+    int counts[4] = {};
+    std::printf("%-8s %-27s seen | relied on | otherwise\n", "", "row");
+    for (const check::Row& row : check::allRows()) {
+        const auto& wanted = options.rows;
+        if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), row.name) == wanted.end()) {
+            continue;
+        }
+        const check::Seen seen = check::lookApart(row, options.deadline, options.isVerbose);
+        print(row, seen);
+        ++counts[static_cast<int>(seen.verdict)];
+    }
+    std::printf("%d as relied on, %d otherwise and tolerated, %d wrong, %d not seen\n", counts[0],
+                counts[1], counts[2], counts[3]);
+    return std::fflush(stdout) == 0 && counts[2] == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // What this program starts of itself.
+    if (argc == 3 && std::strcmp(argv[1], "--peer") == 0) {
+        return check::servePeer(argv[2]);
+    }
+    if (argc == 3 && std::strcmp(argv[1], "--look") == 0) {
+        return check::lookHere(argv[2]);
+    }
+    check::Options options;
+    int exitStatus = EXIT_SUCCESS;
+    if (!check::parseOptions(argc, argv, options, exitStatus)) {
+        return exitStatus;
+    }
+    return options.isList ? list() : checkRows(options);
+}

@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/PrivateRuntime.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// What a command of the shell printed, and how it ended.
+struct Ended {
+    int status = -1;
+    Lines lines;
+};
+
+Ended run(const std::string& command) {
+    Ended ended;
+    FILE* output = popen(command.c_str(), "re");
+    if (output == nullptr) {
+        return ended;
+    }
+    std::string line;
+    for (int c = fgetc(output); c != EOF; c = fgetc(output)) {
+        if (c != '\n') {
+            line += static_cast<char>(c);
+            continue;
+        }
+        ended.lines.push_back(line);
+        line.clear();
+    }
+    const int how = pclose(output);
+    ended.status = WIFEXITED(how) ? WEXITSTATUS(how) : -1;
+    return ended;
+}
+
+std::string wordsOf(const Ended& ended) {
+    std::string words;
+    for (const std::string& line : ended.lines) {
+        words += line + "\n";
+    }
+    return words;
+}
+
+/// The first word of the line about a row.
+std::string verdictOn(const std::string& row, const Ended& ended) {
+    for (const std::string& line : ended.lines) {
+        std::istringstream words(line);
+        std::string verdict;
+        std::string name;
+        words >> verdict >> name;
+        if (name == row) {
+            return verdict;
+        }
+    }
+    return "none";
+}
+
+class ThePlatformCheck : public testing::Test {
+protected:
+    voxtrel_test::PrivateRuntime runtime{VOXTREL_SERVICEMANAGER};
+};
+
+TEST_F(ThePlatformCheck, IsContentWithTheStandIn) {
+    const Ended ended = run(VOXTREL_PLATFORM_CHECK);
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("34 as relied on, 0 otherwise and tolerated, 0 wrong, 1 not seen", ended.lines.back())
+        << wordsOf(ended);
+}
+
+TEST_F(ThePlatformCheck, SeesTheMannersOfADriverAndToleratesThem) {
+    const Ended ended = run("VOXTREL_BINDER_MANNERS=driver " VOXTREL_PLATFORM_CHECK);
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("33 as relied on, 1 otherwise and tolerated, 0 wrong, 1 not seen", ended.lines.back())
+        << wordsOf(ended);
+    EXPECT_EQ("differs", verdictOn("absent-names", ended));
+    const std::string words = wordsOf(ended);
+    EXPECT_TRUE(std::regex_search(words, std::regex("calling-identity +0, the caller's uid")))
+        << words;
+    EXPECT_FALSE(std::regex_search(words, std::regex("overtaking +overtook in 0 of"))) << words;
+}
+
+/// The command that kills the service manager, starts another, and waits for it.
+std::string restartOf(voxtrel_test::PrivateRuntime& runtime) {
+    return " --restart-manager 'kill -9 " + std::to_string(runtime.manager().pid()) + "; rm " +
+           runtime.socket() + "; " VOXTREL_SERVICEMANAGER " >/dev/null 2>&1 & echo $! >" +
+           runtime.folder() + "/new; while [ ! -S " + runtime.socket() + " ]; do sleep 0.01; done'";
+}
+
+/// Ends that other one.
+void endRestarted(const voxtrel_test::PrivateRuntime& runtime) {
+    (void)run("kill $(cat " + runtime.folder() + "/new); rm " + runtime.folder() + "/new");
+}
+
+TEST_F(ThePlatformCheck, SeesAServiceManagerThatIsStartedAnew) {
+    const Ended ended = run(VOXTREL_PLATFORM_CHECK " restarted-manager" + restartOf(runtime));
+    endRestarted(runtime);
+    EXPECT_EQ("ok", verdictOn("restarted-manager", ended)) << wordsOf(ended);
+}
+
+/// Rows that rely on nothing have no wrong: the manners of a driver show both.
+const std::set<std::string>& rowsWithoutWrong() {
+    static const std::set<std::string> rows = {"overtaking", "one-way-room",
+                                               "one-way-to-own-objects", "calling-identity"};
+    return rows;
+}
+
+/// Those that the library does without.
+const std::set<std::string>& toleratedRows() {
+    static const std::set<std::string> rows = {"links-after-death", "links-to-own-objects",
+                                               "letting-go", "restarted-manager"};
+    return rows;
+}
+
+/// Those in which the wrong ends the process that looks.
+const std::set<std::string>& deadlyRows() {
+    static const std::set<std::string> rows = {"strong-pointers", "static-destruction",
+                                               "log-lines"};
+    return rows;
+}
+
+/// Rows about what headers do, compiled against headers that do otherwise.
+const std::set<std::string>& rowsOfHeaders() {
+    static const std::set<std::string> rows = {"strong-pointer-assignment", "virtual-bases",
+                                               "interface-macros", "local-interface",
+                                               "binder-service"};
+    return rows;
+}
+
+/// The cells of the program's list, or of the page's tables, in which nothing is marked as code.
+std::map<std::string, Lines> rowsIn(const Lines& lines, size_t columns) {
+    std::map<std::string, Lines> rows;
+    for (std::string line : lines) {
+        line.erase(std::remove(line.begin(), line.end(), '`'), line.end());
+        Lines cells;
+        for (size_t end = 0; (end = line.find(" | ")) != std::string::npos;
+             line.erase(0, end + 3)) {
+            cells.push_back(line.substr(0, end));
+        }
+        cells.push_back(line);
+        if (cells.size() == columns) {
+            rows[cells.front()] = {cells[columns - 2], cells[columns - 1]};
+        }
+    }
+    return rows;
+}
+
+Lines linesOfThePage() {
+    std::ifstream page(VOXTREL_SOURCE_DIR "/platform/README.md");
+    Lines lines;
+    for (std::string line; std::getline(page, line) && line != "# The stand-in for a PC";) {
+        if (line.rfind("| ", 0) == 0 && line.rfind("| Row ", 0) != 0) {
+            lines.push_back(line.substr(2, line.size() - 4));
+        }
+    }
+    return lines;
+}
+
+TEST(TheRowsOfThePlatformCheck, AreThoseOfThePageWordForWord) {
+    const auto rows = rowsIn(run(VOXTREL_PLATFORM_CHECK " --list").lines, 3);
+    EXPECT_EQ(rowsIn(linesOfThePage(), 4), rows);
+    EXPECT_EQ(35U, rows.size());
+}
+
+class AWrongPlatform : public ThePlatformCheck, public testing::WithParamInterface<std::string> {};
+
+TEST_P(AWrongPlatform, IsSeen) {
+    const std::string& row = GetParam();
+    std::string command = rowsOfHeaders().count(row) == 1
+                              ? VOXTREL_WRONG_HEADERS_CHECK
+                              : "LD_PRELOAD=" VOXTREL_WRONG_RUNTIME " VOXTREL_WRONG_ROW=" + row +
+                                    " " VOXTREL_PLATFORM_CHECK;
+    command += " --deadline " + std::string(row == "service-manager" ? "1 " : "20 ") + row;
+    const bool isRestarted = row == "restarted-manager";
+    const Ended ended = run(command + (isRestarted ? restartOf(runtime) : ""));
+    if (isRestarted) {
+        endRestarted(runtime);
+    }
+    const bool isTolerated = toleratedRows().count(row) == 1;
+    EXPECT_EQ(isTolerated ? "differs" : "WRONG", verdictOn(row, ended)) << wordsOf(ended);
+    EXPECT_EQ(isTolerated ? 0 : 1, ended.status);
+    const bool isEnded = wordsOf(ended).find("was ended by signal") != std::string::npos;
+    EXPECT_EQ(deadlyRows().count(row) == 1, isEnded) << wordsOf(ended);
+}
+
+std::vector<std::string> rowsWithAWrong() {
+    std::vector<std::string> names;
+    for (const auto& row : rowsIn(linesOfThePage(), 4)) {
+        if (rowsWithoutWrong().count(row.first) == 0) {
+            names.push_back(row.first);
+        }
+    }
+    return names;
+}
+
+std::string asTestName(const testing::TestParamInfo<std::string>& row) {
+    std::string name = row.param;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(InEachRow, AWrongPlatform, testing::ValuesIn(rowsWithAWrong()),
+                         asTestName);
+
+}  // namespace
