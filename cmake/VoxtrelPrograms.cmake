@@ -1,7 +1,7 @@
 # Whether the reference service and the command line are built. A PC has their packages or says what
 # to install; a device's sysroot often has none of them, and the library needs none.
 set(VOXTREL_BUILD_PROGRAMS "AUTO" CACHE STRING
-    "Build the reference service and the command line: ON, OFF, AUTO (ON, but OFF within another project, and with VOXTREL_PLATFORM=system only where their packages are found)")
+    "Build the reference service and the command line: ON, OFF, AUTO (ON, but not inside another project, and with VOXTREL_PLATFORM=system only where their packages are found)")
 set_property(CACHE VOXTREL_BUILD_PROGRAMS PROPERTY STRINGS AUTO ON OFF)
 
 # What the programs need and this build does not find. A package of the PC's is none for a device, so
@@ -38,7 +38,7 @@ endfunction()
 
 if(VOXTREL_BUILD_PROGRAMS STREQUAL "AUTO")
   set(VOXTREL_BUILD_PROGRAMS ${PROJECT_IS_TOP_LEVEL})
-  if(PROJECT_IS_TOP_LEVEL AND VOXTREL_PLATFORM STREQUAL "system")
+  if(VOXTREL_BUILD_PROGRAMS AND VOXTREL_PLATFORM STREQUAL "system")
     voxtrel_missing_program_packages(missing)
     if(missing)
       set(VOXTREL_BUILD_PROGRAMS OFF)

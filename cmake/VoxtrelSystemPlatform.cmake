@@ -24,15 +24,15 @@ target_link_libraries(voxtrel_platform INTERFACE ${VOXTREL_PLATFORM_LIBRARIES} T
 # voxtrel_try_platform(STEP TYPE SOURCE ADVICE): builds SOURCE against the platform, or ends with the
 # compiler's words and what to do about them.
 function(voxtrel_try_platform step type source advice)
-  set(file "${CMAKE_BINARY_DIR}/platform-${step}.cpp")
+  set(file "${PROJECT_BINARY_DIR}/platform-${step}.cpp")
   file(CONFIGURE OUTPUT "${file}" CONTENT "${source}")
   set(CMAKE_TRY_COMPILE_TARGET_TYPE ${type})
   set(link "")
   if(type STREQUAL "EXECUTABLE")
     set(link LINK_OPTIONS ${link_options} LINK_LIBRARIES ${VOXTREL_PLATFORM_LIBRARIES} Threads::Threads)
   endif()
-  try_compile(works "${CMAKE_BINARY_DIR}/platform-${step}" SOURCES "${file}"
-    CMAKE_FLAGS "-DINCLUDE_DIRECTORIES=${CMAKE_CURRENT_SOURCE_DIR};${VOXTREL_PLATFORM_INCLUDE_DIRS}"
+  try_compile(works "${PROJECT_BINARY_DIR}/platform-${step}" SOURCES "${file}"
+    CMAKE_FLAGS "-DINCLUDE_DIRECTORIES=${PROJECT_SOURCE_DIR};${VOXTREL_PLATFORM_INCLUDE_DIRS}"
                 "-DLINK_DIRECTORIES=${VOXTREL_PLATFORM_LIBRARY_DIRS}"
     ${link} OUTPUT_VARIABLE output)
   if(NOT works)

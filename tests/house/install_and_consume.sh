@@ -1,16 +1,14 @@
 #!/usr/bin/env bash
-# usage: install_and_consume.sh BUILD_DIR SOURCE_DIR COMPILER C_COMPILER LIBRARY_FOLDER
+# usage: install_and_consume.sh BUILD_DIR SOURCE_DIR COMPILER C_COMPILER
 # A stranger's use of what is installed: the example, built with CMake's package and with pkg-config
-# against a tree that was moved after the installation, and against one whose platform is a device's
-# own and whose libraries are in LIBRARY_FOLDER, such as lib/x86_64-linux-gnu. Each of them speaks,
-# and each of the example services hears the command line. Applications of the interface are built and
-# run against both trees as well.
+# against a tree that was moved after the installation. Each of them speaks, and each of the example
+# services hears the command line. Applications of the interface are built and run against it as well.
+# scripts/porting.sh does it where the platform is a device's own.
 set -euo pipefail
 build=$1
 source=$2
 compiler=$3
 c_compiler=$4
-folder=$5
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
 
@@ -58,14 +56,3 @@ mv "$stage/usr" "$moved"
 platform=$(dirname "$(find "$moved" -name 'libvoxtrel-platform.so.1')")
 consume host "$moved" "$platform"
 use_interface host "$moved" "$platform"
-
-quietly cmake -S "$source" -B "$stage/device-build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-    -DVOXTREL_PLATFORM=system -DVOXTREL_PLATFORM_INCLUDE_DIRS="$moved/include/voxtrel-platform" \
-    -DVOXTREL_PLATFORM_LIBRARIES="$platform/libvoxtrel-platform.so" \
-    -DVOXTREL_BUILD_PROGRAMS=OFF -DVOXTREL_BUILD_TESTS=OFF -DCMAKE_INSTALL_LIBDIR="$folder"
-quietly cmake --build "$stage/device-build"
-quietly cmake --install "$stage/device-build" --prefix "$stage/device"
-consume device "$stage/device" "$stage/device/$folder"
-# What is in a system's own folders the linker finds as it does with this.
-export LD_LIBRARY_PATH="$platform"
-use_interface device "$stage/device" "$stage/device/$folder"
