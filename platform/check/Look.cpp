@@ -14,7 +14,7 @@ namespace {
 // A line of the process that looks: the verdict's number, and what was seen.
 Seen parsed(const std::string& line) {
     const int number = line.empty() ? -1 : line[0] - '0';
-    if (number < 0 || number > static_cast<int>(Verdict::NotSeen)) {
+    if (number < 0 || number > static_cast<int>(Verdict::NotTried)) {
         return {Verdict::Wrong, "not a word of the process that looked: " + line};
     }
     return {static_cast<Verdict>(number), line.substr(1)};

@@ -50,7 +50,7 @@ Seen serviceManager() {
 Seen restartedManager() {
     const char* command = std::getenv("VOXTREL_PLATFORM_CHECK_RESTART");
     if (command == nullptr || *command == '\0') {
-        return {Verdict::NotSeen, "needs --restart-manager"};
+        return {Verdict::NotTried, "needs --restart-manager"};
     }
     const sp<android::IBinder> old = android::ProcessState::self()->getContextObject(nullptr);
     if (std::system(command) != 0) {

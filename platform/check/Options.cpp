@@ -29,8 +29,8 @@ constexpr const char* kHelp =
     "                              service manager anew\n"
     "  --verbose                   Show what the runtime logs\n"
     "\n"
-    "Exit status: 0 when the library can rely on everything; 1 when it cannot; 2 when the\n"
-    "command line does not fit.\n";
+    "Exit status: 0 when the library can rely on everything; 1 when it cannot, or when a row\n"
+    "could not be looked at; 2 when the command line does not fit.\n";
 
 enum : int { kDeadlineOption = 256, kRestartOption, kVerboseOption };
 

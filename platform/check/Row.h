@@ -11,7 +11,8 @@ enum class Verdict {
     Right,      ///< as the library relies on it
     Tolerated,  ///< otherwise, and the library does without
     Wrong,      ///< otherwise: the consequence will be met
-    NotSeen,    ///< nothing was seen of it, for a reason that is told
+    NotSeen,    ///< could not be looked at, for a reason that is told
+    NotTried,   ///< was not asked for
 };
 
 /// What one look at the runtime saw.

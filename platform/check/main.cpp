@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr const char* kVerdicts[] = {"ok", "differs", "WRONG", "unseen"};
+constexpr const char* kVerdicts[] = {"ok", "differs", "WRONG", "UNSEEN", "untried"};
 
 void print(const check::Row& row, const check::Seen& seen) {
     std::printf("%-8s %-27s %s | %s | %s\n", kVerdicts[static_cast<int>(seen.verdict)], row.name,
@@ -27,7 +27,7 @@ int list() {
 }
 
 int checkRows(const check::Options& options) {
-    int counts[4] = {};
+    int counts[5] = {};
     std::printf("%-8s %-27s seen | relied on | otherwise\n", "", "row");
     for (const check::Row& row : check::allRows()) {
         const auto& wanted = options.rows;
@@ -38,9 +38,11 @@ int checkRows(const check::Options& options) {
         print(row, seen);
         ++counts[static_cast<int>(seen.verdict)];
     }
-    std::printf("%d as relied on, %d otherwise and tolerated, %d wrong, %d not seen\n", counts[0],
-                counts[1], counts[2], counts[3]);
-    return std::fflush(stdout) == 0 && counts[2] == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    std::printf(
+        "%d as relied on, %d otherwise and tolerated, %d wrong, %d not seen, %d not tried\n",
+        counts[0], counts[1], counts[2], counts[3], counts[4]);
+    const bool isReliable = counts[2] == 0 && counts[3] == 0;
+    return std::fflush(stdout) == 0 && isReliable ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace

@@ -75,20 +75,30 @@ protected:
 TEST_F(ThePlatformCheck, IsContentWithTheStandIn) {
     const Ended ended = run(VOXTREL_PLATFORM_CHECK);
     EXPECT_EQ(0, ended.status);
-    EXPECT_EQ("34 as relied on, 0 otherwise and tolerated, 0 wrong, 1 not seen", ended.lines.back())
+    EXPECT_EQ("34 as relied on, 0 otherwise and tolerated, 0 wrong, 0 not seen, 1 not tried",
+              ended.lines.back())
         << wordsOf(ended);
 }
 
 TEST_F(ThePlatformCheck, SeesTheMannersOfADriverAndToleratesThem) {
     const Ended ended = run("VOXTREL_BINDER_MANNERS=driver " VOXTREL_PLATFORM_CHECK);
     EXPECT_EQ(0, ended.status);
-    EXPECT_EQ("33 as relied on, 1 otherwise and tolerated, 0 wrong, 1 not seen", ended.lines.back())
+    EXPECT_EQ("33 as relied on, 1 otherwise and tolerated, 0 wrong, 0 not seen, 1 not tried",
+              ended.lines.back())
         << wordsOf(ended);
     EXPECT_EQ("differs", verdictOn("absent-names", ended));
     const std::string words = wordsOf(ended);
     EXPECT_TRUE(std::regex_search(words, std::regex("calling-identity +0, the caller's uid")))
         << words;
     EXPECT_FALSE(std::regex_search(words, std::regex("overtaking +overtook in 0 of"))) << words;
+}
+
+TEST_F(ThePlatformCheck, IsNotContentWithWhatItCannotLookAt) {
+    runtime.killManager();
+    const Ended ended = run(VOXTREL_PLATFORM_CHECK " calls-at-once service-manager");
+    EXPECT_EQ(1, ended.status);
+    EXPECT_EQ("UNSEEN", verdictOn("calls-at-once", ended)) << wordsOf(ended);
+    EXPECT_EQ("WRONG", verdictOn("service-manager", ended)) << wordsOf(ended);
 }
 
 /// The command that kills the service manager, starts another, and waits for it.
