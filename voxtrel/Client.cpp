@@ -29,9 +29,11 @@ std::shared_ptr<Session> sessionFor(const ClientOptions& options,
 
 std::shared_ptr<ClientState> newState(const ClientOptions& options) {
     const bool isPolled = options.handlerThread == HandlerThread::OfTheApplication;
-    const auto mailbox = std::make_shared<Mailbox>(isPolled);
     const ClientState::Times times = {options.deadline, options.linger};
-    return std::make_shared<ClientState>(times, mailbox, sessionFor(options, mailbox));
+    auto state = std::make_shared<ClientState>(times, isPolled);
+    // Last, for who has joined must leave again, also where memory has run out.
+    state->session = sessionFor(options, state->mailbox);
+    return state;
 }
 
 }  // namespace

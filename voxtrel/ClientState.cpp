@@ -9,10 +9,6 @@
 
 namespace voxtrel {
 
-ClientState::ClientState(const Times& chosen, std::shared_ptr<Mailbox> itsMailbox,
-                         std::shared_ptr<Session> itsSession)
-    : times(chosen), mailbox(std::move(itsMailbox)), session(std::move(itsSession)) {}
-
 std::chrono::steady_clock::time_point ClientState::deadline(
     std::optional<std::chrono::milliseconds> asked) const {
     return deadlineAfter(asked.value_or(times.deadline));

@@ -19,8 +19,8 @@ public:
         std::chrono::milliseconds linger;
     };
 
-    ClientState(const Times& times, std::shared_ptr<Mailbox> mailbox,
-                std::shared_ptr<Session> session);
+    ClientState(const Times& chosen, bool isPolled)
+        : times(chosen), mailbox(std::make_shared<Mailbox>(isPolled)) {}
 
     std::chrono::steady_clock::time_point deadline(
         std::optional<std::chrono::milliseconds> asked) const;
@@ -31,7 +31,7 @@ public:
 
     const Times times;
     const std::shared_ptr<Mailbox> mailbox;
-    const std::shared_ptr<Session> session;
+    std::shared_ptr<Session> session;  ///< set before any other thread has this, and never again
 
     std::mutex mutex;  ///< of what follows
     SpeechOptions defaults;
