@@ -18,20 +18,13 @@ void discardMessage(const char*, int, const char*, int, const char*, ...) {}
 }  // namespace
 
 AlsaSink::~AlsaSink() {
-    if (mPcm != nullptr) {
-        snd_pcm_close(mPcm);
-    }
+    closeCard();
 }
 
 bool AlsaSink::open(unsigned rate, std::string& error) {
     snd_lib_error_set_handler(discardMessage);
-    int result = snd_pcm_open(&mPcm, mDevice.c_str(), SND_PCM_STREAM_PLAYBACK, SND_PCM_NONBLOCK);
-    if (result == 0) {
-        constexpr unsigned kMono = 1;
-        constexpr int kMayResample = 1;
-        result = snd_pcm_set_params(mPcm, SND_PCM_FORMAT_S16, SND_PCM_ACCESS_RW_INTERLEAVED, kMono,
-                                    rate, kMayResample, kBufferMicroseconds);
-    }
+    mRate = rate;
+    const int result = openCard();
     if (result < 0) {
         error = "no sound on the audio device '" + mDevice + "' (" + snd_strerror(result) +
                 "): name another with --sink alsa:DEVICE, or write files with --sink wav:FILE";
@@ -40,8 +33,35 @@ bool AlsaSink::open(unsigned rate, std::string& error) {
     return true;
 }
 
+int AlsaSink::openCard() {
+    int result = snd_pcm_open(&mPcm, mDevice.c_str(), SND_PCM_STREAM_PLAYBACK, SND_PCM_NONBLOCK);
+    if (result < 0) {
+        mPcm = nullptr;
+        return result;
+    }
+    constexpr unsigned kMono = 1;
+    constexpr int kMayResample = 1;
+    result = snd_pcm_set_params(mPcm, SND_PCM_FORMAT_S16, SND_PCM_ACCESS_RW_INTERLEAVED, kMono,
+                                mRate, kMayResample, kBufferMicroseconds);
+    if (result < 0) {
+        closeCard();
+    }
+    return result;
+}
+
+void AlsaSink::closeCard() {
+    if (mPcm != nullptr) {
+        snd_pcm_close(mPcm);
+        mPcm = nullptr;
+    }
+}
+
 bool AlsaSink::begin(uint32_t /*pid*/, uint32_t /*id*/) {
-    return mPcm != nullptr && snd_pcm_prepare(mPcm) == 0;
+    if (mPcm != nullptr && snd_pcm_prepare(mPcm) == 0) {
+        return true;
+    }
+    closeCard();
+    return openCard() == 0;
 }
 
 bool AlsaSink::waitForRoom(const Cancel& cancel) {
@@ -58,6 +78,14 @@ bool AlsaSink::waitForRoom(const Cancel& cancel) {
 }
 
 bool AlsaSink::write(const int16_t* samples, size_t count, const Cancel& cancel) {
+    if (mPcm != nullptr && writeAll(samples, count, cancel)) {
+        return true;
+    }
+    closeCard();
+    return false;
+}
+
+bool AlsaSink::writeAll(const int16_t* samples, size_t count, const Cancel& cancel) {
     while (count > 0 && !cancel) {
         const snd_pcm_sframes_t taken = snd_pcm_writei(mPcm, samples, count);
         if (taken == -EAGAIN) {
@@ -79,6 +107,9 @@ bool AlsaSink::write(const int16_t* samples, size_t count, const Cancel& cancel)
 }
 
 bool AlsaSink::end(const Cancel& cancel) {
+    if (mPcm == nullptr) {
+        return false;
+    }
     // A short text may not have filled the buffer enough to start the card by itself.
     if (!cancel && snd_pcm_state(mPcm) == SND_PCM_STATE_PREPARED) {
         snd_pcm_start(mPcm);
@@ -90,7 +121,11 @@ bool AlsaSink::end(const Cancel& cancel) {
            snd_pcm_delay(mPcm, &waiting) == 0 && waiting > 0) {
         goOn = !cancel.sleepUntil(std::chrono::steady_clock::now() + pause);
     }
-    return snd_pcm_drop(mPcm) == 0;
+    if (snd_pcm_drop(mPcm) == 0) {
+        return true;
+    }
+    closeCard();
+    return false;
 }
 
 }  // namespace voxtreld

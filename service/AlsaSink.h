@@ -10,7 +10,8 @@
 
 namespace voxtreld {
 
-/// A sound card. Its buffer is kept short, so that a stop takes effect at once.
+/// A sound card. Its buffer is kept short, so that a stop takes effect at once. A card that fails,
+/// or is unplugged, is closed, and opened again for the next utterance.
 class AlsaSink : public Sink {
 public:
     /// @param device as ALSA names it: "default", "plughw:1,0", ...
@@ -25,9 +26,14 @@ public:
     bool end(const Cancel& cancel) override;
 
 private:
+    /// Zero, or ALSA's error, after which it is closed.
+    int openCard();
+    void closeCard();
     bool waitForRoom(const Cancel& cancel);
+    bool writeAll(const int16_t* samples, size_t count, const Cancel& cancel);
 
     std::string mDevice;
+    unsigned mRate = 0;
     snd_pcm_t* mPcm = nullptr;
 };
 

@@ -12,6 +12,7 @@ MACHINE_SECONDS=900 # ten times as much as a board takes, for a busy machine
 MACHINE_ICOUNT=shift=1,sleep=off
 PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl)
 TESTS=(ipc_test client_test)
+PROCESS_TESTS=(client_process_test)
 FILTER='*-TheVoiceFilter.SurvivesATextOfMegabytes' # it computes for half a minute, and calls nobody
 
 usage() {
@@ -33,18 +34,30 @@ list_parts() {
         on_board tests "$test@$1" 100 "$FILTER" env "${chosen[@]}" "$test"
         PARTS+=("$test@$1")
     done
+    for test in "${PROCESS_TESTS[@]}"; do
+        on_board tests_apart "$test@$1" 300 '*' env "${chosen[@]}" "$test"
+        PARTS+=("$test@$1")
+    done
+}
+
+# list_sound_card BUILD: the service plays on a card
+list_sound_card() {
+    add_program "$1" "$SOUND_CARD_TEST" && install scripts/board/sound_card.sh "$IMAGE/board" || return 1
+    on_board tests sound_card 120 '*' env VOXTREL_SOUND_CARD_SCRIPT=/board/sound_card.sh "$SOUND_CARD_TEST"
+    PARTS+=(sound_card)
 }
 
 # make_image BUILD
 make_image() {
     local program transport
     start_image || return 1
-    for program in "${PROGRAMS[@]}" "${TESTS[@]}"; do
+    for program in "${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}"; do
         add_program "$1" "$program" || return 1
     done
     add_folder "$PWD/tests/ipc/golden" && add_speech_data || return 1
-    install scripts/board/{checks,story}.sh "$IMAGE/board" || return 1
+    install scripts/board/{apart,checks,story}.sh "$IMAGE/board" || return 1
     PARTS=()
+    if [ -n "$SOUND_CARD_TEST" ]; then list_sound_card "$1" || return 1; fi
     for transport in "${TRANSPORTS[@]}"; do list_parts "$transport"; done
     pack_image
 }
@@ -78,8 +91,9 @@ count_results() {
 }
 
 prepare_board() {
-    need_board_root && build_preset "$PRESET" --target "${PROGRAMS[@]}" "${TESTS[@]}" &&
-        make_image "build/$PRESET"
+    local targets=("${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}")
+    if [ -n "$SOUND_CARD_TEST" ]; then targets+=("$SOUND_CARD_TEST"); fi
+    need_board_root && build_preset "$PRESET" --target "${targets[@]}" && make_image "build/$PRESET"
 }
 
 run_board() {

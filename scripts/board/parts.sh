@@ -20,10 +20,22 @@ part() {
 
 # tests NAME SECONDS FILTER PROGRAM...: a part of GoogleTest's, which names its tests beforehand
 tests() {
+    list_tests "$@"
+    shift 3
+    part "$tests_name" "$tests_seconds" "$@" "$tests_filter" --gtest_color=no
+}
+
+# tests_apart NAME SECONDS FILTER PROGRAM...: the same, with a process for each test
+tests_apart() {
+    list_tests "$@"
+    shift 3
+    part "$tests_name" "$tests_seconds" /board/apart.sh "$tests_filter" "$@"
+}
+
+list_tests() {
     tests_name=$1 tests_seconds=$2 tests_filter=--gtest_filter=$3
     shift 3
     part "list of $tests_name" 60 "$@" "$tests_filter" --gtest_list_tests
-    part "$tests_name" "$tests_seconds" "$@" "$tests_filter" --gtest_color=no
 }
 
 # send_file FILE: brings it to the machine that runs the board, under its own name
