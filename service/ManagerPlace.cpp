@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <system_error>
 
 #include "service/Lifetime.h"
@@ -17,40 +18,51 @@
 namespace voxtreld {
 namespace {
 
+/// What leads to the service manager.
+struct Place {
+    const char* kind;
+    mode_t type;
+    std::string path;
+    const char* remedy;
+    bool mustExist;
+};
+
+Place driver(const char* path, bool mustExist) {
+    return {"driver", S_IFCHR, path, "load the binder driver, and let this user open it",
+            mustExist};
+}
+
 #if __has_include(<binder/ServiceManagerSocket.h>)
 
-constexpr const char* kKind = "socket";
-constexpr mode_t kType = S_IFSOCK;
-constexpr const char* kRemedy =
-    "start voxtrel-servicemanager, or name its socket in VOXTREL_BINDER_SOCKET";
-
-std::string placePath() {
-    return android::serviceManagerSocket();
+Place place() {
+    const char* const path = std::getenv("VOXTREL_BINDER_DRIVER");
+    if (path != nullptr && *path != '\0') {
+        return driver(path, true);
+    }
+    return {"socket", S_IFSOCK, android::serviceManagerSocket(),
+            "start voxtrel-servicemanager, or name its socket in VOXTREL_BINDER_SOCKET", true};
 }
 
 #else
 
-constexpr const char* kKind = "driver";
-constexpr mode_t kType = S_IFCHR;
-constexpr const char* kRemedy = "load the binder driver, and let this user open it";
-
-std::string placePath() {
-    return "/dev/binder";
+// A device's runtime may use another driver: it says itself what it misses.
+Place place() {
+    return driver("/dev/binder", false);
 }
 
 #endif
 
 bool isUsable(std::string& error) {
-    const std::string path = placePath();
+    const Place used = place();
     struct stat status {};
-    if (stat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) != kType) {
-        error =
-            "the service manager cannot be reached: '" + path + "' is no " + kKind + ": " + kRemedy;
+    if (stat(used.path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) != used.type) {
+        error = "the service manager cannot be reached: '" + used.path + "' is no " + used.kind +
+                ": " + used.remedy;
         return false;
     }
-    if (access(path.c_str(), R_OK | W_OK) != 0) {
+    if (access(used.path.c_str(), R_OK | W_OK) != 0 && (errno != ENOENT || used.mustExist)) {
         error = "the service manager cannot be reached: " + managerPlace() + ": " +
-                std::system_category().message(errno) + ": " + kRemedy;
+                std::system_category().message(errno) + ": " + used.remedy;
         return false;
     }
     return true;
@@ -59,7 +71,8 @@ bool isUsable(std::string& error) {
 }  // namespace
 
 std::string managerPlace() {
-    return std::string("the ") + kKind + " '" + placePath() + "'";
+    const Place used = place();
+    return std::string("the ") + used.kind + " '" + used.path + "'";
 }
 
 bool isManagerPlaceUsable(const sigset_t& signals, std::string& error) {
