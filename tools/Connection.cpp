@@ -86,7 +86,7 @@ std::string progressOf(const Diagnosis& seen, milliseconds timeout) {
     }
 }
 
-Obstacle noManager(const Diagnosis& seen) {
+Problem noManager(const Diagnosis& seen) {
     constexpr auto kCode = TTS::STATUS_SERVICE_NOT_FOUND;
     if (seen.transport != "driver") {
         return {kCode, "there is no service manager" + placeOf(seen),
@@ -101,7 +101,7 @@ Obstacle noManager(const Diagnosis& seen) {
             "here)"};
 }
 
-Obstacle managerNotPermitted(const Diagnosis& seen) {
+Problem managerNotPermitted(const Diagnosis& seen) {
     constexpr auto kCode = TTS::STATUS_PERMISSION_DENIED;
     if (seen.transport == "driver") {
         return {kCode, "this user may not open the binder driver" + placeOf(seen),

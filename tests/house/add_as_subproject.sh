@@ -26,7 +26,7 @@ cat >"$stage/project/main.cpp" <<EOF
 
 int main() {
     const TTS::TTSClientPrivate client("application", nullptr);
-    return TTS::langStr2Id("fr-FR") == LANG_FR_FR ? 0 : 1;
+    return TTS::langStr2Id("fr_FR") == LANG_FR_FR ? 0 : 1;
 }
 EOF
 build=$stage/build

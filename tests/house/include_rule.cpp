@@ -27,9 +27,23 @@ bool isPlatform(const std::string& target) {
 /// Private headers of another room. The interface for applications compiles some of the library's
 /// parts in once more.
 bool isForeignInternal(const Room& room, const std::string& target) {
-    return target.find("/internal/") != std::string::npos &&
-           !startsWith(target, std::string(room.folder) + "/") &&
+    const bool isOwn = startsWith(target, std::string(room.folder) + "/") ||
+                       (room.folder == std::string("platform") && startsWith(target, "binder/"));
+    return target.find("/internal/") != std::string::npos && !isOwn &&
            room.folder != std::string("voxtrel");
+}
+
+/// Transports do not know each other, and the classes of the public API know neither.
+bool isForeignTransport(const std::string& path, const std::string& target) {
+    const std::string host = "platform/host/";
+    if (!startsWith(path, host) || path == host + "Runtime.cpp" ||
+        startsWith(path, host + "servicemanager/")) {
+        return false;
+    }
+    const auto isOther = [&](const std::string& folder) {
+        return startsWith(target, folder) && !startsWith(path, host + folder);
+    };
+    return isOther("socket/") || isOther("kernel/");
 }
 
 bool isLibrary(const std::string& folder) {
@@ -68,7 +82,8 @@ std::vector<std::string> includesOf(const std::string& source) {
 }
 
 bool mayInclude(const Room& room, const std::string& path, const std::string& target) {
-    if (target.find("..") != std::string::npos || isForeignInternal(room, target)) {
+    if (target.find("..") != std::string::npos || isForeignInternal(room, target) ||
+        isForeignTransport(path, target)) {
         return false;
     }
     if (isLibrary(room.folder) && isPlatform(target)) {

@@ -145,6 +145,20 @@ TEST(TheIncludeRule, KeepsPrivateHeadersWithinTheirRoom) {
     EXPECT_TRUE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/a.cpp", header));
 }
 
+TEST(TheIncludeRule, KeepsTransportsApartAndBehindTheirSeam) {
+    const house::Room& platform = roomNamed("platform");
+    EXPECT_TRUE(house::mayInclude(platform, "platform/host/Runtime.cpp", "kernel/Device.h"));
+    EXPECT_TRUE(house::mayInclude(platform, "platform/host/socket/a.cpp", "socket/Wire.h"));
+    EXPECT_TRUE(
+        house::mayInclude(platform, "platform/host/socket/a.cpp", "binder/internal/LocalNode.h"));
+    EXPECT_FALSE(house::mayInclude(platform, "platform/host/binder/a.cpp", "socket/Wire.h"));
+    EXPECT_FALSE(house::mayInclude(platform, "platform/host/binder/a.cpp", "kernel/Device.h"));
+    EXPECT_FALSE(house::mayInclude(platform, "platform/host/socket/a.cpp", "kernel/Device.h"));
+    EXPECT_FALSE(house::mayInclude(platform, "platform/host/kernel/a.cpp", "socket/Wire.h"));
+    EXPECT_FALSE(
+        house::mayInclude(roomNamed("service"), "service/a.cpp", "binder/internal/LocalNode.h"));
+}
+
 TEST(TheIncludeRule, OpensThePlatformToOneHeaderOfTheLibrary) {
     const house::Room& ipc = roomNamed("ipc");
     EXPECT_TRUE(house::mayInclude(ipc, "ipc/BinderHeaders.h", "binder/Parcel.h"));

@@ -55,7 +55,8 @@ int FakeDriver::ioctl(int /*fd*/, unsigned long request, void* argument) {
 }
 
 int FakeDriver::transfer(binder_write_read* transfer) {
-    take(android::kernel::toPointer<const uint8_t>(transfer->write_buffer), transfer->write_size);
+    take(android::kernel::toPointer<const uint8_t>(transfer->write_buffer),
+         static_cast<size_t>(transfer->write_size));
     transfer->write_consumed = transfer->write_size;
     if (interruptions > 0) {
         --interruptions;

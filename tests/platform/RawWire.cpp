@@ -138,7 +138,10 @@ Pair makePair() {
     return {Fd(ends[0]), Fd(ends[1])};
 }
 
-Bytes nameOf(const std::string& name) {
+namespace {
+
+/// As `Parcel::writeString16`.
+Bytes string16(const std::string& name) {
     Bytes bytes;
     const auto units = static_cast<uint32_t>(name.size());
     append(bytes, &units, sizeof(units));
@@ -150,9 +153,16 @@ Bytes nameOf(const std::string& name) {
     return bytes;
 }
 
+}  // namespace
+
+Bytes managerRequest(const std::string& name) {
+    const Bytes strictMode(4);
+    return joined(joined(strictMode, string16("android.os.IServiceManager")), string16(name));
+}
+
 Fd controlOf(int manager, const std::string& name) {
     const Fd asking = openCalls(manager);
-    const Bytes payload = nameOf(name);
+    const Bytes payload = managerRequest(name);
     Words words;
     words.code = 1;
     words.payloadSize = static_cast<uint32_t>(payload.size());

@@ -65,7 +65,7 @@ struct Pair {
 };
 Pair makePair();
 /// The payload that asks the service manager for a name.
-Bytes nameOf(const std::string& name);
+Bytes managerRequest(const std::string& name);
 /// The status word of a reply.
 int32_t statusOf(const Bytes& reply);
 /// Waits until the other side has hung up; false after 60 s.

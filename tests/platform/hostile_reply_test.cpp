@@ -34,7 +34,7 @@ protected:
     void add() {
         const raw::Fd manager = raw::connectTo(mRuntime.socket());
         const raw::Fd calls = raw::openCalls(manager.get());
-        const Bytes name = raw::nameOf("hostile");
+        const Bytes name = raw::managerRequest("hostile");
         Words words;
         words.code = 3;
         words.payloadSize = static_cast<uint32_t>(name.size()) + 24;

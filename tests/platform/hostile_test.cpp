@@ -306,7 +306,7 @@ TEST_F(AHostilePeer, ThatFloodsAManagerWithFewDescriptorsUsesUpItsOwnShareOnly) 
 }
 
 Bytes askFor(const std::string& name) {
-    const Bytes payload = raw::nameOf(name);
+    const Bytes payload = raw::managerRequest(name);
     return raw::packet(sized(words(raw::kRequest, 1), static_cast<uint32_t>(payload.size())),
                        payload);
 }
@@ -362,7 +362,7 @@ TEST_F(AHostilePeer, IsCutOffForAMessageWithoutASender) {
 TEST_F(AHostilePeer, WhoseServiceDoesNotListenCostsTheManagerNoTime) {
     const raw::Pair stuck = raw::makePair();
     const raw::Fd calls = raw::openCalls(mControl.get());
-    const Bytes name = raw::nameOf("stuck");
+    const Bytes name = raw::managerRequest("stuck");
     const auto offset = static_cast<uint32_t>(name.size());
     Bytes binder(24);
     std::memcpy(binder.data(), "1dnb", 4);

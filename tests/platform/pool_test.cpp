@@ -207,7 +207,7 @@ TEST_F(AThreadPool, WhoseThreadsAllWaitForRepliesFailsACallInsteadOfWaitingToo) 
     constexpr size_t kCalls = 300;
     const raw::Fd manager = raw::connectTo(mRuntime.socket());
     const raw::Fd asking = raw::openCalls(manager.get());
-    const raw::Bytes name = raw::nameOf(probe::kName);
+    const raw::Bytes name = raw::managerRequest(probe::kName);
     raw::Words words;
     words.code = 1;
     words.payloadSize = static_cast<uint32_t>(name.size());

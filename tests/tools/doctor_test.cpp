@@ -73,7 +73,7 @@ TEST(TheWayOverTheDriver, IsNamedWithItsDevice) {
 
 TEST(TheWayOverTheDriver, EndsWhereNoManagerAnswersOrThereIsNoDriver) {
     EXPECT_EQ(complaint(overDriver(Reach::NoManager, 0)).seen,
-              "no service manager answers (/dev/binder)");
+              "no service manager answers at /dev/binder");
     EXPECT_EQ(complaint(overDriver(Reach::NoManager, ENOENT)).remedy,
               "load it with: modprobe binder_linux devices=binder");
     EXPECT_EQ(complaint(overDriver(Reach::ManagerNotPermitted, EACCES)).remedy,
