@@ -6,7 +6,7 @@
 
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
-#include "binder/internal/InterfaceToken.h"
+#include "binder/internal/ManagerToken.h"
 #include "binder/transport/Transport.h"
 #include "support/ForkGuard.h"
 #include "support/Log.h"
@@ -50,7 +50,7 @@ public:
     sp<IBinder> checkService(const String16& name) const override {
         Parcel data;
         Parcel reply;
-        writeInterfaceToken(data, descriptor);
+        writeManagerToken(data);
         data.writeString16(name);
         (void)ask(CHECK_SERVICE_TRANSACTION, data, &reply);  // no reply reads as no service
         return reply.readStrongBinder();
@@ -60,7 +60,7 @@ public:
                         bool allowIsolated) override {
         Parcel data;
         Parcel reply;
-        writeInterfaceToken(data, descriptor);
+        writeManagerToken(data);
         data.writeString16(name);
         data.writeStrongBinder(service);
         data.writeBool(allowIsolated);
@@ -94,7 +94,7 @@ private:
     bool nameAt(int32_t index, String16* name) const {
         Parcel data;
         Parcel reply;
-        writeInterfaceToken(data, descriptor);
+        writeManagerToken(data);
         data.writeInt32(index);
         data.writeInt32(kAllPriorities);
         return ask(LIST_SERVICES_TRANSACTION, data, &reply) == OK && reply.readString16(name) == OK;

@@ -4,7 +4,7 @@
 #include "binder/IServiceManager.h"
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
-#include "binder/internal/InterfaceToken.h"
+#include "binder/internal/ManagerToken.h"
 
 namespace android {
 namespace {
@@ -27,7 +27,7 @@ status_t ask(const Parcel& name, Parcel* reply) {
 status_t findOwnedService(const String16& name, OwnedService& found) {
     Parcel data;
     Parcel reply;
-    writeInterfaceToken(data, IServiceManager::descriptor);
+    writeManagerToken(data);
     data.writeString16(name);
     const status_t status = ask(data, &reply);
     if (status != OK) {

@@ -10,7 +10,7 @@
 #include "binder/BpBinder.h"
 #include "binder/IPCThreadState.h"
 #include "binder/Parcel.h"
-#include "binder/internal/InterfaceToken.h"
+#include "binder/internal/ManagerToken.h"
 
 namespace android {
 
@@ -220,7 +220,7 @@ status_t Registry::onTransact(uint32_t code, const Parcel& data, Parcel* reply, 
     if (isCommon || reply == nullptr) {
         return BBinder::onTransact(code, data, reply, flags);
     }
-    if (!readInterfaceToken(data, descriptor)) {
+    if (!readManagerToken(data)) {
         return BAD_TYPE;
     }
     switch (code) {
