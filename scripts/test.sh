@@ -5,8 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-STEPS=(debug asan tsan arm form fuzz)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [fuzz]="clang")
+STEPS=(debug asan tsan arm form porting fuzz)
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [porting]="python desktop" [fuzz]="clang")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]]...; the steps: ${STEPS[*]}" >&2
@@ -51,6 +51,12 @@ preset_step() {
     run_ctest "$1"
 }
 
+# Once, and not in the debug step, which a bare Debian runs again.
+porting_step() {
+    build_preset debug || return 1
+    scripts/porting.sh build/debug g++ gcc >build/porting.log 2>&1 || { cat build/porting.log; return 1; }
+}
+
 fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
 
 run_step() {
@@ -58,6 +64,7 @@ run_step() {
     STEP_START=$SECONDS
     case $1 in
         form) pass_if "form of the sources" scripts/format_check.sh ;;
+        porting) pass_if "the commands of docs/porting.md" porting_step ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;
         *) preset_step "$1" ;;
     esac
