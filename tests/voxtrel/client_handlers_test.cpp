@@ -78,33 +78,38 @@ TEST_P(AHandler, MayCallEverything) {
 TEST_P(AHandler, MayDestroyItsClient) {
     auto client = std::make_unique<Client>("test", chosen());
     Client other("other", options());
-    std::atomic<int> calls{0};
-    std::atomic<bool> isGone{false};
-    client->onEvent([&](const Event&) {
-        ++calls;
-        client.reset();
-        isGone = true;
-    });
     Client* const still = client.get();
+    std::atomic<int> callsAfterwards{0};
+    std::atomic<bool> isGone{false};
+    client->onEvent([&](const Event& event) {
+        if (isGone) {
+            ++callsAfterwards;
+        } else if (event.kind == Kind::Started) {
+            client.reset();
+            isGone = true;
+        }
+    });
     const Utterance utterance = still->say("One two three.");
     if (GetParam() == HandlerThread::OfTheApplication) {
         ASSERT_TRUE(utterance.wait(kLong));
-        EXPECT_EQ(1U, still->dispatch());
+        EXPECT_GE(still->dispatch(), 1U);
     }
     ASSERT_TRUE(eventually([&] { return isGone.load(); }));
     EXPECT_FALSE(utterance.outcome().isPending());
     EXPECT_TRUE(other.say("Other's.").wait(kLong));
-    EXPECT_EQ(1, calls);
+    EXPECT_EQ(0, callsAfterwards);
 }
 
 TEST_P(AHandler, MayDestroyTheLastClient) {
     auto client = std::make_unique<Client>("test", chosen());
-    std::atomic<bool> isGone{false};
-    client->onEvent([&](const Event&) {
-        client.reset();
-        isGone = true;
-    });
     Client* const still = client.get();
+    std::atomic<bool> isGone{false};
+    client->onEvent([&](const Event& event) {
+        if (event.kind == Kind::Started) {
+            client.reset();
+            isGone = true;
+        }
+    });
     const Utterance utterance = still->say("One two three.");
     if (GetParam() == HandlerThread::OfTheApplication) {
         ASSERT_TRUE(utterance.wait(kLong));
