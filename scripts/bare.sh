@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # usage: bare.sh. What a newcomer does on a bare Debian, in roots that hold minbase, git and a clean
-# clone of HEAD: speak, run the tests of one preset, install the packages. Ends with
+# clone of HEAD: speak, run some steps of the tests, install the packages. Ends with
 # 'N passed, N failed'.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,6 +23,7 @@ PACKAGE_CACHE=$BARE/cache
 DEVELOPER=$BARE/developer # who builds from source
 USER_ROOT=$BARE/user      # who installs the packages
 NEWER_VERSION=1.0.1-1      # for the upgrade
+STEPS=debug,porting
 SENTENCE="This sentence is spoken on a bare machine."
 
 # timed WHAT COMMAND...: shows what is done and how long it took
@@ -88,7 +89,7 @@ if ! timed "making bare roots" make_roots; then
     exit 1
 fi
 count "./dev speak" speak
-count_all "./dev test --only debug" in_clone ./dev test --only debug
+count_all "./dev test --only $STEPS" in_clone ./dev test --only "$STEPS"
 count "./dev package" build_packages
 count_all "the packages" try_packages
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# usage: test.sh [--only STEP[,STEP...]]... Everything that must hold before a change lands, or some
-# steps of it. Ends with 'N passed, N failed'.
+# usage: test.sh [--only STEP[,STEP...]] [--without STEP[,STEP...]]. Everything that must hold before a
+# change lands, or some steps of it. Ends with 'N passed, N failed'.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
@@ -9,25 +9,39 @@ STEPS=(debug asan tsan arm form porting fuzz)
 declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [porting]="python desktop" [fuzz]="clang")
 
 usage() {
-    echo "usage: ./dev test [--only STEP[,STEP...]]...; the steps: ${STEPS[*]}" >&2
+    echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}" >&2
     exit 2
 }
 
-# choose_steps [--only STEP[,STEP...]]...: sets CHOSEN
+# step_names STEP[,STEP...]: sets NAMES
+step_names() {
+    local name
+    IFS=, read -r -a NAMES <<<"$1"
+    [ ${#NAMES[@]} -gt 0 ] || usage
+    for name in "${NAMES[@]}"; do
+        [[ " ${STEPS[*]} " == *" $name "* ]] || { echo "test: no step '$name'" >&2; usage; }
+    done
+}
+
+# choose_steps [--only STEP[,STEP...] | --without STEP[,STEP...]]...: sets CHOSEN
 choose_steps() {
-    local wanted=() name
+    local only=() without=() step
     while [ $# -gt 0 ]; do
-        [ "$1" = --only ] && [ $# -ge 2 ] || usage
-        IFS=, read -r -a names <<<"$2"
-        [ ${#names[@]} -gt 0 ] || usage
-        for name in "${names[@]}"; do
-            [[ " ${STEPS[*]} " == *" $name "* ]] || { echo "test: no step '$name'" >&2; usage; }
-            [[ " ${wanted[*]} " == *" $name "* ]] || wanted+=("$name")
-        done
+        [ $# -ge 2 ] || usage
+        case $1 in
+            --only) step_names "$2" && only+=("${NAMES[@]}") ;;
+            --without) step_names "$2" && without+=("${NAMES[@]}") ;;
+            *) usage ;;
+        esac
         shift 2
     done
-    CHOSEN=("${STEPS[@]}")
-    if [ ${#wanted[@]} -gt 0 ]; then CHOSEN=("${wanted[@]}"); fi
+    CHOSEN=()
+    for step in "${STEPS[@]}"; do
+        if [[ ${#only[@]} -eq 0 || " ${only[*]} " == *" $step "* ]] && [[ " ${without[*]} " != *" $step "* ]]; then
+            CHOSEN+=("$step")
+        fi
+    done
+    [ ${#CHOSEN[@]} -gt 0 ] || usage
 }
 
 fail_step() {
@@ -51,7 +65,6 @@ preset_step() {
     run_ctest "$1"
 }
 
-# Once, and not in the debug step, which a bare Debian runs again.
 porting_step() {
     build_preset debug || return 1
     scripts/porting.sh build/debug g++ gcc >build/porting.log 2>&1 || { cat build/porting.log; return 1; }
