@@ -5,13 +5,9 @@
 #include <binder/IPCThreadState.h>
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
 #include <stdexcept>
 
-#include "kernel/DriverReference.h"
-#include "kernel/FlatObject.h"
-#include "tests/kernel/FakeDriver.h"
+#include "tests/kernel/OverTheDriver.h"
 
 namespace {
 
@@ -21,103 +17,16 @@ using android::IBinder;
 using android::Parcel;
 using android::sp;
 using android::status_t;
-using android::kernel::Device;
-using android::kernel::DriverReference;
 using android::kernel::DriverThread;
-using android::kernel::HandleTable;
-using android::kernel::Process;
-using android::kernel::Threads;
 using android::kernel::toWord;
 using fake_driver::bytesOf;
-using fake_driver::FakeDriver;
-
-using Numbers = std::vector<uint32_t>;
-
-constexpr uint32_t kHandle = 5;
-constexpr uint32_t kNoop = BR_NOOP;
-constexpr uint32_t kComplete = BR_TRANSACTION_COMPLETE;
-
-// A node that does what the test says.
-class Scripted : public BBinder {
-public:
-    using Script = std::function<status_t(const Parcel& data, Parcel* reply)>;
-    explicit Scripted(Script script) : mScript(std::move(script)) {}
-
-protected:
-    status_t onTransact(uint32_t, const Parcel& data, Parcel* reply, uint32_t) override {
-        return mScript(data, reply);
-    }
-
-private:
-    const Script mScript;
-};
-
-class CountsDeaths : public IBinder::DeathRecipient {
-public:
-    void binderDied(const android::wp<IBinder>&) override { ++mDeaths; }
-    int deaths() const { return mDeaths; }
-
-private:
-    int mDeaths = 0;
-};
-
-std::unique_ptr<Device> open(FakeDriver& driver) {
-    std::string error;
-    return Device::open(driver, "/dev/binder", error);
-}
-
-class OverTheDriver : public testing::Test {
-protected:
-    // What the driver gives for a parcel; the data stays as long as the test.
-    binder_transaction_data delivered(const std::vector<int32_t>& values, uint32_t flags = 0) {
-        mData.push_back(std::make_unique<std::vector<int32_t>>(values));
-        binder_transaction_data transaction = {};
-        transaction.flags = flags;
-        transaction.data_size = values.size() * sizeof(int32_t);
-        transaction.data.ptr.buffer = toWord(mData.back()->data());
-        return transaction;
-    }
-    binder_transaction_data deliveredBinder(const flat_binder_object& object) {
-        mObject = object;
-        binder_transaction_data transaction = {};
-        transaction.data_size = sizeof(mObject);
-        transaction.data.ptr.buffer = toWord(&mObject);
-        transaction.offsets_size = sizeof(mOffset);
-        transaction.data.ptr.offsets = toWord(&mOffset);
-        return transaction;
-    }
-    static binder_transaction_data callTo(BBinder& node, binder_transaction_data transaction) {
-        transaction.target.ptr = toWord(node.getWeakRefs());
-        transaction.cookie = toWord(&node);
-        transaction.code = 1;
-        transaction.sender_pid = 77;
-        transaction.sender_euid = 88;
-        return transaction;
-    }
-    void willReply(const binder_transaction_data& reply) {
-        mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, reply));
-    }
-    DriverThread::Result call(Parcel* reply, uint32_t flags = 0) {
-        Parcel data;
-        data.writeInt32(42);
-        return mThread.transact(kHandle, 9, data, reply, flags);
-    }
-    void serve() { mThread.serveForever(BC_ENTER_LOOPER); }
-
-    FakeDriver mDriver;
-    int mSpawned = 0;
-    Process mProcess{open(mDriver),
-                     HandleTable([this](uint32_t handle) {
-                         return std::make_unique<DriverReference>(mProcess, mThreads, handle);
-                     }),
-                     {},
-                     [this] { ++mSpawned; }};
-    Threads mThreads{mProcess};
-    DriverThread mThread{mProcess};
-    std::vector<std::unique_ptr<std::vector<int32_t>>> mData;
-    flat_binder_object mObject = {};
-    const binder_size_t mOffset = 0;
-};
+using fake_driver::CountsDeaths;
+using fake_driver::kComplete;
+using fake_driver::kHandle;
+using fake_driver::kNoop;
+using fake_driver::Numbers;
+using fake_driver::OverTheDriver;
+using fake_driver::Scripted;
 
 using ACallOverTheDriver = OverTheDriver;
 
