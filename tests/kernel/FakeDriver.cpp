@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <stdexcept>
+#include <utility>
 
 namespace fake_driver {
 
@@ -32,6 +33,17 @@ void* FakeDriver::map(int /*fd*/, size_t size) {
 
 void FakeDriver::unmap(void* /*address*/, size_t size) {
     mapped -= size;
+}
+
+int FakeDriver::startThread(std::function<void()> body) {
+    threads.push_back(std::move(body));
+    return 0;
+}
+
+void FakeDriver::runThreads() {
+    for (const auto& body : std::exchange(threads, {})) {
+        body();
+    }
 }
 
 int FakeDriver::ioctl(int /*fd*/, unsigned long request, void* argument) {

@@ -48,12 +48,17 @@ public:
     int ioctl(int fd, unsigned long request, void* argument) override;
     void* map(int fd, size_t size) override;
     void unmap(void* address, size_t size) override;
+    int startThread(std::function<void()> body) override;
 
     /// Prepared reads; one is used up by each read.
     std::deque<std::function<Bytes()>> reads;
     void willRead(const Bytes& bytes) {
         reads.emplace_back([bytes] { return bytes; });
     }
+
+    /// The threads that were asked for; they run when the test has them run.
+    std::vector<std::function<void()>> threads;
+    void runThreads();
 
     std::vector<Command> written;
     std::vector<uint32_t> numbers() const;

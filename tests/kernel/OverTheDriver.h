@@ -103,6 +103,7 @@ protected:
                                               mProcess, mThreads, handle);
                                       }),
                                       {},
+                                      android::kernel::ThreadStarter(mDriver),
                                       [this] { ++mSpawned; }};
     android::kernel::Threads mThreads{mProcess};
     android::kernel::DriverThread mThread{mProcess};

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "support/Log.h"
+
 namespace android::kernel {
 
 namespace {
@@ -107,6 +109,17 @@ int Device::exchange(CommandBuffer& commands, ReturnBuffer* returns) {
         const bool wasRead = returns != nullptr && !returns->empty();
         if (error != EINTR || wasRead) {
             return wasRead ? 0 : error;
+        }
+    }
+}
+
+void Device::write(CommandBuffer commands) {
+    for (size_t before = 0; !commands.empty() && commands.size() != before;) {
+        before = commands.size();
+        const int error = exchange(commands, nullptr);
+        if (error != 0) {
+            transport::logLimited("the binder driver fails: %s", strerrordesc_np(error));
+            return;
         }
     }
 }

@@ -32,6 +32,10 @@ public:
     /// @return 0 or an error number; the commands that the driver has not taken are left.
     int exchange(CommandBuffer& commands, ReturnBuffer* returns);
 
+    /// Writes all the commands and runs nobody's code, so that a lock may be held. What the
+    /// calling thread has put off stays so. The log says what the driver does not take.
+    void write(CommandBuffer commands);
+
     /// How many threads the driver may ask for, beside the first. 0 or an error number.
     int setMaxThreads(uint32_t count);
     /// EBUSY: there is a service manager already.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kernel/DriverReference.h"
 
+#include <utility>
+
 #include "support/ForkGuard.h"
 
 namespace android::kernel {
@@ -31,33 +33,58 @@ bool DriverReference::answersPing() {
 }
 
 status_t DriverReference::watch(const wp<BpBinder>& proxy) {
+    Mutex::Autolock held(mLock);
     if (mLetGo) {
-        return DEAD_OBJECT;
-    }
-    if (mCookie == 0) {
+        tellDeath(proxy.promote());
+    } else if (mCookie == 0) {
         mCookie = mProcess.deaths.add(proxy);
-        mThreads.current().requestDeath(handle(), mCookie);
+        CommandBuffer commands;
+        commands.addDeath(BC_REQUEST_DEATH_NOTIFICATION, handle(), mCookie);
+        mProcess.device->write(commands);
     }
     return OK;
 }
 
 void DriverReference::unwatch() {
-    const binder_uintptr_t cookie = mCookie.exchange(0);
-    if (cookie != 0) {
-        mProcess.deaths.remove(cookie);
-        mThreads.current().clearDeath(handle(), cookie);
+    Mutex::Autolock held(mLock);
+    if (mCookie != 0) {
+        mProcess.deaths.remove(mCookie);
+        CommandBuffer commands;
+        commands.addDeath(BC_CLEAR_DEATH_NOTIFICATION, handle(), mCookie);
+        mProcess.device->write(commands);
+        mCookie = 0;
     }
 }
 
 // The handle's counts go last: the driver clears a death only for a holder.
 void DriverReference::letGo() {
     // A forked child has no share in its parent's counts, and a lock may be held there for ever.
-    if (mLetGo.exchange(true) || transport::isForkedChild()) {
+    if (transport::isForkedChild()) {
         return;
+    }
+    sp<BpBinder> untold;
+    {
+        Mutex::Autolock held(mLock);
+        if (mLetGo) {
+            return;
+        }
+        mLetGo = true;
+        untold = mProcess.deaths.take(mCookie);
     }
     mProcess.handles.forget(handle(), *this);
     unwatch();
-    mThreads.current().release(handle());
+    CommandBuffer commands;
+    commands.addHandle(BC_RELEASE, handle());
+    commands.addHandle(BC_DECREFS, handle());
+    mProcess.device->write(commands);
+    if (untold != nullptr) {
+        tellDeath(std::move(untold));
+    }
+}
+
+// On a thread of its own: the calling one may hold locks that the recipients want.
+void DriverReference::tellDeath(sp<BpBinder> proxy) {
+    mProcess.threads.start([proxy = std::move(proxy)] { proxy->reportDeath(); });
 }
 
 }  // namespace android::kernel

@@ -12,7 +12,7 @@ namespace android::kernel {
 /// A node of another process by the driver's handle, which this process holds as long as this
 /// object lives.
 ///
-/// Called on: any thread; `watch` and `unwatch` one at a time. Locks: none.
+/// Called on: any thread. Locks: its own, with which it calls nobody back.
 class DriverReference final : public HandleReference {
 public:
     DriverReference(Process& process, Threads& threads, uint32_t handle)
@@ -25,17 +25,21 @@ public:
     status_t watch(const wp<BpBinder>& proxy) override;
     void unwatch() override;
 
-    /// Lets go of the handle of a node that has died, so that the driver may give it to another.
+    /// Lets go of the handle of a node that has died, so that the driver may give it to another,
+    /// and has the death told, which the driver no longer does.
     void letGo();
 
 private:
     bool answersPing();
+    void tellDeath(sp<BpBinder> proxy);
 
     Process& mProcess;
     Threads& mThreads;
     std::atomic<bool> mEnded{false};
-    std::atomic<bool> mLetGo{false};
-    std::atomic<binder_uintptr_t> mCookie{0};  // of the death request; 0: there is none
+    Mutex mLock;
+    bool mLetGo PLATFORM_GUARDED_BY(mLock) = false;
+    // Of the death request; 0: there is none.
+    binder_uintptr_t mCookie PLATFORM_GUARDED_BY(mLock) = 0;
 };
 
 }  // namespace android::kernel

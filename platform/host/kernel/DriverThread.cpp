@@ -149,20 +149,4 @@ status_t DriverThread::takeReply(const binder_transaction_data& transaction, Par
     return status;
 }
 
-void DriverThread::release(uint32_t handle) {
-    mCommands.addHandle(BC_RELEASE, handle);
-    mCommands.addHandle(BC_DECREFS, handle);
-    flush();
-}
-
-void DriverThread::requestDeath(uint32_t handle, binder_uintptr_t cookie) {
-    mCommands.addDeath(BC_REQUEST_DEATH_NOTIFICATION, handle, cookie);
-    flush();
-}
-
-void DriverThread::clearDeath(uint32_t handle, binder_uintptr_t cookie) {
-    mCommands.addDeath(BC_CLEAR_DEATH_NOTIFICATION, handle, cookie);
-    flush();
-}
-
 }  // namespace android::kernel

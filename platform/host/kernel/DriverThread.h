@@ -36,10 +36,6 @@ public:
 
     /// The proxy of a handle, which this process holds from the next `flush` on at the latest.
     sp<BpBinder> proxyOf(uint32_t handle);
-    /// This process no longer holds the handle.
-    void release(uint32_t handle);
-    void requestDeath(uint32_t handle, binder_uintptr_t cookie);
-    void clearDeath(uint32_t handle, binder_uintptr_t cookie);
     /// Writes what has been put off.
     void flush();
 

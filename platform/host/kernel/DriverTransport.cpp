@@ -62,16 +62,18 @@ transport::Transport* DriverTransport::open(SystemCalls& system, const std::stri
         return new NoTransport(path);
     }
     (void)device->setMaxThreads(kThreads);  // fails for nothing that opened
-    return new DriverTransport(std::move(device), path);
+    return new DriverTransport(system, std::move(device), path);
 }
 
-DriverTransport::DriverTransport(std::unique_ptr<Device> device, std::string path)
+DriverTransport::DriverTransport(SystemCalls& system, std::unique_ptr<Device> device,
+                                 std::string path)
     : mPath(std::move(path)),
       mProcess{std::move(device),
                HandleTable([this](uint32_t handle) {
                    return std::make_unique<DriverReference>(mProcess, mThreads, handle);
                }),
                {},
+               ThreadStarter(system),
                [this] { mThreads.startAsked(); }},
       mThreads(mProcess) {}
 

@@ -20,7 +20,7 @@ public:
     /// there is no service manager, and nobody can be called.
     static transport::Transport* open(SystemCalls& system, const std::string& path);
 
-    DriverTransport(std::unique_ptr<Device> device, std::string path);
+    DriverTransport(SystemCalls& system, std::unique_ptr<Device> device, std::string path);
 
     sp<IBinder> contextObject() override;
     bool becomeContext(const sp<BBinder>& manager) override;

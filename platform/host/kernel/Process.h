@@ -9,6 +9,7 @@
 #include "kernel/DeathTable.h"
 #include "kernel/Device.h"
 #include "kernel/HandleTable.h"
+#include "kernel/ThreadStarter.h"
 
 namespace android::kernel {
 
@@ -17,6 +18,7 @@ struct Process {
     std::unique_ptr<Device> device;
     HandleTable handles;
     DeathTable deaths;
+    ThreadStarter threads;
     /// The driver asks for one more thread that serves.
     std::function<void()> spawnLooper;
     /// Set once, when this process becomes the service manager, and held ever after.

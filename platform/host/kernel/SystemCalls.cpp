@@ -5,6 +5,10 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 
+#include <system_error>
+#include <thread>
+#include <utility>
+
 namespace android::kernel {
 
 transport::Fd SystemCalls::open(const char* path) {
@@ -22,6 +26,15 @@ void* SystemCalls::map(int fd, size_t size) {
 
 void SystemCalls::unmap(void* address, size_t size) {
     (void)::munmap(address, size);  // fails only for what was never mapped
+}
+
+int SystemCalls::startThread(std::function<void()> body) {
+    try {
+        std::thread(std::move(body)).detach();
+        return 0;
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    }
 }
 
 }  // namespace android::kernel

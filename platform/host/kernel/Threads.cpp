@@ -2,9 +2,6 @@
 #include "kernel/Threads.h"
 
 #include <system_error>
-#include <thread>
-
-#include "support/Log.h"
 
 namespace android::kernel {
 
@@ -20,6 +17,11 @@ Threads::Threads(Process& process) : mProcess(process) {
     if (pthread_key_create(&mKey, &endThread) != 0) {
         throw std::system_error(EAGAIN, std::generic_category(), "pthread_key_create");
     }
+}
+
+Threads::~Threads() {
+    endThread(pthread_getspecific(mKey));
+    (void)pthread_key_delete(mKey);  // fails for none that was created
 }
 
 DriverThread& Threads::current() {
@@ -40,11 +42,7 @@ void Threads::startAsked() {
 }
 
 void Threads::start(uint32_t enter) {
-    try {
-        std::thread([this, enter] { run(enter); }).detach();
-    } catch (const std::system_error& error) {
-        transport::logLimited("cannot start another thread: %s", error.what());
-    }
+    mProcess.threads.start([this, enter] { run(enter); });
 }
 
 // An implementation may end the thread in the middle of a call: another takes its place, which the

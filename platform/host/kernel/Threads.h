@@ -15,6 +15,8 @@ namespace android::kernel {
 class Threads {
 public:
     explicit Threads(Process& process);
+    /// The calling thread is the last one that uses them.
+    ~Threads();
     Threads(const Threads&) = delete;
     Threads& operator=(const Threads&) = delete;
 
