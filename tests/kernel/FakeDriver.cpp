@@ -95,6 +95,9 @@ void FakeDriver::take(const uint8_t* commands, size_t size) {
         std::memcpy(&number, commands + done, sizeof(number));
         const uint8_t* const payload = commands + done + sizeof(number);
         written.push_back({number, Bytes(payload, payload + _IOC_SIZE(number))});
+        if (onWrite) {
+            onWrite(written.back());
+        }
         done += sizeof(number) + _IOC_SIZE(number);
     }
 }

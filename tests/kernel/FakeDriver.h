@@ -60,6 +60,9 @@ public:
     std::vector<std::function<void()>> threads;
     void runThreads();
 
+    /// What the test does at each command as it is written.
+    std::function<void(const Command& command)> onWrite;
+
     std::vector<Command> written;
     std::vector<uint32_t> numbers() const;
     size_t count(uint32_t number) const;

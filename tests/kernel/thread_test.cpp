@@ -20,6 +20,7 @@ using android::status_t;
 using android::kernel::DriverThread;
 using android::kernel::toWord;
 using fake_driver::bytesOf;
+using fake_driver::Command;
 using fake_driver::CountsDeaths;
 using fake_driver::kComplete;
 using fake_driver::kHandle;
@@ -230,6 +231,29 @@ TEST_F(ANodeOfThisProcess, HasTheBufferOfAOneWayCallUntilItIsDone) {
     mDriver.willRead(bytesOf(kNoop));
     serve();
     EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_FREE_BUFFER}), mDriver.numbers());
+}
+
+// Its object was looked at when another thread had destroyed it.
+TEST_F(ANodeOfThisProcess, IsHeldInACallWhoseBufferHasBeenFreed) {
+    sp<Scripted> node =
+        new Scripted([](const Parcel&, Parcel* reply) { return reply->writeInt32(8); });
+    const android::wp<Scripted> watched(node);
+    mDriver.onWrite = [&node](const Command& command) {
+        if (command.number == BC_FREE_BUFFER) {
+            node.clear();  // as when the driver has let go of it
+        }
+    };
+    const std::vector<int32_t> large(64 * 1024);
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered(large))));
+    mDriver.reads.emplace_back([this] {
+        const auto sent = mDriver.last(BC_REPLY).as<binder_transaction_data>();
+        EXPECT_EQ(0U, sent.flags);
+        EXPECT_EQ(8, *android::kernel::toPointer<const int32_t>(sent.data.ptr.buffer));
+        return bytesOf(kNoop, kComplete);
+    });
+    serve();
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_FREE_BUFFER, BC_REPLY}), mDriver.numbers());
+    EXPECT_TRUE(watched.promote() == nullptr);
 }
 
 TEST_F(ANodeOfThisProcess, AnswersWithAStatusWhenItFails) {

@@ -71,7 +71,8 @@ private:
     void reportDeath(binder_uintptr_t cookie);
 
     sp<BBinder> targetOf(const binder_transaction_data& transaction) const;
-    status_t callTarget(const binder_transaction_data& transaction, Parcel& data, Parcel* reply);
+    static status_t callTarget(sp<BBinder> node, const binder_transaction_data& transaction,
+                               Parcel& data, Parcel* reply);
     void serve(const binder_transaction_data& transaction);
     void sendReply(status_t status, const Parcel& reply);
 

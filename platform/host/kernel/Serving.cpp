@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The half of DriverThread that the driver asks for: calls of others, counts, deaths.
+#include <utility>
+
 #include "binder/IPCThreadState.h"
 #include "binder/internal/ServeCall.h"
 #include "kernel/DriverThread.h"
@@ -138,9 +140,9 @@ sp<BBinder> DriverThread::targetOf(const binder_transaction_data& transaction) c
     return held;
 }
 
-status_t DriverThread::callTarget(const binder_transaction_data& transaction, Parcel& data,
-                                  Parcel* reply) {
-    const sp<BBinder> node = targetOf(transaction);
+// Lets go of the node before the caller has its answer.
+status_t DriverThread::callTarget(sp<BBinder> node, const binder_transaction_data& transaction,
+                                  Parcel& data, Parcel* reply) {
     if (node == nullptr) {
         return UNKNOWN_TRANSACTION;
     }
@@ -150,6 +152,8 @@ status_t DriverThread::callTarget(const binder_transaction_data& transaction, Pa
 
 void DriverThread::serve(const binder_transaction_data& transaction) {
     ReceivedBuffer buffer(*this, transaction);
+    // The driver holds the node only as long as the buffer.
+    sp<BBinder> node = targetOf(transaction);
     const bool isOneWay = (transaction.flags & TF_ONE_WAY) != 0;
     Parcel data;
     Parcel reply;
@@ -159,7 +163,7 @@ void DriverThread::serve(const binder_transaction_data& transaction) {
     }
     flushIfUrgent();
     if (status == OK) {
-        status = callTarget(transaction, data, &reply);
+        status = callTarget(std::move(node), transaction, data, &reply);
     }
     if (!isOneWay) {
         sendReply(status, reply);
