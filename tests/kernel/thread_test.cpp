@@ -319,6 +319,46 @@ TEST_F(ADeathOverTheDriver, IsOnlyAnsweredWhenItsRequestWasCleared) {
     EXPECT_EQ(1U, mDriver.count(BC_DEAD_BINDER_DONE));
 }
 
+// Ends with the last link to it, within the destructor of the proxy.
+class ActsAtItsEnd : public IBinder::DeathRecipient {
+public:
+    explicit ActsAtItsEnd(std::function<void()> act) : mAct(std::move(act)) {
+        extendObjectLifetime(OBJECT_LIFETIME_WEAK);
+    }
+    void binderDied(const android::wp<IBinder>&) override {}
+
+protected:
+    ~ActsAtItsEnd() override { mAct(); }
+
+private:
+    const std::function<void()> mAct;
+};
+
+// The new proxy's death was never told.
+TEST_F(ADeathOverTheDriver, IsRequestedAnewWhileTheProxyThatHadTheRequestIsDestroyed) {
+    sp<BpBinder> old = mThread.proxyOf(kHandle);
+    const sp<CountsDeaths> recipient = new CountsDeaths();
+    sp<BpBinder> remade;
+    ASSERT_EQ(android::OK, old->linkToDeath(new ActsAtItsEnd([&] {
+        remade = mThread.proxyOf(kHandle);
+        mThread.flush();
+        EXPECT_EQ(android::OK, remade->linkToDeath(recipient));
+    })));
+    mThread.flush();
+    mDriver.written.clear();
+    old.clear();
+    ASSERT_TRUE(remade != nullptr);
+    EXPECT_EQ((Numbers{BC_CLEAR_DEATH_NOTIFICATION, BC_INCREFS, BC_ACQUIRE,
+                       BC_REQUEST_DEATH_NOTIFICATION, BC_RELEASE, BC_DECREFS}),
+              mDriver.numbers());
+    const auto request = mDriver.last(BC_REQUEST_DEATH_NOTIFICATION).as<binder_handle_cookie>();
+    const binder_uintptr_t cookie = request.cookie;
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_BINDER}, cookie));
+    mDriver.willRead(bytesOf(kNoop));
+    serve();
+    EXPECT_EQ(1, recipient->deaths());
+}
+
 using ALooper = OverTheDriver;
 
 TEST_F(ALooper, StartsAnotherWhenTheDriverAsksForOne) {

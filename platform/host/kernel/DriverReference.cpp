@@ -56,7 +56,7 @@ void DriverReference::unwatch() {
     }
 }
 
-// The handle's counts go last: the driver clears a death only for a holder.
+// The counts go last: the driver clears the death request, which `forget` does, only for a holder.
 void DriverReference::letGo() {
     // A forked child has no share in its parent's counts, and a lock may be held there for ever.
     if (transport::isForkedChild()) {
@@ -72,7 +72,6 @@ void DriverReference::letGo() {
         untold = mProcess.deaths.take(mCookie);
     }
     mProcess.handles.forget(handle(), *this);
-    unwatch();
     CommandBuffer commands;
     commands.addHandle(BC_RELEASE, handle());
     commands.addHandle(BC_DECREFS, handle());

@@ -10,6 +10,11 @@ HandleTable::Found HandleTable::find(uint32_t handle) {
     if (proxy != nullptr) {
         return {proxy, false};
     }
+    // The driver has one death request for a handle: that of a proxy which is being destroyed makes
+    // way before the new one can make its own.
+    if (entry.reference != nullptr) {
+        entry.reference->unwatch();
+    }
     std::unique_ptr<transport::Reference> reference = mFactory(handle);
     entry.reference = reference.get();
     proxy = new BpBinder(std::move(reference));
@@ -21,6 +26,7 @@ void HandleTable::forget(uint32_t handle, const transport::Reference& reference)
     Mutex::Autolock held(mLock);
     const auto found = mEntries.find(handle);
     if (found != mEntries.end() && found->second.reference == &reference) {
+        found->second.reference->unwatch();
         mEntries.erase(found);
     }
 }

@@ -15,7 +15,7 @@ namespace android::kernel {
 
 /// The proxies of this process by the driver's handle: the same node is the same proxy.
 ///
-/// Called on: any thread. Locks: its own.
+/// Called on: any thread. Locks: its own, also while it calls `Reference::unwatch`.
 class HandleTable {
 public:
     /// Makes the reference of a new proxy; called with the table's lock held.
@@ -29,13 +29,14 @@ public:
     };
     Found find(uint32_t handle);
 
-    /// This reference is ending. Another one of the same handle, made meanwhile, stays.
+    /// This reference is ending, and watches no longer. Another one of the same handle, made
+    /// meanwhile, stays.
     void forget(uint32_t handle, const transport::Reference& reference);
 
 private:
     struct Entry {
         wp<BpBinder> proxy;
-        const transport::Reference* reference = nullptr;
+        transport::Reference* reference = nullptr;  ///< alive until it is forgotten
     };
 
     const Factory mFactory;
