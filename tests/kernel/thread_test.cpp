@@ -47,6 +47,18 @@ TEST_F(ACallOverTheDriver, IsWrittenOnceAndItsReplysBufferFreedOnce) {
     EXPECT_EQ(answer.data.ptr.buffer, mDriver.last(BC_FREE_BUFFER).as<binder_uintptr_t>());
 }
 
+// Sixteen idle threads with the buffer of such a reply each left no room for calls.
+TEST_F(ACallOverTheDriver, FreesTheBufferOfALargeReplyAtOnceAndOfASmallOneWithTheNextCall) {
+    constexpr size_t kPage = 4096 / sizeof(int32_t);
+    for (const size_t size : {kPage, kPage - 1}) {
+        mDriver.written.clear();
+        willReply(delivered(std::vector<int32_t>(size)));
+        Parcel reply;
+        ASSERT_EQ(android::OK, call(&reply).status);
+        EXPECT_EQ(size == kPage ? 1U : 0U, mDriver.count(BC_FREE_BUFFER));
+    }
+}
+
 TEST_F(ACallOverTheDriver, GivesTheStatusOfAReplyThatIsOne) {
     willReply(delivered({-42}, TF_STATUS_CODE));
     Parcel reply;
@@ -188,6 +200,7 @@ TEST_F(ANodeOfThisProcess, ComesHomeAsItself) {
     Parcel reply;
     ASSERT_EQ(android::OK, call(&reply).status);
     EXPECT_TRUE(reply.readStrongBinder() == sp<IBinder>(node));
+    EXPECT_EQ(1U, mDriver.count(BC_FREE_BUFFER)) << "the buffer holds the node";
 }
 
 TEST_F(ANodeOfThisProcess, IsHeldAndLetGoAsTheDriverSaysAndEachHoldIsAnswered) {

@@ -12,8 +12,9 @@ namespace android::kernel {
 
 namespace {
 
-// A buffer of this size or more is a good part of all the room there is: it is given back at once.
-constexpr binder_size_t kLarge = 64 * 1024;
+// A thread may be idle for long with a buffer to free: all threads together keep a small part of
+// the room that there is.
+constexpr binder_size_t kLarge = 4 * 1024;
 
 }  // namespace
 
@@ -206,7 +207,8 @@ sp<BpBinder> DriverThread::proxyOf(uint32_t handle) {
 
 void DriverThread::freeBuffer(const binder_transaction_data& transaction) {
     mCommands.addWord(BC_FREE_BUFFER, transaction.data.ptr.buffer);
-    mUrgent = mUrgent || transaction.data_size >= kLarge;
+    // With a binder in it the buffer holds somebody's node.
+    mUrgent = mUrgent || transaction.data_size >= kLarge || transaction.offsets_size != 0;
 }
 
 }  // namespace android::kernel
