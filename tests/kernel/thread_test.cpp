@@ -93,7 +93,9 @@ TEST_F(ACallOverTheDriver, FailsWhenTheDriverRefusesIt) {
 }
 
 TEST_F(ACallOverTheDriver, WaitsForNoReplyWhenItIsOneWay) {
-    for (const uint32_t taken : {BR_TRANSACTION_COMPLETE, BR_ONEWAY_SPAM_SUSPECT}) {
+    constexpr uint32_t kPendingFrozen = 0x7214;  // _IO('r', 20)
+    for (const uint32_t taken :
+         {uint32_t{BR_TRANSACTION_COMPLETE}, uint32_t{BR_ONEWAY_SPAM_SUSPECT}, kPendingFrozen}) {
         mDriver.willRead(bytesOf(kNoop, taken));
         EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
     }

@@ -115,6 +115,7 @@ bool DriverThread::settle(Wait& wait, const Return& one) {
     switch (one.command()) {
         case BR_TRANSACTION_COMPLETE:
         case BR_ONEWAY_SPAM_SUSPECT:
+        case kTransactionPendingFrozen:
             wait.isSent = true;
             wait.isSettled = !wait.forReply;
             return true;

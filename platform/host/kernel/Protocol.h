@@ -17,6 +17,10 @@ static_assert(sizeof(binder_transaction_data) == 64, "the same layout on every p
 static_assert(sizeof(flat_binder_object) == 24, "the same layout on every processor");
 static_assert(sizeof(binder_handle_cookie) == 12, "the same layout on every processor");
 
+/// The name of newer kernel headers is BR_TRANSACTION_PENDING_FROZEN: the one-way call waits until
+/// its receiver is thawed.
+constexpr uint32_t kTransactionPendingFrozen = _IO('r', 20);
+
 /// A pointer as the driver carries it, also in a 32-bit process.
 inline binder_uintptr_t toWord(const void* pointer) {
     return reinterpret_cast<uintptr_t>(pointer);
