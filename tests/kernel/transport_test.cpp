@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "tests/kernel/OverTheDriver.h"
 
 namespace {
 
+using android::BBinder;
 using android::IBinder;
 using android::Parcel;
 using android::sp;
@@ -16,7 +19,7 @@ using fake_driver::CountsDeaths;
 using fake_driver::FakeDriver;
 using fake_driver::kComplete;
 using fake_driver::kNoop;
-using fake_driver::Numbers;
+using fake_driver::Scripted;
 
 class TheDriversTransport : public testing::Test {
 protected:
@@ -37,6 +40,32 @@ protected:
     FakeDriver mDriver;
     DriverTransport mTransport{mDriver, fake_driver::open(mDriver), "/dev/binder"};
 };
+
+// Calls to the first one were answered as if it did not exist.
+TEST_F(TheDriversTransport, RefusesASecondManagerAndKeepsTheFirst) {
+    int served = 0;
+    const sp<Scripted> first = new Scripted([&served](const Parcel&, Parcel*) {
+        ++served;
+        return android::OK;
+    });
+    ASSERT_TRUE(mTransport.becomeContext(first));
+    mDriver.contextError = EBUSY;
+    EXPECT_FALSE(mTransport.becomeContext(new BBinder()));
+    EXPECT_TRUE(mTransport.contextObject() == sp<IBinder>(first));
+    binder_transaction_data toContext = {};
+    toContext.code = 1;
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, toContext));
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    mTransport.serveForever();
+    EXPECT_EQ(1, served);
+}
+
+TEST_F(TheDriversTransport, CanBecomeTheManagerWhenThePlaceIsFreeAgain) {
+    mDriver.contextError = EBUSY;
+    EXPECT_FALSE(mTransport.becomeContext(new BBinder()));
+    mDriver.contextError = 0;
+    EXPECT_TRUE(mTransport.becomeContext(new BBinder()));
+}
 
 // A service that waited for the notice never registered with the next manager.
 TEST_F(TheDriversTransport, TellsTheLinksToADeadManagerWhenItFindsTheNextOne) {

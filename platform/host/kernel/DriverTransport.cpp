@@ -124,6 +124,10 @@ bool DriverTransport::becomeContext(const sp<BBinder>& manager) {
         return false;
     }
     Mutex::Autolock held(mLock);
+    if (mManager != nullptr) {
+        transport::logLine("%s", whyNotContext(mPath, EBUSY).c_str());
+        return false;
+    }
     // Before the driver can deliver the first call to it.
     mProcess.contextManager = manager.get();
     const int error = mProcess.device->becomeContextManager();
