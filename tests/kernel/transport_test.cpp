@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <thread>
 
 #include "tests/kernel/OverTheDriver.h"
 
@@ -19,6 +21,7 @@ using fake_driver::CountsDeaths;
 using fake_driver::FakeDriver;
 using fake_driver::kComplete;
 using fake_driver::kNoop;
+using fake_driver::Numbers;
 using fake_driver::Scripted;
 
 class TheDriversTransport : public testing::Test {
@@ -27,6 +30,13 @@ protected:
     sp<IBinder> contextThatAnswers() {
         mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, binder_transaction_data{}));
         return mTransport.contextObject();
+    }
+    // What else was written; when a small buffer is freed matters to nobody.
+    Numbers withoutFrees() const {
+        Numbers numbers = mDriver.numbers();
+        numbers.erase(std::remove(numbers.begin(), numbers.end(), uint32_t{BC_FREE_BUFFER}),
+                      numbers.end());
+        return numbers;
     }
     android::status_t callDeadNode(const sp<IBinder>& proxy) {
         mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_REPLY}));
@@ -65,6 +75,49 @@ TEST_F(TheDriversTransport, CanBecomeTheManagerWhenThePlaceIsFreeAgain) {
     EXPECT_FALSE(mTransport.becomeContext(new BBinder()));
     mDriver.contextError = 0;
     EXPECT_TRUE(mTransport.becomeContext(new BBinder()));
+}
+
+TEST_F(TheDriversTransport, GivesNoManagerWhereNoneAnswers) {
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_REPLY}));
+    EXPECT_TRUE(mTransport.contextObject() == nullptr);
+    EXPECT_EQ((Numbers{BC_TRANSACTION}), mDriver.numbers());
+}
+
+TEST_F(TheDriversTransport, AsksForTheManagerOnce) {
+    const sp<IBinder> context = contextThatAnswers();
+    ASSERT_TRUE(context != nullptr);
+    EXPECT_EQ((Numbers{BC_TRANSACTION, BC_INCREFS, BC_ACQUIRE, BC_REQUEST_DEATH_NOTIFICATION}),
+              withoutFrees());
+    EXPECT_EQ(0U, mDriver.last(BC_ACQUIRE).as<uint32_t>());
+    mDriver.written.clear();
+    EXPECT_TRUE(mTransport.contextObject() == context);
+    EXPECT_EQ(Numbers{}, mDriver.numbers());
+}
+
+TEST_F(TheDriversTransport, GivesThreadsThatAskTogetherTheSameProxy) {
+    sp<IBinder> other;
+    mDriver.reads.emplace_back([this, &other] {
+        std::thread([this, &other] { other = contextThatAnswers(); }).join();
+        return bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, binder_transaction_data{});
+    });
+    EXPECT_TRUE(mTransport.contextObject() == other);
+    EXPECT_EQ(1U, mDriver.count(BC_ACQUIRE));
+}
+
+// Where nobody had called the dead one it was given out for good.
+TEST_F(TheDriversTransport, LooksForAnotherManagerWhenItHasReadOfTheDeath) {
+    const sp<IBinder> dead = contextThatAnswers();
+    ASSERT_TRUE(dead != nullptr);
+    const binder_uintptr_t cookie = deathRequest().cookie;
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_BINDER}, cookie));
+    mDriver.willRead(bytesOf(kNoop));
+    mTransport.serveForever();
+    mDriver.written.clear();
+    const sp<IBinder> next = contextThatAnswers();
+    EXPECT_TRUE(next != nullptr && next != dead);
+    EXPECT_EQ((Numbers{BC_CLEAR_DEATH_NOTIFICATION, BC_RELEASE, BC_DECREFS, BC_TRANSACTION,
+                       BC_INCREFS, BC_ACQUIRE, BC_REQUEST_DEATH_NOTIFICATION}),
+              withoutFrees());
 }
 
 // A service that waited for the notice never registered with the next manager.

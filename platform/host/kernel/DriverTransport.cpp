@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "kernel/DriverReference.h"
 #include "support/ForkGuard.h"
@@ -38,6 +39,12 @@ public:
 
 private:
     const std::string mPath;
+};
+
+// The proxy itself takes note of the death; that takes a link.
+class ContextDeath final : public IBinder::DeathRecipient {
+public:
+    void binderDied(const wp<IBinder>& /*who*/) override {}
 };
 
 std::string whyNotContext(const std::string& path, int error) {
@@ -75,25 +82,20 @@ DriverTransport::DriverTransport(SystemCalls& system, std::unique_ptr<Device> de
                {},
                ThreadStarter(system),
                [this] { mThreads.startAsked(); }},
-      mThreads(mProcess) {}
+      mThreads(mProcess),
+      mContextDeath(new ContextDeath()) {}
 
-// The driver keeps the dead service manager's handle for whoever holds it, and would go on
-// reporting that death for the next one.
-sp<IBinder> DriverTransport::knownContext() {
-    sp<BpBinder> dead;
-    {
-        Mutex::Autolock held(mLock);
-        if (mManager != nullptr) {
-            return mManager;
-        }
-        if (mContext == nullptr || !mContext->nodeHasEnded()) {
-            return mContext;
-        }
-        dead = std::move(mContext);
-        mContext = nullptr;
+sp<IBinder> DriverTransport::knownContext(sp<BpBinder>* dead) {
+    if (mManager != nullptr) {
+        return mManager;
     }
-    static_cast<DriverReference&>(dead->reference()).letGo();
-    return nullptr;
+    if (mContext != nullptr && mContext->nodeHasEnded()) {
+        // The driver keeps the dead service manager's handle for whoever holds it, and would go on
+        // reporting that death for the next one.
+        static_cast<DriverReference&>(mContext->reference()).letGo();
+        *dead = std::exchange(mContext, nullptr);
+    }
+    return mContext;
 }
 
 bool DriverTransport::contextAnswers() {
@@ -108,15 +110,30 @@ sp<IBinder> DriverTransport::contextObject() {
     if (transport::refusedAfterFork()) {
         return nullptr;
     }
-    sp<IBinder> known = knownContext();
-    if (known != nullptr || !contextAnswers()) {
-        return known;
+    sp<BpBinder> dead;  // goes without the lock
+    {
+        Mutex::Autolock held(mLock);
+        const sp<IBinder> known = knownContext(&dead);
+        if (known != nullptr) {
+            return known;
+        }
     }
-    const sp<BpBinder> proxy = mThreads.current().proxyOf(kContextHandle);
-    mThreads.current().flush();
+    if (!contextAnswers()) {
+        return nullptr;
+    }
+    // With the lock: nobody gives the handle up again before the driver knows of this holder.
     Mutex::Autolock held(mLock);
-    mContext = proxy;
-    return proxy;
+    const sp<IBinder> first = knownContext(&dead);
+    return first != nullptr ? first : holdContext();
+}
+
+// A call through the dead one's handle would reach the next service manager: only a notice tells
+// that it is another.
+sp<IBinder> DriverTransport::holdContext() {
+    mContext = mThreads.current().proxyOf(kContextHandle);
+    mThreads.current().flush();
+    (void)mContext->linkToDeath(mContextDeath);  // refused only where the death has been told
+    return mContext;
 }
 
 bool DriverTransport::becomeContext(const sp<BBinder>& manager) {

@@ -31,13 +31,16 @@ public:
     void flush() override;
 
 private:
-    sp<IBinder> knownContext();
+    /// What `contextObject` has given before, unless it has ended; then `dead` receives it.
+    sp<IBinder> knownContext(sp<BpBinder>* dead) PLATFORM_REQUIRES(mLock);
     bool contextAnswers();
+    sp<IBinder> holdContext() PLATFORM_REQUIRES(mLock);
 
     const std::string mPath;
     Process mProcess;
     Threads mThreads;
     std::atomic<bool> mStarted{false};
+    const sp<IBinder::DeathRecipient> mContextDeath;
     Mutex mLock;
     sp<BpBinder> mContext PLATFORM_GUARDED_BY(mLock);
     sp<BBinder> mManager PLATFORM_GUARDED_BY(mLock);
