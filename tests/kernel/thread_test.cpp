@@ -196,6 +196,10 @@ TEST_F(AHandle, IsSentAsAFlatObjectWithItsPlace) {
 
 using ANodeOfThisProcess = OverTheDriver;
 
+binder_ptr_cookie wordsOf(BBinder& node) {
+    return {toWord(node.getWeakRefs()), toWord(&node)};
+}
+
 TEST_F(ANodeOfThisProcess, ComesHomeAsItself) {
     const sp<BBinder> node = new BBinder();
     willReply(deliveredBinder(android::kernel::flatNode(*node)));
@@ -207,7 +211,7 @@ TEST_F(ANodeOfThisProcess, ComesHomeAsItself) {
 
 TEST_F(ANodeOfThisProcess, IsHeldAndLetGoAsTheDriverSaysAndEachHoldIsAnswered) {
     const sp<BBinder> node = new BBinder();
-    const binder_ptr_cookie words = {toWord(node->getWeakRefs()), toWord(node.get())};
+    const binder_ptr_cookie words = wordsOf(*node);
     mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
     mDriver.reads.emplace_back([this, &node, words] {
         EXPECT_EQ(2, node->getStrongCount());
@@ -218,6 +222,44 @@ TEST_F(ANodeOfThisProcess, IsHeldAndLetGoAsTheDriverSaysAndEachHoldIsAnswered) {
     serve();
     EXPECT_EQ(1, node->getStrongCount());
     EXPECT_EQ(1, node->getWeakRefs()->getWeakCount());
+}
+
+// What its destructor called failed.
+TEST_F(ANodeOfThisProcess, IsLetGoOnlyWhenTheReplyIsThere) {
+    sp<BBinder> node = new BBinder();
+    const android::wp<BBinder> watched(node);
+    const binder_ptr_cookie words = wordsOf(*node);
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+    mDriver.reads.emplace_back([&node, words] {
+        node.clear();
+        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
+    });
+    mDriver.reads.emplace_back([this, &watched] {
+        EXPECT_TRUE(watched.promote() != nullptr);
+        return bytesOf(kNoop, uint32_t{BR_REPLY}, delivered({}));
+    });
+    EXPECT_EQ(android::OK, call(nullptr).status);
+    EXPECT_TRUE(watched.promote() == nullptr);
+}
+
+TEST_F(ANodeOfThisProcess, IsLetGoBeforeTheCallThatWasReadBehindIt) {
+    sp<BBinder> node = new BBinder();
+    const android::wp<BBinder> watched(node);
+    const binder_ptr_cookie words = wordsOf(*node);
+    bool wasThere = true;
+    const sp<Scripted> called = new Scripted([&](const Parcel&, Parcel*) {
+        wasThere = watched.promote() != nullptr;
+        return android::OK;
+    });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+    mDriver.reads.emplace_back([&] {
+        node.clear();
+        return bytesOf(kNoop, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words,
+                       uint32_t{BR_TRANSACTION}, callTo(*called, delivered({})));
+    });
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    serve();
+    EXPECT_FALSE(wasThere);
 }
 
 TEST_F(ANodeOfThisProcess, KnowsItsCallerByTheDriversWord) {
@@ -332,6 +374,28 @@ TEST_F(ADeathOverTheDriver, IsOnlyAnsweredWhenItsRequestWasCleared) {
     serve();
     EXPECT_EQ(0, recipient->deaths());
     EXPECT_EQ(1U, mDriver.count(BC_DEAD_BINDER_DONE));
+}
+
+// The implementation may hold a lock that the recipient wants.
+TEST_F(ADeathOverTheDriver, IsToldWhenTheCallThatTheThreadServesIsOver) {
+    const sp<BpBinder> proxy = mThread.proxyOf(kHandle);
+    const sp<CountsDeaths> recipient = new CountsDeaths();
+    ASSERT_EQ(android::OK, proxy->linkToDeath(recipient));
+    const auto request = mDriver.last(BC_REQUEST_DEATH_NOTIFICATION).as<binder_handle_cookie>();
+    const binder_uintptr_t cookie = request.cookie;
+    int deathsInCall = -1;
+    const sp<Scripted> node = new Scripted([&](const Parcel&, Parcel*) {
+        mDriver.reads.emplace_front(
+            [cookie] { return bytesOf(kNoop, kComplete, uint32_t{BR_DEAD_BINDER}, cookie); });
+        EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
+        deathsInCall = recipient->deaths();
+        return android::OK;
+    });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({}))));
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    serve();
+    EXPECT_EQ(0, deathsInCall);
+    EXPECT_EQ(1, recipient->deaths());
 }
 
 // Ends with the last link to it, within the destructor of the proxy.

@@ -48,6 +48,10 @@ DriverThread::Result DriverThread::transact(uint32_t handle, uint32_t code, cons
             "room for it, or the driver refuses it",
             code, data.dataSize());
     }
+    // A looper comes to it when the call that it serves is over: locks may be held here.
+    if (mWaits == nullptr && !mIsLooper) {
+        runDeferred();
+    }
     flushIfUrgent();
     return {wait.status, wait.failure == BR_DEAD_REPLY, wait.isSent};
 }
@@ -93,9 +97,6 @@ void DriverThread::await(Wait& wait) {
             if (!settle(one)) {
                 execute(one);
             }
-        }
-        if (wait.isSent || wait.isSettled) {
-            runDeferred();
         }
     }
     mWaits = wait.outer;

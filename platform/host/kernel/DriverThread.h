@@ -87,9 +87,10 @@ private:
     bool mUrgent = false;
     // New proxies whose handles the driver has not been told of: they are not released before.
     std::vector<sp<BpBinder>> mUnwritten;
-    // What runs others' code, which may call: not while the driver still has to answer for a
-    // transaction, or the answers would be mixed up.
+    // What runs others' code, which may call: the driver refuses that while this thread waits for a
+    // reply.
     std::vector<Deferred> mDeferred;
+    bool mIsLooper = false;
 };
 
 }  // namespace android::kernel

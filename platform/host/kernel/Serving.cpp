@@ -43,9 +43,11 @@ private:
 
 void DriverThread::serveForever(uint32_t enter) {
     mCommands.add(enter);
+    mIsLooper = true;
     for (;;) {
         ReturnBuffer returns;
         if (exchange(&returns) != 0) {
+            mIsLooper = false;
             return;
         }
         for (Return one; returns.next(&one);) {
@@ -152,6 +154,9 @@ status_t DriverThread::callTarget(sp<BBinder> node, const binder_transaction_dat
 }
 
 void DriverThread::serve(const binder_transaction_data& transaction) {
+    if (mWaits == nullptr) {
+        runDeferred();  // the call may take long
+    }
     ReceivedBuffer buffer(*this, transaction);
     // The driver holds the node only as long as the buffer.
     sp<BBinder> node = targetOf(transaction);
