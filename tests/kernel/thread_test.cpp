@@ -5,6 +5,7 @@
 #include <binder/IPCThreadState.h>
 #include <gtest/gtest.h>
 
+#include <new>
 #include <stdexcept>
 
 #include "tests/kernel/OverTheDriver.h"
@@ -111,6 +112,22 @@ TEST_F(ACallOverTheDriver, SurvivesASignal) {
     EXPECT_EQ(android::OK, call(&reply).status);
     EXPECT_EQ(1, reply.readInt32());
     EXPECT_EQ(1U, mDriver.count(BC_TRANSACTION));
+}
+
+// The thread went on to wait for what had ended, and never again carried out a release.
+TEST_F(ACallOverTheDriver, ThatEndsWithAnExceptionIsWaitedForNoLonger) {
+    mDriver.reads.emplace_back([]() -> fake_driver::Bytes { throw std::bad_alloc(); });
+    EXPECT_THROW(call(nullptr), std::bad_alloc);
+    sp<BBinder> node = new BBinder();
+    const android::wp<BBinder> watched(node);
+    const binder_ptr_cookie words = {toWord(node->getWeakRefs()), toWord(node.get())};
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+    mDriver.reads.emplace_back([&node, words] {
+        node.clear();
+        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
+    });
+    EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
+    EXPECT_TRUE(watched.promote() == nullptr);
 }
 
 TEST_F(ACallOverTheDriver, ServesACallThatComesBackWhileItWaits) {

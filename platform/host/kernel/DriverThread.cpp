@@ -21,6 +21,22 @@ status_t statusIn(const binder_transaction_data& transaction) {
 
 }  // namespace
 
+// The innermost wait, as long as it lasts: also when memory runs out, or the thread ends, within.
+class DriverThread::WaitScope {
+public:
+    WaitScope(Wait*& innermost, Wait& wait) : mInnermost(innermost), mOuter(innermost) {
+        wait.outer = mOuter;
+        mInnermost = &wait;
+    }
+    ~WaitScope() { mInnermost = mOuter; }
+    WaitScope(const WaitScope&) = delete;
+    WaitScope& operator=(const WaitScope&) = delete;
+
+private:
+    Wait*& mInnermost;
+    Wait* const mOuter;
+};
+
 DriverThread::~DriverThread() {
     if (!transport::isForkedChild()) {
         flush();
@@ -85,8 +101,7 @@ void DriverThread::flushIfUrgent() {
 }
 
 void DriverThread::await(Wait& wait) {
-    wait.outer = mWaits;
-    mWaits = &wait;
+    const WaitScope scope(mWaits, wait);
     while (!wait.isSettled) {
         ReturnBuffer returns;
         if (exchange(&returns) != 0) {
@@ -99,7 +114,6 @@ void DriverThread::await(Wait& wait) {
             }
         }
     }
-    mWaits = wait.outer;
 }
 
 // When the process that made a nested call has died, the driver fails the call around it right

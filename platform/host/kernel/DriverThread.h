@@ -51,6 +51,7 @@ private:
         uint32_t failure = 0;    ///< the driver's own: BR_DEAD_REPLY, ...
         status_t status = OK;
     };
+    class WaitScope;
     class ReceivedBuffer;
     struct Deferred {
         uint32_t command;
