@@ -5,6 +5,7 @@
 #include <binder/IPCThreadState.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <new>
 #include <stdexcept>
 
@@ -91,6 +92,31 @@ TEST_F(ACallOverTheDriver, FailsWhenTheDriverRefusesIt) {
         EXPECT_EQ(android::FAILED_TRANSACTION, result.status);
         EXPECT_FALSE(result.isDead);
     }
+}
+
+TEST_F(ACallOverTheDriver, ThatFailsIsLoggedAsNotSentOrAsWithoutReply) {
+    const auto isLogged = [this](const std::string& line) {
+        testing::internal::CaptureStderr();
+        (void)call(nullptr);
+        return testing::internal::GetCapturedStderr().find(line) != std::string::npos;
+    };
+    // The log has room for a few lines a second.
+    const auto comes = [&](const fake_driver::Bytes& answer, const std::string& line) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        do {
+            mDriver.willRead(answer);
+            if (isLogged(line)) {
+                return true;
+            }
+        } while (std::chrono::steady_clock::now() < deadline);
+        return false;
+    };
+    EXPECT_TRUE(comes(bytesOf(kNoop, uint32_t{BR_FAILED_REPLY}),
+                      "call 9 with 4 bytes is not sent: the receiver has no room for it, or the "
+                      "driver refuses it\n"));
+    EXPECT_TRUE(comes(bytesOf(kNoop, kComplete, uint32_t{BR_FAILED_REPLY}),
+                      "call 9 with 4 bytes has no reply: this process has no room for it, or the "
+                      "driver refuses it\n"));
 }
 
 TEST_F(ACallOverTheDriver, WaitsForNoReplyWhenItIsOneWay) {

@@ -19,6 +19,11 @@ status_t statusIn(const binder_transaction_data& transaction) {
                    : static_cast<status_t>(UNKNOWN_ERROR);
 }
 
+const char* whyFailed(bool wasSent) {
+    return wasSent ? "has no reply: this process has no room for it, or the driver refuses it"
+                   : "is not sent: the receiver has no room for it, or the driver refuses it";
+}
+
 }  // namespace
 
 // The innermost wait, as long as it lasts: also when memory runs out, or the thread ends, within.
@@ -59,10 +64,8 @@ DriverThread::Result DriverThread::transact(uint32_t handle, uint32_t code, cons
     Wait wait = {(flags & TF_ONE_WAY) == 0, reply};
     await(wait);
     if (wait.failure == BR_FAILED_REPLY) {
-        transport::logLimited(
-            "call %u with %zu bytes was not carried out: the receiver has no "
-            "room for it, or the driver refuses it",
-            code, data.dataSize());
+        transport::logLimited("call %u with %zu bytes %s", code, data.dataSize(),
+                              whyFailed(wait.isSent));
     }
     // A looper comes to it when the call that it serves is over: locks may be held here.
     if (mWaits == nullptr && !mIsLooper) {
