@@ -36,8 +36,10 @@ void FakeDriver::unmap(void* /*address*/, size_t size) {
 }
 
 int FakeDriver::startThread(std::function<void()> body) {
-    threads.push_back(std::move(body));
-    return 0;
+    if (threadError == 0) {
+        threads.push_back(std::move(body));
+    }
+    return threadError;
 }
 
 void FakeDriver::runThreads() {

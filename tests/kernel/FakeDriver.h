@@ -59,6 +59,8 @@ public:
     /// The threads that were asked for; they run when the test has them run.
     std::vector<std::function<void()>> threads;
     void runThreads();
+    /// Why no thread can be started.
+    int threadError = 0;
 
     /// What the test does at each command as it is written.
     std::function<void(const Command& command)> onWrite;

@@ -51,6 +51,49 @@ protected:
     DriverTransport mTransport{mDriver, fake_driver::open(mDriver), "/dev/binder"};
 };
 
+using TheLoopersOfTheDriver = TheDriversTransport;
+
+TEST_F(TheLoopersOfTheDriver, AreOneAndThoseThatTheDriverAsksFor) {
+    mTransport.startThreads();
+    mTransport.startThreads();
+    ASSERT_EQ(1U, mDriver.threads.size());
+    mDriver.willRead(bytesOf(uint32_t{BR_SPAWN_LOOPER}));
+    mDriver.runThreads();
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER}), mDriver.numbers());
+    ASSERT_EQ(1U, mDriver.threads.size());
+    mDriver.runThreads();
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_REGISTER_LOOPER}), mDriver.numbers());
+}
+
+// The driver asked for no other, and the pool never grew again.
+TEST_F(TheLoopersOfTheDriver, AreStartedLaterWhenThereIsNoRoomForAThread) {
+    mTransport.startThreads();
+    mDriver.reads.emplace_back([this] {
+        mDriver.threadError = EAGAIN;
+        return bytesOf(uint32_t{BR_SPAWN_LOOPER});
+    });
+    mDriver.reads.emplace_back([this] {
+        EXPECT_EQ(0U, mDriver.threads.size());
+        mDriver.threadError = 0;
+        return bytesOf(kNoop);
+    });
+    mDriver.reads.emplace_back([this] {
+        EXPECT_EQ(1U, mDriver.threads.size());
+        return bytesOf(kNoop);
+    });
+    mDriver.runThreads();
+    EXPECT_EQ(1U, mDriver.threads.size());
+    EXPECT_TRUE(mDriver.reads.empty());
+}
+
+TEST_F(TheLoopersOfTheDriver, BeginWithOneThatIsTriedAgain) {
+    mDriver.threadError = EAGAIN;
+    mTransport.startThreads();
+    mDriver.threadError = 0;
+    mTransport.startThreads();
+    EXPECT_EQ(1U, mDriver.threads.size());
+}
+
 // Calls to the first one were answered as if it did not exist.
 TEST_F(TheDriversTransport, RefusesASecondManagerAndKeepsTheFirst) {
     int served = 0;

@@ -158,7 +158,11 @@ bool DriverTransport::becomeContext(const sp<BBinder>& manager) {
 }
 
 void DriverTransport::startThreads() {
-    if (!transport::refusedAfterFork() && !mStarted.exchange(true)) {
+    if (transport::refusedAfterFork()) {
+        return;
+    }
+    mProcess.threads.retry();
+    if (!mStarted.exchange(true)) {
         mThreads.startFirst();
     }
 }

@@ -45,6 +45,7 @@ void DriverThread::serveForever(uint32_t enter) {
     mCommands.add(enter);
     mIsLooper = true;
     for (;;) {
+        mProcess.threads.retry();
         ReturnBuffer returns;
         if (exchange(&returns) != 0) {
             mIsLooper = false;

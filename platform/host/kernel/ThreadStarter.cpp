@@ -9,9 +9,28 @@
 namespace android::kernel {
 
 void ThreadStarter::start(std::function<void()> body) {
-    const int error = mSystem.startThread(std::move(body));
+    const int error = mSystem.startThread(body);
     if (error != 0) {
-        transport::logLimited("cannot start another thread: %s", strerrordesc_np(error));
+        transport::logLimited("cannot start another thread: %s: it is tried again",
+                              strerrordesc_np(error));
+        Mutex::Autolock held(mLock);
+        mUnstarted.push_back(std::move(body));
+        mHasUnstarted = true;
+    }
+}
+
+void ThreadStarter::retry() {
+    if (!mHasUnstarted) {
+        return;
+    }
+    std::vector<std::function<void()>> bodies;
+    {
+        Mutex::Autolock held(mLock);
+        bodies.swap(mUnstarted);
+        mHasUnstarted = false;
+    }
+    for (std::function<void()>& body : bodies) {
+        start(std::move(body));
     }
 }
 

@@ -2,23 +2,32 @@
 #ifndef VOXTREL_KERNEL_THREADSTARTER_H
 #define VOXTREL_KERNEL_THREADSTARTER_H
 
+#include <atomic>
 #include <functional>
+#include <vector>
 
 #include "kernel/SystemCalls.h"
+#include "utils/Mutex.h"
 
 namespace android::kernel {
 
 /// Starts the threads of the transport.
 ///
-/// Called on: any thread. Locks: none.
+/// Called on: any thread. Locks: its own.
 class ThreadStarter {
 public:
     explicit ThreadStarter(SystemCalls& system) : mSystem(system) {}
 
+    /// Now, or when `retry` finds room for it: the driver asks for no other looper before the one
+    /// that it has asked for is there.
     void start(std::function<void()> body);
+    void retry();
 
 private:
     SystemCalls& mSystem;
+    std::atomic<bool> mHasUnstarted{false};
+    Mutex mLock;
+    std::vector<std::function<void()>> mUnstarted PLATFORM_GUARDED_BY(mLock);
 };
 
 }  // namespace android::kernel
