@@ -184,6 +184,48 @@ TEST_F(ACallOverTheDriver, FailsWithTheProcessWhoseNestedCallItServed) {
     EXPECT_TRUE(mDriver.reads.empty());
 }
 
+// A binder that is neither a node nor a proxy.
+class Neither : public IBinder {
+public:
+    const android::String16& getInterfaceDescriptor() const override {
+        static const android::String16 none;
+        return none;
+    }
+    bool isBinderAlive() const override { return true; }
+    status_t pingBinder() override { return android::OK; }
+    status_t transact(uint32_t, const Parcel&, Parcel*, uint32_t) override { return android::OK; }
+    status_t linkToDeath(const sp<DeathRecipient>&, void*, uint32_t) override {
+        return android::INVALID_OPERATION;
+    }
+    status_t unlinkToDeath(const android::wp<DeathRecipient>&, void*, uint32_t,
+                           android::wp<DeathRecipient>*) override {
+        return android::INVALID_OPERATION;
+    }
+};
+
+// The process ended.
+TEST_F(ACallOverTheDriver, RefusesABinderThatIsNeitherANodeNorAProxy) {
+    Parcel data;
+    data.writeStrongBinder(new Neither());
+    EXPECT_EQ(android::BAD_TYPE, mThread.transact(kHandle, 9, data, nullptr, 0).status);
+    EXPECT_EQ(Numbers{}, mDriver.numbers());
+}
+
+TEST_F(ACallOverTheDriver, AnswersBadTypeForSuchABinderInAReply) {
+    const sp<Scripted> node = new Scripted(
+        [](const Parcel&, Parcel* reply) { return reply->writeStrongBinder(new Neither()); });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({}))));
+    mDriver.reads.emplace_back([this] {
+        const auto sent = mDriver.last(BC_REPLY).as<binder_transaction_data>();
+        EXPECT_EQ(uint32_t{TF_STATUS_CODE}, sent.flags);
+        EXPECT_EQ(android::BAD_TYPE,
+                  *android::kernel::toPointer<const int32_t>(sent.data.ptr.buffer));
+        return bytesOf(kNoop, kComplete);
+    });
+    serve();
+    EXPECT_TRUE(mDriver.reads.empty());
+}
+
 using AHandle = OverTheDriver;
 
 TEST_F(AHandle, IsAcquiredBeforeTheBufferThatBroughtItIsFreedAndReleasedWithItsProxy) {

@@ -51,10 +51,10 @@ DriverThread::~DriverThread() {
 
 DriverThread::Result DriverThread::transact(uint32_t handle, uint32_t code, const Parcel& data,
                                             Parcel* reply, uint32_t flags) {
-    if (data.errorCheck() != OK) {
-        return {data.errorCheck(), false, false};
-    }
     const ParcelImage image(data);
+    if (image.status() != OK) {
+        return {image.status(), false, false};
+    }
     binder_transaction_data transaction = {};
     transaction.target.handle = handle;
     transaction.code = code;

@@ -12,11 +12,14 @@ namespace android::kernel {
 
 namespace {
 
-flat_binder_object flatten(const sp<IBinder>& binder) {
-    if (BBinder* const node = binder->localBinder(); node != nullptr) {
-        return flatNode(*node);
+status_t flatten(const sp<IBinder>& binder, flat_binder_object* object) {
+    BBinder* const node = binder->localBinder();
+    BpBinder* const proxy = binder->remoteBinder();
+    if (node == nullptr && proxy == nullptr) {
+        return BAD_TYPE;
     }
-    return flatHandle(handleOf(*binder->remoteBinder()));
+    *object = node != nullptr ? flatNode(*node) : flatHandle(handleOf(*proxy));
+    return OK;
 }
 
 sp<IBinder> unflatten(const flat_binder_object& object, const ProxySource& proxyOf) {
@@ -32,14 +35,18 @@ sp<IBinder> unflatten(const flat_binder_object& object, const ProxySource& proxy
 
 }  // namespace
 
-ParcelImage::ParcelImage(const Parcel& parcel) : mParcel(parcel) {
+ParcelImage::ParcelImage(const Parcel& parcel) : mParcel(parcel), mStatus(parcel.errorCheck()) {
     const auto& binders = ParcelFrame::objects(parcel);
-    if (binders.empty()) {
+    if (mStatus != OK || binders.empty()) {
         return;
     }
     mFlattened.assign(parcel.data(), parcel.data() + parcel.dataSize());
     for (const auto& one : binders) {
-        const flat_binder_object object = flatten(one.binder);
+        flat_binder_object object = {};
+        mStatus = flatten(one.binder, &object);
+        if (mStatus != OK) {
+            return;
+        }
         std::memcpy(&mFlattened[one.offset], &object, sizeof(object));
         mOffsets.push_back(one.offset);
     }

@@ -16,10 +16,14 @@ class ParcelImage {
 public:
     explicit ParcelImage(const Parcel& parcel);
 
+    /// BAD_TYPE for a parcel with a binder that is neither a node nor a proxy; else the parcel's
+    /// own. Only a parcel that is OK can be sent.
+    status_t status() const { return mStatus; }
     void describe(binder_transaction_data* transaction) const;
 
 private:
     const Parcel& mParcel;
+    status_t mStatus;
     std::vector<uint8_t> mFlattened;
     std::vector<binder_size_t> mOffsets;
 };

@@ -178,11 +178,11 @@ void DriverThread::serve(const binder_transaction_data& transaction) {
 }
 
 void DriverThread::sendReply(status_t status, const Parcel& reply) {
-    if (status == OK) {
-        status = reply.errorCheck();
-    }
     binder_transaction_data transaction = {};
     const ParcelImage image(reply);
+    if (status == OK) {
+        status = image.status();
+    }
     if (status == OK) {
         image.describe(&transaction);
     } else {
