@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include "kernel/FlatObject.h"
 #include "tests/kernel/FakeDriver.h"
 
 namespace {
@@ -126,6 +127,15 @@ TEST(TheDriversCommands, AreANumberAndWhatBelongsToIt) {
     commands.consume(4);
     EXPECT_EQ(expected.size() - 4, commands.size());
     EXPECT_EQ(0x05, commands.data()[0]);
+}
+
+TEST(AFlatObject, TakesCallsOfAnyPriorityAndNoDescriptors) {
+    const android::sp<android::BBinder> node = new android::BBinder();
+    const flat_binder_object object = android::kernel::flatNode(*node);
+    EXPECT_EQ(uint32_t{BINDER_TYPE_BINDER}, object.hdr.type);
+    EXPECT_EQ(0x7FU, object.flags & FLAT_BINDER_FLAG_PRIORITY_MASK);
+    EXPECT_EQ(0U, object.flags & FLAT_BINDER_FLAG_ACCEPTS_FDS);
+    EXPECT_EQ(0x7FU, android::kernel::flatHandle(3).flags);
 }
 
 TEST(TheDriversReturns, AreSkippedWhenTheyAreUnknownAndEndBeforeAHalfOne) {

@@ -86,6 +86,12 @@ TEST_F(TheLoopersOfTheDriver, AreStartedLaterWhenThereIsNoRoomForAThread) {
     EXPECT_TRUE(mDriver.reads.empty());
 }
 
+TEST_F(TheLoopersOfTheDriver, EndWhenTheDriverServesTheProcessNoLonger) {
+    mTransport.startThreads();
+    mDriver.runThreads();
+    EXPECT_EQ(0U, mDriver.threads.size()) << "another one would end, too";
+}
+
 TEST_F(TheLoopersOfTheDriver, BeginWithOneThatIsTriedAgain) {
     mDriver.threadError = EAGAIN;
     mTransport.startThreads();

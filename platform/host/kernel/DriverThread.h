@@ -30,8 +30,8 @@ public:
     Result transact(uint32_t handle, uint32_t code, const Parcel& data, Parcel* reply,
                     uint32_t flags);
 
-    /// Serves calls and deaths; `enter` is BC_ENTER_LOOPER or BC_REGISTER_LOOPER. Returns when the
-    /// driver serves this process no longer.
+    /// Serves calls and deaths; `enter` is BC_ENTER_LOOPER or BC_REGISTER_LOOPER. Returns only when
+    /// BINDER_WRITE_READ fails, as the log says: the driver then serves this process no longer.
     void serveForever(uint32_t enter);
 
     /// The proxy of a handle, which this process holds from the next `flush` on at the latest.

@@ -5,13 +5,15 @@ namespace android::kernel {
 
 namespace {
 
-// The lowest priority a thread that serves the node needs to have: none in particular.
+// In the bits of FLAT_BINDER_FLAG_PRIORITY_MASK: calls to the node need no priority of their own.
 constexpr uint32_t kAnyPriority = 0x7F;
+// Without FLAT_BINDER_FLAG_ACCEPTS_FDS the driver refuses calls that carry descriptors.
+constexpr uint32_t kFlags = kAnyPriority;
 
 flat_binder_object flat(uint32_t type) {
     flat_binder_object object = {};
     object.hdr.type = type;
-    object.flags = kAnyPriority;
+    object.flags = kFlags;
     return object;
 }
 

@@ -30,7 +30,8 @@ public:
     virtual void startThreads() = 0;
     /// How many of them there may be. At least one serves once they have started.
     virtual void setMaxThreads(size_t count) = 0;
-    /// The calling thread serves, too, and does not return, but in a forked child, which cannot.
+    /// The calling thread serves, too. Returns only where it cannot: in a forked child, or when the
+    /// kernel serves this process no longer, as the log says.
     virtual void serveForever() = 0;
 
     /// Returns when everything that the calling thread has let go of has left the process.
