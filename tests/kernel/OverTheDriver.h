@@ -76,6 +76,9 @@ protected:
         transaction.data.ptr.offsets = android::kernel::toWord(&mOffset);
         return transaction;
     }
+    static binder_ptr_cookie wordsOf(android::BBinder& node) {
+        return {android::kernel::toWord(node.getWeakRefs()), android::kernel::toWord(&node)};
+    }
     static binder_transaction_data callTo(android::BBinder& node,
                                           binder_transaction_data transaction) {
         transaction.target.ptr = android::kernel::toWord(node.getWeakRefs());
@@ -96,7 +99,6 @@ protected:
     void serve() { mThread.serveForever(BC_ENTER_LOOPER); }
 
     FakeDriver mDriver;
-    int mSpawned = 0;
     android::kernel::Process mProcess{open(mDriver),
                                       android::kernel::HandleTable([this](uint32_t handle) {
                                           return std::make_unique<android::kernel::DriverReference>(
@@ -104,7 +106,7 @@ protected:
                                       }),
                                       {},
                                       android::kernel::ThreadStarter(mDriver),
-                                      [this] { ++mSpawned; }};
+                                      [] {}};
     android::kernel::Threads mThreads{mProcess};
     android::kernel::DriverThread mThread{mProcess};
     std::vector<std::unique_ptr<std::vector<int32_t>>> mData;
