@@ -69,9 +69,9 @@ int FakeDriver::ioctl(int /*fd*/, unsigned long request, void* argument) {
 }
 
 int FakeDriver::transfer(binder_write_read* transfer) {
-    take(android::kernel::toPointer<const uint8_t>(transfer->write_buffer),
-         static_cast<size_t>(transfer->write_size));
-    transfer->write_consumed = transfer->write_size;
+    transfer->write_consumed =
+        take(android::kernel::toPointer<const uint8_t>(transfer->write_buffer),
+             static_cast<size_t>(transfer->write_size));
     if (interruptions > 0) {
         --interruptions;
         return fail(EINTR);
@@ -91,8 +91,9 @@ int FakeDriver::transfer(binder_write_read* transfer) {
     return 0;
 }
 
-void FakeDriver::take(const uint8_t* commands, size_t size) {
-    for (size_t done = 0; done < size;) {
+size_t FakeDriver::take(const uint8_t* commands, size_t size) {
+    size_t done = 0;
+    for (size_t taken = 0; done < size && (!commandsAWrite || taken < *commandsAWrite); ++taken) {
         uint32_t number = 0;
         std::memcpy(&number, commands + done, sizeof(number));
         const uint8_t* const payload = commands + done + sizeof(number);
@@ -102,6 +103,7 @@ void FakeDriver::take(const uint8_t* commands, size_t size) {
         }
         done += sizeof(number) + _IOC_SIZE(number);
     }
+    return done;
 }
 
 std::vector<uint32_t> FakeDriver::numbers() const {

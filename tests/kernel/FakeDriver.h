@@ -5,6 +5,7 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -78,13 +79,16 @@ public:
     uint32_t maxThreads = 0;
     int contextError = 0;
     int threadExits = 0;
+    /// How many commands one write takes; all of them unless set. What is left is to be written
+    /// again.
+    std::optional<size_t> commandsAWrite;
     /// So many transfers are interrupted once their commands have been taken, before anything is
     /// read.
     int interruptions = 0;
 
 private:
     int transfer(binder_write_read* transfer);
-    void take(const uint8_t* commands, size_t size);
+    size_t take(const uint8_t* commands, size_t size);
 
     Bytes mMemory;
 };

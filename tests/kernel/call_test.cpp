@@ -125,6 +125,22 @@ TEST_F(ACallOverTheDriver, WaitsForNoReplyWhenItIsOneWay) {
               mDriver.last(BC_TRANSACTION).as<binder_transaction_data>().flags);
 }
 
+TEST_F(ACallOverTheDriver, IsSentOnceWhenTheDriverTakesOnlyWhatStandsBeforeIt) {
+    willReply(delivered({1}));
+    ASSERT_EQ(android::OK, call(nullptr).status);  // its buffer is freed with the next call
+    mDriver.written.clear();
+    mDriver.commandsAWrite = 1;
+    mDriver.reads.emplace_back([this] {
+        EXPECT_EQ((Numbers{BC_FREE_BUFFER}), mDriver.numbers());
+        return bytesOf(kNoop);
+    });
+    willReply(delivered({2}));
+    Parcel reply;
+    EXPECT_EQ(android::OK, call(&reply).status);
+    EXPECT_EQ(2, reply.readInt32());
+    EXPECT_EQ((Numbers{BC_FREE_BUFFER, BC_TRANSACTION}), mDriver.numbers());
+}
+
 TEST_F(ACallOverTheDriver, SurvivesASignal) {
     mDriver.interruptions = 2;
     willReply(delivered({1}));

@@ -98,6 +98,41 @@ TEST_F(TheDriversDevice, IsNotGivenACommandTwiceWhenASignalComes) {
     EXPECT_EQ(uint32_t{BR_NOOP}, one.command());
 }
 
+CommandBuffer threeCommands() {
+    CommandBuffer commands;
+    commands.addHandle(BC_INCREFS, 5);
+    commands.addHandle(BC_ACQUIRE, 5);
+    commands.addDeath(BC_REQUEST_DEATH_NOTIFICATION, 5, 1);
+    return commands;
+}
+
+TEST_F(TheDriversDevice, IsGivenAgainWhatItHasNotTaken) {
+    const std::unique_ptr<Device> device = opened();
+    mDriver.commandsAWrite = 2;
+    CommandBuffer commands = threeCommands();
+    EXPECT_EQ(0, device->exchange(commands, nullptr));
+    EXPECT_EQ((std::vector<uint32_t>{BC_INCREFS, BC_ACQUIRE}), mDriver.numbers());
+    EXPECT_EQ(4U + 12U, commands.size());
+    EXPECT_EQ(0, device->exchange(commands, nullptr));
+    EXPECT_TRUE(commands.empty());
+    EXPECT_EQ(5U, mDriver.last(BC_REQUEST_DEATH_NOTIFICATION).as<binder_handle_cookie>().handle);
+}
+
+TEST_F(TheDriversDevice, IsWrittenToUntilItHasTakenEverything) {
+    const std::unique_ptr<Device> device = opened();
+    mDriver.commandsAWrite = 1;
+    device->write(threeCommands());
+    EXPECT_EQ((std::vector<uint32_t>{BC_INCREFS, BC_ACQUIRE, BC_REQUEST_DEATH_NOTIFICATION}),
+              mDriver.numbers());
+}
+
+TEST_F(TheDriversDevice, IsNotWrittenToForEverWhenItTakesNothing) {
+    const std::unique_ptr<Device> device = opened();
+    mDriver.commandsAWrite = 0;
+    device->write(threeCommands());
+    EXPECT_EQ((std::vector<uint32_t>{}), mDriver.numbers());
+}
+
 TEST_F(TheDriversDevice, TellsWhenItServesThisProcessNoLonger) {
     const std::unique_ptr<Device> device = opened();
     CommandBuffer commands;

@@ -36,6 +36,14 @@ TEST_F(AHandle, IsAcquiredBeforeTheBufferThatBroughtItIsFreedAndReleasedWithItsP
     EXPECT_EQ(3U, mDriver.last(BC_RELEASE).as<uint32_t>());
 }
 
+TEST_F(AHandle, IsReleasedOnlyWhenTheDriverHasTakenTheWholeAcquisition) {
+    mDriver.commandsAWrite = 1;
+    mThread.proxyOf(3);
+    EXPECT_EQ(Numbers{}, mDriver.numbers());
+    mThread.flush();
+    EXPECT_EQ((Numbers{BC_INCREFS, BC_ACQUIRE, BC_RELEASE, BC_DECREFS}), mDriver.numbers());
+}
+
 TEST_F(AHandle, ThatComesTwiceIsTheSameProxyAndAcquiredOnce) {
     Parcel first;
     Parcel second;
