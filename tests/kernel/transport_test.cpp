@@ -187,6 +187,19 @@ TEST_F(TheDriversTransport, TellsTheLinksToADeadManagerWhenItFindsTheNextOne) {
     EXPECT_EQ(1U, mDriver.count(BC_DEAD_BINDER_DONE));
 }
 
+// It would have reached the next manager, whose handle is the same.
+TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasLetGoOf) {
+    const sp<IBinder> dead = contextThatAnswers();
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_REPLY}));
+    EXPECT_EQ(0U, dead->getInterfaceDescriptor().size());
+    EXPECT_TRUE(contextThatAnswers() != dead);
+    mDriver.written.clear();
+    const Parcel data;
+    EXPECT_EQ(android::DEAD_OBJECT, dead->transact(1, data, nullptr));
+    EXPECT_EQ(0U, mDriver.count(BC_TRANSACTION));
+    mDriver.runThreads();
+}
+
 TEST_F(TheDriversTransport, TellsALinkToAManagerThatItHasLetGoOfAsWell) {
     const sp<IBinder> dead = contextThatAnswers();
     EXPECT_EQ(android::DEAD_OBJECT, callDeadNode(dead));

@@ -15,6 +15,9 @@ status_t DriverReference::call(uint32_t code, const Parcel& data, Parcel* reply,
     if (transport::refusedAfterFork()) {
         return INVALID_OPERATION;
     }
+    if (mEnded) {
+        return DEAD_OBJECT;  // the handle may be another node's
+    }
     const DriverThread::Result result =
         mThreads.current().transact(handle(), code, data, reply, flags);
     if (result.isDead && (!result.wasSent || !answersPing())) {
@@ -69,6 +72,7 @@ void DriverReference::letGo() {
             return;
         }
         mLetGo = true;
+        mEnded = true;
         untold = mProcess.deaths.take(mCookie);
     }
     mProcess.handles.forget(handle(), *this);
