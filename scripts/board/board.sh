@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# usage: board.sh [--over sockets|driver]... [--cpus N] [x86|arm]... Tests on emulated boards, over the
-# transport over sockets, the one over the kernel's binder driver, or both. A board has one processor and a
-# clock of its own (machine.sh), or with --cpus N as many and the time of this machine. Ends with
-# 'N passed, N failed'.
+# usage: board.sh [--over sockets|driver]... [--cpus N] [x86|arm]... Tests on emulated boards, all of them
+# beside each other, over the transport over sockets, the one over the kernel's binder driver, or both. A
+# board has one processor and a clock of its own (machine.sh), or with --cpus N as many and the time of this
+# machine. Ends with 'N passed, N failed'.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 source scripts/lib.sh
@@ -90,26 +90,61 @@ count_results() {
     fi
 }
 
-prepare_board() {
+# build_board: what the chosen board runs
+build_board() {
     local targets=("${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}")
     if [ -n "$SOUND_CARD_TEST" ]; then targets+=("$SOUND_CARD_TEST"); fi
-    need_board_root && build_preset "$PRESET" --target "${targets[@]}" && make_image "build/$PRESET"
+    need_board_root && build_preset "$PRESET" --target "${targets[@]}"
 }
 
-run_board() {
-    local start=$SECONDS console
+# run_board BOARD: boots it, once for all transports. Its words go to its log and its sums to its counts,
+# for boards run beside each other.
+run_board() (
     choose_board "$1"
-    say_step "board $1"
-    if ! prepare_board; then
+    start=$SECONDS console=$BOARD_FOLDER/console
+    PASSED=0 FAILED=0
+    if make_image "build/$PRESET"; then
+        run_machine "$MACHINE_SECONDS" >"$console" || true # it is counted by what it has said
+        count_results "$console"
+    else
+        FAILED=1
+        say "board $1: has no image"
+    fi >"$BOARD_FOLDER/log" 2>&1
+    echo "(board $1: $((SECONDS - start)) s)" >>"$BOARD_FOLDER/log"
+    echo "$PASSED $FAILED" >"$BOARD_FOLDER/counts"
+)
+
+# start_board BOARD: builds what it runs, while those before it run
+start_board() {
+    choose_board "$1"
+    mkdir -p "$BOARD_FOLDER"
+    rm -f "$BOARD_FOLDER"/{log,counts}
+    if ! build_board; then
         FAILED=$((FAILED + 1))
-        say "board $1: failed"
+        say "board $1: could not be built"
         return 0
     fi
-    say "(prepared after $((SECONDS - start)) s)"
-    console=$BOARD_FOLDER/console
-    run_machine "$MACHINE_SECONDS" >"$console" || true # it is counted by what it has said
-    count_results "$console"
-    say "(board $1: $((SECONDS - start)) s)"
+    set -m # a process group of its own, to be ended by
+    run_board "$1" </dev/null &
+    set +m
+    STARTED+=("$1")
+    GROUPS_STARTED+=("$!")
+}
+
+end_boards() {
+    local group
+    for group in "${GROUPS_STARTED[@]}"; do kill -- "-$group" 2>/dev/null || true; done
+}
+
+# finish_board BOARD: says what became of it
+finish_board() {
+    local passed=0 failed=1
+    choose_board "$1"
+    say_step "board $1"
+    cat "$BOARD_FOLDER/log"
+    read -r passed failed <"$BOARD_FOLDER/counts" || say "board $1: was not counted"
+    PASSED=$((PASSED + passed))
+    FAILED=$((FAILED + failed))
 }
 
 TRANSPORTS=()
@@ -131,10 +166,14 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-[ ${#TRANSPORTS[@]} -gt 0 ] || TRANSPORTS=(sockets)
+[ ${#TRANSPORTS[@]} -gt 0 ] || TRANSPORTS=(sockets driver)
 [ ${#chosen[@]} -gt 0 ] || chosen=("${BOARDS[@]}")
 
 need_packages speak build python desktop arm board
-for board in "${chosen[@]}"; do run_board "$board"; done
+STARTED=() GROUPS_STARTED=()
+trap end_boards EXIT
+for board in "${chosen[@]}"; do start_board "$board"; done
+wait
+for board in "${STARTED[@]}"; do finish_board "$board"; done
 say ""
 closing_line

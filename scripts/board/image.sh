@@ -3,7 +3,7 @@
 
 # start_image: makes IMAGE, a folder of this run alone: busybox, the kernel's modules and the first process
 start_image() {
-    [ -z "${IMAGE:-}" ] || rm -rf "$IMAGE"
+    [ -z "${IMAGE:-}" ] || rm -rf "$IMAGE" "$IMAGE.cpio"
     trap 'rm -rf "$IMAGE" "$IMAGE.cpio"' EXIT
     IMAGE=$(mktemp -d "$BOARD_FOLDER/image.XXXXXX")
     chmod 755 "$IMAGE"

@@ -7,7 +7,7 @@
 run_machine() {
     local options=(-smp "${MACHINE_CPUS:-2}") kernel=("$BOARD_ROOT"/boot/vmlinuz-*)
     if [ -n "${MACHINE_ICOUNT:-}" ]; then options=(-smp 1 -icount "$MACHINE_ICOUNT"); fi
-    timeout --kill-after=5 "$1" "${EMULATOR[@]}" -accel tcg "${options[@]}" -m 1536 \
+    timeout --foreground --kill-after=5 "$1" "${EMULATOR[@]}" -accel tcg "${options[@]}" -m 1536 \
         -display none -monitor none -net none -no-reboot -serial stdio \
         -kernel "${kernel[0]}" -initrd "$IMAGE.cpio" \
         -append "console=$CONSOLE quiet panic=-1" </dev/null 2>&1 | sed -u 's/\r$//'
