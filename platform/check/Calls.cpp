@@ -42,11 +42,20 @@ status_t note(const sp<android::IBinder>& node, int32_t number, int32_t millisec
     return node->transact(kNote, request, nullptr, kOneWay);
 }
 
+struct Caller {
+    int32_t pid = -1;
+    int32_t uid = -1;
+};
+
+Caller callerIn(const Parcel& reply) {
+    const int32_t pid = reply.readInt32();
+    return {pid, reply.readInt32()};
+}
+
 /// What the peer has noted.
 struct Notes {
-    int32_t mostAtATime = 0;
-    int32_t pid = 0;
-    int32_t uid = 0;
+    int32_t maxAtATime = 0;
+    Caller caller;
     std::vector<int32_t> numbers;
 };
 
@@ -55,9 +64,8 @@ Notes notesOf(const sp<android::IBinder>& node) {
     Parcel reply;
     Notes notes;
     if (node->transact(kNotes, request, &reply, 0) == android::OK) {
-        notes.mostAtATime = reply.readInt32();
-        notes.pid = reply.readInt32();
-        notes.uid = reply.readInt32();
+        notes.maxAtATime = reply.readInt32();
+        notes.caller = callerIn(reply);
         notes.numbers.resize(static_cast<size_t>(std::max(0, reply.readInt32())));
         for (int32_t& number : notes.numbers) {
             number = reply.readInt32();
@@ -109,11 +117,11 @@ Seen oneWayCalls() {
     const Notes notes = awaitNotes(peer.node(), kCalls);
     const bool isSorted = std::is_sorted(notes.numbers.begin(), notes.numbers.end());
     const bool isEmpty = reply.dataSize() == 0;
-    return judged(took < 1000 && isEmpty && isSorted && notes.mostAtATime == 1 &&
+    return judged(took < 1000 && isEmpty && isSorted && notes.maxAtATime == 1 &&
                       notes.numbers.size() == kCalls,
                   std::to_string(notes.numbers.size()) + " of 200 arrived, " +
                       (isSorted ? "in order, " : "out of order, ") +
-                      std::to_string(notes.mostAtATime) +
+                      std::to_string(notes.maxAtATime) +
                       " at a time; one of 1000 ms returned after " + std::to_string(took) +
                       " ms with " + std::to_string(reply.dataSize()) + " bytes of reply");
 }
@@ -173,13 +181,24 @@ Seen callsAtOnce() {
     return judged(met == kThreads, std::to_string(met) + " of 3 calls met in the other process");
 }
 
+std::string wordsOf(const Caller& caller) {
+    const bool isUser = caller.uid == static_cast<int32_t>(getuid());
+    return (caller.pid == getpid() ? "the caller's pid" : "pid " + std::to_string(caller.pid)) +
+           (isUser ? " and uid" : " and uid " + std::to_string(caller.uid));
+}
+
 Seen callingIdentity() {
     const Peer peer;
     (void)note(peer.node(), 1, 0);
-    const Notes notes = awaitNotes(peer.node(), 1);
-    const std::string pid = notes.pid == getpid() ? "the caller's pid" : std::to_string(notes.pid);
-    const bool isUs = notes.uid == static_cast<int32_t>(getuid());
-    return {Verdict::Right, pid + (isUs ? ", the caller's uid" : ", another uid")};
+    const Caller oneWay = awaitNotes(peer.node(), 1).caller;
+    const Parcel request;
+    Parcel reply;
+    const status_t status = peer.node()->transact(kCaller, request, &reply, 0);
+    const Caller twoWay = callerIn(reply);
+    const auto isUser = [](int32_t uid) { return uid == static_cast<int32_t>(getuid()); };
+    return judged(status == android::OK && twoWay.pid == getpid() && isUser(twoWay.uid) &&
+                      (oneWay.pid == getpid() || oneWay.pid == 0) && isUser(oneWay.uid),
+                  wordsOf(twoWay) + "; one-way " + wordsOf(oneWay));
 }
 
 Seen incomingCalls() {
@@ -214,9 +233,9 @@ Rows callRows() {
          "nothing: the library does not rely on either", oneWayToOwnObject},
         {"calls-at-once", "they do not wait for each other",
          "a slow call holds up all threads of the application", callsAtOnce},
-        {"calling-identity", "nothing: over the driver it is 0, and getCallingUid() is right",
-         "nothing in the library; a service that knows its clients by the caller's pid knows "
-         "nobody",
+        {"calling-identity",
+         "the caller's; 0 in place of the pid of a one-way call, as over the driver, will do",
+         "nothing in the library; a service refuses its clients, or takes one for another",
          callingIdentity},
         {"incoming-calls",
          "need threads of the runtime (ProcessState::startThreadPool), which the application "

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/Look.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "check/Peer.h"
 #include "check/Process.h"
 
 namespace check {
@@ -21,7 +19,7 @@ Seen parsed(const std::string& line) {
 }
 
 std::string howItEnded(int status) {
-    return status < 0 ? "ended by signal " + std::to_string(-status)
+    return status < 0 ? "was ended by signal " + std::to_string(-status)
                       : "left with status " + std::to_string(status);
 }
 
@@ -36,7 +34,7 @@ Seen lookOnce(const char* row) {
 
 }  // namespace
 
-Seen lookApart(const Row& row, std::chrono::seconds deadline, bool isVerbose) {
+Seen lookApart(const Row& row, std::chrono::seconds deadline, bool isVerbose) try {
     const Deadline end = std::chrono::steady_clock::now() + deadline;
     Process looking({"--look", row.name}, !isVerbose);
     std::string line;
@@ -44,23 +42,25 @@ Seen lookApart(const Row& row, std::chrono::seconds deadline, bool isVerbose) {
     int status = 0;
     if (!looking.waitForEnd(status, end)) {
         return {Verdict::Wrong, "no end within " + std::to_string(deadline.count()) + " s" +
-                                    (hasSeen ? ", but: " + line.substr(1) : "")};
+                                    (hasSeen ? ", but: " + parsed(line).what : "")};
     }
     if (!hasSeen || status != EXIT_SUCCESS) {
-        return {Verdict::Wrong, "the process that looked was " + howItEnded(status)};
+        return {Verdict::Wrong, "the process that looked " + howItEnded(status)};
     }
     return parsed(line);
+} catch (const CannotLook& why) {
+    return {Verdict::NotSeen, why.what()};
 }
 
-int lookHere(const char* row) {
+int lookHere(const char* row, const Report& report) {
     Seen seen{Verdict::NotSeen, ""};
     try {
         seen = lookOnce(row);
-    } catch (const NoPeer& why) {
+    } catch (const CannotLook& why) {
         seen.what = why.what();
     }
-    std::printf("%d%s\n", static_cast<int>(seen.verdict), seen.what.c_str());
-    return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    const std::string verdict = std::to_string(static_cast<int>(seen.verdict));
+    return report.tell(verdict + seen.what) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace check

@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "check/Report.h"
 #include "check/Row.h"
 
 namespace check {
@@ -12,9 +13,9 @@ namespace check {
 /// seen.
 Seen lookApart(const Row& row, std::chrono::seconds deadline, bool isVerbose);
 
-/// What that process does: looks, and prints what it saw.
+/// What that process does: looks, and tells what it saw.
 /// @return the exit status.
-int lookHere(const char* row);
+int lookHere(const char* row, const Report& report);
 
 }  // namespace check
 

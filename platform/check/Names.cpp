@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -16,8 +16,18 @@ using Search = sp<android::IBinder> (android::IServiceManager::*)(const android:
 
 constexpr long kAtOnce = 1000;
 
+/// The one that answers. Without one there is nothing to see.
+sp<android::IBinder> contextObject() {
+    const sp<android::IBinder> context = android::ProcessState::self()->getContextObject(nullptr);
+    if (context == nullptr || context->pingBinder() != android::OK) {
+        throw CannotLook("no service manager answers");
+    }
+    return context;
+}
+
 Seen absentName(Search search) {
     const sp<android::IServiceManager> manager = android::defaultServiceManager();
+    (void)contextObject();
     const Clock::time_point begin = Clock::now();
     const bool isNull =
         (manager.get()->*search)(android::String16("voxtrel.platform.check.absent")) == nullptr;
@@ -38,12 +48,9 @@ Seen absentNamesChecked() {
 
 Seen serviceManager() {
     const sp<android::IServiceManager> manager = android::defaultServiceManager();
-    if (manager == nullptr) {
-        return judged(false, "null");
-    }
-    const sp<android::IBinder> context = android::ProcessState::self()->getContextObject(nullptr);
-    const bool answers = context != nullptr && context->pingBinder() == android::OK;
-    return judged(answers, answers ? "there is one, and it answers" : "none answers");
+    (void)contextObject();
+    return judged(manager != nullptr,
+                  manager != nullptr ? "there is one, and it answers" : "null, while one answers");
 }
 
 /// The command that starts the service manager anew, as the command line names it.
@@ -52,9 +59,9 @@ Seen restartedManager() {
     if (command == nullptr || *command == '\0') {
         return {Verdict::NotTried, "needs --restart-manager"};
     }
-    const sp<android::IBinder> old = android::ProcessState::self()->getContextObject(nullptr);
+    const sp<android::IBinder> old = contextObject();
     if (std::system(command) != 0) {
-        return {Verdict::NotSeen, std::string("'") + command + "' failed"};
+        throw CannotLook(std::string("'") + command + "' failed");
     }
     const Deadline end = soon();
     while (Clock::now() < end) {
@@ -69,14 +76,25 @@ Seen restartedManager() {
 }
 
 Seen logLines() {
+    constexpr int kThreads = 4;
+    std::atomic<int> ready{0};
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([i] { dbgPrint(1000, "voxtrel-platform-check %d %s\n", i, "line"); });
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&ready, i] {
+            ++ready;
+            while (ready < kThreads) {
+                std::this_thread::yield();
+            }
+            for (int line = 0; line < 25; ++line) {
+                // The level of the library's warnings, which a platform is likely to print.
+                dbgPrint(0, "voxtrel-platform-check: %s %d of thread %d\n", "line", line, i);
+            }
+        });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    return judged(true, "4 threads wrote a line each");
+    return judged(true, "4 threads wrote 25 lines each at once");
 }
 
 Seen languageFilter() {
@@ -85,7 +103,7 @@ Seen languageFilter() {
         return judged(false, "null");
     }
     const std::string before = text;
-    (void)android::defaultServiceManager();
+    (void)android::ProcessState::self();
     const bool isSame = before == INI_LANGUAGE_WITH_VOICES;
     return preferred(isSame, isSame ? std::to_string(before.size()) + " characters" : "it changed");
 }
@@ -110,7 +128,8 @@ Rows nameRows() {
          "service ends with status 1, for whoever starts it to start it again",
          restartedManager},
         {"log-lines", "C linkage; may be called from any thread",
-         "the process ends where two threads log at once", logLines},
+         "nothing links; lines are lost, or the process crashes, where two threads log at once",
+         logLines},
         {"language-filter", "NUL-terminated text, a pointer or an array; does not change",
          "a filter that changes is seen at the next query", languageFilter},
     };

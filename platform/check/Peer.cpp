@@ -3,32 +3,30 @@
 
 #include <unistd.h>
 
-namespace check {
+#include "check/Row.h"
 
-Deadline soon() {
-    return std::chrono::steady_clock::now() + kSoon;
-}
+namespace check {
 
 Peer::Peer()
     : mName("voxtrel.platform.check." + std::to_string(getpid())),
       mProcess({"--peer", mName}, false) {
     std::string line;
     if (!mProcess.readLine(line, soon())) {
-        throw NoPeer("the second process did not register itself within 5 s");
+        throw CannotLook("the second process did not register itself within 5 s");
     }
     if (line != "ready") {
-        throw NoPeer("the service manager took no service of the second process: " + line);
+        throw CannotLook("the service manager took no service of the second process: " + line);
     }
     mNode = android::defaultServiceManager()->checkService(android::String16(mName.c_str()));
     if (mNode == nullptr) {
-        throw NoPeer("the service manager does not know the second process");
+        throw CannotLook("the service manager does not know the second process");
     }
 }
 
 void Peer::kill() {
     mProcess.kill();
     int status = 0;
-    (void)mProcess.waitForEnd(status, Deadline::max());
+    (void)mProcess.waitForEnd(status, soon());
 }
 
 }  // namespace check

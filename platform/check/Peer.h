@@ -2,7 +2,6 @@
 #ifndef VOXTREL_PLATFORM_CHECK_PEER_H
 #define VOXTREL_PLATFORM_CHECK_PEER_H
 
-#include <stdexcept>
 #include <string>
 
 #include "check/Headers.h"
@@ -10,22 +9,11 @@
 
 namespace check {
 
-/// There is no second process to look with; `what` tells why.
-class NoPeer : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// How long whatever should happen at once may take on a busy device.
-constexpr std::chrono::seconds kSoon{5};
-
-Deadline soon();
-
 /// The second process, which serves the calls of `PeerNode.h`, and its node as this process sees
 /// it.
 class Peer {
 public:
-    /// Starts it and finds its node under a name of its own. Throws NoPeer.
+    /// Starts it and finds its node under a name of its own. Throws CannotLook.
     Peer();
 
     const android::sp<android::IBinder>& node() const { return mNode; }

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 namespace check {
@@ -43,7 +43,7 @@ int32_t PeerNode::meet(int32_t callers) {
 void PeerNode::note(int32_t number, int32_t wait) {
     {
         const std::lock_guard<std::mutex> held(mLock);
-        mMost = std::max(mMost, ++mInside);
+        mMaxInside = std::max(mMaxInside, ++mInside);
         mCallerPid = android::IPCThreadState::self()->getCallingPid();
         mCallerUid = android::IPCThreadState::self()->getCallingUid();
     }
@@ -55,7 +55,7 @@ void PeerNode::note(int32_t number, int32_t wait) {
 
 void PeerNode::tellNotes(Parcel& reply) {
     const std::lock_guard<std::mutex> held(mLock);
-    reply.writeInt32(mMost);
+    reply.writeInt32(mMaxInside);
     reply.writeInt32(mCallerPid);
     reply.writeInt32(static_cast<int32_t>(mCallerUid));
     reply.writeInt32(static_cast<int32_t>(mNotes.size()));
@@ -109,6 +109,10 @@ status_t PeerNode::onTransact(uint32_t code, const Parcel& data, Parcel* reply, 
         case kNotes:
             tellNotes(*reply);
             return OK;
+        case kCaller:
+            reply->writeInt32(android::IPCThreadState::self()->getCallingPid());
+            return reply->writeInt32(
+                static_cast<int32_t>(android::IPCThreadState::self()->getCallingUid()));
         case kFail:
             reply->writeInt32(1);
             return android::BAD_VALUE;
@@ -125,17 +129,19 @@ status_t PeerNode::onTransact(uint32_t code, const Parcel& data, Parcel* reply, 
     }
 }
 
-int servePeer(const char* name) {
+int servePeer(const char* name, const Report& report) {
     const sp<PeerNode> node = new PeerNode();
     const status_t status =
         android::defaultServiceManager()->addService(android::String16(name), node);
     if (status != OK) {
-        std::printf("status %d\n", status);
-        return 1;
+        (void)report.tell("status " +
+                          std::to_string(status));  // whoever reads it sees the end, too
+        return EXIT_FAILURE;
     }
     android::ProcessState::self()->startThreadPool();
-    std::puts("ready");
-    std::fflush(stdout);
+    if (!report.tell("ready")) {
+        return EXIT_FAILURE;
+    }
     char nothing = 0;
     while (read(STDIN_FILENO, &nothing, 1) > 0) {
     }

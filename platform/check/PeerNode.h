@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "check/Headers.h"
+#include "check/Report.h"
 
 namespace check {
 
@@ -17,7 +18,8 @@ enum PeerCode : uint32_t {
     kWait,       ///< int32 milliseconds -> 1, after so long
     kMeet,       ///< int32 callers -> 1 when so many were here at a time, 0 after 5 s
     kNote,       ///< int32 number, int32 milliseconds: notes the number after so long
-    kNotes,      ///< -> int32 most at a time, int32 pid and uid of the last caller, the numbers
+    kNotes,      ///< -> int32 max at a time, int32 pid and uid of the last caller, the numbers
+    kCaller,     ///< -> int32 pid and uid of who calls this
     kFail,       ///< writes an int32 into the reply and fails
     kCallBack,   ///< binder, int32 flags, int32 -> status of calling it (code kAdd) with the number
     kIsNull,     ///< binder -> 1 when it is null
@@ -41,16 +43,16 @@ private:
     std::condition_variable mChanged;
     std::vector<int32_t> mNotes;
     int32_t mInside = 0;
-    int32_t mMost = 0;
+    int32_t mMaxInside = 0;
     int32_t mMeeting = 0;
     pid_t mCallerPid = 0;
     uid_t mCallerUid = 0;
     android::wp<android::IBinder> mMade;
 };
 
-/// Registers a node under `name`, says so on standard output, and serves until standard input
-/// closes.
-int servePeer(const char* name);
+/// Registers a node under `name`, tells so, and serves until standard input closes.
+/// @return the exit status.
+int servePeer(const char* name, const Report& report);
 
 }  // namespace check
 

@@ -10,6 +10,9 @@
 #include <algorithm>
 #include <csignal>
 #include <thread>
+#include <utility>
+
+#include "check/Row.h"
 
 namespace check {
 namespace {
@@ -22,52 +25,78 @@ int millisecondsUntil(Deadline deadline) {
     return static_cast<int>(std::max<milliseconds::rep>(left.count(), 0));
 }
 
-[[noreturn]] void become(const std::vector<std::string>& arguments, bool isQuiet) {
-    std::vector<char*> argv = {const_cast<char*>("voxtrel-platform-check")};
-    for (const std::string& each : arguments) {
-        argv.push_back(const_cast<char*>(each.c_str()));
-    }
-    argv.push_back(nullptr);
+[[noreturn]] void become(char* const* argv, int input, int report, bool isQuiet) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // it goes when this process goes, however that ends
+    dup2(input, STDIN_FILENO);
     if (isQuiet) {
-        const int nothing = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nothing, STDERR_FILENO);
+        dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
     }
-    execv("/proc/self/exe", argv.data());
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    fcntl(report, F_SETFD, 0);
+    execv("/proc/self/exe", argv);
     _exit(127);
 }
 
+/// Whose ends close, unless they were taken.
+class Pipe {
+public:
+    Pipe() {
+        if (pipe2(mEnds, O_CLOEXEC) != 0) {
+            throw CannotLook("there is no pipe to a process of its own");
+        }
+    }
+    ~Pipe() {
+        for (const int end : mEnds) {
+            close(end);
+        }
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int readEnd() const { return mEnds[0]; }
+    int writeEnd() const { return mEnds[1]; }
+    int takeReadEnd() { return std::exchange(mEnds[0], -1); }
+    int takeWriteEnd() { return std::exchange(mEnds[1], -1); }
+
+private:
+    int mEnds[2] = {-1, -1};
+};
+
 }  // namespace
 
+Deadline soon() {
+    return std::chrono::steady_clock::now() + kSoon;
+}
+
 Process::Process(const std::vector<std::string>& arguments, bool isQuiet) {
-    int input[2];
-    int output[2];
-    if (pipe2(input, O_CLOEXEC) != 0) {
-        return;
+    Pipe input;
+    Pipe report;
+    std::vector<std::string> words = {"voxtrel-platform-check"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    words.push_back(std::to_string(report.writeEnd()));
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
     }
-    if (pipe2(output, O_CLOEXEC) != 0) {
-        close(input[0]);
-        close(input[1]);
-        return;
-    }
+    argv.push_back(nullptr);
     mPid = fork();
     if (mPid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);  // it goes when this process goes, however that ends
-        dup2(input[0], STDIN_FILENO);
-        dup2(output[1], STDOUT_FILENO);
-        become(arguments, isQuiet);
+        become(argv.data(), input.readEnd(), report.writeEnd(), isQuiet);
     }
-    close(input[0]);
-    close(output[1]);
-    mInput = input[1];
-    mOutput = output[0];
+    if (mPid < 0) {
+        throw CannotLook("no process of its own could be started");
+    }
+    mInput = input.takeWriteEnd();
+    mReport = report.takeReadEnd();
 }
 
 Process::~Process() {
     kill();
     int status = 0;
-    (void)waitForEnd(status, Deadline::max());
+    // One that the kernel does not let go, say in a driver, is not waited for without end.
+    (void)waitForEnd(status, soon());
     close(mInput);
-    close(mOutput);
+    close(mReport);
 }
 
 bool Process::readLine(std::string& line, Deadline deadline) {
@@ -78,12 +107,13 @@ bool Process::readLine(std::string& line, Deadline deadline) {
             mUnread.erase(0, end + 1);
             return true;
         }
-        pollfd ready = {mOutput, POLLIN, 0};
+        pollfd ready = {mReport, POLLIN, 0};
         char bytes[512];
-        if (poll(&ready, 1, millisecondsUntil(deadline)) <= 0) {
+        const int left = millisecondsUntil(deadline);
+        if (left == 0 || poll(&ready, 1, left) <= 0) {
             return false;
         }
-        const ssize_t count = read(mOutput, bytes, sizeof bytes);
+        const ssize_t count = read(mReport, bytes, sizeof bytes);
         if (count <= 0) {
             return false;
         }
@@ -100,7 +130,7 @@ void Process::kill() {
 bool Process::waitForEnd(int& status, Deadline deadline) {
     while (mPid > 0) {
         int how = 0;
-        if (waitpid(mPid, &how, deadline == Deadline::max() ? 0 : WNOHANG) == mPid) {
+        if (waitpid(mPid, &how, WNOHANG) == mPid) {
             mPid = -1;
             status = WIFSIGNALED(how) ? -WTERMSIG(how) : WEXITSTATUS(how);
             return true;

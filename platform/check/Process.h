@@ -12,17 +12,24 @@ namespace check {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// This program once more, with arguments of its own. It is killed at the end, with all that it has
-/// started, unless it has left. Called on: one thread.
+/// How long whatever should happen at once may take on a busy device.
+constexpr std::chrono::seconds kSoon{5};
+
+Deadline soon();
+
+/// This program once more, with arguments of its own. It is killed at the end, with such processes
+/// as it has started, unless it has left. Called on: one thread.
 class Process {
 public:
-    /// Its standard input closes when this object goes. `isQuiet`: its standard error is dropped.
+    /// Throws CannotLook. Behind the arguments comes the number of the descriptor that its lines
+    /// are read from (Report.h). Its standard input closes when this object goes; its standard
+    /// output goes where its standard error does. `isQuiet`: both are dropped.
     Process(const std::vector<std::string>& arguments, bool isQuiet);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    /// The next line of its standard output, without the line's end; false when none comes in time.
+    /// The next line that it tells, without the line's end; false when none comes in time.
     bool readLine(std::string& line, Deadline deadline);
     void kill();
     /// Waits for its end: its exit status, or minus the signal that ended it; false when it has not
@@ -32,7 +39,7 @@ public:
 private:
     pid_t mPid = -1;
     int mInput = -1;
-    int mOutput = -1;
+    int mReport = -1;
     std::string mUnread;
 };
 

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_PLATFORM_CHECK_ROW_H
 #define VOXTREL_PLATFORM_CHECK_ROW_H
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,13 +22,19 @@ struct Seen {
     std::string what;
 };
 
+/// What keeps a process from looking; `what` tells. The row was not seen then.
+class CannotLook : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// A row of platform/README.md, whose words these are.
 struct Row {
     const char* name;
     const char* reliedOn;
     const char* otherwise;
-    /// Looks at the runtime of this process. May hang or end the process: whoever calls it is a
-    /// process of its own, with a deadline.
+    /// Looks at the runtime of this process. Throws CannotLook. May hang or end the process:
+    /// whoever calls it is a process of its own, with a deadline.
     Seen (*look)();
 };
 

@@ -49,11 +49,11 @@ int checkRows(const check::Options& options) {
 
 int main(int argc, char** argv) {
     // What this program starts of itself.
-    if (argc == 3 && std::strcmp(argv[1], "--peer") == 0) {
-        return check::servePeer(argv[2]);
+    if (argc == 4 && std::strcmp(argv[1], "--peer") == 0) {
+        return check::servePeer(argv[2], check::Report(argv[3]));
     }
-    if (argc == 3 && std::strcmp(argv[1], "--look") == 0) {
-        return check::lookHere(argv[2]);
+    if (argc == 4 && std::strcmp(argv[1], "--look") == 0) {
+        return check::lookHere(argv[2], check::Report(argv[3]));
     }
     check::Options options;
     int exitStatus = EXIT_SUCCESS;

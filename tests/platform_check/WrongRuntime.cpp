@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Loaded in front of the stand-in, and wrong in the one row of platform/README.md that
-// VOXTREL_WRONG_ROW names; in the process that looks alone, not in the one that it looks with.
+// VOXTREL_WRONG_ROW names; in the process that looks alone, not in the one that it looks with. With
+// VOXTREL_TALKATIVE it logs to the standard output of both.
 #include <dlfcn.h>
 #include <ttscommon/ttscommon.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdarg>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <string>
 
 #include "binder/Binder.h"
 #include "binder/BpBinder.h"
@@ -21,6 +23,7 @@
 namespace {
 
 const char* gWrongRow = "";
+bool gIsTalkative = false;
 std::atomic<bool> gIsEnding{false};
 
 bool isWrong(const char* row) {
@@ -33,11 +36,31 @@ Function* right(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+/// Logs what may be taken for words of the check, and a line without an end.
+void talk() {
+    const std::string words = "\n1seen\nready\n\nstatus";
+    if (gIsTalkative) {
+        (void)!write(STDOUT_FILENO, words.data(), words.size());
+    }
+}
+
+void hangIf(const char* row) {
+    while (isWrong(row)) {
+        pause();
+    }
+}
+
 [[gnu::constructor]] void choose(int argc, char** argv) {
+    const std::string role = argc > 1 ? argv[1] : "";
     const char* row = std::getenv("VOXTREL_WRONG_ROW");
-    if (row != nullptr && argc > 1 && std::strcmp(argv[1], "--look") == 0) {
+    if (row != nullptr && role == "--look") {
         gWrongRow = row;
     }
+    gIsTalkative =
+        std::getenv("VOXTREL_TALKATIVE") != nullptr && (role == "--look" || role == "--peer");
+    talk();
+    hangIf("hangs-at-start");
+    std::atexit([] { hangIf("hangs-at-exit"); });
     if (isWrong("language-filter")) {
         INI_LANGUAGE_WITH_VOICES = nullptr;
     }
@@ -175,6 +198,7 @@ status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, ui
         "_ZN7android8BpBinder8transactEjRKNS_6ParcelEPS1_j");
     static std::mutex lock;
     std::unique_lock<std::mutex> held(lock, std::defer_lock);
+    talk();
     if (isWrong("calls-at-once")) {
         held.lock();
     }
@@ -219,9 +243,7 @@ status_t BpBinder::pingBinder() {
 
 sp<IServiceManager> defaultServiceManager() {
     static const auto own = right<sp<IServiceManager>()>("_ZN7android21defaultServiceManagerEv");
-    while (isWrong("service-manager")) {
-        pause();
-    }
+    hangIf("service-manager");
     return isWrong("absent-names") || isWrong("absent-names-checked")
                ? sp<IServiceManager>(new Finder(own()))
                : own();
@@ -236,8 +258,15 @@ sp<IBinder> ProcessState::getContextObject(const sp<IBinder>& caller) {
 
 }  // namespace android
 
+/// Bears one thread at a time.
 void dbgPrint(int /*level*/, const char* /*fmt*/, ...) {
-    if (isWrong("log-lines")) {
-        std::abort();
+    static std::atomic<int> inside{0};
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    ++inside;
+    while (isWrong("log-lines") && std::chrono::steady_clock::now() < end) {
+        if (inside > 1) {
+            std::abort();
+        }
     }
+    --inside;
 }
