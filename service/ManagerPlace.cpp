@@ -5,13 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <system_error>
 
 #include "service/Lifetime.h"
 
 // Of the runtime for a PC; a device's has a driver.
 #if __has_include(<binder/ServiceManagerSocket.h>)
+#include <binder/BinderDriver.h>
 #include <binder/ServiceManagerSocket.h>
 #endif
 
@@ -27,7 +27,7 @@ struct Place {
     bool mustExist;
 };
 
-Place driver(const char* path, bool mustExist) {
+Place driver(const std::string& path, bool mustExist) {
     return {"driver", S_IFCHR, path, "load the binder driver, and let this user open it",
             mustExist};
 }
@@ -35,8 +35,8 @@ Place driver(const char* path, bool mustExist) {
 #if __has_include(<binder/ServiceManagerSocket.h>)
 
 Place place() {
-    const char* const path = std::getenv("VOXTREL_BINDER_DRIVER");
-    if (path != nullptr && *path != '\0') {
+    const std::string& path = android::binderDriver();
+    if (!path.empty()) {
         return driver(path, true);
     }
     return {"socket", S_IFSOCK, android::serviceManagerSocket(),
@@ -60,12 +60,13 @@ bool isUsable(std::string& error) {
                 ": " + used.remedy;
         return false;
     }
-    if (access(used.path.c_str(), R_OK | W_OK) != 0 && (errno != ENOENT || used.mustExist)) {
-        error = "the service manager cannot be reached: " + managerPlace() + ": " +
-                std::system_category().message(errno) + ": " + used.remedy;
-        return false;
+    const int failure = access(used.path.c_str(), R_OK | W_OK) == 0 ? 0 : errno;
+    if (failure == 0 || (failure == ENOENT && !used.mustExist)) {
+        return true;
     }
-    return true;
+    error = "the service manager cannot be reached: " + managerPlace() + ": " +
+            std::system_category().message(failure) + ": " + used.remedy;
+    return false;
 }
 
 }  // namespace

@@ -41,6 +41,7 @@ class ARegisteredService : public testing::Test {
 protected:
     ARegisteredService() {
         setenv("VOXTREL_BINDER_SOCKET", socket.c_str(), 1);
+        unsetenv("VOXTREL_BINDER_DRIVER");
         unsetenv("VOXTREL_LOG_LEVEL");
         startManager();
     }
@@ -108,6 +109,26 @@ TEST_F(ARegisteredService, SaysThatTheSocketIsNoneAndLeaves) {
     expectToEndWith(*service, "voxtreld: the service manager cannot be reached: '" + file +
                                   "' is no socket: start voxtrel-servicemanager, or name its "
                                   "socket in VOXTREL_BINDER_SOCKET");
+}
+
+TEST_F(ARegisteredService, SaysThatTheDriverIsMissingAndLeaves) {
+    const std::string driver = folder.path("driver");
+    setenv("VOXTREL_BINDER_DRIVER", driver.c_str(), 1);
+    const auto begin = std::chrono::steady_clock::now();
+    const Process service = start();
+    expectToEndWith(*service, "voxtreld: the service manager cannot be reached: the driver '" +
+                                  driver +
+                                  "': No such file or directory: load the binder driver, and let "
+                                  "this user open it");
+    EXPECT_LE(kManagerTimeout, std::chrono::steady_clock::now() - begin);
+}
+
+TEST_F(ARegisteredService, SaysThatTheDriverIsNoneAndLeaves) {
+    setenv("VOXTREL_BINDER_DRIVER", socket.c_str(), 1);
+    const Process service = start();
+    expectToEndWith(*service, "voxtreld: the service manager cannot be reached: '" + socket +
+                                  "' is no driver: load the binder driver, and let this user "
+                                  "open it");
 }
 
 TEST_F(ARegisteredService, SaysThatNoManagerIsBehindTheSocketAndLeaves) {

@@ -41,11 +41,16 @@ Registered lookUp(android::IServiceManager& manager, const android::String16& na
     Registered found;
 #if VOXTREL_KNOWS_OWNERS
     android::OwnedService owned;
-    if (android::findOwnedService(name, owned) == android::OK) {
+    const android::status_t status = android::findOwnedService(name, owned);
+    if (status == android::OK) {
         found.binder = owned.service;
         found.peer.process = static_cast<std::uint32_t>(std::max<pid_t>(owned.process, 0));
         found.peer.user = owned.owner;
         return found;
+    }
+    if (status != android::UNKNOWN_TRANSACTION) {
+        return found;  // a manager that could tell: a service without its owner is not to be
+                       // trusted
     }
 #endif
     // Not getService, which takes seconds on some runtimes when there is none.

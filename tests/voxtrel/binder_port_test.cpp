@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+// The service and its owner, as service managers of other ages, and failing ones, tell them.
+#include "voxtrel/session/BinderPort.h"
+
+#include <binder/IPCThreadState.h>
+#include <binder/ProcessState.h>
+#include <binder/ServiceOwner.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+
+#include "tests/support/TempFolder.h"
+
+namespace voxtrel {
+namespace {
+
+using android::sp;
+using android::status_t;
+
+/// Knows a service of any name, and answers the question for its owner with a status alone.
+class UnownedServices : public android::BnInterface<android::IServiceManager> {
+public:
+    std::atomic<status_t> answer{android::UNKNOWN_TRANSACTION};
+
+    sp<android::IBinder> getService(const android::String16& /*name*/) const override {
+        return nullptr;
+    }
+    sp<android::IBinder> checkService(const android::String16& /*name*/) const override {
+        return mService;
+    }
+    status_t addService(const android::String16& /*name*/, const sp<android::IBinder>& /*service*/,
+                        bool /*allowIsolated*/) override {
+        return android::INVALID_OPERATION;
+    }
+    android::Vector<android::String16> listServices() override { return {}; }
+
+protected:
+    status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                        uint32_t flags) override {
+        switch (code) {
+            case android::GET_OWNED_SERVICE_TRANSACTION:
+                return answer;
+            case CHECK_SERVICE_TRANSACTION:
+                return reply->writeStrongBinder(mService);
+            default:
+                return BnInterface::onTransact(code, data, reply, flags);
+        }
+    }
+
+private:
+    const sp<android::IBinder> mService = new android::BBinder();
+};
+
+class ABinderPort : public testing::Test {
+protected:
+    // A process is the service manager for good.
+    static void SetUpTestSuite() {
+        static const voxtrel_test::TempFolder folder;
+        setenv("VOXTREL_BINDER_SOCKET", folder.path("binder").c_str(), 1);
+        manager() = new UnownedServices();
+        android::IPCThreadState::self()->setTheContextObject(manager());
+        ASSERT_TRUE(android::ProcessState::self()->becomeContextManager());
+    }
+
+    static sp<UnownedServices>& manager() {
+        static sp<UnownedServices> object;
+        return object;
+    }
+
+    static Port::Found find(BinderPort port) {
+        return port.find([] {});
+    }
+};
+
+TEST_F(ABinderPort, TakesTheServiceOfAManagerThatIsTooOldToTellItsOwner) {
+    manager()->answer = android::UNKNOWN_TRANSACTION;
+    const Port::Found found = find(BinderPort({}));
+    EXPECT_EQ(Reach::Connected, found.reach);
+    EXPECT_TRUE(found.service != nullptr);
+    EXPECT_FALSE(found.peer.user);
+}
+
+TEST_F(ABinderPort, DoesNotTrustAServiceWhoseOwnerIsUnknown) {
+    manager()->answer = android::UNKNOWN_TRANSACTION;
+    EXPECT_EQ(Reach::NotTrusted, find(BinderPort(BinderPort::Users())).reach);
+}
+
+TEST_F(ABinderPort, TakesNoServiceWithoutItsOwnerFromAManagerThatFails) {
+    for (const status_t failure : {android::FAILED_TRANSACTION, android::DEAD_OBJECT,
+                                   android::NO_MEMORY, android::PERMISSION_DENIED}) {
+        manager()->answer = failure;
+        const Port::Found found = find(BinderPort({}));
+        EXPECT_EQ(Reach::NoService, found.reach) << failure;
+        EXPECT_TRUE(found.service == nullptr) << failure;
+    }
+}
+
+}  // namespace
+}  // namespace voxtrel
