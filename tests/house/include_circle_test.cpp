@@ -29,6 +29,16 @@ TEST(TheWholeTree, HasNoCircleOfIncludes) {
     }
 }
 
+TEST(TheWholeTree, HasTheFilesThatItIncludes) {
+    EXPECT_EQ(std::vector<std::string>(), house::lostIncludes(VOXTREL_SOURCE_DIR));
+}
+
+TEST(TheWholeTree, ShowsWhatEachFolderOfThePlatformIncludes) {
+    const house::Graph graph = house::includeGraph(VOXTREL_SOURCE_DIR);
+    EXPECT_EQ(1U, graph.at("platform/check/Look").count("platform/check/Row"));
+    EXPECT_EQ(1U, graph.at("platform/host/Runtime").count("platform/host/socket/SocketTransport"));
+}
+
 class ASampleTree : public testing::Test {
 protected:
     void add(const std::string& file, const std::string& content) {
@@ -79,6 +89,13 @@ TEST_F(ASampleTree, WithoutACircleIsAccepted) {
     add("C.cpp", "#include \"A.h\"\n#include \"B.h\"\n");
     add("build/generated/A.h", "#include \"generated/A2.h\"\n");
     EXPECT_TRUE(circles().empty());
+}
+
+TEST_F(ASampleTree, NamesTheIncludesThatLeadNowhere) {
+    add("one/A.h", "#include <vector>\n#include \"two/B.h\"\n#include \"C.h\"\n");
+    add("platform/two/B.h", "#include \"one/B.h\"\n");
+    EXPECT_EQ((std::vector<std::string>{"one/A.h: C.h", "platform/two/B.h: one/B.h"}),
+              house::lostIncludes(root()));
 }
 
 TEST_F(ASampleTree, NamesWhatAComponentIncludes) {

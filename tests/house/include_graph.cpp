@@ -44,10 +44,20 @@ std::string componentOf(const fs::path& file) {
     return fs::path(file).replace_extension().string();
 }
 
-/// Of a directive in `file`: where the compiler finds its target in the tree.
+/// Of a directive in `file`: where the compiler may find its target in the tree.
 std::vector<fs::path> placesOf(const fs::path& file, const std::string& target) {
-    return {target, fs::path("platform/host") / target,
+    return {target, fs::path("platform/host") / target, fs::path("platform") / target,
             (file.parent_path() / target).lexically_normal()};
+}
+
+/// The one of these places where there is a file; empty for none.
+fs::path placeOf(const fs::path& file, const std::string& target, const Files& files) {
+    for (const fs::path& place : placesOf(file, target)) {
+        if (files.count(place.string()) == 1) {
+            return place;
+        }
+    }
+    return {};
 }
 
 /// The modules of an import statement, as words of which some may be no modules.
@@ -89,12 +99,9 @@ std::vector<fs::path> targetsOf(const fs::path& file, const std::string& text, c
     }
     std::vector<fs::path> targets;
     for (const std::string& target : includesOf(text)) {
-        const std::vector<fs::path> places = placesOf(file, target);
-        const auto found = std::find_if(places.begin(), places.end(), [&](const fs::path& place) {
-            return files.count(place.string()) == 1;
-        });
-        if (found != places.end()) {
-            targets.push_back(*found);
+        const fs::path place = placeOf(file, target, files);
+        if (!place.empty()) {
+            targets.push_back(place);
         }
     }
     return targets;
@@ -153,6 +160,19 @@ Graph includeGraph(const fs::path& root) {
         }
     }
     return graph;
+}
+
+std::vector<std::string> lostIncludes(const fs::path& root) {
+    const Files files = filesUnder(root);
+    std::vector<std::string> lost;
+    for (const std::string& file : files) {
+        for (const std::string& target : quotedIncludesOf(read(root / file))) {
+            if (placeOf(file, target, files).empty()) {
+                lost.push_back(file + ": " + target);
+            }
+        }
+    }
+    return lost;
 }
 
 std::map<std::string, std::vector<std::string>> circlesIn(const Graph& graph) {

@@ -17,6 +17,10 @@ using Graph = std::map<std::string, std::set<std::string>>;
 /// The graph of all C, C++ and Python files under `root`, build folders left out.
 Graph includeGraph(const std::filesystem::path& root);
 
+/// The quoted includes that lead to no file under `root`, as "FILE: TARGET": no arrow of the graph
+/// stands for them.
+std::vector<std::string> lostIncludes(const std::filesystem::path& root);
+
 /// For each component that includes itself by way of others, the shortest such circle: the
 /// component, those between, and the component again.
 std::map<std::string, std::vector<std::string>> circlesIn(const Graph& graph);

@@ -19,6 +19,9 @@ const std::vector<Room>& rooms();
 /// The targets of the include directives in a source text, in order.
 std::vector<std::string> includesOf(const std::string& source);
 
+/// Those of them that stand in quotes: files of the project.
+std::vector<std::string> quotedIncludesOf(const std::string& source);
+
 /// Whether a file of `room` at `path` (from the root) may include `target`. Standard and operating
 /// system headers are always allowed; whatever names a folder of the project or of the platform is
 /// allowed only through an open door.

@@ -124,7 +124,8 @@ TEST(TheIncludeRule, RefusesAnArrowThatRunsBack) {
     EXPECT_FALSE(house::mayInclude(roomNamed("service"), "service/a.h", "voxtrel/Client.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/a.h", "service/Engine.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("tools"), "tools/a.h", "profile/TtsSetting.h"));
-    EXPECT_FALSE(house::mayInclude(roomNamed("platform"), "platform/a.h", "ipc/ICallback.h"));
+    EXPECT_FALSE(
+        house::mayInclude(roomNamed("platform/host"), "platform/host/a.h", "ipc/ICallback.h"));
     EXPECT_FALSE(house::mayInclude(roomNamed("ipc"), "ipc/a.h", "../client/Mutex.h"));
 }
 
@@ -142,11 +143,29 @@ TEST(TheIncludeRule, KeepsPrivateHeadersWithinTheirRoom) {
     EXPECT_FALSE(house::mayInclude(roomNamed("client"), "client/a.cpp", header));
     EXPECT_FALSE(house::mayInclude(roomNamed("service"), "service/a.cpp", header));
     EXPECT_FALSE(house::mayInclude(roomNamed("examples"), "examples/a.cpp", header));
-    EXPECT_TRUE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/a.cpp", header));
+    EXPECT_FALSE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/a.cpp", header));
+    EXPECT_TRUE(house::mayInclude(roomNamed("voxtrel"), "voxtrel/ProfileFile.cpp",
+                                  "profile/internal/ProfileReader.h"));
+}
+
+TEST(TheIncludeRule, KeepsWhatIsBehindThePlatformsHeadersToThePlatform) {
+    for (const char* header : {"socket/Wire.h", "kernel/Device.h", "support/Log.h",
+                               "servicemanager/Registry.h", "check/Row.h"}) {
+        for (const char* room : {"ipc", "client", "voxtrel", "service", "tools", "examples"}) {
+            EXPECT_FALSE(house::mayInclude(roomNamed(room), std::string(room) + "/a.cpp", header))
+                << room << " " << header;
+        }
+    }
+    const house::Room& check = roomNamed("platform/check");
+    EXPECT_TRUE(house::mayInclude(check, "platform/check/a.cpp", "check/Row.h"));
+    EXPECT_FALSE(house::mayInclude(check, "platform/check/a.cpp", "support/Log.h"));
+    EXPECT_FALSE(house::mayInclude(check, "platform/check/a.cpp", "binder/internal/LocalNode.h"));
+    EXPECT_FALSE(
+        house::mayInclude(roomNamed("platform/host"), "platform/host/socket/a.cpp", "check/Row.h"));
 }
 
 TEST(TheIncludeRule, KeepsTransportsApartAndBehindTheirSeam) {
-    const house::Room& platform = roomNamed("platform");
+    const house::Room& platform = roomNamed("platform/host");
     EXPECT_TRUE(house::mayInclude(platform, "platform/host/Runtime.cpp", "kernel/Device.h"));
     EXPECT_TRUE(house::mayInclude(platform, "platform/host/socket/a.cpp", "socket/Wire.h"));
     EXPECT_TRUE(
