@@ -4,8 +4,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 scripts/format_check.sh
-cmake --preset asan >/dev/null
+cmake --preset lint >/dev/null
 git ls-files 'vocabulary/*.cpp' 'ipc/*.cpp' 'profile/*.cpp' 'client/*.cpp' 'platform/*.cpp' \
     'service/*.cpp' 'tools/*.cpp' 'voxtrel/*.cpp' 'bridges/*.cpp' |
-    xargs -r -P "$(jobs_here)" -n 4 clang-tidy-14 --quiet -p build/asan
+    xargs -r -P "$(jobs_here)" -n 4 clang-tidy-14 --quiet -p build/lint
 say "clang-tidy: clean"

@@ -168,6 +168,7 @@ Seen callsAtOnce() {
     const Peer peer;
     std::atomic<int> met{0};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&] {
             int32_t answer = 0;

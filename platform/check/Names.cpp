@@ -55,11 +55,13 @@ Seen serviceManager() {
 
 /// The command that starts the service manager anew, as the command line names it.
 Seen restartedManager() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this process sets it
     const char* command = std::getenv("VOXTREL_PLATFORM_CHECK_RESTART");
     if (command == nullptr || *command == '\0') {
         return {Verdict::NotTried, "needs --restart-manager"};
     }
     const sp<android::IBinder> old = contextObject();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread changes what signals do
     if (std::system(command) != 0) {
         throw CannotLook(std::string("'") + command + "' failed");
     }
@@ -79,6 +81,7 @@ Seen logLines() {
     constexpr int kThreads = 4;
     std::atomic<int> ready{0};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&ready, i] {
             ++ready;

@@ -80,6 +80,7 @@ bool takeRows(int argc, char** argv, Options& options, int& exitStatus) {
 
 }  // namespace
 
+// NOLINTBEGIN(concurrency-mt-unsafe): no other thread has been started
 bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
     for (int chosen = 0; (chosen = getopt_long(argc, argv, "hVl", kOptions, nullptr)) != -1;) {
         switch (chosen) {
@@ -108,5 +109,6 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
     }
     return takeRows(argc, argv, options, exitStatus);
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 }  // namespace check

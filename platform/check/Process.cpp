@@ -75,6 +75,7 @@ Process::Process(const std::vector<std::string>& arguments, bool isQuiet) {
     words.insert(words.end(), arguments.begin(), arguments.end());
     words.push_back(std::to_string(report.writeEnd()));
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }
