@@ -1,5 +1,4 @@
 # Debian ships GoogleTest built for the PC only, but with its sources: a cross build compiles them.
-set(VOXTREL_GTEST_SOURCE_DIR "/usr/src/googletest/googletest" CACHE PATH "GoogleTest's sources")
 add_library(gtest STATIC "${VOXTREL_GTEST_SOURCE_DIR}/src/gtest-all.cc")
 target_include_directories(gtest SYSTEM PUBLIC "${VOXTREL_GTEST_SOURCE_DIR}/include"
                            PRIVATE "${VOXTREL_GTEST_SOURCE_DIR}")

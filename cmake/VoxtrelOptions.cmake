@@ -36,6 +36,7 @@ endif()
 include(GNUInstallDirs)
 find_package(Threads REQUIRED)
 include(VoxtrelPrograms)
+include(VoxtrelTestPackages)
 
 # Instrumentation must cover every object of a program, so it is the one thing set for all targets.
 if(VOXTREL_SANITIZE)

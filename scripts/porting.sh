@@ -28,14 +28,15 @@ for name in binder utils ttscommon; do
 done
 echo "set(CMAKE_CXX_COMPILER $CXX)" >"$TOOLCHAIN"
 
-# What runs a command on the device. The page builds into a tree of its own, of links to the sources.
+# What gives a line to the device's shell. The page builds into a tree of its own, of links to the sources.
 tree=$private/tree
 mkdir -p "$private/bin" "$tree/build"
 cat >"$private/bin/device" <<TXT
 #!/bin/sh
 installed=\$(find $tree/build -path '*/usr/*' -name libvoxtrel-client.so.1 -printf %h)
 export LD_LIBRARY_PATH=$SYSROOT/usr/lib:\$installed PATH=$tree/build/image/usr/bin:\$PATH
-exec "\$@"
+[ \$# -eq 1 ] || { echo "device: one line, not \$#" >&2; exit 2; }
+exec sh -c "\$1"
 TXT
 chmod +x "$private/bin/device"
 export PATH=$private/bin:$PATH
@@ -49,6 +50,10 @@ set -x
 source "$private/commands"
 set +x
 service=
+cmake -S . -B "$private/untested" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN" -DVOXTREL_PLATFORM=system \
+    -DVOXTREL_PLATFORM_INCLUDE_DIRS="$SYSROOT/usr/include" \
+    -DVOXTREL_PLATFORM_LIBRARY_DIRS="$SYSROOT/usr/lib" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON |
+    grep -F 'VOXTREL_BUILD_TESTS: OFF, since these are not found: GoogleTest'
 "$source/scripts/wav_level.sh" hello.wav
 mkdir "$private/programs"
 ln -s "$programs/voxtrel-servicemanager" "$tree"/build/image/usr/bin/voxtrel{d,ctl} "$private/programs"
