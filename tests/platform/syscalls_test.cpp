@@ -27,16 +27,19 @@ int failSome(sys::Call call) {
     return call == gFailing && gTimes-- > 0 ? gError : 0;
 }
 
-// Has a system call fail, so many times, while it lives.
+// Has a system call fail, so many times, while it lives, in which it has to be made as often.
 class Failing {
 public:
-    explicit Failing(sys::Call call, int error, int times = 1) {
+    Failing(sys::Call call, int error, int times = 1) {
         gFailing = call;
         gError = error;
         gTimes = times;
         sys::setFault(&failSome);
     }
-    ~Failing() { sys::setFault(nullptr); }
+    ~Failing() {
+        sys::setFault(nullptr);
+        EXPECT_LE(gTimes, 0) << "so many more calls were to fail, and were not made";
+    }
     Failing(const Failing&) = delete;
     Failing& operator=(const Failing&) = delete;
 };

@@ -310,6 +310,7 @@ int ChildProcess::wait() {
     const auto deadline = Clock::now() + kLimit;
     while (!mIsReaped && !reap(WNOHANG)) {
         if (Clock::now() > deadline) {
+            ADD_FAILURE() << "process " << mPid << " has not ended in time, and is killed";
             killNow();
         }
         (void)poll(nullptr, 0, 1);
@@ -322,6 +323,7 @@ Outcome ChildProcess::finish() {
     while (readSome(deadline)) {
     }
     if (Clock::now() >= deadline) {
+        ADD_FAILURE() << "process " << mPid << " has not closed its output in time, and is killed";
         kill(SIGKILL);
     }
     return {wait(), mOut.text, mErr.text};
