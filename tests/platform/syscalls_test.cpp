@@ -34,10 +34,10 @@ public:
         gFailing = call;
         gError = error;
         gTimes = times;
-        sys::setFault(&failSome);
+        sys::gFault = &failSome;
     }
     ~Failing() {
-        sys::setFault(nullptr);
+        sys::gFault = nullptr;
         EXPECT_LE(gTimes, 0) << "so many more calls were to fail, and were not made";
     }
     Failing(const Failing&) = delete;

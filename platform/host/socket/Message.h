@@ -74,7 +74,8 @@ private:
     uid_t mUid;
     size_t mFirstFd;  // of the binders: a memfd comes before them
     size_t mFdCount = 0;
-    int mFds[kMaxFds];  // each released by an `Fd`
+    // Each released by an `Fd`; more than a message may have find room in its control part.
+    int mFds[kMaxFds + 16];
     ObjectRecord mRecords[kMaxObjects];
 };
 

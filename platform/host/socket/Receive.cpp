@@ -18,7 +18,8 @@ namespace {
 
 static_assert(ParcelFrame::kHeadroom == sizeof(Header), "the header stands in front of the data");
 
-constexpr int kScmPidfd = 4;  // SCM_PIDFD, which older headers do not name
+// SCM_PIDFD, which older headers do not name: a descriptor that no message claims.
+constexpr int kScmPidfd = 4;
 
 // A plain pointer, freed by a key of the thread: destructors of static objects, which run after
 // those of thread_local ones, make calls, too.
@@ -71,21 +72,24 @@ public:
         mParts[1] = {overflowRoom(), kLargestPacket};
         const ssize_t got = take(socket, wait);
         if (got < 0) {
-            const bool none = errno == EAGAIN || errno == EWOULDBLOCK;
-            return none ? Received::Nothing : Received::HungUp;
+            return errno == EAGAIN ? Received::Nothing : Received::HungUp;
         }
         readControl();
         if (got == 0) {
             return mEnvelope.mFdCount == 0 ? Received::HungUp : Received::Malformed;
         }
-        const auto size = static_cast<size_t>(got);
-        if (mTooManyFds || (mMessage.msg_flags & MSG_TRUNC) != 0) {
+        // The kernel had no room for descriptors: in this process, or in a packet that brought more
+        // than any message may have.
+        const bool lost = (mMessage.msg_flags & MSG_CTRUNC) != 0;
+        const bool tooMany = lost && mEnvelope.mFdCount >= kMaxFds;
+        if (lost) {
+            mEnvelope.closeFds();
+        }
+        if (tooMany || (mMessage.msg_flags & MSG_TRUNC) != 0 ||
+            !unpack(static_cast<size_t>(got), lost)) {
             return Received::Malformed;
         }
-        if ((mMessage.msg_flags & MSG_CTRUNC) != 0) {
-            return unpackHeaderOnly(size) ? Received::OutOfDescriptors : Received::Malformed;
-        }
-        return unpack(size) ? Received::Message : Received::Malformed;
+        return lost ? Received::OutOfDescriptors : Received::Message;
     }
 
 private:
@@ -115,49 +119,16 @@ private:
                 std::memcpy(&sender, CMSG_DATA(part), sizeof(sender));
                 mEnvelope.mPid = sender.pid;
                 mEnvelope.mUid = sender.uid;
-            } else if (part->cmsg_type == SCM_RIGHTS) {
+            } else if (part->cmsg_type == SCM_RIGHTS || part->cmsg_type == kScmPidfd) {
                 const size_t count = (part->cmsg_len - CMSG_LEN(0)) / sizeof(int);
                 for (size_t i = 0; i < count; ++i) {
                     int fd = -1;
                     std::memcpy(&fd, CMSG_DATA(part) + i * sizeof(fd), sizeof(fd));
-                    keep(fd);
+                    // Still known as one of the runtime's: a forked child must not keep it.
+                    mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
                 }
-            } else if (part->cmsg_type == kScmPidfd) {
-                // The peer that made the socket may have asked for it: a stray descriptor.
-                int stray = -1;
-                std::memcpy(&stray, CMSG_DATA(part), sizeof(stray));
-                const Fd closed(stray);
             }
         }
-    }
-
-    // The room for control messages is rounded up, and may hold more than are allowed.
-    void keep(int fd) {
-        if (mEnvelope.mFdCount < kMaxFds) {
-            // Still known as one of the runtime's: a forked child must not keep it.
-            mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
-        } else {
-            mTooManyFds = true;
-            const Fd closed(fd);
-        }
-    }
-
-    // The kernel had no room for descriptors: in this process, or in a packet that brought more
-    // than any message may have, which then is malformed.
-    bool unpackHeaderOnly(size_t size) {
-        const size_t got = mEnvelope.mFdCount;
-        mEnvelope.closeFds();
-        if (got >= kMaxFds || !gather(size) || size < sizeof(Header)) {
-            return false;
-        }
-        Header header;
-        std::memcpy(&header, mFrame.block(), sizeof(header));
-        Layout layout;
-        if (!decode(mFrame.block(), size, claimedFds(header), &layout)) {
-            return false;
-        }
-        mEnvelope.mHeader = layout.header;
-        return true;
     }
 
     // What did not fit into the parcel's own room is put behind it.
@@ -172,12 +143,16 @@ private:
         return true;
     }
 
-    bool unpack(size_t size) {
+    bool unpack(size_t size, bool lost) {
         Layout layout;
-        if (!gather(size) || !decode(mFrame.block(), size, mEnvelope.mFdCount, &layout)) {
+        const size_t fdCount = lost ? kFdsAreLost : mEnvelope.mFdCount;
+        if (!gather(size) || !decode(mFrame.block(), size, fdCount, &layout)) {
             return false;
         }
         mEnvelope.mHeader = layout.header;
+        if (lost) {
+            return true;
+        }
         for (size_t i = 0; i < layout.header.objectCount; ++i) {
             mEnvelope.mRecords[i] = recordAt(mFrame.block(), layout, i);
         }
@@ -202,10 +177,10 @@ private:
 
     static constexpr size_t kControlSize =
         CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(int) * kMaxFds);
+    static_assert(kControlSize <= CMSG_LEN(sizeof(Envelope::mFds)), "it may be all descriptors");
 
     ParcelFrame mFrame;
     Envelope& mEnvelope;
-    bool mTooManyFds = false;
     iovec mParts[2];
     msghdr mMessage;
     alignas(cmsghdr) char mControl[kControlSize];

@@ -39,27 +39,19 @@ status_t attemptOnce(Attempt attempt) {
     return sent >= 0 ? static_cast<status_t>(OK) : statusOf(errno);
 }
 
-struct ControlMessage {
-    alignas(cmsghdr) char bytes[CMSG_SPACE(sizeof(int) * kMaxFds)];
-    size_t size = 0;
-
-    void add(size_t index, int fd) {
-        std::memcpy(bytes + CMSG_LEN(0) + index * sizeof(int), &fd, sizeof(fd));
-    }
-
-    void finish(size_t count) {
-        const cmsghdr header = {CMSG_LEN(count * sizeof(int)), SOL_SOCKET, SCM_RIGHTS};
-        std::memcpy(bytes, &header, sizeof(header));
-        size = count != 0 ? CMSG_SPACE(count * sizeof(int)) : 0;
-    }
-};
-
-status_t sendParts(const Fd& socket, iovec* parts, size_t count, ControlMessage& control) {
+status_t sendParts(const Fd& socket, iovec* parts, size_t count, const int* fds, size_t fdCount) {
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int) * kMaxFds)];
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = count;
-    message.msg_control = control.size != 0 ? control.bytes : nullptr;
-    message.msg_controllen = control.size;
+    if (fdCount != 0) {
+        const size_t bytes = fdCount * sizeof(int);
+        const cmsghdr header = {CMSG_LEN(bytes), SOL_SOCKET, SCM_RIGHTS};
+        std::memcpy(control, &header, sizeof(header));
+        std::memcpy(control + CMSG_LEN(0), fds, bytes);
+        message.msg_control = control;
+        message.msg_controllen = CMSG_SPACE(bytes);
+    }
     return attemptOnce([&] { return sys::send(socket.get(), &message, kSendFlags); });
 }
 
@@ -91,21 +83,20 @@ status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
         header.options |= kPayloadInMemfd;
     }
 
-    ControlMessage control;
-    size_t fds = 0;
+    int fds[kMaxFds];
+    size_t fdCount = 0;
     if (apart) {
-        control.add(fds++, memfd.get());
+        fds[fdCount++] = memfd.get();
     }
     for (const Fd& fd : attachments.fds) {
-        control.add(fds++, fd.get());
+        fds[fdCount++] = fd.get();
     }
-    control.finish(fds);
     iovec parts[3] = {
         partOf(&header, sizeof(header)),
         partOf(parcel.data(), inPacket),
         partOf(attachments.records.data(), recordBytes),
     };
-    return sendParts(socket, parts, 3, control);
+    return sendParts(socket, parts, 3, fds, fdCount);
 }
 
 }  // namespace
@@ -129,11 +120,9 @@ status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder) {
     Header header = {
         kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, static_cast<uint32_t>(holder), 0, 0,
         0};
-    ControlMessage control;
-    control.add(0, end.get());
-    control.finish(1);
     iovec part = {&header, sizeof(header)};
-    return sendParts(socket, &part, 1, control);
+    const int fd = end.get();
+    return sendParts(socket, &part, 1, &fd, 1);
 }
 
 }  // namespace android::transport

@@ -34,11 +34,8 @@ constexpr int kShort = -1;
 /// The errno of the call that is about to be made; 0 to make it.
 using Fault = int (*)(Call call);
 
-/// For tests: from here on `fault` decides on each call, on the thread that makes it; null: none
-/// fails.
-void setFault(Fault fault);
-
-extern std::atomic<Fault> gFault;
+/// Set by a test: decides on each call, on the thread that makes it. Null: none fails.
+inline std::atomic<Fault> gFault{nullptr};
 
 inline int faultOf(Call call) {
     const Fault fault = gFault.load(std::memory_order_relaxed);

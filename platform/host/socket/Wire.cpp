@@ -26,6 +26,12 @@ bool kindIsSound(const Header& header) {
     return false;
 }
 
+// By the header.
+size_t claimedFds(const Header& header) {
+    const bool isOneMore = header.kind == Kind::Adopt || (header.options & kPayloadInMemfd) != 0;
+    return header.objectCount + (isOneMore ? size_t{1} : 0);
+}
+
 bool recordsAreSound(const uint8_t* packet, const Layout& layout) {
     size_t free = 0;
     for (size_t i = 0; i < layout.header.objectCount; ++i) {
@@ -46,13 +52,6 @@ size_t largestPayload(Kind kind) {
     return kind == Kind::OneWay ? kLargestOneWay : kLargestRequest;
 }
 
-size_t claimedFds(const Header& header) {
-    if (header.kind == Kind::Adopt) {
-        return 1;
-    }
-    return header.objectCount + ((header.options & kPayloadInMemfd) != 0 ? size_t{1} : 0);
-}
-
 bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
     if (size < sizeof(Header)) {
         return false;
@@ -62,7 +61,8 @@ bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
     const Header& header = layout.header;
     if (header.magic != kMagic || (header.options & ~(kPayloadInMemfd | kCounted)) != 0 ||
         header.payloadSize > largestPayload(header.kind) || !kindIsSound(header) ||
-        header.objectCount > kMaxObjects || fdCount != claimedFds(header)) {
+        header.objectCount > kMaxObjects ||
+        (fdCount != kFdsAreLost && fdCount != claimedFds(header))) {
         return false;
     }
     const bool apart = (header.options & kPayloadInMemfd) != 0;

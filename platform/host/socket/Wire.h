@@ -81,15 +81,15 @@ constexpr size_t kMaxFds = kMaxObjects + 1;
 /// Largest payload that a message of this kind may carry.
 size_t largestPayload(Kind kind);
 
-/// How many descriptors come along with a message, by its header.
-size_t claimedFds(const Header& header);
-
 /// Where the parts of a packet stand.
 struct Layout {
     Header header;
     size_t inlinePayload;  ///< bytes of payload in the packet, right behind the header
     size_t records;        ///< where the object records begin
 };
+
+/// In place of a number, of a packet whose descriptors this process had no room for.
+constexpr size_t kFdsAreLost = SIZE_MAX;
 
 /// Takes a packet of `size` bytes that came with `fdCount` descriptors apart. False when anything
 /// in it contradicts anything else; nothing outside of the packet is looked at.
