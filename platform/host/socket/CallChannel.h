@@ -8,43 +8,38 @@
 
 #include "socket/Overtaking.h"
 #include "socket/ServerChannel.h"
+#include "socket/StallMonitor.h"
+#include "support/Manners.h"
 
 namespace android::transport {
 
 /// The served end of a socket for calls.
 ///
-/// While a thread is in a call of the channel it does not read the socket. When the call takes
-/// long, the stall monitor hands the channel over to the rest of the pool, so that what comes
-/// behind is not delayed.
-class CallChannel : public ServerChannel {
+/// The thread that is woken receives the call, carries it out and answers, and then sleeps on the
+/// socket itself for a while, so that a busy caller is served with one receive and one send a call.
+class CallChannel final : public ServerChannel, public std::enable_shared_from_this<CallChannel> {
 public:
     /// What all channels that came through one control socket have in common.
     struct Shared {
-        Shared();
         std::atomic<uint32_t> oneWaysDone{0};
         /// Null but in the manners of a driver.
-        const std::unique_ptr<Overtaking> overtaking;
+        const std::unique_ptr<Overtaking> overtaking =
+            gManners.ofDriver ? std::make_unique<Overtaking>() : nullptr;
     };
 
     CallChannel(const Context& context, Fd socket, const sp<BBinder>& node, QuotaCharge charge,
-                std::shared_ptr<Shared> shared);
+                std::shared_ptr<Shared> shared)
+        : ServerChannel(context, std::move(socket), node, std::move(charge)),
+          mShared(std::move(shared)) {}
 
-    std::atomic<uint32_t>& oneWaysDone() const { return mShared->oneWaysDone; }
-    Overtaking* overtaking() const { return mShared->overtaking.get(); }
+    void onReady() override;
 
-    /// The calling thread is about to carry out a call; a number that `finishCall` wants back.
-    uint32_t beginCall();
-    /// False: the call took long, and the channel is another thread's now.
-    bool finishCall(uint32_t call);
-
-    /// For the stall monitor: the call under way, if any (odd), and taking the channel from it.
-    uint32_t progress() const { return mProgress.load(std::memory_order_relaxed); }
-    bool handOver(uint32_t call);
+    Shared& shared() const { return *mShared; }
+    CallProgress& progress() { return mProgress; }
 
 private:
     const std::shared_ptr<Shared> mShared;
-    // Odd while a call is under way. Each call has a number of its own.
-    std::atomic<uint32_t> mProgress{0};
+    CallProgress mProgress;
 };
 
 }  // namespace android::transport

@@ -29,33 +29,19 @@ bool prepare(const Fd& socket) {
 
 void ControlChannel::onReady() {
     for (int i = 0; i < kMaxAtOnce; ++i) {
-        Incoming incoming;
-        const Received received =
-            receiveMessage(socket(), false, incoming.parcel, incoming.envelope);
-        if (received == Received::Nothing) {
+        Parcel empty;
+        Envelope envelope;
+        const Received received = receiveMessage(socket(), false, empty, envelope);
+        const Next next = check(received, envelope);
+        if (next == Next::Wait) {
             break;
         }
-        if (!take(received, incoming.envelope)) {
+        if (next == Next::Closed || !adopt(received, envelope)) {
             context().pool.keepOneWaiting();  // the node may go with its last control socket
             return;
         }
     }
     context().reactor.rearm(*this);
-}
-
-bool ControlChannel::take(Received received, Envelope& envelope) {
-    if (received == Received::Message) {
-        return accepts(envelope) && adopt(envelope);
-    }
-    if (received != Received::OutOfDescriptors) {
-        return survives(received, envelope);
-    }
-    context().pool.keepOneWaiting();  // writing to the log may block
-    logLimited(
-        "out of file descriptors: a connection of process %d is refused, and with it what "
-        "has been sent through it",
-        static_cast<int>(envelope.senderPid()));
-    return accepts(envelope);
 }
 
 std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
@@ -64,7 +50,8 @@ std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
         return std::make_shared<ControlChannel>(context(), std::move(socket), node(),
                                                 std::move(charge));
     }
-    return makeCallChannel(context(), std::move(socket), node(), std::move(charge), mShared);
+    return std::make_shared<CallChannel>(context(), std::move(socket), node(), std::move(charge),
+                                         mShared);
 }
 
 // Whoever holds the other end of `socket` is to count what it sends to this process.
@@ -74,7 +61,15 @@ void ControlChannel::showBudget(const Fd& socket) const {
     }
 }
 
-bool ControlChannel::adopt(Envelope& envelope) {
+bool ControlChannel::adopt(Received received, Envelope& envelope) {
+    if (received == Received::OutOfDescriptors) {
+        context().pool.keepOneWaiting();  // writing to the log may block
+        logLimited(
+            "out of file descriptors: a connection of process %d is refused, and with it what "
+            "has been sent through it",
+            static_cast<int>(envelope.senderPid()));
+        return true;
+    }
     Fd end = envelope.header().kind == Kind::Adopt ? envelope.takeFd(0) : Fd();
     if (!end.valid() || !prepare(end)) {
         refuse("a message out of place", envelope);

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "socket/ConnectionServer.h"
+#include "socket/CallChannel.h"
 
 namespace android::transport {
 
@@ -19,10 +19,8 @@ public:
 private:
     std::shared_ptr<EventHandler> makeChannel(Role role, Fd socket, QuotaCharge charge) const;
 
-    /// False when the control socket has been closed.
-    bool take(Received received, Envelope& envelope);
     /// False when the message is none that may come through a control socket, which is closed then.
-    bool adopt(Envelope& envelope);
+    bool adopt(Received received, Envelope& envelope);
     void showBudget(const Fd& socket) const;
 
     const std::shared_ptr<CallChannel::Shared> mShared = std::make_shared<CallChannel::Shared>();

@@ -3,7 +3,6 @@
 
 #include <sys/random.h>
 
-#include "socket/Incoming.h"
 #include "support/ForkGuard.h"
 
 namespace android::transport {

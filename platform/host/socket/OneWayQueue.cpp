@@ -3,7 +3,6 @@
 
 #include <utility>
 
-#include "socket/Incoming.h"
 #include "socket/OneWayBudget.h"
 
 namespace android::transport {
@@ -24,14 +23,15 @@ OneWayQueue::Entry OneWayQueue::enter(Quotas& quotas, const std::shared_ptr<Call
     }
     // Charged only when it is queued: a message that is served at once needs none.
     const Envelope& envelope = message->envelope;
+    const size_t size = message->parcel.dataSize();
     message->charge.emplace(quotas, PeerIdentity{envelope.senderPid(), envelope.senderUid()},
-                            envelope.highestFd(), message->amount());
+                            envelope.highestFd(),
+                            QuotaAmount{envelope.fdCount(), sizeof(Incoming) + size});
     if (!message->charge->granted()) {
         return Entry::Refused;
     }
     const bool scarce = message->charge->scarce();
     const bool counted = isCounted(envelope.header());
-    const size_t size = message->parcel.dataSize();
     mBytes += size;
     mWaiting.push_back({channel, std::move(message), size});
     Share& share = mShares[channel.get()];

@@ -5,16 +5,30 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 
-#include "socket/Wire.h"
+#include "binder/Parcel.h"
+#include "socket/Message.h"
+#include "socket/Overtaking.h"
+#include "socket/Quota.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
 
 class CallChannel;
-class Quotas;
-struct Incoming;
+
+/// One received call in full.
+struct Incoming {
+    Parcel parcel;
+    Envelope envelope;
+    /// Its binders or bytes could not be received: it fails in its turn.
+    bool lost = false;
+    /// Of a one-way call in the manners of a driver.
+    Overtaking::Arrival arrival;
+    /// While it is queued.
+    std::optional<QuotaCharge> charge;
+};
 
 /// One-way calls to a node are served one at a time, in the order in which they were received. A
 /// thread that receives one while another is being served queues it, and the thread that serves

@@ -18,25 +18,26 @@ void ServerChannel::refuse(const char* what, const Envelope& envelope) {
     close();
 }
 
-bool ServerChannel::accepts(const Envelope& envelope) {
-    // Sent before SO_PASSCRED was set, or by a process outside of this one's pid namespace.
-    if (envelope.senderPid() == 0) {
-        refuse("a message without a sender", envelope);
-        return false;
+ServerChannel::Next ServerChannel::check(Received received, const Envelope& envelope) {
+    switch (received) {
+        case Received::Message:
+        case Received::OutOfDescriptors:
+            // Else sent before SO_PASSCRED was set, or from outside of this pid namespace.
+            if (envelope.senderPid() != 0) {
+                return Next::Serve;
+            }
+            refuse("a message without a sender", envelope);
+            break;
+        case Received::Nothing:
+            return Next::Wait;
+        case Received::Malformed:
+            refuse("a malformed message", envelope);
+            break;
+        case Received::HungUp:
+            close();  // all has been read; a peer that closed it for writing waits for this
+            break;
     }
-    return true;
-}
-
-bool ServerChannel::survives(Received received, const Envelope& envelope) {
-    if (received == Received::Nothing) {
-        return true;
-    }
-    if (received == Received::Malformed) {
-        refuse("a malformed message", envelope);
-    } else {
-        close();  // all of it has been read; a peer that closed it for writing waits for this
-    }
-    return false;
+    return Next::Closed;
 }
 
 }  // namespace android::transport

@@ -4,7 +4,7 @@
 
 #include "binder/Binder.h"
 #include "socket/Context.h"
-#include "socket/Incoming.h"
+#include "socket/Message.h"
 #include "socket/Quota.h"
 #include "socket/Reactor.h"
 
@@ -27,11 +27,12 @@ public:
     void close();
     /// Closes the channel for a message that is malformed or not allowed, with a line in the log.
     void refuse(const char* what, const Envelope& envelope);
-    /// False when the kernel does not name the message's sender, whose channel has been closed
-    /// then.
-    bool accepts(const Envelope& envelope);
-    /// For a socket that had no message: true to keep it; false when it has been closed.
-    bool survives(Received received, const Envelope& envelope);
+    enum class Next {
+        Serve,   ///< there is a message, or the header of one whose descriptors are lost
+        Wait,    ///< there is none
+        Closed,  ///< the channel has been closed, by the peer or for what it has sent
+    };
+    Next check(Received received, const Envelope& envelope);
 
 private:
     const Context& mContext;

@@ -21,9 +21,9 @@ constexpr int kMaxIdleLooks = 5;
 
 StallMonitor::StallMonitor(Reactor& reactor) : EventHandler(Fd()), mReactor(reactor) {}
 
-bool StallMonitor::enter(const std::shared_ptr<CallChannel>& channel) {
+bool StallMonitor::enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress) {
     Mutex::Autolock held(mLock);
-    mWatched.push_back({channel, 0});
+    mWatched.push_back({channel, &progress, 0});
     mIdleLooks = 0;
     if (!mTicking) {
         setTimer(true);
@@ -31,12 +31,12 @@ bool StallMonitor::enter(const std::shared_ptr<CallChannel>& channel) {
     return mTicking;
 }
 
-void StallMonitor::leave(const std::shared_ptr<CallChannel>& channel) {
+void StallMonitor::leave(const CallProgress& progress) {
     // Several threads may be in calls of one channel; which of them leaves does not matter.
     Mutex::Autolock held(mLock);
     const auto found =
         std::find_if(mWatched.begin(), mWatched.end(),
-                     [&channel](const Watched& one) { return one.channel == channel; });
+                     [&progress](const Watched& one) { return one.progress == &progress; });
     std::swap(*found, mWatched.back());
     mWatched.pop_back();
 }
@@ -57,8 +57,9 @@ void StallMonitor::look() {
         setTimer(false);
     }
     for (Watched& one : mWatched) {
-        const uint32_t now = one.channel->progress();
-        if ((now & 1U) != 0 && now == one.seen && one.channel->handOver(now)) {
+        const uint32_t now = one.progress->mNumber.load(std::memory_order_relaxed);
+        // As finished: the thread that began it finds out, and the one that takes over counts on.
+        if ((now & 1U) != 0 && now == one.seen && one.progress->finish(now)) {
             mReactor.rearm(*one.channel);
         }
         one.seen = now;

@@ -2,15 +2,35 @@
 #ifndef VOXTREL_SOCKET_STALLMONITOR_H
 #define VOXTREL_SOCKET_STALLMONITOR_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
-#include "socket/CallChannel.h"
 #include "socket/Reactor.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
+
+/// Which call a channel is in, if any. While a thread is in a call of the channel it does not read
+/// the socket.
+class CallProgress {
+public:
+    /// The thread that the channel has been handed to is about to carry out a call; a number that
+    /// `finish` wants back.
+    uint32_t begin() {
+        const uint32_t call = (mNumber.load(std::memory_order_relaxed) + 2) | 1U;
+        mNumber.store(call, std::memory_order_relaxed);
+        return call;
+    }
+    /// False: the call took long, and the channel is another thread's now.
+    bool finish(uint32_t call) { return mNumber.compare_exchange_strong(call, call + 1); }
+
+private:
+    friend class StallMonitor;
+    // Odd while a call is under way. Each call has a number of its own.
+    std::atomic<uint32_t> mNumber{0};
+};
 
 /// Looks every few milliseconds, while threads serve channels, whether one of them has been in the
 /// same call since the last look, and then hands its channel over to the other threads. So a call
@@ -22,14 +42,16 @@ public:
 
     /// The calling thread serves `channel` until it leaves. False when there is no descriptor for
     /// the timer; the next one tries again.
-    bool enter(const std::shared_ptr<CallChannel>& channel) PLATFORM_EXCLUDES(mLock);
-    void leave(const std::shared_ptr<CallChannel>& channel) PLATFORM_EXCLUDES(mLock);
+    bool enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress)
+        PLATFORM_EXCLUDES(mLock);
+    void leave(const CallProgress& progress) PLATFORM_EXCLUDES(mLock);
     void onReady() override;
     bool neverBlocks() const override { return true; }
 
 private:
     struct Watched {
-        std::shared_ptr<CallChannel> channel;
+        std::shared_ptr<EventHandler> channel;
+        CallProgress* progress;
         uint32_t seen;
     };
     void look() PLATFORM_REQUIRES(mLock);
