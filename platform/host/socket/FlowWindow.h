@@ -17,15 +17,28 @@ namespace android::transport {
 /// Called on: any thread `noteDone`; one thread at a time the rest. Locks: none.
 class FlowWindow {
 public:
-    void noteSent(size_t bytes);
+    void noteSent(size_t bytes) {
+        mBytesSent += static_cast<uint32_t>(bytes);
+        mBytesUpTo[++mSent % kRemembered] = mBytesSent;
+    }
     /// A reply says that so many are done in all. Replies may be read in another order than they
     /// were written.
-    void noteDone(uint32_t done);
+    void noteDone(uint32_t done) {
+        uint32_t known = mDone;
+        while (static_cast<int32_t>(done - known) > 0 &&
+               !mDone.compare_exchange_weak(known, done)) {
+        }
+    }
 
     bool allDone() const { return mSent == mDone.load(); }
     /// May a two-way call go behind them? With more ahead than `kMaxAhead` or `kMaxBytesAhead` the
     /// other side may not be reading (see OneWayQueue).
-    bool mayGoBehind() const;
+    bool mayGoBehind() const {
+        const uint32_t ahead = mSent - mDone;
+        return ahead == 0 ||
+               (ahead <= kMaxAhead &&
+                mBytesSent - mBytesUpTo[(mSent - ahead) % kRemembered] <= kMaxBytesAhead);
+    }
 
 private:
     static constexpr size_t kRemembered = 16;

@@ -16,9 +16,22 @@ public:
 
     /// The one that was used last, whose owner's thread may still be waiting on it; invalid when
     /// there is none.
-    Fd take() PLATFORM_EXCLUDES(mLock);
+    Fd take() PLATFORM_EXCLUDES(mLock) {
+        Mutex::Autolock held(mLock);
+        if (mSockets.empty()) {
+            return Fd();
+        }
+        Fd socket = std::move(mSockets.back());
+        mSockets.pop_back();
+        return socket;
+    }
     /// Closed when there are enough.
-    void giveBack(Fd socket) PLATFORM_EXCLUDES(mLock);
+    void giveBack(Fd socket) PLATFORM_EXCLUDES(mLock) {
+        Mutex::Autolock held(mLock);
+        if (mSockets.size() < kMax) {
+            mSockets.push_back(std::move(socket));
+        }
+    }
 
 private:
     Mutex mLock;

@@ -2,12 +2,15 @@
 #include "socket/OneWayBudget.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 
+#include "socket/Deadline.h"
+#include "socket/Message.h"
 #include "socket/Syscalls.h"
 #include "support/Manners.h"
 
@@ -77,6 +80,43 @@ void OneWayBudget::giveBack(size_t payload) {
     uint32_t used = mUsed->load();
     while (!mUsed->compare_exchange_weak(used, used - std::min(used, cost))) {
     }
+}
+
+OneWayBudget* PeerBudget::find(const Fd& control) {
+    Mutex::Autolock held(mLock);
+    if (!mAsked) {
+        ask(control);
+    }
+    if (mAnswer.valid()) {
+        readAnswer();
+    }
+    return mBudget.get();
+}
+
+void PeerBudget::ask(const Fd& control) {
+    SocketPair pair = makeSocketPair();
+    mAsked = pair.held.valid() && sendAdopt(control, Role::Budget, pair.served) == OK;
+    if (!mAsked) {
+        return;  // the next call asks
+    }
+    pair.served.reset();  // so that a process that keeps no budget is seen to hang up
+    mAnswer = std::move(pair.held);
+    Deadline deadline;
+    (void)deadline.wait({mAnswer.get(), POLLIN});
+}
+
+void PeerBudget::readAnswer() {
+    Parcel nothing;
+    Envelope envelope;
+    const Received received = receiveMessage(mAnswer, false, nothing, envelope);
+    if (received == Received::Nothing) {
+        return;
+    }
+    if (received == Received::Message && envelope.header().kind == Kind::Adopt) {
+        auto budget = std::make_unique<OneWayBudget>(envelope.takeFd(0));
+        mBudget = budget->valid() ? std::move(budget) : nullptr;
+    }
+    mAnswer.reset();
 }
 
 bool isCounted(const Header& oneWay) {

@@ -5,9 +5,11 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "socket/Wire.h"
 #include "support/Fd.h"
+#include "utils/Mutex.h"
 
 namespace android::transport {
 
@@ -41,6 +43,25 @@ private:
 
     const Fd mPage;
     Counter* mUsed = nullptr;
+};
+
+/// The budget of the process that a reference leads to, asked for through the control socket.
+///
+/// Called on: any thread. Locks: its own, also while it waits for the first answer.
+class PeerBudget {
+public:
+    /// Null while the process has not said, or when it keeps none. The first call waits for the
+    /// answer, for `kSendTimeoutMs` at most; the others take what is there.
+    OneWayBudget* find(const Fd& control) PLATFORM_EXCLUDES(mLock);
+
+private:
+    void ask(const Fd& control) PLATFORM_REQUIRES(mLock);
+    void readAnswer() PLATFORM_REQUIRES(mLock);
+
+    Mutex mLock;
+    bool mAsked PLATFORM_GUARDED_BY(mLock) = false;
+    Fd mAnswer PLATFORM_GUARDED_BY(mLock);
+    std::unique_ptr<OneWayBudget> mBudget PLATFORM_GUARDED_BY(mLock);
 };
 
 /// Is this call counted in this process's budget? What says so in the default manners says nothing.

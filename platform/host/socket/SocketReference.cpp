@@ -31,11 +31,6 @@ status_t refuseAsTooLarge(const char* kind, uint32_t code, size_t size, size_t l
     return FAILED_TRANSACTION;
 }
 
-void waitForData(const Fd& socket) {
-    pollfd request = {socket.get(), POLLIN, 0};
-    (void)poll(&request, 1, -1);  // whatever it says, receiving tells
-}
-
 }  // namespace
 
 // Waits for the control socket to hang up.
@@ -106,57 +101,53 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (status != OK) {
         return status;
     }
+    bool broken = false;
     if (mMain.tryTake()) {
-        PollTarget target;
-        const status_t sent = mMain.trySend(header, data, attachments, target);
+        PollTarget unused;
+        const status_t sent = mMain.trySend(header, data, attachments, unused);
         if (sent != WOULD_BLOCK) {
-            return finishOnMain(sent, reply, deadline);
+            const status_t ended = finish(sent, mMain.socket(), reply, deadline, &broken);
+            if (!broken) {
+                mMain.release();
+            }
+            return ended;
         }
         mMain.release();
     }
-    return callBeside(header, data, attachments, reply, deadline);
-}
-
-status_t SocketReference::finishOnMain(status_t sent, Parcel* reply, Deadline& deadline) {
-    status_t status = sent;
-    bool broken = status == DEAD_OBJECT;
-    if (status == OK) {
-        status = receiveReply(mMain.socket(), reply, &broken);
-    } else if (broken) {
-        status = mControl.whyClosed(deadline);
-    }
-    if (!broken) {
-        mMain.release();
-    }
-    return status;
-}
-
-status_t SocketReference::callBeside(const Header& header, const Parcel& data,
-                                     const Attachments& attachments, Parcel* reply,
-                                     Deadline& deadline) {
     Fd socket;
-    const auto attempt = [&](PollTarget& target) {
-        if (!socket.valid()) {
-            socket = mIdle.take();  // another call may have given one back meanwhile
-        }
-        status_t status = socket.valid() ? OK : mControl.open(Role::Calls, 0, &socket, target);
-        if (status == OK) {
-            target = {socket.get(), POLLOUT};
-            status = sendMessage(socket, header, data, attachments);
-        }
-        return status;
-    };
-    status_t status = retryUntil(deadline, attempt);
-    bool broken = status == DEAD_OBJECT;
-    if (status == OK) {
-        status = receiveReply(socket, reply, &broken);
-    } else if (broken) {
-        status = mControl.whyClosed(deadline);
-    }
+    const status_t sent = sendBeside(header, data, attachments, deadline, &socket);
+    const status_t ended = finish(sent, socket, reply, deadline, &broken);
     if (!broken && socket.valid()) {
         mIdle.giveBack(std::move(socket));
     }
-    return status;
+    return ended;
+}
+
+status_t SocketReference::sendBeside(const Header& header, const Parcel& data,
+                                     const Attachments& attachments, Deadline& deadline,
+                                     Fd* socket) {
+    return retryUntil(deadline, [&](PollTarget& target) {
+        if (!socket->valid()) {
+            *socket = mIdle.take();  // another call may have given one back meanwhile
+        }
+        const status_t status =
+            socket->valid() ? OK : mControl.open(Role::Calls, 0, socket, target);
+        if (status != OK) {
+            return status;
+        }
+        target = {socket->get(), POLLOUT};
+        return sendMessage(*socket, header, data, attachments);
+    });
+}
+
+// `sent` is what became of sending the call. `broken`: the socket can carry no other one.
+status_t SocketReference::finish(status_t sent, const Fd& socket, Parcel* reply, Deadline& deadline,
+                                 bool* broken) {
+    if (sent == OK) {
+        return receiveReply(socket, reply, broken);
+    }
+    *broken = sent == DEAD_OBJECT;
+    return *broken ? mControl.whyClosed(deadline) : sent;
 }
 
 status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
@@ -202,11 +193,7 @@ status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& da
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
     reply->freeData();
     Envelope envelope;
-    Received received = receiveMessage(socket, true, *reply, envelope);
-    while (received == Received::Nothing) {
-        waitForData(socket);
-        received = receiveMessage(socket, true, *reply, envelope);
-    }
+    const Received received = receiveMessage(socket, true, *reply, envelope);
     if (received == Received::Message && envelope.header().kind == Kind::Reply &&
         mContext.translator.importBinders(envelope, *reply)) {
         mMain.noteDone(envelope.header().code);

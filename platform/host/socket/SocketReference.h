@@ -10,7 +10,7 @@
 #include "socket/ControlSocket.h"
 #include "socket/IdleSockets.h"
 #include "socket/MainChannel.h"
-#include "socket/PeerBudget.h"
+#include "socket/OneWayBudget.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -46,9 +46,10 @@ private:
     status_t callTwoWay(const Header& header, const Parcel& data, Parcel* reply);
     status_t callOneWay(const Header& header, const Parcel& data);
     status_t callOneWayWithinBudget(Header header, const Parcel& data);
-    status_t finishOnMain(status_t sent, Parcel* reply, Deadline& deadline);
-    status_t callBeside(const Header& header, const Parcel& data, const Attachments& attachments,
-                        Parcel* reply, Deadline& deadline);
+    status_t sendBeside(const Header& header, const Parcel& data, const Attachments& attachments,
+                        Deadline& deadline, Fd* socket);
+    status_t finish(status_t sent, const Fd& socket, Parcel* reply, Deadline& deadline,
+                    bool* broken);
     status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
 
     const Context& mContext;
