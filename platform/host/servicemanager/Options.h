@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "servicemanager/Registry.h"
-#include "socket/SocketAccess.h"
+#include "socket/SocketPath.h"
 
 namespace servicemanager {
 

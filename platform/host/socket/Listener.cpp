@@ -15,7 +15,6 @@
 #include <thread>
 
 #include "socket/ControlChannel.h"
-#include "socket/SocketPath.h"
 #include "socket/Syscalls.h"
 #include "support/Log.h"
 
@@ -97,31 +96,17 @@ bool nameSender(const Fd& socket) {
     return setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
 }
 
-/// The file of the socket that this process has bound, whatever its path leads to by now.
-Fd fileOf(const std::string& path) {
-    Fd file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
-    const bool isOurs = file.valid() && fstat(file.get(), &status) == 0 &&
-                        S_ISSOCK(status.st_mode) && status.st_uid == geteuid();
-    errno = file.valid() && !isOurs ? EPERM : errno;
-    return isOurs ? std::move(file) : Fd();
-}
-
-/// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen.
-bool grant(const std::string& path, const SocketAccess& access) {
-    const Fd file = fileOf(path);
-    if (!file.valid()) {
-        return false;
-    }
-    if (access.group.has_value() &&
-        fchownat(file.get(), "", static_cast<uid_t>(-1), *access.group, AT_EMPTY_PATH) != 0) {
+/// Opens the file as far as it is to be; the errno of what failed. Nobody can connect yet: the
+/// socket does not listen.
+int grant(const std::string& path, const SocketAccess& access) {
+    const gid_t group = access.group.value_or(static_cast<gid_t>(-1));
+    if (lchown(path.c_str(), static_cast<uid_t>(-1), group) != 0) {
         const int error = errno;
         logLine("cannot give %s to group %u: %s; its members and root may", path.c_str(),
-                static_cast<unsigned>(*access.group), strerrordesc_np(error));
-        errno = error;
-        return false;
+                static_cast<unsigned>(group), strerrordesc_np(error));
+        return error;
     }
-    return chmod(("/proc/self/fd/" + std::to_string(file.get())).c_str(), access.mode) == 0;
+    return chmod(path.c_str(), access.mode) == 0 ? 0 : errno;
 }
 
 /// The mode that a socket has before it is bound is the most that its file gets.
@@ -131,13 +116,12 @@ bool bindFor(const Fd& socket, const std::string& path, const sockaddr_un& addre
         bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
         return false;
     }
-    if (grant(path, access)) {
-        return true;
+    const int error = grant(path, access);
+    if (error != 0) {
+        (void)unlink(path.c_str());
     }
-    const int error = errno;
-    (void)unlink(path.c_str());
     errno = error;
-    return false;
+    return error == 0;
 }
 
 constexpr mode_t kMayEnter = S_IXGRP | S_IXOTH;
@@ -174,10 +158,7 @@ std::shared_ptr<Listener> Listener::open(const Context& context, const std::stri
         return nullptr;
     }
     Fd lock = takeLock(path);
-    if (!lock.valid()) {
-        return nullptr;
-    }
-    if (!removeOldSocket(path, address)) {
+    if (!lock.valid() || !removeOldSocket(path, address)) {
         return nullptr;
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

@@ -8,7 +8,7 @@
 #include "binder/Binder.h"
 #include "socket/Context.h"
 #include "socket/Reactor.h"
-#include "socket/SocketAccess.h"
+#include "socket/SocketPath.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {

@@ -4,9 +4,18 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 
 namespace android::transport {
+
+/// Who may connect to the service manager's socket: whoever the mode of its file lets write.
+struct SocketAccess {
+    static constexpr mode_t kOwnerOnly = 0600;
+
+    mode_t mode = kOwnerOnly;
+    std::optional<gid_t> group;  ///< of the file; else the one that the kernel gives it
+};
 
 /// Where the service manager listens: $VOXTREL_BINDER_SOCKET, else $XDG_RUNTIME_DIR/voxtrel/binder,
 /// else voxtrel-<uid>/binder under /tmp. Read anew at each call.

@@ -8,7 +8,6 @@
 #include "binder/Binder.h"
 #include "socket/Listener.h"
 #include "socket/Message.h"
-#include "socket/SocketPath.h"
 #include "support/ForkGuard.h"
 
 namespace android::transport {
@@ -38,12 +37,21 @@ sp<IBinder> SocketTransport::contextObject() {
     if (refusedAfterFork()) {
         return nullptr;
     }
-    if (const sp<IBinder> known = knownContext(); known != nullptr) {
-        return known;
+    {
+        Mutex::Autolock held(mLock);
+        if (const sp<IBinder> known = knownContext(); known != nullptr) {
+            return known;
+        }
     }
     // Without the lock: a manager that takes its time costs each thread one wait, not everybody's.
     Fd control = connectTo(socketPath());
-    return adopt(std::move(control));
+    Mutex::Autolock held(mLock);
+    if (const sp<IBinder> first = knownContext(); first != nullptr) {
+        return first;  // another thread's: they all have one proxy
+    }
+    mRuntime.context().quotas.trustManager(control.valid() ? peerPid(control) : 0);
+    mManagerProxy = control.valid() ? mRuntime.proxyOfManager(std::move(control)) : nullptr;
+    return mManagerProxy;
 }
 
 bool SocketTransport::becomeContext(const sp<BBinder>& manager) {
@@ -108,29 +116,12 @@ bool SocketTransport::serve(std::shared_ptr<Listener> listener, const sp<BBinder
 }
 
 sp<IBinder> SocketTransport::knownContext() {
-    Mutex::Autolock held(mLock);
-    return usableContext();
-}
-
-sp<IBinder> SocketTransport::usableContext() {
     if (mManager != nullptr) {
         return mManager;
     }
     const bool usable =
         mManagerProxy != nullptr && mManagerProxy->isBinderAlive() && !hasEnded(mManagerProxy);
     return usable ? mManagerProxy : nullptr;
-}
-
-// All threads have the proxy of the one that was first.
-sp<IBinder> SocketTransport::adopt(Fd control) {
-    Mutex::Autolock held(mLock);
-    const sp<IBinder> first = usableContext();
-    if (first != nullptr) {
-        return first;
-    }
-    mRuntime.context().quotas.trustManager(control.valid() ? peerPid(control) : 0);
-    mManagerProxy = control.valid() ? mRuntime.proxyOfManager(std::move(control)) : nullptr;
-    return mManagerProxy;
 }
 
 }  // namespace android::transport

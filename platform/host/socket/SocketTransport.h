@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "binder/transport/Transport.h"
-#include "socket/SocketAccess.h"
+#include "socket/SocketPath.h"
 #include "socket/SocketRuntime.h"
 #include "support/Fd.h"
 #include "utils/Mutex.h"
@@ -45,9 +45,7 @@ public:
 private:
     bool serve(std::shared_ptr<Listener> listener, const sp<BBinder>& manager)
         PLATFORM_REQUIRES(mLock);
-    sp<IBinder> knownContext();
-    sp<IBinder> usableContext() PLATFORM_REQUIRES(mLock);
-    sp<IBinder> adopt(Fd control);
+    sp<IBinder> knownContext() PLATFORM_REQUIRES(mLock);
 
     SocketRuntime mRuntime;
     Mutex mLock;
