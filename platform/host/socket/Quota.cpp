@@ -50,6 +50,22 @@ bool mayHaveBytes(const QuotaAmount& ofProcess, const QuotaAmount& ofUser, bool 
            (ownUser || ofUser.bytes <= kMaxBytesOfOneUser);
 }
 
+template <typename Usage, typename Key>
+QuotaAmount heldBy(const Usage& usage, Key key) {
+    const auto found = usage.find(key);
+    return found != usage.end() ? found->second : QuotaAmount{};
+}
+
+// An entry that holds nothing is gone.
+template <typename Usage, typename Key>
+void add(Usage& usage, Key key, const QuotaAmount& change) {
+    QuotaAmount& held = usage[key];
+    held = held + change;
+    if (held.descriptors == 0 && held.bytes == 0) {
+        usage.erase(key);
+    }
+}
+
 uid_t userOf(pid_t pid) {
     struct stat status {};
     const std::string folder = "/proc/" + std::to_string(pid);
@@ -57,28 +73,6 @@ uid_t userOf(pid_t pid) {
 }
 
 }  // namespace
-
-template <typename Key>
-QuotaAmount Quotas::Usage<Key>::of(Key key) const {
-    const auto found = mHeld.find(key);
-    return found != mHeld.end() ? found->second : QuotaAmount{};
-}
-
-template <typename Key>
-void Quotas::Usage<Key>::add(Key key, const QuotaAmount& amount) {
-    QuotaAmount& held = mHeld[key];
-    held = held + amount;
-}
-
-template <typename Key>
-void Quotas::Usage<Key>::take(Key key, const QuotaAmount& amount) {
-    const auto found = mHeld.find(key);
-    found->second.descriptors -= amount.descriptors;
-    found->second.bytes -= amount.bytes;
-    if (found->second.descriptors == 0 && found->second.bytes == 0) {
-        mHeld.erase(found);
-    }
-}
 
 PeerIdentity Quotas::chargedPeer(PeerIdentity sender, uint32_t named) const {
     if (named == 0 || sender.pid != mManager) {
@@ -91,27 +85,29 @@ PeerIdentity Quotas::chargedPeer(PeerIdentity sender, uint32_t named) const {
 Quotas::Grant Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
     const bool ownUser = peer.uid == geteuid();
     Mutex::Autolock held(mLock);
-    const QuotaAmount ofProcess = mByPid.of(peer.pid) + amount;
-    const QuotaAmount ofUser = mByUid.of(peer.uid) + amount;
+    const QuotaAmount ofProcess = heldBy(mByPid, peer.pid) + amount;
+    const QuotaAmount ofUser = heldBy(mByUid, peer.uid) + amount;
     if ((amount.descriptors != 0 &&
          !mayHaveDescriptors(ofProcess, ofUser, ownUser, descriptorsLeft(mDescriptors, fd))) ||
         (amount.bytes != 0 && !mayHaveBytes(ofProcess, ofUser, ownUser))) {
         return Grant::None;
     }
-    mByPid.add(peer.pid, amount);
-    mByUid.add(peer.uid, amount);
-    mDescriptors += amount.descriptors;
+    note(peer, amount);
     return ofProcess.bytes > kMaxBytesOfOneProcess / 2 ? Grant::Scarce : Grant::Plenty;
 }
 
 void Quotas::giveBack(PeerIdentity peer, QuotaAmount amount) {
     Mutex::Autolock held(mLock);
-    mByPid.take(peer.pid, amount);
-    mByUid.take(peer.uid, amount);
-    mDescriptors -= amount.descriptors;
+    note(peer, {0 - amount.descriptors, 0 - amount.bytes});
     if (mDescriptors == 0) {
         mUnused = std::chrono::steady_clock::now();
     }
+}
+
+void Quotas::note(PeerIdentity peer, QuotaAmount change) {
+    add(mByPid, peer.pid, change);
+    add(mByUid, peer.uid, change);
+    mDescriptors += change.descriptors;
 }
 
 std::optional<std::chrono::steady_clock::time_point> Quotas::unusedSince() {

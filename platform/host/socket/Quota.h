@@ -57,25 +57,15 @@ private:
     friend class QuotaCharge;
     enum class Grant { None, Plenty, Scarce };
 
-    /// A table entry that holds nothing is gone.
-    template <typename Key>
-    class Usage {
-    public:
-        QuotaAmount of(Key key) const;
-        void add(Key key, const QuotaAmount& amount);
-        void take(Key key, const QuotaAmount& amount);
-
-    private:
-        std::unordered_map<Key, QuotaAmount> mHeld;
-    };
-
     Grant charge(PeerIdentity peer, int fd, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
     void giveBack(PeerIdentity peer, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
+    /// Numbers go round, so that a change may also be less.
+    void note(PeerIdentity peer, QuotaAmount change) PLATFORM_REQUIRES(mLock);
 
     std::atomic<pid_t> mManager{0};
     Mutex mLock;
-    Usage<pid_t> mByPid PLATFORM_GUARDED_BY(mLock);
-    Usage<uid_t> mByUid PLATFORM_GUARDED_BY(mLock);
+    std::unordered_map<pid_t, QuotaAmount> mByPid PLATFORM_GUARDED_BY(mLock);
+    std::unordered_map<uid_t, QuotaAmount> mByUid PLATFORM_GUARDED_BY(mLock);
     size_t mDescriptors PLATFORM_GUARDED_BY(mLock) = 0;
     std::chrono::steady_clock::time_point mUnused PLATFORM_GUARDED_BY(mLock) =
         std::chrono::steady_clock::now();

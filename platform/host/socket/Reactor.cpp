@@ -77,29 +77,14 @@ void Reactor::remove(const EventHandler& handler) {
     }
 }
 
-std::shared_ptr<EventHandler> Reactor::wait() {
+std::shared_ptr<EventHandler> Reactor::wait(int timeoutMs) {
     epoll_event event = {};
-    if (epoll_wait(mEpoll.get(), &event, 1, -1) != 1) {
+    if (epoll_wait(mEpoll.get(), &event, 1, timeoutMs) != 1) {
         return nullptr;
     }
     Mutex::Autolock held(mLock);
     const auto found = mHandlers.find(tokenOf(event));
     return found != mHandlers.end() ? found->second : nullptr;
-}
-
-std::vector<std::shared_ptr<EventHandler>> Reactor::ready() {
-    constexpr int kMaxAtOnce = 16;
-    epoll_event events[kMaxAtOnce];
-    const int count = epoll_wait(mEpoll.get(), events, kMaxAtOnce, 0);
-    std::vector<std::shared_ptr<EventHandler>> handlers;
-    Mutex::Autolock held(mLock);
-    for (int i = 0; i < count; ++i) {
-        const auto found = mHandlers.find(tokenOf(events[i]));
-        if (found != mHandlers.end()) {
-            handlers.push_back(found->second);
-        }
-    }
-    return handlers;
 }
 
 }  // namespace android::transport

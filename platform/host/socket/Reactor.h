@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
-#include <vector>
 
 #include "support/Fd.h"
 #include "utils/Mutex.h"
@@ -59,10 +58,9 @@ public:
     /// Lets the handler go; it is destroyed when nobody uses it any more.
     void remove(const EventHandler& handler);
 
-    /// Sleeps until a handler is ready. Null once in a while, when it has been removed meanwhile.
-    std::shared_ptr<EventHandler> wait();
-    /// Those of the handlers that are ready now, a few at a time and each in its turn.
-    std::vector<std::shared_ptr<EventHandler>> ready();
+    /// Sleeps until a handler is ready; the handlers come in turn. Null when the time is up, and
+    /// once in a while when the handler has been removed meanwhile.
+    std::shared_ptr<EventHandler> wait(int timeoutMs = -1);
 
 private:
     Fd mEpoll;

@@ -11,6 +11,8 @@ namespace android::transport {
 
 namespace {
 
+constexpr int kMaxReleasedAtOnce = 16;
+
 SocketReference* referenceOf(const sp<IBinder>& binder) {
     auto* remote = binder->remoteBinder();
     return remote != nullptr ? dynamic_cast<SocketReference*>(&remote->reference()) : nullptr;
@@ -31,7 +33,11 @@ void SocketRuntime::closeReleasedExports() {
     if (mPool.isUsed()) {
         return;
     }
-    for (const std::shared_ptr<EventHandler>& handler : mReactor.ready()) {
+    for (int i = 0; i < kMaxReleasedAtOnce; ++i) {
+        const std::shared_ptr<EventHandler> handler = mReactor.wait(0);
+        if (handler == nullptr) {
+            return;
+        }
         if (dynamic_cast<ControlChannel*>(handler.get()) != nullptr) {
             handler->onReady();
         } else {

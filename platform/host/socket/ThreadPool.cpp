@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <memory>
 #include <system_error>
 #include <thread>
 
@@ -65,30 +66,16 @@ bool ThreadPool::leave() {
     return true;
 }
 
-// One thread's membership in the pool; an implementation may end the thread in the middle of a
-// call.
-struct ThreadPool::Membership {
-    explicit Membership(ThreadPool& threads) : pool(threads) {}
-    ~Membership() {
-        if (!left) {
-            pool.lose();
-        }
-    }
-    Membership(const Membership&) = delete;
-    Membership& operator=(const Membership&) = delete;
-
-    ThreadPool& pool;
-    bool left = false;
-};
-
 void ThreadPool::run() {
     (void)pthread_setname_np(pthread_self(), "binder");  // a name is a nicety
     gPool = this;
-    Membership membership(*this);
+    // An implementation may end the thread in the middle of a call.
+    const auto lost = [](ThreadPool* pool) { pool->lose(); };
+    std::unique_ptr<ThreadPool, decltype(lost)> membership(this, lost);
     while (!leave()) {
         serveOne();
     }
-    membership.left = true;
+    (void)membership.release();
 }
 
 void ThreadPool::lose() {

@@ -94,7 +94,6 @@ private:
     void serveOne();
     void run();
     bool leave();
-    struct Membership;
     void lose();
     bool block();
 
