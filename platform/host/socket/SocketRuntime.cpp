@@ -23,7 +23,9 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
 SocketRuntime::SocketRuntime()
     : mBudget(gManners.ofDriver ? std::make_unique<OneWayBudget>(OneWayBudget::makePage())
                                 : nullptr),
-      mContext{mQuotas, mReactor, mPool, *mStallMonitor, mExports, *this, mBudget.get()} {}
+      mContext{mQuotas, mReactor, mPool, *mStallMonitor, mExports, *this, mBudget.get()} {
+    mStallMonitor->start();
+}
 
 // Where no thread waits in the reactor, nobody sees that a reference has been let go: a process
 // that gives away one object after the other would keep them all. So it looks for some whenever it
