@@ -92,7 +92,7 @@ bool ControlChannel::adopt(Received received, Envelope& envelope) {
         return true;
     }
     const auto channel = makeChannel(role, std::move(end), std::move(charge));
-    // What cannot be waited for is dropped, and its peer sees it hang up.
+    // When that fails the channel goes, and its peer sees a hang-up.
     (void)context().reactor.add(channel);
     return true;
 }

@@ -18,7 +18,7 @@ bool Deadline::wait(const PollTarget& target) {
     if (mDeadline == Clock::time_point{}) {
         mDeadline = now + std::chrono::milliseconds(mMilliseconds);
     }
-    // Rounded up: the last millisecond is slept, not spent on looking again and again.
+    // Rounded up, or the last millisecond would be a busy loop.
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(mDeadline - now).count();
     if (left <= 0) {
         return false;

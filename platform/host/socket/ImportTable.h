@@ -15,7 +15,7 @@ namespace android::transport {
 
 class SocketReference;
 
-/// The proxies that this process has of nodes of others: one a node. Called on: any thread.
+/// The proxies of nodes of other processes, one for each node. Called on: any thread.
 class ImportTable {
 public:
     ImportTable(const Context& context, DrainingSockets& draining)
@@ -23,8 +23,8 @@ public:
     ImportTable(const ImportTable&) = delete;
     ImportTable& operator=(const ImportTable&) = delete;
 
-    /// The proxy of the node with this name: the one that this process has already, and `control`
-    /// is closed; else a new one. `leadsToManager`: it is the service manager's.
+    /// The proxy of the node with this id: the one that there is, and `control` is closed; else a
+    /// new one. `leadsToManager`: the node is the service manager's.
     sp<IBinder> proxyOf(const NodeId& id, Fd control, bool leadsToManager = false)
         PLATFORM_EXCLUDES(mLock);
 

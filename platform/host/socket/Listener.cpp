@@ -23,7 +23,7 @@ namespace android::transport {
 namespace {
 
 constexpr int kBacklog = 128;
-// A service manager that is alive but does not get round to answering.
+// Of 1 ms each, while the backlog of a service manager is full.
 constexpr int kConnectAttempts = 100;
 constexpr int kOutOfDescriptorsMs = 10;
 constexpr int kLeavingAttempts = 5000;  // 1 ms each
@@ -257,7 +257,7 @@ void Listener::admit(Fd control) const {
         return;
     }
     if (nameSender(control)) {
-        // What cannot be waited for is dropped, and its peer sees it hang up.
+        // When that fails the channel goes, and its peer sees a hang-up.
         (void)mContext.reactor.add(std::make_shared<ControlChannel>(mContext, std::move(control),
                                                                     mManager, std::move(charge)));
     }
@@ -265,7 +265,7 @@ void Listener::admit(Fd control) const {
 
 bool Listener::turnOneAway() {
     if (!mSpare.valid()) {
-        // Another thread has taken the spare one's place: nothing to do until there is one again.
+        // Another thread of the process has taken its number: wait for descriptors.
         (void)poll(nullptr, 0, kOutOfDescriptorsMs);
     }
     mSpare.reset();

@@ -38,7 +38,7 @@ public:
 
 private:
     void admit(Fd control) const;
-    /// False when there is no use in trying on at once.
+    /// False when there are still no descriptors.
     bool turnOneAway();
 
     bool hasConnections() const;

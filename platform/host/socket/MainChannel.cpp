@@ -32,7 +32,6 @@ status_t MainChannel::trySend(const Header& header, const Parcel& data,
     return status;
 }
 
-// Has everything been received that was sent through an earlier reference?
 bool MainChannel::mayFollow(PollTarget& target) {
     if (mPredecessor != nullptr && !mPredecessor->isDrained()) {
         target = {mPredecessor->socket().get(), POLLRDHUP};

@@ -20,13 +20,13 @@ struct SocketPair {
 /// Both invalid when the process is out of descriptors.
 SocketPair makeSocketPair();
 
-/// Is this a SOCK_SEQPACKET socket of the local kind? Anything may arrive in a message.
+/// Is this a local SOCK_SEQPACKET socket? Anything may arrive in a message.
 bool isPeerSocket(const Fd& fd);
-/// Who made the other end, by the kernel's word; 0 when it cannot be seen from here.
+/// The process that made the other end; 0 when it is outside of this pid namespace.
 pid_t peerPid(const Fd& fd);
-/// The same socket under one of the highest numbers that this process may have; as it was when none
-/// is free. The kernel closes the descriptors of a dying process from the highest number down: who
-/// is at the other end of this one hears of the death before everybody else.
+/// The same socket under one of the highest numbers that this process may have, or as it was when
+/// none is free. The kernel closes a dying process's descriptors from the highest number down: the
+/// other end of this one hears of the death first.
 Fd closedFirst(Fd fd);
 
 /// Has the other side closed the socket for good?

@@ -13,11 +13,9 @@
 
 namespace android::transport {
 
-/// How much of its one-way calls a process has still to carry out, in the manners of a driver: the
-/// kernel keeps them in half of the process's 1 MB. All who send to it count in one page of memory
-/// that it gives them. They could as well count wrongly: this is for tests, not for strangers.
-///
-/// Called on: any thread. Locks: none.
+/// The bytes of one-way calls that a process has still to carry out, in the manners of a driver:
+/// the kernel keeps them in half of the process's 1 MB. All senders count in one page that it
+/// shares with them, and are trusted to: this is for tests. Called on: any thread. Locks: none.
 class OneWayBudget {
 public:
     /// A page of this process's own, as the receiver of calls.
@@ -46,7 +44,6 @@ private:
 };
 
 /// The budget of the process that a reference leads to, asked for through the control socket.
-///
 /// Called on: any thread. Locks: its own, also while it waits for the first answer.
 class PeerBudget {
 public:
@@ -64,7 +61,7 @@ private:
     std::unique_ptr<OneWayBudget> mBudget PLATFORM_GUARDED_BY(mLock);
 };
 
-/// Is this call counted in this process's budget? What says so in the default manners says nothing.
+/// Is this call counted in this process's budget? Never in the default manners.
 bool isCounted(const Header& oneWay);
 
 }  // namespace android::transport

@@ -31,18 +31,14 @@ struct Incoming {
 };
 
 /// One-way calls to a node are served one at a time, in the order in which they were received. A
-/// thread that receives one while another is being served queues it, and the thread that serves
-/// goes on with it.
+/// thread that receives one while another is being served queues it for the thread that serves.
 ///
-/// The queue is limited as the kernel's driver limits it: a channel whose share is used up is not
-/// read any further, so that its sender is slowed down. A two-way call goes behind one-way calls
-/// only when they are few and small (`kMaxAhead`, `kMaxBytesAhead`), and those never keep a channel
-/// from being read: they may be waiting for that very call.
-///
-/// Because of that promise a process with very many channels could queue very much. What it has in
-/// the queues of all nodes together is charged to its quota: with half of that used its channels
-/// are read no further than promised, and with all of it used the next message is refused, and its
-/// channel closed.
+/// A channel whose share of the queue is used up is not read, so that its sender is slowed down. A
+/// two-way call goes behind one-way calls only when they are few and small (`kMaxAhead`,
+/// `kMaxBytesAhead`), and so many never keep a channel from being read: they may be waiting for
+/// that very call. Because of this promise, what a process has in all queues is charged to its
+/// quota: with half of it used its channels are read no further than promised, and with all of it
+/// used the next message closes its channel.
 class OneWayQueue {
 public:
     enum class Entry {

@@ -11,12 +11,10 @@
 namespace android::transport {
 
 /// Lets two-way calls overtake one-way calls that their caller made before, as the kernel's driver
-/// may. There is one for each reference that another process holds, and only in the manners of a
-/// driver: about half of the one-way calls through that reference are held back until a two-way
-/// call through it has been carried out, or `kLongest` has passed since they arrived. Held back
-/// they keep their turn, so that one-way calls never overtake each other.
-///
-/// Called on: any thread.
+/// may. Each reference that another process holds has one, in the manners of a driver: about half
+/// of its one-way calls are held back until a two-way call through it has been carried out, or
+/// `kLongest` has passed since they arrived. Held back they keep their turn, so that one-way calls
+/// never overtake each other. Called on: any thread.
 class Overtaking {
 public:
     static constexpr std::chrono::milliseconds kLongest{20};
@@ -28,8 +26,8 @@ public:
     };
     Arrival arrive() PLATFORM_EXCLUDES(mLock);
 
-    /// Waits until the call may be carried out. What is to overtake it may come over the socket
-    /// that the calling thread reads: the stall monitor lends that to another thread.
+    /// Waits until the call may be carried out. A two-way call that is to overtake it may come over
+    /// the same socket, which the stall monitor hands to another thread.
     void holdBack(const Arrival& arrival, uint32_t code) PLATFORM_EXCLUDES(mLock);
 
     /// How many have arrived so far.
@@ -44,7 +42,7 @@ private:
     uint32_t mOvertaken PLATFORM_GUARDED_BY(mLock) = 0;
 };
 
-/// The seed's word on one call: about every other one is to be overtaken. The same on each machine.
+/// Does the seed name this call? It names about every other one, the same on each machine.
 bool isToBeOvertaken(uint32_t seed, uint32_t number, uint32_t code);
 
 }  // namespace android::transport

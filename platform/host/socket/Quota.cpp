@@ -25,7 +25,7 @@ QuotaAmount operator+(const QuotaAmount& a, const QuotaAmount& b) {
     return {a.descriptors + b.descriptors, a.bytes + b.bytes};
 }
 
-// Asked for each time: a process may change it.
+// Not cached: the process may change it.
 size_t descriptorLimit() {
     rlimit limit = {};
     const rlim_t most = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;

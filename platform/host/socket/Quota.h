@@ -16,27 +16,24 @@
 
 namespace android::transport {
 
-/// A process and its user, by the kernel's word.
+/// A process and its user, as the kernel names them.
 struct PeerIdentity {
     pid_t pid;
     uid_t uid;
 };
 
-/// What somebody has been granted.
+/// What a peer is charged for.
 struct QuotaAmount {
     size_t descriptors;
     size_t bytes;
 };
 
-/// What other processes may make this one hold: sockets to serve, and one-way calls that wait for
-/// their turn, with their descriptors and the memory they take. Each process has a limited share,
-/// and so has each user other than this process's own, for a user may have any number of processes.
-/// A reserve of descriptors is kept from all: a flood from one harms no other.
+/// What other processes may make this one hold: sockets to serve, and queued one-way calls with
+/// their descriptors and memory. Each process has a limited share, and so has each user other than
+/// this process's own. A reserve of descriptors is kept from all.
 ///
 /// A user's share of descriptors is as many as are left: one alone gets half of them, two a third
-/// each, and there is always something left for the next.
-///
-/// Called on: any thread. Locks: its own.
+/// each. Called on: any thread.
 class Quotas {
 public:
     Quotas() = default;
@@ -46,9 +43,8 @@ public:
     /// Since when no other process has had a socket served here; empty while one has.
     std::optional<std::chrono::steady_clock::time_point> unusedSince() PLATFORM_EXCLUDES(mLock);
 
-    /// Connections to the service manager run to this process. It may name, in a socket that it
-    /// passes on, who is to have it: otherwise whoever asks it often would use up its share for
-    /// all.
+    /// The service manager's process. In a socket that it passes on it may name who is to have it:
+    /// otherwise a client that asks often would use up the manager's share for all.
     void trustManager(pid_t manager) { mManager = manager; }
     /// Who a socket sent by `sender` is charged to; `named` is the process that it names, or 0.
     PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named) const;
@@ -59,7 +55,7 @@ private:
 
     Grant charge(PeerIdentity peer, int fd, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
     void giveBack(PeerIdentity peer, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
-    /// Numbers go round, so that a change may also be less.
+    /// Numbers wrap around: a change may be a decrease.
     void note(PeerIdentity peer, QuotaAmount change) PLATFORM_REQUIRES(mLock);
 
     std::atomic<pid_t> mManager{0};
@@ -71,7 +67,7 @@ private:
         std::chrono::steady_clock::now();
 };
 
-/// What one peer is charged for, until this goes.
+/// A charge on one peer's quota; the destructor gives it back.
 class QuotaCharge {
 public:
     /// For a socket that this process has made of its own will: not limited.

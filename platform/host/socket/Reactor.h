@@ -12,10 +12,8 @@
 
 namespace android::transport {
 
-/// Something with a descriptor that threads of the pool wait for.
-///
-/// It is armed for one event at a time, so one thread at most is in `onReady`; the handler is armed
-/// again (`Reactor::rearm`) or taken out (`Reactor::remove`) at the end of it.
+/// Something with a descriptor that threads of the pool wait for. Armed for one event at a time, so
+/// that one thread at most is in `onReady`, which ends with `Reactor::rearm` or `Reactor::remove`.
 class EventHandler {
 public:
     explicit EventHandler(Fd socket) : mSocket(std::move(socket)) {}
@@ -25,8 +23,8 @@ public:
 
     /// Called on: a thread of the pool. Locks: none.
     virtual void onReady() = 0;
-    /// Does `onReady` return at once, whatever other processes do? Then the pool needs no other
-    /// thread in the reactor meanwhile. False for whatever may run an implementation's code.
+    /// `onReady` returns at once and runs no code of an implementation: the pool needs no other
+    /// thread in the reactor meanwhile.
     virtual bool neverBlocks() const { return false; }
 
     const Fd& socket() const { return mSocket; }
@@ -45,15 +43,15 @@ class Reactor {
 public:
     Reactor();
 
-    /// Keeps the handler, and arms it. False when the kernel will not have it.
+    /// Keeps the handler, and arms it. False when epoll refuses the descriptor.
     bool add(const std::shared_ptr<EventHandler>& handler);
     /// The same for a descriptor that somebody else owns and removes before it is closed.
     bool add(const std::shared_ptr<EventHandler>& handler, const Fd& socket);
     void rearm(EventHandler& handler);
     /// The same for a handler that may be removed at any time, and its descriptor closed.
     void rearmIfKept(EventHandler& handler);
-    /// Takes a handler that is not armed out of the kernel's sight until it is armed again: while a
-    /// thread reads its socket directly, each message would cost a look at it.
+    /// Takes a handler that is not armed out of epoll until it is armed again: while a thread reads
+    /// its socket directly, each message would cost a wake-up callback.
     void pause(EventHandler& handler);
     /// Lets the handler go; it is destroyed when nobody uses it any more.
     void remove(const EventHandler& handler);

@@ -102,7 +102,7 @@ private:
             mMessage.msg_control = mControl;
             mMessage.msg_controllen = sizeof(mControl);
             const ssize_t got = sys::receive(socket.get(), &mMessage, flags);
-            // A reset says that the other side left replies unread; what it sent is still there.
+            // After a reset, for replies left unread, what the peer sent is still there.
             if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
                 return got;
             }

@@ -41,7 +41,7 @@ std::string socketPath() {
 }
 
 void makeFolderOf(const std::string& path) {
-    // Whether it is there and usable shows when the socket is bound.
+    // A failure shows when the socket is bound.
     (void)mkdir(folderOf(path).c_str(), kOwnerOnly);
 }
 

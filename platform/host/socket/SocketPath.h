@@ -24,11 +24,10 @@ std::string socketPath();
 /// The folder in which the file of that path is.
 std::string folderOf(const std::string& path);
 
-/// Makes the folder of `path` for this user alone, where it is not there.
+/// Makes the folder of `path`, with mode 0700, unless it is there.
 void makeFolderOf(const std::string& path);
 
-/// Is the folder of `path` one that no other user can have put there, or that the user named?
-/// Under /tmp everybody may make folders of any name.
+/// False for the fallback under /tmp, where everybody may make folders, unless it is private.
 bool folderIsTrusted(const std::string& path);
 
 /// Is there a folder, not a link to one, that belongs to `user` and that nobody else may enter?

@@ -23,7 +23,7 @@ Fd deadReference() {
     return std::move(makeSocketPair().held);
 }
 
-// The caller may not hear of it: what an interface's proxy answers to a one-way call is its own.
+// Logged, since the proxy of an interface may drop the status of a one-way call.
 status_t refuseAsTooLarge(const char* kind, uint32_t code, size_t size, size_t limit) {
     logLimited(
         "%s call %u of %zu bytes is not sent: %zu fit into one, so it has to be split (status %d)",
@@ -39,7 +39,7 @@ public:
     explicit Watch(const wp<BpBinder>& proxy) : EventHandler(Fd()), mProxy(proxy) {}
 
     void onReady() override {
-        // Nothing is ever said through a control socket to its holder: only its end makes it ready.
+        // The owner sends nothing through a control socket: this is a hang-up.
         const sp<BpBinder> proxy = mProxy.promote();
         if (proxy != nullptr) {
             proxy->reportDeath();

@@ -58,8 +58,7 @@ private:
     const bool mLeadsToManager;
     MainChannel mMain;
     IdleSockets mIdle;
-    // The owner has not taken the last reference that was to be passed on: the next one does not
-    // wait.
+    // The owner did not take the last reference that was passed on: the next one does not wait.
     std::atomic<bool> mDoesNotListen{false};
     // Null but in the manners of a driver.
     const std::unique_ptr<PeerBudget> mBudget;

@@ -27,10 +27,9 @@ SocketRuntime::SocketRuntime()
     mStallMonitor->start();
 }
 
-// Where no thread waits in the reactor, nobody sees that a reference has been let go: a process
-// that gives away one object after the other would keep them all. So it looks for some whenever it
-// gives away another. Control sockets only: a thread that has not been told to serve carries out no
-// call.
+// Without a thread in the reactor nobody sees that references have been let go, so a process that
+// gives away one object after the other looks for them as it does. Control sockets only: its
+// threads have not been told to serve calls.
 void SocketRuntime::closeReleasedExports() {
     if (mPool.isUsed()) {
         return;

@@ -14,8 +14,8 @@ namespace android::transport {
 
 namespace {
 
-// A reference costs a descriptor or two at either end; the usual first limit of 1024 is for
-// programs that use select(), which the runtime does not.
+// A reference costs a descriptor or two at either end. The usual soft limit of 1024 is for programs
+// that use select(), which the runtime does not.
 void raiseDescriptorLimit() {
     constexpr rlim_t kEnough = 65536;
     rlimit limit = {};
@@ -43,7 +43,7 @@ sp<IBinder> SocketTransport::contextObject() {
             return known;
         }
     }
-    // Without the lock: a manager that takes its time costs each thread one wait, not everybody's.
+    // Without the lock: a slow manager costs each thread its own wait only.
     Fd control = connectTo(socketPath());
     Mutex::Autolock held(mLock);
     if (const sp<IBinder> first = knownContext(); first != nullptr) {

@@ -12,7 +12,7 @@ namespace android::transport {
 namespace {
 
 constexpr long kTickNanoseconds = 2000000;
-// The timer goes on for a while after the last call, so that a call now and then need not set it.
+// The timer goes on for a while after the last call: setting it costs a system call.
 constexpr int kMaxIdleLooks = 5;
 
 }  // namespace

@@ -32,10 +32,9 @@ private:
     std::atomic<uint32_t> mNumber{0};
 };
 
-/// Looks every few milliseconds, while threads serve channels, whether one of them has been in the
-/// same call since the last look, and then hands its channel over to the other threads. So a call
-/// that takes long delays what comes behind it on its channel for that time only, and a quick call
-/// pays nothing.
+/// Looks every 2 ms, while threads serve channels, whether one is in the same call as at the last
+/// look, and then hands its channel over to the other threads. So a long call does not hold up what
+/// comes behind it on its channel, and a quick one pays nothing.
 class StallMonitor final : public EventHandler, public std::enable_shared_from_this<StallMonitor> {
 public:
     explicit StallMonitor(Reactor& reactor);

@@ -15,7 +15,7 @@ namespace android::transport {
 
 namespace {
 
-// Calls that go back and forth without end are stopped here, not by the machine's memory.
+// Ends a recursion of calls between processes before memory does.
 constexpr int kMaxThreads = 256;
 
 constexpr int kMaxInSlots = 4;

@@ -27,21 +27,19 @@ public:
     /// Has any thread been told to serve? Without one nobody waits in the reactor.
     bool isUsed() const { return mStarted || mJoined; }
 
-    /// May a thread that has just served a socket sleep on that socket, to be woken straight into
-    /// its next call? Only while others wait in the reactor, and half of the pool at most, so that
-    /// silent sockets do not exhaust the pool. `endStay` ends it.
+    /// May a thread that has just served a socket sleep on that socket for its next call? Only
+    /// while others wait in the reactor, and half of the pool at most, so that silent sockets do
+    /// not exhaust the pool. `endStay` ends it.
     bool tryStay();
     void endStay();
-    /// For a thread in a handler that never blocks, before it does something that may after all.
+    /// For a handler that `neverBlocks`, before the exception to it.
     void keepOneWaiting();
-    /// Has the last thread left the reactor? Then a thread that stays goes back there after each
-    /// call.
+    /// The last thread has left the reactor: one that stays goes back there after its call.
     bool nobodyWaits() const { return mWaiting.load(std::memory_order_relaxed) <= 0; }
 
-    /// A pool thread that waits for the reply to a call of its own does not count: another may be
-    /// started in its place, so that calls nest to any depth that matters. Not granted to the last
-    /// thread when no other can be started: nobody would be left to serve what all of them wait
-    /// for.
+    /// A pool thread that waits for a reply does not count: another may be started in its place, so
+    /// that calls nest. Not granted to the last one when no other can be started: nobody would be
+    /// left to serve what all of them wait for.
     class BlockedScope {
     public:
         explicit BlockedScope(ThreadPool& pool);
@@ -57,8 +55,7 @@ public:
         const bool mGranted;
     };
 
-    /// Only so many threads that serve may wait at a time until another process takes a socket: the
-    /// rest keep serving other calls.
+    /// So many serving threads at most wait at a time for another process to take a socket.
     class BlockingSlot {
     public:
         explicit BlockingSlot(ThreadPool& pool);
@@ -77,8 +74,8 @@ public:
 private:
     bool servesHere() const;
 
-    // How many threads there are and how many of them wait for replies. The two change in one step:
-    // a thread must not leave on the strength of another that is about to wait.
+    // Threads, and those of them that wait for replies, in one word: a thread must not leave while
+    // another one is about to wait.
     struct ThreadCounts {
         explicit ThreadCounts(uint32_t bits)
             : spawned(static_cast<int>(bits >> 16U)), blocked(static_cast<int>(bits & 0xFFFFU)) {}
