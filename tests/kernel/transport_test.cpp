@@ -188,7 +188,7 @@ TEST_F(TheDriversTransport, TellsTheLinksToADeadManagerWhenItFindsTheNextOne) {
 }
 
 // It would have reached the next manager, whose handle is the same.
-TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasLetGoOf) {
+TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasReleased) {
     const sp<IBinder> dead = contextThatAnswers();
     mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_REPLY}));
     EXPECT_EQ(0U, dead->getInterfaceDescriptor().size());
@@ -200,7 +200,7 @@ TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasLetGoOf) {
     mDriver.runThreads();
 }
 
-TEST_F(TheDriversTransport, TellsALinkToAManagerThatItHasLetGoOfAsWell) {
+TEST_F(TheDriversTransport, TellsALinkToAManagerThatItHasReleasedAsWell) {
     const sp<IBinder> dead = contextThatAnswers();
     EXPECT_EQ(android::DEAD_OBJECT, callDeadNode(dead));
     EXPECT_TRUE(contextThatAnswers() != dead);

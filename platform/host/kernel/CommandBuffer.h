@@ -10,7 +10,7 @@
 
 namespace android::kernel {
 
-/// The commands (BC_...) that one thread has for the driver and has not written yet, in order.
+/// Commands (BC_...) that have not been written to the driver yet, in order.
 ///
 /// Called on: one thread. Locks: none.
 class CommandBuffer {
@@ -29,7 +29,7 @@ public:
     void addDeath(uint32_t command, uint32_t handle, binder_uintptr_t cookie) {
         addWith(command, binder_handle_cookie{handle, cookie});
     }
-    /// BC_TRANSACTION, BC_REPLY. What it points to stays until it has been consumed.
+    /// BC_TRANSACTION, BC_REPLY. The data it points to must live until the command is consumed.
     void addTransaction(uint32_t command, const binder_transaction_data& transaction) {
         addWith(command, transaction);
     }
@@ -37,7 +37,7 @@ public:
     const uint8_t* data() const { return mBytes.data(); }
     size_t size() const { return mBytes.size(); }
     bool empty() const { return mBytes.empty(); }
-    /// The driver has taken so many bytes; what is left is still to be written.
+    /// The driver has consumed so many bytes.
     void consume(size_t size) {
         mBytes.erase(mBytes.begin(), mBytes.begin() + static_cast<ptrdiff_t>(size));
     }

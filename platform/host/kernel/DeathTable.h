@@ -11,7 +11,7 @@
 namespace android::kernel {
 
 /// The death requests of this process by cookie. Each request has a cookie of its own, so that a
-/// notice which was on its way when its request was cleared is not taken for that of a later one.
+/// BR_DEAD_BINDER that crosses with the clearing of its request is not taken for a later one's.
 ///
 /// Called on: any thread. Locks: its own.
 class DeathTable {
@@ -22,7 +22,7 @@ public:
         return mLast;
     }
 
-    /// The proxy whose node has died, once; null for a request that was cleared.
+    /// The proxy to notify, once; null when it has gone or the request was cleared.
     sp<BpBinder> take(binder_uintptr_t cookie) {
         Mutex::Autolock held(mLock);
         const auto found = mProxies.find(cookie);

@@ -91,8 +91,8 @@ int Device::control(unsigned long request, void* argument) {
     return result < 0 ? errno : 0;
 }
 
-// A signal may come when the commands have been taken and nothing has been read yet: taken ones are
-// not written twice.
+// A signal may come after the commands were consumed and before anything was read. Consumed
+// commands must not be written again.
 int Device::exchange(CommandBuffer& commands, ReturnBuffer* returns) {
     for (;;) {
         binder_write_read transfer = {};

@@ -12,12 +12,12 @@
 
 namespace android::kernel {
 
-/// This process's descriptor of the driver and the memory that the driver receives into.
+/// The open binder device and the mapping that the driver delivers transactions into.
 ///
 /// Called on: any thread. Locks: none.
 class Device {
 public:
-    /// Room for what is received: 1 MiB without two pages, half of it for one-way calls.
+    /// 1 MiB less two pages; the driver gives half of it to one-way calls.
     static size_t mappingSize();
 
     /// Null where the driver cannot be used; `error` is then one line that says what to do.
@@ -27,20 +27,20 @@ public:
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
 
-    /// Writes the commands and, unless `returns` is null, waits for something to read. An
-    /// interruption by a signal goes unnoticed.
-    /// @return 0 or an error number; the commands that the driver has not taken are left.
+    /// One BINDER_WRITE_READ, begun again when a signal interrupts it. Writes the commands and,
+    /// unless `returns` is null, waits for something to read.
+    /// @return 0 or an error number; commands that the driver has not consumed are left.
     int exchange(CommandBuffer& commands, ReturnBuffer* returns);
 
-    /// Writes all the commands and runs nobody's code, so that a lock may be held. What the
-    /// calling thread has put off stays so. The log says what the driver does not take.
+    /// Writes these commands only, not what the calling thread has queued. No callback runs, so a
+    /// lock may be held. An error is logged.
     void write(CommandBuffer commands);
 
-    /// How many threads the driver may ask for, beside the first. 0 or an error number.
+    /// How many loopers the driver may request by BR_SPAWN_LOOPER. 0 or an error number.
     int setMaxThreads(uint32_t count);
     /// EBUSY: there is a service manager already.
     int becomeContextManager();
-    /// The calling thread will not use the driver again.
+    /// The calling thread will not use the driver again: BINDER_THREAD_EXIT.
     void exitThread();
 
 private:

@@ -8,7 +8,7 @@
 namespace android::kernel {
 
 DriverReference::~DriverReference() {
-    letGo();
+    release();
 }
 
 status_t DriverReference::call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
@@ -26,8 +26,8 @@ status_t DriverReference::call(uint32_t code, const Parcel& data, Parcel* reply,
     return result.status;
 }
 
-// A reply is also lost when the thread that would have sent it has ended, and the node lives on. A
-// one-way call waits for nobody.
+// BR_DEAD_REPLY also comes when only the thread that served the call has ended. A one-way call does
+// not wait for the node.
 bool DriverReference::answersPing() {
     const Parcel none;
     return !mThreads.current()
@@ -37,8 +37,8 @@ bool DriverReference::answersPing() {
 
 status_t DriverReference::watch(const wp<BpBinder>& proxy) {
     Mutex::Autolock held(mLock);
-    if (mLetGo) {
-        tellDeath(proxy.promote());
+    if (mReleased) {
+        reportDeath(proxy.promote());
     } else if (mCookie == 0) {
         mCookie = mProcess.deaths.add(proxy);
         CommandBuffer commands;
@@ -59,8 +59,8 @@ void DriverReference::unwatch() {
     }
 }
 
-// The counts go last: the driver clears the death request, which `forget` does, only for a holder.
-void DriverReference::letGo() {
+// `forget` clears the death request, which the driver does only for a holder: the counts go last.
+void DriverReference::release() {
     // A forked child has no share in its parent's counts, and a lock may be held there for ever.
     if (transport::isForkedChild()) {
         return;
@@ -68,10 +68,10 @@ void DriverReference::letGo() {
     sp<BpBinder> untold;
     {
         Mutex::Autolock held(mLock);
-        if (mLetGo) {
+        if (mReleased) {
             return;
         }
-        mLetGo = true;
+        mReleased = true;
         mEnded = true;
         untold = mProcess.deaths.take(mCookie);
     }
@@ -81,12 +81,12 @@ void DriverReference::letGo() {
     commands.addHandle(BC_DECREFS, handle());
     mProcess.device->write(commands);
     if (untold != nullptr) {
-        tellDeath(std::move(untold));
+        reportDeath(std::move(untold));
     }
 }
 
-// On a thread of its own: the calling one may hold locks that the recipients want.
-void DriverReference::tellDeath(sp<BpBinder> proxy) {
+// On a thread of its own: the calling thread may hold locks that the recipients take.
+void DriverReference::reportDeath(sp<BpBinder> proxy) {
     mProcess.threads.start([proxy = std::move(proxy)] { proxy->reportDeath(); });
 }
 

@@ -9,10 +9,9 @@
 
 namespace android::kernel {
 
-/// A node of another process by the driver's handle, which this process holds as long as this
-/// object lives.
+/// A handle that this process holds, by one strong and one weak count, as long as the object lives.
 ///
-/// Called on: any thread. Locks: its own, with which it calls nobody back.
+/// Called on: any thread. Locks: its own; no callback runs with it held.
 class DriverReference final : public HandleReference {
 public:
     DriverReference(Process& process, Threads& threads, uint32_t handle)
@@ -20,24 +19,25 @@ public:
     ~DriverReference() override;
 
     status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
-    /// What the driver has told so far: it cannot be asked.
+    /// By what calls returned so far: the driver cannot be asked.
     bool hasEnded() const override { return mEnded; }
     status_t watch(const wp<BpBinder>& proxy) override;
     void unwatch() override;
 
-    /// Lets go of the handle of a node that has died, so that the driver may give it to another,
-    /// and has the death told, which the driver no longer does.
-    void letGo();
+    /// Drops the counts of a node that has died while the proxy lives on, so that the driver may
+    /// use the handle for another node. Links that have not been notified are, since the driver
+    /// forgets the death request.
+    void release();
 
 private:
     bool answersPing();
-    void tellDeath(sp<BpBinder> proxy);
+    void reportDeath(sp<BpBinder> proxy);
 
     Process& mProcess;
     Threads& mThreads;
     std::atomic<bool> mEnded{false};
     Mutex mLock;
-    bool mLetGo PLATFORM_GUARDED_BY(mLock) = false;
+    bool mReleased PLATFORM_GUARDED_BY(mLock) = false;
     // Of the death request; 0: there is none.
     binder_uintptr_t mCookie PLATFORM_GUARDED_BY(mLock) = 0;
 };

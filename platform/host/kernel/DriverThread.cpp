@@ -10,7 +10,7 @@ namespace android::kernel {
 
 namespace {
 
-// What the driver gives a meaning of its own to is not the caller's to set.
+// Flags that the runtime sets, not its callers.
 constexpr uint32_t kOwnFlags = TF_ROOT_OBJECT | TF_STATUS_CODE | TF_ACCEPT_FDS;
 
 status_t statusIn(const binder_transaction_data& transaction) {
@@ -26,7 +26,7 @@ const char* whyFailed(bool wasSent) {
 
 }  // namespace
 
-// The innermost wait, as long as it lasts: also when memory runs out, or the thread ends, within.
+// Also leaves the wait when an exception, or the end of the thread, unwinds it.
 class DriverThread::WaitScope {
 public:
     WaitScope(Wait*& innermost, Wait& wait) : mInnermost(innermost), mOuter(innermost) {
@@ -67,7 +67,7 @@ DriverThread::Result DriverThread::transact(uint32_t handle, uint32_t code, cons
         transport::logLimited("call %u with %zu bytes %s", code, data.dataSize(),
                               whyFailed(wait.isSent));
     }
-    // A looper comes to it when the call that it serves is over: locks may be held here.
+    // A looper does so after the call that it serves: the implementation may hold locks here.
     if (mWaits == nullptr && !mIsLooper) {
         runDeferred();
     }
@@ -79,13 +79,13 @@ int DriverThread::exchange(ReturnBuffer* returns) {
     const int error = mProcess.device->exchange(mCommands, returns);
     if (error != 0) {
         transport::logLimited("the binder driver fails: %s", strerrordesc_np(error));
-        mCommands.clear();  // it points to what its sender lets go of
+        mCommands.clear();  // transactions point to data that their senders free
     }
     if (mCommands.empty()) {
         mUrgent = false;
-        // Letting go of a proxy writes again.
-        const std::vector<sp<BpBinder>> written = std::move(mUnwritten);
-        mUnwritten.clear();
+        // Moved out first: the destructor of a proxy writes again.
+        const std::vector<sp<BpBinder>> written = std::move(mUnacquired);
+        mUnacquired.clear();
     }
     return error;
 }
@@ -93,7 +93,7 @@ int DriverThread::exchange(ReturnBuffer* returns) {
 void DriverThread::flush() {
     for (size_t before = 0; !mCommands.empty() && mCommands.size() != before;) {
         before = mCommands.size();
-        (void)exchange(nullptr);  // it says what has failed
+        (void)exchange(nullptr);  // logs its failure
     }
 }
 
@@ -119,8 +119,8 @@ void DriverThread::await(Wait& wait) {
     }
 }
 
-// When the process that made a nested call has died, the driver fails the call around it right
-// behind the reply to the nested one, and within the same read.
+// When the caller of a nested call dies, BR_DEAD_REPLY for the outer call may come in the same read
+// as the answer to the nested reply.
 bool DriverThread::settle(const Return& one) {
     Wait* unsettled = mWaits;
     while (unsettled != nullptr && unsettled->isSettled) {

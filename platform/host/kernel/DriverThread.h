@@ -10,8 +10,8 @@
 
 namespace android::kernel {
 
-/// What one thread has with the driver (which calls it binder_thread): its commands, its calls, and
-/// the calls that it serves, also while it waits for a reply.
+/// One thread's exchange with the driver, the counterpart of its binder_thread: queued commands,
+/// outgoing calls, and the calls that it serves, also nested ones while it waits for a reply.
 ///
 /// Called on: its thread. Locks: none.
 class DriverThread {
@@ -24,8 +24,8 @@ public:
 
     struct Result {
         status_t status;  ///< as `transport::Reference::call` gives it
-        bool isDead;      ///< by the driver's word
-        bool wasSent;     ///< the node lived when the call was sent
+        bool isDead;      ///< BR_DEAD_REPLY
+        bool wasSent;     ///< BR_TRANSACTION_COMPLETE came first
     };
     Result transact(uint32_t handle, uint32_t code, const Parcel& data, Parcel* reply,
                     uint32_t flags);
@@ -34,21 +34,21 @@ public:
     /// BINDER_WRITE_READ fails, as the log says: the driver then serves this process no longer.
     void serveForever(uint32_t enter);
 
-    /// The proxy of a handle, which this process holds from the next `flush` on at the latest.
+    /// The proxy of a handle. A new one's counts are acquired by the next write.
     sp<BpBinder> proxyOf(uint32_t handle);
-    /// Writes what has been put off.
+    /// Writes what is queued.
     void flush();
 
 private:
-    /// A transaction of this thread's that the driver has not settled yet. A call that is served
-    /// meanwhile has others within it.
+    /// A transaction of this thread that the driver has not answered yet. Serving a nested call
+    /// adds inner ones.
     struct Wait {
         const bool forReply;
         Parcel* const reply;
         Wait* outer = nullptr;
-        bool isSent = false;     ///< it has reached the receiver
-        bool isSettled = false;  ///< there is nothing left to wait for
-        uint32_t failure = 0;    ///< the driver's own: BR_DEAD_REPLY, ...
+        bool isSent = false;     ///< BR_TRANSACTION_COMPLETE
+        bool isSettled = false;  ///< nothing is left to wait for
+        uint32_t failure = 0;    ///< BR_DEAD_REPLY, BR_FAILED_REPLY, BR_FROZEN_REPLY
         status_t status = OK;
     };
     class WaitScope;
@@ -65,10 +65,10 @@ private:
     status_t takeReply(const binder_transaction_data& transaction, Parcel* reply);
 
     void execute(const Return& one);
-    void hold(const Return& one);
+    void acquireNode(const Return& one);
     void defer(const Return& one);
     void runDeferred();
-    void carryOut(const Deferred& one);
+    void run(const Deferred& one);
     void reportDeath(binder_uintptr_t cookie);
 
     sp<BBinder> targetOf(const binder_transaction_data& transaction) const;
@@ -83,13 +83,13 @@ private:
 
     Process& mProcess;
     CommandBuffer mCommands;
-    Wait* mWaits = nullptr;  // the innermost first
-    // Somebody else waits for what is in mCommands: it does not wait for this thread's next call.
+    Wait* mWaits = nullptr;  // the innermost
+    // Others wait for what is in mCommands: it is written without waiting for the next call.
     bool mUrgent = false;
-    // New proxies whose handles the driver has not been told of: they are not released before.
-    std::vector<sp<BpBinder>> mUnwritten;
-    // What runs others' code, which may call: the driver refuses that while this thread waits for a
-    // reply.
+    // New proxies whose BC_ACQUIRE has not been written: BC_RELEASE must not come first.
+    std::vector<sp<BpBinder>> mUnacquired;
+    // Releases and death notices, whose destructors and recipients may make calls: the driver
+    // refuses these while the thread waits for a reply.
     std::vector<Deferred> mDeferred;
     bool mIsLooper = false;
 };

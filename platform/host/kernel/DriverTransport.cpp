@@ -17,10 +17,10 @@ namespace android::kernel {
 namespace {
 
 constexpr uint32_t kContextHandle = 0;
-// How many threads the driver may ask for, beside the first, unless set.
+// How many loopers the driver may request, beside the first, unless set.
 constexpr uint32_t kThreads = 15;
 
-// In the place of a driver that cannot be used.
+// Stands in for a driver that cannot be used.
 class NoTransport final : public transport::Transport {
 public:
     explicit NoTransport(std::string path) : mPath(std::move(path)) {}
@@ -41,7 +41,7 @@ private:
     const std::string mPath;
 };
 
-// The proxy itself takes note of the death; that takes a link.
+// A link that makes the proxy request the death notice, which it notes itself.
 class ContextDeath final : public IBinder::DeathRecipient {
 public:
     void binderDied(const wp<IBinder>& /*who*/) override {}
@@ -81,7 +81,7 @@ DriverTransport::DriverTransport(SystemCalls& system, std::unique_ptr<Device> de
                }),
                {},
                ThreadStarter(system),
-               [this] { mThreads.startAsked(); }},
+               [this] { mThreads.startRequestedLooper(); }},
       mThreads(mProcess),
       mContextDeath(new ContextDeath()) {}
 
@@ -90,9 +90,9 @@ sp<IBinder> DriverTransport::knownContext(sp<BpBinder>* dead) {
         return mManager;
     }
     if (mContext != nullptr && mContext->nodeHasEnded()) {
-        // The driver keeps the dead service manager's handle for whoever holds it, and would go on
-        // reporting that death for the next one.
-        static_cast<DriverReference&>(mContext->reference()).letGo();
+        // Handle 0 stays the dead manager's for its holders, and a death request of the next proxy
+        // would report that death again.
+        static_cast<DriverReference&>(mContext->reference()).release();
         *dead = std::exchange(mContext, nullptr);
     }
     return mContext;
@@ -110,7 +110,7 @@ sp<IBinder> DriverTransport::contextObject() {
     if (transport::refusedAfterFork()) {
         return nullptr;
     }
-    sp<BpBinder> dead;  // goes without the lock
+    sp<BpBinder> dead;  // destroyed without the lock
     {
         Mutex::Autolock held(mLock);
         const sp<IBinder> known = knownContext(&dead);
@@ -121,14 +121,14 @@ sp<IBinder> DriverTransport::contextObject() {
     if (!contextAnswers()) {
         return nullptr;
     }
-    // With the lock: nobody gives the handle up again before the driver knows of this holder.
+    // Locked until the counts are acquired: another thread must not release the handle meanwhile.
     Mutex::Autolock held(mLock);
     const sp<IBinder> first = knownContext(&dead);
     return first != nullptr ? first : holdContext();
 }
 
-// A call through the dead one's handle would reach the next service manager: only a notice tells
-// that it is another.
+// The driver routes a call through handle 0 to the current manager. Only a death notice tells that
+// it is not the one the proxy was made for.
 sp<IBinder> DriverTransport::holdContext() {
     mContext = mThreads.current().proxyOf(kContextHandle);
     mThreads.current().flush();
@@ -145,7 +145,7 @@ bool DriverTransport::becomeContext(const sp<BBinder>& manager) {
         transport::logLine("%s", whyNotContext(mPath, EBUSY).c_str());
         return false;
     }
-    // Before the driver can deliver the first call to it.
+    // Set before the driver can deliver the first call.
     mProcess.contextManager = manager.get();
     const int error = mProcess.device->becomeContextManager();
     if (error != 0) {
@@ -163,7 +163,7 @@ void DriverTransport::startThreads() {
     }
     mProcess.threads.retry();
     if (!mStarted.exchange(true)) {
-        mThreads.startFirst();
+        mThreads.startLooper();
     }
 }
 
@@ -171,7 +171,7 @@ void DriverTransport::setMaxThreads(size_t count) {
     if (transport::refusedAfterFork()) {
         return;
     }
-    // The first thread is not asked for.
+    // The first looper is not requested.
     const auto asked = static_cast<uint32_t>(std::clamp<size_t>(count, 1, 256) - 1);
     (void)mProcess.device->setMaxThreads(asked);  // fails for nothing that opened
 }

@@ -13,11 +13,11 @@
 
 namespace android::kernel {
 
-/// Calls travel through the kernel's driver; see docs/transport.md.
+/// The transport over the kernel's binder driver; see docs/transport.md.
 class DriverTransport final : public transport::Transport {
 public:
-    /// `path` is the driver's device. Where it cannot be used the log says why and what to do; then
-    /// there is no service manager, and nobody can be called.
+    /// `path` is the binder device. Where it cannot be used, the log says why and what to do, and
+    /// the transport that is returned finds no service manager.
     static transport::Transport* open(SystemCalls& system, const std::string& path);
 
     DriverTransport(SystemCalls& system, std::unique_ptr<Device> device, std::string path);
@@ -31,7 +31,7 @@ public:
     void flush() override;
 
 private:
-    /// What `contextObject` has given before, unless it has ended; then `dead` receives it.
+    /// The manager or its proxy, if alive. A proxy that has died is released and moved to `dead`.
     sp<IBinder> knownContext(sp<BpBinder>* dead) PLATFORM_REQUIRES(mLock);
     bool contextAnswers();
     sp<IBinder> holdContext() PLATFORM_REQUIRES(mLock);

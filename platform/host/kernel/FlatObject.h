@@ -7,12 +7,12 @@
 
 namespace android::kernel {
 
-/// A binder as 24 bytes of a parcel that the driver translates. A node is named by its weak counts,
-/// which outlive it, and carries its own address as the cookie.
+/// The flat_binder_object that the driver translates. For a node, `binder` is the address of its
+/// weak counts, which outlive it, and `cookie` its own.
 flat_binder_object flatNode(BBinder& node);
 flat_binder_object flatHandle(uint32_t handle);
 
-/// The weak counts and the object of a node that this process has sent, from the driver's words.
+/// The weak counts and the object of a node of this process, from what the driver returns.
 inline RefBase::weakref_type* countsOf(const binder_ptr_cookie& node) {
     return toPointer<RefBase::weakref_type>(node.ptr);
 }

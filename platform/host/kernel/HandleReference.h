@@ -9,7 +9,7 @@
 
 namespace android::kernel {
 
-/// A reference that the driver knows by a number.
+/// A reference by a handle of the driver.
 class HandleReference : public transport::Reference {
 public:
     explicit HandleReference(uint32_t handle) : mHandle(handle) {}

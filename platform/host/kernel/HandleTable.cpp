@@ -10,8 +10,8 @@ HandleTable::Found HandleTable::find(uint32_t handle) {
     if (proxy != nullptr) {
         return {proxy, false};
     }
-    // The driver has one death request for a handle: that of a proxy which is being destroyed makes
-    // way before the new one can make its own.
+    // The driver keeps one death request for a handle. That of a proxy which is being destroyed has
+    // to be cleared before the new proxy can request its own.
     if (entry.reference != nullptr) {
         entry.reference->unwatch();
     }

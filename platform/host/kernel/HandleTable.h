@@ -13,7 +13,7 @@
 
 namespace android::kernel {
 
-/// The proxies of this process by the driver's handle: the same node is the same proxy.
+/// The proxies of this process by handle: one proxy for a node.
 ///
 /// Called on: any thread. Locks: its own, also while it calls `Reference::unwatch`.
 class HandleTable {
@@ -25,12 +25,11 @@ public:
 
     struct Found {
         sp<BpBinder> proxy;
-        bool isNew;  ///< the driver is still to be told that this process holds the handle
+        bool isNew;  ///< BC_INCREFS and BC_ACQUIRE are still to be written
     };
     Found find(uint32_t handle);
 
-    /// This reference is ending, and watches no longer. Another one of the same handle, made
-    /// meanwhile, stays.
+    /// Unwatches and removes this reference. One that was made for the same handle meanwhile stays.
     void forget(uint32_t handle, const transport::Reference& reference);
 
 private:

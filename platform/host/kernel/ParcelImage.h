@@ -10,8 +10,8 @@
 
 namespace android::kernel {
 
-/// A parcel as the driver takes it: its bytes, with a flat object for each binder, and where these
-/// stand. Without binders the parcel's own bytes; it stays alive and unchanged as long as this.
+/// The data and offsets of a transaction: the parcel's bytes with a flat object for each binder.
+/// Without binders these are the parcel's own bytes, so it must outlive this, unchanged.
 class ParcelImage {
 public:
     explicit ParcelImage(const Parcel& parcel);
@@ -31,8 +31,8 @@ private:
 /// The proxy of a handle.
 using ProxySource = std::function<sp<IBinder>(uint32_t handle)>;
 
-/// Copies what the driver delivered, so that its buffer may be freed at once. A node of this
-/// process's own comes home as itself.
+/// Copies a delivered transaction, so that its buffer may be freed at once. A node of this process
+/// arrives as the local object.
 status_t receiveParcel(const binder_transaction_data& transaction, const ProxySource& proxyOf,
                        Parcel* parcel);
 

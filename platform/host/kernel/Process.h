@@ -13,15 +13,15 @@
 
 namespace android::kernel {
 
-/// What all threads of this process share with the driver (which calls it binder_proc).
+/// What the threads of this process share: the counterpart of the driver's binder_proc.
 struct Process {
     std::unique_ptr<Device> device;
     HandleTable handles;
     DeathTable deaths;
     ThreadStarter threads;
-    /// The driver asks for one more thread that serves.
+    /// On BR_SPAWN_LOOPER: starts one more looper.
     std::function<void()> spawnLooper;
-    /// Set once, when this process becomes the service manager, and held ever after.
+    /// The node of handle 0, once this process is the service manager; kept alive by the transport.
     std::atomic<BBinder*> contextManager{nullptr};
 };
 

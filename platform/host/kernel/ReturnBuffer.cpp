@@ -8,7 +8,7 @@ namespace android::kernel {
 
 namespace {
 
-// A command's number says how much comes with it, also that of one which is not known here.
+// The size is part of the command's number, so unknown returns can be skipped.
 size_t payloadSize(uint32_t command) {
     return _IOC_SIZE(command);
 }

@@ -8,14 +8,14 @@
 
 namespace android::kernel {
 
-/// One return (BR_...) of the driver's.
+/// One return (BR_...) of the driver.
 class Return {
 public:
     Return() = default;
     Return(uint32_t command, const uint8_t* payload) : mCommand(command), mPayload(payload) {}
 
     uint32_t command() const { return mCommand; }
-    /// What came with the command; zero where the driver sends less than T.
+    /// Zeros behind the end where the driver sends less than a T.
     template <typename T>
     T payload() const {
         T value = {};
@@ -30,8 +30,8 @@ private:
     const uint8_t* mPayload = nullptr;
 };
 
-/// What one read of the driver gave. Each wait has its own, so that a call that is served within it
-/// reads into another.
+/// The returns of one read. Each wait for a reply has a buffer of its own, because a nested call
+/// that is served meanwhile reads as well.
 ///
 /// Called on: one thread. Locks: none.
 class ReturnBuffer {
@@ -45,7 +45,7 @@ public:
         mSize = size <= kCapacity ? size : kCapacity;
         mPosition = 0;
     }
-    /// False when there is no complete one left.
+    /// False when no complete return is left.
     bool next(Return* out);
 
 private:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The half of DriverThread that the driver asks for: calls of others, counts, deaths.
+// The part of DriverThread that handles what the driver delivers: incoming calls, reference counts,
+// death notices.
 #include <utility>
 
 #include "binder/IPCThreadState.h"
@@ -12,14 +13,14 @@ namespace android::kernel {
 
 namespace {
 
-// A thread may be idle for long with a buffer to free: all threads together keep a small part of
-// the room that there is.
+// An idle thread may keep a buffer for long. What all threads keep must be a small part of the
+// mapping.
 constexpr binder_size_t kLarge = 4 * 1024;
 
 }  // namespace
 
-// Frees a received buffer, once, also when the implementation ends the thread in its call: the next
-// one-way call to the node waits for that.
+// Frees a received buffer once, also when the implementation ends its thread: the driver holds the
+// node's next one-way call back until then.
 class DriverThread::ReceivedBuffer {
 public:
     ReceivedBuffer(DriverThread& thread, const binder_transaction_data& transaction)
@@ -66,7 +67,7 @@ void DriverThread::execute(const Return& one) {
             return serve(one.payload<binder_transaction_data_secctx>().transaction_data);
         case BR_INCREFS:
         case BR_ACQUIRE:
-            return hold(one);
+            return acquireNode(one);
         case BR_RELEASE:
         case BR_DECREFS:
         case BR_DEAD_BINDER:
@@ -74,11 +75,11 @@ void DriverThread::execute(const Return& one) {
         case BR_SPAWN_LOOPER:
             return mProcess.spawnLooper();
         default:
-            return;  // BR_NOOP, BR_OK, and what is settled already
+            return;  // BR_NOOP, BR_OK, BR_CLEAR_DEATH_NOTIFICATION_DONE
     }
 }
 
-void DriverThread::hold(const Return& one) {
+void DriverThread::acquireNode(const Return& one) {
     const auto node = one.payload<binder_ptr_cookie>();
     const bool isWeak = one.command() == BR_INCREFS;
     if (node.ptr != 0 && isWeak) {
@@ -98,22 +99,22 @@ void DriverThread::defer(const Return& one) {
     }
 }
 
-// What is carried out may call, and so come here again.
+// A destructor or recipient may make calls, and so come here again.
 void DriverThread::runDeferred() {
     while (!mDeferred.empty()) {
         const Deferred first = mDeferred.front();
         mDeferred.erase(mDeferred.begin());
         const int64_t caller = IPCThreadState::self()->clearCallingIdentity();
-        carryOut(first);
+        run(first);
         IPCThreadState::self()->restoreCallingIdentity(caller);
     }
 }
 
-void DriverThread::carryOut(const Deferred& one) {
+void DriverThread::run(const Deferred& one) {
     if (one.command == BR_DEAD_BINDER) {
         reportDeath(one.node.cookie);
     } else if (one.node.ptr == 0) {
-        return;  // the service manager's own node
+        return;  // the context manager's node, which the transport holds
     } else if (one.command == BR_RELEASE) {
         nodeOf(one.node)->decStrong(this);
     } else {
@@ -130,7 +131,7 @@ void DriverThread::reportDeath(binder_uintptr_t cookie) {
     mUrgent = true;
 }
 
-// The driver may deliver a call whose node is just being destroyed.
+// The driver may deliver a call to a node that is being destroyed.
 sp<BBinder> DriverThread::targetOf(const binder_transaction_data& transaction) const {
     const binder_ptr_cookie node = {transaction.target.ptr, transaction.cookie};
     if (node.ptr == 0) {
@@ -144,7 +145,7 @@ sp<BBinder> DriverThread::targetOf(const binder_transaction_data& transaction) c
     return held;
 }
 
-// Lets go of the node before the caller has its answer.
+// Takes the node by value: it is released before the reply is sent.
 status_t DriverThread::callTarget(sp<BBinder> node, const binder_transaction_data& transaction,
                                   Parcel& data, Parcel* reply) {
     if (node == nullptr) {
@@ -159,7 +160,7 @@ void DriverThread::serve(const binder_transaction_data& transaction) {
         runDeferred();  // the call may take long
     }
     ReceivedBuffer buffer(*this, transaction);
-    // The driver holds the node only as long as the buffer.
+    // The driver holds the node until the buffer is freed.
     sp<BBinder> node = targetOf(transaction);
     const bool isOneWay = (transaction.flags & TF_ONE_WAY) != 0;
     Parcel data;
@@ -192,7 +193,7 @@ void DriverThread::sendReply(status_t status, const Parcel& reply) {
     }
     mCommands.addTransaction(BC_REPLY, transaction);
     Wait wait = {false, nullptr};
-    await(wait);  // the caller hears of it when it fails, or has died
+    await(wait);  // the driver tells the caller of a failure
 }
 
 status_t DriverThread::receive(const binder_transaction_data& transaction, Parcel* parcel) {
@@ -205,7 +206,7 @@ sp<BpBinder> DriverThread::proxyOf(uint32_t handle) {
     if (found.isNew) {
         mCommands.addHandle(BC_INCREFS, handle);
         mCommands.addHandle(BC_ACQUIRE, handle);
-        mUnwritten.push_back(found.proxy);
+        mUnacquired.push_back(found.proxy);
         mUrgent = true;
     }
     return found.proxy;
@@ -213,7 +214,7 @@ sp<BpBinder> DriverThread::proxyOf(uint32_t handle) {
 
 void DriverThread::freeBuffer(const binder_transaction_data& transaction) {
     mCommands.addWord(BC_FREE_BUFFER, transaction.data.ptr.buffer);
-    // With a binder in it the buffer holds somebody's node.
+    // A buffer with binders holds their nodes.
     mUrgent = mUrgent || transaction.data_size >= kLarge || transaction.offsets_size != 0;
 }
 

@@ -18,8 +18,8 @@ class ThreadStarter {
 public:
     explicit ThreadStarter(SystemCalls& system) : mSystem(system) {}
 
-    /// Now, or when `retry` finds room for it: the driver asks for no other looper before the one
-    /// that it has asked for is there.
+    /// At once or, where that fails, by a later `retry`: the driver requests no other looper until
+    /// the one that it has requested registers.
     void start(std::function<void()> body);
     void retry();
 

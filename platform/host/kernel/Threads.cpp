@@ -33,11 +33,11 @@ DriverThread& Threads::current() {
     return *thread;
 }
 
-void Threads::startFirst() {
+void Threads::startLooper() {
     start(BC_ENTER_LOOPER);
 }
 
-void Threads::startAsked() {
+void Threads::startRequestedLooper() {
     start(BC_REGISTER_LOOPER);
 }
 
@@ -45,8 +45,8 @@ void Threads::start(uint32_t enter) {
     mProcess.threads.start([this, enter] { run(enter); });
 }
 
-// An implementation may end the thread in the middle of a call: another takes its place, which the
-// driver has not asked for.
+// An implementation may end its thread in the middle of a call. Another looper takes its place,
+// which the driver has not requested.
 void Threads::run(uint32_t enter) {
     struct Successor {
         explicit Successor(Threads& all) : threads(all) {}

@@ -8,24 +8,24 @@
 
 namespace android::kernel {
 
-/// The `DriverThread` of each thread; ends with it. Also there in the destructors of statics, which
-/// run when the objects of the main thread have gone.
+/// The `DriverThread` of each thread, destroyed when the thread ends. In thread-specific data,
+/// since a `thread_local` of the main thread is gone when destructors of statics still make calls.
 ///
 /// Called on: any thread. Locks: none.
 class Threads {
 public:
     explicit Threads(Process& process);
-    /// The calling thread is the last one that uses them.
+    /// No other thread may use it any more.
     ~Threads();
     Threads(const Threads&) = delete;
     Threads& operator=(const Threads&) = delete;
 
     DriverThread& current();
 
-    /// The first thread that serves without having been asked for by the driver.
-    void startFirst();
-    /// One more, as the driver has asked.
-    void startAsked();
+    /// The pool's first looper, which the driver has not requested.
+    void startLooper();
+    /// One more, on BR_SPAWN_LOOPER.
+    void startRequestedLooper();
 
 private:
     void start(uint32_t enter);
