@@ -90,7 +90,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (data.dataSize() > kLargestRequest) {
         return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
     }
-    const ThreadPool::BlockedScope blocked(mContext.pool);
+    const ThreadPool::BlockedScope blocked = mContext.pool.blockOnReply();
     if (!blocked.granted()) {
         return FAILED_TRANSACTION;
     }
@@ -230,9 +230,9 @@ Fd SocketReference::share(pid_t holder, Deadline& deadline) {
     const auto attempt = [&](PollTarget& target) {
         return last = mControl.open(Role::Control, holder, &control, target);
     };
-    const ThreadPool::BlockingSlot slot(mContext.pool);
+    const ThreadPool::BlockedScope blocked = mContext.pool.blockOnOwner();
     PollTarget unused;
-    const bool wait = slot.granted() && !mDoesNotListen;
+    const bool wait = blocked.granted() && !mDoesNotListen;
     const status_t status = wait ? retryUntil(deadline, attempt) : attempt(unused);
     mDoesNotListen = last == WOULD_BLOCK;
     return status == DEAD_OBJECT ? deadReference() : std::move(control);

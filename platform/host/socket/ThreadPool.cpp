@@ -18,7 +18,7 @@ namespace {
 // Ends a recursion of calls between processes before memory does.
 constexpr int kMaxThreads = 256;
 
-constexpr int kMaxInSlots = 4;
+constexpr uint32_t kMaxOnOwners = 4;
 
 // The pool that the calling thread serves in.
 thread_local const ThreadPool* gPool = nullptr;
@@ -128,38 +128,24 @@ void ThreadPool::endStay() {
     --mStaying;
 }
 
-bool ThreadPool::block() {
+ThreadPool::BlockedScope ThreadPool::blockOnReply() {
+    if (gPool != this) {
+        return {nullptr, 0, true};
+    }
     const ThreadCounts counts(mCounts.fetch_add(kOneBlocked) + kOneBlocked);
     if (!nobodyWaits() || grow() || counts.free() > 0) {
-        return true;
+        return {&mCounts, kOneBlocked, true};
     }
     mCounts.fetch_sub(kOneBlocked);
     logLimited("all %d threads wait for replies: a call of the last one fails", counts.spawned);
-    return false;
+    return {nullptr, 0, false};
 }
 
-bool ThreadPool::servesHere() const {
-    return gPool == this;
-}
-
-ThreadPool::BlockedScope::BlockedScope(ThreadPool& pool)
-    : mPool(pool), mServes(pool.servesHere()), mGranted(!mServes || pool.block()) {}
-
-ThreadPool::BlockedScope::~BlockedScope() {
-    if (mServes && mGranted) {
-        mPool.mCounts.fetch_sub(kOneBlocked);
+ThreadPool::BlockedScope ThreadPool::blockOnOwner() {
+    if (gPool != this) {
+        return {nullptr, 0, true};
     }
-}
-
-ThreadPool::BlockingSlot::BlockingSlot(ThreadPool& pool)
-    : mPool(pool),
-      mServes(pool.servesHere()),
-      mGranted(!mServes || pool.mInSlots.fetch_add(1) < kMaxInSlots) {}
-
-ThreadPool::BlockingSlot::~BlockingSlot() {
-    if (mServes) {
-        --mPool.mInSlots;
-    }
+    return {&mOnOwners, 1, mOnOwners.fetch_add(1) < kMaxOnOwners};
 }
 
 }  // namespace android::transport

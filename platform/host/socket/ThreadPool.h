@@ -37,43 +37,36 @@ public:
     /// The last thread has left the reactor: one that stays goes back there after its call.
     bool nobodyWaits() const { return mWaiting.load(std::memory_order_relaxed) <= 0; }
 
-    /// A pool thread that waits for a reply does not count: another may be started in its place, so
-    /// that calls nest. Not granted to the last one when no other can be started: nobody would be
-    /// left to serve what all of them wait for.
+    /// That the calling thread waits for another process, until this goes. Always granted to
+    /// threads that do not serve.
     class BlockedScope {
     public:
-        explicit BlockedScope(ThreadPool& pool);
-        ~BlockedScope();
+        BlockedScope(std::atomic<uint32_t>* count, uint32_t amount, bool granted)
+            : mCount(count), mAmount(amount), mGranted(granted) {}
+        ~BlockedScope() {
+            if (mCount != nullptr) {
+                mCount->fetch_sub(mAmount);
+            }
+        }
         BlockedScope(const BlockedScope&) = delete;
         BlockedScope& operator=(const BlockedScope&) = delete;
 
         bool granted() const { return mGranted; }
 
     private:
-        ThreadPool& mPool;
-        const bool mServes;
+        std::atomic<uint32_t>* const mCount;
+        const uint32_t mAmount;
         const bool mGranted;
     };
 
-    /// So many serving threads at most wait at a time for another process to take a socket.
-    class BlockingSlot {
-    public:
-        explicit BlockingSlot(ThreadPool& pool);
-        ~BlockingSlot();
-        BlockingSlot(const BlockingSlot&) = delete;
-        BlockingSlot& operator=(const BlockingSlot&) = delete;
-
-        bool granted() const { return mGranted; }
-
-    private:
-        ThreadPool& mPool;
-        const bool mServes;
-        const bool mGranted;
-    };
+    /// For a reply. Such a thread does not count: another may be started in its place, so that
+    /// calls nest. Not granted to the last one when no other can be started: nobody would be left
+    /// to serve what all of them wait for.
+    BlockedScope blockOnReply();
+    /// For an owner to take a socket: granted to a few at a time.
+    BlockedScope blockOnOwner();
 
 private:
-    bool servesHere() const;
-
     // Threads, and those of them that wait for replies, in one word: a thread must not leave while
     // another one is about to wait.
     struct ThreadCounts {
@@ -92,7 +85,6 @@ private:
     void run();
     bool leave();
     void lose();
-    bool block();
 
     Reactor& mReactor;
     std::atomic<bool> mStarted{false};
@@ -101,7 +93,7 @@ private:
     std::atomic<uint32_t> mCounts{0};
     std::atomic<int> mWaiting{0};
     std::atomic<int> mStaying{0};
-    std::atomic<int> mInSlots{0};
+    std::atomic<uint32_t> mOnOwners{0};
 };
 
 }  // namespace android::transport
