@@ -2,7 +2,6 @@
 #ifndef VOXTREL_SOCKET_BINDERTRANSLATOR_H
 #define VOXTREL_SOCKET_BINDERTRANSLATOR_H
 
-#include "binder/internal/ParcelFrame.h"
 #include "socket/Message.h"
 
 namespace android::transport {
@@ -23,25 +22,15 @@ public:
     /// Makes a reference of its own, for the receiver, to each binder in `parcel`. `OK`, also for
     /// nodes that have died; else why the parcel cannot be sent. `deadline`: for owners that have
     /// to take part in it.
-    status_t exportBinders(const Parcel& parcel, Attachments* out, Deadline& deadline,
-                           const Destination& to) {
-        return ParcelFrame::objects(parcel).empty() ? OK : exportSome(parcel, out, deadline, to);
-    }
-
+    virtual status_t exportBinders(const Parcel& parcel, Attachments* out, Deadline& deadline,
+                                   const Destination& to) = 0;
     /// Puts the binders of a received message into its parcel. An object of this process comes home
     /// as itself, a node that is known here already as the proxy it has. False for a descriptor
     /// that is no reference.
-    bool importBinders(Envelope& envelope, Parcel& parcel) {
-        return envelope.header().objectCount == 0 || importSome(envelope, parcel);
-    }
+    virtual bool importBinders(Envelope& envelope, Parcel& parcel) = 0;
 
 protected:
     ~BinderTranslator() = default;
-
-private:
-    virtual status_t exportSome(const Parcel& parcel, Attachments* out, Deadline& deadline,
-                                const Destination& to) = 0;
-    virtual bool importSome(Envelope& envelope, Parcel& parcel) = 0;
 };
 
 }  // namespace android::transport

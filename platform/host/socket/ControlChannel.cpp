@@ -18,10 +18,8 @@ constexpr suseconds_t kStayMicroseconds = 5000;
 constexpr int kMaxAtOnce = 8;
 
 bool prepare(const Fd& socket) {
-    const int on = 1;
     const timeval stay = {0, kStayMicroseconds};
-    return isPeerSocket(socket) &&
-           setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0 &&
+    return isPeerSocket(socket) && nameSenders(socket) &&
            setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &stay, sizeof(stay)) == 0;
 }
 

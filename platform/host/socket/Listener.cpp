@@ -91,11 +91,6 @@ bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
     return unlink(path.c_str()) == 0;
 }
 
-bool nameSender(const Fd& socket) {
-    const int on = 1;
-    return setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
-}
-
 /// Opens the file as far as it is to be; the errno of what failed. Nobody can connect yet: the
 /// socket does not listen.
 int grant(const std::string& path, const SocketAccess& access) {
@@ -137,13 +132,6 @@ void warnOfClosedFolder(const std::string& path, const SocketAccess& access) {
     }
 }
 
-PeerIdentity peerOf(const Fd& control) {
-    ucred peer = {};
-    socklen_t size = sizeof(peer);
-    const bool known = getsockopt(control.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
-    return known ? PeerIdentity{peer.pid, peer.uid} : PeerIdentity{};
-}
-
 }  // namespace
 
 std::shared_ptr<Listener> Listener::open(const Context& context, const std::string& path,
@@ -162,7 +150,7 @@ std::shared_ptr<Listener> Listener::open(const Context& context, const std::stri
         return nullptr;
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!socket.valid() || !nameSender(socket) || !bindFor(socket, path, address, access) ||
+    if (!socket.valid() || !nameSenders(socket) || !bindFor(socket, path, address, access) ||
         listen(socket.get(), kBacklog) != 0) {
         logLine("cannot listen at %s: %s", path.c_str(), strerrordesc_np(errno));
         return nullptr;
@@ -176,7 +164,8 @@ std::shared_ptr<Listener> Listener::open(const Context& context, const std::stri
 std::shared_ptr<Listener> Listener::openAt(const Context& context, Fd socket,
                                            const sp<BBinder>& manager) {
     const int flags = fcntl(socket.get(), F_GETFL);
-    if (flags < 0 || fcntl(socket.get(), F_SETFL, flags | O_NONBLOCK) != 0 || !nameSender(socket)) {
+    if (flags < 0 || fcntl(socket.get(), F_SETFL, flags | O_NONBLOCK) != 0 ||
+        !nameSenders(socket)) {
         logLine("cannot use the socket that was handed over: %s", strerrordesc_np(errno));
         return nullptr;
     }
@@ -256,7 +245,7 @@ void Listener::admit(Fd control) const {
                    static_cast<int>(peer.pid));
         return;
     }
-    if (nameSender(control)) {
+    if (nameSenders(control)) {
         // When that fails the channel goes, and its peer sees a hang-up.
         (void)mContext.reactor.add(std::make_shared<ControlChannel>(mContext, std::move(control),
                                                                     mManager, std::move(charge)));

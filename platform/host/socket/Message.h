@@ -20,10 +20,10 @@ struct SocketPair {
 /// Both invalid when the process is out of descriptors.
 SocketPair makeSocketPair();
 
+/// From here on the kernel names the sender of each message that comes. False when it cannot.
+bool nameSenders(const Fd& fd);
 /// Is this a local SOCK_SEQPACKET socket? Anything may arrive in a message.
 bool isPeerSocket(const Fd& fd);
-/// The process that made the other end; 0 when it is outside of this pid namespace.
-pid_t peerPid(const Fd& fd);
 /// The same socket under one of the highest numbers that this process may have, or as it was when
 /// none is free. The kernel closes a dying process's descriptors from the highest number down: the
 /// other end of this one hears of the death first.

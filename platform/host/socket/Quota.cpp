@@ -2,6 +2,7 @@
 #include "socket/Quota.h"
 
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -73,6 +74,13 @@ uid_t userOf(pid_t pid) {
 }
 
 }  // namespace
+
+PeerIdentity peerOf(const Fd& socket) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    const bool known = getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    return known ? PeerIdentity{peer.pid, peer.uid} : PeerIdentity{};
+}
 
 PeerIdentity Quotas::chargedPeer(PeerIdentity sender, uint32_t named) const {
     if (named == 0 || sender.pid != mManager) {

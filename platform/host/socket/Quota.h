@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "support/Fd.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -21,6 +22,9 @@ struct PeerIdentity {
     pid_t pid;
     uid_t uid;
 };
+
+/// Who made the other end of a socket; pid 0 when it is outside of this pid namespace.
+PeerIdentity peerOf(const Fd& socket);
 
 /// What a peer is charged for.
 struct QuotaAmount {

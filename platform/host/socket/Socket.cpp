@@ -28,22 +28,17 @@ SocketPair makeSocketPair() {
         return {};
     }
     SocketPair pair{Fd(ends[0]), Fd(ends[1])};
+    return nameSenders(pair.served) ? std::move(pair) : SocketPair();
+}
+
+bool nameSenders(const Fd& fd) {
     const int on = 1;
-    if (setsockopt(pair.served.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) != 0) {
-        return {};
-    }
-    return pair;
+    return setsockopt(fd.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) == 0;
 }
 
 bool isPeerSocket(const Fd& fd) {
     return socketOption(fd.get(), SO_DOMAIN) == AF_UNIX &&
            socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET;
-}
-
-pid_t peerPid(const Fd& fd) {
-    ucred peer = {};
-    socklen_t size = sizeof(peer);
-    return getsockopt(fd.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
 Fd closedFirst(Fd fd) {

@@ -3,6 +3,7 @@
 
 #include "binder/Binder.h"
 #include "binder/BpBinder.h"
+#include "binder/internal/ParcelFrame.h"
 #include "socket/ControlChannel.h"
 #include "socket/SocketReference.h"
 #include "support/Manners.h"
@@ -78,8 +79,8 @@ status_t SocketRuntime::exportOne(const sp<IBinder>& binder, const Destination& 
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }
 
-status_t SocketRuntime::exportSome(const Parcel& parcel, Attachments* out, Deadline& deadline,
-                                   const Destination& to) {
+status_t SocketRuntime::exportBinders(const Parcel& parcel, Attachments* out, Deadline& deadline,
+                                      const Destination& to) {
     const auto& objects = ParcelFrame::objects(parcel);
     if (objects.size() > kMaxObjects) {
         return FAILED_TRANSACTION;
@@ -99,7 +100,7 @@ status_t SocketRuntime::exportSome(const Parcel& parcel, Attachments* out, Deadl
     return OK;
 }
 
-bool SocketRuntime::importSome(Envelope& envelope, Parcel& parcel) {
+bool SocketRuntime::importBinders(Envelope& envelope, Parcel& parcel) {
     for (size_t i = 0; i < envelope.header().objectCount; ++i) {
         const ObjectRecord& record = envelope.record(i);
         Fd control = envelope.takeFd(i);
@@ -117,11 +118,6 @@ bool SocketRuntime::importSome(Envelope& envelope, Parcel& parcel) {
 
 sp<IBinder> SocketRuntime::proxyOfManager(Fd control) {
     return mImports.proxyOf(makeNodeId(), std::move(control), true);
-}
-
-bool hasEnded(const sp<IBinder>& proxy) {
-    const auto* reference = referenceOf(proxy);
-    return reference == nullptr || reference->hasEnded();
 }
 
 }  // namespace android::transport

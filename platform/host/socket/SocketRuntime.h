@@ -33,10 +33,11 @@ public:
     /// The proxy of the service manager's node, whose reference has no name that others know.
     sp<IBinder> proxyOfManager(Fd control);
 
+    status_t exportBinders(const Parcel& parcel, Attachments* out, Deadline& deadline,
+                           const Destination& to) override;
+    bool importBinders(Envelope& envelope, Parcel& parcel) override;
+
 private:
-    status_t exportSome(const Parcel& parcel, Attachments* out, Deadline& deadline,
-                        const Destination& to) override;
-    bool importSome(Envelope& envelope, Parcel& parcel) override;
     status_t exportOne(const sp<IBinder>& binder, const Destination& to, Deadline& deadline,
                        NodeId* id, Fd* reference);
     Fd exportNode(BBinder& node, const Destination& to);
@@ -53,9 +54,6 @@ private:
     const Context mContext;
     ImportTable mImports{mContext, mDraining};
 };
-
-/// Has the node behind a proxy gone, whether or not anybody has noticed?
-bool hasEnded(const sp<IBinder>& proxy);
 
 }  // namespace android::transport
 

@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "binder/Binder.h"
+#include "binder/BpBinder.h"
 #include "socket/Listener.h"
-#include "socket/Message.h"
 #include "support/ForkGuard.h"
 
 namespace android::transport {
@@ -49,7 +49,7 @@ sp<IBinder> SocketTransport::contextObject() {
     if (const sp<IBinder> first = knownContext(); first != nullptr) {
         return first;  // another thread's: they all have one proxy
     }
-    mRuntime.context().quotas.trustManager(control.valid() ? peerPid(control) : 0);
+    mRuntime.context().quotas.trustManager(peerOf(control).pid);
     mManagerProxy = control.valid() ? mRuntime.proxyOfManager(std::move(control)) : nullptr;
     return mManagerProxy;
 }
@@ -119,8 +119,7 @@ sp<IBinder> SocketTransport::knownContext() {
     if (mManager != nullptr) {
         return mManager;
     }
-    const bool usable =
-        mManagerProxy != nullptr && mManagerProxy->isBinderAlive() && !hasEnded(mManagerProxy);
+    const bool usable = mManagerProxy != nullptr && !mManagerProxy->remoteBinder()->nodeHasEnded();
     return usable ? mManagerProxy : nullptr;
 }
 
