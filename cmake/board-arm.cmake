@@ -1,6 +1,7 @@
 # The cross compiler, with the libraries that the programs use: those of the emulated ARM board's packages,
 # which scripts/board/packages.sh unpacks.
 include("${CMAKE_CURRENT_LIST_DIR}/arm-linux-gnueabihf.cmake")
+unset(CMAKE_CROSSCOMPILING_EMULATOR) # tests start their processes on the board itself
 set(board_root "${CMAKE_CURRENT_LIST_DIR}/../build/board/arm/root")
 get_filename_component(board_root "${board_root}" ABSOLUTE)
 set(board_libraries "${board_root}/usr/lib/arm-linux-gnueabihf")
