@@ -75,13 +75,13 @@ void measureOneWay(bench::RawBinder& raw, bench::IBench& node) {
     bench::figure("driver_one_way_over_raw", result.ratio);
 }
 
-// A full `say` of the client, against a bare one-way call with as many bytes.
-void measureSay(bench::RawBinder& raw) {
+// A full `say` of the client, against a bare one-way call with as many bytes. False: it could not be.
+bool measureSay(bench::RawBinder& raw) {
     auto service = ChildProcess::asRole("bench-service");
     TTS::TTSClientPrivate client("bench", ignore);
     if (service.readLine() != "ready" || client.connect() != 0) {
         std::fprintf(stderr, "the bench service did not start\n");
-        return;
+        return false;
     }
     unsigned id = 0;
     const bench::Contest result = bench::contest(
@@ -93,6 +93,7 @@ void measureSay(bench::RawBinder& raw) {
         [&] { return senderTime([&] { raw.sendOneWay(kSayBytes); }, [&] { raw.drain(); }); });
     bench::report("a full say of the client, against bare ioctl", result);
     bench::figure("driver_say_over_raw", result.ratio);
+    return true;
 }
 
 void countAllocations(bench::IBench& node) {
@@ -127,9 +128,9 @@ int run(int argc, char** argv) {
     measureTwoWay(raw, *node);
     measureOneWay(raw, *node);
     countAllocations(*node);
-    measureSay(raw);
+    const bool isComplete = measureSay(raw);
     bench::printFigures();
-    return 0;
+    return isComplete ? 0 : 1;
 }
 
 }  // namespace
