@@ -23,7 +23,7 @@ PACKAGE_CACHE=$BARE/cache
 DEVELOPER=$BARE/developer # who builds from source
 USER_ROOT=$BARE/user      # who installs the packages
 NEWER_VERSION=1.0.1-1      # for the upgrade
-STEPS=debug,porting
+STEPS=debug,porting,board
 SENTENCE="This sentence is spoken on a bare machine."
 
 # timed WHAT COMMAND...: shows what is done and how long it took
@@ -48,15 +48,9 @@ count() {
 
 # count_all WHAT COMMAND...: COMMAND closes with 'N passed, N failed', and each of its tests counts
 count_all() {
-    local log=$BARE/closing.log status=0 passed failed
+    local log=$BARE/closing.log status=0
     timed "$@" | tee "$log" || status=$?
-    if ! read -r passed failed < <(sed -n -E 's/^([0-9]+) passed, ([0-9]+) failed$/\1 \2/p' "$log" | tail -n 1); then
-        passed=0 failed=1
-    elif [ "$status" -ne 0 ] && [ "$failed" -eq 0 ]; then
-        failed=1
-    fi
-    PASSED=$((PASSED + passed))
-    FAILED=$((FAILED + failed))
+    count_closing_line "$log" "$status"
 }
 
 make_roots() {

@@ -147,6 +147,19 @@ run_ctest() {
     fi
 }
 
+# count_closing_line LOG STATUS: adds the tests of a command that closes with 'N passed, N failed'. One that
+# does not has failed.
+count_closing_line() {
+    local passed failed
+    if ! read -r passed failed < <(sed -n -E 's/^([0-9]+) passed, ([0-9]+) failed$/\1 \2/p' "$1" | tail -n 1); then
+        passed=0 failed=1
+    elif [ "$2" -ne 0 ] && [ "$failed" -eq 0 ]; then
+        failed=1
+    fi
+    PASSED=$((PASSED + passed))
+    FAILED=$((FAILED + failed))
+}
+
 # The last line of every command that runs tests; its exit status is theirs.
 closing_line() {
     say "$PASSED passed, $FAILED failed"

@@ -5,8 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-STEPS=(debug asan tsan arm form porting fuzz)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [porting]="python desktop" [fuzz]="clang")
+STEPS=(debug asan tsan arm form porting board fuzz)
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}" >&2
@@ -70,6 +70,13 @@ porting_step() {
     scripts/porting.sh build/debug g++ gcc >build/porting.log 2>&1 || { cat build/porting.log; return 1; }
 }
 
+board_step() {
+    local status=0
+    mkdir -p build
+    scripts/board/board.sh | tee build/board.log || status=$?
+    count_closing_line build/board.log "$status"
+}
+
 fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
 
 run_step() {
@@ -78,6 +85,7 @@ run_step() {
     case $1 in
         form) pass_if "form of the sources" scripts/format_check.sh ;;
         porting) pass_if "the commands of docs/porting.md" porting_step ;;
+        board) board_step ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;
         *) preset_step "$1" ;;
     esac
