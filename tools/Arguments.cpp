@@ -89,7 +89,7 @@ private:
     }
 
     CLI::App* add(const CommandEntry& entry) {
-        CLI::App& parent = entry.parent == nullptr ? mApp : parentNamed(entry.parent);
+        CLI::App& parent = entry.parent == nullptr ? mApp : addedParent(*entry.parent);
         CLI::App* sub = parent.add_subcommand(entry.name, entry.help)->group(entry.group);
         sub->callback([this, &entry] { mOptions.command = entry.command; });
         sub->footer("");
@@ -103,14 +103,15 @@ private:
         return sub;
     }
 
-    CLI::App& parentNamed(const std::string& name) {
-        CLI::App*& parent = mParents[name];
-        if (parent == nullptr) {
-            parent = mApp.add_subcommand(name, "Work with settings profiles")->group("Settings");
-            parent->require_subcommand(1);
-            parent->footer("");
+    /// In the help it stands where its first subcommand does.
+    CLI::App& addedParent(const ParentCommand& parent) {
+        CLI::App*& added = mParents[&parent];
+        if (added == nullptr) {
+            added = mApp.add_subcommand(parent.name, parent.help)->group(parent.group);
+            added->require_subcommand(1);
+            added->footer("");
         }
-        return *parent;
+        return *added;
     }
 
     CLI::App& sub(Command command) {
@@ -204,7 +205,7 @@ private:
 
     Options& mOptions;
     std::map<Command, CLI::App*> mSubcommands;
-    std::map<std::string, CLI::App*> mParents;
+    std::map<const ParentCommand*, CLI::App*> mParents;
     CLI::App mApp;
 };
 

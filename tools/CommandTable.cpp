@@ -11,6 +11,8 @@ constexpr const char* kLook = "Looking";
 constexpr const char* kChange = "Settings";
 constexpr const char* kParts = "Subcommands";
 
+constexpr ParentCommand kProfile = {"profile", "Work with settings profiles", kChange};
+
 constexpr auto kText = CommandEntry::Output::Text;
 constexpr auto kJson = CommandEntry::Output::TextOrJson;
 constexpr auto kService = CommandEntry::Needs::Service;
@@ -48,15 +50,15 @@ const std::vector<CommandEntry>& commandTable() {
          kService, &runSwitch},
         {Command::Disable, nullptr, "disable", "Switch speech or a feature off", kChange, kText,
          kService, &runSwitch},
-        {Command::ProfileShow, "profile", "show", "Print a profile", kParts, kJson, kFiles,
+        {Command::ProfileShow, &kProfile, "show", "Print a profile", kParts, kJson, kFiles,
          &runProfileShow},
-        {Command::ProfileSave, "profile", "save", "Write the service's settings to a profile",
+        {Command::ProfileSave, &kProfile, "save", "Write the service's settings to a profile",
          kParts, kText, kService, &runProfileSave},
-        {Command::ProfileLoad, "profile", "load", "Give the service the settings of a profile",
+        {Command::ProfileLoad, &kProfile, "load", "Give the service the settings of a profile",
          kParts, kText, kService, &runProfileLoad},
-        {Command::ProfileCopy, "profile", "copy", "Copy a profile", kParts, kText, kFiles,
+        {Command::ProfileCopy, &kProfile, "copy", "Copy a profile", kParts, kText, kFiles,
          &runProfileCopy},
-        {Command::ProfileRemove, "profile", "remove", "Delete a profile", kParts, kText, kFiles,
+        {Command::ProfileRemove, &kProfile, "remove", "Delete a profile", kParts, kText, kFiles,
          &runProfileRemove},
     };
     return table;

@@ -9,13 +9,20 @@
 
 namespace voxtrelctl {
 
+/// A command that is nothing but those that belong to it.
+struct ParentCommand {
+    const char* name;
+    const char* help;
+    const char* group;  ///< heading in the help
+};
+
 /// A subcommand: all that there is to say of it but its arguments.
 struct CommandEntry {
     enum class Output { Text, TextOrJson };  ///< with the latter it takes --json
     enum class Needs { Service, Files };     ///< with the former it takes --timeout
 
     Command command;
-    const char* parent;  ///< name of the command that it belongs to; null: none
+    const ParentCommand* parent;  ///< that it belongs to; null: none
     const char* name;
     const char* help;
     const char* group;  ///< heading in the help

@@ -22,7 +22,7 @@ std::vector<Words> allCommands() {
     std::vector<Words> all;
     for (const CommandEntry& entry : commandTable()) {
         all.push_back(entry.parent == nullptr ? Words{entry.name}
-                                              : Words{entry.parent, entry.name});
+                                              : Words{entry.parent->name, entry.name});
     }
     return all;
 }
