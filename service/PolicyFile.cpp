@@ -157,7 +157,8 @@ std::optional<std::vector<PolicyRule>> readPolicy(std::istream& in, const std::s
         PolicyRule rule = {PolicyRule::Subject::Any, 0, kNoPermissions};
         const std::string wrong = readRule(words, rule);
         if (!wrong.empty()) {
-            error = name + ":" + std::to_string(number) + ": " + wrong;
+            error = name;
+            error.append(":").append(std::to_string(number)).append(": ").append(wrong);
             return std::nullopt;
         }
         rules.push_back(rule);

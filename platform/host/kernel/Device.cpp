@@ -42,7 +42,7 @@ std::string whyOtherProtocol(const std::string& path, int version) {
 
 size_t Device::mappingSize() {
     static const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    return 1024 * 1024 - 2 * page;
+    return size_t{1024} * 1024 - 2 * page;
 }
 
 std::unique_ptr<Device> Device::open(SystemCalls& system, const std::string& path,

@@ -28,6 +28,7 @@ inline binder_uintptr_t toWord(const void* pointer) {
 
 template <typename T>
 T* toPointer(binder_uintptr_t word) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the driver's words are integers
     return reinterpret_cast<T*>(static_cast<uintptr_t>(word));
 }
 

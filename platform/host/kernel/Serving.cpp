@@ -15,7 +15,7 @@ namespace {
 
 // An idle thread may keep a buffer for long. What all threads keep must be a small part of the
 // mapping.
-constexpr binder_size_t kLarge = 4 * 1024;
+constexpr binder_size_t kLarge = binder_size_t{4} * 1024;
 
 }  // namespace
 
