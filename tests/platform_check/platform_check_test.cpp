@@ -153,33 +153,20 @@ TEST_F(ThePlatformCheck, SeesAServiceManagerThatIsStartedAnew) {
 }
 
 /// Rows that rely on nothing have no wrong: the manners of a driver show both.
-const std::set<std::string>& rowsWithoutWrong() {
-    static const std::set<std::string> rows = {"overtaking", "one-way-room",
-                                               "one-way-to-own-objects"};
-    return rows;
-}
+const std::set<std::string> kRowsWithoutWrong = {"overtaking", "one-way-room",
+                                                 "one-way-to-own-objects"};
 
 /// Those that the library does without.
-const std::set<std::string>& toleratedRows() {
-    static const std::set<std::string> rows = {"links-after-death", "links-to-own-objects",
-                                               "letting-go", "restarted-manager"};
-    return rows;
-}
+const std::set<std::string> kToleratedRows = {"links-after-death", "links-to-own-objects",
+                                              "letting-go", "restarted-manager"};
 
 /// Those in which the wrong ends the process that looks.
-const std::set<std::string>& deadlyRows() {
-    static const std::set<std::string> rows = {"strong-pointers", "static-destruction",
-                                               "log-lines"};
-    return rows;
-}
+const std::set<std::string> kDeadlyRows = {"strong-pointers", "static-destruction", "log-lines"};
 
 /// Rows about what headers do, compiled against headers that do otherwise.
-const std::set<std::string>& rowsOfHeaders() {
-    static const std::set<std::string> rows = {"strong-pointer-assignment", "virtual-bases",
-                                               "interface-macros", "local-interface",
-                                               "binder-service"};
-    return rows;
-}
+const std::set<std::string> kRowsOfHeaders = {"strong-pointer-assignment", "virtual-bases",
+                                              "interface-macros", "local-interface",
+                                              "binder-service"};
 
 /// The cells of the program's list, or of the page's tables, in which nothing is marked as code.
 std::map<std::string, Lines> rowsIn(const Lines& lines, size_t columns) {
@@ -221,7 +208,7 @@ std::string wrongCheckOf(const std::string& row) {
     if (row == "calling-identity") {
         return VOXTREL_WRONG_IDENTITY_CHECK;
     }
-    return rowsOfHeaders().count(row) == 1 ? VOXTREL_WRONG_HEADERS_CHECK : checkOfWrong(row);
+    return kRowsOfHeaders.count(row) == 1 ? VOXTREL_WRONG_HEADERS_CHECK : checkOfWrong(row);
 }
 
 class AWrongPlatform : public ThePlatformCheck, public testing::WithParamInterface<std::string> {};
@@ -235,17 +222,17 @@ TEST_P(AWrongPlatform, IsSeen) {
     if (isRestarted) {
         endRestarted(runtime);
     }
-    const bool isTolerated = toleratedRows().count(row) == 1;
+    const bool isTolerated = kToleratedRows.count(row) == 1;
     EXPECT_EQ(isTolerated ? "differs" : "WRONG", verdictOn(row, ended)) << wordsOf(ended);
     EXPECT_EQ(isTolerated ? 0 : 1, ended.status);
     const bool isEnded = wordsOf(ended).find("was ended by signal") != std::string::npos;
-    EXPECT_EQ(deadlyRows().count(row) == 1, isEnded) << wordsOf(ended);
+    EXPECT_EQ(kDeadlyRows.count(row) == 1, isEnded) << wordsOf(ended);
 }
 
 std::vector<std::string> rowsWithAWrong() {
     std::vector<std::string> names;
     for (const auto& row : rowsIn(linesOfThePage(), 4)) {
-        if (rowsWithoutWrong().count(row.first) == 0) {
+        if (kRowsWithoutWrong.count(row.first) == 0) {
             names.push_back(row.first);
         }
     }
