@@ -20,6 +20,7 @@ namespace {
 class AProgram : public ::testing::Test {
 protected:
     void run(bool verbose) {
+        std::fflush(stdout);  // what is left in it would be the child's as well
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
