@@ -16,7 +16,8 @@ using voxtrel::Diagnosis;
 using voxtrel::Reach;
 using voxtrel::Status;
 
-constexpr milliseconds kPatience(800);
+/// A search that is over by then shows no progress.
+constexpr milliseconds kNoticeable(800);
 constexpr milliseconds kProgressStep(1000);
 
 /// Kept back of the time: to learn what became of a request, and to leave.
@@ -180,9 +181,9 @@ void Connection::fail(const Diagnosis& seen) {
 void Connection::connect() {
     const auto begin = Clock::now();
     restart();
-    auto step = kPatience;
+    auto step = kNoticeable;
     for (;;) {
-        const Diagnosis seen = mClient.diagnose(std::min(until(mEnd), kPatience));
+        const Diagnosis seen = mClient.diagnose(std::min(until(mEnd), kNoticeable));
         if (seen.reach == Reach::Connected) {
             break;
         }
@@ -190,7 +191,7 @@ void Connection::connect() {
             fail(seen);
         }
         const auto passed = Clock::now() - begin;
-        if (passed >= kPatience) {
+        if (passed >= kNoticeable) {
             const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed);
             mTerminal.progress(progressOf(seen, mTimeout), std::to_string(seconds.count()) + " s");
             step = kProgressStep;
@@ -214,11 +215,11 @@ bool Connection::dispatch(milliseconds atMost) {
 }
 
 void Connection::dispatchWhileItAnswers() {
-    const milliseconds patience = mTimeout / 2;
-    if (dispatch(patience) || isInterrupted()) {
+    const milliseconds limit = mTimeout / 2;
+    if (dispatch(limit) || isInterrupted()) {
         return;
     }
-    const auto answer = mClient.isOn(voxtrel::Switch::Speech, patience);
+    const auto answer = mClient.isOn(voxtrel::Switch::Speech, limit);
     if (!isSilent(answer.status())) {
         return;
     }

@@ -167,7 +167,7 @@ bool Daemon::hasEnded() {
     return mStatus.has_value();
 }
 
-std::string Daemon::obituary() const {
+std::string Daemon::howItEnded() const {
     const std::string line = lastLineOf(mLogPath, mLogBegin);
     if (!line.empty()) {
         return mName + " has ended: " + line;

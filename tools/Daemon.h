@@ -23,7 +23,7 @@ public:
     bool hasEnded();
 
     /// "NAME has ended: LINE", with the last line that it logged, or what else is known of it.
-    std::string obituary() const;
+    std::string howItEnded() const;
 
     pid_t pid() const { return mPid; }
     const std::string& logPath() const { return mLogPath; }

@@ -16,7 +16,7 @@ using voxtrel::Diagnosis;
 using voxtrel::Reach;
 
 /// Who does not answer for so long is said to be silent.
-constexpr milliseconds kPatience(5000);
+constexpr milliseconds kAnswerTimeout(5000);
 constexpr milliseconds kLook(100);
 
 bool hasSoundCard() {
@@ -26,9 +26,9 @@ bool hasSoundCard() {
 }
 
 Diagnosis look(Connection& connection) {
-    const milliseconds patience = std::min(connection.left(), kPatience);
-    const milliseconds end = connection.left() - patience;
-    Diagnosis seen = connection.client().diagnose(patience);
+    const milliseconds timeout = std::min(connection.left(), kAnswerTimeout);
+    const milliseconds end = connection.left() - timeout;
+    Diagnosis seen = connection.client().diagnose(timeout);
     while ((seen.reach == Reach::ServiceSilent || seen.reach == Reach::ManagerSilent) &&
            connection.left() > end) {
         (void)connection.client().waitUntilConnected(kLook);

@@ -14,9 +14,9 @@ namespace {
 
 constexpr int kGraceMs = 80;
 
-bool isReady(int file, short what, int patienceMs) {
+bool isReady(int file, short what, int timeoutMs) {
     pollfd wanted = {file, what, 0};
-    return poll(&wanted, 1, patienceMs) == 1;
+    return poll(&wanted, 1, timeoutMs) == 1;
 }
 
 [[noreturn]] void endNow(bool isQuiet) {

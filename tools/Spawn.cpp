@@ -26,19 +26,19 @@ using voxtrel::Reach;
 constexpr auto kLook = milliseconds(10);
 constexpr auto kNoticeable = milliseconds(800);
 /// Voices come from a disk that may be slow.
-constexpr auto kPatience = std::chrono::seconds(60);
-constexpr auto kAnswerPatience = std::chrono::seconds(5);
+constexpr auto kStartTimeout = std::chrono::seconds(60);
+constexpr auto kAnswerTimeout = std::chrono::seconds(5);
 /// Who has started the service manager, such as a unit of systemd's, may start the service next.
-constexpr auto kRegistrationPatience = std::chrono::seconds(5);
+constexpr auto kRegistrationTimeout = std::chrono::seconds(5);
 constexpr const char* kIdleSeconds = "300";
 
 /// Looks again and again until `isDone`, and says whether it was in time.
-bool await(Terminal& terminal, const std::string& what, Clock::duration patience,
+bool await(Terminal& terminal, const std::string& what, Clock::duration timeout,
            const std::function<bool()>& isDone) {
     const auto begin = Clock::now();
     while (!isDone()) {
         const auto passed = Clock::now() - begin;
-        if (passed > patience) {
+        if (passed > timeout) {
             return false;
         }
         if (passed > kNoticeable) {
@@ -64,8 +64,8 @@ public:
                           "cannot use " + path + ": " + std::generic_category().message(error),
                           "set VOXTREL_BINDER_SOCKET to a path in a folder of your own");
         }
-        if (!await(terminal, "waiting for another voxtrelctl that starts the service", kPatience,
-                   [this] { return flock(mFile, LOCK_EX | LOCK_NB) == 0; })) {
+        if (!await(terminal, "waiting for another voxtrelctl that starts the service",
+                   kStartTimeout, [this] { return flock(mFile, LOCK_EX | LOCK_NB) == 0; })) {
             throw Failure(TTS::STATUS_SERVICE_NOT_FOUND,
                           "another voxtrelctl has been starting the service for a minute",
                           "see who holds " + path);
@@ -106,14 +106,14 @@ bool isServiceThere(Connection& connection) {
 void awaitUsable(Terminal& terminal, Daemon& daemon, const std::string& name,
                  const std::function<bool()>& isUsable) {
     bool usable = false;
-    const bool settled = await(terminal, name + " has been started", kPatience, [&] {
+    const bool settled = await(terminal, name + " has been started", kStartTimeout, [&] {
         usable = isUsable();
         return usable || daemon.hasEnded();
     });
     if (usable) {
         return;
     }
-    const std::string detail = settled ? daemon.obituary()
+    const std::string detail = settled ? daemon.howItEnded()
                                        : name + " (process " + std::to_string(daemon.pid()) +
                                              ") has been started and cannot be used after a minute";
     throw Failure(TTS::STATUS_SERVICE_NOT_FOUND, detail, "see " + daemon.logPath());
@@ -133,11 +133,11 @@ bool ensureManager(Terminal& terminal) {
 /// One that is there but hangs, or cannot be reached, is left to the command, which says so.
 void ensureService(Connection& connection, Terminal& terminal) {
     Reach reach = Reach::NoService;
-    (void)await(terminal, "the service manager does not answer", kAnswerPatience, [&] {
+    (void)await(terminal, "the service manager does not answer", kAnswerTimeout, [&] {
         reach = look(connection);
         return reach != Reach::ManagerSilent;
     });
-    (void)await(terminal, "the service is there and loads its voices", kPatience, [&] {
+    (void)await(terminal, "the service is there and loads its voices", kStartTimeout, [&] {
         reach = look(connection);
         return reach != Reach::Loading;
     });
@@ -168,7 +168,7 @@ void ensureRunning(const Options& options, Terminal& terminal) {
     Connection connection(options, terminal);
     if (!isNew) {
         (void)await(terminal, "waiting for a service that may be about to start",
-                    kRegistrationPatience, [&] { return isServiceThere(connection); });
+                    kRegistrationTimeout, [&] { return isServiceThere(connection); });
     }
     ensureService(connection, terminal);
     throwIfInterrupted(connection.isInterrupted());

@@ -111,8 +111,8 @@ Result<void> Client::stopProcess(std::uint32_t process, std::optional<Millisecon
     return mState->session->stopProcess(process, mState->deadline(deadline));
 }
 
-Result<void> Client::waitForAll(Milliseconds patience) {
-    if (mState->session->waitForAll(*mState->mailbox, deadlineAfter(patience))) {
+Result<void> Client::waitForAll(Milliseconds timeout) {
+    if (mState->session->waitForAll(*mState->mailbox, deadlineAfter(timeout))) {
         return {};
     }
     return Error{Status::TimedOut, "something is still being spoken, or waits for its turn"};

@@ -143,7 +143,7 @@ public:
     Result<void> stopProcess(std::uint32_t process, std::optional<Milliseconds> deadline = {});
 
     /// Waits until every utterance of this client has an outcome.
-    Result<void> waitForAll(Milliseconds patience);
+    Result<void> waitForAll(Milliseconds timeout);
 
     /// What `say` uses where its options are not set.
     void setDefaults(const SpeechOptions& defaults);

@@ -14,8 +14,8 @@ Outcome Utterance::outcome() const noexcept {
     return mState == nullptr ? Outcome() : mState->outcome();
 }
 
-Outcome Utterance::wait(std::chrono::milliseconds patience) const {
-    return mState == nullptr ? Outcome() : mState->waitUntil(deadlineAfter(patience));
+Outcome Utterance::wait(std::chrono::milliseconds timeout) const {
+    return mState == nullptr ? Outcome() : mState->waitUntil(deadlineAfter(timeout));
 }
 
 Outcome Utterance::wait() const {

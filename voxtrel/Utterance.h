@@ -31,7 +31,7 @@ public:
 
     /// Waits for the outcome.
     /// @return `Pending` when there is none in time.
-    Outcome wait(std::chrono::milliseconds patience) const;
+    Outcome wait(std::chrono::milliseconds timeout) const;
 
     /// Waits until there is an outcome, which may take as long as others speak. At once for a
     /// handle on nothing.

@@ -70,7 +70,7 @@ std::string taken(int count, int refused) {
 
 class TheBudgetOfADriversProcess : public probe::DriverTest {
 protected:
-    // The whole budget is free then, or will be with the next turn of the node.
+    // The whole budget is free then, or will be once the node has served its next call.
     ChildProcess sender() {
         ChildProcess process = ChildProcess::asRole("budget-sender");
         EXPECT_EQ("ready", process.readLine());

@@ -104,7 +104,7 @@ TEST_F(AOneWayCall, IsNotHeldUpByATwoWayCallOfAnotherThread) {
 }
 
 // Sends until there is steadily no room: on a busy machine one refusal may only mean that the
-// receiver had no turn to read. Returns how many were taken.
+// receiver did not get to read. Returns how many were taken.
 int fill(const sp<IBinder>& node) {
     constexpr int kSteadily = 3;
     int taken = 0;

@@ -34,7 +34,7 @@ struct ThreadCounts {
     long sleeps = 0;  // of all of them
 };
 
-ThreadCounts crewOf(pid_t pid) {
+ThreadCounts threadCountsOf(pid_t pid) {
     ThreadCounts counts;
     for (const auto& task :
          std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task")) {
@@ -51,11 +51,11 @@ ThreadCounts crewOf(pid_t pid) {
 TEST_F(AThreadPool, ThatServesOneCallHasAThreadForItAndOneThatWaits) {
     auto call =
         std::async(std::launch::async, [this] { return probe::Call().to(mNode, probe::kBlock); });
-    EXPECT_TRUE(eventually([this] { return crewOf(mServer.pid()).threads >= 2; }));
+    EXPECT_TRUE(eventually([this] { return threadCountsOf(mServer.pid()).threads >= 2; }));
     // Only a timer wakes the one that waits, again and again.
-    const long before = crewOf(mServer.pid()).sleeps;
-    EXPECT_TRUE(eventually([&] { return crewOf(mServer.pid()).sleeps >= before + 20; }));
-    EXPECT_EQ(2, crewOf(mServer.pid()).threads);
+    const long before = threadCountsOf(mServer.pid()).sleeps;
+    EXPECT_TRUE(eventually([&] { return threadCountsOf(mServer.pid()).sleeps >= before + 20; }));
+    EXPECT_EQ(2, threadCountsOf(mServer.pid()).threads);
     probe::ask(mNode, probe::kUnblock);
     EXPECT_EQ(OK, call.get());
 }

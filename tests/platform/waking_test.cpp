@@ -62,7 +62,7 @@ TEST_F(TheNewsOfADeath, WakesABlockedCallerHardlyLaterThanTheEndOfAPipe) {
 }
 
 // A hundred milliseconds is how long a sender waits for one that lives.
-TEST_F(TheNewsOfADeath, NeedsNoPatienceFromThoseWhoCallTheDead) {
+TEST_F(TheNewsOfADeath, ReachesThoseWhoCallTheDeadWithoutAWait) {
     for (const bool called : {false, true}) {
         for (const uint32_t flags : {uint32_t{0}, uint32_t{IBinder::FLAG_ONEWAY}}) {
             ChildProcess victim = ChildProcess::asRole("server", {"victim"});

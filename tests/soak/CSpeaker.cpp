@@ -87,8 +87,8 @@ public:
         vx_lock_free(mLock);
         mLock = nullptr;
     }
-    bool waitForAll(Milliseconds patience) override {
-        return vx_wait_for_all(mClient, inMs(patience)) == VX_OK;
+    bool waitForAll(Milliseconds timeout) override {
+        return vx_wait_for_all(mClient, inMs(timeout)) == VX_OK;
     }
     void dispatch() override { vx_dispatch(mClient, nullptr); }
     std::size_t open() const override { return mUtterances.open(); }

@@ -52,7 +52,7 @@ public:
         }
     }
     void unlock() override { mLock.reset(); }
-    bool waitForAll(Milliseconds patience) override { return bool(mClient->waitForAll(patience)); }
+    bool waitForAll(Milliseconds timeout) override { return bool(mClient->waitForAll(timeout)); }
     void dispatch() override { mClient->dispatch(); }
     std::size_t open() const override { return mUtterances.open(); }
 

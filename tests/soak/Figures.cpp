@@ -35,13 +35,13 @@ Figures figuresOf(pid_t process) {
     return {descriptorsIn(folder + "/fd"), residentKib(folder + "/status")};
 }
 
-Figures mostAfter(const Figures& warm) {
+Figures maxAfter(const Figures& warm) {
     return {withATwentieth(warm.descriptors) + kSpareDescriptors,
             withATwentieth(warm.memoryKib) + kSpareKib};
 }
 
-bool isWithin(const Figures& figures, const Figures& most) {
-    return figures.descriptors <= most.descriptors && figures.memoryKib <= most.memoryKib;
+bool isWithin(const Figures& figures, const Figures& max) {
+    return figures.descriptors <= max.descriptors && figures.memoryKib <= max.memoryKib;
 }
 
 }  // namespace soak

@@ -24,8 +24,8 @@ Figures figuresOf(pid_t process);
 constexpr long kSpareDescriptors = 12;
 constexpr long kSpareKib = 2048;
 
-Figures mostAfter(const Figures& warm);
-bool isWithin(const Figures& figures, const Figures& most);
+Figures maxAfter(const Figures& warm);
+bool isWithin(const Figures& figures, const Figures& max);
 
 /// One line of the table, and whether the process has grown.
 struct Growth {
@@ -33,7 +33,7 @@ struct Growth {
     Figures warm;
     Figures end;
 
-    bool isGrown() const { return !isWithin(end, mostAfter(warm)); }
+    bool isGrown() const { return !isWithin(end, maxAfter(warm)); }
 };
 
 }  // namespace soak

@@ -205,9 +205,9 @@ void Soak::order(const std::string& line) {
         (void)client->say(line);  // who does not take it does not answer
     }
     for (const auto& client : mClients) {
-        constexpr int kPatience = 5;  // minutes
+        constexpr int kMaxMinutes = 5;
         std::string answer;
-        for (int n = 0; n < kPatience && answer.empty(); ++n) {
+        for (int n = 0; n < kMaxMinutes && answer.empty(); ++n) {
             answer = client->answer();
             if (mService.hasLeft()) {
                 mService.start();
@@ -244,7 +244,7 @@ void Soak::measure(const Member& member) {
 void Soak::compare(const Member& member) {
     for (Growth& growth : mResult.growth) {
         if (growth.process == member.name()) {
-            growth.end = settledWithin(member.pid(), mostAfter(growth.warm));
+            growth.end = settledWithin(member.pid(), maxAfter(growth.warm));
         }
     }
 }

@@ -41,7 +41,7 @@ public:
     virtual void unlock() = 0;
 
     /// False when something has no outcome in time.
-    virtual bool waitForAll(Milliseconds patience) = 0;
+    virtual bool waitForAll(Milliseconds timeout) = 0;
 
     /// Where events come on the application's thread.
     virtual void dispatch() = 0;

@@ -16,10 +16,10 @@ public:
     using Lines = std::vector<std::string>;
 
     /// Waits for the service on any busy machine.
-    static constexpr const char* kPatient = "WaitForService 60000\n";
+    static constexpr const char* kWaitsLong = "WaitForService 60000\n";
 
     /// Starts it with a configuration of these lines.
-    explicit ModuleProcess(const std::string& config = kPatient);
+    explicit ModuleProcess(const std::string& config = kWaitsLong);
 
     /// Says these lines and reads up to the end of the last one's answer: the first line that
     /// has no dash behind its number. All that was read, with LFs.

@@ -197,7 +197,7 @@ TEST_F(AModule, LeavesTheVerbosityOfOthersAlone) {
 }
 
 TEST_F(AModule, SetsTheVerbosityForEveryoneWhereItsConfigurationSaysSo) {
-    ModuleProcess module(std::string(ModuleProcess::kPatient) + "PunctuationForEveryone yes\n");
+    ModuleProcess module(std::string(ModuleProcess::kWaitsLong) + "PunctuationForEveryone yes\n");
     module.begin();
     module.send("SET", "punctuation_mode=all\n");
     module.send("SPEAK", "a\n");

@@ -18,7 +18,7 @@ using Lines = ModuleProcess::Lines;
 constexpr const char* kSpoken = "200 OK SPEAKING";
 constexpr const char* kShortTimeout = "WaitForService 500\n";
 
-constexpr const char* kLongTimeout = ModuleProcess::kPatient;
+constexpr const char* kLongTimeout = ModuleProcess::kWaitsLong;
 
 const Lines kWhole = {"701", "702"};
 const Lines kCut = {"701", "703"};

@@ -77,8 +77,8 @@ public:
     void kill(int signal) const;
     /// Kills it and waits until it is gone.
     void killNow();
-    /// Waits for its end; its exit status, or 128 + signal. One that outlives the limit fails the test
-    /// and is killed.
+    /// Waits for its end; its exit status, or 128 + signal. One that outlives the limit fails the
+    /// test and is killed.
     int wait();
     /// The same, and all that it has written by then.
     Outcome finish();

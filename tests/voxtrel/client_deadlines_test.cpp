@@ -200,9 +200,9 @@ TEST_F(AFrozenService, LetsAClientEnd) {
 }
 
 TEST_F(AFrozenService, KeepsTheEndOfAClientNoLongerThanThatIsGiven) {
-    ClientOptions patient = options(3h);
-    patient.linger = 3h;
-    Client client("test", patient);
+    ClientOptions unhurried = options(3h);
+    unhurried.linger = 3h;
+    Client client("test", unhurried);
     connect(client);
     service.freeze();
     const Utterance lost = client.say("Lost.");

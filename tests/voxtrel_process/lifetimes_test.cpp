@@ -48,7 +48,7 @@ std::size_t descriptors() {
     return entriesOf("/proc/self/fd");
 }
 
-ClientOptions impatient() {
+ClientOptions shortOfTime() {
     ClientOptions options;
     options.deadline = Milliseconds(50);
     options.linger = Milliseconds(50);
@@ -140,7 +140,7 @@ TEST(TheEndOfAClient, GivesOutcomes) {
     std::vector<Utterance> said;
     {
         Recorder events;
-        Client client("", impatient());
+        Client client("", shortOfTime());
         events.listenTo(client);
         said = {client.say(kLong), client.say("Never waited for.")};
         ASSERT_TRUE(events.awaits(Event::Kind::Word));
@@ -153,14 +153,14 @@ TEST(TheEndOfAClient, ComesInTimeWhateverTheServiceDoes) {
     Machine machine;
     const auto ends = [](const char* state) {
         Stopwatch watch;
-        const Utterance said = Client("", impatient()).say("Hello.");
-        EXPECT_TRUE(watch.isWithin(impatient().linger + impatient().deadline)) << state;
+        const Utterance said = Client("", shortOfTime()).say("Hello.");
+        EXPECT_TRUE(watch.isWithin(shortOfTime().linger + shortOfTime().deadline)) << state;
         EXPECT_EQ(inWords(said.wait(kLimit)), "lost -103 unheard") << state;
     };
     ends("no service");
     machine.startService();
     {
-        Client client("", impatient());
+        Client client("", shortOfTime());
         ASSERT_TRUE(client.waitUntilConnected(kLimit));
         machine.stopService();
         EXPECT_FALSE(client.settings());
@@ -202,14 +202,14 @@ TEST(TheEndOfAClient, LeavesTwoThreadsBehindAtMostWhileTheServiceIsStopped) {
     Machine machine;
     machine.startService();
     {
-        Client client("", impatient());
+        Client client("", shortOfTime());
         ASSERT_TRUE(client.waitUntilConnected(kLimit));
         machine.stopService();
     }
     const std::size_t before = threads();
     const std::size_t descriptorsBefore = descriptors();
     for (int n = 0; n < 30; ++n) {
-        Client client("", impatient());
+        Client client("", shortOfTime());
         (void)client.say("Hello.");
         (void)client.settings();
     }
@@ -324,7 +324,7 @@ TEST(AServiceThatIsRestartedAgainAndAgain, CostsNothing) {
 }
 
 int endStatically(const Arguments& arguments) {
-    static Client client("", impatient());
+    static Client client("", shortOfTime());
     (void)client.say("Hello.");
     if (arguments.at(0) == "connected") {
         (void)client.waitUntilConnected(kLimit);
@@ -353,7 +353,7 @@ TEST(AForkedChild, LetsTheClientsOfItsParentBe) {
     const pid_t child = fork();
     if (child == 0) {
         client.reset();
-        Client own("", impatient());
+        Client own("", shortOfTime());
         // The runtime does not work without running another program.
         _exit(own.settings() ? 1 : 0);
     }

@@ -46,7 +46,7 @@ public:
         mText += words;
         mWaiting.push_back(id);
         mOnTheWay += words.size();
-        mMost = std::max(mMost, mOnTheWay);
+        mMaxSeen = std::max(mMaxSeen, mOnTheWay);
         return TTS::STATUS_OK;
     }
 
@@ -60,9 +60,9 @@ public:
         const std::lock_guard<std::mutex> lock(mMutex);
         return mText;
     }
-    size_t mostOnTheWay() const {
+    size_t maxSeen() const {
         const std::lock_guard<std::mutex> lock(mMutex);
-        return mMost;
+        return mMaxSeen;
     }
 
 private:
@@ -86,7 +86,7 @@ private:
     std::string mText;
     std::vector<unsigned> mWaiting;
     size_t mOnTheWay = 0;
-    size_t mMost = 0;
+    size_t mMaxSeen = 0;
     std::atomic<bool> mEnds{false};
     std::thread mSpeaker{[this] { speak(); }};
 };
@@ -104,8 +104,8 @@ TEST(AVeryLongText, IsHandedOverWithRoomForOthersInWhatTheRuntimeHolds) {
     const Outcome said = device.ctl({"say"}, book);
     EXPECT_EQ(said.status, 0) << said.err;
     EXPECT_TRUE(service->text() == book) << "once, whole, and in order";
-    EXPECT_LE(service->mostOnTheWay(), kMaxOnTheWay);
-    EXPECT_GT(service->mostOnTheWay(), 32'768U) << "a wait for each page would be slow";
+    EXPECT_LE(service->maxSeen(), kMaxOnTheWay);
+    EXPECT_GT(service->maxSeen(), 32'768U) << "a wait for each page would be slow";
 }
 
 TEST(AVeryLongText, IsHandedOverWithProgress) {

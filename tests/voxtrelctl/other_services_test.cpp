@@ -37,16 +37,16 @@ std::string lineOf(const ChildProcess::Words& words) {
 }
 
 /// Without the line with which a command says that it has waited, which a busy machine makes it do.
-std::string withoutPatience(const std::string& err) {
-    const std::string patience =
+std::string withoutWaiting(const std::string& err) {
+    const std::string waiting =
         "voxtrelctl: the service is there and loads its voices (up to 10 s)\n";
-    return err.rfind(patience, 0) == 0 ? err.substr(patience.size()) : err;
+    return err.rfind(waiting, 0) == 0 ? err.substr(waiting.size()) : err;
 }
 
 void expectRow(const Row& row, const Outcome& outcome) {
     EXPECT_EQ(outcome.status, row.status) << lineOf(row.words);
     EXPECT_EQ(outcome.out, row.out) << lineOf(row.words);
-    EXPECT_EQ(withoutPatience(outcome.err), row.err.empty() ? "" : "voxtrelctl: " + row.err + "\n")
+    EXPECT_EQ(withoutWaiting(outcome.err), row.err.empty() ? "" : "voxtrelctl: " + row.err + "\n")
         << lineOf(row.words);
 }
 

@@ -72,8 +72,8 @@ vx_status vx_fake_wait_for_spoken(vx_fake* fake, size_t count, int timeout_ms) {
         return VX_BAD_PARAMETER;
     }
     return guarded([&] {
-        const auto patience = timeout.value_or(std::chrono::milliseconds::max());
-        const bool isSpoken = fake->service.waitForSpoken(count, patience);
+        const auto limit = timeout.value_or(std::chrono::milliseconds::max());
+        const bool isSpoken = fake->service.waitForSpoken(count, limit);
         return isSpoken ? VX_OK : fail(VX_TIMED_OUT, "fewer have been spoken");
     });
 }

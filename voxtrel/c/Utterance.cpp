@@ -105,8 +105,8 @@ vx_status vx_wait_for_all(vx_client* client, int timeout_ms) {
         return VX_BAD_PARAMETER;
     }
     return guarded([&] {
-        const auto patience = timeout.value_or(voxtrel::Milliseconds::max());
-        return finish(client->client.waitForAll(patience));
+        const auto limit = timeout.value_or(voxtrel::Milliseconds::max());
+        return finish(client->client.waitForAll(limit));
     });
 }
 

@@ -22,10 +22,10 @@ constexpr std::chrono::milliseconds kLoadingPause(50);
 /// A right service refuses a pause that is too long at once.
 constexpr std::chrono::seconds kToRefuse(1);
 
-/// Who takes longer does not answer if its process is stopped; else it may just be busy, for a
-/// while.
+/// Who takes longer does not answer if its process is stopped.
 constexpr std::chrono::milliseconds kPrompt(200);
-constexpr std::chrono::seconds kPatience(2);
+/// Else it may just be busy, for so long.
+constexpr std::chrono::seconds kBusyLimit(2);
 
 class SessionCallback : public TTS::BnCallback {
 public:
@@ -219,7 +219,7 @@ Diagnosis Session::diagnose(Clock::time_point deadline) {
         if (seen.manager.isStopped || seen.service.isStopped) {
             return seen;
         }
-        waitUntilKnown(lock, std::min(deadline, mStageBegun + kPatience));
+        waitUntilKnown(lock, std::min(deadline, mStageBegun + kBusyLimit));
     }
     if (mIsInside) {
         mChanged.wait_until(lock, std::min(deadline, mInsideSince + kPrompt),
@@ -260,7 +260,7 @@ Diagnosis Session::diagnose(std::unique_lock<std::mutex>& lock) const {
 Reach Session::reachOfStage(const Diagnosis& seen) const {
     const bool isAtManager = mStage == Stage::Searching || mStage == Stage::Waiting;
     const bool isStopped = isAtManager ? seen.manager.isStopped : seen.service.isStopped;
-    const auto end = mStageBegun + (isStopped ? Clock::duration(kPrompt) : kPatience);
+    const auto end = mStageBegun + (isStopped ? Clock::duration(kPrompt) : kBusyLimit);
     const bool isPrompt = Clock::now() < end;
     if (mStage == Stage::Loading || (mStage == Stage::AskingAgain && isPrompt)) {
         return Reach::Loading;

@@ -70,7 +70,7 @@ SpeechRequest SpeechQueue::cut(const std::shared_ptr<Speech>& speech) {
         mTurn = speech->client;
     }
     mPartlySent = speech->isWhole() ? nullptr : speech;
-    mPatience = kQuiet;
+    mProbeDelay = kQuiet;
     return request;
 }
 
@@ -115,7 +115,7 @@ void SpeechQueue::onEvent(std::uint32_t event, std::uint32_t number, std::uint32
 
 void SpeechQueue::onStarted(std::uint32_t number, Clock::time_point now) {
     passed(number);
-    mPatience = kQuiet;
+    mProbeDelay = kQuiet;
     InFlight& sent = *find(number);
     sent.hasStarted = true;
     sent.started = now;

@@ -175,12 +175,12 @@ private:
     std::deque<InFlight> mInFlight;       ///< by number
     std::size_t mBytes = 0;               ///< in `mInFlight`
     std::uint32_t mNumber;
-    Clock::time_point mLast = {};  ///< last sending or event
-    std::chrono::milliseconds mPatience = kQuiet;
-    unsigned mUnanswered = 0;        ///< fences since the last event
-    Clock::time_point mAsked = {};   ///< when the last of them was sent
-    bool mHasAnswered = false;       ///< something else since
-    Clock::time_point mClosed = {};  ///< until then it is being ended
+    Clock::time_point mLast = {};                    ///< last sending or event
+    std::chrono::milliseconds mProbeDelay = kQuiet;  ///< of silence, until a probe
+    unsigned mUnanswered = 0;                        ///< fences since the last event
+    Clock::time_point mAsked = {};                   ///< when the last of them was sent
+    bool mHasAnswered = false;                       ///< something else since
+    Clock::time_point mClosed = {};                  ///< until then it is being ended
     bool mOwesFence = false;
     bool mOwesFlush = false;
 };

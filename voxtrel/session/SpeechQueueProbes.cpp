@@ -14,7 +14,7 @@ SpeechQueue::Clock::time_point SpeechQueue::nextMoment() const {
         const bool isWaiting = mPartlySent != nullptr || !mWaiting.isEmpty();
         return isWaiting && mClosed > mLast ? mClosed : Clock::time_point::max();
     }
-    return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kFenceTimeout) : mLast + mPatience;
+    return mUnanswered > 1 ? mAsked + (mHasAnswered ? kQuiet : kFenceTimeout) : mLast + mProbeDelay;
 }
 
 std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
@@ -35,7 +35,8 @@ std::optional<SpeechRequest> SpeechQueue::probe(Clock::time_point now) {
     sent.number = request.number;
     sent.isProbe = true;
     mInFlight.push_back(std::move(sent));
-    mPatience = mPatience < kFenceTimeout ? kFenceTimeout : std::min(2 * mPatience, kLongestQuiet);
+    mProbeDelay =
+        mProbeDelay < kFenceTimeout ? kFenceTimeout : std::min(2 * mProbeDelay, kLongestQuiet);
     mLast = now;
     mOwesFence = true;
     request.kind = SpeechRequest::Kind::Probe;

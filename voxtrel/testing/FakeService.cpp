@@ -15,8 +15,8 @@ std::vector<std::string> FakeService::spoken() const {
     return mState->spoken();
 }
 
-bool FakeService::waitForSpoken(std::size_t count, std::chrono::milliseconds patience) const {
-    return mState->waitForSpoken(count, patience);
+bool FakeService::waitForSpoken(std::size_t count, std::chrono::milliseconds timeout) const {
+    return mState->waitForSpoken(count, timeout);
 }
 
 std::vector<std::string> FakeService::requests() const {

@@ -39,7 +39,7 @@ public:
 
     /// Waits until so many have been.
     /// @return false when there were fewer in time.
-    bool waitForSpoken(std::size_t count, std::chrono::milliseconds patience) const;
+    bool waitForSpoken(std::size_t count, std::chrono::milliseconds timeout) const;
 
     /// What was asked of it, one line each, in order; questions that change nothing are left out:
     ///

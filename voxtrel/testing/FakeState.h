@@ -63,7 +63,7 @@ public:
 
     // What a test does.
     std::vector<std::string> spoken() const;
-    bool waitForSpoken(std::size_t count, std::chrono::milliseconds patience) const;
+    bool waitForSpoken(std::size_t count, std::chrono::milliseconds timeout) const;
     std::vector<std::string> requests() const;
     void hold(bool isHeld);
     void freeze(bool isFrozen);

@@ -12,9 +12,9 @@ std::vector<std::string> FakeState::spoken() const {
     return mSpoken;
 }
 
-bool FakeState::waitForSpoken(std::size_t count, std::chrono::milliseconds patience) const {
+bool FakeState::waitForSpoken(std::size_t count, std::chrono::milliseconds timeout) const {
     std::unique_lock<std::mutex> lock(mMutex);
-    return mChanged.wait_until(lock, deadlineAfter(patience),
+    return mChanged.wait_until(lock, deadlineAfter(timeout),
                                [&] { return mSpoken.size() >= count; });
 }
 

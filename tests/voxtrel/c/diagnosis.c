@@ -3,7 +3,7 @@
 
 #include "tests/voxtrel/c/program.h"
 
-#define PATIENCE 60000
+#define LIMIT 60000
 
 const char* missing_manager_is_diagnosed(vx_client* client, const char* socket, int error) {
     vx_diagnosis* seen = NULL;
@@ -12,7 +12,7 @@ const char* missing_manager_is_diagnosed(vx_client* client, const char* socket, 
     const char* text = NULL;
     int number = -1;
 
-    REQUIRE(vx_diagnose(client, PATIENCE, &seen) == VX_OK);
+    REQUIRE(vx_diagnose(client, LIMIT, &seen) == VX_OK);
     REQUIRE(vx_diagnosis_reach(seen, &number) == VX_OK && number == VX_REACH_NO_MANAGER);
     REQUIRE(vx_diagnosis_why_not(seen, &why, &text) == VX_OK && why == VX_SERVICE_NOT_FOUND);
     REQUIRE(strstr(text, socket) != NULL && strchr(text, '\n') == NULL);
@@ -36,7 +36,7 @@ const char* connection_is_diagnosed(void) {
 
     REQUIRE(vx_fake_new(&fake) == VX_OK);
     client = client_of(fake, VX_THREAD_OF_LIBRARY);
-    REQUIRE(vx_wait_until_connected(client, PATIENCE) == VX_OK);
+    REQUIRE(vx_wait_until_connected(client, LIMIT) == VX_OK);
     REQUIRE(vx_diagnose(client, VX_CLIENT_DEADLINE, &seen) == VX_OK);
     REQUIRE(vx_client_free(client) == VX_OK);
     REQUIRE(vx_fake_free(fake) == VX_OK);

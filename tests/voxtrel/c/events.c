@@ -5,7 +5,7 @@
 
 #include "tests/voxtrel/c/program.h"
 
-#define PATIENCE 60000
+#define LIMIT 60000
 
 /* An utterance that is refused at once has its event at once, whether or not there is a service. */
 static const char* refused_text = "\xFF";
@@ -64,7 +64,7 @@ const char* loop_polls_and_takes(void) {
     REQUIRE(vx_pause(client, 10, NULL) == VX_OK);
     REQUIRE(vx_say(client, "Three.", NULL, NULL) == VX_OK);
     while (ended < 3) {
-        REQUIRE(is_readable(fd, PATIENCE));
+        REQUIRE(is_readable(fd, LIMIT));
         while (vx_next_event(client, &event) == VX_OK) {
             if (event.kind == VX_EVENT_STARTED) {
                 ++started;
@@ -103,7 +103,7 @@ const char* handler_has_its_user_pointer(void) {
     REQUIRE(client != NULL && pipe(ends) == 0);
     REQUIRE(vx_on_event(client, note_end, &ends[1]) == VX_OK);
     REQUIRE(vx_say(client, refused_text, NULL, NULL) == VX_OK);
-    REQUIRE(is_readable(ends[0], PATIENCE) && read(ends[0], &byte, 1) == 1 && byte == 1);
+    REQUIRE(is_readable(ends[0], LIMIT) && read(ends[0], &byte, 1) == 1 && byte == 1);
     REQUIRE(vx_client_fd(client, &fd) == VX_BAD_PARAMETER && fd == 77);
     REQUIRE(vx_next_event(client, &event) == VX_BAD_PARAMETER);
     REQUIRE(vx_dispatch(client, &count) == VX_BAD_PARAMETER && count == 77);
@@ -163,7 +163,7 @@ const char* handler_may_free_its_client(void) {
     owner.pipe_end = ends[1];
     REQUIRE(owner.client != NULL && vx_on_event(owner.client, free_client, &owner) == VX_OK);
     REQUIRE(vx_say(owner.client, refused_text, NULL, NULL) == VX_OK);
-    REQUIRE(is_readable(ends[0], PATIENCE) && read(ends[0], &byte, 1) == 1);
+    REQUIRE(is_readable(ends[0], LIMIT) && read(ends[0], &byte, 1) == 1);
     REQUIRE(owner.freed == VX_OK);
     return close(ends[0]) == 0 && close(ends[1]) == 0 ? NULL : "a pipe is gone";
 }

@@ -5,14 +5,14 @@
 #include "tests/voxtrel/c/program.h"
 
 /* Generous: the machine may be busy. */
-#define PATIENCE 60000
+#define LIMIT 60000
 
 vx_client* client_of(vx_fake* fake, int thread) {
     vx_client_options* options = NULL;
     vx_client* client = NULL;
 
     if (vx_client_options_new(&options) == VX_OK &&
-        vx_client_options_set_deadline(options, PATIENCE) == VX_OK &&
+        vx_client_options_set_deadline(options, LIMIT) == VX_OK &&
         vx_client_options_set_linger(options, 0) == VX_OK &&
         vx_client_options_set_handler_thread(options, thread) == VX_OK &&
         vx_client_options_set_fake(options, fake) == VX_OK) {
@@ -30,7 +30,7 @@ static const char* a_finished_one(vx_client* client) {
 
     REQUIRE(vx_say(client, "One two.", NULL, &said) == VX_OK);
     REQUIRE(vx_utterance_number(said, &number) == VX_OK && number == 1);
-    REQUIRE(vx_utterance_wait(said, PATIENCE, &outcome) == VX_OK);
+    REQUIRE(vx_utterance_wait(said, LIMIT, &outcome) == VX_OK);
     REQUIRE(outcome.kind == VX_OUTCOME_FINISHED && outcome.status == VX_OK && outcome.heard == 1);
     REQUIRE(outcome.stopper == VX_BY_NOBODY && strlen(outcome.message) > 0);
     REQUIRE(vx_utterance_position(said, &position) == VX_OK);
@@ -71,7 +71,7 @@ static const char* refused_ones(vx_client* client, vx_fake* fake) {
     REQUIRE(vx_utterance_free(said) == VX_OK);
     REQUIRE(vx_fake_refuse_next(fake, VX_QUEUE_FULL) == VX_OK);
     REQUIRE(vx_say(client, "Too much.", NULL, &said) == VX_OK);
-    REQUIRE(vx_utterance_wait(said, PATIENCE, &outcome) == VX_OK);
+    REQUIRE(vx_utterance_wait(said, LIMIT, &outcome) == VX_OK);
     REQUIRE(outcome.kind == VX_OUTCOME_REFUSED && outcome.status == VX_QUEUE_FULL);
     return vx_utterance_free(said) == VX_OK ? NULL : "the utterance is not freed";
 }
@@ -222,7 +222,7 @@ static const char* what_was_spoken(vx_fake* fake, size_t expected, const char* l
     const char* text = NULL;
     size_t count = 0;
 
-    REQUIRE(vx_fake_wait_for_spoken(fake, expected, PATIENCE) == VX_OK);
+    REQUIRE(vx_fake_wait_for_spoken(fake, expected, LIMIT) == VX_OK);
     REQUIRE(vx_fake_spoken(fake, &texts) == VX_OK);
     REQUIRE(vx_texts_count(texts, &count) == VX_OK && count == expected);
     REQUIRE(vx_texts_get(texts, count, &text) == VX_BAD_PARAMETER);
@@ -238,7 +238,7 @@ static const char* wait_for_start(vx_client* client, unsigned long utterance) {
     polled.events = POLLIN;
     REQUIRE(vx_client_fd(client, &polled.fd) == VX_OK);
     do {
-        REQUIRE(poll(&polled, 1, PATIENCE) == 1);
+        REQUIRE(poll(&polled, 1, LIMIT) == 1);
         REQUIRE(vx_next_event(client, &event) == VX_OK);
     } while (event.kind != VX_EVENT_STARTED || event.utterance != utterance);
     return NULL;
@@ -278,11 +278,11 @@ const char* fake_service_does_what_it_is_told(void) {
         return wrong;
     }
     REQUIRE(vx_fake_die(fake) == VX_OK);
-    REQUIRE(vx_utterance_wait(said, PATIENCE, &outcome) == VX_OK);
+    REQUIRE(vx_utterance_wait(said, LIMIT, &outcome) == VX_OK);
     REQUIRE(outcome.kind == VX_OUTCOME_LOST && outcome.heard == 1);
     REQUIRE(vx_utterance_free(said) == VX_OK);
     REQUIRE(vx_fake_come_back(fake) == VX_OK);
-    REQUIRE(vx_wait_until_connected(client, PATIENCE) == VX_OK);
+    REQUIRE(vx_wait_until_connected(client, LIMIT) == VX_OK);
     REQUIRE(vx_fake_go_on(fake) == VX_OK);
     REQUIRE(vx_say(client, "Again.", NULL, NULL) == VX_OK);
     wrong = what_was_spoken(fake, 2, "Again.");
