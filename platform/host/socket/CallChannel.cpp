@@ -23,9 +23,8 @@ public:
         : mChannel(std::move(channel)),
           mContext(mChannel->context()),
           mMessage(std::make_unique<Incoming>()),
-          mQueue(mContext.exports.of(*mChannel->node()).oneWayQueue) {
-        mContext.stallMonitor.enter(mChannel, mChannel->progress());
-    }
+          mQueue(mContext.exports.of(*mChannel->node()).oneWayQueue),
+          mWatched(mContext.stallMonitor.enter(mChannel, mChannel->progress())) {}
     ~ConnectionServer();
     ConnectionServer(const ConnectionServer&) = delete;
     ConnectionServer& operator=(const ConnectionServer&) = delete;
@@ -54,6 +53,7 @@ private:
     const Context& mContext;
     std::unique_ptr<Incoming> mMessage;
     OneWayQueue& mQueue;
+    const bool mWatched;
     bool mStaying = false;
 };
 
@@ -85,7 +85,7 @@ bool ConnectionServer::mayStay() {
         mContext.reactor.pause(*mChannel);
         return !mContext.pool.nobodyWaits();
     }
-    mStaying = mContext.pool.tryStay();
+    mStaying = mWatched && mContext.pool.tryStay();
     return mStaying;
 }
 

@@ -39,10 +39,9 @@ class StallMonitor final : public EventHandler, public std::enable_shared_from_t
 public:
     explicit StallMonitor(Reactor& reactor);
 
-    /// Once, before anything is watched. Without a descriptor for the timer nothing is handed over.
-    void start();
-    /// The calling thread serves `channel` until it leaves.
-    void enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress)
+    /// The calling thread serves `channel` until it leaves. False when there is no descriptor for
+    /// the timer; the next one tries again.
+    bool enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress)
         PLATFORM_EXCLUDES(mLock);
     void leave(const CallProgress& progress) PLATFORM_EXCLUDES(mLock);
     void onReady() override;
@@ -56,8 +55,11 @@ private:
     };
     void look() PLATFORM_REQUIRES(mLock);
     void setTimer(bool on) PLATFORM_REQUIRES(mLock);
+    bool hasTimer() PLATFORM_REQUIRES(mLock);
 
     Reactor& mReactor;
+    // Set once, before the reactor knows of it; a process that is out of descriptors has none yet.
+    Fd mTimer;
     Mutex mLock;
     std::vector<Watched> mWatched PLATFORM_GUARDED_BY(mLock);
     int mIdleLooks PLATFORM_GUARDED_BY(mLock) = 0;

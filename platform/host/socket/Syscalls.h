@@ -5,6 +5,7 @@
 #include <sys/epoll.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,6 +24,7 @@ enum class Call {
     ReceiveDescriptors,  ///< the message comes, its descriptors are lost
     Memfd,
     Write,
+    Timer,
     EpollAdd,
 };
 
@@ -83,6 +85,10 @@ inline ssize_t write(int fd, const void* bytes, size_t size) {
         return -1;
     }
     return ::write(fd, bytes, fault == kShort ? std::min<size_t>(size, 1) : size);
+}
+
+inline int makeTimer() {
+    return fails(Call::Timer) ? -1 : ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
 }
 
 inline int epollControl(int epoll, int operation, int fd, epoll_event* event) {
