@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/OneWayBudget.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,6 +24,14 @@ constexpr uint32_t kBytes = kLargestOneWay;
 // the receiver's memory holds them (see QuotaCharge).
 constexpr size_t kSmallestCost = 128;
 
+// Access beyond the end of a shorter page would be a SIGBUS.
+bool isPage(const Fd& page) {
+    const int seals = page.valid() ? fcntl(page.get(), F_GET_SEALS) : -1;
+    struct stat status {};
+    return seals >= 0 && (seals & F_SEAL_SHRINK) != 0 && fstat(page.get(), &status) == 0 &&
+           status.st_size == static_cast<off_t>(kPageSize);
+}
+
 uint32_t costOf(size_t payload) {
     return static_cast<uint32_t>(std::max(payload, kSmallestCost));
 }
@@ -30,10 +40,17 @@ uint32_t costOf(size_t payload) {
 
 Fd OneWayBudget::makePage() {
     Fd page(sys::makeMemfd());
-    return page.valid() && ftruncate(page.get(), kPageSize) == 0 ? std::move(page) : Fd();
+    if (!page.valid() || ftruncate(page.get(), kPageSize) != 0 ||
+        fcntl(page.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) != 0) {
+        return Fd();
+    }
+    return page;
 }
 
 OneWayBudget::OneWayBudget(Fd page) : mPage(std::move(page)) {
+    if (!isPage(mPage)) {
+        return;
+    }
     void* shared = mmap(nullptr, kPageSize, PROT_READ | PROT_WRITE, MAP_SHARED, mPage.get(), 0);
     mUsed = shared != MAP_FAILED ? static_cast<Counter*>(shared) : nullptr;
 }
