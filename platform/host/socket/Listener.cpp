@@ -91,17 +91,32 @@ bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
     return unlink(path.c_str()) == 0;
 }
 
-/// Opens the file as far as it is to be; the errno of what failed. Nobody can connect yet: the
-/// socket does not listen.
-int grant(const std::string& path, const SocketAccess& access) {
-    const gid_t group = access.group.value_or(static_cast<gid_t>(-1));
-    if (lchown(path.c_str(), static_cast<uid_t>(-1), group) != 0) {
+/// The file of the socket that this process has bound, whatever its path leads to by now.
+Fd fileOf(const std::string& path) {
+    Fd file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    const bool isOurs = file.valid() && fstat(file.get(), &status) == 0 &&
+                        S_ISSOCK(status.st_mode) && status.st_uid == geteuid();
+    errno = file.valid() && !isOurs ? EPERM : errno;
+    return isOurs ? std::move(file) : Fd();
+}
+
+/// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen.
+bool grant(const std::string& path, const SocketAccess& access) {
+    const Fd file = fileOf(path);
+    if (!file.valid()) {
+        return false;
+    }
+    if (access.group.has_value() &&
+        fchownat(file.get(), "", static_cast<uid_t>(-1), *access.group, AT_EMPTY_PATH) != 0) {
         const int error = errno;
         logLine("cannot give %s to group %u: %s; its members and root may", path.c_str(),
-                static_cast<unsigned>(group), strerrordesc_np(error));
-        return error;
+                static_cast<unsigned>(*access.group), strerrordesc_np(error));
+        errno = error;
+        return false;
     }
-    return chmod(path.c_str(), access.mode) == 0 ? 0 : errno;
+    // A path that leads elsewhere by now would open somebody else's file.
+    return chmod(("/proc/self/fd/" + std::to_string(file.get())).c_str(), access.mode) == 0;
 }
 
 /// The mode that a socket has before it is bound is the most that its file gets.
@@ -111,12 +126,13 @@ bool bindFor(const Fd& socket, const std::string& path, const sockaddr_un& addre
         bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
         return false;
     }
-    const int error = grant(path, access);
-    if (error != 0) {
-        (void)unlink(path.c_str());
+    if (grant(path, access)) {
+        return true;
     }
+    const int error = errno;
+    (void)unlink(path.c_str());
     errno = error;
-    return error == 0;
+    return false;
 }
 
 constexpr mode_t kMayEnter = S_IXGRP | S_IXOTH;
