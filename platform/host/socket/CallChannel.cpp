@@ -127,10 +127,11 @@ ConnectionServer::After ConnectionServer::refuse(const char* what) {
 }
 
 ConnectionServer::After ConnectionServer::serveTwoWay() {
+    const uint32_t number = mChannel->progress().begin();
     if (!attachBinders(*mMessage)) {
+        (void)mChannel->progress().finish(number);
         return refuse("a descriptor that is no reference");
     }
-    const uint32_t number = mChannel->progress().begin();
     Parcel reply;
     Attachments attachments;
     const status_t status = carryOut(&reply, &attachments);
