@@ -4,6 +4,8 @@
 #include <binder/BpBinder.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/kernel/OverTheDriver.h"
 
 namespace {
@@ -14,6 +16,7 @@ using android::Parcel;
 using android::sp;
 using android::status_t;
 using fake_driver::bytesOf;
+using fake_driver::CountsDeaths;
 using fake_driver::kComplete;
 using fake_driver::kHandle;
 using fake_driver::kNoop;
@@ -53,6 +56,16 @@ TEST_F(AReferenceOverTheDriver, HasEndedWhenTheDriverTakesNoCall) {
     EXPECT_TRUE(mProxy->nodeHasEnded());
     EXPECT_FALSE(mProxy->isBinderAlive());
     EXPECT_EQ((Numbers{BC_TRANSACTION}), mDriver.numbers());
+}
+
+// The driver would keep its record of the thread until the process ends.
+TEST_F(AReferenceOverTheDriver, TellsOfTheEndOfAThreadThatOnlyLinkedOrLetGo) {
+    const sp<CountsDeaths> recipient = new CountsDeaths();
+    std::thread([&] { mProxy->linkToDeath(recipient); }).join();
+    EXPECT_EQ(1, mDriver.threadExits);
+    std::thread([&] { mProxy.clear(); }).join();
+    EXPECT_EQ(2, mDriver.threadExits);
+    EXPECT_EQ(uint32_t{BC_DECREFS}, mDriver.numbers().back());
 }
 
 // Only the thread that served the call has ended.

@@ -187,6 +187,20 @@ TEST_F(TheDriversTransport, TellsTheLinksToADeadManagerWhenItFindsTheNextOne) {
     EXPECT_EQ(1U, mDriver.count(BC_DEAD_BINDER_DONE));
 }
 
+TEST_F(TheDriversTransport, TellsADeathForWhichThereWasNoThreadWhenItIsAskedAgain) {
+    const sp<IBinder> dead = contextThatAnswers();
+    const sp<CountsDeaths> recipient = new CountsDeaths();
+    ASSERT_EQ(android::OK, dead->linkToDeath(recipient));
+    EXPECT_EQ(android::DEAD_OBJECT, callDeadNode(dead));
+    mDriver.threadError = EAGAIN;
+    EXPECT_TRUE(contextThatAnswers() != dead);
+    EXPECT_EQ(0U, mDriver.threads.size());
+    mDriver.threadError = 0;
+    EXPECT_TRUE(mTransport.contextObject() != nullptr);
+    mDriver.runThreads();
+    EXPECT_EQ(1, recipient->deaths());
+}
+
 // It would have reached the next manager, whose handle is the same.
 TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasReleased) {
     const sp<IBinder> dead = contextThatAnswers();

@@ -43,7 +43,7 @@ status_t DriverReference::watch(const wp<BpBinder>& proxy) {
         mCookie = mProcess.deaths.add(proxy);
         CommandBuffer commands;
         commands.addDeath(BC_REQUEST_DEATH_NOTIFICATION, handle(), mCookie);
-        mProcess.device->write(commands);
+        write(commands);
     }
     return OK;
 }
@@ -54,7 +54,7 @@ void DriverReference::unwatch() {
         mProcess.deaths.remove(mCookie);
         CommandBuffer commands;
         commands.addDeath(BC_CLEAR_DEATH_NOTIFICATION, handle(), mCookie);
-        mProcess.device->write(commands);
+        write(commands);
         mCookie = 0;
     }
 }
@@ -79,10 +79,15 @@ void DriverReference::release() {
     CommandBuffer commands;
     commands.addHandle(BC_RELEASE, handle());
     commands.addHandle(BC_DECREFS, handle());
-    mProcess.device->write(commands);
+    write(commands);
     if (untold != nullptr) {
         reportDeath(std::move(untold));
     }
+}
+
+void DriverReference::write(const CommandBuffer& commands) {
+    (void)mThreads.current();  // tells the driver when this thread, which it now knows, ends
+    mProcess.device->write(commands);
 }
 
 // On a thread of its own: the calling thread may hold locks that the recipients take.

@@ -31,6 +31,7 @@ public:
 
 private:
     bool answersPing();
+    void write(const CommandBuffer& commands);
     void reportDeath(sp<BpBinder> proxy);
 
     Process& mProcess;

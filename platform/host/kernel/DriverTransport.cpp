@@ -110,7 +110,8 @@ sp<IBinder> DriverTransport::contextObject() {
     if (transport::refusedAfterFork()) {
         return nullptr;
     }
-    sp<BpBinder> dead;  // destroyed without the lock
+    mProcess.threads.retry();  // a death that waits for a thread is told to whoever looks again
+    sp<BpBinder> dead;         // destroyed without the lock
     {
         Mutex::Autolock held(mLock);
         const sp<IBinder> known = knownContext(&dead);

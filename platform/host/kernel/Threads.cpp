@@ -20,7 +20,9 @@ Threads::Threads(Process& process) : mProcess(process) {
 }
 
 Threads::~Threads() {
-    endThread(pthread_getspecific(mKey));
+    void* last = pthread_getspecific(mKey);
+    (void)pthread_setspecific(mKey, nullptr);
+    endThread(last);
     (void)pthread_key_delete(mKey);  // fails for none that was created
 }
 
