@@ -37,6 +37,13 @@ struct Registered {
     Peer peer = {};
 };
 
+#if VOXTREL_KNOWS_OWNERS
+/// A device's own service manager, written in C, answers what it does not know with -1.
+bool isUnknownQuestion(android::status_t status) {
+    return status == android::UNKNOWN_TRANSACTION || status == android::PERMISSION_DENIED;
+}
+#endif
+
 Registered lookUp(android::IServiceManager& manager, const android::String16& name) {
     Registered found;
 #if VOXTREL_KNOWS_OWNERS
@@ -48,7 +55,7 @@ Registered lookUp(android::IServiceManager& manager, const android::String16& na
         found.peer.user = owned.owner;
         return found;
     }
-    if (status != android::UNKNOWN_TRANSACTION) {
+    if (!isUnknownQuestion(status)) {
         return found;  // a manager that could tell: a service without its owner is not to be
                        // trusted
     }

@@ -25,7 +25,8 @@ struct OwnedService {
 /// device's service manager does not tell.
 /// @param found receives both; untouched on failure.
 /// @return OK; DEAD_OBJECT when there is no service manager; UNKNOWN_TRANSACTION from one that is
-///     too old to tell. Called on: any thread.
+///     too old to tell; what a device's service manager answers to a question it does not know,
+///     which is PERMISSION_DENIED (-1) from those written in C. Called on: any thread.
 status_t findOwnedService(const String16& name, OwnedService& found);
 
 /// The service manager's transaction for it: a name; answered with a binder and, for one that is
