@@ -47,10 +47,9 @@ Seen absentNamesChecked() {
 }
 
 Seen serviceManager() {
-    const sp<android::IServiceManager> manager = android::defaultServiceManager();
-    (void)contextObject();
-    return judged(manager != nullptr,
-                  manager != nullptr ? "there is one, and it answers" : "null, while one answers");
+    // A runtime that waits for one without end is seen by the deadline.
+    const bool isThere = android::defaultServiceManager() != nullptr;
+    return judged(isThere, isThere ? "answers" : "null");
 }
 
 /// The command that starts the service manager anew, as the command line names it.
