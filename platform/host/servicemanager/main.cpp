@@ -53,8 +53,8 @@ bool listenAtDriver(const android::sp<android::Registry>& registry,
                                  "--socket-mode and --socket-group");
         return false;
     }
-    // With one thread, a service's death is dealt with before the look-ups that the driver queued
-    // behind it: who has heard of the death is not given the dead service again.
+    // With one thread, the notice of a service's death is dealt with before the look-ups that the
+    // driver queued behind it.
     driver.setMaxThreads(1);
     return driver.becomeContext(registry);
 }
