@@ -175,6 +175,7 @@ const voxtrel_test::Role kTwice("twice", [](const voxtrel_test::Arguments& argum
 });
 
 TEST_F(TheServiceManager, StaysSoWhenItAsksASecondTime) {
+    mRuntime.killManager();
     const std::string path = mRuntime.socket() + "2";
     ChildProcess twice = ChildProcess::asRole("twice", {path});
     EXPECT_EQ("kept", twice.readLine());
