@@ -96,6 +96,11 @@ bool measureSay(bench::RawBinder& raw) {
         [&] { return bench::wallTime(kCalls, sayBare); });
     bench::report("a full say of the client, against its calls bare", result);
     bench::figure("driver_say_over_raw", result.ratio);
+    const bench::Contest overOne = bench::contest(
+        kRounds, [&] { return bench::wallTime(kCalls, say); },
+        [&] { return bench::wallTime(kCalls, [&] { raw.call(kSmall); }); });
+    bench::report("a full say of the client, against one bare two-way call", overOne);
+    bench::figure("driver_say_over_one_raw_call", overOne.ratio);
     return true;
 }
 
