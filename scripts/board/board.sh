@@ -13,6 +13,10 @@ MACHINE_ICOUNT=shift=1,sleep=off
 PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl)
 TESTS=(ipc_test client_test)
 PROCESS_TESTS=(client_process_test)
+# Of the board's RUNTIME_TESTS, over the driver: what does not look at sockets.
+DRIVER_FILTER='ADeadService.*:TheCaller.*:TheDeathOfAService.*:TheManagersBinder.*:TheServiceManager.*'
+DRIVER_FILTER+=':AReference.*:ACallAcrossProcesses.*-ACallAcrossProcesses.CarriesAtMostSixtyFourBinders'
+DRIVER_FILTER+=':TheServiceManager.DoesNotReplaceAFileThatIsNoSocket:AReference.CostsNothingOnceItHasGone'
 FILTER='*-TheVoiceFilter.SurvivesATextOfMegabytes' # it computes for half a minute, and calls nobody
 
 usage() {
@@ -38,6 +42,11 @@ list_parts() {
         on_board tests_apart "$test@$1" 300 '*' env "${chosen[@]}" "$test"
         PARTS+=("$test@$1")
     done
+    [ "$1" = driver ] || return 0
+    for test in "${RUNTIME_TESTS[@]}"; do
+        on_board tests_apart "$test@$1" 300 "$DRIVER_FILTER" env "${chosen[@]}" "$test"
+        PARTS+=("$test@$1")
+    done
 }
 
 # list_sound_card BUILD: the service plays on a card
@@ -51,7 +60,7 @@ list_sound_card() {
 make_image() {
     local program transport
     start_image || return 1
-    for program in "${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}"; do
+    for program in "${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}" "${RUNTIME_TESTS[@]}"; do
         add_program "$1" "$program" || return 1
     done
     add_folder "$PWD/tests/ipc/golden" && add_speech_data || return 1
@@ -92,7 +101,7 @@ count_results() {
 
 # build_board: what the chosen board runs
 build_board() {
-    local targets=("${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}")
+    local targets=("${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}" "${RUNTIME_TESTS[@]}")
     if [ -n "$SOUND_CARD_TEST" ]; then targets+=("$SOUND_CARD_TEST"); fi
     need_board_root && build_preset "$PRESET" --target "${targets[@]}"
 }
