@@ -18,10 +18,11 @@ using android::Parcel;
 using android::sp;
 using android::status_t;
 using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::milliseconds::rep;
 
 constexpr uint32_t kOneWay = android::IBinder::FLAG_ONEWAY;
 
-long millisecondsSince(Clock::time_point begin) {
+Milliseconds millisecondsSince(Clock::time_point begin) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
 }
 
@@ -90,7 +91,7 @@ Seen twoWayCalls() {
     int32_t answer = 0;
     const Clock::time_point begin = Clock::now();
     const status_t waited = ask(peer.node(), kWait, 100, answer);
-    const long took = millisecondsSince(begin);
+    const Milliseconds took = millisecondsSince(begin);
     const Parcel request;
     Parcel failed;
     const status_t status = peer.node()->transact(kFail, request, &failed, 0);
@@ -110,7 +111,7 @@ Seen oneWayCalls() {
     slow.writeInt32(1000);
     const Clock::time_point begin = Clock::now();
     (void)peer.node()->transact(kNote, slow, &reply, kOneWay);
-    const long took = millisecondsSince(begin);
+    const Milliseconds took = millisecondsSince(begin);
     for (int32_t i = 1; i < kCalls; ++i) {
         (void)note(peer.node(), i, 0);
     }

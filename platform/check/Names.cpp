@@ -14,7 +14,7 @@ using android::sp;
 using Clock = std::chrono::steady_clock;
 using Search = sp<android::IBinder> (android::IServiceManager::*)(const android::String16&) const;
 
-constexpr long kAtOnce = 1000;
+constexpr std::chrono::milliseconds::rep kAtOnce = 1000;
 
 /// The one that answers. Without one there is nothing to see.
 sp<android::IBinder> contextObject() {
@@ -31,7 +31,7 @@ Seen absentName(Search search) {
     const Clock::time_point begin = Clock::now();
     const bool isNull =
         (manager.get()->*search)(android::String16("voxtrel.platform.check.absent")) == nullptr;
-    const long took =
+    const auto took =
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
     const std::string what =
         std::string(isNull ? "null" : "something") + " after " + std::to_string(took) + " ms";

@@ -10,7 +10,7 @@ for subject in boards packages image programs machine; do source "scripts/board/
 
 MACHINE_SECONDS=900 # ten times as much as a board takes, for a busy machine
 MACHINE_ICOUNT=shift=1,sleep=off
-PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl)
+PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl voxtrel-platform-check)
 TESTS=(ipc_test client_test)
 PROCESS_TESTS=(client_process_test)
 # Of the board's RUNTIME_TESTS, over the driver: what does not look at sockets.
@@ -33,7 +33,8 @@ list_parts() {
     if [ "$1" = driver ]; then chosen=(VOXTREL_BINDER_DRIVER=/dev/binder); fi
     on_board part "story@$1" 150 env "${chosen[@]}" /board/story.sh "/tmp/story@$1.wav"
     on_board send_file "/tmp/story@$1.wav"
-    PARTS+=("story@$1")
+    on_board part "platform_check@$1" 150 env "${chosen[@]}" /board/platform_check.sh
+    PARTS+=("story@$1" "platform_check@$1")
     for test in "${TESTS[@]}"; do
         on_board tests "$test@$1" 100 "$FILTER" env "${chosen[@]}" "$test"
         PARTS+=("$test@$1")
@@ -64,7 +65,7 @@ make_image() {
         add_program "$1" "$program" || return 1
     done
     add_folder "$PWD/tests/ipc/golden" && add_speech_data || return 1
-    install scripts/board/{apart,checks,story}.sh "$IMAGE/board" || return 1
+    install scripts/board/{apart,checks,platform_check,story}.sh "$IMAGE/board" || return 1
     PARTS=()
     if [ -n "$SOUND_CARD_TEST" ]; then list_sound_card "$1" || return 1; fi
     for transport in "${TRANSPORTS[@]}"; do list_parts "$transport"; done

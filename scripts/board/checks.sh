@@ -45,3 +45,9 @@ left_with() {
     left=$?
     [ "$left" -eq "$2" ] || { echo "it left with $left"; return 1; }
 }
+
+start_manager() {
+    run_aside manager voxtrel-servicemanager
+    manager=$aside
+    await_logged ready manager
+}

@@ -8,11 +8,6 @@ long="A man in a grey coat stood on the platform and read the timetable once mor
 every line of it. Then it began to rain. He closed his umbrella, smiled, and walked home."
 export VOXTREL_BINDER_SOCKET="$work/binder"
 
-start_manager() {
-    run_aside manager voxtrel-servicemanager
-    manager=$aside
-    await_logged ready manager
-}
 # start_service SINK...: in the way of a loudspeaker, so that a sentence has a middle
 start_service() {
     run_aside service voxtreld --profile "$work/voxtrel.ini" --real-time --sink "$@"
