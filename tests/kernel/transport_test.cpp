@@ -214,6 +214,17 @@ TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasReleased) {
     mDriver.runThreads();
 }
 
+TEST_F(TheDriversTransport, AsksNoNextManagerForTheInterfaceOfOneOfWhoseDeathItHasRead) {
+    const sp<IBinder> dead = contextThatAnswers();
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_DEAD_BINDER}, deathRequest().cookie));
+    mDriver.willRead(bytesOf(kNoop));
+    mTransport.serveForever();
+    EXPECT_TRUE(contextThatAnswers() != dead);
+    mDriver.written.clear();
+    EXPECT_EQ(0U, dead->getInterfaceDescriptor().size());
+    EXPECT_EQ(0U, mDriver.count(BC_TRANSACTION));
+}
+
 TEST_F(TheDriversTransport, TellsALinkToAManagerThatItHasReleasedAsWell) {
     const sp<IBinder> dead = contextThatAnswers();
     EXPECT_EQ(android::DEAD_OBJECT, callDeadNode(dead));
