@@ -62,7 +62,7 @@ const voxtrel_test::Role kAsksAgain("asks-again", [](const voxtrel_test::Argumen
 });
 
 constexpr int kAskers = 16;
-constexpr int kDeaths = voxtrel_test::repeats(30);
+const int kDeaths = voxtrel_test::repeats(30);
 
 class ADeadService : public probe::ProbeTest {
 protected:

@@ -74,7 +74,7 @@ TEST_F(AProcessWithoutAServiceManager, WaitsUntilThereIsOneInTheMannersOfADriver
     const probe::Environment environment("driver", std::to_string(probe::kSeed));
     ChildProcess seeker = ChildProcess::asRoleWithErrors("manager-seeker");
     EXPECT_EQ("binder[" + std::to_string(seeker.pid()) + "]: there is no service manager at " +
-                  mRuntime.socket() + ": waiting for one",
+                  mRuntime.place() + ": waiting for one",
               seeker.readLine());
     mRuntime.startManager();
     EXPECT_EQ("0 services", seeker.readLine());

@@ -117,7 +117,7 @@ private:
 };
 
 TEST_F(AForkedChildThatLetsGo, EndsWhateverLocksItsParentsThreadsHeld) {
-    constexpr int kChildren = voxtrel_test::repeats(400);
+    const int kChildren = voxtrel_test::repeats(400);
     ChildProcess forker = ChildProcess::asRole("locking-forker", {std::to_string(kChildren)});
     for (int child = 0; child < kChildren; ++child) {
         ASSERT_EQ("0", forker.readLine()) << "status of child " << child;

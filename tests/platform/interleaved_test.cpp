@@ -21,7 +21,7 @@ using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
 constexpr int kThreads = 4;
-constexpr int32_t kCalls = voxtrel_test::repeats(3000);
+const int32_t kCalls = voxtrel_test::repeats(3000);
 
 // Of different sizes, which travel in different ways.
 bool note(const sp<IBinder>& node, int32_t caller, int32_t number) {
@@ -86,8 +86,8 @@ TEST_F(OneWayCallsBetweenOthers, KeepTheirOrder) {
     ChildProcess other = ChildProcess::asRole("interleaver");
     EXPECT_EQ(0, wrongCallsOfAll(mNode, 0));
     EXPECT_EQ("0", other.readLine());
-    constexpr int kAll = 2 * kThreads * kCalls;
-    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == kAll; }));
+    const int kAll = 2 * kThreads * kCalls;
+    EXPECT_TRUE(eventually([&] { return probe::ask(mNode, probe::kNotes) == kAll; }));
     Call notes;
     ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
     EXPECT_EQ(kAll, notes.reply.readInt32());

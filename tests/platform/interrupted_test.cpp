@@ -37,9 +37,8 @@ void everyMicroseconds(suseconds_t interval) {
     setitimer(ITIMER_REAL, &when, nullptr);
 }
 
-constexpr int kSmallCalls = voxtrel_test::repeats(5000);
-constexpr suseconds_t kShower =
-    200 * (5000 / kSmallCalls);  // a call that takes longer gets no more
+const int kSmallCalls = voxtrel_test::repeats(5000);
+const suseconds_t kShower = 200 * (5000 / kSmallCalls);  // a call that takes longer gets no more
 
 // How many calls of each kind went wrong.
 int wrongSmallCalls(const sp<IBinder>& node, int32_t count) {

@@ -103,7 +103,7 @@ protected:
 };
 
 TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderOfOneWayCalls) {
-    constexpr int kCount = voxtrel_test::repeats(20000);
+    const int kCount = voxtrel_test::repeats(20000);
     ChildProcess caller =
         ChildProcess::asRole("forgetful", {probe::kName, std::to_string(kCount), "pool"});
     ASSERT_EQ(std::to_string(kCount), caller.readLine());
@@ -111,14 +111,14 @@ TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderOfOneWayCalls) {
 }
 
 TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWhileAnotherThreadLetsGoOfTheOldOne) {
-    constexpr int kCount = voxtrel_test::repeats(20000);
+    const int kCount = voxtrel_test::repeats(20000);
     ChildProcess caller = ChildProcess::asRole("forgetful-threads", {std::to_string(kCount)});
     ASSERT_EQ(std::to_string(kCount), caller.readLine());
     expectInOrder(kCount);
 }
 
 TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWithoutAThreadPoolAndHoldsNoSockets) {
-    constexpr int kCount = voxtrel_test::repeats(5000);
+    const int kCount = voxtrel_test::repeats(5000);
     ChildProcess caller =
         ChildProcess::asRole("forgetful", {probe::kName, std::to_string(kCount), "no pool"});
     ASSERT_EQ(std::to_string(kCount), caller.readLine());
@@ -127,7 +127,7 @@ TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWithoutAThreadPoolAndHoldsNoSocket
 }
 
 TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderWhenAThirdProcessGivesIt) {
-    constexpr int kCount = voxtrel_test::repeats(5000);
+    const int kCount = voxtrel_test::repeats(5000);
     ChildProcess keeper = ChildProcess::asRole("server", {"keeper"});
     ASSERT_EQ("ready", keeper.readLine());
     Call keep;

@@ -24,6 +24,11 @@ PrivateRuntime::~PrivateRuntime() {
     rmdir(mFolder.c_str());
 }
 
+std::string PrivateRuntime::place() const {
+    const char* driver = getenv("VOXTREL_BINDER_DRIVER");
+    return driver != nullptr ? driver : socket();
+}
+
 void PrivateRuntime::killManager() {
     mManager.reset();
 }

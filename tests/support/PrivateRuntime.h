@@ -21,6 +21,9 @@ public:
 
     const std::string& folder() const { return mFolder; }
     std::string socket() const { return mFolder + "/binder"; }
+    /// Where it is looked for: at the socket, or at the device of the driver that
+    /// $VOXTREL_BINDER_DRIVER names.
+    std::string place() const;
     ChildProcess& manager() { return *mManager; }
     void killManager();
     void startManager();

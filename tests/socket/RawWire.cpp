@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 
 #include <poll.h>
 #include <sys/socket.h>

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 
 #include "socket/SocketPath.h"
 #include "tests/platform/ProbeTest.h"
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 #include "tests/support/TempFolder.h"
 
 // The thread sanitizer keeps a thread of its own, with which no user namespace can be entered;

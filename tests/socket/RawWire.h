@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_TESTS_PLATFORM_RAWWIRE_H
-#define VOXTREL_TESTS_PLATFORM_RAWWIRE_H
+#ifndef VOXTREL_TESTS_SOCKET_RAWWIRE_H
+#define VOXTREL_TESTS_SOCKET_RAWWIRE_H
 
 #include <cstdint>
 #include <string>

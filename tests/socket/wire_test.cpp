@@ -10,7 +10,7 @@
 #include <cstring>
 
 #include "socket/Message.h"
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/platform/ProbeTest.h"
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 
 namespace {
 

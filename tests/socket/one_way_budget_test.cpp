@@ -8,7 +8,7 @@
 #include <string>
 
 #include "tests/platform/Manners.h"
-#include "tests/platform/RawWire.h"
+#include "tests/socket/RawWire.h"
 
 namespace {
 
