@@ -5,14 +5,9 @@
 namespace voxtrel_test {
 
 /// How often a test does what it watches: as often as it says in a native build, and an eighth of
-/// that where a sanitizer or an emulator makes each instruction cost many.
-constexpr int repeats(int natively) {
-#ifdef VOXTREL_TESTS_RUN_SLOWLY
-    return (natively + 7) / 8;
-#else
-    return natively;
-#endif
-}
+/// that where each instruction costs many: in a build for a sanitizer or an emulator, and where
+/// $VOXTREL_TESTS_RUN_SLOWLY is set, as it is on an emulated board.
+int repeats(int natively);
 
 }  // namespace voxtrel_test
 
