@@ -24,6 +24,9 @@ public:
     /// Where it is looked for: at the socket, or at the device of the driver that
     /// $VOXTREL_BINDER_DRIVER names.
     std::string place() const;
+    /// Lets every user ask the manager. Over the driver that is the device's matter. False if that
+    /// failed.
+    bool admitOthers() const;
     ChildProcess& manager() { return *mManager; }
     void killManager();
     void startManager();
