@@ -13,12 +13,12 @@ choose_board() {
             LIBRARY_ROOT= # this machine's own
             EMULATOR=(qemu-system-x86_64 -cpu max)
             BOARD_PACKAGES=(busybox-static libasound2-data)
-            SOUND_CARD_TEST=sound_card_test RUNTIME_TESTS=(platform_test)
+            SOUND_CARD_TEST=sound_card_test
             ;;
         arm)
             ARCHITECTURE=armhf TRIPLET=arm-linux-gnueabihf KERNEL_PACKAGE=linux-image-armmp
             LOADER=/lib/ld-linux-armhf.so.3 STRIP=arm-linux-gnueabihf-strip CONSOLE=ttyAMA0
-            PRESET=board_arm SOUND_CARD_TEST= RUNTIME_TESTS=()
+            PRESET=board_arm SOUND_CARD_TEST=
             LIBRARY_ROOT=$BOARD_ROOT
             EMULATOR=(qemu-system-arm -M "virt,highmem=off" -cpu cortex-a15)
             BOARD_PACKAGES=(busybox-static libstdc++6 libespeak-ng-dev libsndfile1-dev libasound2-dev
