@@ -35,7 +35,7 @@ tests_apart() {
 list_tests() {
     tests_name=$1 tests_seconds=$2 tests_filter=--gtest_filter=$3
     shift 3
-    part "list of $tests_name" 60 "$@" "$tests_filter" --gtest_list_tests
+    part "list of $tests_name" 300 "$@" "$tests_filter" --gtest_list_tests
 }
 
 # send_file FILE: brings it to the machine that runs the board, under its own name
