@@ -51,7 +51,7 @@ for folder in "${folders[@]}"; do add_folder "$folder"; done
 printf 'part program %s %s\n' "$seconds" "$(printf '%q ' env "${environment[@]}" "$program" "$@")" >"$IMAGE/board/list"
 pack_image
 
-console=$BOARD_FOLDER/console
+console=$BOARD_FOLDER/run.console # another than that of a ./dev board beside it
 # Its clock may be slower than ours. Whether it went well is seen by what is there.
 { run_machine $((seconds * 5 + 300)) || true; } | tee "$console" |
     sed -u -n '/^#board begin program$/,/^#board end program /{/^#board /!p}'
