@@ -41,8 +41,11 @@ void PrivateRuntime::killManager() {
 
 void PrivateRuntime::startManager() {
     mManager = std::make_unique<ChildProcess>(std::vector<std::string>{mProgram});
-    (void)eventually(
-        [] { return android::ProcessState::self()->getContextObject(nullptr) != nullptr; });
+    // Before the death of one that was killed has been told, its reference is still given out.
+    (void)eventually([] {
+        const auto manager = android::ProcessState::self()->getContextObject(nullptr);
+        return manager != nullptr && manager->pingBinder() == android::OK;
+    });
 }
 
 }  // namespace voxtrel_test
