@@ -11,7 +11,7 @@ for subject in boards packages image programs machine; do source "scripts/board/
 MACHINE_SECONDS=3600 # a busy machine may take ten times as long; what hangs is ended on the board
 MACHINE_ICOUNT=shift=1,sleep=off
 SLOWER=1 # than a quiet machine the board's clock may be: parts may take so many times as long
-PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl voxtrel-platform-check)
+PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl voxtrel-platform-check foreign_peer foreign_peer_test)
 TESTS=(ipc_test client_test)
 PROCESS_TESTS=(client_process_test)
 RUNTIME_TESTS=(platform_test) # over the driver; every build runs them over sockets
@@ -42,6 +42,8 @@ list_parts() {
         PARTS+=("$test@$1")
     done
     [ "$1" = driver ] || return 0
+    on_board tests "foreign_peer_test@$1" $((100 * SLOWER)) '*' env "${chosen[@]}" foreign_peer_test
+    PARTS+=("foreign_peer_test@$1")
     for test in "${RUNTIME_TESTS[@]}"; do
         on_board tests_apart "$test@$1" $((300 * SLOWER)) '*' env "${chosen[@]}" "$test"
         PARTS+=("$test@$1")
