@@ -42,7 +42,7 @@ list_parts() {
         PARTS+=("$test@$1")
     done
     [ "$1" = driver ] || return 0
-    on_board tests "foreign_peer_test@$1" $((100 * SLOWER)) '*' env "${chosen[@]}" foreign_peer_test
+    on_board tests "foreign_peer_test@$1" $((300 * SLOWER)) '*' env "${chosen[@]}" foreign_peer_test
     PARTS+=("foreign_peer_test@$1")
     for test in "${RUNTIME_TESTS[@]}"; do
         on_board tests_apart "$test@$1" $((300 * SLOWER)) '*' env "${chosen[@]}" "$test"

@@ -15,12 +15,18 @@ bool beginsWith(const std::string& line, const std::string& beginning) {
 
 }  // namespace
 
-ForeignPeer::ForeignPeer() : mProcess({VOXTREL_FOREIGN_PEER, android::binderDriver()}) {}
+ForeignPeer::ForeignPeer()
+    : ForeignPeer(ChildProcess::Words{VOXTREL_FOREIGN_PEER, android::binderDriver()}) {}
+
+ForeignPeer ForeignPeer::ofNobody() {
+    return ForeignPeer({VOXTREL_FOREIGN_PEER, android::binderDriver(), std::to_string(kNobody)});
+}
 
 std::string ForeignPeer::ask(const std::string& line) {
-    if (!mProcess.say(line)) {
-        return "";
-    }
+    return begin(line) ? answer() : "";
+}
+
+std::string ForeignPeer::answer() {
     for (;;) {
         const std::string heard = mProcess.readLine();
         if (heard.empty() || beginsWith(heard, "= ")) {

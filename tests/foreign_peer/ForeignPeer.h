@@ -15,9 +15,15 @@ namespace voxtrel_test {
 class ForeignPeer {
 public:
     ForeignPeer();
+    /// Of another user, `nobody`.
+    static ForeignPeer ofNobody();
+    static constexpr int kNobody = 65534;
 
     /// Its answer to one line.
     std::string ask(const std::string& line);
+    /// The same in two steps, for what it waits for meanwhile.
+    bool begin(const std::string& line) { return mProcess.say(line); }
+    std::string answer();
     /// The first line that begins like this of what it has told aside of its answers, with what
     /// precedes it taken off; waits for it. Empty: it did not come.
     std::string event(const std::string& beginning);
@@ -34,6 +40,8 @@ public:
     void killNow() { mProcess.killNow(); }
 
 private:
+    explicit ForeignPeer(const ChildProcess::Words& command) : mProcess(command) {}
+
     ChildProcess mProcess;
     std::list<std::string> mEvents;
 };

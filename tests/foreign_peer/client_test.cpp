@@ -83,6 +83,30 @@ TEST_F(AForeignClient, OfALaterAgeIsToldItAsWell) {
     EXPECT_NE("", mClient.event("called 7 1 one-way pid 0 uid 0: i:2 i:42 i:0"));
 }
 
+TEST_F(AForeignClient, OfAnotherUserIsNotAdmitted) {
+    ForeignPeer other = ForeignPeer::ofNobody();
+    ASSERT_EQ(mHandle, other.await(kSpeechService));
+    EXPECT_EQ("reply i:-10", registerNode(other, "n:7"));
+}
+
+// The contract has no tokens: the words of one are read as arguments, and it is no process's
+// number.
+TEST_F(AForeignClient, ThatBeginsARequestWithATokenIsRefused) {
+    const std::string token = std::string("i:-2147483644 s:") + kSpeechService;
+    EXPECT_EQ("reply i:-10",
+              call(mClient, kRegisterCallback, "0 i " + token + ' ' + mClient.pidItem() + " n:7"));
+    EXPECT_EQ("sent", call(mClient, kSay, "1 - " + token + ' ' + mClient.pidItem()));
+    EXPECT_EQ(kHasRegistered, registerNode(mClient, "n:7"));
+}
+
+TEST_F(AForeignClient, ThatCutsARequestShortDoesNoHarm) {
+    EXPECT_EQ("reply i:-10", call(mClient, kRegisterCallback, "0 i"));
+    EXPECT_EQ("reply i:-3", call(mClient, kRegisterCallback, "0 i " + mClient.pidItem()));
+    EXPECT_EQ("sent", call(mClient, kSay, "1 -"));
+    EXPECT_EQ("sent", call(mClient, kSay, "1 - " + mClient.pidItem() + " i:1"));
+    EXPECT_EQ(kHasRegistered, registerNode(mClient, "n:7"));
+}
+
 TEST_F(AForeignClient, HasItsNodeBackWhenItDeregisters) {
     EXPECT_EQ(kHasRegistered, registerNode(mClient, "n:7"));
     EXPECT_EQ("reply i:0", call(mClient, kDeregisterCallback, "0 i " + mClient.pidItem()));

@@ -66,8 +66,50 @@ TEST_F(AForeignHolder, IsKnownByItsProcessAndUser) {
               call(probe::kWho, "0 iii"));
 }
 
+TEST_F(AForeignHolder, OfAnotherUserIsKnownByThat) {
+    ForeignPeer other = ForeignPeer::ofNobody();
+    const std::string handle = other.await(probe::kName);
+    EXPECT_EQ("reply " + other.pidItem() + " i:65534 i:" + std::to_string(mServer.pid()),
+              call(other, handle, probe::kWho, "0 iii"));
+}
+
+TEST_F(AForeignHolder, IsRefusedADescriptorInARequest) {
+    EXPECT_EQ("failed", call(probe::kEcho, "0 - d:0"));
+    EXPECT_EQ("reply", mHolder.ask("call " + mHandle + kPing));
+}
+
+TEST_F(AForeignHolder, GivesNoObjectWithAWeakOne) {
+    EXPECT_EQ("reply", call(probe::kKeep, "0 - w:5"));
+    EXPECT_EQ("reply 0", call(probe::kGive, "0 b"));
+}
+
 TEST_F(AForeignHolder, ReadsTheStatusOfACallThatFails) {
     EXPECT_EQ("status -42", call(probe::kFail, "0 -"));
+}
+
+TEST_F(AForeignHolder, IsToldWhereThereIsNoRoom) {
+    EXPECT_EQ("failed", call(probe::kEcho, "0 - z:1048576")) << "in our mapping";
+    EXPECT_EQ("failed", call(probe::kBig, "0 - i:300000")) << "in its own, for the reply";
+    EXPECT_EQ("reply +200000", call(probe::kEcho, "0 - z:200000"));
+}
+
+TEST_F(AForeignHolder, MayDieWhileItWaitsForAReply) {
+    ForeignPeer dying;
+    const std::string handle = dying.await(probe::kName);
+    EXPECT_TRUE(dying.begin("call " + handle + ' ' + std::to_string(probe::kBlock) + " 0 -"));
+    EXPECT_TRUE(eventually([this] { return call(probe::kBlocked, "0 i") == "reply i:1"; }));
+    dying.killNow();
+    EXPECT_EQ("reply", call(probe::kUnblock, "0 -"));
+    EXPECT_TRUE(eventually([this] { return call(probe::kBlocked, "0 i") == "reply i:0"; }));
+}
+
+TEST_F(AForeignHolder, IsToldOfTheDeathWhileItWaitsForAReply) {
+    ForeignPeer waiting;
+    const std::string handle = waiting.await(probe::kName);
+    EXPECT_TRUE(waiting.begin("call " + handle + ' ' + std::to_string(probe::kBlock) + " 0 -"));
+    EXPECT_TRUE(eventually([this] { return call(probe::kBlocked, "0 i") == "reply i:1"; }));
+    mServer.killNow();
+    EXPECT_EQ("dead", waiting.answer());
 }
 
 TEST_F(AForeignHolder, SendsOneWayCallsThatArriveInOrder) {

@@ -29,7 +29,9 @@ protected:
 
     void SetUp() override { ASSERT_EQ("reply i:0", add("first", "n:1 i:0")); }
     // It is none the worse for anything.
-    void TearDown() override { EXPECT_EQ("reply n:1", mPeer.askManager(kCheckService, "b", "s:first")); }
+    void TearDown() override {
+        EXPECT_EQ("reply n:1", mPeer.askManager(kCheckService, "b", "s:first"));
+    }
 
     std::string add(const std::string& name, const std::string& items) {
         return mPeer.askManager(kAddService, "i", "s:" + name + ' ' + items);
@@ -41,6 +43,11 @@ protected:
 
 TEST_F(ARequestToTheServiceManager, MayHaveAStrictModePolicy) {
     EXPECT_EQ("reply n:1", find(std::string(kPolicy) + ' ' + kInterface16 + " s:first"));
+}
+
+TEST_F(ARequestToTheServiceManager, IsAnsweredWithoutTheStabilityOfALaterAge) {
+    EXPECT_EQ("reply n:1 -", mPeer.askManager(kCheckService, "bi", "s:first"));
+    EXPECT_EQ("reply 0 -", mPeer.askManager(kCheckService, "bi", "s:unknown"));
 }
 
 TEST_F(ARequestToTheServiceManager, IsRefusedWithTheWorkSourceOfALaterAge) {
@@ -69,6 +76,12 @@ TEST_F(ARequestToTheServiceManager, IsRefusedWhereverItIsCutShort) {
     EXPECT_EQ(kBadValue, add("second", "0 i:0"));
     EXPECT_EQ(kBadValue, add("second", "i:1 i:2 i:3 i:4 i:5 i:6"));
     EXPECT_EQ("", mPeer.find("second"));
+}
+
+TEST_F(ARequestToTheServiceManager, IsRefusedForANameOfAnotherUsersService) {
+    ForeignPeer other = ForeignPeer::ofNobody();
+    EXPECT_EQ("reply i:-1", other.askManager(kAddService, "i", "s:first n:2 i:0"));
+    EXPECT_EQ("reply i:0", other.askManager(kAddService, "i", "s:second n:2 i:0"));
 }
 
 TEST_F(ARequestToTheServiceManager, IsAnsweredUnknownTransactionForAnUnknownCode) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <memory>
+#include <thread>
 
 #include "tests/foreign_peer/ForeignPeer.h"
 #include "tests/platform/Probe.h"
@@ -22,7 +23,7 @@ using probe::Call;
 
 constexpr const char* kName = "foreign";
 // Of the peer's nodes.
-enum Code : uint32_t { kNotify = 1, kNest = 7, kSum = 10, kFail = 11 };
+enum Code : uint32_t { kNotify = 1, kNest = 7, kSum = 10, kFail = 11, kHang = 12 };
 
 std::unique_ptr<PrivateRuntime> gRuntime;
 
@@ -102,6 +103,22 @@ TEST_P(AForeignService, CallsBackLater) {
     const std::string handle = called.substr(called.rfind(':') + 1);
     EXPECT_EQ("reply " + mService.pidItem() + " i:0 i:" + std::to_string(getpid()),
               mService.ask("call " + handle + ' ' + std::to_string(probe::kWho) + " 0 iii"));
+}
+
+TEST_P(AForeignService, HasNoRoomForMoreThanItsMapping) {
+    Call call;
+    (void)call.data.writeInplace(size_t{300} * 1024);
+    EXPECT_EQ(android::FAILED_TRANSACTION, call.to(mNode, kNotify));
+    EXPECT_EQ(OK, mNode->pingBinder());
+}
+
+TEST_P(AForeignService, ThatDiesInACallEndsItForTheCaller) {
+    android::status_t status = OK;
+    std::thread caller([&] { status = Call().to(mNode, kHang); });
+    EXPECT_NE("", mService.event("called 1 12"));
+    mService.killNow();
+    caller.join();
+    EXPECT_EQ(android::DEAD_OBJECT, status);
 }
 
 TEST_P(AForeignService, IsMissedWhenItDies) {

@@ -49,14 +49,25 @@ void Image::object(uint32_t type, uint64_t value) {
     raw(&one, sizeof(one));
 }
 
-void Image::node(uint64_t number) {
+void Image::known(uint32_t type, uint64_t value) {
     offsets.push_back(bytes.size());
-    object(BINDER_TYPE_BINDER, number);
+    object(type, value);
+}
+
+void Image::node(uint64_t number) {
+    known(BINDER_TYPE_BINDER, number);
 }
 
 void Image::handle(uint32_t number) {
-    offsets.push_back(bytes.size());
-    object(BINDER_TYPE_HANDLE, number);
+    known(BINDER_TYPE_HANDLE, number);
+}
+
+void Image::weakNode(uint64_t number) {
+    known(BINDER_TYPE_WEAK_BINDER, number);
+}
+
+void Image::descriptor(uint32_t number) {
+    known(BINDER_TYPE_FD, number);
 }
 
 void Image::noObject() {

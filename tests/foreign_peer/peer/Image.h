@@ -18,6 +18,7 @@ struct Image {
 
     void int32(int32_t value);
     void float32(float value);
+    void zeros(size_t count) { bytes.resize(bytes.size() + count); }
     /// With its terminator.
     void text(const std::string& value);
     /// Length in units, the units, one of zero; `value` is ASCII.
@@ -25,6 +26,9 @@ struct Image {
     /// A node of this process.
     void node(uint64_t number);
     void handle(uint32_t number);
+    /// Of an object of this process, without a count that keeps it.
+    void weakNode(uint64_t number);
+    void descriptor(uint32_t number);
     /// A flat object that is none: the driver is told nothing of it.
     void noObject();
 
@@ -34,6 +38,7 @@ struct Image {
 private:
     void raw(const void* value, size_t size);
     void object(uint32_t type, uint64_t value);
+    void known(uint32_t type, uint64_t value);
 };
 
 /// Reads an image from its beginning. Nothing: it ends before, or has something else there.

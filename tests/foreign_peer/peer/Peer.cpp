@@ -41,7 +41,7 @@ Answer Peer::call(uint32_t handle, uint32_t code, uint32_t flags, const Image& d
     binder_transaction_data transaction = describe(data);
     transaction.target.handle = handle;
     transaction.code = code;
-    transaction.flags = flags;
+    transaction.flags = flags | TF_ACCEPT_FDS;
     mDriver.queue(BC_TRANSACTION, transaction);
     return await((flags & TF_ONE_WAY) != 0);
 }

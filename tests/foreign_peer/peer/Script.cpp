@@ -24,6 +24,12 @@ void add(const std::string& word, Image* image) {
             return image->node(std::stoull(value));
         case 'h':
             return image->handle(static_cast<uint32_t>(std::stoul(value)));
+        case 'w':
+            return image->weakNode(std::stoull(value));
+        case 'd':
+            return image->descriptor(static_cast<uint32_t>(std::stoul(value)));
+        case 'z':
+            return image->zeros(std::stoul(value));
         default:
             return image->noObject();
     }

@@ -14,8 +14,8 @@ using Words = std::vector<std::string>;
 Words wordsOf(const std::string& line);
 
 /// An image from words: i:5 an int32, f:0.5 a float, c:text bytes with a terminator, s:text 16-bit
-/// units with their length, n:1 a node of this process, h:1 a handle, 0 no object. An underscore in
-/// a text stands for a space.
+/// units with their length, n:1 a node of this process, w:1 the same weakly, h:1 a handle, d:1 a
+/// descriptor, 0 no object, z:8 so many bytes of zero. An underscore in a text stands for a space.
 Image imageOf(const Words& words, size_t first);
 
 /// The words of an image; `layout` has one letter each: i, f, c, s, or b for an object. What is not

@@ -43,6 +43,7 @@ enum TestCode : uint32_t {
     kNest = 7,    ///< object, int32 depth: asks it the same with depth - 1 -> int32 calls made
     kSum = 10,    ///< int32 a, b -> int32 a + b
     kFail = 11,   ///< -> status -42
+    kHang = 12,   ///< does not return
 };
 
 class Program {
@@ -101,6 +102,10 @@ Outgoing Program::serveNode(const Incoming& call) {
             return nest(call);
         case kFail:
             return {-42, {}};
+        case kHang:
+            for (;;) {
+                pause();
+            }
         default:
             return {kUnknownTransaction, {}};
     }
@@ -189,9 +194,13 @@ int Program::run() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: foreign_peer DEVICE\n");
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: foreign_peer DEVICE [UID]\n");
         return 2;
+    }
+    if (argc > 2 && setuid(static_cast<uid_t>(std::stoul(argv[2]))) != 0) {
+        std::perror("setuid");
+        return 1;
     }
     return Program(argv[1]).run();
 }
