@@ -49,6 +49,10 @@ void FakeDriver::runThreads() {
 }
 
 int FakeDriver::ioctl(int /*fd*/, unsigned long request, void* argument) {
+    if (request != BINDER_WRITE_READ && requestInterruptions > 0) {
+        --requestInterruptions;
+        return fail(EINTR);
+    }
     switch (request) {
         case BINDER_VERSION:
             static_cast<binder_version*>(argument)->protocol_version = version;

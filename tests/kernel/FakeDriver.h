@@ -85,6 +85,8 @@ public:
     /// So many transfers are interrupted once their commands have been taken, before anything is
     /// read.
     int interruptions = 0;
+    /// So many of the other requests are interrupted, too.
+    int requestInterruptions = 0;
 
 private:
     int transfer(binder_write_read* transfer);

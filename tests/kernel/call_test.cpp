@@ -82,10 +82,50 @@ TEST_F(ACallOverTheDriver, WhoseReplyIsLostWasSent) {
 TEST_F(ACallOverTheDriver, FailsWhenTheDriverRefusesIt) {
     for (const uint32_t refusal : {BR_FAILED_REPLY, BR_FROZEN_REPLY}) {
         mDriver.willRead(bytesOf(kNoop, refusal));
+        mDriver.willRead(bytesOf(kNoop));
         const DriverThread::Result result = call(nullptr);
         EXPECT_EQ(android::FAILED_TRANSACTION, result.status);
         EXPECT_FALSE(result.isDead);
+        EXPECT_EQ(1U, mDriver.reads.size()) << "there is nothing more to wait for";
+        mDriver.reads.clear();
     }
+}
+
+TEST_F(ACallOverTheDriver, EndsWithTheErrorThatTheDriverGives) {
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_ERROR}, int32_t{-22}));
+    EXPECT_EQ(-22, call(nullptr).status);
+}
+
+TEST_F(ACallOverTheDriver, GivesAnUnknownErrorForAStatusThatIsNotThere) {
+    willReply(delivered({}, TF_STATUS_CODE));
+    EXPECT_EQ(android::UNKNOWN_ERROR, call(nullptr).status);
+}
+
+// Its data has gone by then.
+TEST_F(ACallOverTheDriver, ThatTheDriverDoesNotTakeIsNotWrittenLater) {
+    mDriver.commandsAWrite = 0;
+    EXPECT_EQ(android::FAILED_TRANSACTION, call(nullptr).status);
+    mDriver.commandsAWrite.reset();
+    mThread.flush();
+    EXPECT_EQ(Numbers{}, mDriver.numbers());
+}
+
+TEST_F(ACallOverTheDriver, SetsNoneOfTheRuntimesOwnFlags) {
+    willReply(delivered({}));
+    ASSERT_EQ(android::OK, call(nullptr, TF_STATUS_CODE | TF_ACCEPT_FDS | TF_ROOT_OBJECT).status);
+    EXPECT_EQ(0U, mDriver.last(BC_TRANSACTION).as<binder_transaction_data>().flags);
+}
+
+TEST_F(ACallOverTheDriver, GivesNoBinderForAnObjectOfAnotherKind) {
+    flat_binder_object object = android::kernel::flatHandle(3);
+    for (const uint32_t type : {BINDER_TYPE_WEAK_HANDLE, BINDER_TYPE_FD}) {
+        object.hdr.type = type;
+        willReply(deliveredBinder(object));
+        Parcel reply;
+        ASSERT_EQ(android::OK, call(&reply).status);
+        EXPECT_TRUE(reply.readStrongBinder() == nullptr);
+    }
+    EXPECT_EQ(0U, mDriver.count(BC_ACQUIRE));
 }
 
 TEST_F(ACallOverTheDriver, ThatFailsIsLoggedAsNotSentOrAsWithoutReply) {

@@ -98,6 +98,13 @@ TEST_F(TheDriversDevice, IsNotGivenACommandTwiceWhenASignalComes) {
     EXPECT_EQ(uint32_t{BR_NOOP}, one.command());
 }
 
+TEST_F(TheDriversDevice, IsAskedAgainWhenASignalComes) {
+    const std::unique_ptr<Device> device = opened();
+    mDriver.requestInterruptions = 2;
+    EXPECT_EQ(0, device->setMaxThreads(7));
+    EXPECT_EQ(7U, mDriver.maxThreads);
+}
+
 CommandBuffer threeCommands() {
     CommandBuffer commands;
     commands.addHandle(BC_INCREFS, 5);

@@ -68,6 +68,69 @@ TEST_F(ANodeOfThisProcess, IsLetGoOnlyWhenTheReplyIsThere) {
     EXPECT_TRUE(watched.promote() == nullptr);
 }
 
+// The driver would refuse what its destructor calls.
+TEST_F(ANodeOfThisProcess, IsNotLetGoInANestedCallEither) {
+    sp<BBinder> node = new BBinder();
+    const android::wp<BBinder> watched(node);
+    const binder_ptr_cookie words = wordsOf(*node);
+    const sp<Scripted> nested = new Scripted([&](const Parcel&, Parcel*) {
+        EXPECT_TRUE(watched.promote() != nullptr);
+        EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
+        EXPECT_TRUE(watched.promote() != nullptr);
+        return android::OK;
+    });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+    mDriver.reads.emplace_back([&] {
+        node.clear();
+        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words,
+                       uint32_t{BR_TRANSACTION}, callTo(*nested, delivered({})));
+    });
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, delivered({})));
+    EXPECT_EQ(android::OK, call(nullptr).status);
+    EXPECT_TRUE(mDriver.reads.empty());
+    EXPECT_TRUE(watched.promote() == nullptr);
+}
+
+TEST_F(ANodeOfThisProcess, IsLetGoByAThreadThatServesNoLonger) {
+    serve();
+    sp<BBinder> node = new BBinder();
+    const android::wp<BBinder> watched(node);
+    const binder_ptr_cookie words = wordsOf(*node);
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+    mDriver.reads.emplace_back([&node, words] {
+        node.clear();
+        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
+    });
+    EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
+    EXPECT_TRUE(watched.promote() == nullptr);
+}
+
+TEST_F(ANodeOfThisProcess, ThatIsTheManagersHasNoAddressAndIsAnsweredAllTheSame) {
+    const binder_ptr_cookie none = {0, 0};
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, none, uint32_t{BR_ACQUIRE}, none));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_RELEASE}, none, uint32_t{BR_DECREFS}, none));
+    serve();
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_INCREFS_DONE, BC_ACQUIRE_DONE}), mDriver.numbers());
+}
+
+TEST_F(ANodeOfThisProcess, IsNotCalledWhenItIsBeingDestroyed) {
+    sp<Scripted> node = new Scripted([](const Parcel&, Parcel*) { return android::OK; });
+    const android::wp<Scripted> watched(node);  // as the driver, which has a weak count yet
+    const binder_transaction_data late = callTo(*node, delivered({}));
+    node.clear();
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, late));
+    mDriver.reads.emplace_back([this] {
+        const auto sent = mDriver.last(BC_REPLY).as<binder_transaction_data>();
+        EXPECT_EQ(uint32_t{TF_STATUS_CODE}, sent.flags);
+        EXPECT_EQ(android::UNKNOWN_TRANSACTION,
+                  *android::kernel::toPointer<const int32_t>(sent.data.ptr.buffer));
+        return bytesOf(kNoop, kComplete);
+    });
+    serve();
+    EXPECT_TRUE(mDriver.reads.empty());
+}
+
 TEST_F(ANodeOfThisProcess, IsLetGoBeforeTheCallThatWasReadBehindIt) {
     sp<BBinder> node = new BBinder();
     const android::wp<BBinder> watched(node);

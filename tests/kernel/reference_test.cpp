@@ -68,6 +68,12 @@ TEST_F(AReferenceOverTheDriver, TellsOfTheEndOfAThreadThatOnlyLinkedOrLetGo) {
     EXPECT_EQ(uint32_t{BC_DECREFS}, mDriver.numbers().back());
 }
 
+TEST_F(AReferenceOverTheDriver, FreesTheBufferOfAReplyAtTheLatestWhenTheThreadEnds) {
+    willReply(delivered({1}));
+    std::thread([this] { EXPECT_EQ(android::OK, callProxy(nullptr)); }).join();
+    EXPECT_EQ((Numbers{BC_TRANSACTION, BC_FREE_BUFFER}), mDriver.numbers());
+}
+
 // Only the thread that served the call has ended.
 TEST_F(AReferenceOverTheDriver, GoesOnWhenAReplyIsLostAndAPingIsTaken) {
     mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_DEAD_REPLY}));

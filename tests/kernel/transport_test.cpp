@@ -2,10 +2,13 @@
 #include "kernel/DriverTransport.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <thread>
+#include <utility>
 
 #include "tests/kernel/OverTheDriver.h"
 
@@ -100,6 +103,36 @@ TEST_F(TheLoopersOfTheDriver, BeginWithOneThatIsTriedAgain) {
     EXPECT_EQ(1U, mDriver.threads.size());
 }
 
+// The node's next one-way call waits until the buffer is freed.
+TEST_F(TheLoopersOfTheDriver, AreReplacedWhenAnImplementationEndsItsThreadInACall) {
+    ASSERT_TRUE(mTransport.becomeContext(
+        new Scripted([](const Parcel&, Parcel*) -> android::status_t { pthread_exit(nullptr); })));
+    mTransport.startThreads();
+    ASSERT_EQ(1U, mDriver.threads.size());
+    binder_transaction_data toContext = {};
+    toContext.code = 1;
+    toContext.flags = TF_ONE_WAY;
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, toContext));
+    const auto looper = std::exchange(mDriver.threads, {}).front();
+    std::thread(looper).join();
+    EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_FREE_BUFFER}), mDriver.numbers());
+    EXPECT_EQ(1, mDriver.threadExits);
+    ASSERT_EQ(1U, mDriver.threads.size());
+    mDriver.runThreads();
+    EXPECT_EQ(uint32_t{BC_ENTER_LOOPER}, mDriver.numbers().back());
+}
+
+TEST_F(TheLoopersOfTheDriver, AreAsManyAsAreSetWithTheFirst) {
+    const std::unique_ptr<android::transport::Transport> opened(
+        DriverTransport::open(mDriver, "/dev/binder"));
+    EXPECT_EQ(15U, mDriver.maxThreads) << "that the driver requests";
+    const std::pair<size_t, uint32_t> cases[] = {{4, 3}, {1, 0}, {0, 0}, {1000, 255}};
+    for (const auto& [set, requested] : cases) {
+        opened->setMaxThreads(set);
+        EXPECT_EQ(requested, mDriver.maxThreads);
+    }
+}
+
 // Calls to the first one were answered as if it did not exist.
 TEST_F(TheDriversTransport, RefusesASecondManagerAndKeepsTheFirst) {
     int served = 0;
@@ -117,6 +150,7 @@ TEST_F(TheDriversTransport, RefusesASecondManagerAndKeepsTheFirst) {
     mDriver.willRead(bytesOf(kNoop, kComplete));
     mTransport.serveForever();
     EXPECT_EQ(1, served);
+    EXPECT_EQ(uint32_t{BC_ENTER_LOOPER}, mDriver.numbers().front());
 }
 
 TEST_F(TheDriversTransport, CanBecomeTheManagerWhenThePlaceIsFreeAgain) {
@@ -212,6 +246,29 @@ TEST_F(TheDriversTransport, TakesNoCallToAManagerThatItHasReleased) {
     EXPECT_EQ(android::DEAD_OBJECT, dead->transact(1, data, nullptr));
     EXPECT_EQ(0U, mDriver.count(BC_TRANSACTION));
     mDriver.runThreads();
+}
+
+// That would have taken the count on the next manager, whose handle is the same.
+TEST_F(TheDriversTransport, ReleasesADeadManagerOnce) {
+    sp<IBinder> dead = contextThatAnswers();
+    EXPECT_EQ(android::DEAD_OBJECT, callDeadNode(dead));
+    const sp<IBinder> next = contextThatAnswers();
+    EXPECT_TRUE(next != dead);
+    EXPECT_EQ(1U, mDriver.count(BC_RELEASE));
+    mDriver.runThreads();
+    dead.clear();
+    EXPECT_EQ(1U, mDriver.count(BC_RELEASE));
+}
+
+TEST_F(TheDriversTransport, WritesWhatIsQueuedWhenItIsFlushed) {
+    const sp<IBinder> context = contextThatAnswers();
+    mTransport.flush();
+    mDriver.written.clear();
+    mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, binder_transaction_data{}));
+    ASSERT_EQ(android::OK, context->pingBinder());
+    EXPECT_EQ((Numbers{BC_TRANSACTION}), mDriver.numbers());
+    mTransport.flush();
+    EXPECT_EQ((Numbers{BC_TRANSACTION, BC_FREE_BUFFER}), mDriver.numbers());
 }
 
 TEST_F(TheDriversTransport, AsksNoNextManagerForTheInterfaceOfOneOfWhoseDeathItHasRead) {
