@@ -76,6 +76,7 @@ board_run() {
     mkdir -p build
     scripts/board/board.sh "$@" | tee build/board.log || status=$?
     count_closing_line build/board.log "$status"
+    pass_if "every source compiles for 32-bit ARM" scripts/arm_sources.sh
 }
 
 # With one processor and a clock of instructions hardly anything happens at once.

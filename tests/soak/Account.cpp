@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    using Key = std::pair<unsigned, unsigned long>;
+    using Key = std::pair<unsigned, uint64_t>;
 
     void take(const std::string& line) {
         std::istringstream words(line);

@@ -9,7 +9,7 @@
 namespace soak {
 namespace {
 
-std::string words(unsigned client, unsigned long number) {
+std::string words(unsigned client, uint64_t number) {
     return " " + std::to_string(client) + " " + std::to_string(number);
 }
 
@@ -26,19 +26,19 @@ Ledger::~Ledger() {
     close(mFile);
 }
 
-void Ledger::said(unsigned client, unsigned long number) {
+void Ledger::said(unsigned client, uint64_t number) {
     write("said" + words(client, number));
 }
 
-void Ledger::ended(unsigned client, unsigned long number, const Ending& ending) {
+void Ledger::ended(unsigned client, uint64_t number, const Ending& ending) {
     write("ended" + words(client, number) + words(ending));
 }
 
-void Ledger::endedWithItsClient(unsigned client, unsigned long number, const Ending& ending) {
+void Ledger::endedWithItsClient(unsigned client, uint64_t number, const Ending& ending) {
     write("closed" + words(client, number) + words(ending));
 }
 
-void Ledger::differs(unsigned client, unsigned long number) {
+void Ledger::differs(unsigned client, uint64_t number) {
     write("differs" + words(client, number));
 }
 

@@ -2,6 +2,7 @@
 #ifndef VOXTREL_TESTS_SOAK_LEDGER_H
 #define VOXTREL_TESTS_SOAK_LEDGER_H
 
+#include <cstdint>
 #include <string>
 
 namespace soak {
@@ -27,14 +28,14 @@ public:
     Ledger(const Ledger&) = delete;
     Ledger& operator=(const Ledger&) = delete;
 
-    void said(unsigned client, unsigned long number);
+    void said(unsigned client, uint64_t number);
 
     /// An event told of the outcome, or only the handle did when the client had ended.
-    void ended(unsigned client, unsigned long number, const Ending& ending);
-    void endedWithItsClient(unsigned client, unsigned long number, const Ending& ending);
+    void ended(unsigned client, uint64_t number, const Ending& ending);
+    void endedWithItsClient(unsigned client, uint64_t number, const Ending& ending);
 
     /// Event and handle tell of different outcomes.
-    void differs(unsigned client, unsigned long number);
+    void differs(unsigned client, uint64_t number);
 
     /// A call that took so long beyond its deadline; negative: within it.
     void called(const char* name, long beyondMs);

@@ -5,7 +5,7 @@
 
 namespace soak {
 
-void Utterances::said(unsigned long number, Handle handle) {
+void Utterances::said(uint64_t number, Handle handle) {
     mLedger.said(mClient, number);
     const std::lock_guard<std::mutex> lock(mMutex);
     const auto early = mEarly.find(number);
@@ -17,7 +17,7 @@ void Utterances::said(unsigned long number, Handle handle) {
     mEarly.erase(early);
 }
 
-void Utterances::ended(unsigned long number, const Ending& ending) {
+void Utterances::ended(uint64_t number, const Ending& ending) {
     mLedger.ended(mClient, number, ending);
     const std::lock_guard<std::mutex> lock(mMutex);
     const auto open = mOpen.find(number);
@@ -29,7 +29,7 @@ void Utterances::ended(unsigned long number, const Ending& ending) {
     mOpen.erase(open);
 }
 
-void Utterances::compare(unsigned long number, const Handle& handle, const Ending& ending) {
+void Utterances::compare(uint64_t number, const Handle& handle, const Ending& ending) {
     if (handle() != ending) {
         mLedger.differs(mClient, number);
     }

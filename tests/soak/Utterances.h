@@ -19,10 +19,10 @@ public:
 
     Utterances(Ledger& ledger, unsigned client) : mLedger(ledger), mClient(client) {}
 
-    void said(unsigned long number, Handle handle);
+    void said(uint64_t number, Handle handle);
 
     /// An event has told of it, which may be before `said`.
-    void ended(unsigned long number, const Ending& ending);
+    void ended(uint64_t number, const Ending& ending);
 
     /// The client has ended: there will be no more events.
     void close();
@@ -30,13 +30,13 @@ public:
     std::size_t open() const;
 
 private:
-    void compare(unsigned long number, const Handle& handle, const Ending& ending);
+    void compare(uint64_t number, const Handle& handle, const Ending& ending);
 
     Ledger& mLedger;
     const unsigned mClient;
     mutable std::mutex mMutex;
-    std::map<unsigned long, Handle> mOpen;
-    std::map<unsigned long, Ending> mEarly;  ///< told of before `said`
+    std::map<uint64_t, Handle> mOpen;
+    std::map<uint64_t, Ending> mEarly;  ///< told of before `said`
 };
 
 }  // namespace soak
