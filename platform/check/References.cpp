@@ -28,10 +28,11 @@ protected:
 
 void copyOften(const sp<Counted>& held) {
     for (int i = 0; i < 5000; ++i) {
-        const sp<Counted> copy = held;
+        sp<Counted> copy = held;
         sp<android::RefBase> asBase = copy;
         sp<Counted> assigned;
         assigned = copy;
+        copy.clear();
         assigned.clear();
     }
 }
@@ -39,6 +40,7 @@ void copyOften(const sp<Counted>& held) {
 Seen strongPointers() {
     sp<Counted> held = new Counted();
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([copy = held] { copyOften(copy); });
     }
