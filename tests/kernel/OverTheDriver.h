@@ -88,6 +88,21 @@ protected:
         transaction.sender_euid = 88;
         return transaction;
     }
+    // The driver acquires the node. With the next read the test lets go of it, and so does the
+    // driver in that read, behind `before`.
+    void willHoldAndLetGo(android::sp<android::BBinder>& node,
+                          const Bytes& before = bytesOf(kNoop, kComplete),
+                          const Bytes& behind = {}) {
+        const binder_ptr_cookie words = wordsOf(*node);
+        mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
+        mDriver.reads.emplace_back([&node, words, before, behind] {
+            node.clear();
+            Bytes read = bytesOf(uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
+            read.insert(read.begin(), before.begin(), before.end());
+            read.insert(read.end(), behind.begin(), behind.end());
+            return read;
+        });
+    }
     void willReply(const binder_transaction_data& reply) {
         mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, reply));
     }

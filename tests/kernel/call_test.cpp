@@ -196,12 +196,7 @@ TEST_F(ACallOverTheDriver, ThatEndsWithAnExceptionIsWaitedForNoLonger) {
     EXPECT_THROW(call(nullptr), std::bad_alloc);
     sp<BBinder> node = new BBinder();
     const android::wp<BBinder> watched(node);
-    const binder_ptr_cookie words = wordsOf(*node);
-    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
-    mDriver.reads.emplace_back([&node, words] {
-        node.clear();
-        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
-    });
+    willHoldAndLetGo(node);
     EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
     EXPECT_TRUE(watched.promote() == nullptr);
 }

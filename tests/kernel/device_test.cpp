@@ -39,19 +39,24 @@ protected:
 };
 
 TEST_F(TheDriversDevice, ThatIsMissingIsToBeLoaded) {
-    mDriver.openError = ENOENT;
-    EXPECT_EQ(
-        "cannot open the binder driver /dev/binder: there is none; load it with 'modprobe "
-        "binder_linux devices=binder', or unset VOXTREL_BINDER_DRIVER to use sockets",
-        whyNot());
+    for (const int error : {ENOENT, ENODEV, ENXIO}) {
+        mDriver.openError = error;
+        EXPECT_EQ(
+            "cannot open the binder driver /dev/binder: there is none; load it with 'modprobe "
+            "binder_linux devices=binder', or unset VOXTREL_BINDER_DRIVER to use sockets",
+            whyNot());
+    }
 }
 
 TEST_F(TheDriversDevice, ThatIsNotPermittedIsToBeOpenedToThisUser) {
-    mDriver.openError = EACCES;
-    EXPECT_EQ(
-        "cannot open the binder driver /dev/binder: not permitted; let this user read and write "
-        "it, say with 'chmod 666 /dev/binder', or unset VOXTREL_BINDER_DRIVER to use sockets",
-        whyNot());
+    for (const int error : {EACCES, EPERM}) {
+        mDriver.openError = error;
+        EXPECT_EQ(
+            "cannot open the binder driver /dev/binder: not permitted; let this user read and "
+            "write "
+            "it, say with 'chmod 666 /dev/binder', or unset VOXTREL_BINDER_DRIVER to use sockets",
+            whyNot());
+    }
 }
 
 TEST_F(TheDriversDevice, OfAnotherProtocolIsRefusedWithBothVersions) {

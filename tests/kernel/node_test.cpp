@@ -54,12 +54,7 @@ TEST_F(ANodeOfThisProcess, IsHeldAndLetGoAsTheDriverSaysAndEachHoldIsAnswered) {
 TEST_F(ANodeOfThisProcess, IsLetGoOnlyWhenTheReplyIsThere) {
     sp<BBinder> node = new BBinder();
     const android::wp<BBinder> watched(node);
-    const binder_ptr_cookie words = wordsOf(*node);
-    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
-    mDriver.reads.emplace_back([&node, words] {
-        node.clear();
-        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
-    });
+    willHoldAndLetGo(node);
     mDriver.reads.emplace_back([this, &watched] {
         EXPECT_TRUE(watched.promote() != nullptr);
         return bytesOf(kNoop, uint32_t{BR_REPLY}, delivered({}));
@@ -72,19 +67,14 @@ TEST_F(ANodeOfThisProcess, IsLetGoOnlyWhenTheReplyIsThere) {
 TEST_F(ANodeOfThisProcess, IsNotLetGoInANestedCallEither) {
     sp<BBinder> node = new BBinder();
     const android::wp<BBinder> watched(node);
-    const binder_ptr_cookie words = wordsOf(*node);
     const sp<Scripted> nested = new Scripted([&](const Parcel&, Parcel*) {
         EXPECT_TRUE(watched.promote() != nullptr);
         EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
         EXPECT_TRUE(watched.promote() != nullptr);
         return android::OK;
     });
-    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
-    mDriver.reads.emplace_back([&] {
-        node.clear();
-        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words,
-                       uint32_t{BR_TRANSACTION}, callTo(*nested, delivered({})));
-    });
+    willHoldAndLetGo(node, bytesOf(kNoop, kComplete),
+                     bytesOf(uint32_t{BR_TRANSACTION}, callTo(*nested, delivered({}))));
     mDriver.willRead(bytesOf(kNoop, kComplete));
     mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, delivered({})));
     EXPECT_EQ(android::OK, call(nullptr).status);
@@ -96,12 +86,7 @@ TEST_F(ANodeOfThisProcess, IsLetGoByAThreadThatServesNoLonger) {
     serve();
     sp<BBinder> node = new BBinder();
     const android::wp<BBinder> watched(node);
-    const binder_ptr_cookie words = wordsOf(*node);
-    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
-    mDriver.reads.emplace_back([&node, words] {
-        node.clear();
-        return bytesOf(kNoop, kComplete, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words);
-    });
+    willHoldAndLetGo(node);
     EXPECT_EQ(android::OK, call(nullptr, IBinder::FLAG_ONEWAY).status);
     EXPECT_TRUE(watched.promote() == nullptr);
 }
@@ -134,18 +119,13 @@ TEST_F(ANodeOfThisProcess, IsNotCalledWhenItIsBeingDestroyed) {
 TEST_F(ANodeOfThisProcess, IsLetGoBeforeTheCallThatWasReadBehindIt) {
     sp<BBinder> node = new BBinder();
     const android::wp<BBinder> watched(node);
-    const binder_ptr_cookie words = wordsOf(*node);
     bool wasThere = true;
     const sp<Scripted> called = new Scripted([&](const Parcel&, Parcel*) {
         wasThere = watched.promote() != nullptr;
         return android::OK;
     });
-    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_INCREFS}, words, uint32_t{BR_ACQUIRE}, words));
-    mDriver.reads.emplace_back([&] {
-        node.clear();
-        return bytesOf(kNoop, uint32_t{BR_RELEASE}, words, uint32_t{BR_DECREFS}, words,
-                       uint32_t{BR_TRANSACTION}, callTo(*called, delivered({})));
-    });
+    willHoldAndLetGo(node, bytesOf(kNoop),
+                     bytesOf(uint32_t{BR_TRANSACTION}, callTo(*called, delivered({}))));
     mDriver.willRead(bytesOf(kNoop, kComplete));
     serve();
     EXPECT_FALSE(wasThere);
@@ -191,8 +171,9 @@ TEST_F(ANodeOfThisProcess, IsHeldInACallWhoseBufferHasBeenFreed) {
     };
     const std::vector<int32_t> large(64 * 1024);
     mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered(large))));
-    mDriver.reads.emplace_back([this] {
+    mDriver.reads.emplace_back([this, &watched] {
         const auto sent = mDriver.last(BC_REPLY).as<binder_transaction_data>();
+        EXPECT_TRUE(watched.promote() == nullptr);
         EXPECT_EQ(0U, sent.flags);
         EXPECT_EQ(8, *android::kernel::toPointer<const int32_t>(sent.data.ptr.buffer));
         return bytesOf(kNoop, kComplete);

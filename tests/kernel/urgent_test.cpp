@@ -60,7 +60,10 @@ TEST_F(WhatOthersWaitFor, IsTheAnswerToADeath) {
 }
 
 TEST_F(WhatOthersWaitFor, IsTheAcquireOfAHandleThatTheCallBrings) {
-    const auto transaction = deliveredBinder(android::kernel::flatHandle(3));
+    auto transaction = deliveredBinder(android::kernel::flatHandle(3));
+    EXPECT_EQ(1U, writtenWhenServed(BC_ACQUIRE, bytesOf(kNoop), transaction));
+    mDriver.written.clear();
+    transaction.flags = TF_ONE_WAY;
     EXPECT_EQ(1U, writtenWhenServed(BC_ACQUIRE, bytesOf(kNoop), transaction));
 }
 

@@ -91,7 +91,7 @@ int Device::control(unsigned long request, void* argument) {
     return result < 0 ? errno : 0;
 }
 
-// A signal may come after the commands were consumed and before anything was read. Consumed
+// A signal may come after the commands were consumed, but only before anything was read. Consumed
 // commands must not be written again.
 int Device::exchange(CommandBuffer& commands, ReturnBuffer* returns) {
     for (;;) {
@@ -106,9 +106,8 @@ int Device::exchange(CommandBuffer& commands, ReturnBuffer* returns) {
         if (returns != nullptr) {
             returns->fill(static_cast<size_t>(transfer.read_consumed));
         }
-        const bool wasRead = returns != nullptr && !returns->empty();
-        if (error != EINTR || wasRead) {
-            return wasRead ? 0 : error;
+        if (error != EINTR) {
+            return error;
         }
     }
 }

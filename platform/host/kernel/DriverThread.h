@@ -72,7 +72,7 @@ private:
     void reportDeath(binder_uintptr_t cookie);
 
     sp<BBinder> targetOf(const binder_transaction_data& transaction) const;
-    static status_t callTarget(sp<BBinder> node, const binder_transaction_data& transaction,
+    static status_t callTarget(const sp<BBinder>& node, const binder_transaction_data& transaction,
                                Parcel& data, Parcel* reply);
     void serve(const binder_transaction_data& transaction);
     void sendReply(status_t status, const Parcel& reply);

@@ -39,7 +39,6 @@ public:
     static constexpr size_t kCapacity = 256;
 
     uint8_t* data() { return mBytes; }
-    bool empty() const { return mSize == 0; }
     /// The driver has written so many bytes.
     void fill(size_t size) {
         mSize = size <= kCapacity ? size : kCapacity;

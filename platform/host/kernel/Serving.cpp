@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The part of DriverThread that handles what the driver delivers: incoming calls, reference counts,
 // death notices.
-#include <utility>
-
-#include "binder/IPCThreadState.h"
 #include "binder/internal/ServeCall.h"
 #include "kernel/DriverThread.h"
 #include "kernel/FlatObject.h"
@@ -104,9 +101,7 @@ void DriverThread::runDeferred() {
     while (!mDeferred.empty()) {
         const Deferred first = mDeferred.front();
         mDeferred.erase(mDeferred.begin());
-        const int64_t caller = IPCThreadState::self()->clearCallingIdentity();
         run(first);
-        IPCThreadState::self()->restoreCallingIdentity(caller);
     }
 }
 
@@ -145,9 +140,9 @@ sp<BBinder> DriverThread::targetOf(const binder_transaction_data& transaction) c
     return held;
 }
 
-// Takes the node by value: it is released before the reply is sent.
-status_t DriverThread::callTarget(sp<BBinder> node, const binder_transaction_data& transaction,
-                                  Parcel& data, Parcel* reply) {
+status_t DriverThread::callTarget(const sp<BBinder>& node,
+                                  const binder_transaction_data& transaction, Parcel& data,
+                                  Parcel* reply) {
     if (node == nullptr) {
         return UNKNOWN_TRANSACTION;
     }
@@ -171,8 +166,9 @@ void DriverThread::serve(const binder_transaction_data& transaction) {
     }
     flushIfUrgent();
     if (status == OK) {
-        status = callTarget(std::move(node), transaction, data, &reply);
+        status = callTarget(node, transaction, data, &reply);
     }
+    node.clear();  // before the caller has its reply
     if (!isOneWay) {
         sendReply(status, reply);
     }
