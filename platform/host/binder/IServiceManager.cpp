@@ -6,6 +6,7 @@
 
 #include "binder/Parcel.h"
 #include "binder/ProcessState.h"
+#include "binder/internal/ManagerCall.h"
 #include "binder/internal/ManagerToken.h"
 #include "binder/transport/Transport.h"
 #include "support/ForkGuard.h"
@@ -101,18 +102,8 @@ private:
     }
 
     status_t ask(uint32_t code, const Parcel& data, Parcel* reply) const {
-        if (remote() != nullptr) {
-            return remote()->transact(code, data, reply);
-        }
-        status_t status = DEAD_OBJECT;
-        for (int attempt = 0; status == DEAD_OBJECT && attempt < 2; ++attempt) {
-            const sp<IBinder> manager = ProcessState::self()->getContextObject(nullptr);
-            if (manager == nullptr) {
-                return DEAD_OBJECT;
-            }
-            status = manager->transact(code, data, reply);
-        }
-        return status;
+        return remote() != nullptr ? remote()->transact(code, data, reply)
+                                   : callManager(code, data, reply);
     }
 };
 

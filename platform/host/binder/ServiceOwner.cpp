@@ -3,33 +3,17 @@
 
 #include "binder/IServiceManager.h"
 #include "binder/Parcel.h"
-#include "binder/ProcessState.h"
+#include "binder/internal/ManagerCall.h"
 #include "binder/internal/ManagerToken.h"
 
 namespace android {
-namespace {
-
-/// Asks a second time where the first manager has just died.
-status_t ask(const Parcel& name, Parcel* reply) {
-    status_t status = DEAD_OBJECT;
-    for (int attempt = 0; status == DEAD_OBJECT && attempt < 2; ++attempt) {
-        const sp<IBinder> manager = ProcessState::self()->getContextObject(nullptr);
-        if (manager == nullptr) {
-            return DEAD_OBJECT;
-        }
-        status = manager->transact(GET_OWNED_SERVICE_TRANSACTION, name, reply);
-    }
-    return status;
-}
-
-}  // namespace
 
 status_t findOwnedService(const String16& name, OwnedService& found) {
     Parcel data;
     Parcel reply;
     writeManagerToken(data);
     data.writeString16(name);
-    const status_t status = ask(data, &reply);
+    const status_t status = callManager(GET_OWNED_SERVICE_TRANSACTION, data, &reply);
     if (status != OK) {
         return status;
     }
