@@ -60,6 +60,13 @@ TEST_F(ADeathOverTheDriver, IsOnlyAnsweredWhenItsRequestWasCleared) {
     EXPECT_EQ(1U, mDriver.count(BC_DEAD_BINDER_DONE));
 }
 
+TEST_F(ADeathOverTheDriver, IsRememberedUntilItIsTaken) {
+    const sp<BpBinder> proxy = mThread.proxyOf(kHandle);
+    const binder_uintptr_t cookie = mProcess.deaths.add(proxy);
+    EXPECT_TRUE(mProcess.deaths.take(cookie) == proxy);
+    EXPECT_TRUE(mProcess.deaths.take(cookie) == nullptr);
+}
+
 // The implementation may hold a lock that the recipient wants.
 TEST_F(ADeathOverTheDriver, IsToldWhenTheCallThatTheThreadServesIsOver) {
     const sp<BpBinder> proxy = mThread.proxyOf(kHandle);

@@ -116,4 +116,18 @@ TEST_F(AReferenceOverTheDriver, RequestsOneDeathForAllItsLinksAndClearsItWithThe
               mDriver.numbers());
 }
 
+TEST_F(AReferenceOverTheDriver, RequestsItsDeathAnewAfterTheLastLinkHasGone) {
+    const sp<IBinder::DeathRecipient> recipient = new fake_driver::CountsDeaths();
+    for (int round = 0; round < 2; ++round) {
+        mDriver.written.clear();
+        ASSERT_EQ(android::OK, mProxy->linkToDeath(recipient));
+        ASSERT_EQ(android::OK, mProxy->unlinkToDeath(recipient));
+        EXPECT_EQ((Numbers{BC_REQUEST_DEATH_NOTIFICATION, BC_CLEAR_DEATH_NOTIFICATION}),
+                  mDriver.numbers());
+    }
+    mDriver.written.clear();
+    mProxy.clear();
+    EXPECT_EQ((Numbers{BC_RELEASE, BC_DECREFS}), mDriver.numbers()) << "there is nothing to clear";
+}
+
 }  // namespace

@@ -153,6 +153,20 @@ TEST_F(TheDriversTransport, RefusesASecondManagerAndKeepsTheFirst) {
     EXPECT_EQ(uint32_t{BC_ENTER_LOOPER}, mDriver.numbers().front());
 }
 
+TEST_F(TheDriversTransport, CallsNoManagerThatWasRefused) {
+    int served = 0;
+    mDriver.contextError = EBUSY;
+    EXPECT_FALSE(mTransport.becomeContext(new Scripted([&served](const Parcel&, Parcel*) {
+        ++served;
+        return android::OK;
+    })));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, binder_transaction_data{}));
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    mTransport.serveForever();
+    EXPECT_EQ(0, served);
+    EXPECT_EQ(uint32_t{TF_STATUS_CODE}, mDriver.last(BC_REPLY).as<binder_transaction_data>().flags);
+}
+
 TEST_F(TheDriversTransport, CanBecomeTheManagerWhenThePlaceIsFreeAgain) {
     mDriver.contextError = EBUSY;
     EXPECT_FALSE(mTransport.becomeContext(new BBinder()));
@@ -185,6 +199,15 @@ TEST_F(TheDriversTransport, GivesThreadsThatAskTogetherTheSameProxy) {
     });
     EXPECT_TRUE(mTransport.contextObject() == other);
     EXPECT_EQ(1U, mDriver.count(BC_ACQUIRE));
+}
+
+TEST_F(TheDriversTransport, GivesTheManagerThatThisProcessBecameMeanwhile) {
+    const sp<BBinder> manager = new BBinder();
+    mDriver.reads.emplace_back([this, &manager] {
+        EXPECT_TRUE(mTransport.becomeContext(manager));
+        return bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, binder_transaction_data{});
+    });
+    EXPECT_TRUE(mTransport.contextObject() == sp<IBinder>(manager));
 }
 
 // Where nobody had called the dead one it was given out for good.
