@@ -28,7 +28,8 @@ def compiled(preset):
     objects = {}
     for entry in listed:
         words = shlex.split(entry["command"])
-        objects.setdefault(entry["file"], []).append(words[words.index("-o") + 1])
+        source = pathlib.Path(entry["file"]).resolve()
+        objects.setdefault(source, []).append(words[words.index("-o") + 1])
     return objects
 
 
@@ -41,7 +42,7 @@ def own_sources():
 
 def main():
     arm, board = compiled("arm"), compiled("board_arm")
-    missing = [name for name in own_sources() if str(ROOT / name) not in arm | board]
+    missing = [name for name in own_sources() if ROOT / name not in arm | board]
     if missing:
         print("these are not compiled for 32-bit ARM: " + ", ".join(missing), file=sys.stderr)
         return 1
