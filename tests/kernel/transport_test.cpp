@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <map>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -66,6 +67,18 @@ TEST_F(TheLoopersOfTheDriver, AreOneAndThoseThatTheDriverAsksFor) {
     ASSERT_EQ(1U, mDriver.threads.size());
     mDriver.runThreads();
     EXPECT_EQ((Numbers{BC_ENTER_LOOPER, BC_REGISTER_LOOPER}), mDriver.numbers());
+}
+
+// Beside the first, for which the driver does not ask.
+TEST_F(TheLoopersOfTheDriver, AreFifteenMoreAtMostUnlessSetOtherwise) {
+    const std::unique_ptr<android::transport::Transport> transport(
+        DriverTransport::open(mDriver, "/dev/binder"));
+    EXPECT_EQ(15U, mDriver.maxThreads);
+    for (const auto& [threads, requested] :
+         std::map<size_t, uint32_t>{{0, 0}, {1, 0}, {2, 1}, {15, 14}, {256, 255}, {5000, 255}}) {
+        transport->setMaxThreads(threads);
+        EXPECT_EQ(requested, mDriver.maxThreads) << threads;
+    }
 }
 
 // The driver asked for no other, and the pool never grew again.

@@ -111,6 +111,24 @@ TEST_F(TheSocket, InAFolderThatOthersCannotEnterComesWithAWarning) {
               reachable->finish().err);
 }
 
+// The options would be without effect, and the device open to whom its own mode lets in.
+TEST_F(TheSocket, IsNotWhatOthersOpenWhereADriverCarriesTheCalls) {
+    for (const char* option : {"--socket-mode=660", "--socket-group=0"}) {
+        const Outcome outcome =
+            ChildProcess({"env", "VOXTREL_BINDER_DRIVER=" + mFolder.path("driver"),
+                          VOXTREL_SERVICEMANAGER, option},
+                         "")
+                .finish();
+        EXPECT_EQ(1, outcome.status) << option;
+        EXPECT_NE(std::string::npos,
+                  outcome.err.find("calls travel through " + mFolder.path("driver") +
+                                   " and no socket: give that the mode and the group of "
+                                   "--socket-mode and --socket-group\n"))
+            << outcome.err;
+        EXPECT_FALSE(std::filesystem::exists(socketPath()));
+    }
+}
+
 android::status_t take(const char* name) {
     return android::defaultServiceManager()->addService(String16(name), new android::BBinder());
 }
