@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <unistd.h>
 
-#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
 #include "client/internal/Log.h"
+#include "client/internal/MutexLock.h"
 #include "client/internal/Operations.h"
 #include "vocabulary/Status.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the client does when the service dies, and when its own callback does.
 #include "client/DeathNotifier.h"
-#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
 #include "client/internal/Log.h"
+#include "client/internal/MutexLock.h"
 
 namespace TTS {
 

@@ -5,8 +5,8 @@
 #include <thread>
 #include <vector>
 
-#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
+#include "client/internal/MutexLock.h"
 #include "tests/client/ClientTest.h"
 
 // What the thread sanitizer must find nothing in: the uses that docs/threading.md calls safe.

@@ -10,9 +10,9 @@
 #include <thread>
 #include <vector>
 
-#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
+#include "client/internal/MutexLock.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/PrivateRuntime.h"

@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
+#include "client/internal/MutexLock.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRuntime.h"
 #include "tests/support/Repeats.h"

@@ -13,9 +13,9 @@
 #include <sstream>
 #include <string>
 
-#include "client/MutexLock.h"
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
+#include "client/internal/MutexLock.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_CLIENT_MUTEXLOCK_H
-#define VOXTREL_CLIENT_MUTEXLOCK_H
+#ifndef VOXTREL_CLIENT_INTERNAL_MUTEXLOCK_H
+#define VOXTREL_CLIENT_INTERNAL_MUTEXLOCK_H
 
 #include "client/Mutex.h"
 
