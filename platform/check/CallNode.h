@@ -26,8 +26,8 @@ private:
     int32_t mNumber = 0;
 };
 
-/// Lets `peer` call `node` with `number`.
-/// @return the status that the peer got, or the one of the call to it.
+/// Has `peer` call `node` back with `number`.
+/// @return the status of that call, or of the one to the peer if that fails.
 int32_t callThrough(const android::sp<android::IBinder>& peer,
                     const android::sp<android::IBinder>& node, int32_t number, uint32_t flags);
 

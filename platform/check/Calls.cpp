@@ -75,7 +75,7 @@ Notes notesOf(const sp<android::IBinder>& node) {
     return notes;
 }
 
-/// The same, when so many have been noted, or soon.
+/// The same, once so many have been noted or the time is up.
 Notes awaitNotes(const sp<android::IBinder>& node, size_t count) {
     const Deadline end = soon();
     Notes notes = notesOf(node);
@@ -86,7 +86,7 @@ Notes awaitNotes(const sp<android::IBinder>& node, size_t count) {
     return notes;
 }
 
-Seen twoWayCalls() {
+Result twoWayCalls() {
     const Peer peer;
     int32_t answer = 0;
     const Clock::time_point begin = Clock::now();
@@ -96,13 +96,13 @@ Seen twoWayCalls() {
     Parcel failed;
     const status_t status = peer.node()->transact(kFail, request, &failed, 0);
     const bool isEmpty = status != android::OK && failed.dataSize() == 0;
-    return judged(waited == android::OK && answer == 1 && took >= 100 && isEmpty,
-                  "an answer after " + std::to_string(took) + " of 100 ms; a failure, " +
-                      std::to_string(status) + ", with " + std::to_string(failed.dataSize()) +
-                      " bytes of reply");
+    return require(waited == android::OK && answer == 1 && took >= 100 && isEmpty,
+                   "an answer after " + std::to_string(took) + " of 100 ms; a failure, " +
+                       std::to_string(status) + ", with " + std::to_string(failed.dataSize()) +
+                       " bytes of reply");
 }
 
-Seen oneWayCalls() {
+Result oneWayCalls() {
     constexpr int32_t kCalls = 200;
     const Peer peer;
     Parcel reply;
@@ -118,16 +118,16 @@ Seen oneWayCalls() {
     const Notes notes = awaitNotes(peer.node(), kCalls);
     const bool isSorted = std::is_sorted(notes.numbers.begin(), notes.numbers.end());
     const bool isEmpty = reply.dataSize() == 0;
-    return judged(took < 1000 && isEmpty && isSorted && notes.maxAtATime == 1 &&
-                      notes.numbers.size() == kCalls,
-                  std::to_string(notes.numbers.size()) + " of 200 arrived, " +
-                      (isSorted ? "in order, " : "out of order, ") +
-                      std::to_string(notes.maxAtATime) +
-                      " at a time; one of 1000 ms returned after " + std::to_string(took) +
-                      " ms with " + std::to_string(reply.dataSize()) + " bytes of reply");
+    return require(took < 1000 && isEmpty && isSorted && notes.maxAtATime == 1 &&
+                       notes.numbers.size() == kCalls,
+                   std::to_string(notes.numbers.size()) + " of 200 arrived, " +
+                       (isSorted ? "in order, " : "out of order, ") +
+                       std::to_string(notes.maxAtATime) +
+                       " at a time; one of 1000 ms returned after " + std::to_string(took) +
+                       " ms with " + std::to_string(reply.dataSize()) + " bytes of reply");
 }
 
-Seen overtaking() {
+Result overtaking() {
     constexpr int kRounds = 20;
     const Peer peer;
     int overtook = 0;
@@ -136,10 +136,10 @@ Seen overtaking() {
         overtook += notesOf(peer.node()).numbers.size() < static_cast<size_t>(i) ? 1 : 0;
         (void)awaitNotes(peer.node(), static_cast<size_t>(i));
     }
-    return {Verdict::Right, "overtook in " + std::to_string(overtook) + " of 20 rounds"};
+    return {Verdict::Ok, "overtook in " + std::to_string(overtook) + " of 20 rounds"};
 }
 
-Seen oneWayRoom() {
+Result oneWayRoom() {
     constexpr int kCalls = 1000;
     const Peer peer;
     (void)note(peer.node(), 0, 1000);
@@ -152,19 +152,19 @@ Seen oneWayRoom() {
         request.write(text.data(), text.size());
         refused += peer.node()->transact(kNote, request, nullptr, kOneWay) != android::OK ? 1 : 0;
     }
-    return {Verdict::Right, std::to_string(refused) + " of 1000 calls of 1 KiB were refused"};
+    return {Verdict::Ok, std::to_string(refused) + " of 1000 calls of 1 KiB were refused"};
 }
 
-Seen oneWayToOwnObject() {
+Result oneWayToOwnObject() {
     const sp<CallNode> own = new CallNode();
     Parcel request;
     request.writeInt32(5);
     Parcel reply;
     (void)own->transact(kAdd, request, &reply, kOneWay);
-    return {Verdict::Right, std::to_string(reply.dataSize()) + " bytes of reply"};
+    return {Verdict::Ok, std::to_string(reply.dataSize()) + " bytes of reply"};
 }
 
-Seen callsAtOnce() {
+Result callsAtOnce() {
     constexpr int kThreads = 3;
     const Peer peer;
     std::atomic<int> met{0};
@@ -180,7 +180,7 @@ Seen callsAtOnce() {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    return judged(met == kThreads, std::to_string(met) + " of 3 calls met in the other process");
+    return require(met == kThreads, std::to_string(met) + " of 3 calls met in the other process");
 }
 
 std::string wordsOf(const Caller& caller) {
@@ -189,7 +189,7 @@ std::string wordsOf(const Caller& caller) {
            (isUser ? " and uid" : " and uid " + std::to_string(caller.uid));
 }
 
-Seen callingIdentity() {
+Result callingIdentity() {
     const Peer peer;
     (void)note(peer.node(), 1, 0);
     const Caller oneWay = awaitNotes(peer.node(), 1).caller;
@@ -198,19 +198,20 @@ Seen callingIdentity() {
     const status_t status = peer.node()->transact(kCaller, request, &reply, 0);
     const Caller twoWay = callerIn(reply);
     const auto isUser = [](int32_t uid) { return uid == static_cast<int32_t>(getuid()); };
-    return judged(status == android::OK && twoWay.pid == getpid() && isUser(twoWay.uid) &&
-                      (oneWay.pid == getpid() || oneWay.pid == 0) && isUser(oneWay.uid),
-                  wordsOf(twoWay) + "; one-way " + wordsOf(oneWay));
+    return require(status == android::OK && twoWay.pid == getpid() && isUser(twoWay.uid) &&
+                       (oneWay.pid == getpid() || oneWay.pid == 0) && isUser(oneWay.uid),
+                   wordsOf(twoWay) + "; one-way " + wordsOf(oneWay));
 }
 
-Seen incomingCalls() {
+Result incomingCalls() {
     android::ProcessState::self()->startThreadPool();
     const Peer peer;
     const sp<CallNode> mine = new CallNode();
     const int32_t status = callThrough(peer.node(), mine, 9, kOneWay);
     const bool isCalled = mine->waitForCall(9);
-    return judged(isCalled, isCalled ? "a one-way call arrived"
-                                     : "none arrived within 5 s, status " + std::to_string(status));
+    return require(isCalled, isCalled
+                                 ? "a one-way call arrived"
+                                 : "none arrived within 5 s, status " + std::to_string(status));
 }
 
 }  // namespace

@@ -24,14 +24,14 @@ public:
         mChanged.notify_all();
     }
 
-    /// How often it has been told, when it has been or soon.
+    /// Waits for the first notice. @return how many have come
     int waitForDeath() {
         std::unique_lock<std::mutex> held(mLock);
         mChanged.wait_for(held, kSoon, [&] { return mTimes > 0; });
         return mTimes;
     }
-    /// How often within a moment more.
-    int timesInTheEnd() {
+    /// Waits a moment for one too many. @return how many have come
+    int waitForSecondNotice() {
         std::unique_lock<std::mutex> held(mLock);
         mChanged.wait_for(held, std::chrono::milliseconds(200), [&] { return mTimes > 1; });
         return mTimes;
@@ -61,7 +61,7 @@ bool isHeldByLink(const sp<android::IBinder>& node) {
     return watched.promote() != nullptr;
 }
 
-Seen deathLinks() {
+Result deathLinks() {
     android::ProcessState::self()->startThreadPool();
     Peer peer;
     const sp<android::IBinder> other = makeThere(peer.node());
@@ -70,54 +70,54 @@ Seen deathLinks() {
     const sp<Recipient> late = new Recipient();
     const status_t linked = peer.node()->linkToDeath(first, nullptr, 0);
     peer.kill();
-    const int times = first->waitForDeath() > 0 ? first->timesInTheEnd() : 0;
+    const int times = first->waitForDeath() > 0 ? first->waitForSecondNotice() : 0;
     const status_t relinked = other != nullptr ? other->linkToDeath(late, nullptr, 0) : -1;
     const int lateTimes = relinked == android::OK ? late->waitForDeath() : 0;
-    return judged(
+    return require(
         linked == android::OK && times == 1 && !first->wasToldHere() && !isHeld && lateTimes == 1,
         "told " + std::to_string(times) + " times; " + std::to_string(lateTimes) +
             " times of a death before the link" +
             (isHeld ? "; the recipient is held" : "; held weakly"));
 }
 
-Seen linksAfterDeath() {
+Result linksAfterDeath() {
     android::ProcessState::self()->startThreadPool();
     Peer peer;
     const sp<Recipient> first = new Recipient();
     (void)peer.node()->linkToDeath(first, nullptr, 0);
     peer.kill();
     if (first->waitForDeath() == 0) {
-        return preferred(false, "no death was told");
+        return prefer(false, "no death was told");
     }
     const status_t status = peer.node()->linkToDeath(new Recipient(), nullptr, 0);
-    return preferred(status == android::DEAD_OBJECT, "status " + std::to_string(status));
+    return prefer(status == android::DEAD_OBJECT, "status " + std::to_string(status));
 }
 
-Seen linksToOwnObjects() {
+Result linksToOwnObjects() {
     const sp<android::IBinder> own = new android::BBinder();
     const sp<Recipient> recipient = new Recipient();
     const status_t linked = own->linkToDeath(recipient, nullptr, 0);
     const status_t unlinked = own->unlinkToDeath(recipient, nullptr, 0, nullptr);
-    return preferred(linked == android::INVALID_OPERATION && unlinked == android::INVALID_OPERATION,
-                     "status " + std::to_string(linked) + " and " + std::to_string(unlinked));
+    return prefer(linked == android::INVALID_OPERATION && unlinked == android::INVALID_OPERATION,
+                  "status " + std::to_string(linked) + " and " + std::to_string(unlinked));
 }
 
-Seen pingAfterDeath() {
+Result pingAfterDeath() {
     Peer peer;
     if (peer.node()->pingBinder() != android::OK) {
-        return judged(false, "one that lives does not answer");
+        return require(false, "one that lives does not answer");
     }
     peer.kill();
     Parcel request;
     (void)peer.node()->transact(kNotes, request, nullptr, 0);
     const status_t status = peer.node()->pingBinder();
-    return judged(status == android::DEAD_OBJECT, "status " + std::to_string(status));
+    return require(status == android::DEAD_OBJECT, "status " + std::to_string(status));
 }
 
-Seen lettingGo() {
+Result lettingGo() {
     const Peer peer;
     sp<android::IBinder> made = makeThere(peer.node());
-    // Asks from another thread, since a call of this one would let go as well.
+    // On another thread, since a call of this one would flush as well.
     int32_t isGone = 0;
     std::thread asking([&] {
         const Parcel request;
@@ -128,8 +128,8 @@ Seen lettingGo() {
     made.clear();
     android::IPCThreadState::self()->flushCommands();
     asking.join();
-    return preferred(isGone == 1, isGone == 1 ? "the other process let go as well"
-                                              : "the other process kept it for 2 s");
+    return prefer(isGone == 1, isGone == 1 ? "the other process let go as well"
+                                           : "the other process kept it for 2 s");
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 #ifndef VOXTREL_PLATFORM_CHECK_HEADERS_H
 #define VOXTREL_PLATFORM_CHECK_HEADERS_H
 
-// The platform's headers as ipc/BinderHeaders.h includes them: what that asks of a release, this
-// does.
+// The platform's headers as ipc/BinderHeaders.h includes them, so that this program asks no more of
+// a release than the library does.
 #include <limits>
 #include <memory>
 #include <optional>

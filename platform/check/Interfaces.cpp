@@ -16,48 +16,48 @@ bool isName(const android::String16& name) {
     return name == android::String16("voxtrel.platform.check.IProbe");
 }
 
-Seen interfaceMacros() {
+Result interfaceMacros() {
     const sp<BnProbe> local = new BnProbe();
     const bool hasName = isName(IProbe::descriptor) &&
                          isName(static_cast<IProbe*>(local.get())->getInterfaceDescriptor());
     const bool nullIsNull = IProbe::asInterface(nullptr) == nullptr;
     const sp<IProbe> found = IProbe::asInterface(android::IInterface::asBinder(local));
     const bool isFound = found != nullptr;
-    return judged(hasName && nullIsNull && isFound,
-                  std::string(hasName ? "the name given" : "another name than was given") +
-                      ", null for " + (nullIsNull ? "null" : "nothing") +
-                      (isFound ? ", an interface for a binder" : ", none for a binder"));
+    return require(hasName && nullIsNull && isFound,
+                   std::string(hasName ? "the name given" : "another name than was given") +
+                       ", null for " + (nullIsNull ? "null" : "nothing") +
+                       (isFound ? ", an interface for a binder" : ", none for a binder"));
 }
 
-Seen asBinder() {
+Result asBinder() {
     const sp<android::IInterface> none;
     const bool nullIsNull = android::IInterface::asBinder(none) == nullptr;
     const size_t slot = AsBinderSlot::get();
     const sp<BnProbe> local = new BnProbe();
     const bool isItself = slot == 2 && android::IInterface::asBinder(local).get() ==
                                            static_cast<android::IBinder*>(local.get());
-    return judged(nullIsNull && isItself,
-                  std::string(nullIsNull ? "null gives null" : "null gives something") +
-                      ", onAsBinder in slot " + std::to_string(slot));
+    return require(nullIsNull && isItself,
+                   std::string(nullIsNull ? "null gives null" : "null gives something") +
+                       ", onAsBinder in slot " + std::to_string(slot));
 }
 
-Seen localInterface() {
+Result localInterface() {
     const sp<BnProbe> local = new BnProbe();
     const sp<android::IBinder> binder = local;
     if (binder->queryLocalInterface(android::String16("voxtrel.platform.check")) != nullptr) {
-        return judged(false, "the beginning of a name is taken for the name");
+        return require(false, "the beginning of a name is taken for the name");
     }
     const bool isItself = IProbe::asInterface(binder).get() == static_cast<IProbe*>(local.get());
-    return preferred(isItself, isItself ? "the object itself" : "a proxy");
+    return prefer(isItself, isItself ? "the object itself" : "a proxy");
 }
 
-Seen nullRemote() {
+Result nullRemote() {
     const sp<BpProbe> proxy = new BpProbe(nullptr);
     const bool isNull = !proxy->hasRemote();
-    return judged(isNull, isNull ? "null" : "not null");
+    return require(isNull, isNull ? "null" : "not null");
 }
 
-Seen unknownCodes() {
+Result unknownCodes() {
     const Peer peer;
     const android::Parcel request;
     android::Parcel local;
@@ -66,15 +66,15 @@ Seen unknownCodes() {
     const android::status_t here = node->transact(999, request, &local, 0);
     const android::status_t there = peer.node()->transact(999, request, &remote, 0);
     const bool isEmpty = local.dataSize() == 0 && remote.dataSize() == 0;
-    return judged(isEmpty, "status " + std::to_string(here) + " here, " + std::to_string(there) +
-                               " elsewhere, " + (isEmpty ? "empty replies" : "with a reply"));
+    return require(isEmpty, "status " + std::to_string(here) + " here, " + std::to_string(there) +
+                                " elsewhere, " + (isEmpty ? "empty replies" : "with a reply"));
 }
 
 struct Service {};
 
-Seen binderService() {
+Result binderService() {
     const bool isEmpty = std::is_empty<android::BinderService<Service>>::value;
-    return judged(isEmpty, isEmpty ? "no data" : "data of its own");
+    return require(isEmpty, isEmpty ? "no data" : "data of its own");
 }
 
 }  // namespace

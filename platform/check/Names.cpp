@@ -16,16 +16,16 @@ using Search = sp<android::IBinder> (android::IServiceManager::*)(const android:
 
 constexpr std::chrono::milliseconds::rep kAtOnce = 1000;
 
-/// The one that answers. Without one there is nothing to see.
+/// Throws CannotCheck where no service manager answers.
 sp<android::IBinder> contextObject() {
     const sp<android::IBinder> context = android::ProcessState::self()->getContextObject(nullptr);
     if (context == nullptr || context->pingBinder() != android::OK) {
-        throw CannotLook("no service manager answers");
+        throw CannotCheck("no service manager answers");
     }
     return context;
 }
 
-Seen absentName(Search search) {
+Result absentName(Search search) {
     const sp<android::IServiceManager> manager = android::defaultServiceManager();
     (void)contextObject();
     const Clock::time_point begin = Clock::now();
@@ -35,48 +35,47 @@ Seen absentName(Search search) {
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
     const std::string what =
         std::string(isNull ? "null" : "something") + " after " + std::to_string(took) + " ms";
-    return isNull ? preferred(took < kAtOnce, what) : judged(false, what);
+    return isNull ? prefer(took < kAtOnce, what) : require(false, what);
 }
 
-Seen absentNames() {
+Result absentNames() {
     return absentName(&android::IServiceManager::getService);
 }
 
-Seen absentNamesChecked() {
+Result absentNamesChecked() {
     return absentName(&android::IServiceManager::checkService);
 }
 
-Seen serviceManager() {
-    // A runtime that waits for one without end is seen by the deadline.
+Result serviceManager() {
+    // A runtime that waits for one without end runs into the deadline.
     const bool isThere = android::defaultServiceManager() != nullptr;
-    return judged(isThere, isThere ? "answers" : "null");
+    return require(isThere, isThere ? "answers" : "null");
 }
 
-/// The command that starts the service manager anew, as the command line names it.
-Seen restartedManager() {
+Result restartedManager() {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this process sets it
     const char* command = std::getenv("VOXTREL_PLATFORM_CHECK_RESTART");
     if (command == nullptr || *command == '\0') {
-        return {Verdict::NotTried, "needs --restart-manager"};
+        return {Verdict::Untried, "needs --restart-manager"};
     }
     const sp<android::IBinder> old = contextObject();
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread changes what signals do
     if (std::system(command) != 0) {
-        throw CannotLook(std::string("'") + command + "' failed");
+        throw CannotCheck(std::string("'") + command + "' failed");
     }
     const Deadline end = soon();
     while (Clock::now() < end) {
         const sp<android::IBinder> context =
             android::ProcessState::self()->getContextObject(nullptr);
         if (context != nullptr && context != old && context->pingBinder() == android::OK) {
-            return preferred(true, "a reference to the new one");
+            return prefer(true, "a reference to the new one");
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    return preferred(false, "no reference to the new one within 5 s");
+    return prefer(false, "no reference to the new one within 5 s");
 }
 
-Seen logLines() {
+Result logLines() {
     constexpr int kThreads = 4;
     std::atomic<int> ready{0};
     std::vector<std::thread> threads;
@@ -96,18 +95,18 @@ Seen logLines() {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    return judged(true, "4 threads wrote 25 lines each at once");
+    return require(true, "4 threads wrote 25 lines each at once");
 }
 
-Seen languageFilter() {
+Result languageFilter() {
     const char* text = INI_LANGUAGE_WITH_VOICES;
     if (text == nullptr) {
-        return judged(false, "null");
+        return require(false, "null");
     }
     const std::string before = text;
     (void)android::ProcessState::self();
     const bool isSame = before == INI_LANGUAGE_WITH_VOICES;
-    return preferred(isSame, isSame ? std::to_string(before.size()) + " characters" : "it changed");
+    return prefer(isSame, isSame ? std::to_string(before.size()) + " characters" : "it changed");
 }
 
 }  // namespace

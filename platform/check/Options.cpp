@@ -21,16 +21,16 @@ constexpr const char* kHelp =
     "otherwise. It needs a service manager, and the right to register a service.\n"
     "\n"
     "Options:\n"
-    "  -h, --help                  Print this help and leave\n"
-    "  -V, --version               Print the version and leave\n"
-    "  -l, --list                  Print the rows and leave\n"
+    "  -h, --help                  Print this help and exit\n"
+    "  -V, --version               Print the version and exit\n"
+    "  -l, --list                  Print the rows and exit\n"
     "  --deadline SECONDS          How long a row may take (1 to 600; default: 20)\n"
-    "  --restart-manager COMMAND   Try what happens when COMMAND, for the shell, starts the\n"
-    "                              service manager anew\n"
+    "  --restart-manager COMMAND   Check what happens when COMMAND, for the shell, restarts\n"
+    "                              the service manager\n"
     "  --verbose                   Show what the runtime logs\n"
     "\n"
     "Exit status: 0 when the library can rely on everything; 1 when it cannot, or when a row\n"
-    "could not be looked at; 2 when the command line does not fit.\n";
+    "could not be checked; 2 when the command line is wrong.\n";
 
 enum : int { kDeadlineOption = 256, kRestartOption, kVerboseOption };
 
@@ -42,7 +42,7 @@ constexpr option kOptions[] = {{"help", no_argument, nullptr, 'h'},
                                {"verbose", no_argument, nullptr, kVerboseOption},
                                {nullptr, 0, nullptr, 0}};
 
-constexpr long kLongestDeadline = 600;
+constexpr long kMaxDeadline = 600;
 
 bool complain(const std::string& reason, int& exitStatus) {
     std::fprintf(stderr,
@@ -53,7 +53,7 @@ bool complain(const std::string& reason, int& exitStatus) {
     return false;
 }
 
-bool leaveWith(const char* text, int& exitStatus) {
+bool exitWith(const char* text, int& exitStatus) {
     exitStatus = std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0 ? 2 : EXIT_SUCCESS;
     return false;
 }
@@ -62,7 +62,7 @@ bool readDeadline(const char* text, Options& options) {
     char* end = nullptr;
     const long seconds = std::strtol(text, &end, 10);
     options.deadline = std::chrono::seconds(seconds);
-    return end != text && *end == '\0' && seconds >= 1 && seconds <= kLongestDeadline;
+    return end != text && *end == '\0' && seconds >= 1 && seconds <= kMaxDeadline;
 }
 
 bool takeRows(int argc, char** argv, Options& options, int& exitStatus) {
@@ -85,9 +85,9 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
     for (int chosen = 0; (chosen = getopt_long(argc, argv, "hVl", kOptions, nullptr)) != -1;) {
         switch (chosen) {
             case 'h':
-                return leaveWith(kHelp, exitStatus);
+                return exitWith(kHelp, exitStatus);
             case 'V':
-                return leaveWith("voxtrel-platform-check " VOXTREL_VERSION "\n", exitStatus);
+                return exitWith("voxtrel-platform-check " VOXTREL_VERSION "\n", exitStatus);
             case 'l':
                 options.isList = true;
                 break;
@@ -97,14 +97,14 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
                 }
                 break;
             case kRestartOption:
-                // The process that looks reads it there.
+                // Read by the child process that checks the row.
                 setenv("VOXTREL_PLATFORM_CHECK_RESTART", optarg, 1);
                 break;
             case kVerboseOption:
                 options.isVerbose = true;
                 break;
             default:
-                return complain("this is no command line of it", exitStatus);
+                return complain("it does not take these arguments", exitStatus);
         }
     }
     return takeRows(argc, argv, options, exitStatus);

@@ -17,7 +17,7 @@ void append(std::string& image, const void* bytes, size_t size) {
     image.append((4 - size % 4) % 4, '\0');
 }
 
-Seen parcelWrites() {
+Result parcelWrites() {
     const int32_t number = 0x01020304;
     const float fraction = 1.5F;
     std::string expected;
@@ -32,19 +32,19 @@ Seen parcelWrites() {
     parcel.writeCString("xy");
     const bool isSame = parcel.dataSize() == expected.size() &&
                         std::memcmp(parcel.data(), expected.data(), expected.size()) == 0;
-    return judged(isSame, std::to_string(parcel.dataSize()) + " bytes, " +
-                              (isSame ? "as expected" : "not the 20 that were expected"));
+    return require(isSame, std::to_string(parcel.dataSize()) + " bytes, " +
+                               (isSame ? "as expected" : "not the 20 that were expected"));
 }
 
-Seen readsPastTheEnd() {
+Result readsPastTheEnd() {
     const Parcel parcel;
     const int32_t number = parcel.readInt32();
     const float fraction = parcel.readFloat();
-    return judged(number == 0 && fraction == 0.0F,
-                  std::to_string(number) + " and " + std::to_string(fraction));
+    return require(number == 0 && fraction == 0.0F,
+                   std::to_string(number) + " and " + std::to_string(fraction));
 }
 
-Seen textsPastTheEnd() {
+Result textsPastTheEnd() {
     Parcel parcel;
     parcel.writeInt32(-1);  // no NUL in it
     parcel.setDataPosition(0);
@@ -52,11 +52,11 @@ Seen textsPastTheEnd() {
     parcel.setDataPosition(0);
     char bytes[8];
     const bool isError = parcel.read(bytes, sizeof bytes) != android::OK;
-    return judged(isNull && isError, std::string(isNull ? "null" : "a text") + " and " +
-                                         (isError ? "an error" : "bytes"));
+    return require(isNull && isError, std::string(isNull ? "null" : "a text") + " and " +
+                                          (isError ? "an error" : "bytes"));
 }
 
-Seen bytesLeft() {
+Result bytesLeft() {
     Parcel parcel;
     parcel.writeInt32(1);
     parcel.writeInt32(2);
@@ -64,11 +64,11 @@ Seen bytesLeft() {
     const size_t all = parcel.dataAvail();
     parcel.readInt32();
     const size_t half = parcel.dataAvail();
-    return judged(all == 8 && half == 4,
-                  std::to_string(all) + ", " + std::to_string(half) + " after 4 of 8 were read");
+    return require(all == 8 && half == 4,
+                   std::to_string(all) + ", " + std::to_string(half) + " after 4 of 8 were read");
 }
 
-Seen bindersInParcels() {
+Result bindersInParcels() {
     android::ProcessState::self()->startThreadPool();
     const Peer peer;
     const sp<CallNode> mine = new CallNode();
@@ -78,9 +78,9 @@ Seen bindersInParcels() {
     Parcel reply;
     (void)peer.node()->transact(kIsNull, request, &reply, 0);
     const bool carriesNull = reply.readInt32() == 1;
-    return judged(status == android::OK && mine->waitForCall(7) && carriesNull,
-                  "called back with status " + std::to_string(status) + ", null is " +
-                      (carriesNull ? "carried" : "not carried"));
+    return require(status == android::OK && mine->waitForCall(7) && carriesNull,
+                   "called back with status " + std::to_string(status) + ", null is " +
+                       (carriesNull ? "carried" : "not carried"));
 }
 
 }  // namespace

@@ -12,14 +12,14 @@ Peer::Peer()
       mProcess({"--peer", mName}, false) {
     std::string line;
     if (!mProcess.readLine(line, soon())) {
-        throw CannotLook("the second process did not register itself within 5 s");
+        throw CannotCheck("the second process did not register itself within 5 s");
     }
     if (line != "ready") {
-        throw CannotLook("the service manager took no service of the second process: " + line);
+        throw CannotCheck("the service manager took no service of the second process: " + line);
     }
     mNode = android::defaultServiceManager()->checkService(android::String16(mName.c_str()));
     if (mNode == nullptr) {
-        throw CannotLook("the service manager does not know the second process");
+        throw CannotCheck("the service manager does not know the second process");
     }
 }
 

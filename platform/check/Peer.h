@@ -9,11 +9,10 @@
 
 namespace check {
 
-/// The second process, which serves the calls of `PeerNode.h`, and its node as this process sees
-/// it.
+/// The second process, which serves the calls of `PeerNode.h`, and the proxy of its node.
 class Peer {
 public:
-    /// Starts it and finds its node under a name of its own. Throws CannotLook.
+    /// Starts it and finds its node under a name of its own. Throws CannotCheck.
     Peer();
 
     const android::sp<android::IBinder>& node() const { return mNode; }

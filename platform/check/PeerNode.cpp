@@ -134,12 +134,12 @@ int servePeer(const char* name, const Report& report) {
     const status_t status =
         android::defaultServiceManager()->addService(android::String16(name), node);
     if (status != OK) {
-        (void)report.tell("status " +
-                          std::to_string(status));  // whoever reads it sees the end, too
+        (void)report.writeLine("status " +
+                               std::to_string(status));  // whoever reads it sees the end, too
         return EXIT_FAILURE;
     }
     android::ProcessState::self()->startThreadPool();
-    if (!report.tell("ready")) {
+    if (!report.writeLine("ready")) {
         return EXIT_FAILURE;
     }
     char nothing = 0;

@@ -16,7 +16,7 @@ namespace check {
 enum PeerCode : uint32_t {
     kAdd = 1,    ///< int32, int32 -> their sum
     kWait,       ///< int32 milliseconds -> 1, after so long
-    kMeet,       ///< int32 callers -> 1 when so many were here at a time, 0 after 5 s
+    kMeet,       ///< int32 callers -> 1 once so many are in this call at a time, 0 after 5 s
     kNote,       ///< int32 number, int32 milliseconds: notes the number after so long
     kNotes,      ///< -> int32 max at a time, int32 pid and uid of the last caller, the numbers
     kCaller,     ///< -> int32 pid and uid of who calls this
@@ -50,7 +50,7 @@ private:
     android::wp<android::IBinder> mMade;
 };
 
-/// Registers a node under `name`, tells so, and serves until standard input closes.
+/// Registers a node under `name`, reports so, and serves until standard input closes.
 /// @return the exit status.
 int servePeer(const char* name, const Report& report);
 

@@ -42,7 +42,7 @@ class Pipe {
 public:
     Pipe() {
         if (pipe2(mEnds, O_CLOEXEC) != 0) {
-            throw CannotLook("there is no pipe to a process of its own");
+            throw CannotCheck("there is no pipe to a process of its own");
         }
     }
     ~Pipe() {
@@ -85,7 +85,7 @@ Process::Process(const std::vector<std::string>& arguments, bool isQuiet) {
         become(argv.data(), input.readEnd(), report.writeEnd(), isQuiet);
     }
     if (mPid < 0) {
-        throw CannotLook("no process of its own could be started");
+        throw CannotCheck("no process of its own could be started");
     }
     mInput = input.takeWriteEnd();
     mReport = report.takeReadEnd();

@@ -12,24 +12,24 @@ namespace check {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// How long whatever should happen at once may take on a busy device.
+/// How long what should happen at once may take on a busy device.
 constexpr std::chrono::seconds kSoon{5};
 
 Deadline soon();
 
-/// This program once more, with arguments of its own. It is killed at the end, with such processes
-/// as it has started, unless it has left. Called on: one thread.
+/// A child process that runs this program with other arguments. It is killed when this object goes,
+/// and with it the processes that it has started. Called on: one thread.
 class Process {
 public:
-    /// Throws CannotLook. Behind the arguments comes the number of the descriptor that its lines
-    /// are read from (Report.h). Its standard input closes when this object goes; its standard
-    /// output goes where its standard error does. `isQuiet`: both are dropped.
+    /// Throws CannotCheck. Appends the number of the descriptor for its reports (Report.h) to the
+    /// arguments. Its standard input closes when this object goes; its standard output goes where
+    /// its standard error does. `isQuiet`: both are discarded.
     Process(const std::vector<std::string>& arguments, bool isQuiet);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    /// The next line that it tells, without the line's end; false when none comes in time.
+    /// The next line that it reports, without the line's end; false when none comes in time.
     bool readLine(std::string& line, Deadline deadline);
     void kill();
     /// Waits for its end: its exit status, or minus the signal that ended it; false when it has not

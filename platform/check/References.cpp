@@ -37,7 +37,7 @@ void copyOften(const sp<Counted>& held) {
     }
 }
 
-Seen strongPointers() {
+Result strongPointers() {
     sp<Counted> held = new Counted();
     std::vector<std::thread> threads;
     threads.reserve(4);
@@ -50,10 +50,10 @@ Seen strongPointers() {
     const int early = gGone;
     held.clear();
     if (early != 0 || gGone != 1) {
-        return judged(false, "went " + std::to_string(early) + " times while it was held, and " +
-                                 std::to_string(gGone - early) + " times when it was let go");
+        return require(false, "went " + std::to_string(early) + " times while it was held, and " +
+                                  std::to_string(gGone - early) + " times when it was let go");
     }
-    return judged(true, "4 threads copied one 5000 times; it went once, with the last pointer");
+    return require(true, "4 threads copied one 5000 times; it went once, with the last pointer");
 }
 
 class Shown : public virtual android::RefBase {};
@@ -71,13 +71,13 @@ private:
     bool& mSawTheNew;
 };
 
-Seen strongPointerAssignment() {
+Result strongPointerAssignment() {
     bool sawTheNew = false;
     gShown = new Looking(sawTheNew);
     gShown = new Shown();
     gShown.clear();
-    return judged(sawTheNew, sawTheNew ? "the destructor saw the new value"
-                                       : "the destructor did not see the new value");
+    return require(sawTheNew, sawTheNew ? "the destructor saw the new value"
+                                        : "the destructor did not see the new value");
 }
 
 class NamesItself : public virtual android::RefBase {
@@ -94,31 +94,31 @@ private:
     bool& mIsPromoted;
 };
 
-Seen weakPointerInDestructor() {
+Result weakPointerInDestructor() {
     bool isPromoted = false;
     sp<NamesItself> object = new NamesItself(isPromoted);
     object.clear();
-    return judged(!isPromoted, isPromoted ? "it could be promoted" : "named, and not promoted");
+    return require(!isPromoted, isPromoted ? "it could be promoted" : "named, and not promoted");
 }
 
-Seen virtualBases() {
+Result virtualBases() {
     const size_t first = slotOf(&IProbe::first);
     const size_t second = slotOf(&IProbe::second);
     const size_t told = slotOf(&android::IBinder::DeathRecipient::binderDied);
     const std::string what = "an interface's operations begin in slot " + std::to_string(first) +
                              ", binderDied stands in slot " + std::to_string(told);
-    return judged(first == 4 && second == 5 && told == 0, what);
+    return require(first == 4 && second == 5 && told == 0, what);
 }
 
 // In the order in which the library keeps its own.
 sp<android::IBinder> gService;
 sp<Counted> gNotifier;
 
-Seen staticDestruction() {
+Result staticDestruction() {
     static Peer* peer = new Peer();  // it ends with this process
     gService = peer->node();
     gNotifier = new Counted();
-    return judged(true, "a proxy and an object were let go at exit");
+    return require(true, "a proxy and an object were let go at exit");
 }
 
 }  // namespace

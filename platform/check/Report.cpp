@@ -11,10 +11,10 @@ namespace check {
 
 Report::Report(const char* descriptor)
     : mDescriptor(static_cast<int>(std::strtol(descriptor, nullptr, 10))) {
-    (void)fcntl(mDescriptor, F_SETFD, FD_CLOEXEC);  // what this process starts does not tell
+    (void)fcntl(mDescriptor, F_SETFD, FD_CLOEXEC);  // programs that it starts must not keep it open
 }
 
-bool Report::tell(std::string line) const {
+bool Report::writeLine(std::string line) const {
     std::replace(line.begin(), line.end(), '\n', ' ');
     line += '\n';
     return write(mDescriptor, line.data(), line.size()) == static_cast<ssize_t>(line.size());

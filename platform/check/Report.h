@@ -6,15 +6,15 @@
 
 namespace check {
 
-/// Leads from a process to the one that started it. A pipe of its own: a platform may log to
-/// standard output.
+/// The pipe on which a child process reports to its parent. Not standard output, to which a
+/// platform may log.
 class Report {
 public:
     /// @param descriptor its number, as the command line has it.
     explicit Report(const char* descriptor);
 
-    /// Tells a line; line ends within become spaces. False when nobody reads it.
-    bool tell(std::string line) const;
+    /// Line ends within the line become spaces. False when nobody reads it.
+    bool writeLine(std::string line) const;
 
 private:
     const int mDescriptor;

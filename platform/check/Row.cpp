@@ -12,12 +12,12 @@ Rows allRows() {
     return all;
 }
 
-Seen judged(bool holds, const std::string& what) {
-    return {holds ? Verdict::Right : Verdict::Wrong, what};
+Result require(bool holds, const std::string& seen) {
+    return {holds ? Verdict::Ok : Verdict::Wrong, seen};
 }
 
-Seen preferred(bool holds, const std::string& what) {
-    return {holds ? Verdict::Right : Verdict::Tolerated, what};
+Result prefer(bool holds, const std::string& seen) {
+    return {holds ? Verdict::Ok : Verdict::Differs, seen};
 }
 
 }  // namespace check

@@ -9,21 +9,20 @@
 namespace check {
 
 enum class Verdict {
-    Right,      ///< as the library relies on it
-    Tolerated,  ///< otherwise, and the library does without
-    Wrong,      ///< otherwise: the consequence will be met
-    NotSeen,    ///< could not be looked at, for a reason that is told
-    NotTried,   ///< was not asked for
+    Ok,       ///< as the library relies on it
+    Differs,  ///< not as it relies on it, but the library can do without
+    Wrong,    ///< not as it relies on it: expect the consequence
+    Unseen,   ///< could not be checked, for the reason given
+    Untried,  ///< takes an option that was not given
 };
 
-/// What one look at the runtime saw.
-struct Seen {
+struct Result {
     Verdict verdict;
-    std::string what;
+    std::string seen;  ///< for the table
 };
 
-/// What keeps a process from looking; `what` tells. The row was not seen then.
-class CannotLook : public std::runtime_error {
+/// Why a row cannot be checked, in `what`.
+class CannotCheck : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -32,15 +31,15 @@ public:
 struct Row {
     const char* name;
     const char* reliedOn;
-    const char* otherwise;
-    /// Looks at the runtime of this process. Throws CannotLook. May hang or end the process:
-    /// whoever calls it is a process of its own, with a deadline.
-    Seen (*look)();
+    const char* consequence;
+    /// Checks the runtime of this process. Throws CannotCheck. May hang or end the process, so
+    /// `checkInChild` calls it in a child process with a deadline.
+    Result (*check)();
 };
 
 using Rows = std::vector<Row>;
 
-/// Those of a section each.
+/// The rows of each section of the page.
 Rows referenceRows();
 Rows interfaceRows();
 Rows parcelRows();
@@ -51,10 +50,10 @@ Rows nameRows();
 /// All of them, in the order of the page.
 Rows allRows();
 
-/// Right when `holds`, else Wrong.
-Seen judged(bool holds, const std::string& what);
-/// Right when `holds`, else Tolerated.
-Seen preferred(bool holds, const std::string& what);
+/// Ok when `holds`, else Wrong.
+Result require(bool holds, const std::string& seen);
+/// Ok when `holds`, else Differs.
+Result prefer(bool holds, const std::string& seen);
 
 }  // namespace check
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "check/Look.h"
+#include "check/RowCheck.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -9,58 +9,58 @@
 namespace check {
 namespace {
 
-// A line of the process that looks: the verdict's number, and what was seen.
-Seen parsed(const std::string& line) {
+// A line of the child process: the verdict's number, and what was seen.
+Result parsed(const std::string& line) {
     const int number = line.empty() ? -1 : line[0] - '0';
-    if (number < 0 || number > static_cast<int>(Verdict::NotTried)) {
-        return {Verdict::Wrong, "not a word of the process that looked: " + line};
+    if (number < 0 || number > static_cast<int>(Verdict::Untried)) {
+        return {Verdict::Wrong, "unexpected line of the child process: " + line};
     }
     return {static_cast<Verdict>(number), line.substr(1)};
 }
 
 std::string howItEnded(int status) {
-    return status < 0 ? "was ended by signal " + std::to_string(-status)
-                      : "left with status " + std::to_string(status);
+    return status < 0 ? "was killed by signal " + std::to_string(-status)
+                      : "exited with status " + std::to_string(status);
 }
 
-Seen lookOnce(const char* row) {
+Result checkNamed(const char* row) {
     for (const Row& each : allRows()) {
         if (std::strcmp(each.name, row) == 0) {
-            return each.look();
+            return each.check();
         }
     }
-    return {Verdict::NotSeen, "there is no such row"};
+    return {Verdict::Unseen, "there is no such row"};
 }
 
 }  // namespace
 
-Seen lookApart(const Row& row, std::chrono::seconds deadline, bool isVerbose) try {
+Result checkInChild(const Row& row, std::chrono::seconds deadline, bool isVerbose) try {
     const Deadline end = std::chrono::steady_clock::now() + deadline;
-    Process looking({"--look", row.name}, !isVerbose);
+    Process child({"--check", row.name}, !isVerbose);
     std::string line;
-    const bool hasSeen = looking.readLine(line, end);
+    const bool hasResult = child.readLine(line, end);
     int status = 0;
-    if (!looking.waitForEnd(status, end)) {
+    if (!child.waitForEnd(status, end)) {
         return {Verdict::Wrong, "no end within " + std::to_string(deadline.count()) + " s" +
-                                    (hasSeen ? ", but: " + parsed(line).what : "")};
+                                    (hasResult ? ", but: " + parsed(line).seen : "")};
     }
-    if (!hasSeen || status != EXIT_SUCCESS) {
-        return {Verdict::Wrong, "the process that looked " + howItEnded(status)};
+    if (!hasResult || status != EXIT_SUCCESS) {
+        return {Verdict::Wrong, "the child process " + howItEnded(status)};
     }
     return parsed(line);
-} catch (const CannotLook& why) {
-    return {Verdict::NotSeen, why.what()};
+} catch (const CannotCheck& why) {
+    return {Verdict::Unseen, why.what()};
 }
 
-int lookHere(const char* row, const Report& report) {
-    Seen seen{Verdict::NotSeen, ""};
+int checkRow(const char* row, const Report& report) {
+    Result result{Verdict::Unseen, ""};
     try {
-        seen = lookOnce(row);
-    } catch (const CannotLook& why) {
-        seen.what = why.what();
+        result = checkNamed(row);
+    } catch (const CannotCheck& why) {
+        result.seen = why.what();
     }
-    const std::string verdict = std::to_string(static_cast<int>(seen.verdict));
-    return report.tell(verdict + seen.what) ? EXIT_SUCCESS : EXIT_FAILURE;
+    const std::string verdict = std::to_string(static_cast<int>(result.verdict));
+    return report.writeLine(verdict + result.seen) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace check

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_PLATFORM_CHECK_LOOK_H
-#define VOXTREL_PLATFORM_CHECK_LOOK_H
+#ifndef VOXTREL_PLATFORM_CHECK_ROWCHECK_H
+#define VOXTREL_PLATFORM_CHECK_ROWCHECK_H
 
 #include <chrono>
 
@@ -9,13 +9,13 @@
 
 namespace check {
 
-/// Looks at a row in a process of its own: a runtime that hangs there, or ends it, is what was
-/// seen.
-Seen lookApart(const Row& row, std::chrono::seconds deadline, bool isVerbose);
+/// Checks a row in a child process, which a runtime that is wrong may hang or crash: that is then
+/// the result.
+Result checkInChild(const Row& row, std::chrono::seconds deadline, bool isVerbose);
 
-/// What that process does: looks, and tells what it saw.
+/// Runs in that child process: checks the row and reports the result.
 /// @return the exit status.
-int lookHere(const char* row, const Report& report);
+int checkRow(const char* row, const Report& report);
 
 }  // namespace check
 

@@ -4,43 +4,42 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "check/Look.h"
 #include "check/Options.h"
 #include "check/PeerNode.h"
 #include "check/Row.h"
+#include "check/RowCheck.h"
 
 namespace {
 
 constexpr const char* kVerdicts[] = {"ok", "differs", "WRONG", "UNSEEN", "untried"};
 
-void print(const check::Row& row, const check::Seen& seen) {
-    std::printf("%-8s %-27s %s | %s | %s\n", kVerdicts[static_cast<int>(seen.verdict)], row.name,
-                seen.what.c_str(), row.reliedOn, row.otherwise);
+void print(const check::Row& row, const check::Result& result) {
+    std::printf("%-8s %-27s %s | %s | %s\n", kVerdicts[static_cast<int>(result.verdict)], row.name,
+                result.seen.c_str(), row.reliedOn, row.consequence);
     std::fflush(stdout);
 }
 
 int list() {
     for (const check::Row& row : check::allRows()) {
-        std::printf("%s | %s | %s\n", row.name, row.reliedOn, row.otherwise);
+        std::printf("%s | %s | %s\n", row.name, row.reliedOn, row.consequence);
     }
     return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 int checkRows(const check::Options& options) {
     int counts[5] = {};
-    std::printf("%-8s %-27s seen | relied on | otherwise\n", "", "row");
+    std::printf("%-8s %-27s seen | relied on | consequence\n", "", "row");
     for (const check::Row& row : check::allRows()) {
         const auto& wanted = options.rows;
         if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), row.name) == wanted.end()) {
             continue;
         }
-        const check::Seen seen = check::lookApart(row, options.deadline, options.isVerbose);
-        print(row, seen);
-        ++counts[static_cast<int>(seen.verdict)];
+        const check::Result result = check::checkInChild(row, options.deadline, options.isVerbose);
+        print(row, result);
+        ++counts[static_cast<int>(result.verdict)];
     }
-    std::printf(
-        "%d as relied on, %d otherwise and tolerated, %d wrong, %d not seen, %d not tried\n",
-        counts[0], counts[1], counts[2], counts[3], counts[4]);
+    std::printf("%d ok, %d differ, %d wrong, %d unseen, %d untried\n", counts[0], counts[1],
+                counts[2], counts[3], counts[4]);
     const bool isReliable = counts[2] == 0 && counts[3] == 0;
     return std::fflush(stdout) == 0 && isReliable ? EXIT_SUCCESS : EXIT_FAILURE;
 }
@@ -48,12 +47,12 @@ int checkRows(const check::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // What this program starts of itself.
+    // The child processes of the check.
     if (argc == 4 && std::strcmp(argv[1], "--peer") == 0) {
         return check::servePeer(argv[2], check::Report(argv[3]));
     }
-    if (argc == 4 && std::strcmp(argv[1], "--look") == 0) {
-        return check::lookHere(argv[2], check::Report(argv[3]));
+    if (argc == 4 && std::strcmp(argv[1], "--check") == 0) {
+        return check::checkRow(argv[2], check::Report(argv[3]));
     }
     check::Options options;
     int exitStatus = EXIT_SUCCESS;

@@ -35,7 +35,7 @@ TEST(TheWholeTree, HasTheFilesThatItIncludes) {
 
 TEST(TheWholeTree, ShowsWhatEachFolderOfThePlatformIncludes) {
     const house::Graph graph = house::includeGraph(VOXTREL_SOURCE_DIR);
-    EXPECT_EQ(1U, graph.at("platform/check/Look").count("platform/check/Row"));
+    EXPECT_EQ(1U, graph.at("platform/check/RowCheck").count("platform/check/Row"));
     EXPECT_EQ(1U, graph.at("platform/host/Runtime").count("platform/host/socket/SocketTransport"));
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Loaded in front of the stand-in, and wrong in the one row of platform/README.md that
-// VOXTREL_WRONG_ROW names; in the process that looks alone, not in the one that it looks with. With
+// VOXTREL_WRONG_ROW names: in the process that checks the row, not in its peer. With
 // VOXTREL_TALKATIVE it logs to the standard output of both.
 #include <dlfcn.h>
 #include <ttscommon/ttscommon.h>
@@ -36,7 +36,7 @@ Function* right(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-/// Logs what may be taken for words of the check, and a line without an end.
+/// Logs what could be taken for a report, and a line without an end.
 void talk() {
     const std::string words = "\n1seen\nready\n\nstatus";
     if (gIsTalkative) {
@@ -53,11 +53,11 @@ void hangIf(const char* row) {
 [[gnu::constructor]] void choose(int argc, char** argv) {
     const std::string role = argc > 1 ? argv[1] : "";
     const char* row = std::getenv("VOXTREL_WRONG_ROW");
-    if (row != nullptr && role == "--look") {
+    if (row != nullptr && role == "--check") {
         gWrongRow = row;
     }
     gIsTalkative =
-        std::getenv("VOXTREL_TALKATIVE") != nullptr && (role == "--look" || role == "--peer");
+        std::getenv("VOXTREL_TALKATIVE") != nullptr && (role == "--check" || role == "--peer");
     talk();
     hangIf("hangs-at-start");
     std::atexit([] { hangIf("hangs-at-exit"); });

@@ -72,19 +72,17 @@ protected:
     voxtrel_test::PrivateRuntime runtime{VOXTREL_SERVICEMANAGER};
 };
 
-TEST_F(ThePlatformCheck, IsContentWithTheStandIn) {
+TEST_F(ThePlatformCheck, PassesOverTheStandIn) {
     const Ended ended = run(VOXTREL_PLATFORM_CHECK);
     EXPECT_EQ(0, ended.status);
-    EXPECT_EQ("34 as relied on, 0 otherwise and tolerated, 0 wrong, 0 not seen, 1 not tried",
-              ended.lines.back())
+    EXPECT_EQ("34 ok, 0 differ, 0 wrong, 0 unseen, 1 untried", ended.lines.back())
         << wordsOf(ended);
 }
 
 TEST_F(ThePlatformCheck, SeesTheMannersOfADriverAndToleratesThem) {
     const Ended ended = run("VOXTREL_BINDER_MANNERS=driver " VOXTREL_PLATFORM_CHECK);
     EXPECT_EQ(0, ended.status);
-    EXPECT_EQ("33 as relied on, 1 otherwise and tolerated, 0 wrong, 0 not seen, 1 not tried",
-              ended.lines.back())
+    EXPECT_EQ("33 ok, 1 differ, 0 wrong, 0 unseen, 1 untried", ended.lines.back())
         << wordsOf(ended);
     EXPECT_EQ("differs", verdictOn("absent-names", ended));
     const std::string words = wordsOf(ended);
@@ -94,7 +92,7 @@ TEST_F(ThePlatformCheck, SeesTheMannersOfADriverAndToleratesThem) {
     EXPECT_FALSE(std::regex_search(words, std::regex("overtaking +overtook in 0 of"))) << words;
 }
 
-TEST_F(ThePlatformCheck, IsNotContentWithWhatItCannotLookAt) {
+TEST_F(ThePlatformCheck, FailsWhereARowCannotBeChecked) {
     runtime.killManager();
     const Ended ended = run(VOXTREL_PLATFORM_CHECK " calls-at-once service-manager");
     EXPECT_EQ(1, ended.status);
@@ -146,21 +144,21 @@ void endRestarted(const voxtrel_test::PrivateRuntime& runtime) {
     (void)run("kill $(cat " + runtime.folder() + "/new); rm " + runtime.folder() + "/new");
 }
 
-TEST_F(ThePlatformCheck, SeesAServiceManagerThatIsStartedAnew) {
+TEST_F(ThePlatformCheck, SeesARestartedServiceManager) {
     const Ended ended = run(VOXTREL_PLATFORM_CHECK " restarted-manager" + restartOf(runtime));
     endRestarted(runtime);
     EXPECT_EQ("ok", verdictOn("restarted-manager", ended)) << wordsOf(ended);
 }
 
-/// Rows that rely on nothing have no wrong: the manners of a driver show both.
+/// Rows that rely on nothing cannot be wrong; the manners of a driver show both results.
 const std::set<std::string> kRowsWithoutWrong = {"overtaking", "one-way-room",
                                                  "one-way-to-own-objects"};
 
-/// Those that the library does without.
+/// Those whose promise the library can do without.
 const std::set<std::string> kToleratedRows = {"links-after-death", "links-to-own-objects",
                                               "letting-go", "restarted-manager"};
 
-/// Those in which the wrong ends the process that looks.
+/// Those whose check crashes where the runtime is wrong.
 const std::set<std::string> kDeadlyRows = {"strong-pointers", "static-destruction", "log-lines"};
 
 /// Rows about what headers do, compiled against headers that do otherwise.
@@ -203,7 +201,7 @@ TEST(TheRowsOfThePlatformCheck, AreThoseOfThePageWordForWord) {
     EXPECT_EQ(35U, rows.size());
 }
 
-/// The check that is to see what is wrong in `row`.
+/// The command that checks `row` over a runtime that is wrong in it.
 std::string wrongCheckOf(const std::string& row) {
     if (row == "calling-identity") {
         return VOXTREL_WRONG_IDENTITY_CHECK;
@@ -225,7 +223,7 @@ TEST_P(AWrongPlatform, IsSeen) {
     const bool isTolerated = kToleratedRows.count(row) == 1;
     EXPECT_EQ(isTolerated ? "differs" : "WRONG", verdictOn(row, ended)) << wordsOf(ended);
     EXPECT_EQ(isTolerated ? 0 : 1, ended.status);
-    const bool isEnded = wordsOf(ended).find("was ended by signal") != std::string::npos;
+    const bool isEnded = wordsOf(ended).find("was killed by signal") != std::string::npos;
     EXPECT_EQ(kDeadlyRows.count(row) == 1, isEnded) << wordsOf(ended);
 }
 
