@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -124,6 +125,32 @@ TEST(EveryDocument, LinksToWhatIsThere) {
         }
     }
     EXPECT_GT(seen, 5U);
+}
+
+/// The names of classes, and of headers, under a folder.
+std::set<std::string> namesUnder(const fs::path& folder) {
+    static const std::regex declaration(R"re(\b(?:class|struct) (?:\[\[\w+\]\] )?(\w+))re");
+    std::set<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string text = house::read(entry.path());
+        names.insert(entry.path().stem().string());
+        for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it) {
+            names.insert((*it)[1]);
+        }
+    }
+    return names;
+}
+
+TEST(TheGuideToTransports, NamesClassesThatThereAre) {
+    static const std::regex name(R"re(\b[A-Z][a-z]{2,}[A-Z]\w*\b)re");
+    const std::set<std::string> known = namesUnder(root() / "platform/host");
+    const std::string text = house::read(root() / "docs/transport.md");
+    std::size_t seen = 0;
+    for (std::sregex_iterator it(text.begin(), text.end(), name), end; it != end; ++it) {
+        ++seen;
+        EXPECT_TRUE(known.count(it->str()) == 1 || it->str() == "PassCredentials") << it->str();
+    }
+    EXPECT_GT(seen, 50U);
 }
 
 /// What the first group of `pattern` finds in a file.
