@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # usage: add_as_subproject.sh SOURCE_DIR COMPILER
 # Another project adds this one as a subdirectory and links the client library: it gets the libraries
-# and neither programs nor tests, and what it installs is its own.
+# and neither programs nor tests, and what it installs is its own, also when it asks for the programs.
 set -euo pipefail
 source=$1
 compiler=$2
@@ -44,6 +44,9 @@ for name in voxtreld voxtrelctl sd_voxtrel; do
 done
 tests=$(cd "$build" && ctest -N)
 grep -q 'Total Tests: 0' <<<"$tests" || { echo "$tests"; exit 1; }
-quietly cmake --install "$build" --prefix "$stage/usr"
-installed=$(cd "$stage/usr" && find . -type f)
-[ "$installed" = ./bin/application ] || { echo "installed: $installed"; exit 1; }
+for programs in OFF ON; do
+    quietly cmake -DVOXTREL_BUILD_PROGRAMS=$programs "$build"
+    quietly cmake --install "$build" --prefix "$stage/$programs"
+    installed=$(cd "$stage/$programs" && find . -type f)
+    [ "$installed" = ./bin/application ] || { echo "installed, programs $programs: $installed"; exit 1; }
+done
