@@ -121,14 +121,18 @@ private:
     posix_spawnattr_t mAttributes;
 };
 
-std::string lastLineOf(const std::string& path, std::streamoff begin) {
+/// Prefers a line of the program's own: those that its libraries print may come later, out of a
+/// buffer.
+std::string lastLineOf(const std::string& path, std::streamoff begin, const std::string& name) {
     std::ifstream log(path);
     log.seekg(begin);
     std::string last;
+    std::string own;
     for (std::string line; std::getline(log, line);) {
         last = line.empty() ? last : line;
+        own = line.find(name + ": ") == 0 ? line : own;
     }
-    return last;
+    return own.empty() ? last : own;
 }
 
 }  // namespace
@@ -168,7 +172,7 @@ bool Daemon::hasEnded() {
 }
 
 std::string Daemon::howItEnded() const {
-    const std::string line = lastLineOf(mLogPath, mLogBegin);
+    const std::string line = lastLineOf(mLogPath, mLogBegin, mName);
     if (!line.empty()) {
         return mName + " has ended: " + line;
     }

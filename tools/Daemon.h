@@ -22,7 +22,7 @@ public:
     /// True once it has ended.
     bool hasEnded();
 
-    /// "NAME has ended: LINE", with the last line that it logged, or what else is known of it.
+    /// "NAME has ended: LINE", with the last line that it logged, or with its exit status.
     std::string howItEnded() const;
 
     pid_t pid() const { return mPid; }

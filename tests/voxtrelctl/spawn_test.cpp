@@ -179,6 +179,22 @@ TEST(Spawning, SaysWhyTheServiceDoesNotStart) {
         << outcome.err;
 }
 
+// It said which profile the service had read.
+TEST(Spawning, SaysWhyTheServiceDoesNotStartAgain) {
+    const EmptyHome home;
+    ASSERT_EQ(0, EmptyHome::spawn({"status"})->finish().status);
+    const std::string profile = home.path("state/voxtrel/voxtrel.ini");
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(profile); }));
+    kill(home.running("voxtreld").at(0), SIGTERM);
+    ASSERT_TRUE(eventually([&] { return home.running("voxtreld").empty(); }));
+    writeFile(home.path("asound.conf"), "");
+    const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->finish();
+    EXPECT_EQ(1, outcome.status);
+    EXPECT_NE(std::string::npos,
+              outcome.err.find("voxtreld has ended: voxtreld: no sound on the audio device"))
+        << outcome.err;
+}
+
 TEST(Spawning, SaysWhyTheManagerDoesNotStart) {
     const EmptyHome home;
     writeFile(home.path("binder"), "somebody's file");
