@@ -47,13 +47,17 @@ std::vector<Step> stepsOf(const Diagnosis& seen) {
     };
 }
 
+/// In place of the advice to ask this very command.
+constexpr const char* kStartIt = "start it with: voxtreld, or with: voxtrelctl --spawn status";
+
 std::vector<Finding> wayTo(const Diagnosis& seen) {
     std::vector<Finding> findings;
     for (const Step& step : stepsOf(seen)) {
         if (seen.reach <= step.stopsAt) {
             const Problem problem = problemIn(seen);
-            const std::string what = problem.what.empty() ? "absent" : problem.what;
-            findings.push_back({step.subject, Verdict::Bad, what, problem.remedy, problem.code});
+            const bool isAbsent = problem.what.empty();
+            findings.push_back({step.subject, Verdict::Bad, isAbsent ? "absent" : problem.what,
+                                isAbsent ? kStartIt : problem.remedy, problem.code});
             break;
         }
         if (!step.good.empty()) {

@@ -80,6 +80,13 @@ TEST(TheWayOverTheDriver, EndsWhereNoManagerAnswersOrThereIsNoDriver) {
               "let this user read and write /dev/binder");
 }
 
+TEST(AServiceThatIsAbsent, IsToBeStartedAndNotToBeAskedAboutHereOnceMore) {
+    Symptoms symptoms = healthy();
+    symptoms.way.reach = Reach::NoService;
+    EXPECT_EQ(complaint(symptoms).seen, "absent");
+    EXPECT_EQ(complaint(symptoms).remedy.find("doctor"), std::string::npos);
+}
+
 struct ReachCase {
     Reach reach;
     const char* subject;
