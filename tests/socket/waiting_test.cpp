@@ -114,7 +114,7 @@ int heldBack(const std::vector<raw::Fd>& sockets) {
     return count;
 }
 
-// Sends the smallest one-way calls over thousands of connections, as many as one may leave waiting.
+// Sends the smallest one-way calls over thousands of connections, more than one may leave waiting.
 // Tells whether any was refused, and then, as often as it is asked, how many are held back.
 const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments& arguments) {
     raiseDescriptorLimit();
@@ -125,7 +125,7 @@ const voxtrel_test::Role kCrumbler("crumbler", [](const voxtrel_test::Arguments&
     bool refused = false;
     for (int i = 0; i < 3000 && waitsForRoom(control.get()); ++i) {
         sockets.push_back(raw::openCalls(control.get()));
-        for (int k = 0; k < 16 && waitsForRoom(sockets.back().get()); ++k) {
+        for (int k = 0; k < 20 && waitsForRoom(sockets.back().get()); ++k) {
             (void)raw::send(sockets.back().get(), message);
         }
     }

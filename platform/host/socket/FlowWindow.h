@@ -2,7 +2,6 @@
 #ifndef VOXTREL_SOCKET_FLOWWINDOW_H
 #define VOXTREL_SOCKET_FLOWWINDOW_H
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -11,15 +10,15 @@
 
 namespace android::transport {
 
-/// How many one-way calls a sender has ahead of its next call, and with how many bytes: sent, and
-/// not known to be done. Numbers wrap around.
+/// How many one-way calls a sender has ahead of its next call, and whether a large one is among
+/// them: sent, and not known to be done. Numbers wrap around.
 ///
 /// Called on: any thread `noteDone`; one thread at a time the rest. Locks: none.
 class FlowWindow {
 public:
     void noteSent(size_t bytes) {
-        mBytesSent += static_cast<uint32_t>(bytes);
-        mBytesUpTo[++mSent % kRemembered] = mBytesSent;
+        ++mSent;
+        mLastLarge = bytes > kMaxBytesOfOneAhead ? mSent : mLastLarge;
     }
     /// A reply says that so many are done in all. Replies may be read in another order than they
     /// were written.
@@ -31,23 +30,16 @@ public:
     }
 
     bool allDone() const { return mSent == mDone.load(); }
-    /// May a two-way call go behind them? With more ahead than `kMaxAhead` or `kMaxBytesAhead` the
-    /// other side may not be reading (see OneWayQueue).
+    /// May a two-way call go behind them? With more ahead than `kMaxAhead`, or one larger than
+    /// `kMaxBytesOfOneAhead`, the other side may not be reading (see OneWayQueue).
     bool mayGoBehind() const {
         const uint32_t ahead = mSent - mDone;
-        return ahead == 0 ||
-               (ahead <= kMaxAhead &&
-                mBytesSent - mBytesUpTo[(mSent - ahead) % kRemembered] <= kMaxBytesAhead);
+        return ahead <= kMaxAhead && mSent - mLastLarge >= ahead;
     }
 
 private:
-    static constexpr size_t kRemembered = 16;
-    static_assert(kRemembered > kMaxAhead, "reaches back to the oldest that may be ahead");
-
     uint32_t mSent = 0;
-    uint32_t mBytesSent = 0;
-    // mBytesSent as it was after each of the last calls, by their number.
-    std::array<uint32_t, kRemembered> mBytesUpTo = {};
+    uint32_t mLastLarge = 0;  // by its number
     std::atomic<uint32_t> mDone{0};
 };
 

@@ -9,8 +9,9 @@ namespace android::transport {
 
 namespace {
 
-constexpr size_t kMaxOfOneConnection = 16;
-constexpr size_t kMaxBytes = kLargestOneWay;
+// A channel with so many queued is not read until no more than `kMaxAhead` are left, so that the
+// thread that reads it again takes several at once.
+constexpr size_t kMaxMessages = 2 * kMaxAhead;
 
 }  // namespace
 
@@ -30,37 +31,35 @@ OneWayQueue::Entry OneWayQueue::enter(Quotas& quotas, const std::shared_ptr<Call
     if (!message->charge->granted()) {
         return Entry::Refused;
     }
-    const bool scarce = message->charge->scarce();
-    const bool counted = isCounted(envelope.header());
-    mBytes += size;
-    mWaiting.push_back({channel, std::move(message), size});
-    Share& share = mShares[channel.get()];
-    ++share.messages;
-    share.bytes += size;
+    Amount& amount = mAmounts[channel.get()];
+    ++amount.messages;
+    amount.bytes += size;
     // What is counted in the budget is limited there, for all connections together.
-    share.full = !counted && (share.messages >= kMaxOfOneConnection ||
-                              ((scarce || mBytes >= kMaxBytes) && !share.isPromised()));
-    return share.full ? Entry::Full : Entry::Queued;
+    amount.full = !isCounted(envelope.header()) &&
+                  (amount.messages >= kMaxMessages || amount.bytes > kMaxBytesAhead);
+    mQueued.push_back({channel, std::move(message)});
+    return amount.full ? Entry::Full : Entry::Queued;
 }
 
 OneWayQueue::Next OneWayQueue::next() {
     Mutex::Autolock held(mLock);
-    if (mWaiting.empty()) {
+    if (mQueued.empty()) {
         mBusy = false;
         return {};
     }
-    Waiting first = std::move(mWaiting.front());
-    mWaiting.pop_front();
-    mBytes -= first.size;
-    const auto share = mShares.find(first.channel.get());
-    --share->second.messages;
-    share->second.bytes -= first.size;
-    const bool readOn = share->second.full && share->second.isPromised();
+    Queued first = std::move(mQueued.front());
+    mQueued.pop_front();
+    const auto found = mAmounts.find(first.channel.get());
+    Amount& amount = found->second;
+    --amount.messages;
+    amount.bytes -= first.message->parcel.dataSize();
+    const bool readOn =
+        amount.full && amount.messages <= kMaxAhead && amount.bytes <= kMaxBytesAhead;
     if (readOn) {
-        share->second.full = false;
+        amount.full = false;
     }
-    if (share->second.messages == 0) {
-        mShares.erase(share);
+    if (amount.messages == 0) {
+        mAmounts.erase(found);
     }
     return {std::move(first.message), std::move(first.channel), readOn};
 }

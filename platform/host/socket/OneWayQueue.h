@@ -22,7 +22,7 @@ class CallChannel;
 struct Incoming {
     Parcel parcel;
     Envelope envelope;
-    /// Its binders or bytes could not be received: it fails in its turn.
+    /// Its binders or bytes could not be received: the call fails.
     bool lost = false;
     /// Of a one-way call in the manners of a driver.
     Overtaking::Arrival arrival;
@@ -33,16 +33,15 @@ struct Incoming {
 /// One-way calls to a node are served one at a time, in the order in which they were received. A
 /// thread that receives one while another is being served queues it for the thread that serves.
 ///
-/// A channel whose share of the queue is used up is not read, so that its sender is slowed down. A
-/// two-way call goes behind one-way calls only when they are few and small (`kMaxAhead`,
-/// `kMaxBytesAhead`), and so many never keep a channel from being read: they may be waiting for
-/// that very call. Because of this promise, what a process has in all queues is charged to its
-/// quota: with half of it used its channels are read no further than promised, and with all of it
-/// used the next message closes its channel.
+/// A channel of which too much is queued is not read, so that its sender is slowed down. A two-way
+/// call goes behind one-way calls only when they are few and small (`kMaxAhead`, `kMaxBytesAhead`),
+/// and so many never keep a channel from being read: they may be waiting for that very call. A
+/// process may have many channels, so what it has in all queues is charged to its quota, and beyond
+/// that its next message closes its channel.
 class OneWayQueue {
 public:
     enum class Entry {
-        ServeNow,  ///< nothing is being served; the message is still the caller's, and its turn
+        ServeNow,  ///< nothing is being served; the caller serves its message, and then `next`
         Queued,    ///< the queue has the message; the channel may be read on
         Full,      ///< the same, but the channel is not to be read until `next` gives it back
         Refused,   ///< its sender has too much waiting already; the message is still the caller's
@@ -51,32 +50,29 @@ public:
                 std::unique_ptr<Incoming>& message) PLATFORM_EXCLUDES(mLock);
 
     struct Next {
-        std::unique_ptr<Incoming> message;     ///< to be served; null when the turn has ended
+        std::unique_ptr<Incoming> message;     ///< to be served; null when nothing is queued
         std::shared_ptr<CallChannel> channel;  ///< where it came from
         bool readOn = false;                   ///< `channel` was full and is to be read again
     };
-    /// Ends the caller's turn unless something waits.
+    /// The caller, which serves, goes on with this, or ends.
     Next next() PLATFORM_EXCLUDES(mLock);
 
 private:
-    struct Waiting {
+    struct Queued {
         std::shared_ptr<CallChannel> channel;
         std::unique_ptr<Incoming> message;
-        size_t size;
     };
-    struct Share {
+    /// What is queued of one channel.
+    struct Amount {
         size_t messages = 0;
         size_t bytes = 0;
         bool full = false;
-        /// The sender relies on it that the connection is read on.
-        bool isPromised() const { return messages <= kMaxAhead && bytes <= kMaxBytesAhead; }
     };
 
     Mutex mLock;
     bool mBusy PLATFORM_GUARDED_BY(mLock) = false;
-    size_t mBytes PLATFORM_GUARDED_BY(mLock) = 0;
-    std::deque<Waiting> mWaiting PLATFORM_GUARDED_BY(mLock);
-    std::unordered_map<const CallChannel*, Share> mShares PLATFORM_GUARDED_BY(mLock);
+    std::deque<Queued> mQueued PLATFORM_GUARDED_BY(mLock);
+    std::unordered_map<const CallChannel*, Amount> mAmounts PLATFORM_GUARDED_BY(mLock);
 };
 
 }  // namespace android::transport

@@ -34,8 +34,8 @@ size_t descriptorLimit() {
 }
 
 // Descriptors are numbered from below, so a high number says how many are in use.
-size_t descriptorsLeft(size_t leased, int fd) {
-    const size_t used = std::max(leased, static_cast<size_t>(std::max(fd, 0))) + kReserve;
+size_t descriptorsLeft(size_t charged, int fd) {
+    const size_t used = std::max(charged, static_cast<size_t>(std::max(fd, 0))) + kReserve;
     const size_t most = descriptorLimit();
     return most > used ? most - used : 0;
 }
@@ -51,15 +51,15 @@ bool mayHaveBytes(const QuotaAmount& ofProcess, const QuotaAmount& ofUser, bool 
            (ownUser || ofUser.bytes <= kMaxBytesOfOneUser);
 }
 
-template <typename Usage, typename Key>
-QuotaAmount heldBy(const Usage& usage, Key key) {
+template <typename Key>
+QuotaAmount heldBy(const std::unordered_map<Key, QuotaAmount>& usage, Key key) {
     const auto found = usage.find(key);
     return found != usage.end() ? found->second : QuotaAmount{};
 }
 
 // An entry that holds nothing is gone.
-template <typename Usage, typename Key>
-void add(Usage& usage, Key key, const QuotaAmount& change) {
+template <typename Key>
+void add(std::unordered_map<Key, QuotaAmount>& usage, Key key, const QuotaAmount& change) {
     QuotaAmount& held = usage[key];
     held = held + change;
     if (held.descriptors == 0 && held.bytes == 0) {
@@ -90,7 +90,7 @@ PeerIdentity Quotas::chargedPeer(PeerIdentity sender, uint32_t named) const {
     return {pid, userOf(pid)};
 }
 
-Quotas::Grant Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
+bool Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
     const bool ownUser = peer.uid == geteuid();
     Mutex::Autolock held(mLock);
     const QuotaAmount ofProcess = heldBy(mByPid, peer.pid) + amount;
@@ -98,10 +98,10 @@ Quotas::Grant Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
     if ((amount.descriptors != 0 &&
          !mayHaveDescriptors(ofProcess, ofUser, ownUser, descriptorsLeft(mDescriptors, fd))) ||
         (amount.bytes != 0 && !mayHaveBytes(ofProcess, ofUser, ownUser))) {
-        return Grant::None;
+        return false;
     }
     note(peer, amount);
-    return ofProcess.bytes > kMaxBytesOfOneProcess / 2 ? Grant::Scarce : Grant::Plenty;
+    return true;
 }
 
 void Quotas::giveBack(PeerIdentity peer, QuotaAmount amount) {

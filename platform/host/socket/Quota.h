@@ -55,9 +55,9 @@ public:
 
 private:
     friend class QuotaCharge;
-    enum class Grant { None, Plenty, Scarce };
 
-    Grant charge(PeerIdentity peer, int fd, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
+    /// False when it is more than `peer` may have: then nothing is charged.
+    bool charge(PeerIdentity peer, int fd, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
     void giveBack(PeerIdentity peer, QuotaAmount amount) PLATFORM_EXCLUDES(mLock);
     /// Numbers wrap around: a change may be a decrease.
     void note(PeerIdentity peer, QuotaAmount change) PLATFORM_REQUIRES(mLock);
@@ -81,30 +81,28 @@ public:
         : QuotaCharge(quotas, peer, fd, {1, 0}) {}
     /// For more than that; `fd` is the highest number among the descriptors.
     QuotaCharge(Quotas& quotas, PeerIdentity peer, int fd, QuotaAmount amount)
-        : mQuotas(&quotas), mPeer(peer), mGrant(quotas.charge(peer, fd, amount)) {
-        mAmount = granted() ? amount : QuotaAmount{};
+        : mPeer(peer), mAmount(amount), mGranted(quotas.charge(peer, fd, amount)) {
+        mQuotas = mGranted ? &quotas : nullptr;
     }
     QuotaCharge(QuotaCharge&& other) noexcept
-        : mQuotas(other.mQuotas),
+        : mQuotas(std::exchange(other.mQuotas, nullptr)),
           mPeer(other.mPeer),
-          mAmount(std::exchange(other.mAmount, {})),
-          mGrant(other.mGrant) {}
+          mAmount(other.mAmount),
+          mGranted(other.mGranted) {}
     QuotaCharge& operator=(QuotaCharge&&) = delete;
     ~QuotaCharge() {
-        if (mAmount.descriptors != 0 || mAmount.bytes != 0) {
+        if (mQuotas != nullptr) {
             mQuotas->giveBack(mPeer, mAmount);
         }
     }
 
-    bool granted() const { return mGrant != Quotas::Grant::None; }
-    /// More than half of what the process may have in bytes was used when this was granted.
-    bool scarce() const { return mGrant == Quotas::Grant::Scarce; }
+    bool granted() const { return mGranted; }
 
 private:
-    Quotas* mQuotas = nullptr;
+    Quotas* mQuotas = nullptr;  // null when there is nothing to give back
     PeerIdentity mPeer{};
-    QuotaAmount mAmount{};  // nothing when it is not granted
-    Quotas::Grant mGrant = Quotas::Grant::Plenty;
+    QuotaAmount mAmount{};
+    bool mGranted = true;
 };
 
 }  // namespace android::transport

@@ -73,7 +73,8 @@ constexpr size_t kLargestOneWay = kLargestRequest / 2;
 // However much waits at a node, a connection is read on while no more one-way calls of its own wait
 // there than this. So a two-way call may go behind so many: whatever they wait for, it is received.
 constexpr uint32_t kMaxAhead = 8;
-constexpr uint32_t kMaxBytesAhead = 16384;
+constexpr uint32_t kMaxBytesOfOneAhead = 16384;
+constexpr size_t kMaxBytesAhead = size_t{kMaxAhead} * kMaxBytesOfOneAhead;
 constexpr size_t kBinderBytes = 24;
 constexpr size_t kMaxObjects = 64;
 constexpr size_t kMaxFds = kMaxObjects + 1;
