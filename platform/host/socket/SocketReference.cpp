@@ -226,15 +226,16 @@ bool SocketReference::hasEnded() const {
 
 Fd SocketReference::share(pid_t holder, Deadline& deadline) {
     Fd control;
-    status_t last = OK;
     const auto attempt = [&](PollTarget& target) {
-        return last = mControl.open(Role::Control, holder, &control, target);
+        return mControl.open(Role::Control, holder, &control, target);
     };
-    const ThreadPool::BlockedScope blocked = mContext.pool.blockOnOwner();
-    PollTarget unused;
-    const bool wait = blocked.granted() && !mDoesNotListen;
-    const status_t status = wait ? retryUntil(deadline, attempt) : attempt(unused);
-    mDoesNotListen = last == WOULD_BLOCK;
+    PollTarget target;
+    status_t status = attempt(target);
+    if (status == WOULD_BLOCK && !mDoesNotListen) {
+        const ThreadPool::BlockedScope blocked = mContext.pool.blockOnReply();
+        status = blocked.granted() ? retryUntil(deadline, attempt) : status;
+    }
+    mDoesNotListen = status != OK;
     return status == DEAD_OBJECT ? deadReference() : std::move(control);
 }
 

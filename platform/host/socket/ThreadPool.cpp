@@ -18,8 +18,6 @@ namespace {
 // Ends a recursion of calls between processes before memory does.
 constexpr int kMaxThreads = 256;
 
-constexpr uint32_t kMaxOnOwners = 4;
-
 // The pool that the calling thread serves in.
 thread_local const ThreadPool* gPool = nullptr;
 
@@ -130,22 +128,15 @@ void ThreadPool::endStay() {
 
 ThreadPool::BlockedScope ThreadPool::blockOnReply() {
     if (gPool != this) {
-        return {nullptr, 0, true};
+        return {nullptr, true};
     }
     const ThreadCounts counts(mCounts.fetch_add(kOneBlocked) + kOneBlocked);
     if (!nobodyWaits() || grow() || counts.free() > 0) {
-        return {&mCounts, kOneBlocked, true};
+        return {this, true};
     }
     mCounts.fetch_sub(kOneBlocked);
     logLimited("all %d threads wait for replies: a call of the last one fails", counts.spawned);
-    return {nullptr, 0, false};
-}
-
-ThreadPool::BlockedScope ThreadPool::blockOnOwner() {
-    if (gPool != this) {
-        return {nullptr, 0, true};
-    }
-    return {&mOnOwners, 1, mOnOwners.fetch_add(1) < kMaxOnOwners};
+    return {nullptr, false};
 }
 
 }  // namespace android::transport

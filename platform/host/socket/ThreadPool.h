@@ -41,11 +41,11 @@ public:
     /// threads that do not serve.
     class BlockedScope {
     public:
-        BlockedScope(std::atomic<uint32_t>* count, uint32_t amount, bool granted)
-            : mCount(count), mAmount(amount), mGranted(granted) {}
+        /// `counted`: null for a thread that does not serve, and one to which it is not granted.
+        BlockedScope(ThreadPool* counted, bool granted) : mCounted(counted), mGranted(granted) {}
         ~BlockedScope() {
-            if (mCount != nullptr) {
-                mCount->fetch_sub(mAmount);
+            if (mCounted != nullptr) {
+                mCounted->mCounts.fetch_sub(kOneBlocked);
             }
         }
         BlockedScope(const BlockedScope&) = delete;
@@ -54,20 +54,17 @@ public:
         bool granted() const { return mGranted; }
 
     private:
-        std::atomic<uint32_t>* const mCount;
-        const uint32_t mAmount;
+        ThreadPool* const mCounted;
         const bool mGranted;
     };
 
-    /// For a reply. Such a thread does not count: another may be started in its place, so that
-    /// calls nest. Not granted to the last one when no other can be started: nobody would be left
-    /// to serve what all of them wait for.
+    /// For a reply, or for an owner to take a socket. Such a thread does not count: another may be
+    /// started in its place, so that calls nest. Not granted to the last one when no other can be
+    /// started: nobody would be left to serve what all of them wait for.
     BlockedScope blockOnReply();
-    /// For an owner to take a socket: granted to a few at a time.
-    BlockedScope blockOnOwner();
 
 private:
-    // Threads, and those of them that wait for replies, in one word: a thread must not leave while
+    // Threads, and those of them that are blocked, in one word: a thread must not leave while
     // another one is about to wait.
     struct ThreadCounts {
         explicit ThreadCounts(uint32_t bits)
@@ -93,7 +90,6 @@ private:
     std::atomic<uint32_t> mCounts{0};
     std::atomic<int> mWaiting{0};
     std::atomic<int> mStaying{0};
-    std::atomic<uint32_t> mOnOwners{0};
 };
 
 }  // namespace android::transport
