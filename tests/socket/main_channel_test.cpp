@@ -137,16 +137,19 @@ TEST_F(AMainChannel, NamesWhatItWaitsForWhenTheSocketIsFull) {
 }
 
 TEST_F(AMainChannel, WaitsUntilItsPredecessorIsDrained) {
-    Reactor reactor;
-    DrainingSockets draining(reactor);
+    DrainingSockets draining;
     SocketPair old = makeSocketPair();
-    const auto predecessor =
-        std::make_shared<DrainingSocket>(draining, NodeId{{1, 2}}, std::move(old.held));
+    const NodeId id = {{1, 2}};
+    draining.add(id, std::move(old.held));
+    EXPECT_EQ(nullptr, draining.find({{1, 3}}));
+    const auto predecessor = draining.find(id);
+    ASSERT_NE(nullptr, predecessor);
     MainChannel channel(mControl, predecessor);
     EXPECT_EQ(WOULD_BLOCK, send(channel, kOneWayCall));
-    EXPECT_EQ(predecessor->socket().get(), mTarget.fd);
+    EXPECT_EQ(predecessor->socket.get(), mTarget.fd);
     old.served.reset();  // the owner has read it to the end
     EXPECT_EQ(OK, send(channel, kOneWayCall));
+    EXPECT_EQ(nullptr, draining.find(id));
 }
 
 TEST_F(AMainChannel, OpensAnotherSocketForOneWayCallsWhenTheOwnerHasClosedIt) {

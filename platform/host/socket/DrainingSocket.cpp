@@ -9,54 +9,33 @@
 
 namespace android::transport {
 
-DrainingSocket::DrainingSocket(DrainingSockets& all, const NodeId& id, Fd socket)
-    : EventHandler(std::move(socket)), mAll(all), mId(id) {
-    (void)shutdown(this->socket().get(), SHUT_WR);  // fails where the owner has hung up already
-}
-
-void DrainingSocket::onReady() {
-    mAll.remove(*this);
-}
-
 bool DrainingSocket::isDrained() const {
-    return hasHungUp(socket());
+    return hasHungUp(socket);
 }
 
 void DrainingSockets::add(const NodeId& id, Fd socket) {
-    const auto draining = std::make_shared<DrainingSocket>(*this, id, std::move(socket));
+    (void)shutdown(socket.get(), SHUT_WR);  // fails where the owner has hung up already
     Mutex::Autolock held(mLock);
-    // A process without a thread pool is not told that they are drained.
-    for (size_t i = mOldestFirst.size(); i-- > 0;) {
-        if (mOldestFirst[i]->isDrained()) {
-            letGo(mOldestFirst.begin() + static_cast<List::difference_type>(i));
-        }
-    }
+    closeDrained();
     if (mOldestFirst.size() >= kMax) {
-        letGo(mOldestFirst.begin());
+        mOldestFirst.erase(mOldestFirst.begin());
     }
-    mOldestFirst.push_back(draining);
-    (void)mReactor.add(draining);  // else it stays until the next one comes
+    mOldestFirst.push_back(
+        std::make_shared<const DrainingSocket>(DrainingSocket{id, std::move(socket)}));
 }
 
-std::shared_ptr<DrainingSocket> DrainingSockets::find(const NodeId& id) {
+std::shared_ptr<const DrainingSocket> DrainingSockets::find(const NodeId& id) {
     Mutex::Autolock held(mLock);
+    closeDrained();
     const auto found = std::find_if(mOldestFirst.rbegin(), mOldestFirst.rend(),
-                                    [&id](const auto& one) { return one->id() == id; });
-    return found != mOldestFirst.rend() && !(*found)->isDrained() ? *found : nullptr;
+                                    [&id](const auto& one) { return one->id == id; });
+    return found != mOldestFirst.rend() ? *found : nullptr;
 }
 
-void DrainingSockets::remove(const DrainingSocket& draining) {
-    Mutex::Autolock held(mLock);
-    const auto found = std::find_if(mOldestFirst.begin(), mOldestFirst.end(),
-                                    [&](const auto& one) { return one.get() == &draining; });
-    if (found != mOldestFirst.end()) {
-        letGo(found);
-    }
-}
-
-void DrainingSockets::letGo(List::iterator one) {
-    mReactor.remove(**one);
-    mOldestFirst.erase(one);
+void DrainingSockets::closeDrained() {
+    mOldestFirst.erase(std::remove_if(mOldestFirst.begin(), mOldestFirst.end(),
+                                      [](const auto& one) { return one->isDrained(); }),
+                       mOldestFirst.end());
 }
 
 }  // namespace android::transport

@@ -34,7 +34,7 @@ status_t MainChannel::trySend(const Header& header, const Parcel& data,
 
 bool MainChannel::mayFollow(PollTarget& target) {
     if (mPredecessor != nullptr && !mPredecessor->isDrained()) {
-        target = {mPredecessor->socket().get(), POLLRDHUP};
+        target = {mPredecessor->socket.get(), POLLRDHUP};
         return false;
     }
     mPredecessor.reset();

@@ -49,7 +49,7 @@ private:
     Reactor mReactor;
     ThreadPool mPool{mReactor};
     const std::shared_ptr<StallMonitor> mStallMonitor = std::make_shared<StallMonitor>(mReactor);
-    DrainingSockets mDraining{mReactor};
+    DrainingSockets mDraining;
     const std::unique_ptr<OneWayBudget> mBudget;
     const Context mContext;
     ImportTable mImports{mContext, mDraining};
