@@ -2,32 +2,8 @@
 #include "socket/ImportTable.h"
 
 #include "socket/SocketReference.h"
-#include "support/ForkGuard.h"
 
 namespace android::transport {
-
-namespace {
-
-// A reference that leaves the table when it goes.
-class ImportedReference final : public SocketReference {
-public:
-    ImportedReference(ImportTable& table, const Context& context, const NodeId& id, Fd control,
-                      std::shared_ptr<const DrainingSocket> predecessor, bool leadsToManager)
-        : SocketReference(context, id, std::move(control), std::move(predecessor), leadsToManager),
-          mTable(table) {}
-    ~ImportedReference() override {
-        if (!isForkedChild()) {  // the table may be locked for ever
-            mTable.forget(*this);
-        }
-    }
-    ImportedReference(const ImportedReference&) = delete;
-    ImportedReference& operator=(const ImportedReference&) = delete;
-
-private:
-    ImportTable& mTable;
-};
-
-}  // namespace
 
 sp<IBinder> ImportTable::proxyOf(const NodeId& id, Fd control, bool leadsToManager) {
     sp<BpBinder> dead;  // let go outside of the lock
@@ -41,8 +17,9 @@ sp<IBinder> ImportTable::proxyOf(const NodeId& id, Fd control, bool leadsToManag
         startDraining(*entry.reference);  // it is being destroyed, and has not come here yet
     }
     dead = std::move(proxy);
-    auto reference = std::make_unique<ImportedReference>(*this, mContext, id, std::move(control),
-                                                         mDraining.find(id), leadsToManager);
+    auto reference = std::make_unique<SocketReference>(
+        mContext, id, std::move(control), mDraining.find(id), leadsToManager,
+        [this](SocketReference& gone) { forget(gone); });
     entry.reference = reference.get();
     proxy = new BpBinder(std::move(reference));
     entry.proxy = proxy;

@@ -28,14 +28,13 @@ public:
     sp<IBinder> proxyOf(const NodeId& id, Fd control, bool leadsToManager = false)
         PLATFORM_EXCLUDES(mLock);
 
-    /// The proxy of this reference is gone. Called on: the thread that destroys it.
-    void forget(SocketReference& reference) PLATFORM_EXCLUDES(mLock);
-
 private:
     struct Import {
         wp<BpBinder> proxy;
         SocketReference* reference = nullptr;
     };
+    /// The proxy of this reference is gone. Called on: the thread that destroys it.
+    void forget(SocketReference& reference) PLATFORM_EXCLUDES(mLock);
     void startDraining(SocketReference& reference);
 
     const Context& mContext;

@@ -52,17 +52,19 @@ private:
 
 SocketReference::SocketReference(const Context& context, const NodeId& id, Fd control,
                                  std::shared_ptr<const DrainingSocket> predecessor,
-                                 bool leadsToManager)
+                                 bool leadsToManager, std::function<void(SocketReference&)> atEnd)
     : mContext(context),
       mId(id),
       mControl(std::move(control)),
       mLeadsToManager(leadsToManager),
+      mAtEnd(std::move(atEnd)),
       mMain(mControl, std::move(predecessor)),
       mBudget(gManners.ofDriver ? std::make_unique<PeerBudget>() : nullptr) {}
 
 SocketReference::~SocketReference() {
     // A child shares the sockets with its parent, and may have copied a lock that is held.
     if (!isForkedChild()) {
+        mAtEnd(*this);
         unwatch();
     }
 }

@@ -3,6 +3,7 @@
 #define VOXTREL_SOCKET_SOCKETREFERENCE_H
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "binder/transport/Reference.h"
@@ -18,19 +19,21 @@ namespace android::transport {
 /// A reference that is a socket, the control socket. Calls travel on sockets of their own: the main
 /// channel, and one further socket for each two-way call that is under way at the same time, so
 /// that its caller sleeps on its own reply.
-class SocketReference : public Reference {
+class SocketReference final : public Reference {
 public:
-    /// `predecessor`: see MainChannel. `leadsToManager`: the node is the service manager's.
+    /// `predecessor`: see MainChannel. `leadsToManager`: the node is the service manager's. `atEnd`
+    /// is told as it goes.
     SocketReference(const Context& context, const NodeId& id, Fd control,
-                    std::shared_ptr<const DrainingSocket> predecessor, bool leadsToManager);
+                    std::shared_ptr<const DrainingSocket> predecessor, bool leadsToManager,
+                    std::function<void(SocketReference&)> atEnd);
     ~SocketReference() override;
     SocketReference(const SocketReference&) = delete;
     SocketReference& operator=(const SocketReference&) = delete;
 
-    status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) final;
-    bool hasEnded() const final;
-    status_t watch(const wp<BpBinder>& proxy) final;
-    void unwatch() final;
+    status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
+    bool hasEnded() const override;
+    status_t watch(const wp<BpBinder>& proxy) override;
+    void unwatch() override;
 
     const NodeId& id() const { return mId; }
     /// A new reference to the same node, to be given away: a control socket that the node's process
@@ -56,6 +59,7 @@ private:
     const NodeId mId;
     const ControlSocket mControl;
     const bool mLeadsToManager;
+    const std::function<void(SocketReference&)> mAtEnd;
     MainChannel mMain;
     IdleSockets mIdle;
     // The owner did not take the last reference that was passed on: the next one does not wait.
