@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where the service manager's socket is, and what else may be at its place.
+#include <binder/ServiceManagerSocket.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,14 +31,14 @@ TEST_F(TheServiceManager, DoesNotReplaceAFileThatIsNoSocket) {
 }
 
 TEST(TheSocketPath, IsTheOneThatTheEnvironmentNames) {
-    using android::transport::socketPath;
+    using android::serviceManagerSocket;
     setenv("VOXTREL_BINDER_SOCKET", "/some/where", 1);
     setenv("XDG_RUNTIME_DIR", "/run/user/9", 1);
-    EXPECT_EQ("/some/where", socketPath());
+    EXPECT_EQ("/some/where", serviceManagerSocket());
     setenv("VOXTREL_BINDER_SOCKET", "", 1);
-    EXPECT_EQ("/run/user/9/voxtrel/binder", socketPath());
+    EXPECT_EQ("/run/user/9/voxtrel/binder", serviceManagerSocket());
     unsetenv("XDG_RUNTIME_DIR");
-    EXPECT_EQ("/tmp/voxtrel-" + std::to_string(geteuid()) + "/binder", socketPath());
+    EXPECT_EQ("/tmp/voxtrel-" + std::to_string(geteuid()) + "/binder", serviceManagerSocket());
     setenv("VOXTREL_BINDER_SOCKET", "/nonexistent/binder", 1);
 }
 

@@ -6,6 +6,7 @@
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -23,11 +24,10 @@ namespace android::transport {
 namespace {
 
 constexpr int kBacklog = 128;
-// Of 1 ms each, while the backlog of a service manager is full.
-constexpr int kConnectAttempts = 100;
+// While the backlog of a service manager is full.
+constexpr timeval kConnectTimeout = {0, 100000};
 constexpr int kOutOfDescriptorsMs = 10;
 constexpr int kLeavingAttempts = 5000;  // 1 ms each
-constexpr const char* kLeaving = ".leaving";
 
 bool fill(const std::string& path, sockaddr_un* address) {
     *address = {};
@@ -38,10 +38,6 @@ bool fill(const std::string& path, sockaddr_un* address) {
     }
     std::memcpy(address->sun_path, path.data(), path.size());
     return true;
-}
-
-Fd spare() {
-    return Fd(::open("/dev/null", O_RDONLY | O_CLOEXEC));
 }
 
 // A manager that is leaving has given its socket up already, and holds the lock for a moment more.
@@ -91,32 +87,18 @@ bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
     return unlink(path.c_str()) == 0;
 }
 
-/// The file of the socket that this process has bound, whatever its path leads to by now.
-Fd fileOf(const std::string& path) {
-    Fd file(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
-    const bool isOurs = file.valid() && fstat(file.get(), &status) == 0 &&
-                        S_ISSOCK(status.st_mode) && status.st_uid == geteuid();
-    errno = file.valid() && !isOurs ? EPERM : errno;
-    return isOurs ? std::move(file) : Fd();
-}
-
-/// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen.
+/// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen. A link
+/// that has taken its place is not followed: it would open somebody else's file.
 bool grant(const std::string& path, const SocketAccess& access) {
-    const Fd file = fileOf(path);
-    if (!file.valid()) {
-        return false;
-    }
     if (access.group.has_value() &&
-        fchownat(file.get(), "", static_cast<uid_t>(-1), *access.group, AT_EMPTY_PATH) != 0) {
+        lchown(path.c_str(), static_cast<uid_t>(-1), *access.group) != 0) {
         const int error = errno;
         logLine("cannot give %s to group %u: %s; its members and root may", path.c_str(),
                 static_cast<unsigned>(*access.group), strerrordesc_np(error));
         errno = error;
         return false;
     }
-    // A path that leads elsewhere by now would open somebody else's file.
-    return chmod(("/proc/self/fd/" + std::to_string(file.get())).c_str(), access.mode) == 0;
+    return fchmodat(AT_FDCWD, path.c_str(), access.mode, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 /// The mode that a socket has before it is bound is the most that its file gets.
@@ -195,7 +177,6 @@ Listener::Listener(const Context& context, Fd socket, Fd lock, std::string path,
       mContext(context),
       mLock(std::move(lock)),
       mPath(std::move(path)),
-      mSpare(spare()),
       mManager(manager) {}
 
 bool Listener::hasConnections() const {
@@ -203,30 +184,18 @@ bool Listener::hasConnections() const {
     return poll(&request, 1, 0) != 0 || !mContext.quotas.unusedSince().has_value();
 }
 
-bool Listener::hideSocket() const {
-    return mPath.empty() || rename(mPath.c_str(), (mPath + kLeaving).c_str()) == 0;
-}
-
-void Listener::showSocket() const {
-    if (!mPath.empty()) {
-        (void)rename((mPath + kLeaving).c_str(), mPath.c_str());
-    }
-}
-
 bool Listener::leaveIfUnused() {
     Mutex::Autolock held(mAdmitting);
-    if (mLeft || hasConnections() || !hideSocket()) {
+    const std::string hidden = mPath + ".leaving";
+    if (mLeft || hasConnections() ||
+        (!mPath.empty() && rename(mPath.c_str(), hidden.c_str()) != 0)) {
         return mLeft;
     }
-    if (hasConnections()) {  // made before the socket was renamed
-        showSocket();
-        return false;
-    }
-    mLeft = true;
+    mLeft = !hasConnections();  // some may have come before it was renamed
     if (!mPath.empty()) {
-        (void)unlink((mPath + kLeaving).c_str());
+        (void)(mLeft ? unlink(hidden.c_str()) : rename(hidden.c_str(), mPath.c_str()));
     }
-    return true;
+    return mLeft;
 }
 
 void Listener::onReady() {
@@ -239,9 +208,10 @@ void Listener::onReady() {
         if (control.valid()) {
             admit(std::move(control));
         } else if (errno == EMFILE || errno == ENFILE) {
-            if (!turnOneAway()) {
-                break;
-            }
+            // The reserve is used up by what calls bring along, and soon there again.
+            logLimited("out of file descriptors: connections wait");
+            (void)poll(nullptr, 0, kOutOfDescriptorsMs);
+            break;
         } else if (errno != EINTR && errno != ECONNABORTED) {
             break;
         }
@@ -268,35 +238,20 @@ void Listener::admit(Fd control) const {
     }
 }
 
-bool Listener::turnOneAway() {
-    if (!mSpare.valid()) {
-        // Another thread of the process has taken its number: wait for descriptors.
-        (void)poll(nullptr, 0, kOutOfDescriptorsMs);
-    }
-    mSpare.reset();
-    Fd unlucky(sys::accept(socket().get()));
-    logLimited("out of file descriptors: a connection is refused");
-    unlucky.reset();
-    mSpare = spare();
-    return mSpare.valid();
-}
-
 Fd connectTo(const std::string& path) {
     sockaddr_un address;
     if (!fill(path, &address) || !folderIsTrusted(path)) {
         return Fd();
     }
-    Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    for (int attempt = 0; socket.valid() && attempt < kConnectAttempts; ++attempt) {
-        if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
-            return socket;
-        }
-        if (errno != EAGAIN && errno != EINTR) {
-            return Fd();
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return Fd();
+    Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    (void)setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &kConnectTimeout,
+                     sizeof(kConnectTimeout));  // fails where there is no socket
+    int result = 0;
+    do {
+        result =
+            connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+    } while (result != 0 && errno == EINTR);
+    return result == 0 ? std::move(socket) : Fd();
 }
 
 }  // namespace android::transport

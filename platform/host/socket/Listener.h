@@ -38,17 +38,12 @@ public:
 
 private:
     void admit(Fd control) const;
-    /// False when there are still no descriptors.
-    bool turnOneAway();
 
     bool hasConnections() const;
-    bool hideSocket() const;
-    void showSocket() const;
 
     const Context& mContext;
     const Fd mLock;  // held for as long as the place is taken
     const std::string mPath;
-    Fd mSpare;  // given up for a moment when there are no descriptors left
     const sp<BBinder> mManager;
     Mutex mAdmitting;
     bool mLeft PLATFORM_GUARDED_BY(mAdmitting) = false;

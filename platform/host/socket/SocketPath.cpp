@@ -30,16 +30,6 @@ std::string folderOf(const std::string& path) {
     return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
-std::string socketPath() {
-    if (const char* chosen = environment("VOXTREL_BINDER_SOCKET")) {
-        return chosen;
-    }
-    if (const char* runtime = environment("XDG_RUNTIME_DIR")) {
-        return std::string(runtime) + "/voxtrel/binder";
-    }
-    return sharedFallback();
-}
-
 void makeFolderOf(const std::string& path) {
     // A failure shows when the socket is bound.
     (void)mkdir(folderOf(path).c_str(), kOwnerOnly);
@@ -60,11 +50,17 @@ bool isPrivateTo(uid_t user, const std::string& folder) {
 namespace android {
 
 std::string serviceManagerSocket() {
-    return transport::socketPath();
+    if (const char* chosen = transport::environment("VOXTREL_BINDER_SOCKET")) {
+        return chosen;
+    }
+    if (const char* runtime = transport::environment("XDG_RUNTIME_DIR")) {
+        return std::string(runtime) + "/voxtrel/binder";
+    }
+    return transport::sharedFallback();
 }
 
 bool makeServiceManagerFolder() {
-    const std::string path = transport::socketPath();
+    const std::string path = serviceManagerSocket();
     transport::makeFolderOf(path);
     return transport::folderIsTrusted(path);
 }

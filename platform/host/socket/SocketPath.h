@@ -17,10 +17,6 @@ struct SocketAccess {
     std::optional<gid_t> group;  ///< of the file; else the one that the kernel gives it
 };
 
-/// Where the service manager listens: $VOXTREL_BINDER_SOCKET, else $XDG_RUNTIME_DIR/voxtrel/binder,
-/// else voxtrel-<uid>/binder under /tmp. Read anew at each call.
-std::string socketPath();
-
 /// The folder in which the file of that path is.
 std::string folderOf(const std::string& path);
 

@@ -7,6 +7,7 @@
 
 #include "binder/Binder.h"
 #include "binder/BpBinder.h"
+#include "binder/ServiceManagerSocket.h"
 #include "socket/Listener.h"
 #include "support/ForkGuard.h"
 
@@ -44,7 +45,7 @@ sp<IBinder> SocketTransport::contextObject() {
         }
     }
     // Without the lock: a slow manager costs each thread its own wait only.
-    Fd control = connectTo(socketPath());
+    Fd control = connectTo(serviceManagerSocket());
     Mutex::Autolock held(mLock);
     if (const sp<IBinder> first = knownContext(); first != nullptr) {
         return first;  // another thread's: they all have one proxy
@@ -63,7 +64,8 @@ bool SocketTransport::becomeContext(const sp<BBinder>& manager, const SocketAcce
         return false;
     }
     Mutex::Autolock held(mLock);
-    return serve(Listener::open(mRuntime.context(), socketPath(), manager, access), manager);
+    return serve(Listener::open(mRuntime.context(), serviceManagerSocket(), manager, access),
+                 manager);
 }
 
 bool SocketTransport::becomeContextAt(Fd socket, const sp<BBinder>& manager) {
@@ -75,7 +77,7 @@ bool SocketTransport::becomeContextAt(Fd socket, const sp<BBinder>& manager) {
 }
 
 std::string SocketTransport::contextPlace() const {
-    return socketPath();
+    return serviceManagerSocket();
 }
 
 bool SocketTransport::leaveIfUnused() {
