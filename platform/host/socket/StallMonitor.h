@@ -35,12 +35,13 @@ private:
 /// Looks every 2 ms, while threads serve channels, whether one is in the same call as at the last
 /// look, and then hands its channel over to the other threads. So a long call does not hold up what
 /// comes behind it on its channel, and a quick one pays nothing.
-class StallMonitor final : public EventHandler, public std::enable_shared_from_this<StallMonitor> {
+class StallMonitor final : public EventHandler {
 public:
+    /// To be added to `reactor`.
     explicit StallMonitor(Reactor& reactor);
 
-    /// The calling thread serves `channel` until it leaves. False when there is no descriptor for
-    /// the timer; the next one tries again.
+    /// The calling thread serves `channel` until it leaves. False when nobody looks, since there
+    /// was no descriptor for the timer.
     bool enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress)
         PLATFORM_EXCLUDES(mLock);
     void leave(const CallProgress& progress) PLATFORM_EXCLUDES(mLock);
@@ -55,11 +56,8 @@ private:
     };
     void look() PLATFORM_REQUIRES(mLock);
     void setTimer(bool on) PLATFORM_REQUIRES(mLock);
-    bool hasTimer() PLATFORM_REQUIRES(mLock);
 
     Reactor& mReactor;
-    // Set once, before the reactor knows of it; a process that is out of descriptors has none yet.
-    Fd mTimer;
     Mutex mLock;
     std::vector<Watched> mWatched PLATFORM_GUARDED_BY(mLock);
     int mIdleLooks PLATFORM_GUARDED_BY(mLock) = 0;
