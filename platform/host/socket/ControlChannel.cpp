@@ -14,8 +14,6 @@ namespace {
 
 // How long a thread that has served a socket sleeps on it for more.
 constexpr suseconds_t kStayMicroseconds = 5000;
-// Messages read before the thread goes back to the reactor: one peer must not keep it.
-constexpr int kMaxAtOnce = 8;
 
 bool prepare(const Fd& socket) {
     const timeval stay = {0, kStayMicroseconds};
@@ -25,19 +23,15 @@ bool prepare(const Fd& socket) {
 
 }  // namespace
 
+// One message, and back to the reactor: one peer must not keep the thread.
 void ControlChannel::onReady() {
-    for (int i = 0; i < kMaxAtOnce; ++i) {
-        Parcel empty;
-        Envelope envelope;
-        const Received received = receiveMessage(socket(), false, empty, envelope);
-        const Next next = check(received, envelope);
-        if (next == Next::Wait) {
-            break;
-        }
-        if (next == Next::Closed || !adopt(received, envelope)) {
-            context().pool.keepOneWaiting();  // the node may go with its last control socket
-            return;
-        }
+    Parcel empty;
+    Envelope envelope;
+    const Received received = receiveMessage(socket(), false, empty, envelope);
+    const Next next = check(received, envelope);
+    if (next == Next::Closed || (next == Next::Serve && !adopt(received, envelope))) {
+        context().pool.keepOneWaiting();  // the node may go with its last control socket
+        return;
     }
     context().reactor.rearm(*this);
 }
