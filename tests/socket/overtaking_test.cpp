@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // In the manners of a driver a two-way call may overtake the one-way calls before it.
-#include "socket/Overtaking.h"
+#include "support/Overtaking.h"
 
 #include <chrono>
 #include <string>

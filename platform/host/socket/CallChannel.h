@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "socket/Overtaking.h"
 #include "socket/ServerChannel.h"
 #include "socket/StallMonitor.h"
 #include "support/Manners.h"
+#include "support/Overtaking.h"
 
 namespace android::transport {
 

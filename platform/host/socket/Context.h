@@ -5,8 +5,8 @@
 namespace android::transport {
 
 class BinderTranslator;
+class BudgetPage;
 class ExportTable;
-class OneWayBudget;
 class Quotas;
 class Reactor;
 class StallMonitor;
@@ -22,7 +22,7 @@ struct Context {
     ExportTable& exports;
     BinderTranslator& translator;
     /// This process's own, as the receiver of calls; null but in the manners of a driver.
-    OneWayBudget* budget;
+    BudgetPage* budget;
 };
 
 }  // namespace android::transport

@@ -4,8 +4,8 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
-#include "socket/OneWayBudget.h"
 #include "socket/ThreadPool.h"
+#include "support/BudgetPage.h"
 #include "support/Log.h"
 
 namespace android::transport {
@@ -49,7 +49,7 @@ std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
 // Whoever holds the other end of `socket` is to count what it sends to this process.
 void ControlChannel::showBudget(const Fd& socket) const {
     if (context().budget != nullptr && context().budget->valid()) {
-        (void)sendAdopt(socket, Role::Budget, context().budget->page());  // it may have gone
+        (void)sendAdopt(socket, Role::Budget, context().budget->fd());  // it may have gone
     }
 }
 

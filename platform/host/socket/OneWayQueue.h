@@ -10,8 +10,8 @@
 
 #include "binder/Parcel.h"
 #include "socket/Message.h"
-#include "socket/Overtaking.h"
 #include "socket/Quota.h"
+#include "support/Overtaking.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {

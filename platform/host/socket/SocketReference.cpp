@@ -177,7 +177,7 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
 }
 
 status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& data) {
-    OneWayBudget* budget = mBudget->find(mControl.fd());
+    BudgetPage* budget = mBudget->find(mControl.fd());
     if (budget == nullptr || data.dataSize() > kLargestOneWay) {
         return callOneWay(header, data);
     }

@@ -22,8 +22,7 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
 }  // namespace
 
 SocketRuntime::SocketRuntime()
-    : mBudget(gManners.ofDriver ? std::make_unique<OneWayBudget>(OneWayBudget::makePage())
-                                : nullptr),
+    : mBudget(gManners.ofDriver ? std::make_unique<BudgetPage>(BudgetPage::make()) : nullptr),
       mContext{mQuotas, mReactor, mPool, *mStallMonitor, mExports, *this, mBudget.get()} {
     (void)mReactor.add(mStallMonitor);  // fails where nothing can be served
 }

@@ -9,11 +9,11 @@
 #include "socket/DrainingSocket.h"
 #include "socket/ExportTable.h"
 #include "socket/ImportTable.h"
-#include "socket/OneWayBudget.h"
 #include "socket/Quota.h"
 #include "socket/Reactor.h"
 #include "socket/StallMonitor.h"
 #include "socket/ThreadPool.h"
+#include "support/BudgetPage.h"
 
 namespace android::transport {
 
@@ -50,7 +50,7 @@ private:
     ThreadPool mPool{mReactor};
     const std::shared_ptr<StallMonitor> mStallMonitor = std::make_shared<StallMonitor>(mReactor);
     DrainingSockets mDraining;
-    const std::unique_ptr<OneWayBudget> mBudget;
+    const std::unique_ptr<BudgetPage> mBudget;
     const Context mContext;
     ImportTable mImports{mContext, mDraining};
 };

@@ -22,7 +22,7 @@ enum class Kind : uint32_t {
 enum class Role : uint32_t {
     Control = 1,  ///< stands for the reference itself; carries Adopt only, and hangs up at the end
     Calls = 2,    ///< one-way calls, and requests, one at a time, with their replies
-    Budget = 3,   ///< is answered with the page of a `OneWayBudget`, if there is one, and closed
+    Budget = 3,   ///< is answered with a `BudgetPage`, if there is one, and closed
 };
 
 /// Names a node for as long as it lives, wherever references to it travel. Random, so that only who
@@ -53,7 +53,7 @@ static_assert(sizeof(Header) == 32, "the same on every machine");
 /// The payload is in a memfd, the first descriptor of the message, but for its first
 /// `kInlineWithMemfd` bytes.
 constexpr uint32_t kPayloadInMemfd = 1;
-/// A one-way call that is counted in its receiver's `OneWayBudget`.
+/// A one-way call that is counted in its receiver's `BudgetPage`.
 constexpr uint32_t kCounted = 2;
 
 struct ObjectRecord {

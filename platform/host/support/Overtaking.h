@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOXTREL_SOCKET_OVERTAKING_H
-#define VOXTREL_SOCKET_OVERTAKING_H
+#ifndef VOXTREL_SUPPORT_OVERTAKING_H
+#define VOXTREL_SUPPORT_OVERTAKING_H
 
 #include <chrono>
 #include <condition_variable>
@@ -13,8 +13,8 @@ namespace android::transport {
 /// Lets two-way calls overtake one-way calls that their caller made before, as the kernel's driver
 /// may. Each reference that another process holds has one, in the manners of a driver: about half
 /// of its one-way calls are held back until a two-way call through it has been carried out, or
-/// `kLongest` has passed since they arrived. Held back they keep their turn, so that one-way calls
-/// never overtake each other. Called on: any thread.
+/// `kLongest` has passed since they arrived. Those behind one that is held back wait with it, so
+/// that one-way calls never overtake each other. Called on: any thread.
 class Overtaking {
 public:
     static constexpr std::chrono::milliseconds kLongest{20};
@@ -26,8 +26,7 @@ public:
     };
     Arrival arrive() PLATFORM_EXCLUDES(mLock);
 
-    /// Waits until the call may be carried out. A two-way call that is to overtake it may come over
-    /// the same socket, which the stall monitor hands to another thread.
+    /// Waits until the call may be carried out; another thread has to receive what overtakes it.
     void holdBack(const Arrival& arrival, uint32_t code) PLATFORM_EXCLUDES(mLock);
 
     /// How many have arrived so far.

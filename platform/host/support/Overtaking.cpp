@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Overtaking.h"
+#include "support/Overtaking.h"
 
 #include <random>
 
