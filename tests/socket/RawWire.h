@@ -14,7 +14,7 @@ namespace raw {
 using Bytes = std::vector<uint8_t>;
 
 enum Kind : uint32_t { kRequest = 1, kReply = 2, kOneWay = 3, kAdopt = 4 };
-enum Role : uint32_t { kControl = 1, kCalls = 2, kBudget = 3 };
+enum Role : uint32_t { kControl = 1, kCalls = 2 };
 
 /// A packet's eight words, "VXX1" first.
 struct Words {

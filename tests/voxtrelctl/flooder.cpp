@@ -27,10 +27,8 @@ int sendOneWay(const android::sp<android::IBinder>& blocked, size_t size) {
 int main(int, char** argv) {
     const android::sp<android::IBinder> blocked =
         android::defaultServiceManager()->getService(android::String16(argv[1]));
-    // Behind the answer to a two-way call the budget is known that the one-way call has asked for.
-    if (blocked == nullptr || sendOneWay(blocked, 4) != android::OK ||
-        blocked->pingBinder() != android::OK) {
-        std::puts("not found, or it does not answer");
+    if (blocked == nullptr) {
+        std::puts("not found");
         return 1;
     }
     for (int left = kBudget; left > kLeft; left -= kSize) {

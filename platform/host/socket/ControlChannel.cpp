@@ -5,7 +5,6 @@
 #include <sys/time.h>
 
 #include "socket/ThreadPool.h"
-#include "support/BudgetPage.h"
 #include "support/Log.h"
 
 namespace android::transport {
@@ -46,13 +45,6 @@ std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
                                          mShared);
 }
 
-// Whoever holds the other end of `socket` is to count what it sends to this process.
-void ControlChannel::showBudget(const Fd& socket) const {
-    if (context().budget != nullptr && context().budget->valid()) {
-        (void)sendAdopt(socket, Role::Budget, context().budget->fd());  // it may have gone
-    }
-}
-
 bool ControlChannel::adopt(Received received, Envelope& envelope) {
     if (received == Received::OutOfDescriptors) {
         context().pool.keepOneWaiting();  // writing to the log may block
@@ -67,11 +59,6 @@ bool ControlChannel::adopt(Received received, Envelope& envelope) {
         refuse("a message out of place", envelope);
         return false;
     }
-    const auto role = static_cast<Role>(envelope.header().code);
-    if (role == Role::Budget) {
-        showBudget(end);
-        return true;
-    }
     const PeerIdentity peer = context().quotas.chargedPeer(
         {envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
     QuotaCharge charge(context().quotas, peer, end.get());
@@ -83,6 +70,7 @@ bool ControlChannel::adopt(Received received, Envelope& envelope) {
             static_cast<int>(peer.pid));
         return true;
     }
+    const auto role = static_cast<Role>(envelope.header().code);
     const auto channel = makeChannel(role, std::move(end), std::move(charge));
     // When that fails the channel goes, and its peer sees a hang-up.
     (void)context().reactor.add(channel);

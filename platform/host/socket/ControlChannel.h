@@ -21,7 +21,6 @@ private:
 
     /// False when the message is none that may come through a control socket, which is closed then.
     bool adopt(Received received, Envelope& envelope);
-    void showBudget(const Fd& socket) const;
 
     const std::shared_ptr<CallChannel::Shared> mShared = std::make_shared<CallChannel::Shared>();
 };

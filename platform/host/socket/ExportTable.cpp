@@ -17,6 +17,14 @@ NodeId makeNodeId() {
     return id;
 }
 
+NodeId ExportTable::makeId() const {
+    NodeId id = makeNodeId();
+    if (mBudget != nullptr && mBudget->valid()) {
+        id.words[1] = mBudget->name();
+    }
+    return id;
+}
+
 ExportedNode& ExportTable::of(BBinder& node) {
     std::atomic<LocalNode*>& slot = LocalNodeSlot::of(node);
     if (LocalNode* known = slot.load(std::memory_order_acquire)) {
@@ -26,7 +34,7 @@ ExportedNode& ExportTable::of(BBinder& node) {
     if (LocalNode* known = slot.load(std::memory_order_relaxed)) {
         return static_cast<ExportedNode&>(*known);
     }
-    auto* record = new ExportedNode(*this, makeNodeId(), &node);
+    auto* record = new ExportedNode(*this, makeId(), &node);
     mById[record->id] = record;
     slot.store(record, std::memory_order_release);
     return *record;

@@ -7,6 +7,7 @@
 #include "binder/internal/LocalNodeSlot.h"
 #include "socket/OneWayQueue.h"
 #include "socket/Wire.h"
+#include "support/BudgetPage.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
@@ -28,7 +29,8 @@ struct ExportedNode final : LocalNode {
 /// The objects of this process that others have been given. Called on: any thread.
 class ExportTable {
 public:
-    ExportTable() = default;
+    /// `budget`: of this process; null but in the manners of a driver.
+    explicit ExportTable(const BudgetPage* budget = nullptr) : mBudget(budget) {}
     ExportTable(const ExportTable&) = delete;
     ExportTable& operator=(const ExportTable&) = delete;
 
@@ -39,6 +41,9 @@ public:
     void forget(const NodeId& id) PLATFORM_EXCLUDES(mLock);
 
 private:
+    NodeId makeId() const;
+
+    const BudgetPage* const mBudget;
     Mutex mLock;
     std::unordered_map<NodeId, ExportedNode*, NodeIdHash> mById PLATFORM_GUARDED_BY(mLock);
 };

@@ -59,7 +59,7 @@ SocketReference::SocketReference(const Context& context, const NodeId& id, Fd co
       mLeadsToManager(leadsToManager),
       mAtEnd(std::move(atEnd)),
       mMain(mControl, std::move(predecessor)),
-      mBudget(gManners.ofDriver ? std::make_unique<PeerBudget>() : nullptr) {}
+      mBudget(gManners.ofDriver ? std::make_unique<BudgetPage>(id.words[1]) : nullptr) {}
 
 SocketReference::~SocketReference() {
     // A child shares the sockets with its parent, and may have copied a lock that is held.
@@ -177,17 +177,16 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
 }
 
 status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& data) {
-    BudgetPage* budget = mBudget->find(mControl.fd());
-    if (budget == nullptr || data.dataSize() > kLargestOneWay) {
+    if (!mBudget->valid() || data.dataSize() > kLargestOneWay) {
         return callOneWay(header, data);
     }
-    if (!budget->take(data.dataSize())) {
+    if (!mBudget->take(data.dataSize())) {
         return hasEnded() ? DEAD_OBJECT : FAILED_TRANSACTION;
     }
     header.options = kCounted;
     const status_t status = callOneWay(header, data);
     if (status != OK) {
-        budget->giveBack(data.dataSize());
+        mBudget->giveBack(data.dataSize());
     }
     return status;
 }

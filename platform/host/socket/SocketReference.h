@@ -64,8 +64,8 @@ private:
     IdleSockets mIdle;
     // The owner did not take the last reference that was passed on: the next one does not wait.
     std::atomic<bool> mDoesNotListen{false};
-    // Null but in the manners of a driver.
-    const std::unique_ptr<PeerBudget> mBudget;
+    // Of the node's process; null but in the manners of a driver.
+    const std::unique_ptr<BudgetPage> mBudget;
 
     Mutex mLock;
     std::shared_ptr<Watch> mWatch PLATFORM_GUARDED_BY(mLock);

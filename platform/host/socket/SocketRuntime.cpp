@@ -22,7 +22,8 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
 }  // namespace
 
 SocketRuntime::SocketRuntime()
-    : mBudget(gManners.ofDriver ? std::make_unique<BudgetPage>(BudgetPage::make()) : nullptr),
+    : mBudget(gManners.ofDriver ? std::make_unique<BudgetPage>() : nullptr),
+      mExports(mBudget.get()),
       mContext{mQuotas, mReactor, mPool, *mStallMonitor, mExports, *this, mBudget.get()} {
     (void)mReactor.add(mStallMonitor);  // fails where nothing can be served
 }

@@ -45,12 +45,12 @@ private:
 
     // What the handlers in the reactor use comes before it.
     Quotas mQuotas;
+    const std::unique_ptr<BudgetPage> mBudget;
     ExportTable mExports;
     Reactor mReactor;
     ThreadPool mPool{mReactor};
     const std::shared_ptr<StallMonitor> mStallMonitor = std::make_shared<StallMonitor>(mReactor);
     DrainingSockets mDraining;
-    const std::unique_ptr<BudgetPage> mBudget;
     const Context mContext;
     ImportTable mImports{mContext, mDraining};
 };

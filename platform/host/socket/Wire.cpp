@@ -20,7 +20,7 @@ bool kindIsSound(const Header& header) {
             return header.flags == 0 && (header.options & kCounted) == 0;
         case Kind::Adopt:
             return header.code >= static_cast<uint32_t>(Role::Control) &&
-                   header.code <= static_cast<uint32_t>(Role::Budget) && header.payloadSize == 0 &&
+                   header.code <= static_cast<uint32_t>(Role::Calls) && header.payloadSize == 0 &&
                    header.objectCount == 0 && header.options == 0;
     }
     return false;

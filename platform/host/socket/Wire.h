@@ -22,11 +22,11 @@ enum class Kind : uint32_t {
 enum class Role : uint32_t {
     Control = 1,  ///< stands for the reference itself; carries Adopt only, and hangs up at the end
     Calls = 2,    ///< one-way calls, and requests, one at a time, with their replies
-    Budget = 3,   ///< is answered with a `BudgetPage`, if there is one, and closed
 };
 
 /// Names a node for as long as it lives, wherever references to it travel. Random, so that only who
-/// was given a reference can name it.
+/// was given a reference can name it; in the manners of a driver its second word is the `name` of
+/// its process's `BudgetPage`.
 struct NodeId {
     uint64_t words[2];
     bool operator==(const NodeId& other) const {

@@ -11,23 +11,24 @@
 namespace android::transport {
 
 /// The bytes of one-way calls that a process has still to carry out, in the manners of a driver:
-/// the kernel keeps them in half of the process's 1 MB. All senders count in one page that it
-/// shares with them, and are trusted to: this is for tests. Called on: any thread. Locks: none.
+/// the kernel keeps them in half of the process's 1 MB. All senders of its user count in one page
+/// of its memory, and are trusted to: this is for tests. Called on: any thread. Locks: none.
 class BudgetPage {
 public:
     static constexpr uint32_t kBytes = 520192;
 
-    /// A page of this process's own, as the receiver of calls; not `valid` without a descriptor.
-    static Fd make();
-
-    /// The one of a process that has given this page away; not `valid` when there is none.
-    explicit BudgetPage(Fd page);
+    /// This process's own, as the receiver of calls.
+    BudgetPage();
+    /// Another process's, by the `name` that it has there.
+    explicit BudgetPage(uint64_t name);
     ~BudgetPage();
     BudgetPage(const BudgetPage&) = delete;
     BudgetPage& operator=(const BudgetPage&) = delete;
 
+    /// False when it could not be made, and when the name is none.
     bool valid() const { return mUsed != nullptr; }
-    const Fd& fd() const { return mPage; }
+    /// Only of this process's own.
+    uint64_t name() const;
 
     /// A call with so many bytes of payload is about to be sent. False when there is no room.
     bool take(size_t payload);
@@ -38,7 +39,9 @@ private:
     using Counter = std::atomic<uint32_t>;
     static_assert(Counter::is_always_lock_free, "processes share it");
 
-    const Fd mPage;
+    void map(const Fd& page);
+
+    Fd mOwn;
     Counter* mUsed = nullptr;
 };
 
