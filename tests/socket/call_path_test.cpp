@@ -69,7 +69,8 @@ TEST_F(ATwoWayCall, OvertakesAOneWayCallThatWaitsForIt) {
     };
     // Around the numbers and sizes at which a connection is not read on.
     for (const Case& ahead : {Case{1, 520192}, Case{1, 16384}, Case{1, 16388}, Case{8, 4096},
-                              Case{4, 260096}, Case{8, 4}, Case{9, 4}, Case{40, 4}}) {
+                              Case{4, 260096}, Case{8, 16384}, Case{9, 16384}, Case{8, 4},
+                              Case{9, 4}, Case{16, 4}, Case{17, 4}, Case{40, 4}}) {
         Call block;
         const int32_t before = probe::ask(mNode, probe::kBlockedEver);
         ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
@@ -83,7 +84,7 @@ TEST_F(ATwoWayCall, OvertakesAOneWayCallThatWaitsForIt) {
     }
 }
 
-TEST_F(ATwoWayCall, OvertakesWhenAnotherConnectionHasUsedUpTheNodesRoom) {
+TEST_F(ATwoWayCall, OvertakesWhenAnotherConnectionIsNotReadOn) {
     Call block;
     ASSERT_EQ(OK, block.to(mNode, probe::kBlock, IBinder::FLAG_ONEWAY));
     EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kBlocked) == 1; }));

@@ -6,8 +6,9 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <vector>
+
 #include "socket/IdleSockets.h"
-#include "socket/Reactor.h"
 
 namespace {
 
@@ -150,6 +151,18 @@ TEST_F(AMainChannel, WaitsUntilItsPredecessorIsDrained) {
     old.served.reset();  // the owner has read it to the end
     EXPECT_EQ(OK, send(channel, kOneWayCall));
     EXPECT_EQ(nullptr, draining.find(id));
+}
+
+TEST(DrainingSocketsOfAProcess, AreGivenUpOldestFirstWhenThereAreTooMany) {
+    DrainingSockets draining;
+    std::vector<Fd> owners;
+    for (uint64_t i = 0; i <= DrainingSockets::kMax; ++i) {
+        SocketPair pair = makeSocketPair();
+        owners.push_back(std::move(pair.served));
+        draining.add({{i, i}}, std::move(pair.held));
+    }
+    EXPECT_EQ(nullptr, draining.find({{0, 0}}));
+    EXPECT_NE(nullptr, draining.find({{1, 1}}));
 }
 
 TEST_F(AMainChannel, OpensAnotherSocketForOneWayCallsWhenTheOwnerHasClosedIt) {

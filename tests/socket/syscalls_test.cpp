@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 
 #include "socket/ControlSocket.h"
+#include "socket/Listener.h"
 #include "socket/Memfd.h"
 #include "socket/SocketRuntime.h"
+#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -139,6 +141,25 @@ TEST(AProcessWithoutDescriptors, OpensNoSocketAndGivesNoBinderAway) {
     EXPECT_EQ(OK, runtime.exportBinders(parcel, &attachments, deadline, {}))
         << "there are some again";
     EXPECT_EQ(1U, attachments.fds.size());
+}
+
+TEST(AManagerWithoutDescriptors, LetsAConnectionWaitUntilThereAreSome) {
+    const voxtrel_test::TempFolder folder;
+    const std::string path = folder.path("binder");
+    SocketRuntime runtime;
+    const auto listener = Listener::open(runtime.context(), path, new BBinder());
+    ASSERT_NE(nullptr, listener);
+    const Fd client = connectTo(path);
+    ASSERT_TRUE(client.valid());
+    {
+        const Failing accept(sys::Call::Accept, EMFILE);
+        listener->onReady();
+    }
+    EXPECT_FALSE(hasHungUp(client));
+    EXPECT_TRUE(runtime.context().quotas.unusedSince().has_value()) << "it is not accepted yet";
+    listener->onReady();
+    EXPECT_FALSE(hasHungUp(client));
+    EXPECT_FALSE(runtime.context().quotas.unusedSince().has_value());
 }
 
 TEST(AKernelThatWaitsForNoMoreSockets, KeepsABinderFromBeingGivenAway) {
