@@ -57,6 +57,18 @@ const voxtrel_test::Role kSpeaker("bench-speaker", [](const voxtrel_test::Argume
     return 0;
 });
 
+// An application that joins the service and leaves it so many times.
+const voxtrel_test::Role kJoiner("bench-joiner", [](const voxtrel_test::Arguments& arguments) {
+    android::ProcessState::self()->startThreadPool();
+    for (int left = std::stoi(arguments[0]); left > 0; --left) {
+        TTS::TTSClientPrivate client("bench", ignore);
+        if (client.connect() != 0) {
+            return 1;
+        }
+    }
+    return 0;
+});
+
 ChildProcess counted(const std::vector<std::string>& role) {
     std::vector<std::string> command = {"valgrind", "--tool=callgrind",
                                         "--callgrind-out-file=/dev/null", "--log-fd=1",
@@ -83,8 +95,9 @@ long long callersCount(const char* what, int calls) {
     return collected(run);
 }
 
-long long speakersCount(int sayings) {
-    ChildProcess run = counted({"--role=bench-speaker", std::to_string(sayings)});
+// Of a role that does the same so many times.
+long long repeatersCount(const char* role, int times) {
+    ChildProcess run = counted({role, std::to_string(times)});
     return collected(run);
 }
 
@@ -131,7 +144,11 @@ void instructions(const Setting& /*setting*/) {
     }
     auto service = ChildProcess::asRole("bench-service");
     if (service.readLine() == "ready") {
-        (void)tell("a full say of the client", speakersCount);
+        const auto counter = [](const char* role) {
+            return [role](int times) { return repeatersCount(role, times); };
+        };
+        (void)tell("a full say of the client", counter("--role=bench-speaker"));
+        (void)tell("connect() of a running process", counter("--role=bench-joiner"));
     }
 }
 
