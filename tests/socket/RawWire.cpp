@@ -21,6 +21,12 @@ void append(Bytes& bytes, const void* what, size_t size) {
     std::memcpy(bytes.data() + before, what, size);
 }
 
+// The reply itself, with its descriptors, follows this packet.
+bool announcesDescriptors(const Bytes& packet) {
+    constexpr size_t kOptions = 28;
+    return packet.size() == 32 && packet[4] == kReply && packet[kOptions] == 4;
+}
+
 }  // namespace
 
 Bytes packet(const Words& words, const Bytes& rest) {
@@ -99,7 +105,7 @@ Fd openCalls(int control) {
     return Fd(ends[1]);
 }
 
-Bytes receive(int socket) {
+Bytes receivePacket(int socket) {
     pollfd request = {socket, POLLIN, 0};
     Bytes bytes(65536);
     if (poll(&request, 1, kSendTimeoutMs) <= 0) {
@@ -108,6 +114,11 @@ Bytes receive(int socket) {
     const ssize_t got = recv(socket, bytes.data(), bytes.size(), 0);
     bytes.resize(got > 0 ? static_cast<size_t>(got) : 0);
     return bytes;
+}
+
+Bytes receive(int socket) {
+    const Bytes first = receivePacket(socket);
+    return announcesDescriptors(first) ? receivePacket(socket) : first;
 }
 
 Fd receiveFd(int socket) {
@@ -121,7 +132,12 @@ Fd receiveFd(int socket) {
     message.msg_controllen = sizeof(control);
     pollfd request = {socket, POLLIN, 0};
     int fd = -1;
-    if (poll(&request, 1, kSendTimeoutMs) > 0 && recvmsg(socket, &message, MSG_CMSG_CLOEXEC) > 0) {
+    ssize_t got = 0;
+    if (poll(&request, 1, kSendTimeoutMs) > 0 &&
+        (got = recvmsg(socket, &message, MSG_CMSG_CLOEXEC)) > 0) {
+        if (announcesDescriptors(Bytes(bytes, bytes + got))) {
+            return receiveFd(socket);
+        }
         for (cmsghdr* one = CMSG_FIRSTHDR(&message); one != nullptr;
              one = CMSG_NXTHDR(&message, one)) {
             if (one->cmsg_type == SCM_RIGHTS) {

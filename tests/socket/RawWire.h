@@ -55,8 +55,10 @@ Fd controlOf(int manager, const std::string& name);
 /// Opens a socket for calls through a control socket.
 Fd openCalls(int control);
 /// Waits for one packet; empty when the other side has hung up.
+Bytes receivePacket(int socket);
+/// The same; of a reply that is announced, the reply.
 Bytes receive(int socket);
-/// Waits for one packet, and gives the first descriptor that came with it; -1 without one.
+/// Waits for one message, and gives the first descriptor that came with it; -1 without one.
 Fd receiveFd(int socket);
 /// Two ends of a new connection.
 struct Pair {

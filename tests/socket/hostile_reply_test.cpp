@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A service that answers with descriptors that its answer says nothing of.
+// A service that answers with descriptors in ways that nobody of good will does.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using raw::Bytes;
 using raw::Words;
 using voxtrel_test::eventually;
 
-class AReplyWithTooManyDescriptors : public probe::ProbeTest {
+class AReplyWithDescriptors : public probe::ProbeTest {
 protected:
     void SetUp() override {
         probe::ProbeTest::SetUp();
@@ -48,16 +48,18 @@ protected:
         ASSERT_EQ(36U, raw::receive(calls.get()).size());
     }
 
-    // Answers one call with so many descriptors; what the caller gets.
-    android::status_t answerWith(size_t count) {
-        std::thread server([this, count] {
+    // Answers one call with these packets, of which the last one has so many descriptors, on a
+    // connection that then ends; what the caller gets.
+    android::status_t answerWith(const std::vector<Bytes>& packets, size_t count) {
+        std::thread server([&] {
             const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
             const raw::Fd calls = raw::receiveFd(mControl.back().get());
             EXPECT_EQ(32U, raw::receive(calls.get()).size());
-            Words reply;
-            reply.kind = raw::kReply;
-            EXPECT_TRUE(
-                raw::send(calls.get(), raw::packet(reply), std::vector<int>(count, null.get())));
+            for (const Bytes& packet : packets) {
+                const bool isLast = &packet == &packets.back();
+                EXPECT_TRUE(raw::send(calls.get(), packet,
+                                      std::vector<int>(isLast ? count : 0, null.get())));
+            }
             EXPECT_TRUE(raw::hangsUp(calls.get()));
         });
         const android::status_t status = mHostile->pingBinder();
@@ -70,19 +72,35 @@ protected:
     sp<android::IBinder> mHostile;
 };
 
-TEST_F(AReplyWithTooManyDescriptors, FailsTheCallAndLeavesNoneBehind) {
-    EXPECT_EQ(android::FAILED_TRANSACTION, answerWith(1));
+Bytes reply(uint32_t options) {
+    Words words;
+    words.kind = raw::kReply;
+    words.options = options;
+    return raw::packet(words);
+}
+
+constexpr uint32_t kDescriptorsFollow = 4;
+
+TEST_F(AReplyWithDescriptors, ThatItSaysNothingOfFailsTheCallAndLeavesNoneBehind) {
+    const std::vector<Bytes> packets = {reply(kDescriptorsFollow), reply(0)};
+    EXPECT_EQ(android::FAILED_TRANSACTION, answerWith(packets, 1));
     EXPECT_EQ(OK, mNode->pingBinder());
     const int before = probe::descriptors();
     for (int round = 0; round < 3; ++round) {
         for (const size_t count : {1U, 2U, 64U, 65U, 66U, 67U, 100U, 250U}) {
             SCOPED_TRACE(count);
-            EXPECT_EQ(android::FAILED_TRANSACTION, answerWith(count));
+            EXPECT_EQ(android::FAILED_TRANSACTION, answerWith(packets, count));
             EXPECT_TRUE(eventually([before] { return probe::descriptors() <= before; }));
             EXPECT_EQ(OK, mNode->pingBinder());
         }
     }
     EXPECT_TRUE(mHostile->isBinderAlive());
+}
+
+TEST_F(AReplyWithDescriptors, ThatAnnouncesThemTwiceFailsTheCall) {
+    EXPECT_EQ(android::FAILED_TRANSACTION,
+              answerWith({reply(kDescriptorsFollow), reply(kDescriptorsFollow)}, 0));
+    EXPECT_EQ(OK, mNode->pingBinder());
 }
 
 }  // namespace

@@ -445,10 +445,17 @@ TEST_F(AHostileServer, MakesACallFailWithAReplyThatMakesNoSense) {
     expectFailure(Bytes(3));
     expectFailure(raw::packet(words(raw::kRequest, 1)));
     expectFailure(raw::packet(sized(words(raw::kReply), 0x7FFFFFFF)));
-    expectFailure(raw::packet(words(raw::kReply)), null.get());
     expectFailure(
         raw::packet(sized(words(raw::kReply), 24, 1), raw::joined(Bytes(24), raw::record(0, 5))),
         null.get());
+}
+
+TEST_F(AHostileServer, LeavesNoDescriptorBehindThatItHasNotAnnounced) {
+    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(OK, answerOnce(raw::packet(words(raw::kReply)), -1, Then::Leave));
+    const int before = probe::descriptors();
+    EXPECT_EQ(OK, answerOnce(raw::packet(words(raw::kReply)), null.get(), Then::Leave));
+    EXPECT_TRUE(voxtrel_test::eventually([before] { return probe::descriptors() <= before; }));
 }
 
 TEST_F(AHostileServer, ThatGoesAwayIsDead) {

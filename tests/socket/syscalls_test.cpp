@@ -73,6 +73,20 @@ TEST_F(AMessageThat, IsInterruptedIsSentAndReceivedAllTheSame) {
     EXPECT_EQ(8U, received.dataSize());
 }
 
+TEST_F(AMessageThat, AnswersIsInterruptedAndReceivedAllTheSame) {
+    constexpr Header reply = {0, Kind::Reply, 7, 0, 0, 0, 0, 0};
+    for (const size_t size : {size_t{8}, size_t{60000}, size_t{200000}}) {
+        SCOPED_TRACE(size);
+        Parcel sent;
+        Parcel received;
+        ASSERT_EQ(OK, sendMessage(mPair.held, reply, withText(sent, size), {}));
+        const Failing receiving(sys::Call::Receive, EINTR, 3);
+        EXPECT_EQ(Received::Message, receiveReply(mPair.served, received, mGot));
+        EXPECT_EQ(size, received.dataSize());
+        EXPECT_EQ(7U, mGot.header().code);
+    }
+}
+
 TEST_F(AMessageThat, TheKernelHasNoMemoryForFailsAlone) {
     Parcel sent;
     withText(sent, 8);

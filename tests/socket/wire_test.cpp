@@ -69,6 +69,17 @@ TEST(AMessage, OfMoreThanAPacketLeavesAllButTheBeginningOfItsPayloadBehind) {
     EXPECT_EQ(Bytes(32768, 5), Bytes(bytes.begin() + 32, bytes.end()));
 }
 
+TEST(AReply, IsAnnouncedWhereDescriptorsComeWithIt) {
+    const SocketPair pair = makeSocketPair();
+    Parcel large;
+    ASSERT_EQ(OK, large.setDataSize(70000));
+    ASSERT_EQ(OK, sendMessage(pair.held, {0, Kind::Reply, 7, 0, 0, 0, 0, 0}, large, {}));
+    EXPECT_EQ((Bytes{'V', 'X', 'X', '1', 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                     0,   0,   0,   0,   0, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0}),
+              raw::receivePacket(pair.served.get()));
+    EXPECT_EQ(32U + 32768U, raw::receivePacket(pair.served.get()).size());
+}
+
 TEST(AMessage, FindsNoRoomWhereNobodyReads) {
     const SocketPair pair = makeSocketPair();
     const Parcel parcel;
@@ -131,10 +142,19 @@ TEST(ASoundMessage, StaysWithinItsKindsLimit) {
 TEST(ASoundMessage, IsCountedOnlyIfItIsAOneWayCall) {
     EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 4, 0, 2), Bytes(4)));
     EXPECT_TRUE(sound(of(raw::kOneWay, 7, 1, 70000, 0, 3), Bytes(32768), 1));
-    EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 4, 0, 4), Bytes(4)));
     EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 4, 0, 2), Bytes(4)));
     EXPECT_FALSE(sound(of(raw::kReply, 7, 0, 4, 0, 2), Bytes(4)));
     EXPECT_FALSE(sound(of(raw::kAdopt, raw::kControl, 0, 0, 0, 2), {}, 1));
+}
+
+TEST(ASoundMessage, AnnouncesDescriptorsOnlyAsAReplyWithNothingElse) {
+    EXPECT_TRUE(sound(of(raw::kReply, 7, 0, 0, 0, 4)));
+    EXPECT_FALSE(sound(of(raw::kReply, 7, 0, 4, 0, 4), Bytes(4)));
+    EXPECT_FALSE(sound(of(raw::kReply, 7, 0, 70000, 0, 5), Bytes(32768), 1));
+    EXPECT_FALSE(sound(of(raw::kRequest, 7, 0, 0, 0, 4)));
+    EXPECT_FALSE(sound(of(raw::kOneWay, 7, 1, 0, 0, 4)));
+    EXPECT_FALSE(sound(of(raw::kAdopt, raw::kControl, 0, 0, 0, 4), {}, 1));
+    EXPECT_FALSE(sound(of(raw::kReply, 7, 0, 0, 0, 8)));
 }
 
 TEST(ASoundMessage, HasTheBeginningOfAPayloadThatIsInAMemfd) {

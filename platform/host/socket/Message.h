@@ -93,6 +93,8 @@ enum class Received {
 /// binders are not attached yet. `Nothing`: none is there (`wait` false), or the socket's own time
 /// limit passed. Small messages cost no allocation.
 Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope);
+/// The same for the reply to a call, for which it waits.
+Received receiveReply(const Fd& socket, Parcel& parcel, Envelope& envelope);
 
 }  // namespace android::transport
 

@@ -44,6 +44,18 @@ uint8_t* overflowRoom() {
     return gOverflowRoom;
 }
 
+// `attempt` makes the system call. After a reset, for replies left unread, what the peer sent is
+// still there.
+template <typename Attempt>
+ssize_t attemptToReceive(Attempt attempt) {
+    for (;;) {
+        const ssize_t got = attempt();
+        if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
+            return got;
+        }
+    }
+}
+
 }  // namespace
 
 Fd Envelope::takeFd(size_t index) {
@@ -65,6 +77,26 @@ void Envelope::closeFds() {
 class Receiver {
 public:
     Receiver(Parcel& parcel, Envelope& envelope) : mFrame(parcel), mEnvelope(envelope) {}
+
+    // Without the control part, which costs more than all else of receiving a small packet.
+    Received runPlain(const Fd& socket) {
+        uint8_t* const packet = overflowRoom();
+        const ssize_t got = attemptToReceive(
+            [&] { return sys::receive(socket.get(), packet, kLargestPacket, MSG_TRUNC); });
+        if (got <= 0) {
+            return Received::HungUp;
+        }
+        const auto size = static_cast<size_t>(got);
+        Layout layout;
+        if (size > kLargestPacket || !decode(packet, size, 0, &layout) ||
+            !mFrame.reserve(size, 0)) {
+            return Received::Malformed;
+        }
+        std::memcpy(mFrame.block() + sizeof(Header), packet + sizeof(Header), layout.inlinePayload);
+        mFrame.setContents(layout.inlinePayload);
+        mEnvelope.mHeader = layout.header;
+        return Received::Message;
+    }
 
     Received run(const Fd& socket, bool wait) {
         mEnvelope.closeFds();
@@ -95,18 +127,14 @@ public:
 private:
     ssize_t take(const Fd& socket, bool wait) {
         const int flags = MSG_CMSG_CLOEXEC | (wait ? 0 : MSG_DONTWAIT);
-        for (;;) {
+        return attemptToReceive([&] {
             mMessage = {};
             mMessage.msg_iov = mParts;
             mMessage.msg_iovlen = 2;
             mMessage.msg_control = mControl;
             mMessage.msg_controllen = sizeof(mControl);
-            const ssize_t got = sys::receive(socket.get(), &mMessage, flags);
-            // After a reset, for replies left unread, what the peer sent is still there.
-            if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
-                return got;
-            }
-        }
+            return sys::receive(socket.get(), &mMessage, flags);
+        });
     }
 
     void readControl() {
@@ -188,6 +216,18 @@ private:
 
 Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope) {
     return Receiver(parcel, envelope).run(socket, wait);
+}
+
+Received receiveReply(const Fd& socket, Parcel& parcel, Envelope& envelope) {
+    Receiver receiver(parcel, envelope);
+    const Received first = receiver.runPlain(socket);
+    if (first != Received::Message || !announcesDescriptors(envelope.header())) {
+        return first;
+    }
+    const Received second = receiver.run(socket, true);
+    return second == Received::Message && announcesDescriptors(envelope.header())
+               ? Received::Malformed
+               : second;
 }
 
 }  // namespace android::transport

@@ -69,6 +69,12 @@ iovec partOf(const void* bytes, size_t size) {
     return {const_cast<void*>(bytes), size};
 }
 
+status_t announceDescriptors(const Fd& socket) {
+    const Header header = {kMagic, Kind::Reply, 0, 0, 0, 0, 0, kDescriptorsFollow};
+    return attemptOnce(
+        [&] { return sys::send(socket.get(), &header, sizeof(header), kSendFlags); });
+}
+
 status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
                    const Attachments& attachments) {
     const size_t recordBytes = attachments.records.size() * sizeof(ObjectRecord);
@@ -90,6 +96,12 @@ status_t sendLarge(const Fd& socket, Header header, const Parcel& parcel,
     }
     for (const Fd& fd : attachments.fds) {
         fds[fdCount++] = fd.get();
+    }
+    if (fdCount != 0 && header.kind == Kind::Reply) {
+        const status_t announced = announceDescriptors(socket);
+        if (announced != OK) {
+            return announced;
+        }
     }
     iovec parts[3] = {
         partOf(&header, sizeof(header)),

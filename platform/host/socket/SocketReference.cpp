@@ -194,7 +194,7 @@ status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& da
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
     reply->freeData();
     Envelope envelope;
-    const Received received = receiveMessage(socket, true, *reply, envelope);
+    const Received received = transport::receiveReply(socket, *reply, envelope);
     if (received == Received::Message && envelope.header().kind == Kind::Reply &&
         mContext.translator.importBinders(envelope, *reply)) {
         mMain.noteDone(envelope.header().code);

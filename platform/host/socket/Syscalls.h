@@ -67,6 +67,10 @@ inline ssize_t send(int fd, const msghdr* message, int flags) {
     return fails(Call::Send) ? -1 : ::sendmsg(fd, message, flags);
 }
 
+inline ssize_t receive(int fd, void* room, size_t size, int flags) {
+    return fails(Call::Receive) ? -1 : ::recv(fd, room, size, flags);
+}
+
 inline ssize_t receive(int fd, msghdr* message, int flags) {
     if (faultOf(Call::ReceiveDescriptors) != 0) {
         message->msg_controllen = CMSG_SPACE(sizeof(ucred));

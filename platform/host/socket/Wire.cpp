@@ -9,15 +9,22 @@ namespace {
 
 constexpr uint32_t kOneWayFlag = 1;
 
+bool replyOptionsAreSound(const Header& header) {
+    return announcesDescriptors(header) ? header.options == kDescriptorsFollow &&
+                                              header.payloadSize == 0 && header.objectCount == 0
+                                        : (header.options & ~kPayloadInMemfd) == 0;
+}
+
 bool kindIsSound(const Header& header) {
     switch (header.kind) {
         case Kind::Request:
             return (header.flags & kOneWayFlag) == 0 && header.status == 0 &&
-                   (header.options & kCounted) == 0;
+                   (header.options & ~kPayloadInMemfd) == 0;
         case Kind::OneWay:
-            return (header.flags & kOneWayFlag) != 0 && header.status == 0;
+            return (header.flags & kOneWayFlag) != 0 && header.status == 0 &&
+                   (header.options & ~(kPayloadInMemfd | kCounted)) == 0;
         case Kind::Reply:
-            return header.flags == 0 && (header.options & kCounted) == 0;
+            return header.flags == 0 && replyOptionsAreSound(header);
         case Kind::Adopt:
             return header.code >= static_cast<uint32_t>(Role::Control) &&
                    header.code <= static_cast<uint32_t>(Role::Calls) && header.payloadSize == 0 &&
@@ -59,9 +66,8 @@ bool decode(const uint8_t* packet, size_t size, size_t fdCount, Layout* out) {
     Layout layout{};
     std::memcpy(&layout.header, packet, sizeof(Header));
     const Header& header = layout.header;
-    if (header.magic != kMagic || (header.options & ~(kPayloadInMemfd | kCounted)) != 0 ||
-        header.payloadSize > largestPayload(header.kind) || !kindIsSound(header) ||
-        header.objectCount > kMaxObjects ||
+    if (header.magic != kMagic || header.payloadSize > largestPayload(header.kind) ||
+        !kindIsSound(header) || header.objectCount > kMaxObjects ||
         (fdCount != kFdsAreLost && fdCount != claimedFds(header))) {
         return false;
     }

@@ -55,6 +55,13 @@ static_assert(sizeof(Header) == 32, "the same on every machine");
 constexpr uint32_t kPayloadInMemfd = 1;
 /// A one-way call that is counted in its receiver's `BudgetPage`.
 constexpr uint32_t kCounted = 2;
+/// A reply without contents: the reply itself follows in a packet of its own, with descriptors. So
+/// a caller takes what descriptors cost on itself only where some come.
+constexpr uint32_t kDescriptorsFollow = 4;
+
+inline bool announcesDescriptors(const Header& header) {
+    return (header.options & kDescriptorsFollow) != 0;
+}
 
 struct ObjectRecord {
     uint32_t offset;  ///< of the binder's 24 bytes in the payload
