@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "vocabulary/Language.h"
 
+#include <string_view>
+
 namespace TTS {
 namespace {
 
 // "na_NL" is what profiles in the field hold for an unset language; it must stay as it is.
-constexpr const char* kCodes[] = {"en_US", "fr_FR", "es_ES", "ko_KR", "pt_PT", "na_NL"};
+constexpr std::string_view kCodes[] = {"en_US", "fr_FR", "es_ES", "ko_KR", "pt_PT", "na_NL"};
 
 }  // namespace
 
 std::string langId2Str(EN_VOXTREL_LANGUAGE id) {
     const bool isLanguage = id >= LANG_EN_US && id < LANG_NA;
-    return kCodes[isLanguage ? id : LANG_NA];
+    return std::string(kCodes[isLanguage ? id : LANG_NA]);
 }
 
 EN_VOXTREL_LANGUAGE langStr2Id(const std::string& code) {
