@@ -138,7 +138,7 @@ TEST_F(AQuotaCharge, OfMemoryIsLimitedByProcessAndByOtherUser) {
 }
 
 TEST_F(AQuotaCharge, IsForWhomTheServiceManagerNamesAndNobodyElse) {
-    const auto named = static_cast<uint32_t>(getpid());
+    const PeerIdentity named = {getpid(), mOwn};
     constexpr pid_t kManager = 1000000;
     const PeerIdentity manager = {kManager, mOther};
     EXPECT_EQ(kManager, mQuotas.chargedPeer(manager, named).pid);
@@ -146,9 +146,7 @@ TEST_F(AQuotaCharge, IsForWhomTheServiceManagerNamesAndNobodyElse) {
     mQuotas.trustManager(kManager);
     EXPECT_EQ(getpid(), mQuotas.chargedPeer(manager, named).pid);
     EXPECT_EQ(mOwn, mQuotas.chargedPeer(manager, named).uid);
-    EXPECT_EQ(kManager, mQuotas.chargedPeer(manager, 0).pid);
-    EXPECT_EQ(static_cast<uid_t>(-1), mQuotas.chargedPeer(manager, 0x7FFFFFFF).uid)
-        << "there is no such one";
+    EXPECT_EQ(kManager, mQuotas.chargedPeer(manager, {}).pid);
     EXPECT_EQ(kManager + 1, mQuotas.chargedPeer({kManager + 1, mOther}, named).pid);
 }
 

@@ -145,7 +145,7 @@ TEST(AProcessWithoutDescriptors, OpensNoSocketAndGivesNoBinderAway) {
     const Failing none(sys::Call::SocketPair, EMFILE, 2);
     PollTarget target;
     Fd socket;
-    EXPECT_EQ(FAILED_TRANSACTION, control.open(Role::Calls, 0, &socket, target));
+    EXPECT_EQ(FAILED_TRANSACTION, control.open(Role::Calls, {}, &socket, target));
     const sp<BBinder> object = new BBinder();
     Parcel parcel;
     parcel.writeStrongBinder(object);
@@ -188,6 +188,27 @@ TEST(AKernelThatWaitsForNoMoreSockets, KeepsABinderFromBeingGivenAway) {
         EXPECT_EQ(FAILED_TRANSACTION, runtime.exportBinders(parcel, &attachments, deadline, {}));
     }
     EXPECT_EQ(2, object->getStrongCount()) << "the parcel's and this one; nobody else holds it";
+}
+
+class Waiting final : public EventHandler {
+public:
+    using EventHandler::EventHandler;
+    void onReady() override {}
+};
+
+TEST(AKernelThatWaitsForNoMoreSockets, ClosesOneThatWasPausedRatherThanLeaveItUnread) {
+    Reactor reactor;
+    SocketPair pair = makeSocketPair();
+    auto handler = std::make_shared<Waiting>(std::move(pair.served));
+    const std::weak_ptr<Waiting> kept = handler;
+    reactor.addPaused(handler);
+    {
+        const Failing full(sys::Call::EpollAdd, ENOSPC);
+        reactor.rearm(*handler);
+    }
+    EXPECT_TRUE(hasHungUp(pair.held));
+    handler.reset();
+    EXPECT_TRUE(kept.expired());
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ class Deadline;
 
 /// Who a parcel is sent to, as far as it matters.
 struct Destination {
-    pid_t pid = 0;  ///< 0 when it is not known
+    PeerIdentity who{};  ///< pid 0 when it is not known
     bool isManager = false;
 };
 

@@ -169,9 +169,10 @@ status_t ConnectionServer::carryOut(Parcel* reply, Attachments* attachments) {
         status = FAILED_TRANSACTION;
     }
     Deadline deadline;
-    return status == OK
-               ? mContext.translator.exportBinders(*reply, attachments, deadline, {caller, false})
-               : status;
+    return status == OK ? mContext.translator.exportBinders(
+                              *reply, attachments, deadline,
+                              {{caller, mMessage->envelope.senderUid()}, false})
+                        : status;
 }
 
 // Without waiting: a caller has read its last reply when it makes the next call on a socket, so

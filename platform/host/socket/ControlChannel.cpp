@@ -14,10 +14,12 @@ namespace {
 // How long a thread that has served a socket sleeps on it for more.
 constexpr suseconds_t kStayMicroseconds = 5000;
 
-bool prepare(const Fd& socket) {
+// Only on a socket for calls does a thread wait.
+bool prepare(const Fd& socket, Role role) {
     const timeval stay = {0, kStayMicroseconds};
-    return isPeerSocket(socket) && nameSenders(socket) &&
-           setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &stay, sizeof(stay)) == 0;
+    return isPeerSocket(socket) &&
+           (role != Role::Calls ||
+            setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &stay, sizeof(stay)) == 0);
 }
 
 }  // namespace
@@ -28,11 +30,16 @@ void ControlChannel::onReady() {
     Envelope envelope;
     const Received received = receiveMessage(socket(), false, empty, envelope);
     const Next next = check(received, envelope);
-    if (next == Next::Closed || (next == Next::Serve && !adopt(received, envelope))) {
+    std::shared_ptr<EventHandler> calls;
+    if (next == Next::Closed || (next == Next::Serve && !adopt(received, envelope, &calls))) {
         context().pool.keepOneWaiting();  // the node may go with its last control socket
         return;
     }
     context().reactor.rearm(*this);
+    if (calls != nullptr) {
+        context().pool.keepOneWaiting();
+        calls->onReady();
+    }
 }
 
 std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
@@ -45,7 +52,8 @@ std::shared_ptr<EventHandler> ControlChannel::makeChannel(Role role, Fd socket,
                                          mShared);
 }
 
-bool ControlChannel::adopt(Received received, Envelope& envelope) {
+bool ControlChannel::adopt(Received received, Envelope& envelope,
+                           std::shared_ptr<EventHandler>* calls) {
     if (received == Received::OutOfDescriptors) {
         context().pool.keepOneWaiting();  // writing to the log may block
         logLimited(
@@ -55,12 +63,15 @@ bool ControlChannel::adopt(Received received, Envelope& envelope) {
         return true;
     }
     Fd end = envelope.header().kind == Kind::Adopt ? envelope.takeFd(0) : Fd();
-    if (!end.valid() || !prepare(end)) {
+    const auto role = static_cast<Role>(envelope.header().code);
+    if (!end.valid() || !prepare(end, role)) {
         refuse("a message out of place", envelope);
         return false;
     }
-    const PeerIdentity peer = context().quotas.chargedPeer(
-        {envelope.senderPid(), envelope.senderUid()}, envelope.header().flags);
+    const PeerIdentity peer =
+        context().quotas.chargedPeer({envelope.senderPid(), envelope.senderUid()},
+                                     {static_cast<pid_t>(envelope.header().flags),
+                                      static_cast<uid_t>(envelope.header().status)});
     QuotaCharge charge(context().quotas, peer, end.get());
     if (!charge.granted()) {
         context().pool.keepOneWaiting();
@@ -70,8 +81,12 @@ bool ControlChannel::adopt(Received received, Envelope& envelope) {
             static_cast<int>(peer.pid));
         return true;
     }
-    const auto role = static_cast<Role>(envelope.header().code);
     const auto channel = makeChannel(role, std::move(end), std::move(charge));
+    if (role == Role::Calls && context().pool.isServing()) {
+        context().reactor.addPaused(channel);
+        *calls = channel;
+        return true;
+    }
     // When that fails the channel goes, and its peer sees a hang-up.
     (void)context().reactor.add(channel);
     return true;

@@ -20,7 +20,8 @@ private:
     std::shared_ptr<EventHandler> makeChannel(Role role, Fd socket, QuotaCharge charge) const;
 
     /// False when the message is none that may come through a control socket, which is closed then.
-    bool adopt(Received received, Envelope& envelope);
+    /// `calls`: a new channel for this thread to look at, since its first call mostly is there.
+    bool adopt(Received received, Envelope& envelope, std::shared_ptr<EventHandler>* calls);
 
     const std::shared_ptr<CallChannel::Shared> mShared = std::make_shared<CallChannel::Shared>();
 };

@@ -7,7 +7,8 @@
 
 namespace android::transport {
 
-status_t ControlSocket::open(Role role, pid_t holder, Fd* out, PollTarget& target) const {
+status_t ControlSocket::open(Role role, const PeerIdentity& holder, Fd* out,
+                             PollTarget& target) const {
     SocketPair pair = makeSocketPair();
     if (!pair.held.valid()) {
         logLimited("out of file descriptors: a call fails");

@@ -19,7 +19,7 @@ public:
 
     /// A further socket to the node, for `role`. `WOULD_BLOCK`, with the target, while its process
     /// does not take another one. `holder` is the process that it is for, 0 when that is not known.
-    status_t open(Role role, pid_t holder, Fd* out, PollTarget& target) const;
+    status_t open(Role role, const PeerIdentity& holder, Fd* out, PollTarget& target) const;
 
     /// Has the node gone?
     bool hasEnded() const { return hasHungUp(mSocket); }

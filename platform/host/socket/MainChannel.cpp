@@ -14,7 +14,7 @@ status_t MainChannel::trySend(const Header& header, const Parcel& data,
     const bool oneWay = header.kind == Kind::OneWay;
     Mutex::Autolock held(mSendLock);
     Fd& socket = oneWay && mIsClosed ? mSecond : mSocket;
-    status_t status = socket.valid() ? OK : mControl.open(Role::Calls, 0, &socket, target);
+    status_t status = socket.valid() ? OK : mControl.open(Role::Calls, {}, &socket, target);
     if (status == OK && (oneWay ? !mayFollow(target) : !mWindow.mayGoBehind())) {
         status = WOULD_BLOCK;
     }

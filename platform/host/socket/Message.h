@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "binder/Parcel.h"
+#include "socket/PeerIdentity.h"
 #include "socket/Wire.h"
 #include "support/Fd.h"
 
@@ -44,8 +45,8 @@ struct Attachments {
 status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                      const Attachments& attachments);
 /// Sends `end`, to be served at the other side; the same results. `holder`: the process that is to
-/// have the other end of it, when the sender knows; else 0.
-status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder = 0);
+/// have the other end of it, when the sender knows.
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, const PeerIdentity& holder = {});
 
 /// Everything about a received message but its payload. Closes the descriptors nobody took.
 class Envelope {

@@ -3,12 +3,10 @@
 
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <limits>
-#include <string>
 
 namespace android::transport {
 
@@ -18,9 +16,6 @@ constexpr size_t kMaxOfOneProcess = 4096;
 constexpr size_t kMaxBytesOfOneProcess = size_t{16} * 1024 * 1024;
 constexpr size_t kMaxBytesOfOneUser = 4 * kMaxBytesOfOneProcess;
 constexpr size_t kReserve = 128;
-
-// Processes that have gone, or cannot be seen from here, share what one user may have.
-constexpr uid_t kUnknownUser = static_cast<uid_t>(-1);
 
 QuotaAmount operator+(const QuotaAmount& a, const QuotaAmount& b) {
     return {a.descriptors + b.descriptors, a.bytes + b.bytes};
@@ -34,16 +29,15 @@ size_t descriptorLimit() {
 }
 
 // Descriptors are numbered from below, so a high number says how many are in use.
-size_t descriptorsLeft(size_t charged, int fd) {
-    const size_t used = std::max(charged, static_cast<size_t>(std::max(fd, 0))) + kReserve;
-    const size_t most = descriptorLimit();
-    return most > used ? most - used : 0;
+size_t descriptorsInUse(size_t charged, int fd) {
+    return std::max(charged, static_cast<size_t>(std::max(fd, 0))) + kReserve;
 }
 
 bool mayHaveDescriptors(const QuotaAmount& ofProcess, const QuotaAmount& ofUser, bool ownUser,
-                        size_t left) {
-    return left > 0 && ofProcess.descriptors <= std::min(kMaxOfOneProcess, descriptorLimit() / 4) &&
-           (ownUser || ofUser.descriptors <= left);
+                        size_t used) {
+    const size_t most = descriptorLimit();
+    return most > used && ofProcess.descriptors <= std::min(kMaxOfOneProcess, most / 4) &&
+           (ownUser || ofUser.descriptors <= most - used);
 }
 
 bool mayHaveBytes(const QuotaAmount& ofProcess, const QuotaAmount& ofUser, bool ownUser) {
@@ -67,12 +61,6 @@ void add(std::unordered_map<Key, QuotaAmount>& usage, Key key, const QuotaAmount
     }
 }
 
-uid_t userOf(pid_t pid) {
-    struct stat status {};
-    const std::string folder = "/proc/" + std::to_string(pid);
-    return stat(folder.c_str(), &status) == 0 ? status.st_uid : kUnknownUser;
-}
-
 }  // namespace
 
 PeerIdentity peerOf(const Fd& socket) {
@@ -82,12 +70,8 @@ PeerIdentity peerOf(const Fd& socket) {
     return known ? PeerIdentity{peer.pid, peer.uid} : PeerIdentity{};
 }
 
-PeerIdentity Quotas::chargedPeer(PeerIdentity sender, uint32_t named) const {
-    if (named == 0 || sender.pid != mManager) {
-        return sender;
-    }
-    const auto pid = static_cast<pid_t>(named);
-    return {pid, userOf(pid)};
+PeerIdentity Quotas::chargedPeer(PeerIdentity sender, PeerIdentity named) const {
+    return named.pid == 0 || sender.pid != mManager ? sender : named;
 }
 
 bool Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
@@ -96,7 +80,7 @@ bool Quotas::charge(PeerIdentity peer, int fd, QuotaAmount amount) {
     const QuotaAmount ofProcess = heldBy(mByPid, peer.pid) + amount;
     const QuotaAmount ofUser = heldBy(mByUid, peer.uid) + amount;
     if ((amount.descriptors != 0 &&
-         !mayHaveDescriptors(ofProcess, ofUser, ownUser, descriptorsLeft(mDescriptors, fd))) ||
+         !mayHaveDescriptors(ofProcess, ofUser, ownUser, descriptorsInUse(mDescriptors, fd))) ||
         (amount.bytes != 0 && !mayHaveBytes(ofProcess, ofUser, ownUser))) {
         return false;
     }

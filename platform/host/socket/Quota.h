@@ -12,16 +12,11 @@
 #include <unordered_map>
 #include <utility>
 
+#include "socket/PeerIdentity.h"
 #include "support/Fd.h"
 #include "utils/Mutex.h"
 
 namespace android::transport {
-
-/// A process and its user, as the kernel names them.
-struct PeerIdentity {
-    pid_t pid;
-    uid_t uid;
-};
 
 /// Who made the other end of a socket; pid 0 when it is outside of this pid namespace.
 PeerIdentity peerOf(const Fd& socket);
@@ -50,8 +45,9 @@ public:
     /// The service manager's process. In a socket that it passes on it may name who is to have it:
     /// otherwise a client that asks often would use up the manager's share for all.
     void trustManager(pid_t manager) { mManager = manager; }
-    /// Who a socket sent by `sender` is charged to; `named` is the process that it names, or 0.
-    PeerIdentity chargedPeer(PeerIdentity sender, uint32_t named) const;
+    /// Who a socket sent by `sender` is charged to; `named` is whom it names, with the pid 0 for
+    /// nobody.
+    PeerIdentity chargedPeer(PeerIdentity sender, PeerIdentity named) const;
 
 private:
     friend class QuotaCharge;

@@ -2,6 +2,7 @@
 #include "socket/Reactor.h"
 
 #include <sys/epoll.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 
@@ -44,10 +45,22 @@ bool Reactor::add(const std::shared_ptr<EventHandler>& handler, const Fd& socket
     return false;
 }
 
+void Reactor::addPaused(const std::shared_ptr<EventHandler>& handler) {
+    Mutex::Autolock held(mLock);
+    handler->mWaitedFd = handler->socket().get();
+    handler->mToken = ++mLastToken;
+    handler->mPaused = true;
+    mHandlers[handler->mToken] = handler;
+}
+
 void Reactor::rearm(EventHandler& handler) {
-    const int operation = handler.mPaused.exchange(false) ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
-    // Fails only for a handler that another thread has removed meanwhile.
-    (void)control(mEpoll.get(), operation, handler.mWaitedFd, handler.mToken);
+    const bool paused = handler.mPaused.exchange(false);
+    const int operation = paused ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
+    // Of a handler that is not paused it fails only where another thread has removed it meanwhile.
+    if (!control(mEpoll.get(), operation, handler.mWaitedFd, handler.mToken) && paused) {
+        (void)shutdown(handler.mWaitedFd, SHUT_RDWR);
+        remove(handler);
+    }
 }
 
 void Reactor::rearmIfKept(EventHandler& handler) {
@@ -71,7 +84,9 @@ void Reactor::remove(const EventHandler& handler) {
     Mutex::Autolock held(mLock);
     const auto found = mHandlers.find(handler.mToken);
     if (found != mHandlers.end()) {
-        (void)control(mEpoll.get(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
+        if (!handler.mPaused.load()) {
+            (void)control(mEpoll.get(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
+        }
         last = std::move(found->second);
         mHandlers.erase(found);
     }

@@ -47,6 +47,9 @@ public:
     bool add(const std::shared_ptr<EventHandler>& handler);
     /// The same for a descriptor that somebody else owns and removes before it is closed.
     bool add(const std::shared_ptr<EventHandler>& handler, const Fd& socket);
+    /// Keeps the handler, paused.
+    void addPaused(const std::shared_ptr<EventHandler>& handler);
+    /// A paused handler that epoll refuses is let go, and its peer sees a hang-up.
     void rearm(EventHandler& handler);
     /// The same for a handler that may be removed at any time, and its descriptor closed.
     void rearmIfKept(EventHandler& handler);

@@ -128,10 +128,15 @@ status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
                  : sendLarge(socket, header, parcel, attachments);
 }
 
-status_t sendAdopt(const Fd& socket, Role role, const Fd& end, pid_t holder) {
-    Header header = {
-        kMagic, Kind::Adopt, static_cast<uint32_t>(role), 0, static_cast<uint32_t>(holder), 0, 0,
-        0};
+status_t sendAdopt(const Fd& socket, Role role, const Fd& end, const PeerIdentity& holder) {
+    Header header = {kMagic,
+                     Kind::Adopt,
+                     static_cast<uint32_t>(role),
+                     static_cast<int32_t>(holder.uid),
+                     static_cast<uint32_t>(holder.pid),
+                     0,
+                     0,
+                     0};
     iovec part = {&header, sizeof(header)};
     const int fd = end.get();
     return sendParts(socket, &part, 1, &fd, 1);

@@ -37,8 +37,7 @@ bool nameSenders(const Fd& fd) {
 }
 
 bool isPeerSocket(const Fd& fd) {
-    return socketOption(fd.get(), SO_DOMAIN) == AF_UNIX &&
-           socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET;
+    return socketOption(fd.get(), SO_TYPE) == SOCK_SEQPACKET;
 }
 
 Fd closedFirst(Fd fd) {

@@ -99,7 +99,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     Deadline deadline;
     Attachments attachments;
     const status_t status =
-        mContext.translator.exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
+        mContext.translator.exportBinders(data, &attachments, deadline, {{}, mLeadsToManager});
     if (status != OK) {
         return status;
     }
@@ -133,7 +133,7 @@ status_t SocketReference::sendBeside(const Header& header, const Parcel& data,
             *socket = mIdle.take();  // another call may have given one back meanwhile
         }
         const status_t status =
-            socket->valid() ? OK : mControl.open(Role::Calls, 0, socket, target);
+            socket->valid() ? OK : mControl.open(Role::Calls, {}, socket, target);
         if (status != OK) {
             return status;
         }
@@ -159,7 +159,7 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
     Deadline deadline;
     Attachments attachments;
     status_t status =
-        mContext.translator.exportBinders(data, &attachments, deadline, {0, mLeadsToManager});
+        mContext.translator.exportBinders(data, &attachments, deadline, {{}, mLeadsToManager});
     if (status == OK) {
         status = retryUntil(deadline, [&](PollTarget& target) {
             return mMain.trySend(header, data, attachments, target);
@@ -225,7 +225,7 @@ bool SocketReference::hasEnded() const {
     return mControl.hasEnded();
 }
 
-Fd SocketReference::share(pid_t holder, Deadline& deadline) {
+Fd SocketReference::share(const PeerIdentity& holder, Deadline& deadline) {
     Fd control;
     const auto attempt = [&](PollTarget& target) {
         return mControl.open(Role::Control, holder, &control, target);

@@ -38,8 +38,9 @@ public:
     const NodeId& id() const { return mId; }
     /// A new reference to the same node, to be given away: a control socket that the node's process
     /// serves, or a dead one when the node has died. Invalid when there are no descriptors left, or
-    /// the node's process does not take it. `holder` is who it is for, 0 when that is not known.
-    Fd share(pid_t holder, Deadline& deadline);
+    /// the node's process does not take it. `holder` is who it is for, with the pid 0 when that is
+    /// not known.
+    Fd share(const PeerIdentity& holder, Deadline& deadline);
     /// See MainChannel.
     Fd takeUndrained() { return mMain.takeUndrained(); }
 

@@ -74,7 +74,7 @@ status_t SocketRuntime::exportOne(const sp<IBinder>& binder, const Destination& 
             return BAD_TYPE;
         }
         *id = known->id();
-        *reference = known->share(to.pid, deadline);
+        *reference = known->share(to.who, deadline);
     }
     return reference->valid() ? OK : static_cast<status_t>(FAILED_TRANSACTION);
 }

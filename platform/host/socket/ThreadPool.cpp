@@ -29,6 +29,10 @@ void ThreadPool::start() {
     }
 }
 
+bool ThreadPool::isServing() const {
+    return gPool == this;
+}
+
 void ThreadPool::setMax(size_t count) {
     mMax = static_cast<int>(std::clamp<size_t>(count, 1, kMaxThreads));
 }
@@ -127,7 +131,7 @@ void ThreadPool::endStay() {
 }
 
 ThreadPool::BlockedScope ThreadPool::blockOnReply() {
-    if (gPool != this) {
+    if (!isServing()) {
         return {nullptr, true};
     }
     const ThreadCounts counts(mCounts.fetch_add(kOneBlocked) + kOneBlocked);

@@ -26,6 +26,8 @@ public:
     [[noreturn]] void serveForever();
     /// Has any thread been told to serve? Without one nobody waits in the reactor.
     bool isUsed() const { return mStarted || mJoined; }
+    /// Is the calling thread one of the pool's?
+    bool isServing() const;
 
     /// May a thread that has just served a socket sleep on that socket for its next call? Only
     /// while others wait in the reactor, and half of the pool at most, so that silent sockets do
