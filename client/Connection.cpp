@@ -18,7 +18,7 @@ constexpr uint32_t kCapabilityPause = 50000;  // microseconds
 
 /// The one place where the client waits.
 void pauseMicroseconds(uint32_t microseconds) {
-    (void)usleep(microseconds);  // a pause cut short by a signal only asks the service sooner
+    (void)usleep(microseconds);  // a signal may end it early, which does no harm
 }
 
 void ignoreEvent(unsigned int, unsigned int, unsigned int) {}

@@ -48,7 +48,7 @@ int TTSClientPrivate::setGlobalRate(unsigned int rate) {
     if (!mCapabilities.speedSupported || rate < mCapabilities.speedMin ||
         rate > mCapabilities.speedMax) {
         dbgPrint(kLogRejected, "setGlobalRate: %d, bad parameter\n", rate);
-        return STATUS_OK;  // a refused rate is no error, unlike every other refused value
+        return STATUS_OK;  // unlike other values, a rate that is refused is no error
     }
     const int refusal = refusalToChange(*this, service);
     return refusal != 0 ? refusal : service->setGlobalRate(mPid, rate);

@@ -18,12 +18,13 @@ DeathNotifier::~DeathNotifier() {
         return;
     }
     (void)binder->unlinkToDeath(android::wp<android::IBinder::DeathRecipient>(this), nullptr, 0,
-                                nullptr);  // a link that is already gone is what we want
+                                nullptr);  // the link may be gone already
 }
 
 void DeathNotifier::binderDied(const android::wp<android::IBinder>&) {
     printDeath(93);
-    android::sp<ITextToSpeechFestival> dead;  // outlives the lock: its end may run foreign code
+    android::sp<ITextToSpeechFestival>
+        dead;  // released without the lock: its destructor may run an application's code
     const MutexLock lock(Clientmutex);
     dead = gttsbinder;
     gttsbinder.clear();

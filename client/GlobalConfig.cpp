@@ -36,11 +36,11 @@ int checkVoice(TTSClientPrivate& client, const void* address) {
         client, VOXTREL_DEBUG_LINE("TTSClientPrivate(), setGlobalConfig, get global language = %s"),
         &language);
     if (failure != 0 || language >= LANG_NA) {
-        return failure;  // a service that speaks none of our languages judges its voices itself
+        return failure;  // for a language that is none of ours only the service can check the voice
     }
     const int32_t count = voiceCount(client.mCapabilities, language);
     if (static_cast<uint32_t>(count) < voice) {
-        // A whole number under "%f": it is handed over as the double that the format reads.
+        // An integer under "%f": passed as the double that the format reads.
         dbgPrint(kLogRejected, "setGlobalVoice: %f, bad parameter\n", static_cast<double>(voice));
         return STATUS_BAD_PARAMETER;
     }

@@ -4,8 +4,8 @@
 
 namespace TTS {
 
-// Destroyed from the last to the first: a dying DeathNotifier looks at gttsbinder, so the proxy
-// outlives it, and the mutex outlives all that a late binder thread may still report.
+// Destroyed in reverse order: the destructor of DeathNotifier reads gttsbinder, so the proxy
+// outlives it, and the mutex outlives both, since a binder thread may still report a death.
 Mutex Clientmutex;
 android::sp<ITextToSpeechFestival> gttsbinder;
 android::sp<DeathNotifier> gDeathNotifier;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kTableSize = 2;
 
-// What supportVoicesInfo hands out: one table for the process, as its callers expect.
+// Returned by supportVoicesInfo: one table for the process, as its callers expect.
 VoiceInfo gVoiceInfo[kTableSize];
 VoiceInfo* gVoiceList[kTableSize + 1];
 

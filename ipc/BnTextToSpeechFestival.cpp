@@ -19,10 +19,10 @@ namespace {
 using android::Parcel;
 using Service = ITextToSpeechFestival;
 
-/// A language and its terminator, as an implementation takes and gives it.
+/// A language with its terminator, in the buffers of an implementation.
 constexpr size_t kTextSize = 256;
 
-/// The text of a request that holds one; that it may be missing is part of the protocol.
+/// The text of a request; the protocol allows it to be missing.
 std::string textOf(const char* text) {
     if (text == nullptr) {
         throw std::logic_error("say: the request holds no text");
@@ -117,7 +117,7 @@ void serveSetGlobalConfig(Service& service, const Parcel& request, Parcel& reply
 }
 
 int32_t writeText(Service& service, unsigned pid, VOXTRELAPI_GCONF key, Parcel& reply) {
-    char text[kTextSize] = {};  // an implementation that stores nothing sends nothing of our stack
+    char text[kTextSize] = {};  // no stack bytes are sent for an implementation that stores nothing
     const int32_t status = service.globalConfig(pid, key, text);
     const auto length = static_cast<size_t>(std::find(text, text + kTextSize - 1, '\0') - text);
     reply.writeInt32(static_cast<int32_t>(length));

@@ -17,7 +17,7 @@ bool BpCallback::notify(unsigned int a, unsigned int b, unsigned int c) {
     for (const unsigned int value : {a, b, c}) {
         request.writeInt32(static_cast<int32_t>(value));
     }
-    // A dead client is the death notice's business; here its reply just stays empty.
+    // The reply of a dead client stays empty; its death is reported to its DeathRecipient.
     (void)remote()->transact(kNotify, request, &reply, android::IBinder::FLAG_ONEWAY);
     return reply.readInt32() != 0;
 }

@@ -15,7 +15,7 @@ namespace {
 using android::IBinder;
 using android::Parcel;
 
-/// A text that travels as its length and its bytes, without a terminator.
+/// A text that is sent as its length and its bytes, without a terminator.
 struct CountedText {
     const char* text;
 };
@@ -152,7 +152,7 @@ void readLists(const Parcel& reply, Capabilities& caps) {
     VoiceInfo voice{};
     for (int32_t left = reply.readInt32(); left > 0; --left) {
         if (reply.read(&voice, sizeof voice) != android::NO_ERROR) {
-            return;  // the count is the sender's word, the data is not
+            return;  // the count may exceed the data
         }
         caps.voices.push_back(voice);
     }

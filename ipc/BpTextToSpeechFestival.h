@@ -35,14 +35,14 @@ public:
     int setGlobalRate(unsigned pid, unsigned rate) override;
     int setEnable2(unsigned pid, VOXTRELAPI_GCONF key, bool enable) override;
 
-    /// @param out the `bool` that receives the flag, on a silent service too (false).
+    /// @param out the `bool` that receives the flag: false when the service does not reply.
     /// @return -3 for a null `out`, without a transaction.
     int enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* out) override;
 
     /// @return -3 without a transaction for a key that carries no value, and for a null `value`.
     int setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, void* value) override;
 
-    /// Asks the service for every key, also for those that it refuses.
+    /// Sends the request for every key, also for those that the service refuses.
     /// @param out for `GCONF_LANGUAGE` the bytes of the code are stored without a NUL, and never
     /// more than 16 of them: a longer answer is cut, one that the reply does not hold in full is
     /// not relied on.
@@ -65,7 +65,7 @@ public:
     /// @return 0, whatever the transaction did; -5 without a remote, with `caps` untouched.
     int getCapabilities(Capabilities& caps) override;
 
-    // Four questions of the proxy's own that today's services leave unanswered: the answer is 0.
+    // Four queries that the stub of today's services does not implement: they return 0.
 
     virtual int language();
     virtual int pitch(float& out);

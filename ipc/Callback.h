@@ -7,7 +7,7 @@
 
 namespace TTS {
 
-/// A client's own callback object: ends in the application's notification function.
+/// A client's own callback object, which calls the application's notification function.
 ///
 /// Called on: binder threads, several at once; so is the function. Locks: none.
 class Callback : public android::BinderService<Callback>, public BnCallback {

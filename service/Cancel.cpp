@@ -42,7 +42,7 @@ bool Cancel::sleepUntil(steady_clock::time_point moment) const {
         const timespec time = {static_cast<time_t>(left.count() / kSecond),
                                static_cast<long>(left.count() % kSecond)};
         pollfd request = {mDescriptor, POLLIN, 0};
-        (void)ppoll(&request, 1, &time, nullptr);  // interrupted or not, the loop looks again
+        (void)ppoll(&request, 1, &time, nullptr);  // the loop checks again, also after a signal
     }
     return true;
 }

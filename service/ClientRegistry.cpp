@@ -78,7 +78,7 @@ bool ClientRegistry::startOutbox(Client& client) const {
         }
         return true;
     } catch (const std::system_error&) {
-        return false;  // the system gives us no more threads
+        return false;  // no more threads can be started
     }
 }
 
@@ -222,7 +222,7 @@ bool ClientRegistry::isAmong(const Formers& formers, uint32_t pid) {
 }
 
 void ClientRegistry::died(uint32_t pid, const CallbackDeathRecipient* deathRecipient) {
-    Client removed;  // its proxy is let go without the lock
+    Client removed;  // its proxy is released without the lock
     {
         const MutexLock lock(mMutex);
         const auto found = mClients.find(pid);

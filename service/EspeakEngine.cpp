@@ -55,7 +55,7 @@ bool isNumberedVariant(const std::string& name) {
            name[1] <= '9';
 }
 
-/// Female before male, so that even a client that shows two voices shows two that differ.
+/// Female before male, so that the first two voices differ, which is all that some clients show.
 std::vector<std::string> numberedVariants() {
     espeak_VOICE wanted = {};
     wanted.languages = "variant";
@@ -74,7 +74,7 @@ std::vector<std::string> numberedVariants() {
     return names;
 }
 
-/// Hands one block to the receiver, cut where words begin.
+/// Passes one block to the receiver, cut where words begin.
 bool handOver(const int16_t* samples, size_t count, const espeak_EVENT* events, size_t blockStart,
               unsigned rate, size_t& lastWord, SpeechReceiver& receiver) {
     size_t done = 0;
@@ -98,7 +98,7 @@ bool handOver(const int16_t* samples, size_t count, const espeak_EVENT* events, 
     return done == count || receiver.samples(samples + done, count - done);
 }
 
-/// What one call of `speak` keeps for the library's callback.
+/// The state of one call of `speak`, for the library's callback.
 struct Passage {
     SpeechReceiver* receiver;
     unsigned rate;
@@ -197,8 +197,8 @@ bool EspeakEngine::speak(const std::string& text, const Prosody& prosody,
     Passage passage = {&receiver, mSampleRate, 0, SIZE_MAX};
     const unsigned flags = espeakCHARS_UTF8 | (prosody.endPause ? espeakENDPAUSE : 0U) |
                            (prosody.markup ? espeakSSML : 0U);
-    // The end tag makes the library set its voice anew, and it loses the memory of one that is set
-    // in a sentence that is cut. It takes the text's end for the end of all elements.
+    // The end tag makes the library set its voice again, which leaks when it happens in a sentence
+    // that is cut. The library takes the end of the text for the end of all elements.
     const std::string spoken = prosody.markup ? text.substr(0, text.rfind("</speak>")) : text;
     return espeak_Synth(spoken.c_str(), spoken.size() + 1, 0, POS_CHARACTER, 0, flags, nullptr,
                         &passage) == EE_OK;

@@ -18,7 +18,7 @@
 namespace voxtreld {
 namespace {
 
-/// What leads to the service manager.
+/// The socket or device through which the service manager is reached.
 struct Place {
     const char* kind;
     mode_t type;
@@ -45,7 +45,7 @@ Place place() {
 
 #else
 
-// A device's runtime may use another driver: it says itself what it misses.
+// A device's runtime may use another driver, and reports itself what is missing.
 Place place() {
     return driver("/dev/binder", false);
 }

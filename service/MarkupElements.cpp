@@ -13,7 +13,7 @@ struct SpokenAs {
     std::string_view forEngine;
 };
 
-/// What engines make of other values differs, and some break on them.
+/// Engines differ on other values, and some fail on them.
 constexpr SpokenAs kSpokenAs[] = {
     {"characters", "characters"}, {"spell-out", "characters"}, {"verbatim", "characters"},
     {"tts:char", "characters"},   {"digits", "digits"},        {"telephone", "telephone"},
@@ -38,7 +38,7 @@ bool isPlain(char c) {
            std::string_view("+-.%:_").find(c) != std::string_view::npos;
 }
 
-/// Short, without anything that is markup, a path or a number beyond all reason.
+/// Short, and neither markup, a path nor an absurd number.
 bool isHarmless(std::string_view value) {
     constexpr size_t kLongest = 24;
     constexpr int kMaxDigits = 4;
@@ -89,17 +89,17 @@ std::string engineTag(const MarkupTag& tag) {
     return written + ">";
 }
 
-uint32_t breakMs(const MarkupTag& tag, uint32_t most) {
+uint32_t breakMs(const MarkupTag& tag, uint32_t maxMs) {
     const std::string_view time = attributeOf(tag, "time");
     double value = 0;
     const char* const end = time.data() + time.size();
     const auto [at, error] = std::from_chars(time.data(), end, value, std::chars_format::fixed);
     const std::string_view unit(at, static_cast<size_t>(end - at));
     if (error != std::errc() || !(value >= 0) || (unit != "s" && unit != "ms")) {
-        return std::min(strengthMs(attributeOf(tag, "strength")), most);
+        return std::min(strengthMs(attributeOf(tag, "strength")), maxMs);
     }
     const double milliseconds = unit == "s" ? value * 1000 : value;
-    return static_cast<uint32_t>(std::lround(std::min(milliseconds, static_cast<double>(most))));
+    return static_cast<uint32_t>(std::lround(std::min(milliseconds, static_cast<double>(maxMs))));
 }
 
 }  // namespace voxtreld

@@ -48,8 +48,8 @@ MarkupElement elementOf(std::string_view name);
 /// engine knows and can be trusted with.
 std::string engineTag(const MarkupTag& tag);
 
-/// The silence that a break asks for, but no more than `most` milliseconds.
-uint32_t breakMs(const MarkupTag& tag, uint32_t most);
+/// The silence that a break asks for, but at most `maxMs` milliseconds.
+uint32_t breakMs(const MarkupTag& tag, uint32_t maxMs);
 
 }  // namespace voxtreld
 

@@ -12,13 +12,13 @@ namespace {
 
 constexpr std::string_view kRoot = "<speak";
 
-/// As much as an engine gets of a plain text.
+/// The same as the engine is given of plain text.
 constexpr size_t kPieceBytes = 2048;
 
 /// From here on a piece ends with its sentence.
 constexpr size_t kEnoughBytes = kPieceBytes / 2;
 
-/// No text is cut into shorter ones for want of room.
+/// A text that does not fit is not cut into pieces shorter than this.
 constexpr size_t kLeastRoom = 256;
 
 constexpr size_t kLongestAlias = 1024;
@@ -127,7 +127,7 @@ bool MarkupReader::takeToken(MarkupPiece& piece) {
 bool MarkupReader::takeText(MarkupPiece& piece) {
     const size_t used = piece.document().size();
     if (!isSilent()) {
-        std::string_view text = mToken.text.substr(0, kPieceBytes);  // more is not looked at
+        std::string_view text = mToken.text.substr(0, kPieceBytes);  // the rest is not needed
         text = text.substr(0, used >= kEnoughBytes ? sentenceLength(text) : text.size());
         const size_t room = used < kPieceBytes - kLeastRoom ? kPieceBytes - used : kLeastRoom;
         text = text.substr(0, pieceLength(text, MarkupPiece::fitting(text, room)));
@@ -210,7 +210,7 @@ void MarkupReader::open(MarkupPiece& piece) {
     mOpen.push_back(std::move(element));
 }
 
-/// How many elements stay open behind a closing tag: what it does not match, it does not close.
+/// How many elements stay open after a closing tag; one without a match closes nothing.
 size_t MarkupReader::depthAfterClosing(std::string_view name) const {
     if (mTooDeep > 0) {
         return mOpen.size();

@@ -25,7 +25,7 @@ bool isNameStart(char c) {
            (static_cast<uint8_t>(c) & 0x80U) != 0;
 }
 
-/// The length of what begins and ends with these, or of all the rest if the end is missing.
+/// The length of a section with this beginning and end, or of all the rest if the end is missing.
 size_t lengthUpTo(std::string_view text, size_t from, std::string_view end) {
     const size_t at = text.find(end, from);
     return at == std::string_view::npos ? text.size() : at + end.size();
@@ -41,7 +41,7 @@ size_t doctypeLength(std::string_view text) {
     return lengthUpTo(text, std::min(declared, text.size()), ">");
 }
 
-/// The length of what is no part of the speech, or 0.
+/// The length of what is not spoken, such as a comment, or 0.
 size_t ignoredLength(std::string_view text) {
     if (startsWith(text, "<!--")) {
         return lengthUpTo(text, 4, "-->");
@@ -53,7 +53,7 @@ size_t ignoredLength(std::string_view text) {
 }
 
 /// The length of a tag up to its ">", or 0 if this "<" begins none. Neither a tag nor a quoted
-/// value holds another "<", so nothing is looked at twice.
+/// value holds another "<", so nothing is scanned twice.
 size_t tagLength(std::string_view text) {
     const size_t name = text.size() > 1 && text[1] == '/' ? 2 : 1;
     if (name >= text.size() || !isNameStart(text[name])) {
@@ -110,7 +110,7 @@ std::string utf8(uint32_t point) {
     return {static_cast<char>(0xF0U | (point >> 18U)), tail(12), tail(6), tail(0)};
 }
 
-/// The character of "#233" or "#xE9", empty for what is none that a text may hold.
+/// The character of "#233" or "#xE9"; empty for one that no text may contain.
 std::string numbered(std::string_view reference) {
     const bool isHex = reference.size() > 1 && reference[1] == 'x';
     reference.remove_prefix(isHex ? 2 : 1);
@@ -162,7 +162,7 @@ std::string referencedCharacter(std::string_view text, size_t& length) {
     if (text.empty() || text.front() != '&') {
         return "";
     }
-    // Up to the first that is no part of one: what follows another "&" is not looked at twice.
+    // Up to the first that is no part of one: what follows another "&" is not scanned twice.
     const auto isPart = [](char c) { return c == '#' || isNameStart(c) || (c >= '0' && c <= '9'); };
     const auto last = std::find_if_not(text.begin() + 1, text.end(), isPart);
     const auto end = static_cast<size_t>(last - text.begin());

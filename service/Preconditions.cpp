@@ -30,7 +30,7 @@ std::string nameOf(std::filesystem::file_type type) {
 }  // namespace
 
 bool isUsableProfile(const std::string& path, std::string& error) {
-    std::error_code ignored;  // what cannot be looked at cannot be read either, and is as missing
+    std::error_code ignored;  // what cannot be examined cannot be read either
     const std::filesystem::file_type type = std::filesystem::status(path, ignored).type();
     if (type == std::filesystem::file_type::none || type == std::filesystem::file_type::not_found ||
         type == std::filesystem::file_type::regular) {
@@ -44,11 +44,11 @@ bool isUsableProfile(const std::string& path, std::string& error) {
 bool haveDescriptors(std::string& error) {
     rlimit limit = {};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
-        return true;  // none that we know of
+        return true;  // no limit is known
     }
     if (limit.rlim_cur < kWantedDescriptors) {
         limit.rlim_cur = std::min(limit.rlim_max, kWantedDescriptors);
-        (void)setrlimit(RLIMIT_NOFILE, &limit);  // as it was, otherwise
+        (void)setrlimit(RLIMIT_NOFILE, &limit);  // the old limit stays if this fails
         (void)getrlimit(RLIMIT_NOFILE, &limit);
     }
     if (limit.rlim_cur >= kLeastDescriptors) {

@@ -63,7 +63,7 @@ TTS::TtsSetting ProfileStore::load() {
     const std::string text = contentOf(mPath);  // before an upgrade writes it again
     TTS::TtsSetting profile("voxtrel");
     if (profile.isExistProfile(mPath.c_str())) {
-        (void)profile.deserialize(mPath.c_str());  // says itself what it cannot read
+        (void)profile.deserialize(mPath.c_str());  // reports itself what it cannot read
     }
     const MutexLock lock(mMutex);
     return mJournal.read().value_or(readSettings(text));

@@ -96,7 +96,7 @@ void readLine(std::string_view line, TtsSetting& settings) {
 template <typename Field, size_t size>
 void append(const Row<Field> (&rows)[size], const TtsSetting& settings, std::string& text) {
     for (const Row<Field>& row : rows) {
-        char digits[32];  // the shortest text that reads back as the same value
+        char digits[32];  // the shortest text that parses to the same value
         const auto end = std::to_chars(digits, digits + sizeof digits, settings.*row.field).ptr;
         text.append(row.key).append("=").append(digits, end).append("\n");
     }

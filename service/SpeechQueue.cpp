@@ -84,7 +84,7 @@ SpeechQueue::Share& SpeechQueue::nextShare() {
     return *next;
 }
 
-/// The next to be heard; there is one.
+/// The next utterance to speak. The queue must not be empty.
 Utterance SpeechQueue::takeNext() {
     Share& share = nextShare();
     Utterance utterance = std::move(share.waiting.front().utterance);

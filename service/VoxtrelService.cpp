@@ -154,7 +154,7 @@ int VoxtrelService::permit(uint32_t sender, Operation operation) {
     return STATUS_PERMISSION_DENIED;
 }
 
-/// `status`, after it has been logged if it is a refusal that has not been yet.
+/// Logs `status` if it is a refusal that has not been logged yet. @return `status`.
 int VoxtrelService::answered(unsigned pid, Operation operation, int status) {
     if (status < 0 && status != STATUS_PERMISSION_DENIED) {
         const char* name = ruleOf(operation).name;

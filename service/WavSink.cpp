@@ -29,7 +29,7 @@ bool WavFile::write(const int16_t* samples, size_t count) {
 }
 
 bool WavFile::updateHeader() {
-    // The command answers 0 for done; there is no other sign.
+    // The command returns 0 on success, and nothing else.
     return mFile != nullptr && sf_command(mFile, SFC_UPDATE_HEADER_NOW, nullptr, 0) == 0 &&
            sf_error(mFile) == 0;
 }

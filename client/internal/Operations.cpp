@@ -12,7 +12,7 @@ namespace {
 
 constexpr size_t kLanguages = LANG_NA;
 
-/// A record may be shorter or longer than the languages there are: both ends count.
+/// A record may have fewer or more entries than there are languages: both limits are checked.
 bool hasEntry(size_t language, size_t entries) {
     return language < kLanguages && language < entries;
 }

@@ -17,8 +17,8 @@ enum class ConfigValue {
     kText,     ///< int32 length, then that many bytes without a terminator
 };
 
-/// The kind of value of `key`, for any 32-bit key. The one thing that proxy and stub share about
-/// values: how each of them moves a value is its own.
+/// The kind of value of `key`, for any 32-bit key. Proxy and stub share nothing else about values:
+/// each reads and writes them in its own way.
 constexpr ConfigValue configValueOf(VOXTRELAPI_GCONF key) {
     switch (static_cast<int32_t>(key)) {
         case 1:

@@ -12,27 +12,27 @@
 
 namespace {
 
-using android::transport::LogAllowance;
+using android::transport::LogRateLimit;
 
 TEST(TheLogOfWhatOthersCause, HasAFewLinesASecondAndCountsTheRest) {
-    LogAllowance allowance;
-    const LogAllowance::Time begin{std::chrono::hours(1)};
-    for (int i = 0; i < LogAllowance::kLines; ++i) {
-        EXPECT_EQ(0, allowance.take(begin));
+    LogRateLimit limit;
+    const LogRateLimit::Time begin{std::chrono::hours(1)};
+    for (int i = 0; i < LogRateLimit::kLines; ++i) {
+        EXPECT_EQ(0, limit.take(begin));
     }
-    EXPECT_EQ(-1, allowance.take(begin));
-    EXPECT_EQ(-1, allowance.take(begin + std::chrono::milliseconds(999)));
-    EXPECT_EQ(2, allowance.take(begin + std::chrono::seconds(1)));
-    EXPECT_EQ(0, allowance.take(begin + std::chrono::seconds(1)));
+    EXPECT_EQ(-1, limit.take(begin));
+    EXPECT_EQ(-1, limit.take(begin + std::chrono::milliseconds(999)));
+    EXPECT_EQ(2, limit.take(begin + std::chrono::seconds(1)));
+    EXPECT_EQ(0, limit.take(begin + std::chrono::seconds(1)));
 }
 
 TEST(TheLogOfWhatOthersCause, MayBeGivenMoreLines) {
-    LogAllowance allowance(1000);
-    const LogAllowance::Time begin{std::chrono::hours(1)};
+    LogRateLimit limit(1000);
+    const LogRateLimit::Time begin{std::chrono::hours(1)};
     for (int i = 0; i < 1000; ++i) {
-        EXPECT_EQ(0, allowance.take(begin));
+        EXPECT_EQ(0, limit.take(begin));
     }
-    EXPECT_EQ(-1, allowance.take(begin));
+    EXPECT_EQ(-1, limit.take(begin));
 }
 
 constexpr int kServices = 600;  // their lines fit into a pipe, however late this test reads

@@ -52,7 +52,7 @@ status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, ui
         return DEAD_OBJECT;
     }
     const status_t status = mReference->call(code, data, reply, flags);
-    // The node may have answered so of its own will, say because it calls one that has died.
+    // The node itself may have returned this status, say because one that it called has died.
     if (status == DEAD_OBJECT && mReference->hasEnded()) {
         mAlive = false;
     }

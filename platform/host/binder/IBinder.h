@@ -45,13 +45,13 @@ public:
     /// Calls the node and does nothing there: `OK`, or why it cannot be reached.
     virtual status_t pingBinder() = 0;
 
-    /// One call. `data` is read by the receiver from its start. `reply` may be null; without
-    /// `FLAG_ONEWAY` it holds the answer, to be read from its start. Errors are the runtime's, or
+    /// One call. The receiver reads `data` from its start. `reply` may be null; without
+    /// `FLAG_ONEWAY` it holds the reply, to be read from its start. Errors are the runtime's, or
     /// what the receiver's `onTransact` returned.
     virtual status_t transact(uint32_t code, const Parcel& data, Parcel* reply,
                               uint32_t flags = 0) = 0;
 
-    /// Is told, once, that a node has gone. The link does not keep the recipient alive.
+    /// Notified once when a node has gone. The link does not keep the recipient alive.
     class DeathRecipient : public virtual RefBase {
     public:
         /// Called on: a binder thread. Locks: none.

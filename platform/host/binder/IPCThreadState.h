@@ -16,17 +16,18 @@ class IPCThreadState {
 public:
     static IPCThreadState* self();
 
-    /// Who made the call that this thread is serving, by the kernel's word; this process itself
-    /// outside of a call.
+    /// The sender of the call that this thread is serving, as the kernel gives it; outside of a
+    /// call this process itself.
     pid_t getCallingPid() const { return mCallingPid; }
     uid_t getCallingUid() const { return mCallingUid; }
-    /// From here on this process itself counts as the caller, until the token is given back.
+    /// Makes this process itself the caller until the token is restored.
     int64_t clearCallingIdentity();
     void restoreCallingIdentity(int64_t token);
 
     /// Returns when everything that this thread has let go of has left the process.
     void flushCommands();
-    /// Serves calls and death notices on this thread; does not return.
+    /// Serves calls and death notices on this thread. Returns only where it cannot: in a forked
+    /// child, or when the kernel serves this process no longer.
     void joinThreadPool(bool isMain = true);
 
     /// The node that `ProcessState::becomeContextManager` makes the service manager's.

@@ -25,12 +25,11 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLongestLookUp{5000};
 constexpr milliseconds kPause{100};
 
-// How important a service's state is in a report on all services: newer service managers want to
-// know, older ones do not read so far.
+// The dump priority of a service, which newer service managers read and older ones ignore.
 constexpr int32_t kDefaultPriority = 8;
 constexpr int32_t kAllPriorities = 15;
 
-// Asks for the manager's node at each call, so that one that was started again is found again.
+// Looks the manager's node up for each call, so that a restarted manager is found.
 class BpServiceManager : public BpInterface<IServiceManager> {
 public:
     explicit BpServiceManager(const sp<IBinder>& remote) : BpInterface(remote) {}
@@ -70,7 +69,7 @@ public:
         return status == OK ? reply.readInt32() : status;
     }
 
-    // One name a call, until there is none of that number.
+    // One name a call, until the index is out of range.
     Vector<String16> listServices() override {
         Vector<String16> names;
         String16 name;
@@ -85,7 +84,7 @@ protected:
         if (remote() != nullptr) {
             return remote();
         }
-        // Held until the thread asks again: the manager's death may let go of it meanwhile.
+        // Held until this thread's next call, since the manager's death may release the proxy.
         static thread_local sp<IBinder> manager;
         manager = ProcessState::self()->getContextObject(nullptr);
         return manager.get();

@@ -13,8 +13,8 @@ namespace {
 constexpr size_t kLargest =
     (static_cast<size_t>(std::numeric_limits<int32_t>::max()) - 64) & ~static_cast<size_t>(3);
 
-// The driver's flat_binder_object, and what a device's runtime writes of it. The handle is a
-// transport's business; null is an object at the address 0.
+// The driver's flat_binder_object, with the values that a device's runtime writes. A transport
+// fills the handle in; null is an object at the address 0.
 struct FlatBinder {
     uint32_t type;
     uint32_t flags;

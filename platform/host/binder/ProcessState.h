@@ -14,7 +14,7 @@ class ProcessState : public virtual RefBase {
 public:
     static sp<ProcessState> self();
 
-    /// From here on calls and death notices are served, by threads that the runtime starts.
+    /// Starts threads of the runtime that serve calls and death notices.
     void startThreadPool();
     /// How many threads the runtime may start; 15 unless set.
     status_t setThreadPoolMaxThreadCount(size_t maxThreads);

@@ -12,17 +12,17 @@
 
 namespace android {
 
-/// A service and the user whose process registered it, by the kernel's word at that moment. What
-/// that process has become since, or is made to look like in /proc, does not count.
+/// A service and the user whose process registered it, as the kernel gave it at that moment: later
+/// changes of that process's user do not matter.
 struct OwnedService {
     sp<IBinder> service;  ///< null: there is none of that name
     uid_t owner = static_cast<uid_t>(-1);
-    pid_t process = 0;  ///< that registered it; 0: an older service manager does not tell
+    pid_t process = 0;  ///< that registered it; 0: not known to an older service manager
 };
 
-/// The service of that name with its owner, both out of one answer of the service manager's: it is
-/// the owner of this very reference, whoever has the name by now. Of this stand-in alone: a
-/// device's service manager does not tell.
+/// The service of that name with its owner, both from one reply of the service manager: it is the
+/// owner of this very reference, whoever has the name by now. Not in a device's runtime, whose
+/// service manager does not tell.
 /// @param found receives both; untouched on failure.
 /// @return OK; DEAD_OBJECT when there is no service manager; UNKNOWN_TRANSACTION from one that is
 ///     too old to tell; what a device's service manager answers to a question it does not know,

@@ -86,7 +86,7 @@ void DriverReference::release() {
 }
 
 void DriverReference::write(const CommandBuffer& commands) {
-    (void)mThreads.current();  // tells the driver when this thread, which it now knows, ends
+    (void)mThreads.current();  // has the driver forget this thread when it ends
     mProcess.device->write(commands);
 }
 

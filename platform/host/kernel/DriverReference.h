@@ -19,14 +19,14 @@ public:
     ~DriverReference() override;
 
     status_t call(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
-    /// By what calls returned so far: the driver cannot be asked.
+    /// Known from calls alone: the driver has no query for it.
     bool hasEnded() const override { return mEnded; }
     status_t watch(const wp<BpBinder>& proxy) override;
     void unwatch() override;
 
     /// Drops the counts of a node that has died while the proxy lives on, so that the driver may
-    /// use the handle for another node. Links that have not been notified are, since the driver
-    /// forgets the death request.
+    /// use the handle for another node. Notifies the links that have not been notified, since the
+    /// driver forgets the death request.
     void release();
 
 private:

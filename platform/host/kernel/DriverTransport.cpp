@@ -68,7 +68,7 @@ transport::Transport* DriverTransport::open(SystemCalls& system, const std::stri
         transport::logLine("%s", error.c_str());
         return new NoTransport(path);
     }
-    (void)device->setMaxThreads(kThreads);  // fails for nothing that opened
+    (void)device->setMaxThreads(kThreads);  // cannot fail on an open device
     return new DriverTransport(system, std::move(device), path);
 }
 
@@ -110,7 +110,7 @@ sp<IBinder> DriverTransport::contextObject() {
     if (transport::refusedAfterFork()) {
         return nullptr;
     }
-    mProcess.threads.retry();  // a death that waits for a thread is told to whoever looks again
+    mProcess.threads.retry();  // a death notice may wait for a thread
     sp<BpBinder> dead;         // destroyed without the lock
     {
         Mutex::Autolock held(mLock);
@@ -133,7 +133,7 @@ sp<IBinder> DriverTransport::contextObject() {
 sp<IBinder> DriverTransport::holdContext() {
     mContext = mThreads.current().proxyOf(kContextHandle);
     mThreads.current().flush();
-    (void)mContext->linkToDeath(mContextDeath);  // refused only where the death has been told
+    (void)mContext->linkToDeath(mContextDeath);  // fails only where the death has been reported
     return mContext;
 }
 
@@ -174,7 +174,7 @@ void DriverTransport::setMaxThreads(size_t count) {
     }
     // The first looper is not requested.
     const auto asked = static_cast<uint32_t>(std::clamp<size_t>(count, 1, 256) - 1);
-    (void)mProcess.device->setMaxThreads(asked);  // fails for nothing that opened
+    (void)mProcess.device->setMaxThreads(asked);  // cannot fail on an open device
 }
 
 void DriverTransport::serveForever() {

@@ -29,7 +29,7 @@ public:
     };
     Found find(uint32_t handle);
 
-    /// Unwatches and removes this reference. One that was made for the same handle meanwhile stays.
+    /// Unwatches and removes this reference, but not one made for the same handle meanwhile.
     void forget(uint32_t handle, const transport::Reference& reference);
 
 private:

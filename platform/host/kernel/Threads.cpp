@@ -23,7 +23,7 @@ Threads::~Threads() {
     void* last = pthread_getspecific(mKey);
     (void)pthread_setspecific(mKey, nullptr);
     endThread(last);
-    (void)pthread_key_delete(mKey);  // fails for none that was created
+    (void)pthread_key_delete(mKey);  // cannot fail for a key that was created
 }
 
 DriverThread& Threads::current() {
@@ -62,7 +62,7 @@ void Threads::run(uint32_t enter) {
         Threads& threads;
         bool isWanted = true;
     };
-    (void)pthread_setname_np(pthread_self(), "binder");  // a name is a nicety
+    (void)pthread_setname_np(pthread_self(), "binder");  // works without a name as well
     Successor successor(*this);
     current().serveForever(enter);
     successor.isWanted = false;

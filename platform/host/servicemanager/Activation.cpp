@@ -40,7 +40,7 @@ Fd takeListeningSocket(std::string& error) {
 }
 
 void tellReady() {
-    (void)sd_notify(0, "READY=1\nSTATUS=Listening");  // nobody asked, when it fails
+    (void)sd_notify(0, "READY=1\nSTATUS=Listening");  // fails where systemd did not start us
 }
 
 void tellStopping() {
@@ -50,7 +50,7 @@ void tellStopping() {
 #else
 
 Fd takeListeningSocket(std::string& error) {
-    // Not to be passed over in silence: the socket would be taken for an old one.
+    // Not ignored: the socket would be taken for a stale one.
     const char* pid = std::getenv("LISTEN_PID");  // NOLINT(concurrency-mt-unsafe): read only
     if (pid != nullptr && pid == std::to_string(getpid())) {
         error = "was handed a socket, but has been built without systemd (VOXTREL_SYSTEMD)";

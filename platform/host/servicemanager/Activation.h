@@ -8,13 +8,13 @@
 
 namespace servicemanager {
 
-/// The listening socket with which systemd, or whoever does as it does, has started this process.
-/// Invalid, with `error` empty, when there is none; invalid with `error` when there is something
-/// that cannot be used. What told of it is gone from the environment afterwards.
+/// The listening socket that systemd, or another program with its protocol, passes to this process.
+/// Invalid, with `error` empty, when there is none; invalid with `error` when it cannot be used.
+/// Removes the protocol's variables from the environment.
 /// Called on: the main thread, before there are others.
 android::transport::Fd takeListeningSocket(std::string& error);
 
-/// Tells systemd that the process can be used now, or is about to end. Without systemd: nothing.
+/// Tells systemd that the process can be used now, or is about to end; nothing without systemd.
 void tellReady();
 void tellStopping();
 

@@ -57,7 +57,7 @@ constexpr option kOptions[] = {{"help", no_argument, nullptr, 'h'},
                                {"socket-mode", required_argument, nullptr, kModeOption},
                                {nullptr, 0, nullptr, 0}};
 
-/// What the options say, and what of it was said.
+/// The options' values, and which of them were given.
 struct Reading {
     Options& options;
     bool modeGiven = false;
@@ -71,10 +71,10 @@ int complain(const std::string& reason) {
     return EXIT_FAILURE;
 }
 
-bool readNumber(const char* text, long least, long most, long& number) {
+bool readNumber(const char* text, long min, long max, long& number) {
     char* end = nullptr;
     const long value = std::strtol(text, &end, 10);
-    const bool fits = end != text && *end == '\0' && value >= least && value <= most;
+    const bool fits = end != text && *end == '\0' && value >= min && value <= max;
     number = fits ? value : number;
     return fits;
 }
@@ -164,7 +164,7 @@ void completeAccess(const Reading& reading) {
     }
 }
 
-/// What getopt refused: `word` is where it stood.
+/// What getopt refused; `word` is the argument that it stands in.
 std::string explainRefusal(int choice, const char* word) {
     return choice == ':' ? std::string(word) + " needs a value"
                          : std::string("there is no option ") + word;

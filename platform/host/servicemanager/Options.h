@@ -18,8 +18,8 @@ struct Options {
     android::Registry::Reservations reserved;
 };
 
-/// Reads the command line. Help, version and complaints are printed here.
-/// @return true to go on; else `exitStatus` says how to leave.
+/// Reads the command line. Prints help, version and errors.
+/// @return true to go on; else the process is to exit with `exitStatus`.
 bool parseOptions(int argc, char** argv, Options& options, int& exitStatus);
 
 }  // namespace servicemanager

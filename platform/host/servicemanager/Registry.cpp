@@ -31,7 +31,7 @@ std::string printable(const String16& name) {
     return text;
 }
 
-// Without asking the service, which may take its time.
+// Without a call to the service, which may be slow.
 bool isDead(const sp<IBinder>& service) {
     const BpBinder* proxy = service->remoteBinder();
     return proxy != nullptr && proxy->nodeHasEnded();
@@ -75,8 +75,8 @@ Registry::Entry Registry::find(const String16& name) const {
         }
         entry = found->second;
     }
-    // The notice of its death may be on its way: who asks because of that death must not be given
-    // the dead one again.
+    // The notice of its death may be on its way: a client that looks the name up because of that
+    // death must not be given the dead service again.
     if (isDead(entry.service)) {
         forget(name, entry.notice.get());
         return {};
@@ -138,7 +138,7 @@ bool Registry::isReservedForAnother(const String16& name, uid_t user) const {
     return reserved != mReserved.end() && reserved->second != user;
 }
 
-// Who is refused may try for ever; one line says it.
+// A process that is refused may try again and again; one line is enough.
 void Registry::reportReserved(const String16& name, uid_t user, pid_t pid) {
     {
         Mutex::Autolock held(mLock);
@@ -155,8 +155,8 @@ void Registry::reportReserved(const String16& name, uid_t user, pid_t pid) {
                                               std::to_string(mReserved.at(name)));
 }
 
-// No other user's processes can take all the names away from the manager's own, nor a reserved one
-// from whom it is reserved for.
+// Processes of another user cannot use up the names that the manager's own user needs, nor take a
+// reserved one.
 bool Registry::hasRoom(const String16& name, uid_t owner) const {
     if (mReserved.count(name) != 0) {
         return true;

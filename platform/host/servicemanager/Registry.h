@@ -17,8 +17,8 @@
 
 namespace android {
 
-/// The names of all services, for all processes. Forgets a service when it dies, at the latest when
-/// somebody asks for it.
+/// The services of all processes by name. Removes a service when it dies, at the latest at the next
+/// look-up.
 ///
 /// Called on: binder threads. Locks: its own, not while it reports.
 class Registry : public BnInterface<IServiceManager> {

@@ -17,8 +17,8 @@ namespace {
 using android::transport::LogLevel;
 using Clock = std::chrono::steady_clock;
 
-// A line for each change, but anybody may add a service over and over: as many lines a second as
-// when every name that there can be comes and goes.
+// A line for each change, though any process may add a service again and again: as many a second as
+// when all names that there can be come and go.
 constexpr int kMaxLines = 2048;
 
 android::transport::LineLog gLog{kMaxLines};
@@ -30,7 +30,7 @@ void log(LogLevel level, const std::string& line) {
     }
 }
 
-/// Null where calls travel some other way, and the manager's place is no socket.
+/// Null where the driver carries the calls.
 android::transport::SocketTransport* sockets() {
     return dynamic_cast<android::transport::SocketTransport*>(&android::transport::transport());
 }
@@ -53,8 +53,8 @@ bool listenAtDriver(const android::sp<android::Registry>& registry,
                                  "--socket-mode and --socket-group");
         return false;
     }
-    // With one thread, the notice of a service's death is dealt with before the look-ups that the
-    // driver queued behind it.
+    // With one thread, the notice of a service's death is handled before the look-ups that the
+    // driver has queued behind it.
     driver.setMaxThreads(1);
     return driver.becomeContext(registry);
 }
@@ -80,7 +80,7 @@ bool listen(const android::sp<android::Registry>& registry,
                           : sockets()->becomeContext(registry, options.access);
 }
 
-/// How long nobody has needed the service manager.
+/// How long the service manager has been idle.
 Clock::duration idleTime(const android::sp<android::Registry>& registry) {
     const auto since = sockets() != nullptr ? sockets()->unusedSince() : std::nullopt;
     return since.has_value() && registry->listServices().empty() ? Clock::now() - *since
@@ -93,7 +93,7 @@ timespec asTimespec(Clock::duration duration) {
     return {static_cast<time_t>(seconds.count()), static_cast<long>(rest.count())};
 }
 
-/// Serves until a signal comes, or until it has been idle for so long and nobody is on the way.
+/// Serves until a signal comes, or until it has been idle for so long and no client is connecting.
 /// @return why it ends.
 std::string serve(const sigset_t& signals, const android::sp<android::Registry>& registry,
                   Clock::duration idleLimit) {
@@ -132,6 +132,6 @@ int main(int argc, char** argv) {
     const std::string reason = serve(signals, registry, options.idleLimit);
     servicemanager::tellStopping();
     log(LogLevel::Info, reason);
-    // Calls that are being served stop where they are, as when the process is killed.
+    // Does not wait for calls that are being served.
     std::_Exit(EXIT_SUCCESS);
 }

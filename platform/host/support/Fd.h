@@ -10,7 +10,7 @@ namespace android::transport {
 /// Owns one descriptor of the runtime.
 ///
 /// A forked child closes all of them at once: a copy left open there would hide the parent's death
-/// from everybody who holds a reference. What a child still owns by name is never closed twice.
+/// from every holder of a reference. An `Fd` of the child's does not close its number again.
 class Fd {
 public:
     /// Descriptors from this number on are not closed in a forked child.

@@ -4,7 +4,7 @@
 
 namespace android::transport {
 
-/// From here on a process that is forked from this one cannot use the runtime: `inChild` runs there
+/// Keeps processes that are forked from this one from using the runtime; `inChild` runs there
 /// first. Called once, when the runtime is first used.
 void armForkGuard(void (*inChild)());
 

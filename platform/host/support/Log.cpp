@@ -19,10 +19,10 @@ namespace android::transport {
 
 namespace {
 
-// Constant from the start: a forked child may log while the parent made its first line.
+// Constant-initialised: a child may be forked, and log, while its parent logs its first line.
 LineLog gLog;
 
-/// Keeps the SIGPIPE that this thread's next write may raise from everybody.
+/// Blocks and discards the SIGPIPE that this thread's next write may raise.
 class PipeSignalGuard {
 public:
     PipeSignalGuard() {
@@ -38,7 +38,7 @@ public:
     PipeSignalGuard(const PipeSignalGuard&) = delete;
     PipeSignalGuard& operator=(const PipeSignalGuard&) = delete;
 
-    /// After a write that failed with EPIPE. One that was pending before is somebody else's.
+    /// After a write that failed with EPIPE. One that was pending before is not this write's.
     void consume() const {
         const timespec none = {};
         while (!mWasPending && sigtimedwait(&mPipe, nullptr, &none) < 0 && errno == EINTR) {
@@ -70,7 +70,7 @@ ssize_t writeWithoutWaiting(char* text, size_t size) {
             return done;
         }
     }
-    return ::write(STDERR_FILENO, text, size);  // for what cannot be told not to wait
+    return ::write(STDERR_FILENO, text, size);  // for files that have no non-blocking writes
 }
 
 bool writePiece(std::string& text, std::chrono::milliseconds deadline) {
@@ -79,7 +79,7 @@ bool writePiece(std::string& text, std::chrono::milliseconds deadline) {
         if (!waitForRoom(deadline)) {
             return false;
         }
-        // A pipe that has room has it for so much, and takes it in one piece.
+        // A pipe that is writable has room for this much, and takes it in one piece.
         const size_t size = std::min(text.size() - begin, static_cast<size_t>(PIPE_BUF));
         const ssize_t done = writeWithoutWaiting(&text[begin], size);
         if (done < 0 && errno == EPIPE) {
@@ -106,7 +106,7 @@ std::string runtimeName() {
 
 }  // namespace
 
-int LogAllowance::take(Time now) {
+int LogRateLimit::take(Time now) {
     if (mUsed >= mMax && now - mBegin >= kPeriod) {
         mBegin = now;
         mUsed = 0;
@@ -136,7 +136,7 @@ void LineLog::writeLimited(const std::string& name, const std::string& text, Log
 
 int LineLog::take() {
     Mutex::Autolock held(mLock);
-    return mAllowance.take(std::chrono::steady_clock::now());
+    return mRateLimit.take(std::chrono::steady_clock::now());
 }
 
 void LineLog::put(const std::string& name, const std::string& line, LogLevel level, int refused) {
@@ -148,7 +148,7 @@ void LineLog::put(const std::string& name, const std::string& line, LogLevel lev
                 " lines were left out\n";
     }
     piece += journalPrefix(level) + line;
-    // Who reads nothing costs one wait, not one for each line.
+    // A reader that has stopped costs one wait, not one for each line.
     if (!writePiece(piece, lost > 0 ? std::chrono::milliseconds(0) : kTimeout)) {
         mLost += missing + 1;
     }

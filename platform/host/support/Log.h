@@ -14,21 +14,20 @@ namespace android::transport {
 /// One line of the runtime on standard error, with the program's process id in front.
 void logLine(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// The same for what others can cause again and again: a few lines a second, and how many were left
-/// out.
+/// The same for events that others can cause again and again: a few lines a second, with the number
+/// of those that were dropped.
 void logLimited(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// How many lines may be written. Called on: one thread at a time.
-class LogAllowance {
+/// Limits the lines a period. Called on: one thread at a time.
+class LogRateLimit {
 public:
     using Time = std::chrono::steady_clock::time_point;
     static constexpr int kLines = 10;
     static constexpr std::chrono::seconds kPeriod{1};
 
-    /// At most `most` lines a period.
-    constexpr explicit LogAllowance(int most = kLines) : mMax(most), mUsed(most) {}
+    constexpr explicit LogRateLimit(int maxLines = kLines) : mMax(maxLines), mUsed(maxLines) {}
 
-    /// -1: not this one. Else how many before it were refused.
+    /// -1 to drop this line, else how many were dropped before it.
     int take(Time now);
 
 private:
@@ -38,25 +37,25 @@ private:
     int mRefused = 0;
 };
 
-/// Lines on standard error, each in one piece. Whoever reads there neither ends nor stops this
-/// process: a line that finds no room for `kTimeout` is left out, those behind it at once until
-/// there is room again, and no SIGPIPE is raised. How many were left out is said with the next
-/// line. Called on: any thread.
+/// Lines on standard error, each in one piece. A reader that stops or goes away does not block or
+/// end this process: a line is dropped when there is no room for it within `kTimeout`, those behind
+/// it at once until there is room again, and no SIGPIPE is raised. The next line says how many were
+/// dropped. Called on: any thread.
 class LineLog {
 public:
     static constexpr std::chrono::milliseconds kTimeout{20};
 
-    /// At most `most` lines of `writeLimited` a period.
-    constexpr explicit LineLog(int most = LogAllowance::kLines) : mAllowance(most) {}
+    /// At most `maxLines` of `writeLimited` a period.
+    constexpr explicit LineLog(int maxLines = LogRateLimit::kLines) : mRateLimit(maxLines) {}
 
     /// `name` goes in front of the line.
     void write(const std::string& name, const std::string& text,
                LogLevel level = LogLevel::Warning);
-    /// The same for what others can cause again and again.
+    /// The same, subject to the rate limit.
     void writeLimited(const std::string& name, const std::string& text,
                       LogLevel level = LogLevel::Warning);
-    /// The text as it is, with nothing in front and no line end added; `name` is for the line that
-    /// says how many were left out.
+    /// The text as it is, without prefix or line end; `name` is for the line that says how many
+    /// were dropped.
     void writeAsItIs(const std::string& name, const std::string& text, LogLevel level);
 
 private:
@@ -64,7 +63,7 @@ private:
     void put(const std::string& name, const std::string& line, LogLevel level, int refused);
 
     Mutex mLock;
-    LogAllowance mAllowance PLATFORM_GUARDED_BY(mLock);
+    LogRateLimit mRateLimit PLATFORM_GUARDED_BY(mLock);
     std::atomic<int> mLost{0};
 };
 

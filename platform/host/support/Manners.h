@@ -6,13 +6,13 @@
 
 namespace android::transport {
 
-/// What the environment asks of this runtime where the one over the kernel's driver keeps fewer
-/// promises. Read while the library is loaded, and the same ever after.
+/// Whether this runtime keeps only the promises of a runtime over the kernel's driver, for tests.
+/// Read from the environment while the library is loaded; it does not change.
 struct Manners {
     /// $VOXTREL_BINDER_MANNERS is "driver".
     bool ofDriver = false;
-    /// Says which one-way calls are overtaken: $VOXTREL_BINDER_SEED, or drawn, and then set in the
-    /// environment for the programs that this one starts.
+    /// Selects the one-way calls that are overtaken: $VOXTREL_BINDER_SEED, or drawn, and then set
+    /// in the environment for the programs that this one starts.
     uint32_t seed = 0;
 };
 

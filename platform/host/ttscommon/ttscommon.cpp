@@ -11,7 +11,7 @@
 
 namespace {
 
-// Constant from the start: a forked child may log while the parent made its first line.
+// Constant-initialised: a child may be forked, and log, while its parent logs its first line.
 android::transport::LineLog gLog;
 
 const char* environment(const char* name, const char* otherwise) {

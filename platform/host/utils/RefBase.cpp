@@ -58,7 +58,7 @@ bool RefBase::Counts::revive(const void* id) {
     const uint32_t before = strong.fetch_add(1, std::memory_order_acq_rel);
     announceFirst(before);
     if ((before & kCountMask) != 0) {
-        // Somebody else was quicker; the permission given to us is handed back.
+        // Another thread was quicker: takes back what onIncStrongAttempted has granted here.
         base->onLastStrongRef(id);
     }
     return true;

@@ -31,9 +31,9 @@ public:
         RefBase* refBase() const;
         void incWeak(const void* id);
         void decWeak(const void* id);
-        /// True and one strong reference more, or false: the object is gone.
+        /// Adds a strong reference; false when the object is gone.
         bool attemptIncStrong(const void* id);
-        /// True and one weak reference more, or false: there was none left to copy.
+        /// Adds a weak reference; false when there is none left to copy.
         bool attemptIncWeak(const void* id);
         int32_t getWeakCount() const;
 

@@ -42,8 +42,8 @@ void logException(const Caller& caller, uint32_t code, const char* what) {
 
 }  // namespace
 
-// An exception that an implementation lets out would end the whole process for one bad request.
-// A forced unwind is caught as an object that is not there, which only the sanitizer minds.
+// An exception that leaves an implementation would end the whole process for one bad request.
+// A forced unwind reaches its handler as a null reference, which the sanitizer would report.
 __attribute__((no_sanitize("null"))) status_t serveCall(BBinder& object, const Caller& caller,
                                                         uint32_t code, Parcel& data, Parcel* reply,
                                                         uint32_t flags) {
@@ -54,7 +54,7 @@ __attribute__((no_sanitize("null"))) status_t serveCall(BBinder& object, const C
     } catch (const std::exception& error) {
         logException(caller, code, error.what());
     } catch (const abi::__forced_unwind&) {
-        throw;  // the implementation ends its thread, which is not to be held up
+        throw;  // the implementation ends its thread
     } catch (...) {
         logException(caller, code, "no std::exception");
     }

@@ -11,17 +11,16 @@
 
 namespace android::transport {
 
-/// The sender of a call, by the kernel's word.
+/// The sender of a call, as the kernel gives it.
 struct Caller {
     pid_t pid;
     uid_t uid;
 };
 
-/// Has `object` carry out a call that came from another process: `getCallingPid` and
-/// `getCallingUid` are `caller`'s meanwhile, and what they were before afterwards, so that calls
-/// may nest in a thread. An exception that the implementation lets out is logged, and
-/// `UNKNOWN_ERROR`. `data` is empty afterwards: the caller may rely on it that what it sent along
-/// has been let go when the reply is there.
+/// Has `object` carry out a call from another process. Meanwhile `getCallingPid` and
+/// `getCallingUid` are `caller`'s; they are restored afterwards, so that calls may nest in a
+/// thread. An exception that leaves the implementation is logged and gives `UNKNOWN_ERROR`. `data`
+/// is empty afterwards, so that the binders in a request are released before its reply is sent.
 status_t serveCall(BBinder& object, const Caller& caller, uint32_t code, Parcel& data,
                    Parcel* reply, uint32_t flags);
 

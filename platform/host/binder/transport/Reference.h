@@ -8,7 +8,7 @@
 
 namespace android::transport {
 
-/// One way to a node that lives in another process: what a proxy needs of whatever moves bytes.
+/// One way to a node that lives in another process: what a proxy needs of a transport.
 /// The node lives at least as long as the reference, unless its process dies.
 ///
 /// Called on: any thread. Locks: the implementation's own; it calls nobody back with one held.

@@ -9,8 +9,7 @@
 
 namespace android::transport {
 
-/// What the classes of the public API ask of whatever moves calls between processes, beside the
-/// references themselves.
+/// What the classes of the public API need of a transport, beside the references themselves.
 ///
 /// Called on: any thread. Locks: the implementation's own.
 class Transport {
@@ -26,12 +25,12 @@ public:
     /// Where the service manager is looked for: a path, for the log.
     virtual std::string contextPlace() const = 0;
 
-    /// From here on threads of the transport's own serve calls and deaths.
+    /// Starts threads of the transport's own that serve calls and death notices.
     virtual void startThreads() = 0;
     /// How many of them there may be. At least one serves once they have started.
     virtual void setMaxThreads(size_t count) = 0;
-    /// The calling thread serves, too. Returns only where it cannot: in a forked child, or when the
-    /// kernel serves this process no longer, as the log says.
+    /// The calling thread serves as well. Returns only where it cannot: in a forked child, or when
+    /// the kernel serves this process no longer, as the log says.
     virtual void serveForever() = 0;
 
     /// Returns when everything that the calling thread has let go of has left the process.
