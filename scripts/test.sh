@@ -70,19 +70,21 @@ porting_step() {
     scripts/porting.sh build/debug g++ gcc >build/porting.log 2>&1 || { cat build/porting.log; return 1; }
 }
 
-# board_run [board.sh arguments]
-board_run() {
+board_step() {
     local status=0
     mkdir -p build
-    scripts/board/board.sh "$@" | tee build/board.log || status=$?
+    scripts/board/board.sh | tee build/board.log || status=$?
     count_closing_line build/board.log "$status"
     pass_if "every source compiles for 32-bit ARM" scripts/arm_sources.sh
 }
 
-# With one processor and a clock of instructions hardly anything happens at once.
-board_step() {
-    board_run
-    board_run --cpus 2 --over driver x86
+# races_step: on one processor, as the boards have, hardly anything happens at once
+races_step() {
+    local folder=build/debug/tests/platform
+    scripts/board/run.sh --cpus 2 --seconds 3000 --env TEST_SECONDS=600 --env VOXTREL_BINDER_DRIVER=/dev/binder \
+        --with build/debug/platform/host/voxtrel-servicemanager --with "$folder/platform_test" \
+        x86 scripts/board/apart.sh '--gtest_filter=*' "$PWD/$folder/platform_test" \
+        >build/races.log 2>&1 || { cat build/races.log; return 1; }
 }
 
 fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
@@ -93,7 +95,10 @@ run_step() {
     case $1 in
         form) pass_if "form of the sources" scripts/format_check.sh ;;
         porting) pass_if "the commands of docs/porting.md" porting_step ;;
-        board) board_step ;;
+        board)
+            board_step
+            pass_if "the runtime's tests on a board with two processors" races_step
+            ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;
         *) preset_step "$1" ;;
     esac
