@@ -11,7 +11,7 @@ namespace {
 
 // A channel with so many queued is not read until no more than `kMaxAhead` are left, so that the
 // thread that reads it again takes several at once.
-constexpr size_t kMaxMessages = 2 * kMaxAhead;
+constexpr size_t kMaxMessages = size_t{2} * kMaxAhead;
 
 }  // namespace
 
