@@ -6,6 +6,7 @@
 #include <binder/ProcessState.h>
 #include <binder/ServiceOwner.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -90,6 +91,27 @@ TEST_F(ABinderPort, DoesNotTrustAServiceWhoseOwnerIsUnknown) {
     for (const status_t answer : kUnknownQuestion) {
         manager()->answer = answer;
         EXPECT_EQ(Reach::NotTrusted, find(BinderPort(BinderPort::Users())).reach) << answer;
+    }
+}
+
+// Over the driver a device's service manager, which decides who may register, tells no owners.
+TEST(AnOwnerThatIsNotTold, IsTrustedWhereTheManagerTellsNone) {
+    const std::optional<BinderPort::Users> nobodyElse = BinderPort::Users();
+    EXPECT_FALSE(BinderPort::isTrusted(nobodyElse, Peer(), true));
+    EXPECT_TRUE(BinderPort::isTrusted(nobodyElse, Peer(), false));
+    EXPECT_TRUE(BinderPort::isTrusted(std::nullopt, Peer(), true));
+}
+
+TEST(AnOwnerThatIsTold, IsTrustedByItsUserWhateverTheManager) {
+    const uint32_t stranger = getuid() + 1;
+    Peer owner;
+    for (const bool tellsOwners : {false, true}) {
+        owner.user = stranger;
+        EXPECT_FALSE(BinderPort::isTrusted(BinderPort::Users(), owner, tellsOwners));
+        EXPECT_TRUE(BinderPort::isTrusted(BinderPort::Users{stranger}, owner, tellsOwners));
+        EXPECT_TRUE(BinderPort::isTrusted(std::nullopt, owner, tellsOwners));
+        owner.user = getuid();
+        EXPECT_TRUE(BinderPort::isTrusted(BinderPort::Users(), owner, tellsOwners));
     }
 }
 

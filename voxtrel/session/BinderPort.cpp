@@ -76,12 +76,13 @@ bool isManagerTheDevices() {
 
 }  // namespace
 
-bool BinderPort::isTrusted(const Peer& peer) const {
-    if (!mTrusted || (!peer.user && isManagerTheDevices())) {
+bool BinderPort::isTrusted(const std::optional<Users>& trusted, const Peer& owner,
+                           bool tellsOwners) {
+    if (!trusted || (!owner.user && !tellsOwners)) {
         return true;
     }
-    const bool isOwn = peer.user == getuid() || peer.user == kRoot;
-    return isOwn || (peer.user && std::count(mTrusted->begin(), mTrusted->end(), *peer.user) > 0);
+    const bool isOwn = owner.user == getuid() || owner.user == kRoot;
+    return isOwn || (owner.user && std::count(trusted->begin(), trusted->end(), *owner.user) > 0);
 }
 
 Port::Found BinderPort::find(std::function<void()> died) {
@@ -96,7 +97,7 @@ Port::Found BinderPort::find(std::function<void()> died) {
         const bool isManaged = android::IInterface::asBinder(manager) != nullptr;
         return {nullptr, isManaged ? Reach::NoService : Reach::NoManager};
     }
-    if (!isTrusted(registered.peer)) {
+    if (!isTrusted(mTrusted, registered.peer, !isManagerTheDevices())) {
         return {nullptr, Reach::NotTrusted, registered.peer};
     }
     const android::sp<Watch> watch = new Watch(std::move(died));

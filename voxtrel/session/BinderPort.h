@@ -21,9 +21,11 @@ public:
     Found find(std::function<void()> died) override;
     Diagnosis look() const override;
 
-private:
-    bool isTrusted(const Peer& peer) const;
+    /// Whether clients that trust `trusted` talk to a service of this owner.
+    /// @param tellsOwners the service manager knows the owners of its services.
+    static bool isTrusted(const std::optional<Users>& trusted, const Peer& owner, bool tellsOwners);
 
+private:
     const std::optional<Users> mTrusted;
     mutable std::mutex mMutex;
     mutable Peer mManager = {};  ///< as seen last
