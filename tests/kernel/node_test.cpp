@@ -4,6 +4,7 @@
 #include <binder/Binder.h>
 #include <binder/IPCThreadState.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -144,6 +145,30 @@ TEST_F(ANodeOfThisProcess, KnowsItsCallerByTheDriversWord) {
     serve();
     EXPECT_EQ(77, pid);
     EXPECT_EQ(88U, uid);
+    EXPECT_EQ(getpid(), android::IPCThreadState::self()->getCallingPid());
+    EXPECT_EQ(getuid(), android::IPCThreadState::self()->getCallingUid());
+}
+
+TEST_F(ANodeOfThisProcess, KnowsItsCallerAfterANestedCallAsWell) {
+    const sp<Scripted> nested = new Scripted([](const Parcel&, Parcel*) {
+        EXPECT_EQ(99, android::IPCThreadState::self()->getCallingPid());
+        return android::OK;
+    });
+    binder_transaction_data fromAnother = callTo(*nested, delivered({}));
+    fromAnother.sender_pid = 99;
+    const sp<Scripted> node = new Scripted([this](const Parcel&, Parcel*) {
+        EXPECT_EQ(android::OK, call(nullptr).status);
+        EXPECT_EQ(77, android::IPCThreadState::self()->getCallingPid());
+        EXPECT_EQ(88U, android::IPCThreadState::self()->getCallingUid());
+        return android::OK;
+    });
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, delivered({}))));
+    mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_TRANSACTION}, fromAnother));
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_REPLY}, delivered({})));
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    serve();
+    EXPECT_TRUE(mDriver.reads.empty());
 }
 
 TEST_F(ANodeOfThisProcess, HasTheBufferOfAOneWayCallUntilItIsDone) {
