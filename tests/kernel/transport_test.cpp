@@ -193,6 +193,21 @@ TEST_F(TheDriversTransport, GivesNoManagerWhereNoneAnswers) {
     EXPECT_EQ((Numbers{BC_TRANSACTION}), mDriver.numbers());
 }
 
+TEST_F(TheDriversTransport, GivesNoManagerThatThePingDoesNotReach) {
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_FAILED_REPLY}));
+    EXPECT_TRUE(mTransport.contextObject() == nullptr);
+}
+
+TEST_F(TheDriversTransport, GivesAManagerThatDoesNotKnowThePing) {
+    const int32_t status = android::PERMISSION_DENIED;
+    binder_transaction_data reply = {};
+    reply.flags = TF_STATUS_CODE;
+    reply.data_size = sizeof(status);
+    reply.data.ptr.buffer = android::kernel::toWord(&status);
+    mDriver.willRead(bytesOf(kNoop, kComplete, uint32_t{BR_REPLY}, reply));
+    EXPECT_TRUE(mTransport.contextObject() != nullptr);
+}
+
 TEST_F(TheDriversTransport, AsksForTheManagerOnce) {
     const sp<IBinder> context = contextThatAnswers();
     ASSERT_TRUE(context != nullptr);

@@ -98,12 +98,14 @@ sp<IBinder> DriverTransport::knownContext(sp<BpBinder>* dead) {
     return mContext;
 }
 
+// A manager may answer a ping with an error, as one that does not know it: it is there all the
+// same.
 bool DriverTransport::contextAnswers() {
     const Parcel none;
     Parcel reply;
     const auto ping =
         mThreads.current().transact(kContextHandle, IBinder::PING_TRANSACTION, none, &reply, 0);
-    return ping.status == OK;
+    return ping.status != DEAD_OBJECT && ping.status != FAILED_TRANSACTION;
 }
 
 sp<IBinder> DriverTransport::contextObject() {

@@ -75,7 +75,12 @@ void Image::noObject() {
 }
 
 bool Image::hasObjectAt(size_t offset) const {
-    return std::find(offsets.begin(), offsets.end(), offset) != offsets.end();
+    for (const binder_size_t one : offsets) {
+        if (one == offset) {
+            return true;
+        }
+    }
+    return false;
 }
 
 flat_binder_object Image::objectAt(size_t offset) const {

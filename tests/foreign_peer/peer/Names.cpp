@@ -20,7 +20,7 @@ constexpr uint64_t cookieOf(uint32_t handle) {
 
 Outgoing Names::serve(const Incoming& call) {
     if (call.code == B_PACK_CHARS('_', 'P', 'N', 'G')) {
-        return {};
+        return {mShape == Shape::Number ? kPermissionDenied : 0, {}};
     }
     ImageReader request(call.data);
     (void)request.int32();  // the strict-mode policy

@@ -13,7 +13,8 @@ namespace foreign {
 /// What a service manager answers for a name that it does not know, and whether a word with the
 /// stability of an object follows each.
 enum class Shape {
-    Number,  ///< an int32 of 0; an unknown code gives the status -1, as managers written in C do
+    Number,  ///< an int32 of 0; what it does not know, a ping as well, it answers with the status
+             ///< -1, as early managers in C do
     Object,  ///< a flat object that is none; an unknown code gives UNKNOWN_TRANSACTION
     Stable,  ///< the same, followed by its stability
 };
