@@ -27,7 +27,7 @@ PrivateRuntime::~PrivateRuntime() {
 
 std::string PrivateRuntime::place() const {
     const char* driver = getenv("VOXTREL_BINDER_DRIVER");
-    return driver != nullptr ? driver : socket();
+    return driver != nullptr && *driver != '\0' ? driver : socket();
 }
 
 bool PrivateRuntime::admitOthers() const {
