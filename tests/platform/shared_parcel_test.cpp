@@ -23,14 +23,15 @@ constexpr int kCalls = 200;
 class ASharedParcel : public probe::ProbeTest {
 protected:
     // Calls that did not come back with what was sent, of all threads together. Every other one is
-    // one-way, so that a header that is not the thread's own shows.
-    int failuresOf(const Parcel& shared) {
+    // one-way, so that a header that is not the thread's own shows. So many bytes behind the first
+    // 8 are binders', which the driver writes anew for their receiver.
+    int failuresOf(const Parcel& shared, size_t binders = 0) {
         std::atomic<int> wrong{0};
         std::vector<std::thread> threads;
         for (int i = 0; i < kThreads; ++i) {
             threads.emplace_back([&, oneWay = i % 2 != 0] {
                 for (int call = 0; call < kCalls; ++call) {
-                    wrong += oneWay ? sendOneWay(shared) : echo(shared);
+                    wrong += oneWay ? sendOneWay(shared) : echo(shared, binders);
                 }
             });
         }
@@ -49,11 +50,14 @@ private:
         }
         return status == OK ? 0 : 1;
     }
-    int echo(const Parcel& shared) {
+    int echo(const Parcel& shared, size_t binders) {
         Parcel reply;
+        const size_t behind = 8 + binders;
         const bool right = mNode->transact(probe::kEcho, shared, &reply) == OK &&
                            reply.dataSize() == shared.dataSize() &&
-                           std::memcmp(reply.data(), shared.data(), shared.dataSize()) == 0;
+                           std::memcmp(reply.data(), shared.data(), 8) == 0 &&
+                           std::memcmp(reply.data() + behind, shared.data() + behind,
+                                       shared.dataSize() - behind) == 0;
         return right ? 0 : 1;
     }
 };
@@ -68,13 +72,15 @@ TEST_F(ASharedParcel, MayBeSentBySeveralThreadsAtOnce) {
 
 TEST_F(ASharedParcel, WithBindersMayBeSentBySeveralThreadsAtOnce) {
     Parcel parcel;
-    parcel.writeInt64(0);
+    parcel.writeInt64(3);
     // The second place first.
     parcel.setDataPosition(32);
     parcel.writeStrongBinder(probe::makeNode());
     parcel.setDataPosition(8);
     parcel.writeStrongBinder(probe::makeNode());
-    EXPECT_EQ(0, failuresOf(parcel));
+    parcel.setDataPosition(56);
+    parcel.writeInt64(5);
+    EXPECT_EQ(0, failuresOf(parcel, 48));
 }
 
 }  // namespace
