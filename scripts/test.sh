@@ -78,12 +78,13 @@ board_step() {
     pass_if "every source compiles for 32-bit ARM" scripts/arm_sources.sh
 }
 
-# races_step: on one processor, as the boards have, hardly anything happens at once
+# races_step: on one processor, as the boards have, hardly anything happens at once. With two a board has
+# this machine's time, so tests of how long something takes, or of signals at a rate, would fail a busy one.
 races_step() {
-    local folder=build/debug/tests/platform
+    local program=$PWD/build/debug/tests/platform/platform_test
     scripts/board/run.sh --cpus 2 --seconds 3000 --env TEST_SECONDS=600 --env VOXTREL_BINDER_DRIVER=/dev/binder \
-        --with build/debug/platform/host/voxtrel-servicemanager --with "$folder/platform_test" \
-        x86 scripts/board/apart.sh '--gtest_filter=*' "$PWD/$folder/platform_test" \
+        --with build/debug/platform/host/voxtrel-servicemanager --with "$program" \
+        x86 scripts/board/apart.sh '--gtest_filter=-AProcessShoweredWithSignals.*:TheNewsOfADeath.*' "$program" \
         >build/races.log 2>&1 || { cat build/races.log; return 1; }
 }
 
