@@ -208,6 +208,21 @@ TEST_F(ANodeOfThisProcess, IsHeldInACallWhoseBufferHasBeenFreed) {
     EXPECT_TRUE(watched.promote() == nullptr);
 }
 
+// Their nodes would outlive the call in the caller's sight.
+TEST_F(ANodeOfThisProcess, LetsGoOfTheBindersOfItsRequestBeforeItAnswers) {
+    const sp<Scripted> node = new Scripted([](const Parcel&, Parcel*) { return android::OK; });
+    const auto transaction = deliveredBinder(android::kernel::flatHandle(3));
+    mDriver.willRead(bytesOf(kNoop, uint32_t{BR_TRANSACTION}, callTo(*node, transaction)));
+    mDriver.onWrite = [this](const Command& command) {
+        if (command.number == BC_REPLY) {
+            EXPECT_EQ(1U, mDriver.count(BC_RELEASE));
+        }
+    };
+    mDriver.willRead(bytesOf(kNoop, kComplete));
+    serve();
+    EXPECT_EQ(1U, mDriver.count(BC_REPLY));
+}
+
 TEST_F(ANodeOfThisProcess, AnswersWithAStatusWhenItFails) {
     const sp<Scripted> node = new Scripted([](const Parcel& data, Parcel*) -> status_t {
         if (data.dataSize() == 0) {

@@ -23,6 +23,14 @@ std::vector<uint8_t> imageOf(const Parcel& parcel) {
 
 using Bytes = std::vector<uint8_t>;
 
+TEST(AParcel, ThatGrowsAgainShowsNothingOfWhatItHad) {
+    Parcel parcel;
+    parcel.writeInt32(7);
+    ASSERT_EQ(OK, parcel.setDataSize(0));
+    ASSERT_EQ(OK, parcel.setDataSize(4));
+    EXPECT_EQ(0, parcel.readInt32());
+}
+
 TEST(AParcel, WritesScalarsInNativeOrderOneBehindTheOther) {
     Parcel parcel;
     parcel.writeInt32(-2);
