@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "binder/internal/ParcelFrame.h"
+
 namespace {
 
 using android::BBinder;
@@ -22,6 +24,56 @@ std::vector<uint8_t> imageOf(const Parcel& parcel) {
 }
 
 using Bytes = std::vector<uint8_t>;
+
+TEST(AParcel, HasZerosWhereNothingWasWritten) {
+    Parcel parcel;
+    parcel.writeInt64(-1);
+    ASSERT_EQ(OK, parcel.setDataSize(0));
+    parcel.setDataPosition(8);
+    parcel.writeInt32(1);
+    parcel.setDataPosition(0);
+    EXPECT_EQ(0, parcel.readInt64());
+    EXPECT_EQ(1, parcel.readInt32());
+}
+
+TEST(AParcel, ThatIsCutForgetsItsBindersAndItsPosition) {
+    Parcel parcel;
+    parcel.writeStrongBinder(new BBinder());
+    ASSERT_EQ(OK, parcel.setDataSize(4));
+    EXPECT_EQ(4U, parcel.dataPosition());
+    EXPECT_TRUE(android::ParcelFrame::objects(parcel).empty());
+}
+
+// The driver wants them so.
+TEST(AParcel, HasItsBindersInTheOrderOfTheirPlaces) {
+    Parcel parcel;
+    parcel.setDataPosition(24);
+    parcel.writeStrongBinder(new BBinder());
+    parcel.setDataPosition(0);
+    parcel.writeStrongBinder(new BBinder());
+    const auto& objects = android::ParcelFrame::objects(parcel);
+    ASSERT_EQ(2U, objects.size());
+    EXPECT_EQ(0U, objects[0].offset);
+    EXPECT_EQ(24U, objects[1].offset);
+}
+
+TEST(AParcel, StaysBeforeATextThatIsNotAllThere) {
+    Parcel parcel;
+    parcel.writeInt32(5);
+    parcel.setDataPosition(0);
+    String16 text;
+    EXPECT_NE(OK, parcel.readString16(&text));
+    EXPECT_EQ(0U, parcel.dataPosition());
+}
+
+TEST(AParcel, TakesEveryNumberButZeroForTrue) {
+    Parcel parcel;
+    parcel.writeInt32(2);
+    parcel.setDataPosition(0);
+    bool value = false;
+    ASSERT_EQ(OK, parcel.readBool(&value));
+    EXPECT_TRUE(value);
+}
 
 TEST(AParcel, ThatGrowsAgainShowsNothingOfWhatItHad) {
     Parcel parcel;
