@@ -34,7 +34,7 @@ PROGRAMS = {
 FILTERS = {
     "platform_test": "AParcel.*:ABinderInAParcel.*:BytesThatLookLikeABinder.*:ReadingPastTheEnd.*:ALink.*"
                      ":AProxyOfANode.*:TheRegistry.*:ALocalBinder.*:AProxy.*:AnImplementation.*"
-                     ":AnInterface.*:AsInterface.*",
+                     ":AnInterface.*:AsInterface.*:ARequestToAForeignManager.*:ARequestOfAForeignClient.*",
 }
 
 
