@@ -34,7 +34,7 @@ int millisecondsUntil(Deadline deadline) {
     dup2(STDERR_FILENO, STDOUT_FILENO);
     fcntl(report, F_SETFD, 0);
     execv("/proc/self/exe", argv);
-    _exit(127);
+    _exit(Process::kNotRun);
 }
 
 /// Whose ends close, unless they were taken.

@@ -44,6 +44,9 @@ Result checkInChild(const Row& row, std::chrono::seconds deadline, bool isVerbos
         return {Verdict::Wrong, "no end within " + std::to_string(deadline.count()) + " s" +
                                     (hasResult ? ", but: " + parsed(line).seen : "")};
     }
+    if (!hasResult && status == Process::kNotRun) {
+        return {Verdict::Unseen, "this program could not run itself; it needs /proc"};
+    }
     if (!hasResult || status != EXIT_SUCCESS) {
         return {Verdict::Wrong, "the child process " + howItEnded(status)};
     }

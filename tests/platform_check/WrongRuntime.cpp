@@ -60,6 +60,9 @@ void hangIf(const char* row) {
         std::getenv("VOXTREL_TALKATIVE") != nullptr && (role == "--check" || role == "--peer");
     talk();
     hangIf("hangs-at-start");
+    if (isWrong("cannot-be-run")) {
+        _exit(127);
+    }
     std::atexit([] { hangIf("hangs-at-exit"); });
     if (isWrong("language-filter")) {
         INI_LANGUAGE_WITH_VOICES = nullptr;

@@ -106,6 +106,13 @@ std::string checkOfWrong(const std::string& row) {
            " " VOXTREL_PLATFORM_CHECK " ";
 }
 
+// Without /proc, or under an emulator of one program, each row was WRONG.
+TEST_F(ThePlatformCheck, BlamesNotTheRuntimeWhereItCannotRunItself) {
+    const Ended ended = run(checkOfWrong("cannot-be-run") + "bytes-left");
+    EXPECT_EQ(1, ended.status);
+    EXPECT_EQ("UNSEEN", verdictOn("bytes-left", ended)) << wordsOf(ended);
+}
+
 TEST_F(ThePlatformCheck, IsNotMisledByWhatThePlatformLogsToStandardOutput) {
     const Ended ended = run("VOXTREL_TALKATIVE=1 " + checkOfWrong("unknown-codes") +
                             "one-way-calls unknown-codes absent-names --verbose 2>/dev/null");
