@@ -45,7 +45,7 @@ private:
     /// False when this socket has been closed for what came over it.
     bool serveQueue();
     bool serveOneWay(CallChannel& channel, Incoming& message);
-    bool attachBinders(Incoming& message);
+    bool importBinders(Incoming& message);
     bool mayStay();
     After refuse(const char* what);
 
@@ -128,7 +128,7 @@ ConnectionServer::After ConnectionServer::refuse(const char* what) {
 
 ConnectionServer::After ConnectionServer::serveTwoWay() {
     const uint32_t number = mChannel->progress().begin();
-    if (!attachBinders(*mMessage)) {
+    if (!importBinders(*mMessage)) {
         (void)mChannel->progress().finish(number);
         return refuse("a descriptor that is no reference");
     }
@@ -222,7 +222,7 @@ bool ConnectionServer::serveOneWay(CallChannel& channel, Incoming& message) {
     if (Overtaking* overtaking = channel.shared().overtaking.get()) {
         overtaking->holdBack(message.arrival, envelope.header().code);
     }
-    const bool sound = attachBinders(message);
+    const bool sound = importBinders(message);
     if (!sound) {
         channel.refuse("a descriptor that is no reference", envelope);
     } else if (!message.lost) {
@@ -238,7 +238,7 @@ bool ConnectionServer::serveOneWay(CallChannel& channel, Incoming& message) {
     return sound;
 }
 
-bool ConnectionServer::attachBinders(Incoming& message) {
+bool ConnectionServer::importBinders(Incoming& message) {
     const bool sound =
         message.lost || mContext.translator.importBinders(message.envelope, message.parcel);
     if (!sound) {
