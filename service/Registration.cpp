@@ -45,6 +45,12 @@ private:
     std::atomic<bool> mTold{false};
 };
 
+// An early manager answers a ping with an error, as one that does not know it.
+bool isThere(const sp<IBinder>& manager) {
+    const android::status_t status = manager->pingBinder();
+    return status != android::DEAD_OBJECT && status != android::FAILED_TRANSACTION;
+}
+
 }  // namespace
 
 /// State shared by the object and its threads. Outlives the object while one of them still waits
@@ -240,7 +246,7 @@ bool Registration::Work::keepName(const sp<IBinder>& manager, const sp<IBinder>&
         }
         const sp<IBinder> found =
             android::defaultServiceManager()->checkService(TTS::ITextToSpeechFestival::descriptor);
-        const bool isAnswer = found != nullptr || manager->pingBinder() == android::OK;
+        const bool isAnswer = found != nullptr || isThere(manager);
         if (found != service && isAnswer) {
             mRegisteredAgain =
                 "registered again: the service manager did not give the service under its name";

@@ -16,10 +16,17 @@ using Search = sp<android::IBinder> (android::IServiceManager::*)(const android:
 
 constexpr std::chrono::milliseconds::rep kAtOnce = 1000;
 
+// An early manager answers a ping with an error, as one that does not know it.
+bool answers(const sp<android::IBinder>& manager) {
+    const android::status_t status =
+        manager != nullptr ? manager->pingBinder() : android::DEAD_OBJECT;
+    return status != android::DEAD_OBJECT && status != android::FAILED_TRANSACTION;
+}
+
 /// Throws CannotCheck where no service manager answers.
 sp<android::IBinder> contextObject() {
     const sp<android::IBinder> context = android::ProcessState::self()->getContextObject(nullptr);
-    if (context == nullptr || context->pingBinder() != android::OK) {
+    if (!answers(context)) {
         throw CannotCheck("no service manager answers");
     }
     return context;
@@ -67,7 +74,7 @@ Result restartedManager() {
     while (Clock::now() < end) {
         const sp<android::IBinder> context =
             android::ProcessState::self()->getContextObject(nullptr);
-        if (context != nullptr && context != old && context->pingBinder() == android::OK) {
+        if (context != old && answers(context)) {
             return prefer(true, "a reference to the new one");
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

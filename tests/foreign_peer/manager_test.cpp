@@ -79,6 +79,17 @@ TEST_P(AForeignManager, IsMissedWhenItDies) {
 
 INSTANTIATE_TEST_SUITE_P(OfAShape, AForeignManager, testing::Values("number", "object", "stable"));
 
+// With the shape that answers a ping with an error: no name is no sign that no manager answers.
+TEST(TheSpeechService, RegistersAgainWithAForeignManagerThatLetGoOfItsName) {
+    ForeignPeer manager;
+    ASSERT_TRUE(eventually([&] { return manager.ask("manage number") == "manages"; }));
+    const SpeechService service;
+    ForeignPeer client;
+    EXPECT_NE("", SpeechService::awaitReady(client));
+    EXPECT_EQ("done", manager.ask("forget"));
+    EXPECT_NE("", SpeechService::awaitReady(client));
+}
+
 TEST(TheCommandLine, SpeaksThroughAForeignManager) {
     ForeignPeer manager;
     ASSERT_TRUE(eventually([&] { return manager.ask("manage number") == "manages"; }));

@@ -28,6 +28,7 @@ public:
     void setShape(Shape shape) { mShape = shape; }
     Outgoing serve(const Incoming& call);
     void died(uint64_t cookie);
+    void forget() { mHandles.clear(); }
 
 private:
     Outgoing find(ImageReader& request) const;

@@ -7,6 +7,7 @@
 //   release HANDLE
 //   watch HANDLE COOKIE, unwatch HANDLE COOKIE
 //   manage number|object|stable             becomes the service manager (see Names.h)
+//   forget                                  lets go of all names
 //
 // and answers with a line that begins with '='. Other lines tell what happens meanwhile. To its own
 // nodes, which have the numbers that a test gives them, everybody may send what `TestNode` knows.
@@ -154,6 +155,8 @@ std::string Program::carryOut(const Words& words) {
         mPeer.requestDeath(handle, number(2));
     } else if (command == "unwatch") {
         mPeer.clearDeath(handle, number(2));
+    } else if (command == "forget") {
+        mNames.forget();
     } else if (command == "manage" && words.size() > 1) {
         return manage(words[1]);
     } else {
