@@ -30,7 +30,8 @@ Transport* makeTransport() {
         return new SocketTransport();
     }
     // Never destroyed: threads use it while the process exits.
-    return kernel::DriverTransport::open(*new kernel::SystemCalls(), binderDriver());
+    static auto* const system = new kernel::SystemCalls();
+    return kernel::DriverTransport::open(*system, binderDriver());
 }
 
 }  // namespace

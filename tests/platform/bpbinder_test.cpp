@@ -2,7 +2,9 @@
 // The proxy above any transport: a reference that does what the test says.
 #include <binder/BpBinder.h>
 #include <binder/IPCThreadState.h>
+#include <binder/ProcessState.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,11 +37,13 @@ struct Script {
     bool dead = false;
     int calls = 0;
     bool watched = false;
+    bool destroyed = false;
 };
 
 class ScriptedReference : public android::transport::Reference {
 public:
     explicit ScriptedReference(Script& script) : mScript(script) {}
+    ~ScriptedReference() override { mScript.destroyed = true; }
     status_t call(uint32_t /*code*/, const Parcel& /*data*/, Parcel* reply,
                   uint32_t /*flags*/) override {
         ++mScript.calls;
@@ -320,6 +324,22 @@ TEST_F(TheRegistry, RefusesAServiceThatIsDeadAlready) {
     script.dead = true;
     EXPECT_EQ(DEAD_OBJECT, add("a", importNode(script)));
     EXPECT_EQ(0U, mRegistry->listServices().size());
+}
+
+// Another thread may have been changing the reference when the process was forked.
+TEST(AProxy, LeavesItsReferenceAsItIsInAForkedChild) {
+    (void)android::ProcessState::self()->getContextObject(nullptr);  // from here on it knows a fork
+    Script script;
+    sp<IBinder> held = new BpBinder(std::make_unique<ScriptedReference>(script));
+    const pid_t child = fork();
+    if (child == 0) {
+        held.clear();
+        _exit(script.destroyed ? 1 : 0);
+    }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    EXPECT_FALSE(script.destroyed) << "this process still has it";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "binder/BpBinder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "binder/Parcel.h"
 #include "binder/transport/Reference.h"
@@ -12,7 +13,14 @@ namespace android {
 BpBinder::BpBinder(std::unique_ptr<transport::Reference> reference)
     : mReference(std::move(reference)) {}
 
-BpBinder::~BpBinder() = default;
+// In a forked child the reference and the links may be as another thread of the parent was about to
+// change them: they are left, not destroyed.
+BpBinder::~BpBinder() {
+    if (transport::isForkedChild()) {
+        (void)mReference.release();
+        (void)new std::vector<Link>(std::move(mLinks));
+    }
+}
 
 const String16& BpBinder::getInterfaceDescriptor() const {
     static const String16* const unknown = new String16();

@@ -53,7 +53,7 @@ private:
         uint32_t flags;
     };
 
-    const std::unique_ptr<transport::Reference> mReference;
+    std::unique_ptr<transport::Reference> mReference;  // never replaced
     std::atomic<bool> mAlive{true};
     mutable Mutex mLock;
     std::vector<Link> mLinks PLATFORM_GUARDED_BY(mLock);
