@@ -23,8 +23,8 @@ DeathNotifier::~DeathNotifier() {
 
 void DeathNotifier::binderDied(const android::wp<android::IBinder>&) {
     printDeath(93);
-    android::sp<ITextToSpeechFestival>
-        dead;  // released without the lock: its destructor may run an application's code
+    // Released without the lock: its destructor may run an application's code.
+    android::sp<ITextToSpeechFestival> dead;
     const MutexLock lock(Clientmutex);
     dead = gttsbinder;
     gttsbinder.clear();

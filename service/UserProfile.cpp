@@ -33,8 +33,8 @@ std::string stateFolder() {
 bool makeFolders(const std::string& folder) {
     for (size_t end = folder.find('/', 1); end != std::string::npos;
          end = folder.find('/', end + 1)) {
-        (void)mkdir(folder.substr(0, end).c_str(),
-                    0700);  // an error shows when the last one is used
+        // An error shows when the last one is used.
+        (void)mkdir(folder.substr(0, end).c_str(), 0700);
     }
     if (mkdir(folder.c_str(), 0700) == 0) {
         return true;

@@ -17,8 +17,8 @@ constexpr size_t kLongestCode = 256;
 
 int askGlobalLanguage(TTSClientPrivate& client, const char* logFormat,
                       EN_VOXTREL_LANGUAGE* language) {
-    char code[kLongestCode + 1] =
-        {};  // a proxy or an implementation may leave it without a terminator
+    // A proxy or an implementation may leave it without a terminator.
+    char code[kLongestCode + 1] = {};
     const int failure = client.globalConfig(GCONF_LANGUAGE, code);
     if (failure != 0) {
         return failure;
