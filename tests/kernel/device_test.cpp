@@ -53,8 +53,8 @@ TEST_F(TheDriversDevice, ThatIsNotPermittedIsToBeOpenedToThisUser) {
         mDriver.openError = error;
         EXPECT_EQ(
             "cannot open the binder driver /dev/binder: not permitted; let this user read and "
-            "write "
-            "it, say with 'chmod 666 /dev/binder', or unset VOXTREL_BINDER_DRIVER to use sockets",
+            "write it, say with 'chmod 666 /dev/binder', or unset VOXTREL_BINDER_DRIVER to use "
+            "sockets",
             whyNot());
     }
 }

@@ -135,17 +135,6 @@ TEST_F(TheLoopersOfTheDriver, AreReplacedWhenAnImplementationEndsItsThreadInACal
     EXPECT_EQ(uint32_t{BC_ENTER_LOOPER}, mDriver.numbers().back());
 }
 
-TEST_F(TheLoopersOfTheDriver, AreAsManyAsAreSetWithTheFirst) {
-    const std::unique_ptr<android::transport::Transport> opened(
-        DriverTransport::open(mDriver, "/dev/binder"));
-    EXPECT_EQ(15U, mDriver.maxThreads) << "that the driver requests";
-    const std::pair<size_t, uint32_t> cases[] = {{4, 3}, {1, 0}, {0, 0}, {1000, 255}};
-    for (const auto& [set, requested] : cases) {
-        opened->setMaxThreads(set);
-        EXPECT_EQ(requested, mDriver.maxThreads);
-    }
-}
-
 // Calls to the first one were answered as if it did not exist.
 TEST_F(TheDriversTransport, RefusesASecondManagerAndKeepsTheFirst) {
     int served = 0;
