@@ -21,8 +21,9 @@ Deadline soon();
 /// and with it the processes that it has started. Called on: one thread.
 class Process {
 public:
-    /// Exit status of a child process in which the program could not be run.
-    static constexpr int kNotRun = 127;
+    /// Exit status of a child process in which the program could not be run. Not 127, with which
+    /// the dynamic loader ends a program when its library lacks a function.
+    static constexpr int kNotRun = 126;
 
     /// Throws CannotCheck. Appends the number of the descriptor for its reports (Report.h) to the
     /// arguments. Its standard input closes when this object goes; its standard output goes where

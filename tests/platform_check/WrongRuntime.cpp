@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -60,8 +61,8 @@ void hangIf(const char* row) {
         std::getenv("VOXTREL_TALKATIVE") != nullptr && (role == "--check" || role == "--peer");
     talk();
     hangIf("hangs-at-start");
-    if (isWrong("cannot-be-run")) {
-        _exit(127);
+    if (isWrong("lacks-a-function")) {
+        _exit(127);  // as the dynamic loader does
     }
     std::atexit([] { hangIf("hangs-at-exit"); });
     if (isWrong("language-filter")) {
@@ -260,6 +261,17 @@ sp<IBinder> ProcessState::getContextObject(const sp<IBinder>& caller) {
 }
 
 }  // namespace android
+
+/// Fails as where there is no /proc.
+int execv(const char* path, char* const* arguments) noexcept {
+    static const auto own = right<int(const char*, char* const*)>("execv");
+    const char* row = std::getenv("VOXTREL_WRONG_ROW");
+    if (row != nullptr && std::strcmp(row, "cannot-be-run") == 0) {
+        errno = ENOENT;
+        return -1;
+    }
+    return own(path, arguments);
+}
 
 /// Bears one thread at a time.
 void dbgPrint(int /*level*/, const char* /*fmt*/, ...) {

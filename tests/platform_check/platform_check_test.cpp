@@ -113,6 +113,14 @@ TEST_F(ThePlatformCheck, BlamesNotTheRuntimeWhereItCannotRunItself) {
     EXPECT_EQ("UNSEEN", verdictOn("bytes-left", ended)) << wordsOf(ended);
 }
 
+// It was UNSEEN, for want of /proc.
+TEST_F(ThePlatformCheck, SeesARuntimeThatLacksAFunction) {
+    const Ended ended = run(checkOfWrong("lacks-a-function") + "bytes-left");
+    EXPECT_EQ(1, ended.status);
+    EXPECT_EQ("WRONG", verdictOn("bytes-left", ended)) << wordsOf(ended);
+    EXPECT_NE(std::string::npos, wordsOf(ended).find("exited with status 127")) << wordsOf(ended);
+}
+
 TEST_F(ThePlatformCheck, IsNotMisledByWhatThePlatformLogsToStandardOutput) {
     const Ended ended = run("VOXTREL_TALKATIVE=1 " + checkOfWrong("unknown-codes") +
                             "one-way-calls unknown-codes absent-names --verbose 2>/dev/null");
