@@ -45,7 +45,7 @@ private:
     std::atomic<bool> mTold{false};
 };
 
-// An early manager answers a ping with an error, as one that does not know it.
+// An early manager does not know the ping, and answers it with an error.
 bool isThere(const sp<IBinder>& manager) {
     const android::status_t status = manager->pingBinder();
     return status != android::DEAD_OBJECT && status != android::FAILED_TRANSACTION;

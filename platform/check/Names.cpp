@@ -16,7 +16,7 @@ using Search = sp<android::IBinder> (android::IServiceManager::*)(const android:
 
 constexpr std::chrono::milliseconds::rep kAtOnce = 1000;
 
-// An early manager answers a ping with an error, as one that does not know it.
+// An early manager does not know the ping, and answers it with an error.
 bool answers(const sp<android::IBinder>& manager) {
     const android::status_t status =
         manager != nullptr ? manager->pingBinder() : android::DEAD_OBJECT;

@@ -10,7 +10,7 @@ for subject in boards packages image programs machine; do source "scripts/board/
 
 MACHINE_SECONDS=3600 # a busy machine may take ten times as long; what hangs is ended on the board
 MACHINE_ICOUNT=shift=1,sleep=off
-SLOWER=1 # than a quiet machine the board's clock may be: parts may take so many times as long
+SLOWER=1 # parts may take so many times as long: more where their time is that of a busy machine
 PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl voxtrel-platform-check foreign_peer foreign_peer_test)
 TESTS=(ipc_test client_test)
 PROCESS_TESTS=(client_process_test)

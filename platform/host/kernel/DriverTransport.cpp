@@ -98,8 +98,7 @@ sp<IBinder> DriverTransport::knownContext(sp<BpBinder>* dead) {
     return mContext;
 }
 
-// A manager may answer a ping with an error, as one that does not know it: it is there all the
-// same.
+// An early manager does not know the ping, and answers it with an error.
 bool DriverTransport::contextAnswers() {
     const Parcel none;
     Parcel reply;
