@@ -45,9 +45,10 @@ private:
     std::atomic<bool> mTold{false};
 };
 
-// An early manager does not know the ping, and answers it with an error.
-bool isThere(const sp<IBinder>& manager) {
-    const android::status_t status = manager->pingBinder();
+// An early manager, or a service of another runtime, may not know the ping and answer it with an
+// error.
+bool answersAtAll(const sp<IBinder>& node) {
+    const android::status_t status = node->pingBinder();
     return status != android::DEAD_OBJECT && status != android::FAILED_TRANSACTION;
 }
 
@@ -197,7 +198,7 @@ status_t Registration::Work::add(const sp<IBinder>& service) {
 }
 
 bool Registration::Work::answersInTime(const sp<IBinder>& other) {
-    std::packaged_task<bool()> question([other] { return other->pingBinder() == android::OK; });
+    std::packaged_task<bool()> question([other] { return answersAtAll(other); });
     std::future<bool> answer = question.get_future();
     std::thread asker(std::move(question));
     if (answer.wait_for(kAnswerTimeout) == std::future_status::ready) {
@@ -246,7 +247,7 @@ bool Registration::Work::keepName(const sp<IBinder>& manager, const sp<IBinder>&
         }
         const sp<IBinder> found =
             android::defaultServiceManager()->checkService(TTS::ITextToSpeechFestival::descriptor);
-        const bool isAnswer = found != nullptr || isThere(manager);
+        const bool isAnswer = found != nullptr || answersAtAll(manager);
         if (found != service && isAnswer) {
             mRegisteredAgain =
                 "registered again: the service manager did not give the service under its name";

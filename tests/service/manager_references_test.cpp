@@ -213,6 +213,27 @@ TEST_F(ARegistration, EndsWhenAnotherServiceAnswersUnderTheName) {
     EXPECT_EQ(other, manager->checkService(TTS::ITextToSpeechFestival::descriptor));
 }
 
+class WithoutPing : public support::RecordingRemote {
+public:
+    status_t pingBinder() override { return android::UNKNOWN_TRANSACTION; }
+};
+
+TEST_F(ARegistration, IsRenewedAlsoWhereTheManagerThatForgotTheNameDoesNotKnowThePing) {
+    context = new WithoutPing();
+    begin();
+    manager->replace(nullptr);
+    EXPECT_TRUE(waitForLine("registered again: the service manager did not give"));
+}
+
+// Its name was taken over.
+TEST_F(ARegistration, EndsAlsoWhenTheOtherServiceDoesNotKnowThePing) {
+    begin();
+    const sp<IBinder> other = new WithoutPing();
+    manager->replace(other);
+    EXPECT_TRUE(waitForEnd());
+    EXPECT_EQ(other, manager->checkService(TTS::ITextToSpeechFestival::descriptor));
+}
+
 /// A service manager that is about to die: it does not answer, but nobody has been told.
 class Dying : public support::RecordingRemote {
 public:
