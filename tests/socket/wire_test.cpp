@@ -5,6 +5,8 @@
 #include <binder/Binder.h>
 #include <binder/Parcel.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <cstring>
@@ -18,9 +20,12 @@ using android::OK;
 using android::Parcel;
 using android::transport::Attachments;
 using android::transport::decode;
+using android::transport::Envelope;
+using android::transport::Fd;
 using android::transport::Kind;
 using android::transport::Layout;
 using android::transport::makeSocketPair;
+using android::transport::Received;
 using android::transport::SocketPair;
 using raw::Bytes;
 
@@ -98,6 +103,36 @@ TEST(AMessage, FindsNobodyWhereTheOtherEndIsClosed) {
     pair.served.reset();
     EXPECT_EQ(android::DEAD_OBJECT,
               sendMessage(pair.held, {0, Kind::OneWay, 1, 0, 1, 0, 0, 0}, Parcel(), {}));
+}
+
+// A socket of another family that hears itself. With each packet it tells the hops that are left,
+// which has the number that SCM_CREDENTIALS has where a socket is local.
+Fd socketThatTellsHops() {
+    Fd socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const int on = 1;
+    sockaddr_in self = {};
+    self.sin_family = AF_INET;
+    self.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(self);
+    auto* const address = reinterpret_cast<sockaddr*>(&self);
+    EXPECT_EQ(0, setsockopt(socket.get(), IPPROTO_IP, IP_RECVTTL, &on, sizeof(on)));
+    EXPECT_EQ(0, bind(socket.get(), address, size));
+    EXPECT_EQ(0, getsockname(socket.get(), address, &size));
+    EXPECT_EQ(0, connect(socket.get(), address, size));
+    return socket;
+}
+
+TEST(AMessage, OverASocketThatIsNotLocalHasNoSenderAndNoDescriptors) {
+    static_assert(static_cast<int>(IP_TTL) == static_cast<int>(SCM_CREDENTIALS), "taken for it");
+    const Fd socket = socketThatTellsHops();
+    ASSERT_EQ(OK, sendMessage(socket, {0, Kind::OneWay, 1, 0, 1, 0, 0, 0}, Parcel(), {}));
+    pollfd request = {socket.get(), POLLIN, 0};
+    ASSERT_EQ(1, poll(&request, 1, 60000));
+    Parcel parcel;
+    Envelope envelope;
+    ASSERT_EQ(Received::Message, receiveMessage(socket, false, parcel, envelope));
+    EXPECT_EQ(0, envelope.senderPid());
+    EXPECT_EQ(0U, envelope.fdCount());
 }
 
 bool sound(const raw::Words& words, const Bytes& rest = {}, size_t fds = 0) {

@@ -23,7 +23,8 @@ SocketPair makeSocketPair();
 
 /// From here on the kernel names the sender of each message that comes. False when it cannot.
 bool nameSenders(const Fd& fd);
-/// Is this a local SOCK_SEQPACKET socket? Anything may arrive in a message.
+/// Is this a SOCK_SEQPACKET socket? Anything may arrive in a message. It need not be a local one:
+/// what comes over another has no sender, and is refused.
 bool isPeerSocket(const Fd& fd);
 /// The same socket under one of the highest numbers that this process may have, or as it was when
 /// none is free. The kernel closes a dying process's descriptors from the highest number down: the

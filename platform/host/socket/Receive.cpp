@@ -142,19 +142,27 @@ private:
         mEnvelope.mUid = static_cast<uid_t>(-1);
         for (cmsghdr* part = CMSG_FIRSTHDR(&mMessage); part != nullptr;
              part = CMSG_NXTHDR(&mMessage, part)) {
-            if (part->cmsg_type == SCM_CREDENTIALS) {
-                ucred sender;
-                std::memcpy(&sender, CMSG_DATA(part), sizeof(sender));
-                mEnvelope.mPid = sender.pid;
-                mEnvelope.mUid = sender.uid;
-            } else if (part->cmsg_type == SCM_RIGHTS || part->cmsg_type == kScmPidfd) {
-                const size_t count = (part->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-                for (size_t i = 0; i < count; ++i) {
-                    int fd = -1;
-                    std::memcpy(&fd, CMSG_DATA(part) + i * sizeof(fd), sizeof(fd));
-                    // Still known as one of the runtime's: a forked child must not keep it.
-                    mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
-                }
+            // A peer may have sent a socket of another family, whose protocol numbers its own parts
+            // the same way and fills them as the other end likes.
+            if (part->cmsg_level == SOL_SOCKET) {
+                readPart(*part);
+            }
+        }
+    }
+
+    void readPart(cmsghdr& part) {
+        if (part.cmsg_type == SCM_CREDENTIALS) {
+            ucred sender;
+            std::memcpy(&sender, CMSG_DATA(&part), sizeof(sender));
+            mEnvelope.mPid = sender.pid;
+            mEnvelope.mUid = sender.uid;
+        } else if (part.cmsg_type == SCM_RIGHTS || part.cmsg_type == kScmPidfd) {
+            const size_t count = (part.cmsg_len - CMSG_LEN(0)) / sizeof(int);
+            for (size_t i = 0; i < count; ++i) {
+                int fd = -1;
+                std::memcpy(&fd, CMSG_DATA(&part) + i * sizeof(fd), sizeof(fd));
+                // Still known as one of the runtime's: a forked child must not keep it.
+                mEnvelope.mFds[mEnvelope.mFdCount++] = Fd(fd).release();
             }
         }
     }
