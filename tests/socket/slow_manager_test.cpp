@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +17,7 @@
 #include <thread>
 #include <vector>
 
+#include "socket/Listener.h"
 #include "tests/platform/ProbeTest.h"
 #include "tests/socket/RawWire.h"
 
@@ -98,16 +100,66 @@ std::vector<raw::Fd> fillBacklog(const std::string& path) {
     return held;
 }
 
-using AServiceManagerThatDoesNotAnswer = probe::ProbeTest;
+class AServiceManagerThatDoesNotAnswer : public probe::ProbeTest {
+protected:
+    void stopManager() {
+        mRuntime.manager().kill(SIGSTOP);
+        // Until all its threads have stopped it may accept.
+        siginfo_t stopped = {};
+        ASSERT_EQ(0, waitid(P_PID, static_cast<id_t>(mRuntime.manager().pid()), &stopped,
+                            WSTOPPED | WNOWAIT));
+    }
+};
+
+// A signal every 10 ms, to the main thread, for 5 s at most.
+class Alarms {
+public:
+    static constexpr int kMax = 500;
+
+    Alarms() {
+        gCount = 0;
+        struct sigaction action = {};
+        action.sa_handler = &count;  // and no SA_RESTART
+        sigaction(SIGALRM, &action, &mBefore);
+        setInterval(10000);
+    }
+    ~Alarms() {
+        setInterval(0);
+        sigaction(SIGALRM, &mBefore, nullptr);
+    }
+    Alarms(const Alarms&) = delete;
+    Alarms& operator=(const Alarms&) = delete;
+
+    static int counted() { return gCount; }
+
+private:
+    static void setInterval(suseconds_t microseconds) {
+        const itimerval when = {{0, microseconds}, {0, microseconds}};
+        setitimer(ITIMER_REAL, &when, nullptr);
+    }
+    static void count(int /*signal*/) {
+        if (++gCount == kMax) {
+            setInterval(0);
+        }
+    }
+
+    static inline std::atomic<int> gCount{0};
+    struct sigaction mBefore = {};
+};
+
+TEST_F(AServiceManagerThatDoesNotAnswer, IsGivenUpWhateverSignalsComeMeanwhile) {
+    stopManager();
+    const std::vector<raw::Fd> waiting = fillBacklog(mRuntime.socket());
+    const Alarms alarms;
+    EXPECT_FALSE(android::transport::connectTo(mRuntime.socket()).valid());
+    EXPECT_GT(Alarms::counted(), 0);
+    EXPECT_LT(Alarms::counted(), Alarms::kMax) << "given up only when they ended";
+}
 
 TEST_F(AServiceManagerThatDoesNotAnswer, MakesEachThreadWaitForItselfOnly) {
     ChildProcess asker = ChildProcess::asRole("asker");
     ASSERT_EQ("ready", asker.readLine());
-    mRuntime.manager().kill(SIGSTOP);
-    // Until all its threads have stopped it may accept.
-    siginfo_t stopped = {};
-    ASSERT_EQ(0, waitid(P_PID, static_cast<id_t>(mRuntime.manager().pid()), &stopped,
-                        WSTOPPED | WNOWAIT));
+    stopManager();
     {
         const std::vector<raw::Fd> waiting = fillBacklog(mRuntime.socket());
         const long alone = std::stol("0" + asker.ask("ask"));

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kBacklog = 128;
 // While the backlog of a service manager is full.
-constexpr timeval kConnectTimeout = {0, 100000};
+constexpr std::chrono::milliseconds kConnectTimeout{100};
 constexpr int kOutOfDescriptorsMs = 10;
 constexpr int kLeavingAttempts = 5000;  // 1 ms each
 
@@ -244,13 +244,16 @@ Fd connectTo(const std::string& path) {
         return Fd();
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    (void)setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &kConnectTimeout,
-                     sizeof(kConnectTimeout));  // fails where there is no socket
+    const timeval timeout = {0, std::chrono::microseconds(kConnectTimeout).count()};
+    (void)setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &timeout,
+                     sizeof(timeout));  // fails where there is no socket
+    // The kernel's time limit begins anew after each signal.
+    const auto end = std::chrono::steady_clock::now() + kConnectTimeout;
     int result = 0;
     do {
         result =
             connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-    } while (result != 0 && errno == EINTR);
+    } while (result != 0 && errno == EINTR && std::chrono::steady_clock::now() < end);
     return result == 0 ? std::move(socket) : Fd();
 }
 
