@@ -2,6 +2,7 @@
 // How many calls a process carries out at a time: as many as its pool may have threads, no more.
 #include <binder/ProcessState.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -25,6 +26,7 @@ using voxtrel_test::eventually;
 
 constexpr uint32_t kPass = 1;      // waits inside until the gate is opened
 constexpr uint32_t kGoToSide = 2;  // binder: waits for its kBlock
+constexpr uint32_t kPassOn = 3;    // two binders: calls the first one with the second
 
 // Counts the calls that are inside, and can let them out without another call.
 class Gate : public android::BBinder {
@@ -51,6 +53,12 @@ protected:
         }
         if (code == kGoToSide) {
             return data.readStrongBinder()->transact(probe::kBlock, Parcel(), reply);
+        }
+        if (code == kPassOn) {
+            const sp<IBinder> called = data.readStrongBinder();
+            Parcel passed;
+            passed.writeStrongBinder(data.readStrongBinder());
+            return called->transact(kPass, passed, reply);
         }
         return BBinder::onTransact(code, data, reply, flags);
     }
@@ -163,6 +171,57 @@ TEST_F(APoolOfThreads, DoesNotCountThoseThatWaitForAReply) {
     for (auto& caller : callers) {
         EXPECT_EQ(OK, caller.get());
     }
+}
+
+// A control socket whose owner takes no further one.
+raw::Pair makeFull() {
+    raw::Pair pair = raw::makePair();
+    while (raw::send(pair.theirs.get(), raw::Bytes(32))) {
+    }
+    return pair;
+}
+
+// On a socket that has the call in it when it is given away: it is the next one to be served.
+raw::Fd sendFirst(const raw::Fd& control, const raw::Bytes& call, const std::vector<int>& fds) {
+    raw::Pair pair = raw::makePair();
+    const int on = 1;
+    EXPECT_EQ(0, setsockopt(pair.theirs.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)));
+    EXPECT_TRUE(raw::send(pair.ours.get(), call, fds));
+    raw::Words adopt;
+    adopt.kind = raw::kAdopt;
+    adopt.code = raw::kCalls;
+    EXPECT_TRUE(raw::send(control.get(), raw::packet(adopt), {pair.theirs.get()}));
+    return std::move(pair.ours);
+}
+
+raw::Bytes passOn(uint64_t called, uint64_t passed) {
+    raw::Words words;
+    words.code = kPassOn;
+    words.payloadSize = 48;
+    words.objects = 2;
+    const raw::Bytes records = raw::joined(raw::record(0, called), raw::record(24, passed));
+    return raw::packet(words, raw::joined(raw::Bytes(48), records));
+}
+
+TEST_F(APoolOfThreads, CountsOneThatWaitsForAnOwnerInTheMiddleOfACallOnce) {
+    startGate({"1"});
+    const raw::Fd manager = raw::connectTo(mRuntime.socket());
+    const raw::Fd control = raw::controlOf(manager.get(), "gate");
+    for (uint64_t round = 1; round <= 10; ++round) {
+        const raw::Pair called = raw::makePair();
+        const raw::Pair full = makeFull();
+        const raw::Fd waiting = sendFirst(control, passOn(2 * round, 2 * round + 1),
+                                          {called.theirs.get(), full.theirs.get()});
+        const std::vector<raw::Fd> calls = sendCalls(control, 2);
+        EXPECT_EQ(android::FAILED_TRANSACTION, raw::statusOf(raw::receive(waiting.get())));
+        ASSERT_TRUE(eventually([&] { return asked("inside") >= 1; }));
+        mGate.ask("open");
+        for (const raw::Fd& call : calls) {
+            EXPECT_EQ(32U, raw::receive(call.get()).size());
+        }
+        ASSERT_EQ(0, asked("inside"));
+    }
+    EXPECT_EQ(1, asked("most"));
 }
 
 }  // namespace

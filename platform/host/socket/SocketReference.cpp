@@ -92,16 +92,17 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (data.dataSize() > kLargestRequest) {
         return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
     }
-    const ThreadPool::BlockedScope blocked = mContext.pool.blockOnReply();
-    if (!blocked.granted()) {
-        return FAILED_TRANSACTION;
-    }
     Deadline deadline;
     Attachments attachments;
     const status_t status =
         mContext.translator.exportBinders(data, &attachments, deadline, {{}, mLeadsToManager});
     if (status != OK) {
         return status;
+    }
+    // Only now: a thread that waits meanwhile for the owner of one of the binders counts itself.
+    const ThreadPool::BlockedScope blocked = mContext.pool.blockOnReply();
+    if (!blocked.granted()) {
+        return FAILED_TRANSACTION;
     }
     bool broken = false;
     if (mMain.tryTake()) {
