@@ -4,10 +4,14 @@
 
 #include <binder/Binder.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
 
 #include "socket/ControlSocket.h"
 #include "socket/Listener.h"
 #include "socket/Memfd.h"
+#include "socket/SocketReference.h"
 #include "socket/SocketRuntime.h"
 #include "tests/support/TempFolder.h"
 
@@ -155,6 +159,31 @@ TEST(AProcessWithoutDescriptors, OpensNoSocketAndGivesNoBinderAway) {
     EXPECT_EQ(OK, runtime.exportBinders(parcel, &attachments, deadline, {}))
         << "there are some again";
     EXPECT_EQ(1U, attachments.fds.size());
+}
+
+// How long a reference waits for an owner who takes no socket, in at most `milliseconds`.
+std::chrono::steady_clock::duration waitToShare(SocketReference& reference, int milliseconds) {
+    const auto begin = std::chrono::steady_clock::now();
+    Deadline deadline(milliseconds);
+    EXPECT_FALSE(reference.share({}, deadline).valid());
+    return std::chrono::steady_clock::now() - begin;
+}
+
+TEST(AProcessWithoutDescriptors, DoesNotTakeItForItsPeersFault) {
+    SocketRuntime runtime;
+    SocketPair pair = makeSocketPair();
+    const Fd sameSocket(dup(pair.held.get()));
+    SocketReference reference(runtime.context(), NodeId{{1, 2}}, std::move(pair.held), nullptr,
+                              false, [](SocketReference&) {});
+    {
+        const Failing none(sys::Call::SocketPair, EMFILE);
+        (void)waitToShare(reference, 0);
+    }
+    while (sendMessage(sameSocket, kRequest, Parcel(), {}) == OK) {
+    }
+    EXPECT_GE(waitToShare(reference, 50), std::chrono::milliseconds(50));
+    EXPECT_LT(waitToShare(reference, 60000), std::chrono::seconds(30))
+        << "the owner did not take the last one";
 }
 
 TEST(AManagerWithoutDescriptors, LetsAConnectionWaitUntilThereAreSome) {

@@ -228,8 +228,9 @@ bool SocketReference::hasEnded() const {
 
 Fd SocketReference::share(const PeerIdentity& holder, Deadline& deadline) {
     Fd control;
+    status_t last = OK;  // retryUntil gives another status when the time is up
     const auto attempt = [&](PollTarget& target) {
-        return mControl.open(Role::Control, holder, &control, target);
+        return last = mControl.open(Role::Control, holder, &control, target);
     };
     PollTarget target;
     status_t status = attempt(target);
@@ -237,7 +238,7 @@ Fd SocketReference::share(const PeerIdentity& holder, Deadline& deadline) {
         const ThreadPool::BlockedScope blocked = mContext.pool.blockOnReply();
         status = blocked.granted() ? retryUntil(deadline, attempt) : status;
     }
-    mDoesNotListen = status != OK;
+    mDoesNotListen = last == WOULD_BLOCK;
     return status == DEAD_OBJECT ? deadReference() : std::move(control);
 }
 
