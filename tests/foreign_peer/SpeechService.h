@@ -11,7 +11,7 @@
 
 namespace voxtrel_test {
 
-/// Of the speech service's contract.
+/// Of the speech service's protocol.
 inline constexpr const char* kSpeechService = "tavix.ITextToSpeechFestival";
 enum SpeechCode : uint32_t {
     kSay = 1,

@@ -89,8 +89,8 @@ TEST_F(AForeignClient, OfAnotherUserIsNotAdmitted) {
     EXPECT_EQ("reply i:-10", registerNode(other, "n:7"));
 }
 
-// The contract has no tokens: the words of one are read as arguments, and it is no process's
-// number.
+// The protocol has no tokens: the words of one are read as arguments, the first as the caller's
+// process.
 TEST_F(AForeignClient, ThatBeginsARequestWithATokenIsRefused) {
     const std::string token = std::string("i:-2147483644 s:") + kSpeechService;
     EXPECT_EQ("reply i:-10",

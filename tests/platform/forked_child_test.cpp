@@ -159,7 +159,7 @@ TEST_F(AForkedChildThatLivesOn, HoldsNothingOfTheCallsThatWaitedInItsParent) {
         keep.data.writeStrongBinder(makeIn(maker));
         ASSERT_EQ(OK, keep.to(node, probe::kKeep, IBinder::FLAG_ONEWAY));
     }
-    // Is answered behind so few: they have come to that process, and wait there.
+    // The ping is received behind so few one-way calls: they have arrived, and wait there.
     ASSERT_EQ(OK, node->pingBinder());
     EXPECT_EQ(kCalls, probe::living());
     const pid_t child = std::stoi(leaver.ask("fork"));

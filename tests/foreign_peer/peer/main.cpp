@@ -9,8 +9,8 @@
 //   manage number|object|stable             becomes the service manager (see Names.h)
 //   forget                                  lets go of all names
 //
-// and answers with a line that begins with '='. Other lines tell what happens meanwhile. To its own
-// nodes, which have the numbers that a test gives them, everybody may send what `TestNode` knows.
+// and answers with a line that begins with '='. Other lines tell what happens meanwhile. Its own
+// nodes, which have the numbers that a test gives them, serve the calls of `TestCode`.
 #include <poll.h>
 #include <unistd.h>
 
