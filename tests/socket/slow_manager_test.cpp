@@ -133,8 +133,8 @@ public:
     static int counted() { return gCount; }
 
 private:
-    static void setInterval(suseconds_t microseconds) {
-        const itimerval when = {{0, microseconds}, {0, microseconds}};
+    static void setInterval(suseconds_t us) {
+        const itimerval when = {{0, us}, {0, us}};
         setitimer(ITIMER_REAL, &when, nullptr);
     }
     static void count(int /*signal*/) {
