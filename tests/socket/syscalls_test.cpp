@@ -27,18 +27,21 @@ using namespace android::transport;
 // Faults are a plain function: what it answers stands here.
 sys::Call gFailing;
 int gError;
+int gSpared;
 int gTimes;
 
 int failSome(sys::Call call) {
-    return call == gFailing && gTimes-- > 0 ? gError : 0;
+    return call == gFailing && gSpared-- <= 0 && gTimes-- > 0 ? gError : 0;
 }
 
-// Has a system call fail, so many times, while it lives, in which it has to be made as often.
+// Has a system call fail, so many times, while it lives, in which it has to be made as often. The
+// first `spared` calls do not fail.
 class Failing {
 public:
-    Failing(sys::Call call, int error, int times = 1) {
+    Failing(sys::Call call, int error, int times = 1, int spared = 0) {
         gFailing = call;
         gError = error;
+        gSpared = spared;
         gTimes = times;
         sys::gFault = &failSome;
     }
@@ -89,6 +92,22 @@ TEST_F(AMessageThat, AnswersIsInterruptedAndReceivedAllTheSame) {
         EXPECT_EQ(size, received.dataSize());
         EXPECT_EQ(7U, mGot.header().code);
     }
+}
+
+TEST_F(AMessageThat, AnswersAndCannotFollowItsAnnouncementLeavesRoomForAnotherAnswer) {
+    Parcel large;
+    withText(large, 200000);
+    {
+        const Failing second(sys::Call::Send, ETOOMANYREFS, 1, 1);
+        EXPECT_EQ(FAILED_TRANSACTION,
+                  sendMessage(mPair.held, {0, Kind::Reply, 7, 0, 0, 0, 0, 0}, large, {}));
+    }
+    constexpr Header failed = {0, Kind::Reply, 7, FAILED_TRANSACTION, 0, 0, 0, 0};
+    ASSERT_EQ(OK, sendMessage(mPair.held, failed, Parcel(), {}));
+    Parcel received;
+    ASSERT_EQ(Received::Message, receiveReply(mPair.served, received, mGot));
+    EXPECT_EQ(FAILED_TRANSACTION, mGot.header().status);
+    EXPECT_EQ(0U, received.dataSize());
 }
 
 TEST_F(AMessageThat, TheKernelHasNoMemoryForFailsAlone) {
