@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any packet, with any number of descriptors of several kinds, through the decoder and through the
-// whole of what a received message goes through: payload, memfd, binders, reads. At times the
-// process may have few further descriptors, or none; and it never keeps one.
+// whole of what a received message goes through: payload, memfd, binders, reads; and the same as a
+// reply, which is received in another way, announced or not. At times the process may have few
+// further descriptors, or none; and it never keeps one.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -143,6 +144,24 @@ void run(const uint8_t* data, size_t size, uint8_t choice) {
     }
 }
 
+// Behind it the owner has gone, so that its caller does not wait for more.
+void runAsReply(const uint8_t* data, size_t size, uint8_t choice, bool announced) {
+    constexpr Header announcement = {kMagic, Kind::Reply, 0, 0, 0, 0, 0, kDescriptorsFollow};
+    SocketPair pair = makeSocketPair();
+    if (announced) {
+        (void)sendRaw(pair.served, reinterpret_cast<const uint8_t*>(&announcement),
+                      sizeof(announcement), {});
+    }
+    (void)sendRaw(pair.served, data, size, descriptors(choice));
+    pair.served.reset();
+    Parcel parcel;
+    Envelope envelope;
+    const Received received = receiveReply(pair.held, parcel, envelope);
+    if (received == Received::Message && runtime().importBinders(envelope, parcel)) {
+        readEverything(parcel);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -152,6 +171,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     (void)runtime();  // opens a descriptor of its own once
     const int before = lowestFree();
     run(data + 1, size - 1, data[0]);
+    runAsReply(data + 1, size - 1, data[0], false);
+    runAsReply(data + 1, size - 1, data[0], true);
     if (lowestFree() != before) {
         std::abort();
     }
