@@ -56,6 +56,17 @@ void twoWay(const Setting& setting) {
         kRounds, [&] { return callTime(setting, 1024); }, limit);
     report("two-way call of 1 KB, against L", large);
     figure("two_way_1k_over_L", large.ratio);
+    // What the kernel takes for the same packets, with a receiver that knows who sent them.
+    for (const size_t size : {size_t{64}, size_t{1024}}) {
+        constexpr size_t kHeader = 32;
+        const auto bare = [&] {
+            return wallTime(kCalls, [&] { setting.echoToSender.call(kHeader + size); });
+        };
+        const Contest least = contest(kRounds, bare, limit);
+        const bool isSmall = size == 64;
+        report(isSmall ? "the packets of 64 bytes alone" : "the packets of 1 KB alone", least);
+        figure(isSmall ? "two_way_64_least_over_L" : "two_way_1k_least_over_L", least.ratio);
+    }
 }
 
 void oneWay(const Setting& setting) {

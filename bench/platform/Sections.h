@@ -33,6 +33,7 @@ private:
 /// What every section measures with.
 struct Setting {
     RawPeer& echo;
+    RawPeer& echoToSender;
     RawPeer& sink;
     OtherBuses& buses;
     voxtrel_test::PrivateRuntime& runtime;

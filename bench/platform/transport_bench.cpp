@@ -45,6 +45,7 @@ int run(int argc, char** argv) {
     const std::vector<std::string> names(argv + 1, argv + argc);
     // Forked before the runtime is used: they know nothing of it.
     bench::RawPeer echo(bench::RawPeer::Kind::Echo);
+    bench::RawPeer echoToSender(bench::RawPeer::Kind::EchoToSender);
     bench::RawPeer sink(bench::RawPeer::Kind::Sink);
     bench::OtherBuses buses;
 
@@ -55,7 +56,8 @@ int run(int argc, char** argv) {
         return 1;
     }
     android::ProcessState::self()->startThreadPool();
-    const bench::Setting setting = {echo, sink, buses, runtime, server, bench::findBench()};
+    const bench::Setting setting = {echo,   echoToSender,      sink, buses, runtime,
+                                    server, bench::findBench()};
     for (const Section& section : kSections) {
         if (wanted(section.name, names)) {
             section.run(setting);

@@ -34,19 +34,42 @@ char gRoom[kRoom];
     }
 }
 
-[[noreturn]] void sink(int socket) {
+ssize_t receiveWithSender(int socket) {
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
     iovec part = {gRoom, sizeof(gRoom)};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof(control);
+    return recvmsg(socket, &message, 0);
+}
+
+[[noreturn]] void sink(int socket) {
+    while (receiveWithSender(socket) > 0) {
+    }
+    _exit(0);
+}
+
+[[noreturn]] void echoToSender(int socket) {
     for (;;) {
-        msghdr message = {};
-        message.msg_iov = &part;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof(control);
-        if (recvmsg(socket, &message, 0) <= 0) {
+        const ssize_t got = receiveWithSender(socket);
+        if (got <= 0 || send(socket, gRoom, static_cast<size_t>(got), MSG_NOSIGNAL) < 0) {
             _exit(0);
         }
     }
+}
+
+[[noreturn]] void serve(RawPeer::Kind kind, int socket) {
+    switch (kind) {
+        case RawPeer::Kind::Echo:
+            echo(socket);
+        case RawPeer::Kind::EchoToSender:
+            echoToSender(socket);
+        case RawPeer::Kind::Sink:
+            sink(socket);
+    }
+    _exit(1);
 }
 
 }  // namespace
@@ -58,14 +81,14 @@ RawPeer::RawPeer(Kind kind) {
         std::perror("socketpair");
         std::exit(1);
     }
-    if (kind == Kind::Sink) {
+    if (kind != Kind::Echo) {
         setsockopt(ends[1], SOL_SOCKET, SO_PASSCRED, &on, sizeof(on));
     }
     mPid = fork();
     if (mPid == 0) {
         close(ends[0]);
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        kind == Kind::Echo ? echo(ends[1]) : sink(ends[1]);
+        serve(kind, ends[1]);
     }
     close(ends[1]);
     mSocket = ends[0];

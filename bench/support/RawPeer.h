@@ -12,8 +12,9 @@ namespace bench {
 /// that a call across processes can cost.
 class RawPeer {
 public:
-    enum class Kind { Echo, Sink };
-    /// `Echo` sends each packet back; `Sink` takes packets with their sender's credentials.
+    /// `Echo` sends each packet back, `EchoToSender` too, and has the kernel say who sent it;
+    /// `Sink` takes packets like that.
+    enum class Kind { Echo, EchoToSender, Sink };
     explicit RawPeer(Kind kind);
     ~RawPeer();
     RawPeer(const RawPeer&) = delete;
