@@ -22,6 +22,16 @@ protected:
         ASSERT_TRUE(mNode != nullptr);
     }
 
+    // The test node gets so many notes, one at a time and in the order of their numbers.
+    void expectInOrder(int count) {
+        EXPECT_TRUE(voxtrel_test::eventually([&] { return ask(mNode, kNotes) >= count; }));
+        Call notes;
+        ASSERT_EQ(android::OK, notes.to(mNode, kNotes));
+        EXPECT_EQ(count, notes.reply.readInt32());
+        EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
+        EXPECT_EQ(0, notes.reply.readInt32()) << "at once";
+    }
+
     voxtrel_test::PrivateRuntime mRuntime{VOXTREL_SERVICEMANAGER};
     voxtrel_test::ChildProcess mServer = voxtrel_test::ChildProcess::asRole("server");
     android::sp<android::IBinder> mNode;

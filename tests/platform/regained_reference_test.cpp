@@ -90,17 +90,7 @@ const voxtrel_test::Role kForgetfulThreads("forgetful-threads",
                                                return 0;
                                            });
 
-class AProxyThatIsFetchedAgain : public probe::ProbeTest {
-protected:
-    void expectInOrder(int count) {
-        EXPECT_TRUE(eventually([&] { return probe::ask(mNode, probe::kNotes) >= count; }));
-        Call notes;
-        ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
-        EXPECT_EQ(count, notes.reply.readInt32());
-        EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
-        EXPECT_EQ(0, notes.reply.readInt32()) << "at once";
-    }
-};
+using AProxyThatIsFetchedAgain = probe::ProbeTest;
 
 TEST_F(AProxyThatIsFetchedAgain, KeepsTheOrderOfOneWayCalls) {
     const int kCount = voxtrel_test::repeats(20000);

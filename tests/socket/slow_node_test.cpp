@@ -30,14 +30,6 @@ protected:
             ASSERT_EQ(OK, probe::note(mNode, kCaller, i)) << i;
         }
     }
-    void expectInOrder(int count) {
-        EXPECT_TRUE(eventually([&] { return probe::ask(mNode, probe::kNotes) >= count; }));
-        Call notes;
-        ASSERT_EQ(OK, notes.to(mNode, probe::kNotes));
-        EXPECT_EQ(count, notes.reply.readInt32());
-        EXPECT_EQ(0, notes.reply.readInt32()) << "out of order";
-        EXPECT_EQ(0, notes.reply.readInt32()) << "at once";
-    }
 };
 
 TEST_F(AProxyOfASlowNode, IsNotHeldUpByAFewCallsOfItsPredecessor) {

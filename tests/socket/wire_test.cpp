@@ -74,6 +74,22 @@ TEST(AMessage, OfMoreThanAPacketLeavesAllButTheBeginningOfItsPayloadBehind) {
     EXPECT_EQ(Bytes(32768, 5), Bytes(bytes.begin() + 32, bytes.end()));
 }
 
+TEST(AnAdopt, NamesTheProcessItIsForAndItsUser) {
+    const SocketPair pair = makeSocketPair();
+    const SocketPair given = makeSocketPair();
+    constexpr auto kRole = android::transport::Role::Control;
+    ASSERT_EQ(OK, sendAdopt(pair.held, kRole, given.served, {7, 9}));
+    EXPECT_EQ((Bytes{'V', 'X', 'X', '1', 4, 0, 0, 0, 1, 0, 0, 0, 9, 0, 0, 0,
+                     7,   0,   0,   0,   0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
+              raw::receivePacket(pair.served.get()));
+    ASSERT_EQ(OK, sendAdopt(pair.held, kRole, given.served, {7, 9}));
+    Parcel empty;
+    Envelope envelope;
+    ASSERT_EQ(Received::Message, receiveMessage(pair.served, false, empty, envelope));
+    EXPECT_EQ(7, holderOf(envelope.header()).pid);
+    EXPECT_EQ(9U, holderOf(envelope.header()).uid);
+}
+
 TEST(AReply, IsAnnouncedWhereDescriptorsComeWithIt) {
     const SocketPair pair = makeSocketPair();
     Parcel large;

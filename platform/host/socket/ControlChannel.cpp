@@ -68,10 +68,8 @@ bool ControlChannel::adopt(Received received, Envelope& envelope,
         refuse("a message out of place", envelope);
         return false;
     }
-    const PeerIdentity peer =
-        context().quotas.chargedPeer({envelope.senderPid(), envelope.senderUid()},
-                                     {static_cast<pid_t>(envelope.header().flags),
-                                      static_cast<uid_t>(envelope.header().status)});
+    const PeerIdentity peer = context().quotas.chargedPeer(
+        {envelope.senderPid(), envelope.senderUid()}, holderOf(envelope.header()));
     QuotaCharge charge(context().quotas, peer, end.get());
     if (!charge.granted()) {
         context().pool.keepOneWaiting();

@@ -49,6 +49,11 @@ status_t sendMessage(const Fd& socket, Header header, const Parcel& parcel,
 /// have the other end of it, when the sender knows.
 status_t sendAdopt(const Fd& socket, Role role, const Fd& end, const PeerIdentity& holder = {});
 
+/// Whom an adopt names by that; the pid 0 for nobody.
+inline PeerIdentity holderOf(const Header& adopt) {
+    return {static_cast<pid_t>(adopt.flags), static_cast<uid_t>(adopt.status)};
+}
+
 /// Everything about a received message but its payload. Closes the descriptors nobody took.
 class Envelope {
 public:
