@@ -23,8 +23,8 @@ public:
 
     /// Called on: a thread of the pool. Locks: none.
     virtual void onReady() = 0;
-    /// `onReady` returns at once and runs no code of an implementation: the pool needs no other
-    /// thread in the reactor meanwhile.
+    /// `onReady` returns at once and runs no code of an implementation, or else calls
+    /// `ThreadPool::keepOneWaiting` first: the pool needs no other thread in the reactor until then.
     virtual bool neverBlocks() const { return false; }
 
     const Fd& socket() const { return mSocket; }
@@ -34,7 +34,7 @@ private:
     Fd mSocket;
     int mWaitedFd = -1;
     uint64_t mToken = 0;
-    // Touched only by the thread that the handler has been handed to.
+    // Changed only by the thread that the handler has been handed to.
     std::atomic<bool> mPaused{false};
 };
 
