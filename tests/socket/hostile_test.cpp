@@ -5,12 +5,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -336,6 +338,55 @@ TEST_F(AHostilePeer, ThatHoardsReferencesUsesUpItsOwnShareOnly) {
     mNode = probe::find();
     EXPECT_EQ(OK, mNode->pingBinder());
     EXPECT_LE(probe::descriptorsOf(mServer.pid()), 4096 + 100);
+}
+
+// Listens for a service manager, as systemd does, and starts one, which ends with this process.
+const voxtrel_test::Role kUnit("unit", [](const voxtrel_test::Arguments& arguments) {
+    constexpr int kFirstPassed = 3;
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    arguments[0].copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const int on = 1;
+    const raw::Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    (void)unlink(arguments[0].c_str());
+    if (setsockopt(socket.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) != 0 ||
+        bind(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
+        listen(socket.get(), 128) != 0) {
+        return 1;
+    }
+    const pid_t parent = getpid();
+    if (fork() == 0) {
+        (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
+        const bool isLate = getppid() != parent;
+        const bool isPassed = socket.get() == kFirstPassed
+                                  ? fcntl(kFirstPassed, F_SETFD, 0) == 0
+                                  : dup2(socket.get(), kFirstPassed) == kFirstPassed;
+        setenv("LISTEN_PID", std::to_string(getpid()).c_str(), 1);
+        setenv("LISTEN_FDS", "1", 1);
+        if (!isLate && isPassed) {
+            (void)execl(VOXTREL_SERVICEMANAGER, VOXTREL_SERVICEMANAGER, nullptr);
+        }
+        _exit(1);
+    }
+    voxtrel_test::tell("started");
+    (void)voxtrel_test::hear();
+    return 0;
+});
+
+TEST_F(AHostilePeer, ThatHoardsReferencesOfAnActivatedManagerUsesUpItsOwnShareOnly) {
+    mRuntime.killManager();
+    ChildProcess unit = ChildProcess::asRole("unit", {mRuntime.socket()});
+    ASSERT_EQ("started", unit.readLine());
+    // Answered, so that all who come later find the manager.
+    ASSERT_TRUE(eventually([] { return android::defaultServiceManager() != nullptr; }));
+    EXPECT_EQ(0U, android::defaultServiceManager()->listServices().size());
+    ChildProcess server = ChildProcess::asRole("server");
+    ASSERT_EQ("ready", server.readLine());
+    ChildProcess hoarder = ChildProcess::asRole("hoarder", {mRuntime.socket()});
+    EXPECT_EQ("hoarded", hoarder.readLine());
+    mNode = probe::find();
+    EXPECT_EQ(OK, mNode->pingBinder()) << "the manager's share is used up for all";
+    EXPECT_LE(probe::descriptorsOf(server.pid()), 4096 + 100);
 }
 
 TEST_F(AHostilePeer, IsCutOffForAMessageWithoutASender) {

@@ -162,8 +162,10 @@ std::shared_ptr<Listener> Listener::open(const Context& context, const std::stri
 std::shared_ptr<Listener> Listener::openAt(const Context& context, Fd socket,
                                            const sp<BBinder>& manager) {
     const int flags = fcntl(socket.get(), F_GETFL);
+    // Those who connect are told who has called listen() last: the manager is to be this process
+    // for them, not whoever has made the socket.
     if (flags < 0 || fcntl(socket.get(), F_SETFL, flags | O_NONBLOCK) != 0 ||
-        !nameSenders(socket)) {
+        listen(socket.get(), SOMAXCONN) != 0 || !nameSenders(socket)) {
         logLine("cannot use the socket that was handed over: %s", strerrordesc_np(errno));
         return nullptr;
     }
