@@ -12,9 +12,9 @@ MACHINE_SECONDS=3600 # a busy machine may take ten times as long; what hangs is 
 MACHINE_ICOUNT=shift=1,sleep=off
 SLOWER=1 # parts may take so many times as long: more where their time is that of a busy machine
 PROGRAMS=(voxtrel-servicemanager voxtreld voxtrelctl voxtrel-platform-check foreign_peer foreign_peer_test)
+# Over the driver; every build runs them over sockets. Those of the second list in a process each.
 TESTS=(ipc_test client_test)
-PROCESS_TESTS=(client_process_test)
-RUNTIME_TESTS=(platform_test) # over the driver; every build runs them over sockets
+TESTS_APART=(client_process_test platform_test)
 FILTER='*-TheVoiceFilter.SurvivesATextOfMegabytes' # it computes for half a minute, and calls nobody
 
 usage() {
@@ -25,7 +25,8 @@ usage() {
 # on_board PART COMMAND...: adds it to the board's list
 on_board() { printf '%q ' "$@" >>"$IMAGE/board/list"; echo >>"$IMAGE/board/list"; }
 
-# list_parts TRANSPORT: what is done over it; their names go to PARTS
+# list_parts TRANSPORT: what is done over it: the story and the check, and over the driver our tests;
+# their names go to PARTS
 list_parts() {
     local test chosen=()
     if [ "$1" = driver ]; then chosen=(VOXTREL_BINDER_DRIVER=/dev/binder); fi
@@ -33,18 +34,14 @@ list_parts() {
     on_board send_file "/tmp/story@$1.wav"
     on_board part "platform_check@$1" $((150 * SLOWER)) env "${chosen[@]}" /board/platform_check.sh
     PARTS+=("story@$1" "platform_check@$1")
+    [ "$1" = driver ] || return 0
     for test in "${TESTS[@]}"; do
         on_board tests "$test@$1" $((100 * SLOWER)) "$FILTER" env "${chosen[@]}" "$test"
         PARTS+=("$test@$1")
     done
-    for test in "${PROCESS_TESTS[@]}"; do
-        on_board tests_apart "$test@$1" $((300 * SLOWER)) '*' env "${chosen[@]}" "$test"
-        PARTS+=("$test@$1")
-    done
-    [ "$1" = driver ] || return 0
     on_board tests "foreign_peer_test@$1" $((300 * SLOWER)) '*' env "${chosen[@]}" foreign_peer_test
     PARTS+=("foreign_peer_test@$1")
-    for test in "${RUNTIME_TESTS[@]}"; do
+    for test in "${TESTS_APART[@]}"; do
         on_board tests_apart "$test@$1" $((300 * SLOWER)) '*' env "${chosen[@]}" "$test"
         PARTS+=("$test@$1")
     done
@@ -64,7 +61,7 @@ list_sound_card() {
 make_image() {
     local program transport
     start_image || return 1
-    for program in "${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}" "${RUNTIME_TESTS[@]}"; do
+    for program in "${PROGRAMS[@]}" "${TESTS[@]}" "${TESTS_APART[@]}"; do
         add_program "$1" "$program" || return 1
     done
     add_folder "$PWD/tests/ipc/golden" && add_speech_data || return 1
@@ -106,7 +103,7 @@ count_results() {
 
 # build_board: what the chosen board runs
 build_board() {
-    local targets=("${PROGRAMS[@]}" "${TESTS[@]}" "${PROCESS_TESTS[@]}" "${RUNTIME_TESTS[@]}")
+    local targets=("${PROGRAMS[@]}" "${TESTS[@]}" "${TESTS_APART[@]}")
     if plays_sound; then targets+=("$SOUND_CARD_TEST"); fi
     need_board_root && build_preset "$PRESET" --target "${targets[@]}"
 }
