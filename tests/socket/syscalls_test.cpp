@@ -7,12 +7,14 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <memory>
 
 #include "socket/ControlSocket.h"
 #include "socket/Listener.h"
 #include "socket/Memfd.h"
 #include "socket/SocketReference.h"
 #include "socket/SocketRuntime.h"
+#include "socket/StallMonitor.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -257,6 +259,55 @@ TEST(AKernelThatWaitsForNoMoreSockets, ClosesOneThatWasPausedRatherThanLeaveItUn
     EXPECT_TRUE(hasHungUp(pair.held));
     handler.reset();
     EXPECT_TRUE(kept.expired());
+}
+
+// A shortage at the moment in which a process first uses the runtime.
+class ARuntimeThatBegan : public testing::Test {
+protected:
+    void beginWhile(sys::Call call, int error) {
+        const Failing failing(call, error);
+        mRuntime = std::make_unique<SocketRuntime>();
+        const Entered entered(*this);
+    }
+
+    void expectToHandASlowCallsSocketOver() {
+        Reactor& reactor = mRuntime->context().reactor;
+        reactor.addPaused(mChannel);
+        const Entered entered(*this);
+        const uint32_t call = mProgress.begin();
+        for (int look = 0; look < 2; ++look) {
+            const auto timer = reactor.wait(10000);
+            ASSERT_NE(nullptr, timer) << "nobody looks";
+            timer->onReady();
+        }
+        EXPECT_FALSE(mProgress.finish(call)) << "it is this thread's still";
+    }
+
+private:
+    // A thread that serves the channel meanwhile.
+    struct Entered {
+        explicit Entered(ARuntimeThatBegan& test) : mTest(test) {
+            (void)monitor().enter(mTest.mChannel, mTest.mProgress);
+        }
+        ~Entered() { monitor().leave(mTest.mProgress); }
+        StallMonitor& monitor() const { return mTest.mRuntime->context().stallMonitor; }
+        ARuntimeThatBegan& mTest;
+    };
+
+    SocketPair mPair = makeSocketPair();
+    const std::shared_ptr<Waiting> mChannel = std::make_shared<Waiting>(std::move(mPair.served));
+    CallProgress mProgress;
+    std::unique_ptr<SocketRuntime> mRuntime;
+};
+
+TEST_F(ARuntimeThatBegan, WithoutADescriptorForItsTimerHandsASlowCallsSocketOver) {
+    beginWhile(sys::Call::Timer, EMFILE);
+    expectToHandASlowCallsSocketOver();
+}
+
+TEST_F(ARuntimeThatBegan, WhileEpollTookNoMoreHandsASlowCallsSocketOver) {
+    beginWhile(sys::Call::EpollAdd, ENOSPC);
+    expectToHandASlowCallsSocketOver();
 }
 
 }  // namespace

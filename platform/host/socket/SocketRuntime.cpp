@@ -24,9 +24,7 @@ SocketReference* referenceOf(const sp<IBinder>& binder) {
 SocketRuntime::SocketRuntime()
     : mBudget(gManners.ofDriver ? std::make_unique<BudgetPage>() : nullptr),
       mExports(mBudget.get()),
-      mContext{mQuotas, mReactor, mPool, *mStallMonitor, mExports, *this, mBudget.get()} {
-    (void)mReactor.add(mStallMonitor);  // fails where nothing can be served
-}
+      mContext{mQuotas, mReactor, mPool, *mStallMonitor, mExports, *this, mBudget.get()} {}
 
 // Without a thread in the reactor nobody sees that references have been let go, so a process that
 // gives away one object after the other looks for them as it does. Control sockets only: its

@@ -19,8 +19,7 @@ constexpr int kMaxIdleLooks = 5;
 
 }  // namespace
 
-StallMonitor::StallMonitor(Reactor& reactor)
-    : EventHandler(Fd(sys::makeTimer())), mReactor(reactor) {}
+StallMonitor::StallMonitor(Reactor& reactor) : EventHandler(Fd()), mReactor(reactor) {}
 
 bool StallMonitor::enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress) {
     Mutex::Autolock held(mLock);
@@ -44,7 +43,7 @@ void StallMonitor::leave(const CallProgress& progress) {
 
 void StallMonitor::onReady() {
     uint64_t ticks = 0;
-    (void)read(socket().get(), &ticks, sizeof(ticks));  // how many does not matter
+    (void)read(mTimer.get(), &ticks, sizeof(ticks));  // how many does not matter
     {
         Mutex::Autolock held(mLock);
         look();
@@ -67,11 +66,24 @@ void StallMonitor::look() {
     }
 }
 
+bool StallMonitor::hasTimer() {
+    if (!mTimer.valid()) {
+        mTimer = Fd(sys::makeTimer());
+        if (mTimer.valid() && !mReactor.add(shared_from_this(), mTimer)) {
+            mTimer.reset();
+        }
+    }
+    return mTimer.valid();
+}
+
 void StallMonitor::setTimer(bool on) {
+    if (!hasTimer()) {
+        return;
+    }
     itimerspec when = {};
     when.it_value.tv_nsec = on ? kTickNanoseconds : 0;
     when.it_interval.tv_nsec = when.it_value.tv_nsec;
-    mTicking = timerfd_settime(socket().get(), 0, &when, nullptr) == 0 && on;
+    mTicking = timerfd_settime(mTimer.get(), 0, &when, nullptr) == 0 && on;
 }
 
 }  // namespace android::transport

@@ -35,13 +35,12 @@ private:
 /// Looks every 2 ms, while threads serve channels, whether one is in the same call as at the last
 /// look, and then hands its channel over to the other threads. So a long call does not hold up what
 /// comes behind it on its channel, and a quick one pays nothing.
-class StallMonitor final : public EventHandler {
+class StallMonitor final : public EventHandler, public std::enable_shared_from_this<StallMonitor> {
 public:
-    /// To be added to `reactor`.
     explicit StallMonitor(Reactor& reactor);
 
-    /// The calling thread serves `channel` until it leaves. False when nobody looks, since there
-    /// was no descriptor for the timer.
+    /// The calling thread serves `channel` until it leaves. False when there is no timer, or epoll
+    /// refuses it; the next thread tries again.
     bool enter(const std::shared_ptr<EventHandler>& channel, CallProgress& progress)
         PLATFORM_EXCLUDES(mLock);
     void leave(const CallProgress& progress) PLATFORM_EXCLUDES(mLock);
@@ -56,8 +55,11 @@ private:
     };
     void look() PLATFORM_REQUIRES(mLock);
     void setTimer(bool on) PLATFORM_REQUIRES(mLock);
+    bool hasTimer() PLATFORM_REQUIRES(mLock);
 
     Reactor& mReactor;
+    // Set once, before the reactor knows of it, by the first thread that enters and can have one.
+    Fd mTimer;
     Mutex mLock;
     std::vector<Watched> mWatched PLATFORM_GUARDED_BY(mLock);
     int mIdleLooks PLATFORM_GUARDED_BY(mLock) = 0;
