@@ -4,8 +4,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 
@@ -146,6 +148,37 @@ TEST_F(ALineOnStandardError, IsLeftOutAndCountedWhenThereIsNoRoom) {
     log.write("me", "third");
     log.write("me", "fourth");
     EXPECT_EQ("me: 2 lines were left out\nme: third\nme: fourth\n", drained(end));
+    close(end);
+}
+
+std::atomic<int> gSignals{0};
+constexpr int kMaxSignals = 500;
+
+void setInterval(suseconds_t us) {
+    const itimerval when = {{0, us}, {0, us}};
+    setitimer(ITIMER_REAL, &when, nullptr);
+}
+
+// More often than the time limit, for 5 s at most.
+TEST_F(ALineOnStandardError, IsLeftOutWhateverSignalsComeMeanwhile) {
+    const int end = pipeAsStandardError();
+    fillStandardError();
+    struct sigaction before = {};
+    struct sigaction counting = {};
+    counting.sa_handler = [](int) {
+        if (++gSignals == kMaxSignals) {
+            setInterval(0);
+        }
+    };
+    ASSERT_EQ(0, sigaction(SIGALRM, &counting, &before));
+    setInterval(10000);
+    for (int line = 0; line < 5; ++line) {
+        LineLog().write("me", "unread");  // one that has left out a line does not wait again
+    }
+    setInterval(0);
+    EXPECT_EQ(0, sigaction(SIGALRM, &before, nullptr));
+    EXPECT_GT(gSignals, 0);
+    EXPECT_LT(gSignals, kMaxSignals) << "left out only when they ended";
     close(end);
 }
 

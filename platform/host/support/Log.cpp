@@ -51,12 +51,17 @@ private:
     bool mWasPending = false;
 };
 
-bool waitForRoom(std::chrono::milliseconds deadline) {
+bool waitForRoom(std::chrono::milliseconds timeout) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + timeout;
     pollfd error = {STDERR_FILENO, POLLOUT, 0};
-    int ready = -1;
-    do {
-        ready = poll(&error, 1, static_cast<int>(deadline.count()));
-    } while (ready < 0 && errno == EINTR);
+    int ready = poll(&error, 1, static_cast<int>(timeout.count()));
+    while (ready < 0 && errno == EINTR) {
+        // The time limit is not to begin anew with each signal.
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+        ready =
+            poll(&error, 1, static_cast<int>(std::max(left, std::chrono::milliseconds(0)).count()));
+    }
     return ready > 0;
 }
 
