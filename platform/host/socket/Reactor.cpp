@@ -66,7 +66,7 @@ void Reactor::rearm(EventHandler& handler) {
 void Reactor::rearmIfKept(EventHandler& handler) {
     Mutex::Autolock held(mLock);
     if (mHandlers.count(handler.mToken) != 0) {
-        rearm(handler);
+        (void)control(mEpoll.get(), EPOLL_CTL_MOD, handler.mWaitedFd, handler.mToken);
     }
 }
 

@@ -24,7 +24,8 @@ public:
     /// Called on: a thread of the pool. Locks: none.
     virtual void onReady() = 0;
     /// `onReady` returns at once and runs no code of an implementation, or else calls
-    /// `ThreadPool::keepOneWaiting` first: the pool needs no other thread in the reactor until then.
+    /// `ThreadPool::keepOneWaiting` first: the pool needs no other thread in the reactor until
+    /// then.
     virtual bool neverBlocks() const { return false; }
 
     const Fd& socket() const { return mSocket; }
@@ -51,7 +52,8 @@ public:
     void addPaused(const std::shared_ptr<EventHandler>& handler);
     /// A paused handler that epoll refuses is let go, and its peer sees a hang-up.
     void rearm(EventHandler& handler);
-    /// The same for a handler that may be removed at any time, and its descriptor closed.
+    /// For a handler that is never paused, but may be removed at any time and its descriptor
+    /// closed.
     void rearmIfKept(EventHandler& handler);
     /// Takes a handler that is not armed out of epoll until it is armed again: while a thread reads
     /// its socket directly, each message would cost a wake-up callback.
