@@ -77,13 +77,18 @@ board_step() {
     count_closing_line build/board.log "$status"
 }
 
+form_step() {
+    pass_if "form of the sources" scripts/format_check.sh
+    pass_if "shell scripts" scripts/shell_check.sh
+}
+
 fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
 
 run_step() {
     say_step "$1"
     STEP_START=$SECONDS
     case $1 in
-        form) pass_if "form of the sources" scripts/format_check.sh ;;
+        form) form_step ;;
         porting) pass_if "the commands of docs/porting.md" porting_step ;;
         board) board_step ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;

@@ -6,6 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 source scripts/lib.sh
+# shellcheck source=scripts/board/machine.sh
 for subject in boards packages image programs machine; do source "scripts/board/$subject.sh"; done
 
 MACHINE_SECONDS=3600 # a busy machine may take ten times as long; what hangs is ended on the board
@@ -172,7 +173,7 @@ while [ $# -gt 0 ]; do
             ;;
         --cpus)
             [[ ${2:-} =~ ^[1-9]$ ]] || usage
-            MACHINE_CPUS=$2 MACHINE_ICOUNT= SLOWER=10
+            MACHINE_CPUS=$2 MACHINE_ICOUNT="" SLOWER=10
             shift
             ;;
         x86 | arm) chosen+=("$1") ;;

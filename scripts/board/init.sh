@@ -1,4 +1,5 @@
 #!/bin/busybox sh
+# shellcheck shell=dash
 # The first process of an emulated board: makes it a system, runs /board/list and turns it off.
 /bin/busybox --install -s /bin
 export PATH=/bin:/sbin HOME=/root LC_ALL=C.UTF-8 TERM=dumb VOXTREL_TESTS_RUN_SLOWLY=1

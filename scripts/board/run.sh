@@ -16,6 +16,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 source scripts/lib.sh
+# shellcheck source=scripts/board/machine.sh
 for subject in boards packages image machine; do source "scripts/board/$subject.sh"; done
 
 usage() {
