@@ -52,6 +52,8 @@ endif()
 add_library(voxtrel_warnings INTERFACE)
 target_compile_options(voxtrel_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 
+include(VoxtrelHardening)
+
 # For the programs alone: no library of ours depends on libsystemd.
 add_library(voxtrel_systemd INTERFACE)
 if(VOXTREL_SYSTEMD)

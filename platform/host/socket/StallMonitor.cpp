@@ -43,7 +43,7 @@ void StallMonitor::leave(const CallProgress& progress) {
 
 void StallMonitor::onReady() {
     uint64_t ticks = 0;
-    (void)read(mTimer.get(), &ticks, sizeof(ticks));  // how many does not matter
+    (void)!read(mTimer.get(), &ticks, sizeof(ticks));  // how many does not matter
     {
         Mutex::Autolock held(mLock);
         look();
