@@ -57,6 +57,7 @@ name=voxtrel-$version
     # Units name their programs by absolute paths, and a tarball may lie anywhere.
     rm -r "$out/$name/lib/systemd"
     install -m 644 LICENSE README.md CHANGELOG.md "$out/$name/share/doc/voxtrel"
+    scripts/sbom.py build/package "$version" "voxtrel=$out/$name"
 )
 tar -C "$out" --sort=name --owner=0 --group=0 --numeric-owner --mode=go=rX,u+rw \
     --mtime="@$SOURCE_DATE_EPOCH" -c "$name" | gzip -n >"$out/$name-$(dpkg --print-architecture).tar.gz"

@@ -216,6 +216,64 @@ build_example() {
         as_user "$work/with_example_service.sh" /usr/bin "$work/build/cmake-service/service"
 }
 
+# Programs and libraries, a path in the root each.
+installed_elf_files() {
+    local path
+    in_root dpkg-query -L voxtrel libvoxtrel1 libvoxtrel-dev libvoxtrel-client1 libvoxtrel-platform1 \
+        speech-dispatcher-voxtrel | while read -r path; do
+        if [ -f "$root$path" ] && [ ! -L "$root$path" ] &&
+            [ "$(head -c 4 "$root$path" | tr -d '\0')" = $'\x7fELF' ]; then
+            echo "$path"
+        fi
+    done
+}
+are_hardened() {
+    local files
+    mapfile -t files < <(installed_elf_files)
+    [ ${#files[@]} -ge 9 ] || { say "only ${files[*]}"; return 1; }
+    as_user "$work/hardening_check.sh" "${files[@]}"
+}
+# The compiler's own flags, turned off.
+build_soft_program() {
+    as_user sh -ec "echo '#include <stdio.h>
+        int main(int argc, char** argv) { return printf(\"%s %d\", argv[0], argc); }' >$work/build/soft.c
+        gcc -O2 -no-pie -fno-stack-protector -U_FORTIFY_SOURCE -Wl,-z,norelro,-z,lazy,-z,execstack \
+            -Wl,-rpath,$work $work/build/soft.c -o $work/build/soft"
+}
+sees_soft_program() {
+    ! as_user "$work/hardening_check.sh" "$work/build/soft" && [ "$(wc -l <"$log")" -eq 7 ]
+}
+
+owner_of() { in_root dpkg-query -S "$1" 2>/dev/null || in_root dpkg-query -S "/usr$1"; }
+# is_in_bill FILE: the package of each shared object that it loads is named in that of its own package.
+is_in_bill() {
+    local name bill library owner libraries
+    name=$(owner_of "$1" | cut -d: -f1)
+    bill=$(echo "$root/usr/share/doc/$name/$name"_*.spdx.json)
+    mapfile -t libraries < <(in_root ldd "$1" | awk '$2 == "=>" {print $3}')
+    [ ${#libraries[@]} -ge 2 ] || { say "$1 loads only ${libraries[*]}"; return 1; }
+    for library in "${libraries[@]}"; do
+        owner=$(owner_of "$library" | cut -d: -f1)
+        if [ -z "$owner" ] || ! grep -qFx "   \"name\": \"$owner\"," "$bill"; then
+            say "$bill does not name '$owner', of which $1 loads $library"
+            return 1
+        fi
+    done
+}
+bills_are_complete() {
+    local file files
+    mapfile -t files < <(installed_elf_files)
+    [ ${#files[@]} -ge 9 ] || { say "only ${files[*]}"; return 1; }
+    for file in "${files[@]}"; do is_in_bill "$file" || return 1; done
+}
+
+look_into_programs() {
+    check "programs and libraries are hardened" are_hardened
+    check "a program that is not is built" build_soft_program
+    check "all that it lacks is noticed" sees_soft_program
+    check "all that they load is in the bills of materials" bills_are_complete
+}
+
 runs_lintian() {
     as_user sh -c "exec lintian --fail-on error --info --display-info $work/old/*.deb"
 }
@@ -224,7 +282,7 @@ rm -rf "$root$work"
 install -d -m 755 "$root$work" "$root$work/old" "$root$work/new"
 install -d -m 777 "$root$work/build"
 install -m 755 "$here/with_service.sh" "$here/with_example_service.sh" \
-    "$here/with_restarted_service.sh" "$here/wav_level.sh" "$root$work"
+    "$here/with_restarted_service.sh" "$here/wav_level.sh" "$here/hardening_check.sh" "$root$work"
 install -m 644 "$here/service_manager.sh" "$root$work"
 cp "$packages"/*.deb "$root$work/old"
 cp "$newer"/*.deb "$root$work/new"
@@ -243,6 +301,8 @@ say_step "applications"
 build_applications
 say_step "applications in Python"
 run_python
+say_step "programs and libraries"
+look_into_programs
 say_step "lintian"
 check "lintian installs" apt --no-install-recommends install lintian
 check "lintian finds no error" runs_lintian
