@@ -56,7 +56,7 @@ name=voxtrel-$version
     cmake --install build/package --strip --prefix "$out/$name" >/dev/null
     # Units name their programs by absolute paths, and a tarball may lie anywhere.
     rm -r "$out/$name/lib/systemd"
-    install -m 644 LICENSE README.md CHANGELOG.md "$out/$name/share/doc/voxtrel"
+    install -m 644 LICENSE README.md CHANGELOG.md SECURITY.md "$out/$name/share/doc/voxtrel"
     scripts/sbom.py build/package "$version" "voxtrel=$out/$name"
 )
 tar -C "$out" --sort=name --owner=0 --group=0 --numeric-owner --mode=go=rX,u+rw \
