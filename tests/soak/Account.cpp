@@ -35,6 +35,8 @@ private:
         words >> what;
         if (what == "called") {
             takeCall(words);
+        } else if (what == "exited") {
+            takeExit(words);
         } else if (what == "left") {
             mHasLeft = true;
         } else {
@@ -51,6 +53,21 @@ private:
         if (beyond > Account::kLateMs) {
             ++mAccount.late;
             find(name + " ended " + std::to_string(beyond) + " ms behind its deadline");
+        }
+    }
+
+    /// A command may fail, in order.
+    void takeExit(std::istream& words) {
+        std::string name;
+        int status = -1;
+        words >> name >> status;
+        Account::Exits& exits = mAccount.exits[name];
+        if (status == 0) {
+            ++exits.good;
+        } else if (status == 1) {
+            ++exits.failed;
+        } else {
+            find(name + " ended with status " + std::to_string(status));
         }
     }
 

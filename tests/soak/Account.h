@@ -14,6 +14,11 @@ struct Account {
     /// A call that ends later than this behind its deadline is late. Others use the machine too.
     static constexpr long kLateMs = 2000;
 
+    struct Exits {
+        std::size_t good = 0;
+        std::size_t failed = 0;  ///< in order, with status 1
+    };
+
     std::size_t utterances = 0;
     std::map<int, std::size_t> outcomes;  ///< by `voxtrel::Outcome::Kind`
     std::map<int, std::size_t> losses;    ///< of the kind Lost, by status
@@ -23,7 +28,8 @@ struct Account {
     std::size_t calls = 0;
     std::size_t late = 0;
     long longestBeyondMs = 0;
-    std::vector<std::string> findings;  ///< what should not be
+    std::map<std::string, Exits> exits;  ///< of commands, by their kind
+    std::vector<std::string> findings;   ///< what should not be
 
     /// Adds the ledger of one process.
     void add(const std::string& name, std::istream& ledger);

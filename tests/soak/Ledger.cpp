@@ -46,6 +46,10 @@ void Ledger::called(const char* name, long beyondMs) {
     write(std::string("called ") + name + " " + std::to_string(beyondMs));
 }
 
+void Ledger::exited(const char* name, int status) {
+    write(std::string("exited ") + name + " " + std::to_string(status));
+}
+
 void Ledger::left() {
     write("left");
 }

@@ -40,6 +40,9 @@ public:
     /// A call that took so long beyond its deadline; negative: within it.
     void called(const char* name, long beyondMs);
 
+    /// A command of that kind ended with that exit status.
+    void exited(const char* name, int status);
+
     /// All clients of the process have ended in order.
     void left();
 

@@ -8,6 +8,10 @@ namespace soak {
 namespace {
 
 constexpr int kNameWidth = 34;
+
+/// A command may fail whenever it meets a disturbance, but not so often in a row.
+constexpr std::size_t kOftenEnough = 20;
+
 constexpr int kNumberWidth = 10;
 
 template <typename Number>
@@ -48,6 +52,14 @@ void printUtterances(const Account& account, std::ostream& out) {
     row(out, "  longest beyond its deadline, ms", {account.longestBeyondMs});
 }
 
+void printCommands(const Account& account, std::ostream& out) {
+    out << "\n";
+    row(out, "commands", {"status 0", "status 1"});
+    for (const auto& [name, exits] : account.exits) {
+        row(out, "  " + name, {exits.good, exits.failed});
+    }
+}
+
 void printGrowth(const std::vector<Growth>& growth, std::ostream& out) {
     out << "\n";
     row(out, "", {"descr.", "at end", "KiB", "at end"});
@@ -68,6 +80,11 @@ std::vector<std::string> findingsOf(const Soak::Result& result) {
     if (result.account.utterances == 0 || result.account.calls == 0) {
         all.emplace_back("nothing was said");
     }
+    for (const auto& [name, exits] : result.account.exits) {
+        if (exits.good == 0 && exits.failed >= kOftenEnough) {
+            all.push_back("the command " + name + " has never succeeded");
+        }
+    }
     return all;
 }
 
@@ -77,6 +94,7 @@ bool report(const Soak::Result& result, std::ostream& out) {
     constexpr std::size_t kMaxShown = 20;
     printDisturbances(result, out);
     printUtterances(result.account, out);
+    printCommands(result.account, out);
     printGrowth(result.growth, out);
     const std::vector<std::string> findings = findingsOf(result);
     out << "\nfindings: " << findings.size() << "\n";

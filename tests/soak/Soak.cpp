@@ -16,7 +16,8 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr bool kHasPython = sizeof(VOXTREL_PYTHON) > 1;
-constexpr const char* kKinds[] = {"cpp", "c", "cpp", "c", "cpp", kHasPython ? "python" : "c"};
+constexpr const char* kKinds[] = {
+    "cpp", "c", "cpp", "c", "cpp", kHasPython ? "python" : "c", "tools", "tools", "stranger"};
 
 /// How long what a process lets go of may take, on a busy machine.
 constexpr std::chrono::seconds kToLetGo(20);
@@ -77,7 +78,8 @@ Member::Words Soak::clientCommand(std::size_t client, unsigned life) {
     if (kind == "python") {
         return {VOXTREL_PYTHON, VOXTREL_PYTHON_CLIENT, ledger, seed};
     }
-    return {voxtrel_test::ownPath(), voxtrel_test::kRoleArgument + kind, ledger, seed};
+    const std::string files = mFolder + "/tools/" + std::to_string(client + 1) + ".";
+    return {voxtrel_test::ownPath(), voxtrel_test::kRoleArgument + kind, ledger, seed, files};
 }
 
 Soak::Result Soak::run() {
@@ -112,6 +114,7 @@ void Soak::start() {
     setenv("PYTHONDONTWRITEBYTECODE", "1", 1);
     setenv("VOXTREL_LIBRARY", VOXTREL_LIBRARY, 1);
     std::filesystem::create_directory(mFolder + "/ledgers");
+    std::filesystem::create_directory(mFolder + "/tools");
     mManager.start();
     mService.start();
     for (const auto& client : mClients) {

@@ -69,10 +69,23 @@ TEST(AnAccount, FindsALateCall) {
     EXPECT_EQ(account.findings, Findings{"1.1: stop ended 2001 ms behind its deadline"});
 }
 
+TEST(AnAccount, TakesACommandThatFailsInOrder) {
+    const Account account = accountOf("exited say 0\nexited say 1\nexited get 1\nleft\n");
+    EXPECT_EQ(account.exits.at("say").good, 1U);
+    EXPECT_EQ(account.exits.at("say").failed, 1U);
+    EXPECT_EQ(account.exits.at("get").failed, 1U);
+    EXPECT_EQ(account.findings, Findings());
+}
+
+TEST(AnAccount, FindsACommandThatCrashed) {
+    const Account account = accountOf("exited status 139\nleft\n");
+    EXPECT_EQ(account.findings, Findings{"1.1: status ended with status 139"});
+}
+
 /// A run in which all went well.
 Soak::Result goodResult() {
     Soak::Result result;
-    result.account = accountOf("said 1 1\nended 1 1 1\ncalled say 0\nleft\n");
+    result.account = accountOf("said 1 1\nended 1 1 1\ncalled say 0\nexited get 0\nleft\n");
     result.growth.push_back({"service", {100, 20000}, {117, 23048}});
     return result;
 }
@@ -107,6 +120,15 @@ TEST(AReport, IsBadWhereAnUtteranceWasLostTrackOf) {
     Soak::Result result = goodResult();
     result.account = accountOf("said 1 1\ncalled say 0\nleft\n");
     EXPECT_NE(reported(result, false).find("has no outcome"), std::string::npos);
+}
+
+TEST(AReport, IsBadWhereACommandNeverSucceeds) {
+    Soak::Result result = goodResult();
+    result.account.exits["set"] = {0, 19};
+    (void)reported(result, true);
+    result.account.exits["set"] = {0, 20};
+    EXPECT_NE(reported(result, false).find("the command set has never succeeded"),
+              std::string::npos);
 }
 
 TEST(AReport, IsBadWhereNothingHappened) {

@@ -9,15 +9,20 @@
 #include "tests/soak/ClientLife.h"
 #include "tests/soak/Report.h"
 #include "tests/soak/Soak.h"
+#include "tests/soak/StrangerLife.h"
+#include "tests/soak/ToolLife.h"
 #include "tests/support/Roles.h"
 
 namespace {
 
 using soak::ClientLife;
 
+unsigned seedIn(const voxtrel_test::Arguments& arguments) {
+    return static_cast<unsigned>(std::strtoul(arguments.at(1).c_str(), nullptr, 10));
+}
+
 int live(const voxtrel_test::Arguments& arguments, const soak::NewSpeaker& newSpeaker) {
-    const auto seed = static_cast<unsigned>(std::strtoul(arguments.at(1).c_str(), nullptr, 10));
-    return ClientLife(arguments.at(0), seed, newSpeaker).live();
+    return ClientLife(arguments.at(0), seedIn(arguments), newSpeaker).live();
 }
 
 const voxtrel_test::Role kCpp("cpp", [](const voxtrel_test::Arguments& arguments) {
@@ -25,6 +30,13 @@ const voxtrel_test::Role kCpp("cpp", [](const voxtrel_test::Arguments& arguments
 });
 const voxtrel_test::Role kC("c", [](const voxtrel_test::Arguments& arguments) {
     return live(arguments, soak::speakerInC);
+});
+
+const voxtrel_test::Role kTools("tools", [](const voxtrel_test::Arguments& arguments) {
+    return soak::ToolLife(arguments.at(0), seedIn(arguments), arguments.at(2)).live();
+});
+const voxtrel_test::Role kStranger("stranger", [](const voxtrel_test::Arguments& arguments) {
+    return soak::StrangerLife(arguments.at(0), seedIn(arguments)).live();
 });
 
 std::string newFolder() {

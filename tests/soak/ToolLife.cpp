@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/soak/ToolLife.h"
+
+#include <csignal>
+#include <fstream>
+
+#include "tests/soak/Orders.h"
+#include "tests/soak/ToolOutput.h"
+#include "tests/soak/ToolRun.h"
+
+namespace soak {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+
+/// To find the service, to be answered, and to leave it.
+constexpr const char* kTimeout = "2";
+constexpr milliseconds kToEndByItself(3 * 2000);
+constexpr milliseconds kToEndBySignal(100);
+
+/// What a deadline has to do with is found in the ledger; who takes longer than this hangs.
+constexpr milliseconds kToHang(60000);
+
+/// @param profiles begins the paths of what is saved.
+std::vector<ToolLife::Command> commandsWith(const std::string& profiles) {
+    using Words = std::vector<std::string>;
+    const std::string saved = profiles + "saved.ini";
+    const std::string copied = profiles + "copied.ini";
+    const auto soon = [](const char* command, const Words& rest = {}) {
+        Words words = {command, "--timeout", kTimeout};
+        words.insert(words.end(), rest.begin(), rest.end());
+        return words;
+    };
+    return {
+        {"say", soon("say", {"Hello from a tool."})},
+        {"say-json", soon("say", {"--json", "Hello from a tool that listens."}), true, true},
+        {"say-slowly", soon("say", {"--json", "--speed", "80", "One, two, three."}), true, true},
+        {"silence", soon("silence", {"30"})},
+        {"stop", soon("stop")},
+        {"lock", soon("lock", {"--", "true"}), true},
+        {"break-lock", soon("break-lock")},
+        {"status", soon("status", {"--json"})},
+        {"languages", soon("languages")},
+        {"voices", soon("voices", {"--json"})},
+        {"doctor", soon("doctor")},
+        {"monitor", soon("monitor", {"--json"}), true},
+        {"get", soon("get", {"--json"})},
+        {"set", soon("set", {"speed", "250"})},
+        {"set", soon("set", {"pitch", "210"})},
+        {"set", soon("set", {"language", "fr_FR"})},
+        {"disable", soon("disable", {"pitch"})},
+        {"enable", soon("enable", {"pitch"})},
+        {"disable", soon("disable")},
+        {"enable", soon("enable")},
+        {"enable", soon("enable")},
+        {"profile-save", {"profile", "save", "--timeout", kTimeout, saved}},
+        {"profile-load", {"profile", "load", "--timeout", kTimeout, saved}},
+        {"profile-copy", {"profile", "copy", saved, copied}},
+        {"profile-show", {"profile", "show", "--json", copied}},
+        {"profile-remove", {"profile", "remove", copied}},
+    };
+}
+
+std::vector<std::string> wordsOf(const ToolLife::Command& command) {
+    std::vector<std::string> words = {VOXTREL_CONTROL};
+    words.insert(words.end(), command.words.begin(), command.words.end());
+    return words;
+}
+
+}  // namespace
+
+ToolLife::ToolLife(const std::string& ledger, unsigned seed, const std::string& files)
+    : mOutput(files + "output"), mLedger(ledger), mRandom(seed), mCommands(commandsWith(files)) {}
+
+int ToolLife::live() {
+    const auto last = static_cast<unsigned>(mCommands.size()) - 1;
+    obeyOrders([this] { return milliseconds(upTo(200)); },
+               [this, last] { run(mCommands[upTo(last)]); });
+    mLedger.left();
+    confirmEnd();
+    return 0;
+}
+
+void ToolLife::run(const Command& command) {
+    ToolRun tool(wordsOf(command), mOutput);
+    await(tool, command);
+    mLedger.exited(command.name, tool.status());
+    if (command.speaks) {
+        noteSpeech();
+    }
+}
+
+void ToolLife::await(ToolRun& tool, const Command& command) {
+    milliseconds deadline = kToEndByItself;
+    if (command.stays) {
+        if (tool.waitFor(milliseconds(upTo(6000)))) {
+            return;
+        }
+        constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+        tool.signal(kSignals[upTo(2)]);
+        deadline = kToEndBySignal;
+    }
+    const auto begun = Heartbeat::Clock::now();
+    const auto missed = mHeartbeat.missed();
+    if (!tool.waitFor(kToHang)) {
+        tool.signal(SIGKILL);  // which is no status of its own
+        (void)tool.waitFor(kToHang);
+    }
+    const auto taken = Heartbeat::Clock::now() - begun - (mHeartbeat.missed() - missed);
+    const auto beyond = duration_cast<milliseconds>(taken) - deadline;
+    mLedger.called(command.name, static_cast<long>(beyond.count()));
+}
+
+void ToolLife::noteSpeech() {
+    std::ifstream output(mOutput);
+    noteEvents(output, ++mRuns, mLedger);
+}
+
+unsigned ToolLife::upTo(unsigned most) {
+    return std::uniform_int_distribution<unsigned>(0, most)(mRandom);
+}
+
+}  // namespace soak
