@@ -55,6 +55,9 @@ std::vector<ToolLife::Command> commandsWith(const std::string& profiles) {
         {"disable", soon("disable", {"pitch"})},
         {"enable", soon("enable", {"pitch"})},
         {"disable", soon("disable")},
+        // Who else speaks is not to be silent for most of the time.
+        {"enable", soon("enable")},
+        {"enable", soon("enable")},
         {"enable", soon("enable")},
         {"enable", soon("enable")},
         {"profile-save", {"profile", "save", "--timeout", kTimeout, saved}},
