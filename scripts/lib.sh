@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034 # what it sets is for those who source it
 # Shared by ./dev and the scripts behind it; sourced, never run. The caller stands in the root.
 
 source scripts/progress.sh
@@ -18,7 +19,7 @@ declare -A PACKAGES=(
     [arm]="g++-arm-linux-gnueabihf qemu-user googletest"
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind speech-dispatcher libspeechd-dev"
     [coverage]="gcovr"
-    [lint]="clang-format-14 clang-tidy-14 reuse shellcheck"
+    [lint]="clang-format-14 clang-tidy-14 cppcheck reuse shellcheck"
     [terminal]="tmux"
     [desktop]="speech-dispatcher"
     [docs]="doxygen"
@@ -82,6 +83,9 @@ test_jobs_here() { echo $((5 * $(nproc))); }
 own_sources() {
     git ls-files '*.h' '*.cpp' '*.c' 2>/dev/null
 }
+
+# The folders of what ships.
+SHIPPED=(vocabulary ipc profile client platform service tools voxtrel bridges)
 
 # build_preset PRESET [cmake --build arguments]: shows how far it is, and the compiler's words when it fails.
 build_preset() {

@@ -5,7 +5,6 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-SHIPPED=(vocabulary ipc profile client platform service tools voxtrel bridges)
 export FINDINGS=build/lint/findings
 
 # tidy FILE: what clang-tidy finds goes to FINDINGS; its count of what it does not show is left out

@@ -80,6 +80,7 @@ board_step() {
 form_step() {
     pass_if "form of the sources" scripts/format_check.sh
     pass_if "shell scripts" scripts/shell_check.sh
+    pass_if "cppcheck" scripts/cppcheck.sh
     pass_if "licences" scripts/licence_check.sh
 }
 
