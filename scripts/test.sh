@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
 STEPS=(debug asan tsan arm form porting board fuzz)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang")
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}" >&2
@@ -81,6 +81,7 @@ form_step() {
     pass_if "form of the sources" scripts/format_check.sh
     pass_if "shell scripts" scripts/shell_check.sh
     pass_if "cppcheck" scripts/cppcheck.sh
+    pass_if "clang-tidy over what changed last" scripts/lint.sh --within 30
     pass_if "licences" scripts/licence_check.sh
 }
 
