@@ -23,7 +23,7 @@ import subprocess
 import sys
 from datetime import datetime, timezone
 from pathlib import Path
-from typing import Iterable, NamedTuple
+from typing import Dict, Iterable, NamedTuple, Tuple
 
 MAKER = "Organization: Voxtrel maintainers"
 
@@ -33,6 +33,10 @@ class Package(NamedTuple):
     version: str
     architecture: str
     is_ours: bool
+
+
+# By the name that programs load it by: the package and the file.
+Ours = Dict[str, Tuple[Package, Path]]
 
 
 def output(*command: str) -> str:
@@ -115,8 +119,7 @@ class Build:
 class Bill:
     """What one tree is made of and needs."""
 
-    def __init__(self, folder: Path, ours: dict[str, Package], debian: Debian, build: Build) -> None:
-        self.loaded: set[Package] = set()
+    def __init__(self, folder: Path, ours: Ours, debian: Debian, build: Build) -> None:
         self.compiled: set[Package] = set()
         files = elf_files(folder)
         users = list(files)
@@ -124,12 +127,11 @@ class Bill:
         while users:
             user = users.pop()
             for name in entries(user, "NEEDED"):
-                if name in ours:
-                    self.loaded.add(ours[name])
-                elif name not in objects:
-                    objects[name] = debian.object(name, user)
+                if name not in objects:
+                    objects[name] = ours[name][1] if name in ours else debian.object(name, user)
                     users.append(objects[name])
-        self.loaded |= debian.owners(objects.values())
+        self.loaded = {ours[name][0] for name in objects if name in ours}
+        self.loaded |= debian.owners(path for name, path in objects.items() if name not in ours)
         for path in files:
             self.compiled |= debian.owners(build.headers_of(path.name))
 
@@ -187,11 +189,11 @@ def main(build_folder: str, version: str, *trees: str) -> None:
     packages = {}
     for name, folder in (tree.split("=") for tree in trees):
         packages[Path(folder)] = Package(name, version, debian.architecture, True)
-    ours = {}
+    ours: Ours = {}
     for tree, package in packages.items():
         for path in elf_files(tree):
             for name in entries(path, "SONAME"):
-                ours[name] = package
+                ours[name] = (package, path)
     for tree, package in packages.items():
         prefix = tree / "usr" if (tree / "usr").is_dir() else tree
         folder = prefix / "share/doc" / package.name
