@@ -1,4 +1,5 @@
-# Debian ships GoogleTest built for the PC only, but with its sources: a cross build compiles them.
+# Debian ships GoogleTest built for the PC and its own standard library only, but with its sources: a
+# build for another one compiles them.
 add_library(gtest STATIC "${VOXTREL_GTEST_SOURCE_DIR}/src/gtest-all.cc")
 target_include_directories(gtest SYSTEM PUBLIC "${VOXTREL_GTEST_SOURCE_DIR}/include"
                            PRIVATE "${VOXTREL_GTEST_SOURCE_DIR}")

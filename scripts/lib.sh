@@ -13,6 +13,7 @@ declare -A PACKAGES=(
              systemd"
     [python]="python3-pytest python3-setuptools python3-wheel mypy"
     [clang]="clang-14 libclang-rt-14-dev"
+    [libcxx]="libc++-14-dev libc++abi-14-dev googletest"
     [package]="build-essential debhelper dh-python cmake ninja-build pkg-config libasound2-dev
                libcli11-dev libespeak-ng-dev libsndfile1-dev libsystemd-dev nlohmann-json3-dev
                pybuild-plugin-pyproject python3 python3-setuptools"

@@ -6,10 +6,13 @@ cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
 STEPS=(debug asan tsan arm form porting board fuzz)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang")
+# Run where --only names them.
+MORE_STEPS=(libcxx)
+LIBCXX_TESTS=(vocabulary_test ipc_test profile_test client_test platform_test)
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
 
 usage() {
-    echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}" >&2
+    echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}; by --only alone: ${MORE_STEPS[*]}" >&2
     exit 2
 }
 
@@ -19,7 +22,7 @@ step_names() {
     IFS=, read -r -a NAMES <<<"$1"
     [ ${#NAMES[@]} -gt 0 ] || usage
     for name in "${NAMES[@]}"; do
-        [[ " ${STEPS[*]} " == *" $name "* ]] || { echo "test: no step '$name'" >&2; usage; }
+        [[ " ${STEPS[*]} ${MORE_STEPS[*]} " == *" $name "* ]] || { echo "test: no step '$name'" >&2; usage; }
     done
 }
 
@@ -36,8 +39,9 @@ choose_steps() {
         shift 2
     done
     CHOSEN=()
-    for step in "${STEPS[@]}"; do
-        if [[ ${#only[@]} -eq 0 || " ${only[*]} " == *" $step "* ]] && [[ " ${without[*]} " != *" $step "* ]]; then
+    if [ ${#only[@]} -eq 0 ]; then only=("${STEPS[@]}"); fi
+    for step in "${STEPS[@]}" "${MORE_STEPS[@]}"; do
+        if [[ " ${only[*]} " == *" $step "* ]] && [[ " ${without[*]} " != *" $step "* ]]; then
             CHOSEN+=("$step")
         fi
     done
@@ -85,6 +89,17 @@ form_step() {
     pass_if "licences" scripts/licence_check.sh
 }
 
+# The library and its tests, and the runtime beneath it, with the other standard library.
+libcxx_step() {
+    local tests
+    if ! build_preset libcxx --target "${LIBCXX_TESTS[@]}"; then
+        fail_step "libcxx build"
+        return 0
+    fi
+    tests=$(IFS='|' && echo "${LIBCXX_TESTS[*]}")
+    run_ctest libcxx -R "^($tests):"
+}
+
 fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
 
 run_step() {
@@ -92,6 +107,7 @@ run_step() {
     STEP_START=$SECONDS
     case $1 in
         form) form_step ;;
+        libcxx) libcxx_step ;;
         porting) pass_if "the commands of docs/porting.md" porting_step ;;
         board) board_step ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;

@@ -53,8 +53,10 @@ __attribute__((no_sanitize("null"))) status_t serveCall(BBinder& object, const C
         status = object.transact(code, data, reply, flags);
     } catch (const std::exception& error) {
         logException(caller, code, error.what());
+#ifdef __GLIBCXX__  // libc++ enters no handler then
     } catch (const abi::__forced_unwind&) {
         throw;  // the implementation ends its thread
+#endif
     } catch (...) {
         logException(caller, code, "no std::exception");
     }
