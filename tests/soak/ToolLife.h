@@ -24,7 +24,7 @@ public:
     int live();
 
     struct Command {
-        const char* name;
+        std::string name;
         std::vector<std::string> words;
         /// It may stay for as long as it likes, and is ended by a signal; another one ends itself.
         bool stays = false;
@@ -33,7 +33,8 @@ public:
     };
 
 private:
-    void run(const Command& command);
+    void act();
+    int run(const Command& command);
     void await(ToolRun& run, const Command& command);
     void noteSpeech();
     unsigned upTo(unsigned most);
@@ -44,6 +45,7 @@ private:
     std::mt19937 mRandom;
     const std::vector<Command> mCommands;
     unsigned mRuns = 0;
+    bool mIsOff = false;  ///< speech, by a command of its
 };
 
 }  // namespace soak
