@@ -5,11 +5,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-STEPS=(debug asan tsan arm form porting board fuzz)
+STEPS=(debug asan tsan arm gate form porting board fuzz)
 # Run where --only names them.
 MORE_STEPS=(libcxx)
 LIBCXX_TESTS=(vocabulary_test ipc_test profile_test client_test platform_test)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [gate]="bench arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}; by --only alone: ${MORE_STEPS[*]}" >&2
@@ -100,6 +100,13 @@ libcxx_step() {
     run_ctest libcxx -R "^($tests):"
 }
 
+gate_step() {
+    local status=0
+    mkdir -p build
+    scripts/gate/gate.sh | tee build/gate.log || status=$?
+    count_closing_line build/gate.log "$status"
+}
+
 fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
 
 run_step() {
@@ -109,6 +116,7 @@ run_step() {
         form) form_step ;;
         libcxx) libcxx_step ;;
         porting) pass_if "the commands of docs/porting.md" porting_step ;;
+        gate) gate_step ;;
         board) board_step ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;
         *) preset_step "$1" ;;
