@@ -5,6 +5,10 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 source scripts/lib.sh
 
+if [ $# -gt 0 ] && [ "$*" != --accept ]; then
+    echo "usage: ./dev bench --gate [--accept]" >&2
+    exit 2
+fi
 need_packages speak build bench arm
 build_preset bench --target gate_peer gate_counter
 build_preset arm --target gate_peer
