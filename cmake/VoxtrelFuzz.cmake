@@ -6,6 +6,7 @@
 function(voxtrel_fuzz name)
   cmake_parse_arguments(FUZZ "" "SEEDS" "SOURCES;ROOMS;LINK" ${ARGN})
   add_executable(${name} ${FUZZ_SOURCES})
+  add_dependencies(fuzzers ${name})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   foreach(room IN LISTS FUZZ_ROOMS)
     target_compile_options(voxtrel_${room} PRIVATE -fsanitize=fuzzer-no-link)

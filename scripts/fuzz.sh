@@ -1,29 +1,64 @@
 #!/usr/bin/env bash
-# usage: fuzz.sh BUILD_DIR SECONDS. Runs all fuzz targets for that long, side by side; finds are kept
-# beside them.
+# usage: fuzz.sh BUILD_DIR SECONDS [TARGET...]. Runs fuzz targets, or all, for that long each, as many
+# side by side as there are processors; finds are kept beside them. Closes with a table.
 set -euo pipefail
 build=$1
 seconds=$2
-targets=$(find "$build/fuzz" -maxdepth 2 -type f -name '*_fuzz' -perm -u+x | sort)
-[ -n "$targets" ] || { echo "no fuzz target in $build" >&2; exit 1; }
+shift 2
 
-declare -A runs
-for target in $targets; do
+# The targets that are asked for.
+list_targets() {
+    local target found
+    for target in "${@:-*_fuzz}"; do
+        found=$(find "$build/fuzz" -maxdepth 2 -type f -name "$target" -perm -u+x | sort)
+        [ -n "$found" ] || { echo "no fuzz target '$target' in $build" >&2; return 1; }
+        printf '%s\n' "$found"
+    done
+}
+
+# The same seed each time: what differs between two runs is what the machine had time for. An input
+# that takes seconds is a find, too.
+run_target() {
+    local target=$1 status=0
     mkdir -p "$target.corpus"
-    "$target" -max_total_time="$seconds" -rss_limit_mb=1024 -artifact_prefix="$target." \
-        "$target.corpus" >"$target.log" 2>&1 &
-    runs[$target]=$!
+    "$target" -seed=1 -max_total_time="$seconds" -timeout=30 -rss_limit_mb=1024 -print_final_stats=1 \
+        -artifact_prefix="$target." "$target.corpus" >"$target.log" 2>&1 || status=$?
+    echo "$status" >"$target.status"
+}
+
+# stat_of LOG NAME: one of libFuzzer's closing figures
+stat_of() { sed -n "s/^stat::$2: *//p" "$1" | tail -n 1; }
+
+# One row of the table.
+report() {
+    local target=$1 finds=0 coverage
+    coverage=$(grep -aoE 'cov: [0-9]+' "$target.log" | tail -n 1 | cut -d ' ' -f 2)
+    [ "$(cat "$target.status")" -eq 0 ] || finds=1
+    printf '%-16s %10s %8s %9s %6s\n' "$(basename "$target")" \
+        "$(stat_of "$target.log" number_of_executed_units)" \
+        "$(stat_of "$target.log" average_exec_per_sec)" "${coverage:-0}" "$finds"
+    [ "$finds" -eq 0 ]
+}
+
+mapfile -t targets < <(list_targets "$@")
+[ ${#targets[@]} -gt 0 ] || exit 1
+for target in "${targets[@]}"; do
+    while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do
+        wait -n || true
+    done
+    run_target "$target" &
 done
+wait
 
 status=0
-for target in $targets; do
-    printf '%s: ' "$(basename "$target")"
-    if wait "${runs[$target]}"; then
-        grep -E '^(Done|stat::number_of_executed_units)' "$target.log" | tail -n 1
-    else
-        echo "failed"
+printf '%-16s %10s %8s %9s %6s\n' target runs runs/s coverage finds
+for target in "${targets[@]}"; do
+    report "$target" || status=1
+done
+for target in "${targets[@]}"; do
+    if [ "$(cat "$target.status")" -ne 0 ]; then
+        printf '\n%s failed; its input is beside it: %s.*\n' "$(basename "$target")" "$target"
         tail -n 40 "$target.log"
-        status=1
     fi
 done
 exit "$status"

@@ -107,7 +107,7 @@ gate_step() {
     count_closing_line build/gate.log "$status"
 }
 
-fuzz_step() { build_preset fuzz && scripts/fuzz.sh build/fuzz 5; }
+fuzz_step() { build_preset fuzz --target fuzzers && scripts/fuzz.sh build/fuzz 4; }
 
 run_step() {
     say_step "$1"
