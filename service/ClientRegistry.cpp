@@ -34,8 +34,8 @@ private:
     const uint32_t mPid;
 };
 
-ClientRegistry::ClientRegistry(Died died, uint32_t ownUser)
-    : mDied(std::move(died)), mOwnUser(ownUser) {}
+ClientRegistry::ClientRegistry(Died died, uint32_t ownUser, size_t maxClients)
+    : mDied(std::move(died)), mOwnUser(ownUser), mMaxClients(maxClients) {}
 
 ClientRegistry::~ClientRegistry() {
     std::unordered_map<uint32_t, Client> clients;
@@ -58,14 +58,14 @@ void ClientRegistry::unlink(const Client& client) {
 bool ClientRegistry::hasRoomFor(uint32_t uid) const {
     const auto isOfUser = [uid](const auto& entry) { return entry.second.uid == uid; };
     const auto held = std::count_if(mClients.begin(), mClients.end(), isOfUser);
-    return mClients.size() < kMaxClients &&
-           (uid == mOwnUser || static_cast<size_t>(held) < kMaxOfOtherUser);
+    return mClients.size() < mMaxClients &&
+           (uid == mOwnUser || static_cast<size_t>(held) < mMaxClients / 2);
 }
 
 /// An outbox for the client's callback, or the one that it has, redirected to it.
 bool ClientRegistry::startOutbox(Client& client) const {
     const auto release = [senders = mSenders](const void*) { --*senders; };
-    const bool isRoom = mSenders->fetch_add(1) < kMaxSenders;
+    const bool isRoom = mSenders->fetch_add(1) < kSendersPerClient * mMaxClients;
     const std::shared_ptr<const void> sender(mSenders.get(), release);
     if (!isRoom) {
         return false;
@@ -203,9 +203,9 @@ void ClientRegistry::flush(std::chrono::milliseconds atMost) {
     }
 }
 
-void ClientRegistry::remember(Formers& formers, const Former& former) {
+void ClientRegistry::remember(Formers& formers, const Former& former) const {
     formers.push_back(former);
-    if (formers.size() > kMaxFormer) {
+    if (formers.size() > kFormersPerClient * mMaxClients) {
         formers.pop_front();
     }
 }

@@ -29,24 +29,22 @@ public:
     using Died = std::function<void(uint32_t pid)>;
 
     /// @param ownUser the service's own user, whose clients others cannot keep out.
-    ClientRegistry(Died died, uint32_t ownUser);
+    /// @param maxClients maximum number of registered processes; bounds the service's threads and
+    ///     memory. A user other than the service's own may have half of them.
+    ClientRegistry(Died died, uint32_t ownUser, size_t maxClients = kMaxClients);
     ~ClientRegistry() override;
     ClientRegistry(const ClientRegistry&) = delete;
     ClientRegistry& operator=(const ClientRegistry&) = delete;
 
-    /// Maximum number of registered processes; bounds the service's threads and memory.
+    /// Registered processes, unless another number is asked for.
     static constexpr size_t kMaxClients = 128;
 
-    /// The same for one user other than the service's own.
-    static constexpr size_t kMaxOfOtherUser = kMaxClients / 2;
-
-    /// Maximum number of threads that send events: one per client, plus those of earlier callbacks
-    /// whose last call has not returned yet.
-    static constexpr size_t kMaxSenders = 2 * kMaxClients;
-
-    /// Entries kept of clients that left, that died, and that were refused for lack of room; far
-    /// more than can have requests in flight.
-    static constexpr size_t kMaxFormer = 256;
+    /// For each of them, the maximum number of threads that send events (its own, and those of
+    /// earlier callbacks whose last call has not returned yet), and of entries kept of clients that
+    /// left, that died, and that were refused for lack of room: far more than can have requests in
+    /// flight.
+    static constexpr size_t kSendersPerClient = 2;
+    static constexpr size_t kFormersPerClient = 2;
 
     /// How long these entries are kept. Requests are in flight for milliseconds.
     static constexpr std::chrono::seconds kLeftRemembered{10};
@@ -107,13 +105,14 @@ private:
     bool startOutbox(Client& client) const;
     int refuse(uint32_t pid, uint32_t uid) VOXTRELD_REQUIRES(mMutex);
     void died(uint32_t pid, const CallbackDeathRecipient* deathRecipient);
-    static void remember(Formers& formers, const Former& former);
+    void remember(Formers& formers, const Former& former) const;
     static void forget(Formers& formers, uint32_t pid);
     static bool isAmong(const Formers& formers, uint32_t pid);
     static void unlink(const Client& client);
 
     const Died mDied;
     const uint32_t mOwnUser;
+    const size_t mMaxClients;
     const std::shared_ptr<std::atomic<size_t>> mSenders = std::make_shared<std::atomic<size_t>>(0);
     mutable Mutex mMutex;
     std::unordered_map<uint32_t, Client> mClients VOXTRELD_GUARDED_BY(mMutex);

@@ -60,6 +60,12 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitStatus) {
         ->type_name("N")
         ->check(CLI::Range(1, 1'000'000))
         ->capture_default_str();
+    app.add_option("--clients", options.maxClients,
+                   "How many processes may be registered; one user other than the service's own "
+                   "may have half of them")
+        ->type_name("N")
+        ->check(CLI::Range(2, 10'000))
+        ->capture_default_str();
     app.add_option("--policy", options.policy,
                    "File that says which users may do what; without it /etc/voxtrel/policy, and "
                    "without that the service's own user everything, others nothing")

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "profile/TtsSetting.h"
+#include "service/ClientRegistry.h"
 #include "service/SpeechQueue.h"
 
 namespace voxtreld {
@@ -20,6 +21,7 @@ struct Options {
     bool realTime = false;
     std::optional<std::string> policy;  ///< without it the default file
     QueueLimits limits;
+    size_t maxClients = ClientRegistry::kMaxClients;
     std::chrono::seconds idleLimit{0};  ///< 0: stay
     std::optional<int> logLevel;        ///< of `LogLevel`
 };

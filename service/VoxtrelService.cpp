@@ -49,7 +49,8 @@ VoxtrelService::VoxtrelService(const Parts& parts)
       mLastRequest(std::chrono::steady_clock::now()),
       mSettings(parts.profile->load()),
       mCapabilities(emptyCapabilities()),
-      mClients([this](uint32_t pid) { clientDied(pid); }, parts.policy->ownUser()) {
+      mClients([this](uint32_t pid) { clientDied(pid); }, parts.policy->ownUser(),
+               parts.maxClients) {
     const MutexLock lock(mMutex);
     mProfile->save(mSettings.profile());  // a fresh or repaired profile is on disk from the start
 }

@@ -48,6 +48,7 @@ public:
         std::shared_ptr<const Policy> policy;
         CallerSource caller;  ///< who sent the request that this thread serves
         Log log;
+        size_t maxClients = ClientRegistry::kMaxClients;
     };
 
     /// Starts with the settings of the profile, which it loads, and without voices.

@@ -66,7 +66,7 @@ int serve(const Options& options, const std::shared_ptr<const Policy>& policy,
     const auto queue = std::make_shared<SpeechQueue>(options.limits);
     const auto profile = std::make_shared<ProfileStore>(options.profile, logLine);
     const android::sp<VoxtrelService> service =
-        new VoxtrelService({queue, profile, policy, binderCaller, logLine});
+        new VoxtrelService({queue, profile, policy, binderCaller, logLine, options.maxClients});
     EspeakEngine engine;
     Readiness readiness;
 

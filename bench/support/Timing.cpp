@@ -17,6 +17,18 @@ std::vector<std::pair<std::string, double>>& figures() {
     return all;
 }
 
+/// The lines before the figures.
+std::vector<std::string>& plotted() {
+    static std::vector<std::string> all;
+    return all;
+}
+
+std::string text(double value) {
+    char digits[32];
+    (void)std::snprintf(digits, sizeof digits, " %.3f", value);
+    return digits;
+}
+
 double threadMicroseconds() {
     timespec now = {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
@@ -67,11 +79,28 @@ void report(const char* what, const Contest& result) {
     std::fflush(stdout);
 }
 
-void figure(const char* name, double value) {
+void figure(const std::string& name, double value) {
     figures().emplace_back(name, value);
 }
 
+void point(const std::string& curve, double x, double y) {
+    plotted().push_back("point " + curve + text(x) + text(y));
+}
+
+void distribution(const std::string& name, std::vector<double> values) {
+    constexpr size_t kLast = 100;
+    std::sort(values.begin(), values.end());
+    std::string line = "distribution " + name;
+    for (size_t percent = 0; percent <= kLast && !values.empty(); ++percent) {
+        line += text(values[(values.size() - 1) * percent / kLast]);
+    }
+    plotted().push_back(line);
+}
+
 void printFigures() {
+    for (const std::string& line : plotted()) {
+        std::puts(line.c_str());
+    }
     for (const auto& entry : figures()) {
         std::printf("figure %s %.3f\n", entry.first.c_str(), entry.second);
     }

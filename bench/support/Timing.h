@@ -3,6 +3,7 @@
 #define VOXTREL_BENCH_SUPPORT_TIMING_H
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace bench {
@@ -29,8 +30,13 @@ Contest contest(int rounds, const std::function<double()>& value,
 
 /// Prints one line for people now; the figure comes with all others at the end.
 void report(const char* what, const Contest& result);
-void figure(const char* name, double value);
-/// The lines that a script reads: `figure NAME VALUE`.
+void figure(const std::string& name, double value);
+/// A point of a curve, how something grows with `x`.
+void point(const std::string& curve, double x, double y);
+/// Single measurements, by their percentiles from 0 to 100.
+void distribution(const std::string& name, std::vector<double> values);
+/// The lines that a script reads: `figure NAME VALUE`, `point CURVE X Y` and
+/// `distribution NAME VALUE...`.
 void printFigures();
 
 }  // namespace bench

@@ -57,7 +57,8 @@ protected:
     ~ServiceFixture() override { stopSpeech(); }
 
     /// A service of the usual user's as after a start, on the profile that the last one left.
-    void makeService(std::vector<PolicyRule> rules = {}, const QueueLimits& limits = {}) {
+    void makeService(std::vector<PolicyRule> rules = {}, const QueueLimits& limits = {},
+                     size_t maxClients = ClientRegistry::kMaxClients) {
         stopSpeech();
         service = nullptr;
         profile = nullptr;
@@ -68,7 +69,8 @@ protected:
             new VoxtrelService({queue, profile, policy, [this] { return caller; },
                                 [this](LogLevel level, const std::string& line) {
                                     (level == LogLevel::Debug ? details : log).push_back(line);
-                                }});
+                                },
+                                maxClients});
     }
     void startSpeech() {
         service->announceVoices(engine.voices());

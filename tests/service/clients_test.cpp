@@ -290,6 +290,16 @@ TEST_F(AClient, BeyondTheLimitIsRefusedWithALogLineUntilAnotherLeaves) {
     EXPECT_TRUE(clients[1]->told().empty());
 }
 
+TEST_F(AClient, IsOneOfAsManyAsTheServiceIsToldToTake) {
+    constexpr size_t kFew = 3;
+    makeService({}, {}, kFew);
+    for (uint32_t i = 0; i < kFew; ++i) {
+        (void)join(1000 + i);
+    }
+    from(kAnn);
+    EXPECT_EQ(STATUS_QUEUE_FULL, service->registerCallback(kAnn, new RecordingCallback(kAnn)));
+}
+
 TEST_F(AClient, FindsRoomHoweverManyAnotherUserHas) {
     makeService({{PolicyRule::Subject::Any, 0, bitOf(Permission::Connect)}});
     const auto registerAs = [this](uint32_t pid, uint32_t user) {
@@ -341,9 +351,10 @@ TEST_F(AClient, ThatHangsAndRegistersAgainAndAgainCannotUseUpOurThreads) {
     const auto gate = std::make_shared<Gate>();  // threads of the service may outlive the test
     const auto bob = join(kBob);
     constexpr uint32_t kProcesses = 64;
+    constexpr size_t kMaxSenders = ClientRegistry::kSendersPerClient * ClientRegistry::kMaxClients;
     size_t accepted = 0;
     int status = STATUS_OK;
-    for (; status == STATUS_OK && accepted <= ClientRegistry::kMaxSenders; ++accepted) {
+    for (; status == STATUS_OK && accepted <= kMaxSenders; ++accepted) {
         const android::sp<support::RecordingRemote> stuck = new support::RecordingRemote();
         stuck->answerBy([gate](auto&, auto&, auto&) {
             gate->pass();

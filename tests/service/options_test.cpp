@@ -40,19 +40,21 @@ TEST(TheCommandLine, HasDefaultsForADevice) {
     EXPECT_FALSE(parsed.options.realTime);
     EXPECT_TRUE(parsed.options.background.empty());
     EXPECT_EQ(2048U, parsed.options.limits.utterancesPerClient);
+    EXPECT_EQ(128U, parsed.options.maxClients);
     EXPECT_FALSE(parsed.options.policy.has_value());
 }
 
 TEST(TheCommandLine, IsTakenAtItsWord) {
     const Options options =
         parse({"--profile", "/tmp/p.ini", "--sink=wav:/tmp/x.wav", "--real-time", "--queue", "5",
-               "--policy", "who", "--background", "b.wav"})
+               "--clients", "1000", "--policy", "who", "--background", "b.wav"})
             .options;
     EXPECT_EQ("/tmp/p.ini", options.profile);
     EXPECT_EQ("wav:/tmp/x.wav", options.sink);
     EXPECT_TRUE(options.realTime);
     EXPECT_EQ("b.wav", options.background);
     EXPECT_EQ(5U, options.limits.utterancesPerClient);
+    EXPECT_EQ(1000U, options.maxClients);
     EXPECT_EQ("who", options.policy);
 }
 
@@ -83,6 +85,7 @@ TEST(TheCommandLine, ExplainsItselfAndLeavesWithZero) {
 TEST(TheCommandLine, WithAMistakeLeavesWithAnErrorAndSaysWhich) {
     for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--queue", "0"},
                                                   {"--queue", "many"},
+                                                  {"--clients", "1"},
                                                   {"--policy"},
                                                   {"--exit-when-idle", "0"},
                                                   {"--exit-when-idle", "soon"},

@@ -47,11 +47,13 @@ TEST_F(AClientThatLeft, IsKnownByItsUserForAWhile) {
 }
 
 TEST_F(AClientThatLeft, IsForgottenWhenManyOthersHaveLeftSince) {
-    for (uint32_t pid = 1; pid <= ClientRegistry::kMaxFormer; ++pid) {
+    constexpr uint32_t kMaxFormer =
+        ClientRegistry::kFormersPerClient * ClientRegistry::kMaxClients;
+    for (uint32_t pid = 1; pid <= kMaxFormer; ++pid) {
         visit(pid);
     }
     EXPECT_TRUE(registry.isUser(1, kUser, now));
-    visit(ClientRegistry::kMaxFormer + 1);
+    visit(kMaxFormer + 1);
     EXPECT_FALSE(registry.isUser(1, kUser, now));
     EXPECT_TRUE(registry.isUser(2, kUser, now));
 }
