@@ -35,14 +35,19 @@ private:
 };
 
 ClientRegistry::ClientRegistry(Died died, uint32_t ownUser, size_t maxClients)
-    : mDied(std::move(died)), mOwnUser(ownUser), mMaxClients(maxClients) {}
+    : mDied(std::move(died)), mOwnUser(ownUser), mMaxClients(maxClients) {
+    mBroadcaster = std::thread([this] { broadcast(); });
+}
 
 ClientRegistry::~ClientRegistry() {
     std::unordered_map<uint32_t, Client> clients;
     {
         const MutexLock lock(mMutex);
         clients.swap(mClients);
+        mEnding = true;
     }
+    mBroadcast.notify_one();
+    mBroadcaster.join();
     for (const auto& [pid, client] : clients) {
         client.deathRecipient->retire();
         unlink(client);
@@ -83,7 +88,7 @@ bool ClientRegistry::startOutbox(Client& client) const {
 }
 
 int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback) {
-    Client client = {uid, callback, new CallbackDeathRecipient(*this, pid), nullptr};
+    Client client = {uid, callback, new CallbackDeathRecipient(*this, pid), nullptr, 0};
     Client replaced;
     {
         const MutexLock lock(mMutex);
@@ -91,8 +96,10 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
         if (found == mClients.end() && !hasRoomFor(uid)) {
             return refuse(pid, uid);
         }
+        client.nextBroadcast = mBroadcasts.end();
         if (found != mClients.end() && found->second.uid == uid) {
             client.outbox = found->second.outbox;
+            client.nextBroadcast = found->second.nextBroadcast;
         }
         if (!startOutbox(client)) {
             return refuse(pid, uid);
@@ -177,14 +184,68 @@ void ClientRegistry::tell(uint32_t pid, TTS::Event event, uint32_t second, uint3
     const MutexLock lock(mMutex);
     const auto found = mClients.find(pid);
     if (found != mClients.end()) {
+        catchUp(found->second);
         (void)found->second.outbox->post(event, second, third);
     }
 }
 
 void ClientRegistry::tellAll(TTS::Event event, uint32_t second, uint32_t third) {
-    const MutexLock lock(mMutex);
+    {
+        const MutexLock lock(mMutex);
+        if (mBroadcasts.isFull()) {
+            for (auto& [pid, client] : mClients) {
+                catchUp(client);
+            }
+            mBroadcasts.forget(mBroadcasts.end());
+        }
+        mBroadcasts.add(event, second, third);
+    }
+    mBroadcast.notify_one();
+}
+
+void ClientRegistry::catchUp(Client& client) {
+    mBroadcasts.post(*client.outbox, client.nextBroadcast);
+}
+
+std::vector<uint32_t> ClientRegistry::registered() const {
+    std::vector<uint32_t> all;
+    all.reserve(mClients.size());
     for (const auto& [pid, client] : mClients) {
-        (void)client.outbox->post(event, second, third);
+        all.push_back(pid);
+    }
+    return all;
+}
+
+/// Gives the lock up between two clients, so that nobody waits for all of them to be woken.
+void ClientRegistry::broadcastTo(const std::vector<uint32_t>& pids) {
+    for (const uint32_t pid : pids) {
+        const MutexLock lock(mMutex);
+        const auto found = mClients.find(pid);
+        if (found != mClients.end()) {
+            catchUp(found->second);
+        }
+    }
+}
+
+/// Runs on the registry's thread until the registry ends.
+void ClientRegistry::broadcast() {
+    for (;;) {
+        uint64_t end = 0;
+        std::vector<uint32_t> behind;
+        {
+            MutexLock lock(mMutex);
+            while (mBroadcasts.isEmpty() && !mEnding) {
+                lock.wait(mBroadcast);
+            }
+            if (mEnding) {
+                return;
+            }
+            end = mBroadcasts.end();
+            behind = registered();
+        }
+        broadcastTo(behind);
+        const MutexLock lock(mMutex);
+        mBroadcasts.forget(end);
     }
 }
 
@@ -193,7 +254,8 @@ void ClientRegistry::flush(std::chrono::milliseconds atMost) {
     std::vector<std::shared_ptr<EventOutbox>> outboxes;
     {
         const MutexLock lock(mMutex);
-        for (const auto& [pid, client] : mClients) {
+        for (auto& [pid, client] : mClients) {
+            catchUp(client);
             outboxes.push_back(client.outbox);
         }
     }

@@ -4,15 +4,19 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
+#include <thread>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "ipc/ICallback.h"
+#include "service/Broadcasts.h"
 #include "service/EventOutbox.h"
 #include "service/Listener.h"
 #include "service/Locking.h"
@@ -21,6 +25,9 @@ namespace voxtreld {
 
 /// The clients that registered a callback, by process id, and those that left, died or were refused
 /// lately.
+///
+/// What is for every client is handed to their outboxes by a thread of the registry's, so that who
+/// changes a setting does not wait until a thread has been woken for each of them.
 ///
 /// Called on: any thread. Locks: its own, never while it calls out.
 class ClientRegistry : public Listener {
@@ -79,7 +86,8 @@ public:
     /// To one client; dropped if the process is not registered.
     void tell(uint32_t pid, TTS::Event event, uint32_t second, uint32_t third) override;
 
-    /// To every client.
+    /// To every client that is registered now, in the order of all calls of `tell` and `tellAll`.
+    /// Returns before they are woken.
     void tellAll(TTS::Event event, uint32_t second, uint32_t third);
 
     /// Returns when all events posted before the call have been sent, or the time is up.
@@ -92,6 +100,7 @@ private:
         android::sp<TTS::ICallback> callback;
         android::sp<CallbackDeathRecipient> deathRecipient;
         std::shared_ptr<EventOutbox> outbox;
+        uint64_t nextBroadcast = 0;
     };
 
     struct Former {
@@ -104,6 +113,10 @@ private:
     bool hasRoomFor(uint32_t uid) const VOXTRELD_REQUIRES(mMutex);
     bool startOutbox(Client& client) const;
     int refuse(uint32_t pid, uint32_t uid) VOXTRELD_REQUIRES(mMutex);
+    void broadcast();
+    void broadcastTo(const std::vector<uint32_t>& pids);
+    std::vector<uint32_t> registered() const VOXTRELD_REQUIRES(mMutex);
+    void catchUp(Client& client) VOXTRELD_REQUIRES(mMutex);
     void died(uint32_t pid, const CallbackDeathRecipient* deathRecipient);
     void remember(Formers& formers, const Former& former) const;
     static void forget(Formers& formers, uint32_t pid);
@@ -119,6 +132,10 @@ private:
     Formers mLeft VOXTRELD_GUARDED_BY(mMutex);
     Formers mDead VOXTRELD_GUARDED_BY(mMutex);
     Formers mRefused VOXTRELD_GUARDED_BY(mMutex);
+    Broadcasts mBroadcasts VOXTRELD_GUARDED_BY(mMutex);
+    bool mEnding VOXTRELD_GUARDED_BY(mMutex) = false;
+    std::condition_variable mBroadcast;
+    std::thread mBroadcaster;
 };
 
 }  // namespace voxtreld

@@ -5,11 +5,14 @@
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <numeric>
 #include <utility>
 #include <vector>
 
+#include "ipc/BnCallback.h"
 #include "ipc/BpCallback.h"
 #include "service/ClientRegistry.h"
+#include "tests/service/Fakes.h"
 #include "tests/support/RecordingRemote.h"
 #include "vocabulary/Status.h"
 
@@ -47,8 +50,7 @@ TEST_F(AClientThatLeft, IsKnownByItsUserForAWhile) {
 }
 
 TEST_F(AClientThatLeft, IsForgottenWhenManyOthersHaveLeftSince) {
-    constexpr uint32_t kMaxFormer =
-        ClientRegistry::kFormersPerClient * ClientRegistry::kMaxClients;
+    constexpr uint32_t kMaxFormer = ClientRegistry::kFormersPerClient * ClientRegistry::kMaxClients;
     for (uint32_t pid = 1; pid <= kMaxFormer; ++pid) {
         visit(pid);
     }
@@ -100,6 +102,118 @@ TEST(TheRegistry, LetsGoOfAClientsProxyWithoutItsLock) {
     EXPECT_EQ(3U, looks.size());
     last->die();
     EXPECT_EQ(4U, looks.size());
+}
+
+/// Keeps the third number of each event that it is told.
+class CountingCallback : public TTS::BnCallback {
+public:
+    bool notify(unsigned /*event*/, unsigned /*second*/, unsigned third) override {
+        mMonitor.change([&] { mTold.push_back(third); });
+        return true;
+    }
+    std::vector<unsigned> told() const {
+        return mMonitor.read([&] { return mTold; });
+    }
+    bool waitForCount(size_t count) const {
+        return mMonitor.waitFor([&] { return mTold.size() >= count; });
+    }
+
+private:
+    Monitor mMonitor;
+    std::vector<unsigned> mTold;
+};
+
+class TheClientsOfARegistry : public testing::Test {
+protected:
+    static constexpr uint32_t kClients = 40;
+    static constexpr unsigned kChanges = 300;
+
+    android::sp<CountingCallback> add(uint32_t pid) {
+        const android::sp<CountingCallback> callback = new CountingCallback();
+        EXPECT_EQ(STATUS_OK, registry.add(pid, 0, callback));
+        return callback;
+    }
+    void addAll() {
+        for (uint32_t pid = 0; pid < kClients; ++pid) {
+            clients.push_back(add(pid));
+        }
+    }
+    void change(unsigned number) { registry.tellAll(EVENT_STATE, 0, number); }
+
+    ClientRegistry registry{[](uint32_t) {}, 0};
+    std::vector<android::sp<CountingCallback>> clients;
+};
+
+std::vector<unsigned> numbersTo(unsigned last) {
+    std::vector<unsigned> numbers(last);
+    std::iota(numbers.begin(), numbers.end(), 1U);
+    return numbers;
+}
+
+TEST_F(TheClientsOfARegistry, AreToldOfChangesAndOfTheirOwnInTheOrderInWhichTheyHappened) {
+    addAll();
+    for (unsigned number = 1; number < kChanges; number += 2) {
+        change(number);
+        for (uint32_t pid = 0; pid < kClients; ++pid) {
+            registry.tell(pid, EVENT_WORD, 0, number + 1);
+        }
+    }
+    registry.flush(std::chrono::seconds(20));
+    for (const auto& client : clients) {
+        EXPECT_EQ(numbersTo(kChanges), client->told());
+    }
+}
+
+TEST_F(TheClientsOfARegistry, AreToldOfChangesThoughNothingElseHappens) {
+    addAll();
+    for (unsigned number = 1; number <= kChanges; ++number) {
+        change(number);
+    }
+    for (const auto& client : clients) {
+        ASSERT_TRUE(client->waitForCount(kChanges));
+        EXPECT_EQ(numbersTo(kChanges), client->told());
+    }
+}
+
+TEST_F(TheClientsOfARegistry, AreNotToldOfWhatWasBeforeThem) {
+    addAll();
+    change(1);
+    const auto late = add(kClients);
+    change(2);
+    registry.flush(std::chrono::seconds(20));
+    EXPECT_EQ(std::vector<unsigned>{2}, late->told());
+    EXPECT_EQ(numbersTo(2), clients.back()->told());
+}
+
+TEST_F(TheClientsOfARegistry, AreToldOfAChangeOnceWhenTheyRegisterAgain) {
+    addAll();
+    change(1);
+    const auto again = add(0);
+    change(2);
+    registry.flush(std::chrono::seconds(20));
+    std::vector<unsigned> told = clients[0]->told();
+    const std::vector<unsigned> rest = again->told();
+    told.insert(told.end(), rest.begin(), rest.end());
+    EXPECT_EQ(numbersTo(2), told);
+}
+
+TEST(ABroadcast, IsKeptUntilItIsForgottenAndThenGivenToNobody) {
+    const android::sp<CountingCallback> callback = new CountingCallback();
+    EventOutbox outbox(callback);
+    Broadcasts broadcasts;
+    for (unsigned number = 1; number <= 3; ++number) {
+        broadcasts.add(EVENT_STATE, 0, number);
+    }
+    broadcasts.forget(1);
+    uint64_t next = 1;
+    broadcasts.post(outbox, next);
+    EXPECT_EQ(3U, next);
+    broadcasts.forget(broadcasts.end());
+    EXPECT_TRUE(broadcasts.isEmpty());
+    EXPECT_EQ(3U, broadcasts.end());
+    broadcasts.post(outbox, next);
+    ASSERT_TRUE(outbox.flush(std::chrono::seconds(20)));
+    EXPECT_EQ((std::vector<unsigned>{2, 3}), callback->told());
 }
 
 }  // namespace
