@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
+#include <functional>
+#include <vector>
 
 #include "bench/ipc/Allocations.h"
 #include "bench/platform/Sections.h"
@@ -42,6 +44,34 @@ double noteTime(const Setting& setting) {
             while (setting.node->noted() != sent) {
             }
         });
+}
+
+/// Single calls of each kind, a few of one behind another so that none starts cold.
+void callDistributions(const Setting& setting) {
+    constexpr int kBlocks = 200;
+    constexpr int kInBlock = 20;
+    struct Kind {
+        const char* name;
+        std::function<void()> call;
+        std::vector<double> times;
+    };
+    Kind kinds[] = {
+        {"call_bare", [&] { setting.echo.call(64); }, {}},
+        {"call_voxtrel", [&] { setting.node->echo(kBytes, 64); }, {}},
+        {"call_sdbus_p2p", [&] { setting.buses.direct().call(64); }, {}},
+        {"call_dbus_daemon", [&] { setting.buses.throughDaemon().call(64); }, {}},
+    };
+    for (int block = 0; block < kBlocks; ++block) {
+        for (Kind& kind : kinds) {
+            kind.call();
+            for (int n = 0; n < kInBlock; ++n) {
+                kind.times.push_back(wallTime(1, kind.call));
+            }
+        }
+    }
+    for (const Kind& kind : kinds) {
+        distribution(kind.name, kind.times);
+    }
 }
 
 }  // namespace
@@ -96,6 +126,7 @@ void againstOtherBuses(const Setting& setting) {
     });
     report("two-way, against D-Bus through a daemon", daemon);
     figure("two_way_over_dbus_daemon", daemon.ratio);
+    callDistributions(setting);
 }
 
 void allocationCounts(const Setting& setting) {

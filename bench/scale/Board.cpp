@@ -23,8 +23,7 @@ int makeBoard() {
 }
 
 Board& boardAt(int descriptor) {
-    void* memory =
-        mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    void* memory = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     if (memory == MAP_FAILED) {
         std::perror("mmap");
         std::exit(1);

@@ -191,20 +191,21 @@ void queues(const std::string& folder) {
     const double all = kibOfOne(stack, empty, 10'000);
     std::printf("a waiting text takes %.3f KiB of 1000, %.3f KiB of 10000\n", thousand, all);
     QueueSize one(1);
-    QueueSize some(100);
+    QueueSize hundred(100);
+    QueueSize some(1000);
     QueueSize many(10'000);
     for (int round = 0; round < 5; ++round) {
-        for (QueueSize* size : {&one, &some, &many}) {
+        for (QueueSize* size : {&one, &hundred, &some, &many}) {
             size->measure(stack);
         }
     }
-    for (const QueueSize* size : {&one, &some, &many}) {
+    for (const QueueSize* size : {&one, &hundred, &some, &many}) {
         size->plot();
     }
     figure("scale_queue_filled_10000_over_1", many.filled() / one.filled());
-    figure("scale_queue_filled_10000_over_100", many.filled() / some.filled());
+    figure("scale_queue_filled_10000_over_1000", many.filled() / some.filled());
     figure("scale_queue_spoken_10000_over_1", many.drained() / one.drained());
-    figure("scale_queue_spoken_10000_over_100", many.drained() / some.drained());
+    figure("scale_queue_spoken_10000_over_1000", many.drained() / some.drained());
     figure("scale_queue_bytes_per_text", all * 1024);
     figure("scale_queue_kib_10000_over_1000", all / thousand);
 }
@@ -226,13 +227,14 @@ void append(std::vector<double>& to, const std::vector<double>& more) {
 
 void texts(const std::string& folder) {
     Stack stack(folder, "text");
-    std::vector<TextSize> sizes = {
-        {"1k", 1000, {}, {}}, {"10k", 10'000, {}, {}}, {"100k", 100'000, {}, {}},
-        {"1M", 1'000'000, {}, {}}};
+    Process reader({SCALE_READER});  // in the environment of that stack
+    std::vector<TextSize> sizes = {{"1k", 1000, {}, {}},
+                                   {"10k", 10'000, {}, {}},
+                                   {"100k", 100'000, {}, {}},
+                                   {"1M", 1'000'000, {}, {}}};
     for (int round = 0; round < kRounds + 1; ++round) {
         for (TextSize& size : sizes) {
-            const std::vector<double> pairs =
-                stack.client().ask("text " + std::to_string(size.bytes) + " 3");
+            const std::vector<double> pairs = reader.ask(std::to_string(size.bytes) + " 3");
             if (round > 0) {  // until everything is in place
                 append(size.started, everyNth(pairs, 2, 0));
                 append(size.ended, everyNth(pairs, 2, 1));

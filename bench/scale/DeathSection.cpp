@@ -98,9 +98,8 @@ void tellMemory(Stack& stack, const Held& fresh, const Held& full, const Held& f
     figure("scale_deaths_kept_of_manager",
            share(first.managerKib - fresh.managerKib, full.managerKib - fresh.managerKib));
     // What is kept for later is used again: nothing more is kept however many come and die.
-    figure("scale_deaths_leaked_kib", (last.serviceKib - first.serviceKib + last.managerKib -
-                                       first.managerKib) /
-                                          members);
+    figure("scale_deaths_leaked_kib",
+           (last.serviceKib - first.serviceKib + last.managerKib - first.managerKib) / members);
 }
 
 }  // namespace
@@ -118,10 +117,11 @@ void deathsAtOnce(const std::string& folder) {
         for (int round = 0; round < wave.rounds; ++round) {
             die(stack, first, wave);
         }
-        std::printf("%4u deaths at once: all freed after %.2f ms, %.3f of the kernel's end-of-file, "
-                    "%.3f of that of processes that are no clients\n",
-                    wave.members, median(wave.freed) / 1000, median(wave.overEndOfFile),
-                    median(wave.overIdle));
+        std::printf(
+            "%4u deaths at once: all freed after %.2f ms, %.3f of the kernel's end-of-file, "
+            "%.3f of that of processes that are no clients\n",
+            wave.members, median(wave.freed) / 1000, median(wave.overEndOfFile),
+            median(wave.overIdle));
         std::fflush(stdout);
         point("scale_deaths_freed", wave.members, median(wave.freed));
     }

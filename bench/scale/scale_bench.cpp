@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// What becomes of cost as work grows: with more clients, longer queues, more listeners, longer texts
-// and more deaths at once. The work for one is either the same however much else there is, then its
-// cost is to be flat, or it is for all, then it is to be linear. Service manager, service and clients
-// are processes of their own; the engine takes no time, and nothing is played.
+// What becomes of cost as work grows: with more clients, longer queues, more listeners, longer
+// texts and more deaths at once. The work for one is either the same however much else there is,
+// then its cost is to be flat, or it is for all, then it is to be linear. Service manager, service
+// and clients are processes of their own; the engine takes no time, and nothing is played.
 #include <stdlib.h>
 
 #include <algorithm>

@@ -7,7 +7,6 @@
 //   events N       from say to the started event, N times
 //   fill N         to hand N texts over, of which none is spoken yet
 //   drain N        to have these spoken
-//   text SIZE N    from say to the started event and to the end of one long text, N times each
 //   set N LISTENERS  to the answer, and to the last of the listeners being told, N times each
 #include <binder/ProcessState.h>
 #include <sys/prctl.h>
@@ -124,21 +123,6 @@ void drainQueue(unsigned texts) {
     print(begun, gEvents.endedNs());
 }
 
-void measureText(TTS::TTSClientPrivate& client, size_t size, int rounds) {
-    std::string text;
-    while (text.size() < size) {
-        text += "In two hundred metres, turn left into Station Road. ";
-    }
-    text.resize(size);
-    for (int n = 0; n < rounds; ++n) {
-        const int64_t called = nowNs();
-        (void)client.say(1, text);
-        gEvents.awaitEnds(1);
-        print(called, gEvents.startedNs());
-        print(called, gEvents.endedNs());
-    }
-}
-
 void measureSetting(TTS::TTSClientPrivate& client, int rounds, unsigned listeners) {
     for (int n = 0; n < rounds; ++n) {
         static uint32_t speed = 200;
@@ -166,8 +150,6 @@ void obey(TTS::TTSClientPrivate& client) {
             fillQueue(client, first);
         } else if (what == "drain") {
             drainQueue(first);
-        } else if (what == "text" && std::cin >> second) {
-            measureText(client, first, static_cast<int>(second));
         } else if (what == "set" && std::cin >> second) {
             measureSetting(client, static_cast<int>(first), second);
         }

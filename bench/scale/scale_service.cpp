@@ -74,10 +74,9 @@ int serve(const bench::Board& board, const std::string& profilePath) {
             std::fprintf(stderr, "%s\n", line.c_str());
         }
     };
-    const android::sp<VoxtrelService> service =
-        new VoxtrelService({queue, std::make_shared<ProfileStore>(profilePath),
-                            std::make_shared<const Policy>(geteuid()), binderCaller, log,
-                            kMaxClients});
+    const android::sp<VoxtrelService> service = new VoxtrelService(
+        {queue, std::make_shared<ProfileStore>(profilePath),
+         std::make_shared<const Policy>(geteuid()), binderCaller, log, kMaxClients});
     InstantEngine engine(board);
     NullSink sink;
     Mixer mixer(nullptr);

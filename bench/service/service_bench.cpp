@@ -24,6 +24,7 @@
 #include "bench/service/Figures.h"
 #include "bench/service/MeasuredService.h"
 #include "bench/support/RawPeer.h"
+#include "bench/support/Timing.h"
 #include "client/TTSClientPrivate.h"
 #include "service/EspeakEngine.h"
 #include "vocabulary/Events.h"
@@ -283,6 +284,10 @@ void report(const std::vector<Latency>& latencies) {
     for (const Latency& each : latencies) {
         describe(each.what, each.times);
     }
+    for (const Latency& each : latencies) {
+        bench::distribution(each.name, each.times);
+    }
+    bench::printFigures();
     for (const Latency& each : latencies) {
         const double time = quantile(each.times, 0.5);
         const std::string name = each.name;
