@@ -123,10 +123,14 @@ void drainQueue(unsigned texts) {
     print(begun, gEvents.endedNs());
 }
 
+/// So long that all listeners have gone back to sleep since the last change.
+constexpr useconds_t kRestUs = 20'000;
+
 void measureSetting(TTS::TTSClientPrivate& client, int rounds, unsigned listeners) {
     for (int n = 0; n < rounds; ++n) {
         static uint32_t speed = 200;
         speed = 200 + (speed + 1) % 100;
+        usleep(kRestUs);
         const uint32_t all = gBoard->told + listeners;
         const int64_t called = nowNs();
         (void)client.setGlobalConfig(GCONF_SPEED, &speed);
