@@ -9,18 +9,19 @@ shift 2
 # The targets that are asked for.
 list_targets() {
     local target found
-    for target in "${@:-*_fuzz}"; do
+    for target in "$@"; do
         found=$(find "$build/fuzz" -maxdepth 2 -type f -name "$target" -perm -u+x | sort)
         [ -n "$found" ] || { echo "no fuzz target '$target' in $build" >&2; return 1; }
         printf '%s\n' "$found"
     done
 }
 
-# The same seed each time: what differs between two runs is what the machine had time for. An input
+# The same seed each time: two runs from the same corpus differ in what the machine had time for. An input
 # that takes seconds is a find, too.
 run_target() {
     local target=$1 status=0
     mkdir -p "$target.corpus"
+    rm -f "$target.status"
     "$target" -seed=1 -max_total_time="$seconds" -timeout=30 -rss_limit_mb=1024 -print_final_stats=1 \
         -artifact_prefix="$target." "$target.corpus" >"$target.log" 2>&1 || status=$?
     echo "$status" >"$target.status"
@@ -40,8 +41,9 @@ report() {
     [ "$finds" -eq 0 ]
 }
 
-mapfile -t targets < <(list_targets "$@")
-[ ${#targets[@]} -gt 0 ] || exit 1
+[ $# -gt 0 ] || set -- '*_fuzz'
+listed=$(list_targets "$@")
+mapfile -t targets <<<"$listed"
 for target in "${targets[@]}"; do
     while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do
         wait -n || true

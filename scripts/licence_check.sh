@@ -1,10 +1,15 @@
 #!/usr/bin/env bash
-# Says which files have no licence or copyright that can be found; .reuse/dep5 names those of all that
-# do not name their own.
+# Says which files have no licence or copyright that can be found. Sources name their own; .reuse/dep5 has
+# those of what cannot.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # The copy at the place where people and forges look for it.
 cmp LICENSE LICENSES/Apache-2.0.txt
+unnamed=$(git ls-files -- '*.c' '*.cpp' '*.h' '*.py' | xargs -r grep -L 'SPDX-License-Identifier' || true)
+if [ -n "$unnamed" ]; then
+    printf 'no licence is named in %s\n' $unnamed >&2
+    exit 1
+fi
 if ! said=$(reuse lint 2>&1); then
     printf '%s\n' "$said" >&2
     exit 1

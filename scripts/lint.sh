@@ -20,6 +20,7 @@ export -f tidy
 # latest_first FOLDER...: their sources; a header counts as the source of its name
 latest_first() {
     {
+        git diff --name-only HEAD -- "$@"
         git log --format= --name-only -- "$@"
         git ls-files -- "$@"
     } | sed -n 's/\.h$/.cpp/; /\.cpp$/p' | awk '!seen[$0]++ && system("test -f \"" $0 "\"") == 0'

@@ -49,7 +49,7 @@ def machine():
         "processor": cpu.group(1) if cpu else platform.machine(),
         "processors": str(os.cpu_count()),
         "memory": f"{memory:.0f} GiB",
-        "kernel": platform.release(),
+        "kernel": platform.release().split("-")[0],
         "system": system.group(1) if system else "unknown",
         "compiler": first_line(["g++", "--version"]),
     }

@@ -267,7 +267,7 @@ void ClientRegistry::flush(std::chrono::milliseconds atMost) {
 
 void ClientRegistry::remember(Formers& formers, const Former& former) const {
     formers.push_back(former);
-    if (formers.size() > kFormersPerClient * mMaxClients) {
+    if (formers.size() > std::max(kMinFormers, 2 * mMaxClients)) {
         formers.pop_front();
     }
 }

@@ -46,12 +46,14 @@ public:
     /// Registered processes, unless another number is asked for.
     static constexpr size_t kMaxClients = 128;
 
-    /// For each of them, the maximum number of threads that send events (its own, and those of
-    /// earlier callbacks whose last call has not returned yet), and of entries kept of clients that
-    /// left, that died, and that were refused for lack of room: far more than can have requests in
-    /// flight.
+    /// For each of them, the maximum number of threads that send events: its own, and those of
+    /// earlier callbacks whose last call has not returned yet.
     static constexpr size_t kSendersPerClient = 2;
-    static constexpr size_t kFormersPerClient = 2;
+
+    /// Entries kept of clients that left, that died, and that were refused for lack of room, of
+    /// each kind: twice as many as may be registered, and at least so many. Far more than can have
+    /// requests in flight.
+    static constexpr size_t kMinFormers = 256;
 
     /// How long these entries are kept. Requests are in flight for milliseconds.
     static constexpr std::chrono::seconds kLeftRemembered{10};

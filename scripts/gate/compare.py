@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """usage: compare.py [--accept] ACCEPTED MEASURED: fails when an operation needs 3 % more instructions
 than the table ACCEPTED (bench/gate.txt) has for it, or one more system call, or when the two do not have
 the same figures. Closes with 'N passed, N failed', one for each figure. --accept writes what was

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """usage: measure.py ARCHITECTURE BUILD COUNTER: counts what each operation of bench/gate/gate_peer.cpp
 needs outside of the kernel. ARCHITECTURE, x86-64 or arm, is that of the build tree BUILD; COUNTER is the
 emulator's plugin, built for this machine. Prints one line a figure, as in bench/gate.txt."""

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # (file, text, replacement, what it breaks[, why no test can notice])
 [
     # The device.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # (file, text, replacement, what it breaks)
 [
     ("vocabulary/Language.cpp", '"ko_KR", "pt_PT"', '"pt_PT", "ko_KR"', "two codes swapped"),

@@ -50,7 +50,7 @@ TEST_F(AClientThatLeft, IsKnownByItsUserForAWhile) {
 }
 
 TEST_F(AClientThatLeft, IsForgottenWhenManyOthersHaveLeftSince) {
-    constexpr uint32_t kMaxFormer = ClientRegistry::kFormersPerClient * ClientRegistry::kMaxClients;
+    constexpr uint32_t kMaxFormer = ClientRegistry::kMinFormers;
     for (uint32_t pid = 1; pid <= kMaxFormer; ++pid) {
         visit(pid);
     }
@@ -65,6 +65,20 @@ TEST_F(AClientThatLeft, IsNotKnownByTheUserItHadBeforeItCameAgain) {
     visit(1, kUser + 1);
     EXPECT_FALSE(registry.isUser(1, kUser, now));
     EXPECT_TRUE(registry.isUser(1, kUser + 1, now));
+}
+
+TEST(TheRegistry, OfFewClientsKnowsManyThatItHasRefused) {
+    ClientRegistry registry([](uint32_t) {}, 0, 2);
+    const auto add = [&registry](uint32_t pid) {
+        const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+        return registry.add(pid, 0, new TTS::BpCallback(remote));
+    };
+    EXPECT_EQ(STATUS_OK, add(1));
+    EXPECT_EQ(STATUS_OK, add(2));
+    for (uint32_t pid = 3; pid < 103; ++pid) {
+        EXPECT_EQ(STATUS_QUEUE_FULL, add(pid));
+    }
+    EXPECT_TRUE(registry.isRefused(3));
 }
 
 /// A client's proxy that looks at the registry as it goes, as the runtime may do on its behalf.
