@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // A profile between its file and a setting, with the messages that applications know.
+#include <fcntl.h>
+
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <locale>
+#include <string_view>
 #include <tuple>
 
+#include "profile/internal/File.h"
 #include "profile/internal/ProfileReader.h"
 #include "profile/internal/ProfileWriter.h"
 #include "vocabulary/Language.h"
@@ -26,37 +28,54 @@ void replaceUnsetValues(TtsSetting& setting) {
     replace(setting.mTtsVolume, 100U);
 }
 
+/// Each line is handed to the system before the next; the first that cannot be written is the last.
+void writeLines(const File& file, std::string_view text) {
+    bool isWritten = true;
+    while (isWritten && !text.empty()) {
+        const size_t size = text.find('\n') + 1;  // the text ends with a line end
+        isWritten = file.write(text.data(), size);
+        text.remove_prefix(size);
+    }
+}
+
+/// @return as `ProfileReader::finish`.
+bool readAll(const File& file, TtsSetting& setting) {
+    char piece[512];
+    ProfileReader reader(setting);
+    ssize_t size = 0;
+    while ((size = file.read(piece, sizeof piece)) > 0) {
+        reader.take(piece, static_cast<size_t>(size));
+    }
+    return reader.finish();
+}
+
 }  // namespace
 
 bool TtsSetting::serialize(const char* path) const {
     const std::string name = fileOf(path);
-    std::fstream file;
-    // An application's own locale may put commas and thousands marks into the numbers.
-    file.imbue(std::locale::classic());
-    file.open(name, std::ios::in | std::ios::out | std::ios::trunc);
-    if (!file.is_open()) {
+    const File file(name, O_RDWR | O_CREAT | O_TRUNC);
+    if (!file.isOpen()) {
         std::printf("[TtsSetting] Error while writing tts profile %s\n", name.c_str());
         return false;
     }
-    writeProfile(file, *this);
+    writeLines(file, profileText(*this));
     // Safe between threads with the device's C library; there is nothing to do about a failure.
     std::ignore = std::system("/bin/sync");  // NOLINT(concurrency-mt-unsafe)
-    file.close();
     return true;
 }
 
 bool TtsSetting::deserialize(const char* path) {
     const std::string name = fileOf(path);
     std::printf("[TtsSetting] %s %s\n", "deserialize", name.c_str());
-    std::ifstream file;
-    file.imbue(std::locale::classic());
-    file.open(name);
-    if (!file.is_open()) {
-        std::printf("[TtsSetting] Error while reading tts profile %s\n", name.c_str());
-        return false;
+    bool isCurrent = false;
+    {
+        const File file(name, O_RDONLY);
+        if (!file.isOpen()) {
+            std::printf("[TtsSetting] Error while reading tts profile %s\n", name.c_str());
+            return false;
+        }
+        isCurrent = readAll(file, *this);
     }
-    const bool isCurrent = readProfile(file, *this);
-    file.close();
     if (!isCurrent && name.find("voxtrel.ini") != std::string::npos) {
         replaceUnsetValues(*this);
         (void)serialize(path);  // the values hold in memory whether or not they can be kept

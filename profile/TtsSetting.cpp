@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "profile/TtsSetting.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <locale>
 #include <utility>
 
+#include "profile/internal/File.h"
 #include "vocabulary/Language.h"
 
 namespace TTS {
@@ -54,17 +54,15 @@ void TtsSetting::removeProfile(const char* path) const {
 }
 
 void TtsSetting::copyProfile(const char* destination, const char* source) const {
-    // An application's own locale may convert what passes through a file; a copy is the same bytes.
-    std::ifstream from;
-    from.imbue(std::locale::classic());
-    if (source != nullptr) {
-        from.open(source);
-    }
-    std::ofstream to;
-    to.imbue(std::locale::classic());
-    to.open(fileOf(destination));
-    to << from.rdbuf();
-    to.flush();
+    // No name at all opens no file, as a source that is missing. The source is opened first, and a
+    // copy onto itself finds it empty.
+    const File from(source != nullptr ? source : "", O_RDONLY);
+    const File to(fileOf(destination), O_WRONLY | O_CREAT | O_TRUNC);
+    char piece[512];
+    ssize_t size = 0;
+    do {
+        size = from.read(piece, sizeof piece);
+    } while (size > 0 && to.write(piece, static_cast<size_t>(size)));
 }
 
 }  // namespace TTS

@@ -9,11 +9,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <locale>
-#include <sstream>
 #include <system_error>
 
+#include "profile/internal/File.h"
 #include "profile/internal/ProfileReader.h"
 #include "profile/internal/ProfileWriter.h"
 
@@ -90,12 +88,16 @@ int writeBeside(const std::string& path, const std::string& text, std::string& n
     return error;
 }
 
-std::string textOf(const TTS::TtsSetting& setting) {
-    std::ostringstream text;
-    text.exceptions(std::ios::badbit);  // without memory a stream drops what comes
-    text.imbue(std::locale::classic());
-    TTS::writeProfile(text, setting);
-    return text.str();
+/// 0, or why not all of it could be read.
+int readAll(const TTS::File& file, TTS::ProfileReader& reader) {
+    char piece[4096];
+    ssize_t size = 0;
+    while ((size = file.read(piece, sizeof piece)) > 0) {
+        reader.take(piece, static_cast<std::size_t>(size));
+    }
+    const int error = size < 0 ? errno : 0;
+    (void)reader.finish();  // a profile of any version can be read
+    return error;
 }
 
 }  // namespace
@@ -105,7 +107,7 @@ Result<void> replaceProfile(const std::string& path, const TTS::TtsSetting& sett
     const std::string target = targetOf(path);
     std::string next;
     if (error == 0) {
-        error = writeBeside(target, textOf(setting), next);
+        error = writeBeside(target, TTS::profileText(setting), next);
     }
     if (error == 0 && std::rename(next.c_str(), target.c_str()) != 0) {
         error = errno;
@@ -122,29 +124,24 @@ Result<TTS::TtsSetting> readProfile(const std::string& path) {
     if (const int error = checkReplaceable(path); error != 0) {
         return failure("read", path, error);
     }
-    std::ifstream file;
-    file.imbue(std::locale::classic());
-    errno = 0;
-    file.open(path);
-    if (!file.is_open()) {
+    const TTS::File file(path, O_RDONLY);
+    if (!file.isOpen()) {
         return failure("read", path, errno);
     }
     TTS::TtsSetting setting("");
-    try {
-        file.exceptions(std::ios::badbit);
-        (void)TTS::readProfile(file, setting);
-    } catch (const std::ios::failure&) {
-        return failure("read", path, EIO);
+    TTS::ProfileReader reader(setting);
+    if (const int error = readAll(file, reader); error != 0) {
+        return failure("read", path, error);
     }
     return setting;
 }
 
 TTS::TtsSetting rereadProfile(const TTS::TtsSetting& setting) {
-    std::istringstream text(textOf(setting));
-    text.exceptions(std::ios::badbit);
-    text.imbue(std::locale::classic());
+    const std::string text = TTS::profileText(setting);
     TTS::TtsSetting read("");
-    (void)TTS::readProfile(text, read);
+    TTS::ProfileReader reader(read);
+    reader.take(text.data(), text.size());
+    (void)reader.finish();
     return read;
 }
 

@@ -3,25 +3,37 @@
 
 #include <ttscommon/ttscommon.h>
 
+#include <algorithm>
 #include <cstring>
-#include <sstream>
 
 #include "vocabulary/Language.h"
 
 namespace TTS {
 namespace {
 
-/// Takes the next item off the text; an item without "." is both code and voice.
-bool nextItem(std::istream& text, FilterItem* item) {
-    std::string whole;
-    if (!std::getline(text, whole, ',')) {
-        return false;
+/// The items of a filter, one after another.
+class Items {
+public:
+    explicit Items(const std::string& filter) : mFilter(filter) {}
+
+    /// False at the end. An item without "." is both code and voice.
+    bool next(FilterItem* item) {
+        if (mStart >= mFilter.size()) {
+            return false;
+        }
+        const size_t end = std::min(mFilter.find(',', mStart), mFilter.size());
+        const std::string whole = mFilter.substr(mStart, end - mStart);
+        mStart = end + 1;
+        const size_t dot = whole.find('.');
+        item->code = whole.substr(0, dot);
+        item->voice = dot == std::string::npos ? whole : whole.substr(dot + 1);
+        return true;
     }
-    const size_t dot = whole.find('.');
-    item->code = whole.substr(0, dot);
-    item->voice = dot == std::string::npos ? whole : whole.substr(dot + 1);
-    return true;
-}
+
+private:
+    const std::string& mFilter;
+    size_t mStart = 0;
+};
 
 std::string nameOf(const VoiceInfo& voice) {
     return {voice.name, strnlen(voice.name, sizeof voice.name)};
@@ -36,10 +48,10 @@ std::string deviceFilter() {
 }
 
 VoiceInFilter findVoice(const std::string& filter, const VoiceInfo& voice) {
-    std::istringstream text(filter);
+    Items items(filter);
     VoiceInFilter found;
     FilterItem item;
-    while (!found.item && nextItem(text, &item)) {
+    while (!found.item && items.next(&item)) {
         if (langStr2Id(item.code) != voice.langId) {
             continue;
         }
@@ -52,9 +64,9 @@ VoiceInFilter findVoice(const std::string& filter, const VoiceInfo& voice) {
 }
 
 std::optional<FilterItem> findRemoval(const std::string& filter, EN_VOXTREL_LANGUAGE language) {
-    std::istringstream text(filter);
+    Items items(filter);
     FilterItem item;
-    while (nextItem(text, &item)) {
+    while (items.next(&item)) {
         if (item.voice == "none" && langStr2Id(item.code) == language) {
             return item;
         }

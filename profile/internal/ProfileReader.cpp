@@ -14,36 +14,42 @@ constexpr uint32_t kSwitch = 1;
 constexpr uint32_t kPercent = 100;
 constexpr uint32_t kAny = std::numeric_limits<uint32_t>::max();
 
+/// The names stand in the row itself: a pointer to each would be one more for the loader to mend.
+template <typename T>
 struct NumberKey {
-    std::string_view name;
+    char name[21];
     uint32_t highest;  // compared unsigned, so that negative values fall out as well
-    void (*store)(TtsSetting& setting, int32_t value);
+    T TtsSetting::*field;
 };
 
-// Volume and pitch are whole numbers here although the writer can write fractions: the format's
-// readers have always cut them.
-constexpr NumberKey kNumberKeys[] = {
-    {"speed_enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mSpeedEnable = v; }},
-    {"speed", kAny, [](TtsSetting& s, int32_t v) { s.mSpeed = static_cast<uint32_t>(v); }},
-    {"volume_enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mVolumeEnable = v; }},
-    {"volume", kAny, [](TtsSetting& s, int32_t v) { s.mVolume = static_cast<float>(v); }},
-    {"media_volume_enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mMediaVolumeEnable = v; }},
-    {"media_volume", kPercent,
-     [](TtsSetting& s, int32_t v) { s.mMediaVolume = static_cast<uint32_t>(v); }},
-    {"tts_volume_enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mTtsVolumeEnable = v; }},
-    {"tts_volume", kPercent,
-     [](TtsSetting& s, int32_t v) { s.mTtsVolume = static_cast<uint32_t>(v); }},
-    {"voice_enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mVoiceEnable = v; }},
-    {"voice", kAny, [](TtsSetting& s, int32_t v) { s.mVoice = static_cast<uint32_t>(v); }},
-    {"pitch_enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mPitchEnable = v; }},
-    {"pitch", kAny, [](TtsSetting& s, int32_t v) { s.mPitch = static_cast<float>(v); }},
-    {"verbosity", kSwitch, [](TtsSetting& s, int32_t v) { s.mVerbosity = v; }},
-    {"enable", kSwitch, [](TtsSetting& s, int32_t v) { s.mEnable = v; }},
-    {"sample_rate", kAny, [](TtsSetting& s, int32_t v) { s.mSampleRate = v; }},
-    {"channels", kAny, [](TtsSetting& s, int32_t v) { s.mChannels = v; }},
-    {"mixer_path", kAny, [](TtsSetting& s, int32_t v) { s.mMixerPath = v; }},
-    {"long_break_duration", kAny, [](TtsSetting& s, int32_t v) { s.mLongBreakDuration = v; }},
-    {"short_break_duration", kAny, [](TtsSetting& s, int32_t v) { s.mShortBreakDuration = v; }},
+constexpr NumberKey<int32_t> kIntegerKeys[] = {
+    {"speed_enable", kSwitch, &TtsSetting::mSpeedEnable},
+    {"volume_enable", kSwitch, &TtsSetting::mVolumeEnable},
+    {"media_volume_enable", kSwitch, &TtsSetting::mMediaVolumeEnable},
+    {"tts_volume_enable", kSwitch, &TtsSetting::mTtsVolumeEnable},
+    {"voice_enable", kSwitch, &TtsSetting::mVoiceEnable},
+    {"pitch_enable", kSwitch, &TtsSetting::mPitchEnable},
+    {"verbosity", kSwitch, &TtsSetting::mVerbosity},
+    {"enable", kSwitch, &TtsSetting::mEnable},
+    {"sample_rate", kAny, &TtsSetting::mSampleRate},
+    {"channels", kAny, &TtsSetting::mChannels},
+    {"mixer_path", kAny, &TtsSetting::mMixerPath},
+    {"long_break_duration", kAny, &TtsSetting::mLongBreakDuration},
+    {"short_break_duration", kAny, &TtsSetting::mShortBreakDuration},
+};
+
+constexpr NumberKey<uint32_t> kUnsignedKeys[] = {
+    {"speed", kAny, &TtsSetting::mSpeed},
+    {"media_volume", kPercent, &TtsSetting::mMediaVolume},
+    {"tts_volume", kPercent, &TtsSetting::mTtsVolume},
+    {"voice", kAny, &TtsSetting::mVoice},
+};
+
+// Whole numbers here although the writer can write fractions: the format's readers have always cut
+// them.
+constexpr NumberKey<float> kFloatKeys[] = {
+    {"volume", kAny, &TtsSetting::mVolume},
+    {"pitch", kAny, &TtsSetting::mPitch},
 };
 
 // A device's `long` has 32 bits; a PC must read the same number from the same file.
@@ -53,16 +59,24 @@ int32_t numberIn(const char* text) {
     return static_cast<int32_t>(std::clamp(std::strtol(text, nullptr, 10), kLowest, kHighest));
 }
 
-void storeNumber(TtsSetting& setting, std::string_view key, int32_t value) {
-    for (const NumberKey& row : kNumberKeys) {
+template <typename T, size_t kCount>
+void store(const NumberKey<T> (&keys)[kCount], TtsSetting& setting, std::string_view key,
+           int32_t value) {
+    for (const NumberKey<T>& row : keys) {
         if (row.name == key && static_cast<uint32_t>(value) <= row.highest) {
-            row.store(setting, value);
+            setting.*row.field = static_cast<T>(value);
         }
     }
 }
 
+void storeNumber(TtsSetting& setting, std::string_view key, int32_t value) {
+    store(kIntegerKeys, setting, key, value);
+    store(kUnsignedKeys, setting, key, value);
+    store(kFloatKeys, setting, key, value);
+}
+
 /// Applies one line. @return true if it says that the file has the current version.
-bool applyLine(TtsSetting& setting, const std::string& line) {
+bool applyTo(TtsSetting& setting, const std::string& line) {
     const size_t separator = line.find('=');
     if (separator == std::string::npos) {
         return false;
@@ -82,13 +96,24 @@ bool applyLine(TtsSetting& setting, const std::string& line) {
 
 }  // namespace
 
-bool readProfile(std::istream& file, TtsSetting& setting) {
-    bool isCurrent = false;
-    std::string line;
-    while (std::getline(file, line)) {
-        isCurrent = applyLine(setting, line) || isCurrent;
+void ProfileReader::take(const char* bytes, size_t size) {
+    const std::string_view all(bytes, size);
+    size_t start = 0;
+    for (size_t end = 0; (end = all.find('\n', start)) != std::string_view::npos; start = end + 1) {
+        mLine.append(bytes + start, end - start);
+        applyLine();
     }
-    return isCurrent;
+    mLine.append(bytes + start, size - start);
+}
+
+bool ProfileReader::finish() {
+    applyLine();
+    return mIsCurrent;
+}
+
+void ProfileReader::applyLine() {
+    mIsCurrent = applyTo(mSetting, mLine) || mIsCurrent;
+    mLine.clear();
 }
 
 }  // namespace TTS

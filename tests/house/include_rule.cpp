@@ -63,8 +63,8 @@ const std::vector<Room>& rooms() {
         {"voxtrel",
          {"voxtrel/", "client/", "profile/", "ipc/", "vocabulary/", "binder/", "utils/",
           // Of which it compiles the sources in once more.
-          "client/internal/FilterText.h", "profile/internal/ProfileReader.h",
-          "profile/internal/ProfileWriter.h"}},
+          "client/internal/FilterText.h", "profile/internal/File.h",
+          "profile/internal/ProfileReader.h", "profile/internal/ProfileWriter.h"}},
         {"platform/host",
          {"binder/", "utils/", "ttscommon/", "socket/", "kernel/", "support/", "servicemanager/"}},
         {"platform/check", {"check/", "binder/", "utils/", "ttscommon/"}},

@@ -2,6 +2,7 @@
 // Symptom: an application that set a locale with decimal commas and thousands marks for all its
 // streams wrote profiles that no device could read.
 #include <gtest/gtest.h>
+#include <locale.h>
 
 #include <locale>
 
@@ -67,6 +68,16 @@ TEST_F(AnApplicationsLocale, DoesNotReachTheNumbersInAProfile) {
         "voice_enable=1\nvoice=65535\npitch_enable=1\npitch=1.23457e+06\nlang=na_NL\nverbosity=0\n"
         "enable=1\n\n",
         readFile(path));
+}
+
+TEST_F(AnApplicationsLocale, IsTheThreadsOwnAgainOnceAProfileIsWritten) {
+    const locale_t own = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t copy = duplocale(own);
+    const locale_t before = uselocale(copy);
+    EXPECT_TRUE(TtsSetting("x").serialize(path.c_str()));
+    EXPECT_EQ(copy, uselocale(before));
+    freelocale(copy);
+    freelocale(own);
 }
 
 TEST_F(AnApplicationsLocale, DoesNotReachTheBytesOfAProfile) {
