@@ -10,11 +10,15 @@ target_include_directories(voxtrel-client INTERFACE
                            "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/voxtrel>")
 target_link_libraries(voxtrel-client PUBLIC voxtrel_platform)
 
+list(TRANSFORM VOXTREL_ROOMS PREPEND voxtrel_ OUTPUT_VARIABLE room_objects)
+voxtrel_build_for_size(${room_objects})
+
 set(map "${PROJECT_SOURCE_DIR}/cmake/voxtrel-client.map")
-target_link_options(voxtrel-client PRIVATE "LINKER:--version-script=${map}" "LINKER:--no-undefined")
-if(VOXTREL_SANITIZE)
-  # A sanitizer's runtime is in the program, not in the shared object.
-  set_target_properties(voxtrel-client PROPERTIES LINK_OPTIONS "LINKER:--version-script=${map}")
+# Calls within the library are bound here, not by the loader; code and constants share pages.
+target_link_options(voxtrel-client PRIVATE "LINKER:--version-script=${map}"
+                                           "LINKER:-Bsymbolic-functions" "LINKER:-z,noseparate-code")
+if(NOT VOXTREL_SANITIZE) # a sanitizer's runtime is in the program, not in the shared object
+  target_link_options(voxtrel-client PRIVATE "LINKER:--no-undefined")
 endif()
 set_target_properties(voxtrel-client PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE CXX

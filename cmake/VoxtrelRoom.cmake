@@ -27,3 +27,21 @@ function(voxtrel_room name)
   target_link_libraries(voxtrel_${name} PUBLIC ${ROOM_DEPENDS} PRIVATE voxtrel_warnings)
   target_precompile_headers(voxtrel_${name} REUSE_FROM voxtrel_standard_header)
 endfunction()
+
+# voxtrel_build_for_size(OBJECTS...)
+#
+# Object libraries that mostly wait: what they take of the memory of each process counts more than how
+# fast they compute. The linker, which knows what is exported, optimises once more and drops the rest.
+# (A precompiled header serves one way of optimising.)
+include(CheckIPOSupported)
+function(voxtrel_build_for_size)
+  if(NOT CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$")
+    return()
+  endif()
+  check_ipo_supported(RESULT can_optimise_at_link LANGUAGES CXX OUTPUT ignored)
+  foreach(objects IN LISTS ARGN)
+    target_compile_options(${objects} PRIVATE -Os)
+    set_target_properties(${objects} PROPERTIES
+      DISABLE_PRECOMPILE_HEADERS ON INTERPROCEDURAL_OPTIMIZATION ${can_optimise_at_link})
+  endforeach()
+endfunction()

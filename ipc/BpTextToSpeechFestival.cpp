@@ -48,11 +48,28 @@ void put(Parcel& request, const android::sp<IBinder>& binder) {
 }
 
 template <typename... Values>
+void fill(Parcel& request, const Values&... values) {
+    (put(request, values), ...);
+}
+
+// A transaction that failed leaves the reply empty, and that reads as zeros.
+void exchange(IBinder& remote, const Transaction& transaction, const Parcel& request,
+              Parcel& reply) {
+    (void)remote.transact(transaction.code, request, &reply, transaction.flags);
+}
+
+template <typename... Values>
 void send(IBinder& remote, const Transaction& transaction, Parcel& reply, const Values&... values) {
     Parcel request;
-    (put(request, values), ...);
-    // A transaction that failed leaves the reply empty, and that reads as zeros.
-    (void)remote.transact(transaction.code, request, &reply, transaction.flags);
+    fill(request, values...);
+    exchange(remote, transaction, request, reply);
+}
+
+/// The reply's one int32. No template, as those around it: there is one for all lists of values.
+int32_t answerTo(IBinder& remote, const Transaction& transaction, const Parcel& request) {
+    Parcel reply;
+    exchange(remote, transaction, request, reply);
+    return reply.readInt32();
 }
 
 /// Sends the values and gives the reply's one int32, or `noRemote` where there is none to ask.
@@ -62,9 +79,9 @@ int32_t ask(IBinder* remote, const Transaction& transaction, int32_t noRemote,
     if (remote == nullptr) {
         return noRemote;
     }
-    Parcel reply;
-    send(*remote, transaction, reply, values...);
-    return reply.readInt32();
+    Parcel request;
+    fill(request, values...);
+    return answerTo(*remote, transaction, request);
 }
 
 // Callers hand on what an application pointed to, and that may be unaligned.

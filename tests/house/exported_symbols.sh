@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # usage: exported_symbols.sh SHARED_OBJECT
-# What the shared object exports is the TTS namespace and the platform templates made for it; nothing
+# What the shared object exports is what its installed headers declare, with the type information of its
+# classes and of the platform's templates made for them; none of the library's own helpers, and nothing
 # of the C++ library, whose copies would bind applications to our compiler.
 set -euo pipefail
 symbols=$(nm --dynamic --defined-only --demangle "$1")
@@ -12,7 +13,12 @@ for wanted in 'TTS::TTSClientPrivate::connect()' 'TTS::TTSClientPrivate::say(' \
     'TTS::TtsSetting::serialize('; do
     grep -qF "$wanted" <<<"$symbols" || { echo "not exported: $wanted"; exit 1; }
 done
-foreign=$(grep -vE ' (TTS::|(vtable|VTT|typeinfo|typeinfo name|construction vtable|guard variable|(non-)?virtual thunk) (for|to) (TTS::|android::)|android::(BnInterface|BpInterface|BinderService|sp|wp)<TTS::|(android::sp<TTS::[A-Za-z:]+> )?TTS::|VOXTREL_)' <<<"$symbols" || true)
+classes='(Bn|Bp|I)(Callback|TextToSpeechFestival)|Callback|DeathNotifier|Mutex|TTSClientPrivate(::CbDeathNotifier)?|TtsSetting'
+member="TTS::($classes)::~?[A-Za-z0-9]+(\[abi:cxx11\])?\(.*|TTS::(TTSClientPrivate|ICallback|ITextToSpeechFestival)::(m_cb|mCbDeathNotifier|descriptor)"
+free='TTS::(langId2Str(\[abi:cxx11\])?|langStr2Id)\(.*|TTS::(gttsbinder|gDeathNotifier|Clientmutex)'
+types="(vtable|VTT|typeinfo|typeinfo name) for TTS::($classes)|typeinfo( name)? for android::(BnInterface|BpInterface|BinderService)<TTS::($classes)>"
+foreign=$(sed -E 's/^[0-9a-f]* +. //; s/@@VOXTREL_1$//' <<<"$symbols" |
+    grep -vE "^($member|$free|$types|(non-)?virtual thunk to ($member)|VOXTREL_1)\$" || true)
 if [ -n "$foreign" ]; then
     echo "exported, but not ours:"
     echo "$foreign"
