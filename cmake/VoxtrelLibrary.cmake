@@ -12,11 +12,13 @@ target_link_libraries(voxtrel-client PUBLIC voxtrel_platform)
 
 list(TRANSFORM VOXTREL_ROOMS PREPEND voxtrel_ OUTPUT_VARIABLE room_objects)
 voxtrel_build_for_size(${room_objects})
+# The library calls its own functions without asking the loader; code and constants share pages; what
+# nothing refers to is left out.
+target_link_options(voxtrel-client PRIVATE
+  LINKER:-Bsymbolic-functions LINKER:-z,noseparate-code LINKER:--gc-sections)
 
 set(map "${PROJECT_SOURCE_DIR}/cmake/voxtrel-client.map")
-# Calls within the library are bound here, not by the loader; code and constants share pages.
-target_link_options(voxtrel-client PRIVATE "LINKER:--version-script=${map}"
-                                           "LINKER:-Bsymbolic-functions" "LINKER:-z,noseparate-code")
+target_link_options(voxtrel-client PRIVATE "LINKER:--version-script=${map}")
 if(NOT VOXTREL_SANITIZE) # a sanitizer's runtime is in the program, not in the shared object
   target_link_options(voxtrel-client PRIVATE "LINKER:--no-undefined")
 endif()

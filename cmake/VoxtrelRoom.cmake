@@ -32,7 +32,7 @@ endfunction()
 #
 # Object libraries that mostly wait: what they take of the memory of each process counts more than how
 # fast they compute. The linker, which knows what is exported, optimises once more and drops the rest.
-# (A precompiled header serves one way of optimising.)
+# Nobody replaces single functions of theirs. (A precompiled header serves one way of optimising.)
 include(CheckIPOSupported)
 function(voxtrel_build_for_size)
   if(NOT CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$")
@@ -40,7 +40,8 @@ function(voxtrel_build_for_size)
   endif()
   check_ipo_supported(RESULT can_optimise_at_link LANGUAGES CXX OUTPUT ignored)
   foreach(objects IN LISTS ARGN)
-    target_compile_options(${objects} PRIVATE -Os)
+    target_compile_options(${objects} PRIVATE
+      -Os -ffunction-sections -fdata-sections -fno-semantic-interposition)
     set_target_properties(${objects} PROPERTIES
       DISABLE_PRECOMPILE_HEADERS ON INTERPROCEDURAL_OPTIMIZATION ${can_optimise_at_link})
   endforeach()

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 
 #include "ipc/TransactionCodes.h"
 #include "ipc/internal/ConfigValue.h"
@@ -15,73 +16,58 @@ namespace {
 using android::IBinder;
 using android::Parcel;
 
-/// A text that is sent as its length and its bytes, without a terminator.
-struct CountedText {
-    const char* text;
-};
-
-// Keys and languages go through the first of these as the integers they are, flags as 0 or 1.
-void put(Parcel& request, int32_t value) {
-    request.writeInt32(value);
+/// What a number, key, language or flag is sent as.
+template <typename Value>
+int32_t wordOf(Value value) {
+    return static_cast<int32_t>(value);
 }
 
-void put(Parcel& request, uint32_t value) {
-    request.writeInt32(static_cast<int32_t>(value));
+int32_t wordOf(float value) {
+    int32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
 }
 
-void put(Parcel& request, float value) {
-    request.writeFloat(value);
-}
+using Words = std::initializer_list<int32_t>;
 
-void put(Parcel& request, const std::string& text) {
-    request.writeCString(text.c_str());
-}
-
-void put(Parcel& request, const CountedText& value) {
-    const size_t length = std::strlen(value.text);
-    request.writeInt32(static_cast<int32_t>(length));
-    request.write(value.text, length);
-}
-
-void put(Parcel& request, const android::sp<IBinder>& binder) {
-    request.writeStrongBinder(binder);
-}
-
-template <typename... Values>
-void fill(Parcel& request, const Values&... values) {
-    (put(request, values), ...);
+void put(Parcel& request, Words words) {
+    for (const int32_t word : words) {
+        request.writeInt32(word);
+    }
 }
 
 // A transaction that failed leaves the reply empty, and that reads as zeros.
-void exchange(IBinder& remote, const Transaction& transaction, const Parcel& request,
-              Parcel& reply) {
+void exchange(IBinder& remote, Transaction transaction, const Parcel& request, Parcel& reply) {
     (void)remote.transact(transaction.code, request, &reply, transaction.flags);
 }
 
-template <typename... Values>
-void send(IBinder& remote, const Transaction& transaction, Parcel& reply, const Values&... values) {
+void send(IBinder& remote, Transaction transaction, Parcel& reply, Words words) {
     Parcel request;
-    fill(request, values...);
+    put(request, words);
     exchange(remote, transaction, request, reply);
 }
 
-/// The reply's one int32. No template, as those around it: there is one for all lists of values.
-int32_t answerTo(IBinder& remote, const Transaction& transaction, const Parcel& request) {
+/// The reply's one int32.
+int32_t answerTo(IBinder& remote, Transaction transaction, const Parcel& request) {
     Parcel reply;
     exchange(remote, transaction, request, reply);
     return reply.readInt32();
 }
 
-/// Sends the values and gives the reply's one int32, or `noRemote` where there is none to ask.
-template <typename... Values>
-int32_t ask(IBinder* remote, const Transaction& transaction, int32_t noRemote,
-            const Values&... values) {
+int32_t askWords(IBinder* remote, Transaction transaction, int32_t noRemote, Words words) {
     if (remote == nullptr) {
         return noRemote;
     }
     Parcel request;
-    fill(request, values...);
+    put(request, words);
     return answerTo(*remote, transaction, request);
+}
+
+/// Sends the values and gives the reply's one int32, or `noRemote` where there is none to ask. No
+/// more than this is compiled for each list of values.
+template <typename... Values>
+int32_t ask(IBinder* remote, Transaction transaction, int32_t noRemote, Values... values) {
+    return askWords(remote, transaction, noRemote, {wordOf(values)...});
 }
 
 // Callers hand on what an application pointed to, and that may be unaligned.
@@ -90,6 +76,15 @@ Value load(const void* from) {
     Value value;
     std::memcpy(&value, from, sizeof value);
     return value;
+}
+
+/// The text goes as its length and its bytes, without a terminator.
+int32_t sendText(IBinder& remote, unsigned pid, VOXTRELAPI_GCONF key, const char* text) {
+    const size_t length = std::strlen(text);
+    Parcel request;
+    put(request, {wordOf(pid), wordOf(key), wordOf(length)});
+    request.write(text, length);
+    return answerTo(remote, transaction::kSetGlobalConfig, request);
 }
 
 template <typename Value>
@@ -185,8 +180,15 @@ BpTextToSpeechFestival::BpTextToSpeechFestival(const android::sp<IBinder>& remot
 int BpTextToSpeechFestival::say(unsigned pid, unsigned id, const std::string& text, unsigned speed,
                                 float volume, unsigned voice, unsigned bgVolume, unsigned ttsVolume,
                                 float pitch, EN_VOXTREL_LANGUAGE language) {
-    return ask(remote(), transaction::kSay, STATUS_NO_SERVICE, pid, id, text, speed, volume, voice,
-               bgVolume, ttsVolume, pitch, language);
+    if (remote() == nullptr) {
+        return STATUS_NO_SERVICE;
+    }
+    Parcel request;
+    put(request, {wordOf(pid), wordOf(id)});
+    request.writeCString(text.c_str());
+    put(request, {wordOf(speed), wordOf(volume), wordOf(voice), wordOf(bgVolume), wordOf(ttsVolume),
+                  wordOf(pitch), wordOf(language)});
+    return answerTo(*remote(), transaction::kSay, request);
 }
 
 int BpTextToSpeechFestival::silence(unsigned pid, unsigned first, unsigned second,
@@ -222,7 +224,7 @@ int BpTextToSpeechFestival::enabled2(unsigned pid, VOXTRELAPI_GCONF key, void* o
         return STATUS_BAD_PARAMETER;
     }
     Parcel reply;
-    send(*remote(), transaction::kEnabled2, reply, pid, key);
+    send(*remote(), transaction::kEnabled2, reply, {wordOf(pid), wordOf(key)});
     *static_cast<bool*>(out) = readFlag(reply);
     return reply.readInt32();
 }
@@ -241,8 +243,7 @@ int BpTextToSpeechFestival::setGlobalConfig(unsigned pid, VOXTRELAPI_GCONF key, 
         case ConfigValue::kFloat:
             return ask(remote(), set, STATUS_NO_SERVICE, pid, key, load<float>(value));
         case ConfigValue::kText:
-            return ask(remote(), set, STATUS_NO_SERVICE, pid, key,
-                       CountedText{static_cast<const char*>(value)});
+            return sendText(*remote(), pid, key, static_cast<const char*>(value));
         case ConfigValue::kNone:
             break;
     }
@@ -257,7 +258,7 @@ int BpTextToSpeechFestival::globalConfig(unsigned pid, VOXTRELAPI_GCONF key, voi
         return STATUS_BAD_PARAMETER;
     }
     Parcel reply;
-    send(*remote(), transaction::kGlobalConfig, reply, pid, key);
+    send(*remote(), transaction::kGlobalConfig, reply, {wordOf(pid), wordOf(key)});
     readConfigValue(reply, key, out);
     return reply.readInt32();
 }
@@ -282,8 +283,10 @@ int BpTextToSpeechFestival::registerCallback(unsigned pid, const android::sp<ICa
     if (remote() == nullptr) {
         return STATUS_NO_SERVICE;
     }
-    return ask(remote(), transaction::kRegisterCallback, STATUS_NO_SERVICE, pid,
-               android::IInterface::asBinder(cb));
+    Parcel request;
+    put(request, {wordOf(pid)});
+    request.writeStrongBinder(android::IInterface::asBinder(cb));
+    return answerTo(*remote(), transaction::kRegisterCallback, request);
 }
 
 int BpTextToSpeechFestival::deregisterCallback(unsigned pid) {
@@ -307,7 +310,7 @@ int BpTextToSpeechFestival::getCapabilities(Capabilities& caps) {
         return STATUS_NO_SERVICE;
     }
     Parcel reply;
-    send(*remote(), transaction::kGetCapabilities, reply);
+    send(*remote(), transaction::kGetCapabilities, reply, {});
     readControls(reply, caps);
     readLists(reply, caps);
     return 0;
@@ -322,7 +325,7 @@ int BpTextToSpeechFestival::pitch(float& out) {
         return STATUS_NO_SERVICE;
     }
     Parcel reply;
-    send(*remote(), transaction::kPitch, reply);
+    send(*remote(), transaction::kPitch, reply, {});
     out = reply.readFloat();
     return 0;
 }

@@ -30,7 +30,7 @@ take_platform() {
 build() {
     local build=build/size/$1 log=$sysroot/log
     if ! { cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_SKIP_RPATH=ON \
-        -DVOXTREL_BUILD_TESTS=OFF -DVOXTREL_BUILD_PROGRAMS=OFF -DVOXTREL_PLATFORM=system \
+        -DVOXTREL_HARDENED=ON -DVOXTREL_BUILD_TESTS=OFF -DVOXTREL_BUILD_PROGRAMS=OFF -DVOXTREL_PLATFORM=system \
         -DVOXTREL_PLATFORM_INCLUDE_DIRS="$sysroot/include" -DVOXTREL_PLATFORM_LIBRARY_DIRS="$sysroot" \
         -DVOXTREL_PLATFORM_LIBRARIES=voxtrel-platform "${@:2}" &&
         cmake --build "$build" -j "$(jobs_here)" --target voxtrel-client; } >"$log" 2>&1; then
