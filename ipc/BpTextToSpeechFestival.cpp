@@ -183,11 +183,17 @@ int BpTextToSpeechFestival::say(unsigned pid, unsigned id, const std::string& te
     if (remote() == nullptr) {
         return STATUS_NO_SERVICE;
     }
-    Parcel request;
-    put(request, {wordOf(pid), wordOf(id)});
+    Parcel request;  // value by value: the one request whose time counts
+    request.writeInt32(wordOf(pid));
+    request.writeInt32(wordOf(id));
     request.writeCString(text.c_str());
-    put(request, {wordOf(speed), wordOf(volume), wordOf(voice), wordOf(bgVolume), wordOf(ttsVolume),
-                  wordOf(pitch), wordOf(language)});
+    request.writeInt32(wordOf(speed));
+    request.writeFloat(volume);
+    request.writeInt32(wordOf(voice));
+    request.writeInt32(wordOf(bgVolume));
+    request.writeInt32(wordOf(ttsVolume));
+    request.writeFloat(pitch);
+    request.writeInt32(wordOf(language));
     return answerTo(*remote(), transaction::kSay, request);
 }
 

@@ -5,11 +5,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/lib.sh
 
-STEPS=(debug asan tsan arm gate form porting board fuzz)
+STEPS=(debug asan tsan arm gate size form porting board fuzz)
 # Run where --only names them.
 MORE_STEPS=(libcxx)
 LIBCXX_TESTS=(vocabulary_test ipc_test profile_test client_test platform_test)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [gate]="bench arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
+declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [gate]="bench arm" [size]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}; by --only alone: ${MORE_STEPS[*]}" >&2
@@ -107,6 +107,12 @@ gate_step() {
     count_closing_line build/gate.log "$status"
 }
 
+size_step() {
+    mkdir -p build
+    scripts/size.sh >build/size.log 2>&1 || { cat build/size.log; return 1; }
+    grep '^figure ' build/size.log
+}
+
 fuzz_step() { build_preset fuzz --target fuzzers && scripts/fuzz.sh build/fuzz 4; }
 
 run_step() {
@@ -117,6 +123,7 @@ run_step() {
         libcxx) libcxx_step ;;
         porting) pass_if "the commands of docs/porting.md" porting_step ;;
         gate) gate_step ;;
+        size) pass_if "size of the client library" size_step ;;
         board) board_step ;;
         fuzz) pass_if "fuzz targets, a few seconds each" fuzz_step ;;
         *) preset_step "$1" ;;
