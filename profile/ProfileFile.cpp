@@ -38,7 +38,7 @@ void writeLines(const File& file, std::string_view text) {
     }
 }
 
-/// @return as `ProfileReader::finish`.
+/// @return as `ProfileReader::isCurrent`.
 bool readAll(const File& file, TtsSetting& setting) {
     char piece[512];
     ProfileReader reader(setting);
@@ -46,7 +46,10 @@ bool readAll(const File& file, TtsSetting& setting) {
     while ((size = file.read(piece, sizeof piece)) > 0) {
         reader.take(piece, static_cast<size_t>(size));
     }
-    return reader.finish();
+    if (size == 0) {
+        reader.finish();
+    }
+    return reader.isCurrent();
 }
 
 }  // namespace

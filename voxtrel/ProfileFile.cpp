@@ -96,7 +96,7 @@ int readAll(const TTS::File& file, TTS::ProfileReader& reader) {
         reader.take(piece, static_cast<std::size_t>(size));
     }
     const int error = size < 0 ? errno : 0;
-    (void)reader.finish();  // a profile of any version can be read
+    reader.finish();
     return error;
 }
 
@@ -141,7 +141,7 @@ TTS::TtsSetting rereadProfile(const TTS::TtsSetting& setting) {
     TTS::TtsSetting read("");
     TTS::ProfileReader reader(read);
     reader.take(text.data(), text.size());
-    (void)reader.finish();
+    reader.finish();
     return read;
 }
 

@@ -14,7 +14,7 @@ constexpr mode_t kMode = 0666;  // less the process's mask
 }  // namespace
 
 File::File(const std::string& name, int flags)
-    : mDescriptor(open(name.c_str(), flags | O_CLOEXEC, kMode)) {}
+    : mDescriptor(open(name.c_str(), flags | O_CLOEXEC | O_LARGEFILE, kMode)) {}
 
 File::~File() {
     if (isOpen()) {

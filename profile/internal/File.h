@@ -15,7 +15,7 @@ class File {
 public:
     /// @param flags those of `open`; a file that is made gets every permission that the mask
     /// leaves,
-    ///     and no program that this process starts gets the descriptor.
+    ///     it may have any size, and no program that this process starts gets the descriptor.
     File(const std::string& name, int flags);
     ~File();
     File(const File&) = delete;

@@ -106,11 +106,6 @@ void ProfileReader::take(const char* bytes, size_t size) {
     mLine.append(bytes + start, size - start);
 }
 
-bool ProfileReader::finish() {
-    applyLine();
-    return mIsCurrent;
-}
-
 void ProfileReader::applyLine() {
     mIsCurrent = applyTo(mSetting, mLine) || mIsCurrent;
     mLine.clear();

@@ -19,9 +19,11 @@ public:
     /// Takes the next bytes of the profile and applies the lines that end in them.
     void take(const char* bytes, size_t size);
 
-    /// Applies a last line that has no end.
-    /// @return true if a line says that the profile has the setting's `mVersion`.
-    bool finish();
+    /// Applies a last line that has no end. Not after an error, which may have cut it short.
+    void finish() { applyLine(); }
+
+    /// A line says that the profile has the setting's `mVersion`.
+    bool isCurrent() const { return mIsCurrent; }
 
 private:
     void applyLine();

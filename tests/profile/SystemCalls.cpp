@@ -6,6 +6,8 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 
@@ -47,6 +49,21 @@ int SystemCalls::noteCommand(const char* text) {
     return mCommandResult;
 }
 
+ssize_t SystemCalls::allow(int descriptor, size_t size) {
+    std::error_code gone;
+    if (fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), gone) != mWatched) {
+        return static_cast<ssize_t>(size);
+    }
+    mWasInterrupted = manners.interrupted && !mWasInterrupted;
+    if (mWasInterrupted || manners.before == 0) {
+        errno = mWasInterrupted ? EINTR : EIO;
+        return -1;
+    }
+    size = std::min({size, manners.most, manners.before});
+    manners.before -= size;
+    return static_cast<ssize_t>(size);
+}
+
 }  // namespace voxtrel_test
 
 extern "C" {
@@ -56,11 +73,21 @@ int system(const char* command) {
     return gRecorder != nullptr ? gRecorder->noteCommand(command) : 0;
 }
 
+ssize_t read(int descriptor, void* data, size_t size) {
+    using voxtrel_test::gRecorder;
+    const auto allowed =
+        gRecorder != nullptr ? gRecorder->allow(descriptor, size) : static_cast<ssize_t>(size);
+    return allowed < 0 ? allowed : syscall(SYS_read, descriptor, data, allowed);
+}
+
 ssize_t write(int descriptor, const void* data, size_t size) {
-    if (voxtrel_test::gRecorder != nullptr) {
-        voxtrel_test::gRecorder->writes.emplace_back(static_cast<const char*>(data), size);
+    using voxtrel_test::gRecorder;
+    auto allowed = static_cast<ssize_t>(size);
+    if (gRecorder != nullptr) {
+        gRecorder->writes.emplace_back(static_cast<const char*>(data), size);
+        allowed = gRecorder->allow(descriptor, size);
     }
-    return syscall(SYS_write, descriptor, data, size);
+    return allowed < 0 ? allowed : syscall(SYS_write, descriptor, data, allowed);
 }
 
 ssize_t writev(int descriptor, const iovec* parts, int count) {
