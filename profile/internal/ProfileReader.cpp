@@ -3,54 +3,18 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <string_view>
 
+#include "profile/internal/ProfileKeys.h"
+
 namespace TTS {
 namespace {
 
-constexpr uint32_t kSwitch = 1;
-constexpr uint32_t kPercent = 100;
-constexpr uint32_t kAny = std::numeric_limits<uint32_t>::max();
-
-/// The names stand in the row itself: a pointer to each would be one more for the loader to mend.
-template <typename T>
-struct NumberKey {
-    char name[21];
-    uint32_t highest;  // compared unsigned, so that negative values fall out as well
-    T TtsSetting::*field;
-};
-
-constexpr NumberKey<int32_t> kIntegerKeys[] = {
-    {"speed_enable", kSwitch, &TtsSetting::mSpeedEnable},
-    {"volume_enable", kSwitch, &TtsSetting::mVolumeEnable},
-    {"media_volume_enable", kSwitch, &TtsSetting::mMediaVolumeEnable},
-    {"tts_volume_enable", kSwitch, &TtsSetting::mTtsVolumeEnable},
-    {"voice_enable", kSwitch, &TtsSetting::mVoiceEnable},
-    {"pitch_enable", kSwitch, &TtsSetting::mPitchEnable},
-    {"verbosity", kSwitch, &TtsSetting::mVerbosity},
-    {"enable", kSwitch, &TtsSetting::mEnable},
-    {"sample_rate", kAny, &TtsSetting::mSampleRate},
-    {"channels", kAny, &TtsSetting::mChannels},
-    {"mixer_path", kAny, &TtsSetting::mMixerPath},
-    {"long_break_duration", kAny, &TtsSetting::mLongBreakDuration},
-    {"short_break_duration", kAny, &TtsSetting::mShortBreakDuration},
-};
-
-constexpr NumberKey<uint32_t> kUnsignedKeys[] = {
-    {"speed", kAny, &TtsSetting::mSpeed},
-    {"media_volume", kPercent, &TtsSetting::mMediaVolume},
-    {"tts_volume", kPercent, &TtsSetting::mTtsVolume},
-    {"voice", kAny, &TtsSetting::mVoice},
-};
-
-// Whole numbers here although the writer can write fractions: the format's readers have always cut
-// them.
-constexpr NumberKey<float> kFloatKeys[] = {
-    {"volume", kAny, &TtsSetting::mVolume},
-    {"pitch", kAny, &TtsSetting::mPitch},
-};
+constexpr uint32_t kHighestSwitch = 1;
+constexpr uint32_t kHighestPercent = 100;
 
 // A device's `long` has 32 bits; a PC must read the same number from the same file.
 int32_t numberIn(const char* text) {
@@ -59,20 +23,35 @@ int32_t numberIn(const char* text) {
     return static_cast<int32_t>(std::clamp(std::strtol(text, nullptr, 10), kLowest, kHighest));
 }
 
-template <typename T, size_t kCount>
-void store(const NumberKey<T> (&keys)[kCount], TtsSetting& setting, std::string_view key,
-           int32_t value) {
-    for (const NumberKey<T>& row : keys) {
-        if (row.name == key && static_cast<uint32_t>(value) <= row.highest) {
-            setting.*row.field = static_cast<T>(value);
-        }
+/// The number is compared unsigned, so that negative values fall out as well.
+bool isInRange(ProfileValue value, uint32_t number) {
+    switch (value) {
+        case ProfileValue::kSwitch:
+            return number <= kHighestSwitch;
+        case ProfileValue::kPercent:
+            return number <= kHighestPercent;
+        default:
+            return true;
     }
 }
 
-void storeNumber(TtsSetting& setting, std::string_view key, int32_t value) {
-    store(kIntegerKeys, setting, key, value);
-    store(kUnsignedKeys, setting, key, value);
-    store(kFloatKeys, setting, key, value);
+void storeNumber(TtsSetting& setting, const ProfileKey& key, int32_t number) {
+    switch (key.value) {
+        case ProfileValue::kSwitch:
+        case ProfileValue::kReadOnly:
+            setting.*key.field.integer = number;
+            break;
+        case ProfileValue::kPercent:
+        case ProfileValue::kNumber:
+            setting.*key.field.number = static_cast<uint32_t>(number);
+            break;
+        case ProfileValue::kFraction:
+            setting.*key.field.fraction = static_cast<float>(number);
+            break;
+        case ProfileValue::kVersion:
+        case ProfileValue::kText:
+            break;
+    }
 }
 
 /// Applies one line. @return true if it says that the file has the current version.
@@ -81,17 +60,21 @@ bool applyTo(TtsSetting& setting, const std::string& line) {
     if (separator == std::string::npos) {
         return false;
     }
-    const std::string_view key(line.data(), separator);
-    const char* value = line.c_str() + separator + 1;
-    if (key == "version") {
-        return numberIn(value) == setting.mVersion;
+    const std::string_view name(line.data(), separator);
+    const auto* key = std::find_if(std::begin(kProfileKeys), std::end(kProfileKeys),
+                                   [name](const ProfileKey& each) { return each.name == name; });
+    if (key == std::end(kProfileKeys)) {
+        return false;
     }
-    if (key == "lang") {
-        setting.mLang = line.substr(separator + 1);
-    } else {
-        storeNumber(setting, key, numberIn(value));
+    if (key->value == ProfileValue::kText) {
+        setting.*key->field.text = line.substr(separator + 1);
+        return false;
     }
-    return false;
+    const int32_t number = numberIn(line.c_str() + separator + 1);
+    if (isInRange(key->value, static_cast<uint32_t>(number))) {
+        storeNumber(setting, *key, number);
+    }
+    return key->value == ProfileValue::kVersion && number == setting.mVersion;
 }
 
 }  // namespace

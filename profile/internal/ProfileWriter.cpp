@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+#include "profile/internal/ProfileKeys.h"
+
 namespace TTS {
 namespace {
 
@@ -26,29 +28,40 @@ private:
     const locale_t mBefore;
 };
 
-template <typename Number>
-void addNumber(std::string& text, const char* format, const char* key, Number value) {
-    char line[64];  // the longest key and the longest number have half of that
-    const int length = std::snprintf(line, sizeof line, format, key, value);
-    text.append(line, static_cast<size_t>(length));
-}
-
-void add(std::string& text, const char* key, uint32_t value) {
-    addNumber(text, "%s=%u\n", key, value);
-}
-
-void add(std::string& text, const char* key, int32_t value) {
-    addNumber(text, "%s=%d\n", key, value);
-}
-
-void add(std::string& text, const char* key, float value) {
-    addNumber(text, "%s=%g\n", key, static_cast<double>(value));
-}
-
-void addSwitch(std::string& text, const char* key, int32_t value) {
-    if (value == 0 || value == 1) {
-        add(text, key, value);
+void addNumber(std::string& text, const TtsSetting& setting, const ProfileKey& key) {
+    char digits[32];  // the longest number has half of that
+    int length = 0;
+    switch (key.value) {
+        case ProfileValue::kPercent:
+        case ProfileValue::kNumber:
+            length = std::snprintf(digits, sizeof digits, "%u", setting.*key.field.number);
+            break;
+        case ProfileValue::kFraction:
+            length = std::snprintf(digits, sizeof digits, "%g",
+                                   static_cast<double>(setting.*key.field.fraction));
+            break;
+        default:
+            length = std::snprintf(digits, sizeof digits, "%d", setting.*key.field.integer);
     }
+    text.append(digits, static_cast<size_t>(length));
+}
+
+bool isWritten(const TtsSetting& setting, const ProfileKey& key) {
+    if (key.value == ProfileValue::kSwitch) {
+        const int32_t value = setting.*key.field.integer;
+        return value == 0 || value == 1;
+    }
+    return key.value != ProfileValue::kReadOnly;
+}
+
+void addLine(std::string& text, const TtsSetting& setting, const ProfileKey& key) {
+    text.append(key.name).append("=");
+    if (key.value == ProfileValue::kText) {
+        text.append(setting.*key.field.text);
+    } else {
+        addNumber(text, setting, key);
+    }
+    text.append("\n");
 }
 
 }  // namespace
@@ -56,22 +69,11 @@ void addSwitch(std::string& text, const char* key, int32_t value) {
 std::string profileText(const TtsSetting& setting) {
     const ClassicNumbers numbers;
     std::string text = "\n";
-    add(text, "version", setting.mVersion);
-    addSwitch(text, "speed_enable", setting.mSpeedEnable);
-    add(text, "speed", setting.mSpeed);
-    addSwitch(text, "volume_enable", setting.mVolumeEnable);
-    add(text, "volume", setting.mVolume);
-    addSwitch(text, "media_volume_enable", setting.mMediaVolumeEnable);
-    add(text, "media_volume", setting.mMediaVolume);
-    addSwitch(text, "tts_volume_enable", setting.mTtsVolumeEnable);
-    add(text, "tts_volume", setting.mTtsVolume);
-    addSwitch(text, "voice_enable", setting.mVoiceEnable);
-    add(text, "voice", setting.mVoice);
-    addSwitch(text, "pitch_enable", setting.mPitchEnable);
-    add(text, "pitch", setting.mPitch);
-    text.append("lang=").append(setting.mLang).append("\n");
-    addSwitch(text, "verbosity", setting.mVerbosity);
-    addSwitch(text, "enable", setting.mEnable);
+    for (const ProfileKey& key : kProfileKeys) {
+        if (isWritten(setting, key)) {
+            addLine(text, setting, key);
+        }
+    }
     return text.append("\n");
 }
 
