@@ -12,6 +12,7 @@ target_link_libraries(voxtrel-client PUBLIC voxtrel_platform)
 
 list(TRANSFORM VOXTREL_ROOMS PREPEND voxtrel_ OUTPUT_VARIABLE room_objects)
 voxtrel_build_for_size(${room_objects})
+voxtrel_describe_types(${room_objects})
 # But for the stub, which serves each request of each client.
 set_source_files_properties("${PROJECT_SOURCE_DIR}/ipc/BnTextToSpeechFestival.cpp"
   TARGET_DIRECTORY voxtrel_ipc

@@ -46,3 +46,15 @@ function(voxtrel_build_for_size)
       DISABLE_PRECOMPILE_HEADERS ON INTERPROCEDURAL_OPTIMIZATION ${can_optimise_at_link})
   endforeach()
 endfunction()
+
+# voxtrel_describe_types(OBJECTS...)
+#
+# Object libraries whose interface abi/ describes: their debug builds have all that the compiler knows of
+# types, and not only what a backtrace needs.
+function(voxtrel_describe_types)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT VOXTREL_SANITIZE AND NOT VOXTREL_COVERAGE)
+    foreach(objects IN LISTS ARGN)
+      target_compile_options(${objects} PRIVATE "$<$<CONFIG:Debug>:-g>")
+    endforeach()
+  endif()
+endfunction()

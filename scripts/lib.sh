@@ -21,6 +21,7 @@ declare -A PACKAGES=(
     [bench]="libbenchmark-dev libsystemd-dev dbus dbus-daemon valgrind speech-dispatcher libspeechd-dev"
     [coverage]="gcovr"
     [lint]="clang-format-14 clang-tidy-14 cppcheck reuse shellcheck"
+    [abi]="abigail-tools"
     [terminal]="tmux"
     [desktop]="speech-dispatcher"
     [docs]="doxygen"

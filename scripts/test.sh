@@ -9,7 +9,7 @@ STEPS=(debug asan tsan arm gate size form porting board fuzz)
 # Run where --only names them.
 MORE_STEPS=(libcxx)
 LIBCXX_TESTS=(vocabulary_test ipc_test profile_test client_test platform_test)
-declare -A STEP_PACKAGES=([debug]="python desktop" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm" [gate]="bench arm" [size]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
+declare -A STEP_PACKAGES=([debug]="python desktop abi" [asan]="clang bench desktop" [tsan]="clang desktop" [arm]="arm abi" [gate]="bench arm" [size]="arm" [form]="lint clang" [porting]="python desktop" [board]="python desktop arm board" [fuzz]="clang" [libcxx]="clang libcxx")
 
 usage() {
     echo "usage: ./dev test [--only STEP[,STEP...]] [--without STEP[,STEP...]]; the steps: ${STEPS[*]}; by --only alone: ${MORE_STEPS[*]}" >&2
