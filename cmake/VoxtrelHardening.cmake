@@ -17,7 +17,7 @@ if(VOXTREL_HARDENED)
   # Undefined first: a distribution's own flags may have another level, which would be a warning. As an
   # option and not as a definition, since definitions come before those flags.
   target_compile_options(voxtrel_hardened INTERFACE
-    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+    -fstack-protector-strong "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
   target_compile_definitions(voxtrel_hardened INTERFACE _GLIBCXX_ASSERTIONS)
   add_link_options(LINKER:-z,relro LINKER:-z,now)
   # A compiler may link programs at fixed addresses unless it is told otherwise.

@@ -64,6 +64,12 @@ in_clone() { in_root "$DEVELOPER" bash -c 'cd /root/voxtrel && exec env CCACHE_D
 
 speak() { in_clone ./dev speak "$SENTENCE" -o /root/spoken.wav && in_clone scripts/wav_level.sh /root/spoken.wav; }
 
+# Of the project's own build: a distribution's flags, which packages have, promise much of it by themselves.
+are_hardened() {
+    in_clone scripts/hardening_check.sh --where-built build/release/platform/host/voxtrel-servicemanager \
+        build/release/service/voxtreld build/release/tools/voxtrelctl
+}
+
 build_packages() { in_clone ./dev package && in_clone ./dev package "$NEWER_VERSION"; }
 
 try_packages() {
@@ -84,6 +90,7 @@ if ! timed "making bare roots" make_roots; then
     exit 1
 fi
 count "./dev speak" speak
+count "its programs are hardened" are_hardened
 count_all "./dev test --only $STEPS" in_clone ./dev test --only "$STEPS"
 count "./dev package" build_packages
 count_all "the packages" try_packages

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# usage: hardening_check.sh FILE...
+# usage: hardening_check.sh [--where-built] FILE...
 # Says of these programs and shared objects which lack what cmake/VoxtrelHardening.cmake promises, as far
-# as it can be read from them. Needs readelf.
+# as it can be read from them. --where-built: they are not installed, and find their libraries in the build.
+# Needs readelf.
 set -euo pipefail
 
 # lacks WHAT PATTERN TEXT: says so when no line of TEXT matches; what must not be has a '!' before it
@@ -23,8 +24,11 @@ missing_in() {
     lacks "has no read-only relocations" '^ *GNU_RELRO ' "$header"
     lacks "resolves names while it runs" '\((FLAGS|FLAGS_1)\).*\<NOW\>|BIND_NOW' "$header"
     lacks "has an executable stack" '!^ *GNU_STACK .* RWE ' "$header"
-    lacks "finds its libraries by a path of the build" '!\((RPATH|RUNPATH)\).*\[/' "$header"
+    [ -n "$where_built" ] || lacks "finds its libraries by a path of the build" '!\((RPATH|RUNPATH)\).*\[/' "$header"
     lacks "has no checked stack frames" ' __stack_chk_fail(@|$)' "$symbols"
+    if grep -q ' INTERP ' <<<"$header" && grep -q '(NEEDED).*libstdc++' <<<"$header"; then
+        lacks "has a standard library that checks nothing" ' _ZSt21__glibcxx_assert_fail' "$symbols"
+    fi
     # Of these the fortified ones are called whatever the compiler knows, though std::to_string takes the
     # plain one as well; of others nothing need be left to be seen.
     if grep -qE ' v?(as|d|f|s|sn)?printf(@|$)' <<<"$symbols"; then
@@ -32,7 +36,12 @@ missing_in() {
     fi
 }
 
-[ $# -gt 0 ] || { echo "usage: hardening_check.sh FILE..." >&2; exit 2; }
+where_built=
+if [ "${1:-}" = --where-built ]; then
+    where_built=yes
+    shift
+fi
+[ $# -gt 0 ] || { echo "usage: hardening_check.sh [--where-built] FILE..." >&2; exit 2; }
 missing=$(for file in "$@"; do missing_in "$file"; done)
 if [ -n "$missing" ]; then
     printf '%s\n' "$missing" >&2

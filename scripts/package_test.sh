@@ -235,13 +235,16 @@ are_hardened() {
 }
 # The compiler's own flags, turned off.
 build_soft_program() {
-    as_user sh -ec "echo '#include <stdio.h>
-        int main(int argc, char** argv) { return printf(\"%s %d\", argv[0], argc); }' >$work/build/soft.c
-        gcc -O2 -no-pie -fno-stack-protector -U_FORTIFY_SOURCE -Wl,-z,norelro,-z,lazy,-z,execstack \
-            -Wl,-rpath,$work $work/build/soft.c -o $work/build/soft"
+    as_user sh -ec "echo '#include <cstdio>
+        #include <vector>
+        int main(int argc, char** argv) {
+            return printf(\"%s %d\", argv[0], std::vector<int>(8)[argc]);
+        }' >$work/build/soft.cpp
+        g++ -O2 -no-pie -fno-stack-protector -U_FORTIFY_SOURCE -Wl,-z,norelro,-z,lazy,-z,execstack \
+            -Wl,-rpath,$work $work/build/soft.cpp -o $work/build/soft"
 }
 sees_soft_program() {
-    ! as_user "$work/hardening_check.sh" "$work/build/soft" && [ "$(wc -l <"$log")" -eq 7 ]
+    ! as_user "$work/hardening_check.sh" "$work/build/soft" && [ "$(wc -l <"$log")" -eq 8 ]
 }
 
 owner_of() { in_root dpkg-query -S "$1" 2>/dev/null || in_root dpkg-query -S "/usr$1"; }
