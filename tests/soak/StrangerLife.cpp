@@ -34,6 +34,7 @@ StrangerLife::StrangerLife(const std::string& ledger, unsigned seed)
 int StrangerLife::live() {
     obeyOrders([this] { return std::chrono::milliseconds(upTo(300)); }, [this] { act(); });
     std::for_each(mConnections.begin(), mConnections.end(), close);
+    mLedger.exited("stranger", mWasHeard ? 0 : 1);
     mLedger.left();
     confirmEnd();
     return 0;
@@ -51,9 +52,14 @@ void StrangerLife::act() {
         mConnections.erase(mConnections.begin());
     }
     for (const int each : mConnections) {
-        const std::string bytes = anyBytes();
-        (void)!send(each, bytes.data(), bytes.size(), MSG_NOSIGNAL);  // it may have been closed
+        sendTo(each);
     }
+}
+
+void StrangerLife::sendTo(int connection) {
+    const std::string bytes = anyBytes();
+    // It may have been closed.
+    mWasHeard |= send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0;
 }
 
 /// Mostly short, and mostly with small numbers, as what means something has.

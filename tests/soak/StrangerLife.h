@@ -22,12 +22,14 @@ public:
 
 private:
     void act();
+    void sendTo(int connection);
     std::string anyBytes();
     unsigned upTo(unsigned most);
 
     Ledger mLedger;
     std::mt19937 mRandom;
     std::vector<int> mConnections;
+    bool mWasHeard = false;  ///< a packet was taken
 };
 
 }  // namespace soak

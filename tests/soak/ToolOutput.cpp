@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/soak/ToolOutput.h"
 
+#include <nlohmann/json.hpp>
 #include <string>
 
 namespace soak {
@@ -10,8 +11,11 @@ namespace {
 constexpr int kFinished = 1;
 constexpr int kStopped = 2;
 
-bool tellsOf(const std::string& line, const char* event) {
-    return line.rfind(std::string("{\"event\":\"") + event + "\"", 0) == 0;
+/// Empty for a line that tells of none.
+std::string eventOf(const std::string& line) {
+    constexpr bool kThrows = false;
+    const auto parsed = nlohmann::json::parse(line, nullptr, kThrows);
+    return parsed.is_object() ? parsed.value("event", "") : "";
 }
 
 }  // namespace
@@ -20,9 +24,10 @@ void noteEvents(std::istream& output, unsigned run, Ledger& ledger) {
     constexpr uint64_t kOnly = 1;
     bool isSaid = false;
     for (std::string line; std::getline(output, line);) {
-        const bool isFinished = tellsOf(line, "finished");
-        const bool isStopped = tellsOf(line, "stopped");
-        if (!isSaid && (isFinished || isStopped || tellsOf(line, "started"))) {
+        const std::string event = eventOf(line);
+        const bool isFinished = event == "finished";
+        const bool isStopped = event == "stopped";
+        if (!isSaid && (isFinished || isStopped || event == "started")) {
             ledger.said(run, kOnly);
             isSaid = true;
         }
