@@ -187,7 +187,7 @@ def document(package: Package, bill: Bill) -> str:
 def main(build_folder: str, version: str, *trees: str) -> None:
     debian, build = Debian(), Build(build_folder)
     packages = {}
-    for name, folder in (tree.split("=") for tree in trees):
+    for name, folder in (tree.split("=", 1) for tree in trees):
         packages[Path(folder)] = Package(name, version, debian.architecture, True)
     ours: Ours = {}
     for tree, package in packages.items():
