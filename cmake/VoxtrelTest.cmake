@@ -48,7 +48,7 @@ function(voxtrel_test name)
     set(environment "suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:${reports}")
     set(environment "TSAN_OPTIONS=${environment}:atexit_sleep_ms=50:die_after_fork=0")
   elseif(VOXTREL_SANITIZE MATCHES "address")
-    set(environment "ASAN_OPTIONS=${reports}" "UBSAN_OPTIONS=${reports}")
+    set(environment "ASAN_OPTIONS=detect_stack_use_after_return=1:${reports}" "UBSAN_OPTIONS=${reports}")
   endif()
 
   string(JOIN ":" together ${TEST_TOGETHER})

@@ -153,6 +153,7 @@ protected:
 
     static constexpr uid_t kKeeper = 1003;
 
+    Script mScript;  // of what the registry holds
     std::vector<std::string> mLines;
     const sp<Registry> mRegistry = new Registry(
         [this](LogLevel level, const std::string& line) {
@@ -250,17 +251,16 @@ TEST_F(TheRegistry, GivesAnotherUserHalfOfTheNames) {
         }
         return added;
     };
-    Script script;
     const int64_t own = geteuid();
     const int64_t other = own + 1;
     actAs(own, 6);
-    EXPECT_EQ(OK, add("own", importNode(script)));
+    EXPECT_EQ(OK, add("own", importNode(mScript)));
     actAs(other, 7);
     EXPECT_EQ(kHalf, addMany("other", kHalf + 1));
     actAs(other, 8);
     EXPECT_EQ(android::NO_MEMORY, add("more", mService));
     EXPECT_EQ(OK, add("other7", mService)) << "it has this one already";
-    script.dead = true;
+    mScript.dead = true;
     EXPECT_EQ(android::NO_MEMORY, add("own", mService)) << "which is free";
     actAs(own + 2, 9);
     EXPECT_EQ(10, addMany("third", 10));
@@ -270,8 +270,7 @@ TEST_F(TheRegistry, GivesAnotherUserHalfOfTheNames) {
 }
 
 TEST_F(TheRegistry, GivesALivingServicesNameOnlyToTheSameUser) {
-    Script script;
-    const sp<IBinder> first = importNode(script);
+    const sp<IBinder> first = importNode(mScript);
     actAs(1000, 7);
     EXPECT_EQ(OK, add("a", first));
     actAs(1001, 8);
@@ -281,21 +280,19 @@ TEST_F(TheRegistry, GivesALivingServicesNameOnlyToTheSameUser) {
     EXPECT_EQ(OK, add("a", mService));
     EXPECT_TRUE(mRegistry->getService(String16("a")) == mService);
     EXPECT_EQ("replaced a (process 9, user 1000)", mLines.back());
-    EXPECT_FALSE(script.watched) << "the old link is taken back";
+    EXPECT_FALSE(mScript.watched) << "the old link is taken back";
 }
 
 TEST_F(TheRegistry, GivesADeadServicesNameToAnybody) {
-    Script script;
     actAs(1000, 7);
-    EXPECT_EQ(OK, add("a", importNode(script)));
-    script.dead = true;
+    EXPECT_EQ(OK, add("a", importNode(mScript)));
+    mScript.dead = true;
     actAs(1001, 8);
     EXPECT_EQ(OK, add("a", mService));
 }
 
 TEST_F(TheRegistry, ForgetsAServiceThatDies) {
-    Script script;
-    const sp<BpBinder> service = importNode(script);
+    const sp<BpBinder> service = importNode(mScript);
     actAs(1000, 7);
     EXPECT_EQ(OK, add("a", service));
     service->reportDeath();
@@ -304,12 +301,11 @@ TEST_F(TheRegistry, ForgetsAServiceThatDies) {
 }
 
 TEST_F(TheRegistry, DoesNotGiveOutAServiceWhoseDeathItHasNotBeenToldOfYet) {
-    Script script;
-    const sp<BpBinder> service = importNode(script);
+    const sp<BpBinder> service = importNode(mScript);
     actAs(1000, 7);
     EXPECT_EQ(OK, add("a", service));
     EXPECT_TRUE(mRegistry->getService(String16("a")) == service);
-    script.dead = true;
+    mScript.dead = true;
     EXPECT_TRUE(mRegistry->getService(String16("a")) == nullptr);
     const std::string removed = "removed a: process 7 has died";
     EXPECT_EQ(removed, mLines.back());
@@ -320,9 +316,8 @@ TEST_F(TheRegistry, DoesNotGiveOutAServiceWhoseDeathItHasNotBeenToldOfYet) {
 }
 
 TEST_F(TheRegistry, RefusesAServiceThatIsDeadAlready) {
-    Script script;
-    script.dead = true;
-    EXPECT_EQ(DEAD_OBJECT, add("a", importNode(script)));
+    mScript.dead = true;
+    EXPECT_EQ(DEAD_OBJECT, add("a", importNode(mScript)));
     EXPECT_EQ(0U, mRegistry->listServices().size());
 }
 
