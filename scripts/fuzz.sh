@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # usage: fuzz.sh BUILD_DIR SECONDS [TARGET...]. Runs fuzz targets, or all, for that long each, as many
-# side by side as there are processors; finds are kept beside them. Closes with a table.
+# side by side as there are processors; finds are kept beside them. Closes with a table. A find fails,
+# and so does a target that has not run at all.
 set -euo pipefail
 build=$1
 seconds=$2
@@ -27,18 +28,30 @@ run_target() {
     echo "$status" >"$target.status"
 }
 
-# stat_of LOG NAME: one of libFuzzer's closing figures
-stat_of() { sed -n "s/^stat::$2: *//p" "$1" | tail -n 1; }
+# stat_of LOG NAME: one of libFuzzer's closing figures, or 0
+stat_of() {
+    local figure
+    figure=$(sed -n "s/^stat::$2: *//p" "$1" | tail -n 1)
+    echo "${figure:-0}"
+}
+
+# What is wrong with a run, if anything is.
+trouble_of() {
+    if [ "$(cat "$1.status")" -ne 0 ]; then
+        echo "failed; its input is beside it: $1.*"
+    elif [ "$(stat_of "$1.log" number_of_executed_units)" -eq 0 ]; then
+        echo "has not run a single input"
+    fi
+}
 
 # One row of the table.
 report() {
     local target=$1 finds=0 coverage
-    coverage=$(grep -aoE 'cov: [0-9]+' "$target.log" | tail -n 1 | cut -d ' ' -f 2)
+    coverage=$(grep -aoE 'cov: [0-9]+' "$target.log" | tail -n 1 | cut -d ' ' -f 2) || true
     [ "$(cat "$target.status")" -eq 0 ] || finds=1
     printf '%-16s %10s %8s %9s %6s\n' "$(basename "$target")" \
         "$(stat_of "$target.log" number_of_executed_units)" \
         "$(stat_of "$target.log" average_exec_per_sec)" "${coverage:-0}" "$finds"
-    [ "$finds" -eq 0 ]
 }
 
 [ $# -gt 0 ] || set -- '*_fuzz'
@@ -52,15 +65,17 @@ for target in "${targets[@]}"; do
 done
 wait
 
-status=0
 printf '%-16s %10s %8s %9s %6s\n' target runs runs/s coverage finds
 for target in "${targets[@]}"; do
-    report "$target" || status=1
+    report "$target"
 done
+status=0
 for target in "${targets[@]}"; do
-    if [ "$(cat "$target.status")" -ne 0 ]; then
-        printf '\n%s failed; its input is beside it: %s.*\n' "$(basename "$target")" "$target"
+    trouble=$(trouble_of "$target")
+    if [ -n "$trouble" ]; then
+        printf '\n%s %s\n' "$(basename "$target")" "$trouble"
         tail -n 40 "$target.log"
+        status=1
     fi
 done
 exit "$status"
