@@ -2,9 +2,9 @@
 // Any reply to any operation of the service proxy. The first byte picks the operation, the rest is
 // the reply.
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 
+#include "fuzz/Input.h"
 #include "ipc/BpTextToSpeechFestival.h"
 #include "tests/support/RecordingRemote.h"
 
@@ -12,12 +12,7 @@ namespace {
 
 using android::sp;
 using TTS::BpTextToSpeechFestival;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
+using voxtrel_fuzz::require;
 
 void fetchCapabilities(BpTextToSpeechFestival& proxy, size_t replySize) {
     TTS::Capabilities caps;

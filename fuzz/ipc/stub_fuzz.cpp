@@ -5,11 +5,11 @@
 // a buffer are dangerous only where the data backs them, and the fuzzer favours short inputs.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <vector>
 
+#include "fuzz/Input.h"
 #include "ipc/BnTextToSpeechFestival.h"
 #include "ipc/Callback.h"
 #include "tests/support/RecordingService.h"
@@ -18,12 +18,7 @@ namespace {
 
 using android::Parcel;
 using android::sp;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
+using voxtrel_fuzz::require;
 
 /// Reads all that it is given, so that the sanitizers see where a pointer leads.
 class CarefulService : public support::RecordingService {

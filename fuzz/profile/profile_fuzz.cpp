@@ -6,9 +6,9 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
+#include "fuzz/Input.h"
 #include "profile/TtsSetting.h"
 #include "tests/support/TempFolder.h"
 
@@ -19,12 +19,7 @@ extern "C" int system(const char*) {
 namespace {
 
 using TTS::TtsSetting;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
+using voxtrel_fuzz::require;
 
 /// A file in memory, and a name of choice by which it can be opened.
 class MemoryFile {
