@@ -31,8 +31,9 @@ void count(int change) {
     callbacks().changed.notify_all();
 }
 
-bool isAboutSpeech(const Notice& notice) {
-    return notice.event != TTS::EVENT_STATE;
+/// Whether a request without a status is refused is the policy's affair.
+bool isOfPolicy(const Notice& notice) {
+    return notice.event == TTS::EVENT_STATE && notice.second == TTS::STATE_REFUSED;
 }
 
 }  // namespace
@@ -194,6 +195,12 @@ void Clients::expect(uint32_t pid, const Notice& notice) {
     }
 }
 
+void Clients::expectAll(const Notice& notice) {
+    for (auto& [pid, member] : mMembers) {
+        member.expected.push_back(notice);
+    }
+}
+
 void Clients::requireAllEnded() const {
     for (const auto& [pid, speech] : mSpeech) {
         require(std::all_of(speech.accepted.begin(), speech.accepted.end(),
@@ -206,7 +213,7 @@ void Clients::requireAllToldOf() const {
         std::vector<Notice> got;
         for (const Notice& notice : member.journal->read()) {
             require(notice.event >= TTS::EVENT_STARTED && notice.event <= TTS::EVENT_MARK);
-            if (isAboutSpeech(notice)) {
+            if (!isOfPolicy(notice)) {
                 got.push_back(notice);
             }
         }

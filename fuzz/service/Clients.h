@@ -92,6 +92,10 @@ public:
     /// The speech thread tells of an accepted utterance.
     void told(uint32_t pid, const Notice& notice);
 
+    /// It is told that next, if it is a client.
+    void expect(uint32_t pid, const Notice& notice);
+    void expectAll(const Notice& notice);
+
     /// At the end of all speech, when all events were sent.
     void requireAllEnded() const;
     void requireAllToldOf() const;
@@ -112,7 +116,6 @@ private:
         bool isFirstStarted = false;
     };
 
-    void expect(uint32_t pid, const Notice& notice);
     static void started(Speech& speech, uint32_t id);
 
     std::map<uint32_t, Member> mMembers;

@@ -2,7 +2,6 @@
 #include "fuzz/service/Scene.h"
 
 #include <array>
-#include <cstdio>
 #include <cstring>
 
 #include "service/Speaker.h"
@@ -50,6 +49,7 @@ bool isWord(const std::string& text, size_t at) {
 
 Scene::Scene(const std::string& profile, Input& input) : mInput(input), mProfilePath(profile) {
     newService();
+    mSettings = allSettings();
 }
 
 void Scene::newService() {
@@ -64,8 +64,7 @@ void Scene::newService() {
 
 void Scene::run() {
     if (mInput.below(8) != 7) {
-        mService->announceVoices(voices());
-        mHasVoices = true;
+        announceVoices();
     }
     Mixer mixer(nullptr);
     feedTheQueue();
@@ -82,6 +81,13 @@ void Scene::run() {
     requireSettingsSurvive();
     mService = nullptr;
     RemoteCallback::waitUntilGone();
+}
+
+void Scene::announceVoices() {
+    mService->announceVoices(voices());
+    mHasVoices = true;
+    mSettings = allSettings();
+    mClients.expectAll({EVENT_STATE, STATE_READY, 1});
 }
 
 bool Scene::load(std::string&) {
@@ -257,8 +263,7 @@ void Scene::setting(unsigned kind) {
                 mClients.callbackOf(mNamed)->refuseNext(mFailures % 2);
             }
             if (!mHasVoices) {
-                mService->announceVoices(voices());
-                mHasVoices = true;
+                announceVoices();
             }
     }
 }
@@ -282,7 +287,7 @@ void Scene::join() {
     } else if (status == STATUS_BAD_PARAMETER) {
         require(isDead);
         mClients.died(mNamed);
-        mLockOwner = mLockOwner == mNamed ? 0 : mLockOwner;
+        freeLockOf(mNamed);
     }
 }
 
@@ -291,7 +296,7 @@ void Scene::die() {
     if (callback != nullptr) {
         callback->die();
         mClients.died(mNamed);
-        mLockOwner = mLockOwner == mNamed ? 0 : mLockOwner;
+        freeLockOf(mNamed);
     }
 }
 
@@ -345,12 +350,32 @@ void Scene::judge(uint32_t code, uint32_t pid, uint32_t id, int status) {
         require(status != STATUS_OK || !isLockedOut);
     } else if (code == transaction::kDeregisterCallback.code && status == STATUS_OK) {
         mClients.left(pid);
-        mLockOwner = mLockOwner == pid ? 0 : mLockOwner;
+        freeLockOf(pid);
     } else if (code == transaction::kLock.code && status >= STATUS_OK) {
         require(!isLockedOut && mClients.contains(pid));
-        mLockOwner = pid;
+        setLockOwner(pid);
     } else if (code == transaction::kUnlock.code && status == STATUS_OK) {
-        mLockOwner = 0;
+        setLockOwner(0);
+    }
+    judgeChange(code, id, status);
+    if (isLockedOut && status == STATUS_LOCKED &&
+        (code == transaction::kLock.code || code == transaction::kStopAndFlush.code)) {
+        const uint32_t sender = mCaller.pid != 0 ? mCaller.pid : pid;
+        mClients.expect(sender, {EVENT_STATE, STATE_LOCK, mLockOwner});
+    }
+}
+
+/// Everybody is told who has it.
+void Scene::setLockOwner(uint32_t pid) {
+    if (mLockOwner != pid) {
+        mLockOwner = pid;
+        mClients.expectAll({EVENT_STATE, STATE_LOCK, pid});
+    }
+}
+
+void Scene::freeLockOf(uint32_t pid) {
+    if (mLockOwner == pid) {
+        setLockOwner(0);
     }
 }
 
@@ -366,40 +391,6 @@ void Scene::judgeSpeech(uint32_t pid, uint32_t id, int status) {
 void Scene::requireRightLock() {
     require(mService->locked() == (mLockOwner != 0));
     require(mLockOwner == 0 || mClients.contains(mLockOwner));
-}
-
-/// A number as a profile has it: with six digits.
-std::string Scene::settingOf(VOXTRELAPI_GCONF key) const {
-    Parcel request;
-    Parcel reply;
-    request.writeUint32(mCaller.pid);
-    request.writeInt32(key);
-    request.setDataPosition(0);
-    require(mService->onTransact(transaction::kGlobalConfig.code, request, &reply, 0) ==
-            android::OK);
-    if (key != GCONF_PITCH && key != GCONF_VOLUME) {
-        return {reinterpret_cast<const char*>(reply.data()), reply.dataSize()};
-    }
-    reply.setDataPosition(0);
-    char text[32];
-    (void)std::snprintf(text, sizeof text, "%g", static_cast<double>(reply.readFloat()));
-    return text;
-}
-
-std::string Scene::allSettings() const {
-    std::string all = std::to_string(mService->verbosity()) + (mService->enabled() ? "+" : "-");
-    for (int key = GCONF_SPEED; key <= GCONF_LANGUAGE; ++key) {
-        all += settingOf(static_cast<VOXTRELAPI_GCONF>(key));
-    }
-    return all;
-}
-
-/// What one service has kept, the next one has.
-void Scene::requireSettingsSurvive() {
-    mCaller = {kFirstPid, kOwnUser};
-    const std::string before = allSettings();
-    newService();
-    require(allSettings() == before);
 }
 
 }  // namespace voxtrel_fuzz

@@ -57,10 +57,18 @@ private:
     void judge(uint32_t code, uint32_t pid, uint32_t id, int status);
     void judgeSpeech(uint32_t pid, uint32_t id, int status);
     void requireRightLock();
-    void requireSettingsSurvive();
+    void setLockOwner(uint32_t pid);
+    void freeLockOf(uint32_t pid);
+    void announceVoices();
     void newService();
-    std::string settingOf(VOXTRELAPI_GCONF key) const;
-    std::string allSettings() const;
+
+    // What all clients share (SceneSettings.cpp).
+    void judgeChange(uint32_t code, uint32_t key, int status);
+    Notice changeBy(uint32_t code, uint32_t key);
+    void requireSettingsSurvive();
+    uint32_t eventValue(uint32_t key);
+    std::string answerTo(TTS::Transaction transaction, uint32_t key);
+    std::string allSettings(int digits = 9);  ///< of a fraction: so many tell all of them apart
 
     Input& mInput;
     const std::string mProfilePath;
@@ -72,6 +80,7 @@ private:
     uint32_t mNamed = 0;  ///< the process id that the next request gives
     uint32_t mLastId = 0;
     uint32_t mLockOwner = 0;
+    std::string mSettings;  ///< what they were after the last change
     bool mHasVoices = false;
     unsigned mFailures = 0;  ///< operations of engine and sink that are to fail
     bool mIsClosed = false;
