@@ -7,13 +7,19 @@ build=$1
 seconds=$2
 shift 2
 
-# The targets that are asked for.
+# The programs of the targets that are asked for.
 list_targets() {
-    local target found
-    for target in "$@"; do
-        found=$(find "$build/fuzz" -maxdepth 2 -type f -name "$target" -perm -u+x | sort)
-        [ -n "$found" ] || { echo "no fuzz target '$target' in $build" >&2; return 1; }
-        printf '%s\n' "$found"
+    local pattern program found
+    for pattern in "$@"; do
+        found=
+        while read -r program; do
+            # shellcheck disable=SC2053 # a pattern
+            if [[ $(basename "$program") == $pattern ]]; then
+                found=yes
+                printf '%s\n' "$program"
+            fi
+        done <"$build/fuzz/targets"
+        [ -n "$found" ] || { echo "no fuzz target '$pattern' in $build" >&2; return 1; }
     done
 }
 

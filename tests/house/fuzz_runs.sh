@@ -11,6 +11,7 @@ target() {
     printf '#!/bin/sh\n[ -z "%s" ] || echo "stat::number_of_executed_units: %s" >&2\nexit %s\n' \
         "$3" "$3" "$2" >"$folder/fuzz/room/$1"
     chmod +x "$folder/fuzz/room/$1"
+    echo "$folder/fuzz/room/$1" >>"$folder/fuzz/targets"
 }
 
 # expect STATUS TEXT TARGET
@@ -34,3 +35,5 @@ expect 1 'silent_fuzz has not run a single input' silent_fuzz
 expect 1 'failing_fuzz failed; its input is beside it' failing_fuzz
 expect 1 'idle_fuzz has not run a single input' '*_fuzz'
 expect 1 "no fuzz target 'missing_fuzz'" missing_fuzz
+rm "$folder/fuzz/room/good_fuzz"
+expect 1 'good_fuzz failed' good_fuzz
