@@ -82,6 +82,22 @@ def tree_files():
     return [name for name in listed.split("\0") if name and (ROOT / name).is_file()]
 
 
+def copy_tree(tree):
+    """Makes `tree` a copy of this one; what is the same there keeps its time. What git ignores, such
+    as builds, is left alone."""
+    wanted = set(tree_files())
+    for old in tree.rglob("*"):
+        name = str(old.relative_to(tree))
+        if old.is_file() and name not in wanted and not name.startswith("build/"):
+            old.unlink()
+    for name in wanted:
+        source, copy = ROOT / name, tree / name
+        if not copy.is_file() or copy.read_bytes() != source.read_bytes():
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            copy.write_bytes(source.read_bytes())
+            copy.chmod(source.stat().st_mode)
+
+
 class Workshop:
     """A private copy of the tree, its build, and what its tests need when nothing is wrong."""
 
@@ -93,7 +109,7 @@ class Workshop:
         self.environment = {**os.environ, "CCACHE_BASEDIR": str(WORK / str(number))}
 
     def prepare(self, programs):
-        self._copy_tree()
+        copy_tree(self.tree)
         cache = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
                  "-DVOXTREL_BUILD_PROGRAMS=OFF"]
         self._run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", *cache])
@@ -104,18 +120,6 @@ class Workshop:
             self.seconds[program] = time.monotonic() - started
             if failed:
                 raise Trouble(f"{program} fails without any fault: {failed}")
-
-    def _copy_tree(self):
-        wanted = set(tree_files())
-        for old in self.tree.rglob("*"):
-            if old.is_file() and str(old.relative_to(self.tree)) not in wanted:
-                old.unlink()
-        for name in wanted:
-            source, copy = ROOT / name, self.tree / name
-            if not copy.is_file() or copy.read_bytes() != source.read_bytes():
-                copy.parent.mkdir(parents=True, exist_ok=True)
-                copy.write_bytes(source.read_bytes())
-                copy.chmod(source.stat().st_mode)
 
     def try_fault(self, fault):
         """Returns the test that notices the fault, "" if none does, or None if it does not build."""
