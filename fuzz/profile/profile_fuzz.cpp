@@ -12,10 +12,6 @@
 #include "profile/TtsSetting.h"
 #include "tests/support/TempFolder.h"
 
-extern "C" int system(const char*) {
-    return 0;  // thousands of profiles a second are no reason to sync the disks
-}
-
 namespace {
 
 using TTS::TtsSetting;

@@ -9,11 +9,6 @@
 #include "fuzz/service/Scene.h"
 #include "tests/support/TempFolder.h"
 
-// Thousands of profiles a second are no reason to sync the disks.
-extern "C" int system(const char*) {
-    return 0;
-}
-
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
 }

@@ -16,14 +16,6 @@
 #include "tests/support/TempFolder.h"
 #include "voxtrel/ProfileFile.h"
 
-// Thousands of profiles a second are no reason to sync the disks.
-extern "C" int system(const char*) {
-    return 0;
-}
-extern "C" int fsync(int) {
-    return 0;
-}
-
 namespace {
 
 using TTS::TtsSetting;
