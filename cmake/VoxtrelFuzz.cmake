@@ -2,8 +2,8 @@
 #
 # One libFuzzer target (name it ..._fuzz: `./dev fuzz` runs what is called so). The rooms under test
 # are instrumented for it, so that the fuzzer sees which of their branches an input reaches. SEEDS,
-# what GOLDEN makes out of the golden dumps of the wire, and the inputs kept in fuzz/corpus are put
-# into the corpus that `./dev fuzz` keeps beside the program.
+# what GOLDEN makes out of the golden dumps of the wire, and what `./dev fuzz --keep` has kept in
+# fuzz/corpus are put into the corpus that `./dev fuzz` has beside the program.
 function(voxtrel_fuzz name)
   cmake_parse_arguments(FUZZ "GOLDEN" "SEEDS" "SOURCES;ROOMS;LINK" ${ARGN})
   add_executable(${name} ${FUZZ_SOURCES})
@@ -29,6 +29,7 @@ function(voxtrel_fuzz name)
   endif()
   set(kept "${PROJECT_SOURCE_DIR}/fuzz/corpus/${name}.tar.gz")
   if(EXISTS "${kept}")
+    set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${kept}") # a new one is unpacked
     add_custom_command(TARGET ${name} POST_BUILD COMMAND "${CMAKE_COMMAND}" -E chdir "${corpus}"
                        "${CMAKE_COMMAND}" -E tar xzf "${kept}")
   endif()
