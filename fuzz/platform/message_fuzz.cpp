@@ -10,11 +10,11 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "binder/Parcel.h"
+#include "fuzz/Input.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
 #include "socket/SocketRuntime.h"
@@ -24,6 +24,7 @@ namespace {
 
 using android::Parcel;
 using namespace android::transport;
+using voxtrel_fuzz::require;
 
 const uint8_t kBytes[64] = {};
 
@@ -118,12 +119,22 @@ Received receiveShort(const Fd& socket, unsigned left, Parcel& parcel, Envelope&
     return receiveMessage(socket, false, parcel, envelope);
 }
 
+// Of a packet that was accepted: its binders stand in its payload, one behind the other.
+void requireSound(const uint8_t* data, size_t size, const Layout& layout) {
+    require(layout.records + layout.header.objectCount * sizeof(ObjectRecord) == size);
+    uint64_t free = 0;
+    for (size_t i = 0; i < layout.header.objectCount; ++i) {
+        const uint64_t offset = recordAt(data, layout, i).offset;
+        require(offset >= free && offset + kBinderBytes <= layout.header.payloadSize);
+        free = offset + kBinderBytes;
+    }
+}
+
 void run(const uint8_t* data, size_t size, uint8_t choice) {
     const std::vector<Fd> fds = descriptors(choice);
     Layout layout;
-    if (decode(data, size, fds.size(), &layout) &&
-        layout.records + layout.header.objectCount * sizeof(ObjectRecord) != size) {
-        std::abort();
+    if (decode(data, size, fds.size(), &layout)) {
+        requireSound(data, size, layout);
     }
     const SocketPair pair = makeSocketPair();
     if (size == 0 || !sendRaw(pair.held, data, size, fds)) {
@@ -136,9 +147,7 @@ void run(const uint8_t* data, size_t size, uint8_t choice) {
     const Received received = plenty
                                   ? receiveMessage(pair.served, false, parcel, envelope)
                                   : receiveShort(pair.served, (choice >> 3) & 3U, parcel, envelope);
-    if (received == Received::OutOfDescriptors && (plenty || envelope.fdCount() != 0)) {
-        std::abort();
-    }
+    require(received != Received::OutOfDescriptors || (!plenty && envelope.fdCount() == 0));
     if (received == Received::Message && runtime().importBinders(envelope, parcel)) {
         readEverything(parcel);
     }
@@ -173,8 +182,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     run(data + 1, size - 1, data[0]);
     runAsReply(data + 1, size - 1, data[0], false);
     runAsReply(data + 1, size - 1, data[0], true);
-    if (lowestFree() != before) {
-        std::abort();
-    }
+    require(lowestFree() == before);
     return 0;
 }
