@@ -45,7 +45,36 @@ def service_seed(code, request, _reply):
     return joined + bytes([14, 0, code, len(body)]) + body + bytes(16)
 
 
-MAKERS = {"stub_fuzz": stub_seed, "proxy_fuzz": proxy_seed, "service_fuzz": service_seed}
+# What a client does to ask for it, as fuzz/client reads that; behind it come the requests.
+OPERATIONS = {
+    1: [6, 2, 72, 105, 7], 2: [7, 7], 3: [8, 7], 5: [9, 0, 1], 10: [9, 1, 1], 13: [14, 0],
+    14: [14, 10, 3, 0], 19: [14, 1], 20: [14, 2], 22: [9, 3, 0], 24: [1], 25: [11, 7], 26: [11, 8],
+    27: [14, 3],
+}
+SENSE = [0, 0]  # a request is answered with sense, and nothing happens meanwhile
+
+
+def client_seed(code, request, reply):
+    """A client that has joined a service of its own process and holds the lock asks once."""
+    joined = [0, 1, 0, 0] + 2 * SENSE + [1, 11, 7] + SENSE
+    answer = [5, len(reply), *reply, 0]
+    if code == 21:
+        operation = [14, 10, request[4], 1]
+    elif code == 12:
+        text = [2, 101, 110] if request[4] == 14 else []
+        operation = [14, 9, request[4], 0, 0, 0, 100, *text]
+        operation += SENSE if request[4] in (2, 4, 6, 8, 10, 12) else []  # is it switched on?
+    elif code == 28:  # another client joins
+        renewed = [1, 2, 1, 0, 1, 0]
+        return bytes(joined + renewed + SENSE + answer)
+    else:
+        operation = OPERATIONS.get(code, [14, 3])
+        operation += SENSE if code in (1, 2, 3) else []  # is speech switched on?
+    return bytes(joined + [1] + operation + answer)
+
+
+MAKERS = {"stub_fuzz": stub_seed, "proxy_fuzz": proxy_seed, "service_fuzz": service_seed,
+          "client_fuzz": client_seed}
 
 
 def main():
