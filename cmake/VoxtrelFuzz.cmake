@@ -1,16 +1,14 @@
 # voxtrel_fuzz(NAME SOURCES file... ROOMS room... [LINK target...] [SEEDS folder] [GOLDEN])
 #
-# One libFuzzer target (name it ..._fuzz: `./dev fuzz` runs what is called so). The rooms under test
-# are instrumented for it, so that the fuzzer sees which of their branches an input reaches. SEEDS,
-# what GOLDEN makes out of the golden dumps of the wire, and what `./dev fuzz --keep` has kept in
-# fuzz/corpus are put into the corpus that `./dev fuzz` has beside the program.
+# One libFuzzer target of the object libraries voxtrel_ROOM; name it ..._fuzz. SEEDS, what GOLDEN makes
+# out of the golden dumps of the wire, and what `./dev fuzz --keep` has kept in fuzz/corpus are put into
+# the corpus that `./dev fuzz` has beside the program.
 function(voxtrel_fuzz name)
   cmake_parse_arguments(FUZZ "GOLDEN" "SEEDS" "SOURCES;ROOMS;LINK" ${ARGN})
   add_executable(${name} ${FUZZ_SOURCES})
   add_dependencies(fuzzers ${name})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   foreach(room IN LISTS FUZZ_ROOMS)
-    target_compile_options(voxtrel_${room} PRIVATE -fsanitize=fuzzer-no-link)
     target_link_libraries(${name} PRIVATE voxtrel_${room})
   endforeach()
   target_link_libraries(${name} PRIVATE ${FUZZ_LINK} voxtrel_warnings)
@@ -42,4 +40,5 @@ function(voxtrel_fuzzed_part name)
   add_library(voxtrel_${name} OBJECT ${ARGN})
   target_include_directories(voxtrel_${name} PUBLIC "${PROJECT_SOURCE_DIR}")
   target_link_libraries(voxtrel_${name} PRIVATE voxtrel_warnings)
+  target_precompile_headers(voxtrel_${name} REUSE_FROM voxtrel_standard_header)
 endfunction()

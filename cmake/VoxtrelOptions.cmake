@@ -39,6 +39,11 @@ include(VoxtrelPrograms)
 include(VoxtrelTestPackages)
 
 # Instrumentation must cover every object of a program, so it is the one thing set for all targets.
+if(VOXTREL_BUILD_FUZZERS)
+  # The fuzzer sees which branches an input reaches; everything alike, so that it can share the
+  # precompiled headers.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 if(VOXTREL_SANITIZE)
   add_compile_options("-fsanitize=${VOXTREL_SANITIZE}" -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)

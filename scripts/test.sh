@@ -113,7 +113,7 @@ size_step() {
     grep '^figure ' build/size.log
 }
 
-fuzz_step() { build_preset fuzz --target fuzzers && scripts/fuzz.sh build/fuzz 4; }
+fuzz_step() { build_preset fuzz --target fuzzers && scripts/fuzz.sh build/fuzz 2; }
 
 run_step() {
     say_step "$1"
