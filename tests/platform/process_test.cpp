@@ -15,6 +15,7 @@
 #include <string>
 #include <system_error>
 
+#include "support/Log.h"
 #include "tests/platform/ProbeTest.h"
 
 namespace {
@@ -258,6 +259,22 @@ TEST(TheCommonLibrary, PrintsUpToTheLevelThatTheEnvironmentSets) {
     EXPECT_EQ("filter fr_FR.none", chosen.readLine());
     unsetenv("VOXTREL_LOG_LEVEL");
     unsetenv("VOXTREL_LANGUAGE_WITH_VOICES");
+}
+
+const voxtrel_test::Role kWarner("warner", [](const voxtrel_test::Arguments&) {
+    dup2(STDOUT_FILENO, STDERR_FILENO);
+    android::transport::logLimited("a warning");
+    android::transport::logLine("why it ends");
+    return 0;
+});
+
+TEST(TheRuntime, WritesNoWarningWhereErrorsAloneAreAskedFor) {
+    setenv("VOXTREL_LOG_LEVEL", "-1", 1);
+    ChildProcess quiet = ChildProcess::asRole("warner");
+    EXPECT_NE(std::string::npos, quiet.readLine().find("why it ends"));
+    unsetenv("VOXTREL_LOG_LEVEL");
+    ChildProcess usual = ChildProcess::asRole("warner");
+    EXPECT_NE(std::string::npos, usual.readLine().find("a warning"));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
+#include <new>
 #include <utility>
 
 namespace android::transport {
@@ -62,7 +63,7 @@ bool waitForRoom(std::chrono::milliseconds timeout) {
         ready =
             poll(&error, 1, static_cast<int>(std::max(left, std::chrono::milliseconds(0)).count()));
     }
-    return ready > 0;
+    return ready != 0;  // the write, which does not wait either, finds out what is wrong
 }
 
 // Another thread or process may have filled the room since it was looked for; files never do.
@@ -162,14 +163,25 @@ void LineLog::put(const std::string& name, const std::string& line, LogLevel lev
 void logLine(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    gLog.write(runtimeName(), formatted(format, arguments));
+    try {
+        gLog.write(runtimeName(), formatted(format, arguments));
+    } catch (const std::bad_alloc&) {
+        // Without memory the line is lost, and nothing else is.
+    }
     va_end(arguments);
 }
 
 void logLimited(const char* format, ...) {
+    if (logThreshold() < static_cast<int>(LogLevel::Warning)) {
+        return;
+    }
     va_list arguments;
     va_start(arguments, format);
-    gLog.writeLimited(runtimeName(), formatted(format, arguments));
+    try {
+        gLog.writeLimited(runtimeName(), formatted(format, arguments));
+    } catch (const std::bad_alloc&) {
+        // As above.
+    }
     va_end(arguments);
 }
 

@@ -14,8 +14,8 @@ namespace android::transport {
 /// One line of the runtime on standard error, with the program's process id in front.
 void logLine(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// The same for events that others can cause again and again: a few lines a second, with the number
-/// of those that were dropped.
+/// The same for warnings of what others can cause again and again: a few lines a second, with the
+/// number of those that were dropped, and none where $VOXTREL_LOG_LEVEL asks for errors alone.
 void logLimited(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /// Limits the lines a period. Called on: one thread at a time.

@@ -22,6 +22,14 @@ bool isJournal() {
 
 }  // namespace
 
+int logThreshold() {
+    static const int level = [] {
+        const char* text = std::getenv("VOXTREL_LOG_LEVEL");  // NOLINT(concurrency-mt-unsafe): once
+        return text != nullptr ? static_cast<int>(std::strtol(text, nullptr, 10)) : 0;
+    }();
+    return level;
+}
+
 const char* journalPrefix(LogLevel level) {
     static const bool journal = isJournal();
     if (!journal) {

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 #include "support/Log.h"
@@ -17,12 +18,6 @@ android::transport::LineLog gLog;
 const char* environment(const char* name, const char* otherwise) {
     const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): read while loading
     return value != nullptr ? value : otherwise;
-}
-
-int threshold() {
-    static const int level =
-        static_cast<int>(std::strtol(environment("VOXTREL_LOG_LEVEL", "0"), nullptr, 10));
-    return level;
 }
 
 android::transport::LogLevel clamped(int level) {
@@ -49,12 +44,15 @@ std::string formatted(const char* format, va_list arguments) {
 const char* INI_LANGUAGE_WITH_VOICES = environment("VOXTREL_LANGUAGE_WITH_VOICES", "");
 
 void dbgPrint(int level, const char* fmt, ...) {
-    if (level > threshold()) {
+    if (level > android::transport::logThreshold()) {
         return;
     }
     va_list arguments;
     va_start(arguments, fmt);
-    const std::string text = formatted(fmt, arguments);
+    try {
+        gLog.writeAsItIs(program_invocation_short_name, formatted(fmt, arguments), clamped(level));
+    } catch (const std::bad_alloc&) {
+        // Without memory the line is lost, and nothing else is.
+    }
     va_end(arguments);
-    gLog.writeAsItIs(program_invocation_short_name, text, clamped(level));
 }
