@@ -60,6 +60,9 @@ Parcel& withText(Parcel& parcel, size_t size) {
     return parcel;
 }
 
+/// How often a call is made for which the kernel has no memory.
+constexpr int kAttempts = 6;
+
 constexpr Header kRequest = {0, Kind::Request, 7, 0, 0, 0, 0, 0};
 
 class AMessageThat : public testing::Test {
@@ -116,10 +119,22 @@ TEST_F(AMessageThat, TheKernelHasNoMemoryForFailsAlone) {
     Parcel sent;
     withText(sent, 8);
     {
-        const Failing send(sys::Call::Send, ENOBUFS);
+        const Failing send(sys::Call::Send, ENOBUFS, kAttempts);
         EXPECT_EQ(FAILED_TRANSACTION, sendMessage(mPair.held, kRequest, sent, {}));
     }
     EXPECT_EQ(OK, sendMessage(mPair.held, kRequest, sent, {}));
+}
+
+TEST_F(AMessageThat, TheKernelHasNoMemoryForAtThisMomentIsSentAndReceivedAllTheSame) {
+    Parcel sent;
+    withText(sent, 8);
+    {
+        const Failing send(sys::Call::Send, ENOBUFS, kAttempts - 1);
+        EXPECT_EQ(OK, sendMessage(mPair.held, kRequest, sent, {}));
+    }
+    const Failing receipt(sys::Call::Receive, ENOMEM, kAttempts - 1);
+    Parcel received;
+    EXPECT_EQ(Received::Message, receive(received));
 }
 
 TEST_F(AMessageThat, NeedsAMemfdFailsWithoutOne) {

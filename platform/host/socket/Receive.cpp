@@ -10,6 +10,7 @@
 #include "binder/internal/ParcelFrame.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
+#include "socket/Shortage.h"
 #include "socket/Syscalls.h"
 
 namespace android::transport {
@@ -45,15 +46,15 @@ uint8_t* overflowRoom() {
 }
 
 // `attempt` makes the system call. After a reset, for replies left unread, what the peer sent is
-// still there.
+// still there, and so it is where there is no memory to take it.
 template <typename Attempt>
 ssize_t attemptToReceive(Attempt attempt) {
-    for (;;) {
-        const ssize_t got = attempt();
-        if (got >= 0 || (errno != EINTR && errno != ECONNRESET)) {
-            return got;
-        }
+    ssize_t got = attempt();
+    for (Shortage shortage;
+         got < 0 && (errno == EINTR || errno == ECONNRESET || shortage.mayPass());) {
+        got = attempt();
     }
+    return got;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "binder/internal/ParcelFrame.h"
 #include "socket/Memfd.h"
 #include "socket/Message.h"
+#include "socket/Shortage.h"
 #include "socket/Syscalls.h"
 
 namespace android::transport {
@@ -29,11 +30,13 @@ status_t statusOf(int error) {
     }
 }
 
-// `attempt` makes the system call.
+// `attempt` makes the system call. A message is not given up for a short while without memory:
+// proxies of interfaces drop the status of a call, so that one that has failed may be taken for
+// done.
 template <typename Attempt>
 status_t attemptOnce(Attempt attempt) {
     ssize_t sent = attempt();
-    while (sent < 0 && errno == EINTR) {
+    for (Shortage shortage; sent < 0 && (errno == EINTR || shortage.mayPass());) {
         sent = attempt();
     }
     return sent >= 0 ? static_cast<status_t>(OK) : statusOf(errno);
