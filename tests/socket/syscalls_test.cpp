@@ -320,6 +320,11 @@ TEST_F(ARuntimeThatBegan, WithoutADescriptorForItsTimerHandsASlowCallsSocketOver
     expectToHandASlowCallsSocketOver();
 }
 
+TEST_F(ARuntimeThatBegan, WithoutADescriptorToWaitWithWaitsAllTheSame) {
+    beginWhile(sys::Call::Epoll, EMFILE);
+    expectToHandASlowCallsSocketOver();
+}
+
 TEST_F(ARuntimeThatBegan, WhileEpollTookNoMoreHandsASlowCallsSocketOver) {
     beginWhile(sys::Call::EpollAdd, ENOSPC);
     expectToHandASlowCallsSocketOver();

@@ -2,15 +2,17 @@
 #include "binder/BpBinder.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "binder/Parcel.h"
 #include "binder/transport/Reference.h"
 #include "support/ForkGuard.h"
+#include "support/Log.h"
 
 namespace android {
 
-BpBinder::BpBinder(std::unique_ptr<transport::Reference> reference)
+BpBinder::BpBinder(std::unique_ptr<transport::Reference>&& reference)
     : mReference(std::move(reference)) {}
 
 // In a forked child the reference and the links may be as another thread of the parent was about to
@@ -18,7 +20,7 @@ BpBinder::BpBinder(std::unique_ptr<transport::Reference> reference)
 BpBinder::~BpBinder() {
     if (transport::isForkedChild()) {
         (void)mReference.release();
-        (void)new std::vector<Link>(std::move(mLinks));
+        (void)new (std::nothrow) std::vector<Link>(std::move(mLinks));
     }
 }
 
@@ -128,8 +130,17 @@ void BpBinder::reportDeath() {
     for (const Link& link : links) {
         const sp<DeathRecipient> recipient = link.recipient.promote();
         if (recipient != nullptr) {
-            recipient->binderDied(wp<IBinder>(this));
+            tell(*recipient);
         }
+    }
+}
+
+// One that runs out of memory must not keep the others from hearing of the death.
+void BpBinder::tell(DeathRecipient& recipient) {
+    try {
+        recipient.binderDied(wp<IBinder>(this));
+    } catch (const std::bad_alloc&) {
+        transport::logLimited("out of memory: a death recipient has not done all that it does");
     }
 }
 

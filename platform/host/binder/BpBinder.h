@@ -20,7 +20,8 @@ class Reference;
 /// Called on: any thread. Locks: its own, never while it calls the node or a recipient.
 class BpBinder : public IBinder {
 public:
-    explicit BpBinder(std::unique_ptr<transport::Reference> reference);
+    /// Where memory runs out the reference is still the caller's.
+    explicit BpBinder(std::unique_ptr<transport::Reference>&& reference);
 
     /// Empty when the node cannot be asked.
     const String16& getInterfaceDescriptor() const override;
@@ -47,6 +48,8 @@ protected:
     ~BpBinder() override;
 
 private:
+    void tell(DeathRecipient& recipient);
+
     struct Link {
         wp<DeathRecipient> recipient;
         void* cookie;

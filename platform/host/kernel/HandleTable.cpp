@@ -4,6 +4,8 @@
 namespace android::kernel {
 
 HandleTable::Found HandleTable::find(uint32_t handle) {
+    // Where memory runs out it is let go outside of the lock, which it takes.
+    std::unique_ptr<transport::Reference> reference;
     Mutex::Autolock held(mLock);
     Entry& entry = mEntries[handle];
     sp<BpBinder> proxy = entry.proxy.promote();
@@ -15,7 +17,7 @@ HandleTable::Found HandleTable::find(uint32_t handle) {
     if (entry.reference != nullptr) {
         entry.reference->unwatch();
     }
-    std::unique_ptr<transport::Reference> reference = mFactory(handle);
+    reference = mFactory(handle);
     entry.reference = reference.get();
     proxy = new BpBinder(std::move(reference));
     entry.proxy = proxy;

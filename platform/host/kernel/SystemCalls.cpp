@@ -5,6 +5,8 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 
+#include <cerrno>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -34,6 +36,8 @@ int SystemCalls::startThread(std::function<void()> body) {
         return 0;
     } catch (const std::system_error& error) {
         return error.code().value();
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/CallChannel.h"
 
+#include <new>
 #include <utility>
 
 #include "binder/internal/ServeCall.h"
@@ -45,6 +46,7 @@ private:
     /// False when this socket has been closed for what came over it.
     bool serveQueue();
     bool serveOneWay(CallChannel& channel, Incoming& message);
+    After lose();
     bool importBinders(Incoming& message);
     bool mayStay();
     After refuse(const char* what);
@@ -57,10 +59,19 @@ private:
     bool mStaying = false;
 };
 
+void logLost(const Incoming& message) {
+    logLimited("out of memory: call %u of process %d fails", message.envelope.header().code,
+               static_cast<int>(message.envelope.senderPid()));
+}
+
 status_t call(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
     const Header& header = incoming.envelope.header();
-    return serveCall(node, {caller, incoming.envelope.senderUid()}, header.code, incoming.parcel,
-                     reply, header.flags);
+    try {
+        return serveCall(node, {caller, incoming.envelope.senderUid()}, header.code,
+                         incoming.parcel, reply, header.flags);
+    } catch (const std::bad_alloc&) {
+        return NO_MEMORY;
+    }
 }
 
 ConnectionServer::~ConnectionServer() {
@@ -168,11 +179,16 @@ status_t ConnectionServer::carryOut(Parcel* reply, Attachments* attachments) {
     if (status == OK && reply->dataSize() > largestPayload(Kind::Reply)) {
         status = FAILED_TRANSACTION;
     }
+    if (status != OK) {
+        return status;
+    }
     Deadline deadline;
-    return status == OK ? mContext.translator.exportBinders(
-                              *reply, attachments, deadline,
-                              {{caller, mMessage->envelope.senderUid()}, false})
-                        : status;
+    try {
+        return mContext.translator.exportBinders(*reply, attachments, deadline,
+                                                 {{caller, mMessage->envelope.senderUid()}, false});
+    } catch (const std::bad_alloc&) {
+        return NO_MEMORY;
+    }
 }
 
 // Without waiting: a caller has read its last reply when it makes the next call on a socket, so
@@ -188,6 +204,14 @@ bool ConnectionServer::answer(status_t status, const Parcel& reply,
     return sent == OK;
 }
 
+// Done with, without a call.
+ConnectionServer::After ConnectionServer::lose() {
+    mMessage->lost = true;
+    logLost(*mMessage);
+    (void)serveOneWay(*mChannel, *mMessage);
+    return After::ReadOn;
+}
+
 ConnectionServer::After ConnectionServer::enterOneWay() {
     switch (mQueue.enter(mContext.quotas, mChannel, mMessage)) {
         case OneWayQueue::Entry::ServeNow: {
@@ -200,6 +224,8 @@ ConnectionServer::After ConnectionServer::enterOneWay() {
             return After::ReadOn;
         case OneWayQueue::Entry::Full:
             return After::Left;
+        case OneWayQueue::Entry::OutOfMemory:
+            return lose();
         case OneWayQueue::Entry::Refused:
             break;
     }
@@ -239,12 +265,19 @@ bool ConnectionServer::serveOneWay(CallChannel& channel, Incoming& message) {
 }
 
 bool ConnectionServer::importBinders(Incoming& message) {
-    const bool sound =
-        message.lost || mContext.translator.importBinders(message.envelope, message.parcel);
-    if (!sound) {
-        message.parcel.freeData();  // of the binders that were
+    try {
+        const bool sound =
+            message.lost || mContext.translator.importBinders(message.envelope, message.parcel);
+        if (!sound) {
+            message.parcel.freeData();  // of the binders that were
+        }
+        return sound;
+    } catch (const std::bad_alloc&) {
+        message.parcel.freeData();
+        message.lost = true;
+        logLost(message);
+        return true;
     }
-    return sound;
 }
 
 }  // namespace

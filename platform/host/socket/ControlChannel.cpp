@@ -38,7 +38,7 @@ void ControlChannel::onReady() {
     context().reactor.rearm(*this);
     if (calls != nullptr) {
         context().pool.keepOneWaiting();
-        calls->onReady();
+        context().pool.serve(*calls);
     }
 }
 

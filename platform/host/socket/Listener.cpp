@@ -130,6 +130,14 @@ void warnOfClosedFolder(const std::string& path, const SocketAccess& access) {
     }
 }
 
+std::shared_ptr<Listener> added(const Context& context, std::shared_ptr<Listener> listener) {
+    if (!context.reactor.add(listener)) {
+        logLine("cannot wait for connections: out of memory, or of what may be waited for");
+        return nullptr;
+    }
+    return listener;
+}
+
 }  // namespace
 
 std::shared_ptr<Listener> Listener::open(const Context& context, const std::string& path,
@@ -156,7 +164,7 @@ std::shared_ptr<Listener> Listener::open(const Context& context, const std::stri
     warnOfClosedFolder(path, access);
     auto listener =
         std::make_shared<Listener>(context, std::move(socket), std::move(lock), path, manager);
-    return context.reactor.add(listener) ? listener : nullptr;
+    return added(context, std::move(listener));
 }
 
 std::shared_ptr<Listener> Listener::openAt(const Context& context, Fd socket,
@@ -170,7 +178,7 @@ std::shared_ptr<Listener> Listener::openAt(const Context& context, Fd socket,
         return nullptr;
     }
     auto listener = std::make_shared<Listener>(context, std::move(socket), Fd(), "", manager);
-    return context.reactor.add(listener) ? listener : nullptr;
+    return added(context, std::move(listener));
 }
 
 Listener::Listener(const Context& context, Fd socket, Fd lock, std::string path,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/OneWayQueue.h"
 
+#include <new>
 #include <utility>
 
 #include "socket/OneWayBudget.h"
@@ -22,6 +23,15 @@ OneWayQueue::Entry OneWayQueue::enter(Quotas& quotas, const std::shared_ptr<Call
         mBusy = true;
         return Entry::ServeNow;
     }
+    try {
+        return put(quotas, channel, message);
+    } catch (const std::bad_alloc&) {
+        return Entry::OutOfMemory;
+    }
+}
+
+OneWayQueue::Entry OneWayQueue::put(Quotas& quotas, const std::shared_ptr<CallChannel>& channel,
+                                    std::unique_ptr<Incoming>& message) {
     // Charged only when it is queued: a message that is served at once needs none.
     const Envelope& envelope = message->envelope;
     const size_t size = message->parcel.dataSize();
@@ -31,13 +41,15 @@ OneWayQueue::Entry OneWayQueue::enter(Quotas& quotas, const std::shared_ptr<Call
     if (!message->charge->granted()) {
         return Entry::Refused;
     }
+    // Where memory runs out the message is still the caller's, and nothing counts it.
     Amount& amount = mAmounts[channel.get()];
+    mQueued.emplace_back();
     ++amount.messages;
     amount.bytes += size;
     // What is counted in the budget is limited there, for all connections together.
     amount.full = !isCounted(envelope.header()) &&
                   (amount.messages >= kMaxMessages || amount.bytes > kMaxBytesAhead);
-    mQueued.push_back({channel, std::move(message)});
+    mQueued.back() = {channel, std::move(message)};
     return amount.full ? Entry::Full : Entry::Queued;
 }
 

@@ -45,6 +45,7 @@ public:
         Queued,    ///< the queue has the message; the channel may be read on
         Full,      ///< the same, but the channel is not to be read until `next` gives it back
         Refused,   ///< its sender has too much waiting already; the message is still the caller's
+        OutOfMemory,  ///< it cannot be queued; the message is still the caller's
     };
     Entry enter(Quotas& quotas, const std::shared_ptr<CallChannel>& channel,
                 std::unique_ptr<Incoming>& message) PLATFORM_EXCLUDES(mLock);
@@ -68,6 +69,9 @@ private:
         size_t bytes = 0;
         bool full = false;
     };
+
+    Entry put(Quotas& quotas, const std::shared_ptr<CallChannel>& channel,
+              std::unique_ptr<Incoming>& message) PLATFORM_REQUIRES(mLock);
 
     Mutex mLock;
     bool mBusy PLATFORM_GUARDED_BY(mLock) = false;

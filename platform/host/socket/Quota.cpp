@@ -97,6 +97,7 @@ void Quotas::giveBack(PeerIdentity peer, QuotaAmount amount) {
 }
 
 void Quotas::note(PeerIdentity peer, QuotaAmount change) {
+    (void)mByUid[peer.uid];  // lest one counts what the other has no memory for
     add(mByPid, peer.pid, change);
     add(mByUid, peer.uid, change);
     mDescriptors += change.descriptors;

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/Reactor.h"
 
+#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <new>
 
 #include "socket/Syscalls.h"
 #include "support/ForkGuard.h"
@@ -20,6 +22,9 @@ bool control(int epoll, int operation, int fd, uint64_t token) {
     return sys::epollControl(epoll, operation, fd, &event) == 0;
 }
 
+// Until a thread looks again whether there is something to wait in.
+constexpr int kUnopenedMs = 20;
+
 // By value: the struct is packed, so its fields cannot be bound to a reference.
 uint64_t tokenOf(const epoll_event& event) {
     return event.data.u64;
@@ -27,7 +32,18 @@ uint64_t tokenOf(const epoll_event& event) {
 
 }  // namespace
 
-Reactor::Reactor() : mEpoll(epoll_create1(EPOLL_CLOEXEC)) {}
+Reactor::Reactor() {
+    Mutex::Autolock held(mLock);
+    open();
+}
+
+// Again with each handler, if there was no descriptor for it before.
+void Reactor::open() {
+    if (!mOwner.valid()) {
+        mOwner = Fd(sys::makeEpoll());
+        mEpoll.store(mOwner.get(), std::memory_order_relaxed);
+    }
+}
 
 bool Reactor::add(const std::shared_ptr<EventHandler>& handler) {
     return add(handler, handler->socket());
@@ -35,14 +51,26 @@ bool Reactor::add(const std::shared_ptr<EventHandler>& handler) {
 
 bool Reactor::add(const std::shared_ptr<EventHandler>& handler, const Fd& socket) {
     Mutex::Autolock held(mLock);
+    open();
     handler->mWaitedFd = socket.get();
     handler->mToken = ++mLastToken;
-    mHandlers[handler->mToken] = handler;
-    if (control(mEpoll.get(), EPOLL_CTL_ADD, handler->mWaitedFd, handler->mToken)) {
+    if (!keep(handler)) {
+        return false;
+    }
+    if (control(epoll(), EPOLL_CTL_ADD, handler->mWaitedFd, handler->mToken)) {
         return true;
     }
     mHandlers.erase(handler->mToken);
     return false;
+}
+
+bool Reactor::keep(const std::shared_ptr<EventHandler>& handler) {
+    try {
+        mHandlers[handler->mToken] = handler;
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 void Reactor::addPaused(const std::shared_ptr<EventHandler>& handler) {
@@ -53,26 +81,39 @@ void Reactor::addPaused(const std::shared_ptr<EventHandler>& handler) {
     mHandlers[handler->mToken] = handler;
 }
 
-void Reactor::rearm(EventHandler& handler) {
+// False when epoll refuses a paused handler. Of another one it refuses only what another thread has
+// removed meanwhile.
+bool Reactor::arm(EventHandler& handler) {
     const bool paused = handler.mPaused.exchange(false);
     const int operation = paused ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
-    // Of a handler that is not paused it fails only where another thread has removed it meanwhile.
-    if (!control(mEpoll.get(), operation, handler.mWaitedFd, handler.mToken) && paused) {
-        (void)shutdown(handler.mWaitedFd, SHUT_RDWR);
-        remove(handler);
+    return control(epoll(), operation, handler.mWaitedFd, handler.mToken) || !paused;
+}
+
+void Reactor::letGo(EventHandler& handler) {
+    (void)shutdown(handler.mWaitedFd, SHUT_RDWR);
+    remove(handler);
+}
+
+void Reactor::rearm(EventHandler& handler) {
+    if (!arm(handler)) {
+        letGo(handler);
     }
 }
 
 void Reactor::rearmIfKept(EventHandler& handler) {
-    Mutex::Autolock held(mLock);
-    if (mHandlers.count(handler.mToken) != 0) {
-        (void)control(mEpoll.get(), EPOLL_CTL_MOD, handler.mWaitedFd, handler.mToken);
+    bool armed = true;
+    {
+        Mutex::Autolock held(mLock);
+        armed = mHandlers.count(handler.mToken) == 0 || arm(handler);
+    }
+    if (!armed) {
+        letGo(handler);
     }
 }
 
 void Reactor::pause(EventHandler& handler) {
     if (!handler.mPaused.exchange(true)) {
-        (void)control(mEpoll.get(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
+        (void)control(epoll(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
     }
 }
 
@@ -85,7 +126,7 @@ void Reactor::remove(const EventHandler& handler) {
     const auto found = mHandlers.find(handler.mToken);
     if (found != mHandlers.end()) {
         if (!handler.mPaused.load()) {
-            (void)control(mEpoll.get(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
+            (void)control(epoll(), EPOLL_CTL_DEL, handler.mWaitedFd, handler.mToken);
         }
         last = std::move(found->second);
         mHandlers.erase(found);
@@ -94,7 +135,11 @@ void Reactor::remove(const EventHandler& handler) {
 
 std::shared_ptr<EventHandler> Reactor::wait(int timeoutMs) {
     epoll_event event = {};
-    if (epoll_wait(mEpoll.get(), &event, 1, timeoutMs) != 1) {
+    if (epoll() < 0) {
+        (void)poll(nullptr, 0, timeoutMs < 0 ? kUnopenedMs : timeoutMs);
+        return nullptr;
+    }
+    if (epoll_wait(epoll(), &event, 1, timeoutMs) != 1) {
         return nullptr;
     }
     Mutex::Autolock held(mLock);

@@ -44,7 +44,7 @@ class Reactor {
 public:
     Reactor();
 
-    /// Keeps the handler, and arms it. False when epoll refuses the descriptor.
+    /// Keeps the handler, and arms it. False when epoll refuses the descriptor, or memory runs out.
     bool add(const std::shared_ptr<EventHandler>& handler);
     /// The same for a descriptor that somebody else owns and removes before it is closed.
     bool add(const std::shared_ptr<EventHandler>& handler, const Fd& socket);
@@ -52,8 +52,8 @@ public:
     void addPaused(const std::shared_ptr<EventHandler>& handler);
     /// A paused handler that epoll refuses is let go, and its peer sees a hang-up.
     void rearm(EventHandler& handler);
-    /// For a handler that is never paused, but may be removed at any time and its descriptor
-    /// closed.
+    /// The same for a handler that another thread may remove at any time, which closes the
+    /// descriptor.
     void rearmIfKept(EventHandler& handler);
     /// Takes a handler that is not armed out of epoll until it is armed again: while a thread reads
     /// its socket directly, each message would cost a wake-up callback.
@@ -66,8 +66,15 @@ public:
     std::shared_ptr<EventHandler> wait(int timeoutMs = -1);
 
 private:
-    Fd mEpoll;
+    int epoll() const { return mEpoll.load(std::memory_order_relaxed); }
+    void open() PLATFORM_REQUIRES(mLock);
+    bool keep(const std::shared_ptr<EventHandler>& handler) PLATFORM_REQUIRES(mLock);
+    bool arm(EventHandler& handler);
+    void letGo(EventHandler& handler);
+
     Mutex mLock;
+    Fd mOwner PLATFORM_GUARDED_BY(mLock);
+    std::atomic<int> mEpoll{-1};  // its descriptor, which stays the same once there is one
     // Events name handlers by number: a handler may go while an event for it is on its way.
     std::unordered_map<uint64_t, std::shared_ptr<EventHandler>> mHandlers
         PLATFORM_GUARDED_BY(mLock);

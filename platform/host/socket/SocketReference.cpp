@@ -80,6 +80,7 @@ status_t SocketReference::call(uint32_t code, const Parcel& data, Parcel* reply,
         const Header header = {0, Kind::OneWay, code, 0, flags, 0, 0, 0};
         return mBudget != nullptr ? callOneWayWithinBudget(header, data) : callOneWay(header, data);
     }
+    (void)mContext.pool.keepOneThread();  // it says why not, once
     const Header header = {0, Kind::Request, code, 0, flags, 0, 0, 0};
     if (reply != nullptr) {
         return callTwoWay(header, data, reply);

@@ -39,7 +39,7 @@ void SocketRuntime::closeReleasedExports() {
             return;
         }
         if (dynamic_cast<ControlChannel*>(handler.get()) != nullptr) {
-            handler->onReady();
+            mPool.serve(*handler);
         } else {
             mReactor.rearmIfKept(*handler);
         }

@@ -25,6 +25,7 @@ enum class Call {
     Memfd,
     Write,
     Timer,
+    Epoll,
     EpollAdd,
 };
 
@@ -93,6 +94,10 @@ inline ssize_t write(int fd, const void* bytes, size_t size) {
 
 inline int makeTimer() {
     return fails(Call::Timer) ? -1 : ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
+}
+
+inline int makeEpoll() {
+    return fails(Call::Epoll) ? -1 : ::epoll_create1(EPOLL_CLOEXEC);
 }
 
 inline int epollControl(int epoll, int operation, int fd, epoll_event* event) {

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/ThreadPool.h"
 
+#include <poll.h>
 #include <pthread.h>
 
 #include <algorithm>
+#include <exception>
 #include <memory>
-#include <system_error>
+#include <new>
 #include <thread>
 
 #include "socket/Reactor.h"
@@ -18,15 +20,27 @@ namespace {
 // Ends a recursion of calls between processes before memory does.
 constexpr int kMaxThreads = 256;
 
+// Until memory that has run out is asked for again.
+constexpr int kOutOfMemoryMs = 10;
+// Of a process that begins to serve, to have its first thread.
+constexpr int kMoreAttempts = 5;
+
 // The pool that the calling thread serves in.
 thread_local const ThreadPool* gPool = nullptr;
 
 }  // namespace
 
+// Worth a short wait: without a thread a process that makes no calls would stay deaf.
 void ThreadPool::start() {
-    if (!mStarted.exchange(true)) {
-        (void)grow();  // it says why not, and tries again with the first call
+    mStarted = true;
+    for (int left = kMoreAttempts; !keepOneThread() && left > 0; --left) {
+        (void)poll(nullptr, 0, kOutOfMemoryMs);
     }
+}
+
+bool ThreadPool::keepOneThread() {
+    const bool none = ThreadCounts(mCounts.load(std::memory_order_relaxed)).spawned == 0;
+    return !none || !mStarted.load(std::memory_order_relaxed) || grow();
 }
 
 bool ThreadPool::isServing() const {
@@ -50,10 +64,13 @@ bool ThreadPool::grow() {
     } while (!mCounts.compare_exchange_weak(bits, bits + kOneSpawned));
     try {
         std::thread([this] { run(); }).detach();
+        mShort = false;
         return true;
-    } catch (const std::system_error& error) {
+    } catch (const std::exception& error) {  // no thread, or no memory for one
         mCounts.fetch_sub(kOneSpawned);
-        logLimited("cannot start another thread: %s", error.what());
+        if (!mShort.exchange(true)) {
+            logLimited("cannot start another thread: %s", error.what());
+        }
         return false;
     }
 }
@@ -105,7 +122,18 @@ void ThreadPool::serveOne() {
     if (!handler->neverBlocks()) {
         keepOneWaiting();
     }
-    handler->onReady();
+    serve(*handler);
+}
+
+// A process must not end because there is no memory for a message that another one sent.
+void ThreadPool::serve(EventHandler& handler) {
+    try {
+        handler.onReady();
+    } catch (const std::bad_alloc&) {
+        logLimited("out of memory: what another process sent waits, or is lost");
+        (void)poll(nullptr, 0, kOutOfMemoryMs);
+        mReactor.rearmIfKept(handler);
+    }
 }
 
 void ThreadPool::keepOneWaiting() {

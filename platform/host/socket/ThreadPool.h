@@ -8,6 +8,7 @@
 
 namespace android::transport {
 
+class EventHandler;
 class Reactor;
 
 /// The threads that serve this process's nodes. One of them always waits in the reactor while the
@@ -21,6 +22,9 @@ public:
     ThreadPool& operator=(const ThreadPool&) = delete;
 
     void start();
+    /// Asks again for the first thread, where the pool has started and could not have it. False
+    /// where it still cannot.
+    bool keepOneThread();
     /// At least one thread serves once the pool has started, whatever `count` says.
     void setMax(size_t count);
     [[noreturn]] void serveForever();
@@ -34,6 +38,8 @@ public:
     /// not exhaust the pool. `endStay` ends it.
     bool tryStay();
     void endStay();
+    /// Serves a handler that is ready. One that runs out of memory is armed again.
+    void serve(EventHandler& handler);
     /// For a handler that `neverBlocks`, before the exception to it.
     void keepOneWaiting();
     /// The last thread has left the reactor: one that stays goes back there after its call.
@@ -92,6 +98,7 @@ private:
     std::atomic<uint32_t> mCounts{0};
     std::atomic<int> mWaiting{0};
     std::atomic<int> mStaying{0};
+    std::atomic<bool> mShort{false};  // of threads: told once, until one can be started again
 };
 
 }  // namespace android::transport
