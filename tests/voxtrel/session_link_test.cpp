@@ -2,6 +2,7 @@
 // Why there is no connection, while the service is looked for again and again.
 #include <memory>
 
+#include "ipc/TransactionCodes.h"
 #include "tests/voxtrel/ClientTest.h"
 #include "voxtrel/session/Session.h"
 #include "voxtrel/testing/FakeRemote.h"
@@ -37,6 +38,51 @@ public:
 private:
     const std::shared_ptr<FakeState> mService;
 };
+
+/// The first registrations get lost.
+class LossyRemote : public FakeRemote {
+public:
+    LossyRemote(std::shared_ptr<FakeState> service, int& lost)
+        : FakeRemote(std::move(service), kFirstLife), mLost(lost) {}
+
+    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                                 uint32_t flags) override {
+        if (code == TTS::transaction::kRegisterCallback.code && mLost > 0) {
+            --mLost;
+            return android::FAILED_TRANSACTION;
+        }
+        return FakeRemote::onTransact(code, data, reply, flags);
+    }
+
+private:
+    int& mLost;
+};
+
+class LossyPort : public Port {
+public:
+    explicit LossyPort(std::shared_ptr<FakeState> service) : mService(std::move(service)) {}
+
+    Found find(std::function<void()> /*died*/) override {
+        return {new LossyRemote(mService, mLost)};
+    }
+
+private:
+    const std::shared_ptr<FakeState> mService;
+    int mLost = 3;  // touched by the connector alone
+};
+
+TEST(ARegistrationThatIsLost, IsMadeAgain) {
+    const auto service = std::make_shared<FakeState>();
+    const auto client = std::make_shared<Mailbox>(true);
+    std::weak_ptr<Session> place;
+    const std::shared_ptr<Session> session = Session::joinAt(
+        place, [&] { return std::make_shared<Session>(std::make_unique<LossyPort>(service)); },
+        client);
+    ASSERT_TRUE(session->waitUntilConnected(Session::Clock::now() + kLong));
+    EXPECT_TRUE(session->checkEvents(Session::Clock::now() + kLong)) << "it hears of nothing";
+    session->leave(client, Session::Clock::now() + kLong);
+    service->end();
+}
 
 TEST(AServiceThatDoesNotLetUsIn, IsNotTakenForOneThatDoesNotAnswerBetweenTwoQuestions) {
     const auto service = std::make_shared<FakeState>();

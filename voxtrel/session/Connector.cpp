@@ -3,6 +3,7 @@
 #include <new>
 
 #include "ipc/BnCallback.h"
+#include "ipc/TransactionCodes.h"
 #include "vocabulary/Status.h"
 #include "voxtrel/session/DeviceFilter.h"
 #include "voxtrel/session/Session.h"
@@ -107,8 +108,9 @@ Port::Found Session::connect(std::uint64_t life, Offer& offer) {
     if (mCallback == nullptr) {
         mCallback = new SessionCallback(weak_from_this());
     }
-    // Services differ in what they answer; whether the client is admitted, the capabilities tell.
-    (void)found.service->registerCallback(mPid, mCallback);
+    if (!registerWith(*found.service)) {
+        return {nullptr, Reach::NoService};
+    }
     TTS::Capabilities all;
     if (!awaitReady(life, *found.service, all)) {
         found.reach = Reach::NoService;
@@ -122,6 +124,22 @@ Port::Found Session::connect(std::uint64_t life, Offer& offer) {
     offer.features = toFeatures(left, all);
     offer.capabilities = std::make_shared<const TTS::Capabilities>(std::move(left));
     return found;
+}
+
+/// Services differ in what they answer; whether the client is admitted, the capabilities tell.
+/// @return whether the request got there. The proxy does not tell, and a client whose callback is
+/// not known hears of nothing.
+bool Session::registerWith(Service& service) {
+    const android::sp<Service> held = &service;
+    android::Parcel request;
+    android::Parcel reply;
+    request.writeInt32(static_cast<std::int32_t>(mPid));
+    request.writeStrongBinder(android::IInterface::asBinder(mCallback));
+    const android::status_t status = android::IInterface::asBinder(held)->transact(
+        TTS::transaction::kRegisterCallback.code, request, &reply,
+        TTS::transaction::kRegisterCallback.flags);
+    return status != android::FAILED_TRANSACTION && status != android::NO_MEMORY &&
+           status != android::DEAD_OBJECT;
 }
 
 void Session::noteSearch(const Port::Found& found) {

@@ -163,6 +163,7 @@ private:
     void keepConnected();
     void connectOnce(std::unique_lock<std::mutex>& lock, Clock::time_point& since);
     Port::Found connect(std::uint64_t life, Offer& offer);
+    bool registerWith(Service& service);
     void noteSearch(const Port::Found& found);
     bool awaitReady(std::uint64_t life, Service& service, TTS::Capabilities& capabilities);
     void enter(Stage stage);
