@@ -98,6 +98,16 @@ bool handOver(const int16_t* samples, size_t count, const espeak_EVENT* events, 
     return done == count || receiver.samples(samples + done, count - done);
 }
 
+/// Whether the library could open the files of the voice that it has changed to, which it does not
+/// say: without the voice's own it crashes as it speaks, and without the dictionary it is silent.
+bool hasItsFiles() {
+    if (*espeak_GetCurrentVoice()->name == '\0') {
+        return false;
+    }
+    const void* number = "1";
+    return *espeak_TextToPhonemes(&number, espeakCHARS_UTF8, 0) != '\0';
+}
+
 /// The state of one call of `speak`, for the library's callback.
 struct Passage {
     SpeechReceiver* receiver;
@@ -176,7 +186,8 @@ bool EspeakEngine::apply(const Prosody& prosody) {
         return false;
     }
     if (voice != mCurrentVoice) {
-        if (espeak_SetVoiceByName(voice->espeakName.c_str()) != EE_OK) {
+        mCurrentVoice = nullptr;
+        if (espeak_SetVoiceByName(voice->espeakName.c_str()) != EE_OK || !hasItsFiles()) {
             return false;
         }
         mCurrentVoice = voice;
