@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "service/Text.h"
+#include "service/UncaughtException.h"
 #include "vocabulary/Status.h"
 
 namespace voxtreld {
@@ -83,6 +85,8 @@ android::status_t VoxtrelService::onTransact(uint32_t code, const android::Parce
     }
     try {
         return BnTextToSpeechFestival::onTransact(code, data, reply, flags);
+    } catch (const std::bad_alloc&) {
+        endAtOnce();  // a proxy would read a request that has failed as done
     } catch (const std::exception& failure) {
         mLog(LogLevel::Warning,
              "request " + std::to_string(code) + " is broken: " + failure.what());

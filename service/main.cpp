@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <string>
 #include <thread>
@@ -27,6 +28,7 @@
 #include "service/SinkFactory.h"
 #include "service/Speaker.h"
 #include "service/SpeechQueue.h"
+#include "service/UncaughtException.h"
 #include "service/UserProfile.h"
 #include "service/VoxtrelService.h"
 
@@ -139,6 +141,7 @@ int run(const Options& options, Registration& registration) {
 }  // namespace voxtreld
 
 int main(int argc, char** argv) {
+    std::set_terminate(voxtreld::endAtOnce);
     voxtreld::Options options;
     int exitStatus = EXIT_SUCCESS;
     if (!voxtreld::parseOptions(argc, argv, options, exitStatus)) {

@@ -2,8 +2,12 @@
 #include "tools/Errors.h"
 
 #include <algorithm>
-#include <iostream>
+#include <cerrno>
 #include <iterator>
+#include <string_view>
+
+#include <sys/uio.h>
+#include <unistd.h>
 
 #include "tools/Text.h"
 
@@ -48,6 +52,11 @@ constexpr StatusMeaning kMeanings[] = {
      "tell"},
 };
 
+/// For writing only; the type has no const.
+iovec partOf(std::string_view text) {
+    return {const_cast<char*>(text.data()), text.size()};
+}
+
 std::string compose(int code, const std::string& detail, const std::string& remedy) {
     std::string line = std::to_string(code) + " " + meaningOf(code).meaning;
     for (const std::string& part : {detail, remedy}) {
@@ -74,7 +83,14 @@ std::string errorLine(int code, const std::string& detail) {
 }
 
 void printError(const std::string& what) {
-    std::cerr << "voxtrelctl: " + what + "\n";
+    printError(what.c_str());
+}
+
+void printError(const char* what) noexcept {
+    constexpr std::string_view kName = "voxtrelctl: ";
+    iovec parts[] = {partOf(kName), partOf(what), partOf("\n")};
+    while (writev(STDERR_FILENO, parts, 3) < 0 && errno == EINTR) {
+    }
 }
 
 Failure::Failure(int code, const std::string& detail)

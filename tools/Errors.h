@@ -36,6 +36,8 @@ std::string errorLine(int code, const std::string& detail = "");
 /// Writes "voxtrelctl: WHAT" to standard error as one line in one piece: the runtime's threads and
 /// other processes write there too. Called on: any thread.
 void printError(const std::string& what);
+/// The same; takes no memory.
+void printError(const char* what) noexcept;
 
 /// A command that cannot go on. `main` prints its line and leaves with status 1.
 class Failure : public std::runtime_error {

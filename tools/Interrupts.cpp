@@ -19,6 +19,15 @@ bool isReady(int file, short what, int timeoutMs) {
     return poll(&wanted, 1, timeoutMs) == 1;
 }
 
+/// Without one of them the thread could not be ended, and no signal would end the process.
+int opened(int file) {
+    if (file < 0) {
+        throw std::runtime_error(
+            "out of file descriptors: raise the limit (ulimit -n), or close some");
+    }
+    return file;
+}
+
 [[noreturn]] void endNow(bool isQuiet) {
     if (isQuiet) {
         std::_Exit(EXIT_SUCCESS);
@@ -34,14 +43,15 @@ bool isReady(int file, short what, int timeoutMs) {
 
 }  // namespace
 
-Interrupts::Interrupts() : mEnd(eventfd(0, EFD_CLOEXEC)), mCome(eventfd(0, EFD_CLOEXEC)) {
+Interrupts::Interrupts()
+    : mEnd(opened(eventfd(0, EFD_CLOEXEC))), mCome(opened(eventfd(0, EFD_CLOEXEC))) {
     sigset_t wanted;
     sigemptyset(&wanted);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         sigaddset(&wanted, signal);
     }
     pthread_sigmask(SIG_BLOCK, &wanted, &mBefore);
-    mSignals = signalfd(-1, &wanted, SFD_CLOEXEC);
+    mSignals = opened(signalfd(-1, &wanted, SFD_CLOEXEC));
     mThread = std::thread([this] { watch(); });
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdlib>
 #include <exception>
+#include <new>
+#include <system_error>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -33,6 +35,30 @@ void quietLog(bool verbose) {
     (void)setenv("VOXTREL_LOG_LEVEL", verbose ? "2" : "-1", 0);
 }
 
+/// Of VX_NO_MEMORY, as if it had come from the library.
+constexpr const char* kOutOfMemory = "-200 out of memory: free some and repeat the command";
+
+constexpr const char* kNoThread =
+    "no thread can be started: this user, or the machine, has too many; repeat the command";
+
+/// For what another thread throws, and what is thrown where nothing may be.
+[[noreturn]] void endAtOnce() {
+    const std::exception_ptr caught = std::current_exception();
+    try {
+        if (caught != nullptr) {
+            std::rethrow_exception(caught);
+        }
+        printError("it does not know how to go on");
+    } catch (const std::bad_alloc&) {
+        printError(kOutOfMemory);
+    } catch (const std::exception& error) {
+        printError(error.what());
+    } catch (...) {
+        printError("an exception of unknown type");
+    }
+    std::_Exit(EXIT_FAILURE);
+}
+
 int run(const Options& options) {
     if (options.command == Command::Help) {
         Terminal(false).print(options.helpText);
@@ -56,11 +82,17 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(endAtOnce);
     fillStandardFiles();
     try {
         return run(parseArguments(argc, argv));
+    } catch (const std::bad_alloc&) {
+        printError(kOutOfMemory);
+    } catch (const std::system_error& error) {
+        const bool isNoThread = error.code() == std::errc::resource_unavailable_try_again;
+        printError(isNoThread ? kNoThread : error.what());
     } catch (const std::exception& error) {
         printError(error.what());
-        return EXIT_FAILURE;
     }
+    return EXIT_FAILURE;
 }

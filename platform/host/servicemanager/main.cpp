@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
+#include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "binder/ProcessState.h"
 #include "servicemanager/Activation.h"
@@ -80,6 +85,11 @@ bool listen(const android::sp<android::Registry>& registry,
                           : sockets()->becomeContext(registry, options.access);
 }
 
+/// Not by the log, which takes memory.
+void write(std::string_view line) {
+    (void)!::write(STDERR_FILENO, line.data(), line.size());
+}
+
 /// How long the service manager has been idle.
 Clock::duration idleTime(const android::sp<android::Registry>& registry) {
     const auto since = sockets() != nullptr ? sockets()->unusedSince() : std::nullopt;
@@ -111,9 +121,26 @@ std::string serve(const sigset_t& signals, const android::sp<android::Registry>&
     }
 }
 
+/// For what nobody catches. Its services register with the next service manager.
+[[noreturn]] void endAtOnce() {
+    const std::exception_ptr caught = std::current_exception();
+    try {
+        if (caught != nullptr) {
+            std::rethrow_exception(caught);
+        }
+        write("voxtrel-servicemanager: it does not know how to go on\n");
+    } catch (const std::bad_alloc&) {
+        write("voxtrel-servicemanager: out of memory: it ends\n");
+    } catch (...) {
+        write("voxtrel-servicemanager: an exception that it does not know: it ends\n");
+    }
+    std::_Exit(EXIT_FAILURE);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(endAtOnce);
     servicemanager::Options options;
     int exitStatus = EXIT_SUCCESS;
     if (!servicemanager::parseOptions(argc, argv, options, exitStatus)) {
