@@ -153,6 +153,65 @@ TEST(TheGuideToTransports, NamesClassesThatThereAre) {
     EXPECT_GT(seen, 50U);
 }
 
+/// "Suite.Name" of every test under `folder`.
+std::set<std::string> testsUnder(const fs::path& folder) {
+    static const std::regex test(R"re(\bTEST(?:_[FP])?\(\s*(\w+),\s*(\w+)\))re");
+    std::set<std::string> tests;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string text =
+            entry.path().extension() == ".cpp" ? house::read(entry.path()) : "";
+        for (std::sregex_iterator it(text.begin(), text.end(), test), end; it != end; ++it) {
+            tests.insert((*it)[1].str() + "." + (*it)[2].str());
+        }
+    }
+    return tests;
+}
+
+TEST(TheGuideToReliability, NamesTestsThatThereAre) {
+    static const std::regex name(R"re(`([A-Z]\w+\.[A-Z]\w+)`)re");
+    const std::set<std::string> known = testsUnder(root() / "tests");
+    const std::string text = house::read(root() / "docs/reliability.md");
+    std::size_t seen = 0;
+    for (std::sregex_iterator it(text.begin(), text.end(), name), end; it != end; ++it) {
+        ++seen;
+        EXPECT_EQ(1U, known.count((*it)[1])) << (*it)[1];
+    }
+    EXPECT_GT(seen, 50U);
+}
+
+/// Every row of its tables ends with a test, or says that there is none.
+TEST(TheGuideToReliability, HasATestForEachFault) {
+    std::istringstream text(house::read(root() / "docs/reliability.md"));
+    std::size_t rows = 0;
+    for (std::string line; std::getline(text, line);) {
+        if (std::count(line.begin(), line.end(), '|') == 6 && line.rfind("| Fault", 0) != 0 &&
+            line.rfind("|--", 0) != 0) {
+            ++rows;
+            EXPECT_TRUE(line.find('`') != std::string::npos ||
+                        line.find("not tested: ") != std::string::npos)
+                << line;
+        }
+    }
+    EXPECT_GT(rows, 40U);
+}
+
+TEST(TheSources, GoByNoClockThatCanJump) {
+    static const std::regex clock(
+        R"re(system_clock|high_resolution_clock|CLOCK_REALTIME|gettimeofday|\btime\((nullptr|NULL|0)\))re");
+    std::size_t seen = 0;
+    for (const char* folder :
+         {"vocabulary", "ipc", "profile", "client", "platform", "service", "voxtrel", "tools"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(root() / folder)) {
+            const fs::path kind = entry.path().extension();
+            if (kind == ".cpp" || kind == ".h") {
+                ++seen;
+                EXPECT_FALSE(std::regex_search(house::read(entry.path()), clock)) << entry.path();
+            }
+        }
+    }
+    EXPECT_GT(seen, 200U);
+}
+
 /// What the first group of `pattern` finds in a file.
 std::string firstIn(const fs::path& file, const std::string& pattern) {
     const std::string text = house::read(root() / file);
