@@ -59,7 +59,8 @@ def command_of(name, build):
     if name == "driver_bench":
         return [str(ROOT / "dev"), "bench", name]
     found = sorted(pathlib.Path(build, "bench").glob(f"*/{name}"))
-    return ["taskset", "-c", "0", str(found[0])] if found else None
+    processor = str(min(os.sched_getaffinity(0)))
+    return ["taskset", "-c", processor, str(found[0])] if found else None
 
 
 def measure(name, command):
@@ -89,6 +90,10 @@ def run(build, names):
     runs = kept.get("runs", {}) if kept.get("machine") == here else {}
     failed = False
     chosen = names or benchmarks(table)
+    unknown = [name for name in chosen if name not in benchmarks(table)]
+    if unknown:
+        print(f"report: there is no {' and no '.join(unknown)}", file=sys.stderr)
+        return 2
     for number, name in enumerate(chosen, 1):
         print(f"\n== {name} ({number} of {len(chosen)})", flush=True)
         command = command_of(name, build)
@@ -156,6 +161,13 @@ def missing_definitions(table, kept):
             yield f"figures.ini does not define {name}, which {source} prints"
 
 
+def missing_reasons(table, kept):
+    for entry in kept["runs"].values():
+        for name, value in report_page.parse(entry["lines"])["figure"].items():
+            if name in table and report_page.is_missed(value, table[name]) and "why" not in table[name]:
+                yield f"figures.ini does not say why the aim of {name} is missed"
+
+
 def old_files():
     files = made()
     for path in sorted({*FOLDER.glob("*.svg"), *files}):
@@ -166,7 +178,8 @@ def old_files():
 def complaints():
     kept = json.loads(KEPT.read_text())
     broken = list(broken_lines(kept))
-    return broken or [*missing_definitions(read_table(), kept), *old_files()]
+    table = read_table()
+    return broken or [*missing_definitions(table, kept), *missing_reasons(table, kept), *old_files()]
 
 
 def main(arguments):

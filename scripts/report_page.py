@@ -26,11 +26,14 @@ def shown(value, unit):
     return f"{value:.{digits}f}" + (f" {unit}" if unit else "")
 
 
+def is_missed(value, entry):
+    return "aim" in entry and not value <= float(entry["aim"])
+
+
 def row(name, value, entry):
     aim = entry.get("aim", "")
     if aim:
-        met = value <= float(aim)
-        aim = f"≤ {aim}" + ("" if met else ", **missed**")
+        aim = f"≤ {aim}" + (", **missed**" if is_missed(value, entry) else "")
     cells = [f"`{name}`", shown(value, entry.get("unit", "")), aim, entry["what"], entry.get("limit", "")]
     return "| " + " | ".join(cells) + " |"
 
@@ -62,6 +65,11 @@ def section(bench, table, run):
             if table[name].get("of") == bench and name in output["figure"]]
     if rows:
         text += ["", COLUMNS, *rows]
+    reasons = [f"- `{name}`: {table[name]['why']}" for name in table.sections()
+               if table[name].get("of") == bench and "why" in table[name]
+               and is_missed(output["figure"].get(name, 0), table[name])]
+    if reasons:
+        text += ["", "Why aims are missed:", "", *reasons]
     plots = {}
     for name, caption, svg in plots_of(bench, table, output):
         plots[name] = svg

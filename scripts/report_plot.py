@@ -15,7 +15,7 @@ text { font: 13px sans-serif; fill: #57606a; }
 .ideal { fill: none; stroke-width: 1.5; stroke-dasharray: 5 4; stroke-opacity: 0.8; }
 @media (prefers-color-scheme: dark) { text { fill: #adbac7; } }
 </style>"""
-COLOURS = ["#2f81d7", "#d9730d", "#2da160", "#c2479f", "#8f7ee7"]
+COLOURS = ["#2f81d7", "#d9730d", "#2da160", "#c2479f", "#8f7ee7", "#12a0b3"]
 
 
 class Scale:

@@ -2,6 +2,8 @@
 // The same work beside a crowd of one and beside a larger one, in turn.
 #include <cstdio>
 #include <functional>
+#include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -42,7 +44,7 @@ double settingTold(Stack& stack) {
 }
 
 double everybodySays(Stack& stack) {
-    return stack.everybodySays();
+    return stack.everybodysTurn();
 }
 
 struct Work {
@@ -59,9 +61,9 @@ constexpr Work kWorks[] = {
     {"scale_crowd_says", "a text of each spoken", everybodySays, true},
 };
 
-/// The ratio to the same beside one other client, for each work.
-std::vector<double> besides(Stack& one, Stack& many) {
-    std::vector<double> ratios;
+/// Each work beside the crowd, and in turn with it beside one other client.
+std::vector<Contest> besides(Stack& one, Stack& many) {
+    std::vector<Contest> results;
     for (const Work& work : kWorks) {
         const Contest result = contest(
             kRounds, [&] { return work.measure(many); }, [&] { return work.measure(one); });
@@ -69,9 +71,9 @@ std::vector<double> besides(Stack& one, Stack& many) {
         report((std::string(work.what) + ", clients besides: " + std::to_string(members)).c_str(),
                result);
         point(work.curve, static_cast<double>(members), result.value);
-        ratios.push_back(result.ratio);
+        results.push_back(result);
     }
-    return ratios;
+    return results;
 }
 
 /// Memory for each client of the crowd.
@@ -100,6 +102,24 @@ private:
     double mEach = 0;
 };
 
+double turnOf(Stack& stack, size_t members) {
+    stack.gather(members, "woken");
+    std::vector<double> turns;
+    for (int round = 0; round < kRounds; ++round) {
+        turns.push_back(stack.everybodysTurn());
+    }
+    point("scale_woken", static_cast<double>(members), median(turns));
+    return median(turns);
+}
+
+/// What the kernel takes for processes that are woken at once, and do nothing: the more there are,
+/// the less of each is still in the processor's caches.
+void wokenProcesses(const std::string& folder) {
+    Stack stack(folder, "woken");
+    const double hundred = turnOf(stack, 100);
+    figure("scale_woken_1000_over_100", turnOf(stack, 1000) / hundred);
+}
+
 }  // namespace
 
 void clients(const std::string& folder) {
@@ -108,26 +128,25 @@ void clients(const std::string& folder) {
     one.gather(1);
     Footprint service("service", many.service().pid());
     Footprint manager("manager", many.manager().pid());
-    std::vector<double> ratios;
-    std::vector<double> hundred;
+    std::map<size_t, std::vector<Contest>> results;
     for (const size_t members : {1U, 10U, 100U, 1000U}) {
         many.gather(members);
-        hundred = ratios;
         service.measure(members);
         manager.measure(members);
-        ratios = besides(one, many);
+        results[members] = besides(one, many);
     }
-    for (size_t i = 0; i < ratios.size(); ++i) {
+    for (size_t i = 0; i < std::size(kWorks); ++i) {
         const std::string name = kWorks[i].curve;
-        figure(name + "_1000_over_1", ratios[i]);
+        figure(name + "_1000_over_1", results[1000][i].ratio);
         if (kWorks[i].isForAll) {
-            figure(name + "_1000_over_100", ratios[i] / hundred[i]);
+            figure(name + "_1000_over_100", results[1000][i].value / results[100][i].value);
         }
     }
     service.tell();
     manager.tell();
     distribution("scale_say_to_event_1", one.client().ask("events 500"));
     distribution("scale_say_to_event_1000", many.client().ask("events 500"));
+    wokenProcesses(folder);
 }
 
 namespace {
@@ -194,7 +213,7 @@ void queues(const std::string& folder) {
     QueueSize hundred(100);
     QueueSize some(1000);
     QueueSize many(10'000);
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         for (QueueSize* size : {&one, &hundred, &some, &many}) {
             size->measure(stack);
         }

@@ -34,7 +34,7 @@ Held heldBy(Stack& stack) {
             privateKib(manager)};
 }
 
-/// Threads of the service's pool come when they are needed, and stay.
+/// Threads of the service's pool come when they are needed, and stay; of a client there is none.
 constexpr size_t kPool = 16;
 
 bool isFreed(Stack& stack, const Held& before) {
@@ -48,7 +48,7 @@ struct Deaths {
     double toFreed;
 };
 
-Deaths dieAtOnce(Stack& stack, const Held* before) {
+Deaths dieAtOnce(Stack& stack, const Held& before) {
     constexpr int64_t kTooLongNs = 60'000'000'000;
     Deaths result = {};
     const int64_t killed = nowNs();
@@ -59,7 +59,7 @@ Deaths dieAtOnce(Stack& stack, const Held* before) {
         if (poll(&alive, hasEnded ? 0U : 1U, 1) == 1) {
             result.toEndOfFile = elapsed();
         }
-        if (result.toFreed == 0 && (before == nullptr || isFreed(stack, *before))) {
+        if (isFreed(stack, before) && result.toFreed == 0) {
             result.toFreed = elapsed();
         }
         if (nowNs() - killed > kTooLongNs) {
@@ -76,21 +76,23 @@ struct Wave {
     int rounds;
     std::vector<double> freed;
     std::vector<double> overEndOfFile;  ///< of the same processes
-    std::vector<double> overIdle;       ///< of processes that were no clients
+    std::vector<double> idle;           ///< end-of-file of processes that were no clients
+    std::vector<double> overIdle;
 };
 
 void die(Stack& stack, const Held& before, Wave& wave) {
     stack.gather(wave.members, "idle");
-    const Deaths idle = dieAtOnce(stack, nullptr);
+    const Deaths idle = dieAtOnce(stack, before);
     stack.gather(wave.members);
-    const Deaths clients = dieAtOnce(stack, &before);
+    const Deaths clients = dieAtOnce(stack, before);
     wave.freed.push_back(clients.toFreed);
     wave.overEndOfFile.push_back(clients.toFreed / clients.toEndOfFile);
+    wave.idle.push_back(idle.toEndOfFile);
     wave.overIdle.push_back(clients.toFreed / idle.toEndOfFile);
 }
 
 void tellMemory(Stack& stack, const Held& fresh, const Held& full, const Held& first,
-                unsigned members) {
+                size_t deaths) {
     const Held last = heldBy(stack);
     const auto share = [](double kept, double taken) { return kept / taken; };
     figure("scale_deaths_kept_of_service",
@@ -99,7 +101,8 @@ void tellMemory(Stack& stack, const Held& fresh, const Held& full, const Held& f
            share(first.managerKib - fresh.managerKib, full.managerKib - fresh.managerKib));
     // What is kept for later is used again: nothing more is kept however many come and die.
     figure("scale_deaths_leaked_kib",
-           (last.serviceKib - first.serviceKib + last.managerKib - first.managerKib) / members);
+           (last.serviceKib - first.serviceKib + last.managerKib - first.managerKib) /
+               static_cast<double>(deaths));
 }
 
 }  // namespace
@@ -110,13 +113,23 @@ void deathsAtOnce(const std::string& folder) {
     const Held fresh = heldBy(stack);
     stack.gather(kMost);
     const Held full = heldBy(stack);
-    (void)dieAtOnce(stack, &fresh);
+    (void)dieAtOnce(stack, fresh);
+    const Held once = heldBy(stack);
+    stack.gather(kMost);
+    (void)dieAtOnce(stack, once);
     const Held first = heldBy(stack);
-    std::vector<Wave> waves = {{10, 9, {}, {}, {}}, {100, 5, {}, {}, {}}, {kMost, 3, {}, {}, {}}};
-    for (Wave& wave : waves) {
-        for (int round = 0; round < wave.rounds; ++round) {
-            die(stack, first, wave);
+    size_t deaths = 0;
+    std::vector<Wave> waves = {
+        {10, 9, {}, {}, {}, {}}, {100, 5, {}, {}, {}, {}}, {kMost, 3, {}, {}, {}, {}}};
+    for (int round = 0; round < waves.front().rounds; ++round) {
+        for (Wave& wave : waves) {
+            if (round < wave.rounds) {
+                die(stack, first, wave);
+                deaths += wave.members;
+            }
         }
+    }
+    for (const Wave& wave : waves) {
         std::printf(
             "%4u deaths at once: all freed after %.2f ms, %.3f of the kernel's end-of-file, "
             "%.3f of that of processes that are no clients\n",
@@ -128,9 +141,11 @@ void deathsAtOnce(const std::string& folder) {
     figure("scale_deaths_1000_ms", median(waves[2].freed) / 1000);
     figure("scale_deaths_1000_over_10", median(waves[2].freed) / median(waves[0].freed));
     figure("scale_deaths_1000_over_100", median(waves[2].freed) / median(waves[1].freed));
+    figure("scale_deaths_idle_1000_over_10", median(waves[2].idle) / median(waves[0].idle));
+    figure("scale_deaths_idle_1000_over_100", median(waves[2].idle) / median(waves[1].idle));
     figure("scale_deaths_over_eof", median(waves[2].overEndOfFile));
     figure("scale_deaths_over_idle_eof", median(waves[2].overIdle));
-    tellMemory(stack, fresh, full, first, kMost);
+    tellMemory(stack, fresh, full, first, deaths);
 }
 
 }  // namespace bench

@@ -20,6 +20,16 @@ void makePipe(int (&ends)[2], int flags) {
     }
 }
 
+/// A failed one must not be taken for a process: to signal -1 is to signal everybody.
+pid_t forkOrExit() {
+    const pid_t pid = fork();
+    if (pid < 0) {
+        std::perror("fork");
+        std::exit(1);
+    }
+    return pid;
+}
+
 [[noreturn]] void become(const Words& command) {
     std::vector<char*> arguments;
     for (const std::string& word : command) {
@@ -37,7 +47,7 @@ Process::Process(const Words& command) {
     int out[2];
     makePipe(in, O_CLOEXEC);
     makePipe(out, O_CLOEXEC);
-    mPid = fork();
+    mPid = forkOrExit();
     if (mPid == 0) {
         dup2(in[0], STDIN_FILENO);
         dup2(out[1], STDOUT_FILENO);
@@ -92,7 +102,7 @@ void Crowd::add(const Words& command) {
         mAlive = ends[0];
         mHeld = ends[1];
     }
-    const pid_t member = fork();
+    const pid_t member = forkOrExit();
     if (member == 0) {
         setpgid(0, mGroup);
         become(command);

@@ -46,7 +46,7 @@ void Stack::gather(size_t members, const char* kind) {
     waitUntil([&] { return mBoard.joined == members; });
 }
 
-double Stack::everybodySays() {
+double Stack::everybodysTurn() {
     const auto all = static_cast<uint32_t>(mBoard.ended + mCrowd.size());
     const int64_t called = nowNs();
     nextTurn(mBoard);

@@ -22,10 +22,11 @@ public:
     Process& client() { return *mClient; }
     Crowd& crowd() { return mCrowd; }
 
-    /// Lets the crowd grow to so many. `kind`: of a client's, "crowd" or "idle".
+    /// Lets the crowd grow to so many. `kind`: of a client's, "crowd", "idle" or "woken".
     void gather(size_t members, const char* kind = "crowd");
-    /// Each of the crowd says one text: microseconds until the last of them has been spoken.
-    double everybodySays();
+    /// Each of the crowd has its turn: microseconds until the last has had its text spoken, or has
+    /// run.
+    double everybodysTurn();
     void killCrowd();
 
 private:

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // A client of the service, as an application is one.
 // usage: scale_client BOARD crowd   joins, says one text at each turn, and counts what it is told
-//        scale_client BOARD idle    does not join, and waits
+//        scale_client BOARD idle    is no client, and waits
+//        scale_client BOARD woken   is no client, and counts at each turn that it has run
 //        scale_client BOARD         does what the lines on standard input say, and prints a line of
 //                                   microseconds for each:
 //   events N       from say to the started event, N times
@@ -161,6 +162,15 @@ void obey(TTS::TTSClientPrivate& client) {
     }
 }
 
+[[noreturn]] void beWoken() {
+    uint32_t turn = gBoard->turn;
+    ++gBoard->joined;
+    for (;;) {
+        turn = awaitTurn(*gBoard, turn);
+        note(gBoard->ended);
+    }
+}
+
 [[noreturn]] void beOneOfTheCrowd(TTS::TTSClientPrivate& client) {
     uint32_t turn = gBoard->turn;
     ++gBoard->joined;
@@ -175,6 +185,9 @@ int run(const std::string& what) {
         ++gBoard->joined;
         pause();
         return 0;
+    }
+    if (what == "woken") {
+        beWoken();
     }
     android::ProcessState::self()->startThreadPool();
     TTS::TTSClientPrivate client("scale_client", what == "crowd" ? onCrowdEvent : onEvent);

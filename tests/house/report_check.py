@@ -60,6 +60,11 @@ def forget_definition(root):
     change(root / "docs/performance/figures.ini", "[say_over_plain]", "[other]")
 
 
+def forget_reasons(root):
+    table = root / "docs/performance/figures.ini"
+    table.write_text(table.read_text().replace("\nwhy = ", "\nwhere = "))
+
+
 def add_figure(root):
     change(root / "bench/ipc/ipc_bench.cpp", '"figure say_over_plain', '"figure brand_new')
 
@@ -71,6 +76,7 @@ FAULTS = [
     (edit_figure, "performance.md is not what"),
     (print_another_kind_of_line, "a line of another kind"),
     (forget_definition, "does not define say_over_plain"),
+    (forget_reasons, "does not say why the aim of "),
     (add_figure, "does not define brand_new"),
 ]
 
