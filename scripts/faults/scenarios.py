@@ -1,0 +1,145 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What each program does while a call of its own fails."""
+import subprocess
+import time
+
+from checks import check_end, check_lines, end_in_time
+from tool import Tool
+from world import HANG, Broken
+
+
+class Client:
+    """A program on one of the libraries. Only what the fault meets may fail."""
+
+    def __init__(self, program):
+        self.program = self.name = program
+
+    def run(self, world, point):
+        world.ensure_peers()
+        times = 3
+        got = world.run(self.program, [str(times)], world.injected(self.program, point))
+        # The runtime says what it could not do.
+        told = [line for line in got.stderr.splitlines() if not line.startswith("binder[")]
+        check_lines(0, got.stderr, point)
+        if got.returncode != 0 or told:
+            raise Broken(f"{self.name} has ended with {got.returncode}: "
+                         f"{got.stdout.strip()[-200:]} {got.stderr.strip()[-300:]}")
+        done = got.stdout.count("done")
+        if done < (times if point.must_succeed else times - 1) and \
+                (point.times == 1 or point.must_succeed):
+            raise Broken(f"only {done} of {times} times done: {got.stdout.strip()}")
+        world.expect_peers(world.manager, world.service)
+        world.check_served()
+
+
+class Service:
+    """voxtreld: from its start, through a client's life, to its end."""
+
+    program = name = "voxtreld"
+
+    def run(self, world, point):
+        if world.manager is None or world.manager.poll() is not None:
+            world.start_manager()
+        if world.service is not None and world.service.poll() is None:
+            end_in_time(world.service, "the service before")
+        before = world.speed
+        speed = world.next_speed()
+        world.start_service(world.injected(self.program, point))
+        under_test = world.service
+        client = subprocess.Popen([world.program("faults_cpp_client"), "1", str(speed)], env=world.env,
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                  stdin=subprocess.DEVNULL, cwd=world.folder)
+        try:
+            text = self.watch(world, under_test, client)
+        finally:
+            if client.poll() is None:
+                client.kill()
+            said, _ = client.communicate()
+        status = end_in_time(under_test, self.name)
+        if world.service is under_test:
+            text = world.text("service.log")
+        check_end(self.name, status, text)
+        if client.returncode != 0 or (point.must_succeed and "done" not in said):
+            raise Broken(f"the client beside it has ended with {client.returncode}: {said}")
+        check_lines(status, text, point)
+        if world.service.poll() is not None:
+            world.start_service()
+        found = world.check_served()
+        world.speed = found
+        # A disk that takes nothing keeps nothing: then the service has said so.
+        if f"changed {speed}" in said and found != speed and "may not survive" not in text:
+            raise Broken(f"speed {speed} was acknowledged and is {found}")
+        if found not in (speed, before):
+            raise Broken(f"speed is {found}, which nobody has set")
+        world.expect_peers(world.manager)
+
+    def watch(self, world, service, client):
+        """Starts another service for the client if this one ends. @return what this one has said."""
+        end = time.monotonic() + HANG
+        text = ""
+        while client.poll() is None and time.monotonic() < end:
+            if world.service is service and service.poll() is not None:
+                text = world.text("service.log")
+                world.start_service()
+            time.sleep(0.005)
+        if client.poll() is None:
+            raise Broken("the client beside it hangs")
+        return text
+
+
+class Manager:
+    """voxtrel-servicemanager: a service registers, clients come and go."""
+
+    program = name = "voxtrel-servicemanager"
+
+    def run(self, world, point):
+        if world.manager is not None and world.manager.poll() is None:
+            end_in_time(world.manager, "the manager before")
+        world.start_manager(world.injected(self.program, point))
+        under_test = world.manager
+        if under_test.poll() is not None:
+            text = world.text("manager.log")
+            world.start_manager()
+        else:
+            text = ""
+        world.ensure_peers()
+        client = subprocess.Popen([world.program("faults_cpp_client"), "2"], env=world.env,
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                  stdin=subprocess.DEVNULL, cwd=world.folder)
+        end = time.monotonic() + HANG
+        while client.poll() is None and time.monotonic() < end:
+            if world.manager is under_test and under_test.poll() is not None:
+                text = world.text("manager.log")
+                world.start_manager()
+            time.sleep(0.005)
+        hangs = client.poll() is None
+        if hangs:
+            client.kill()
+        said, _ = client.communicate()
+        status = end_in_time(under_test, self.name) if world.manager is not under_test or hangs else None
+        if status is None:
+            if point.times == 1:
+                world.check_served()
+            status = end_in_time(under_test, self.name)
+            text = world.text("manager.log")
+        check_end(self.name, status, text)
+        check_lines(status, text, point)
+        if hangs or client.returncode != 0:
+            raise Broken(f"the client beside it has ended with {client.returncode}: {said}")
+        if world.manager.poll() is not None:
+            world.start_manager()
+        world.check_served()
+        world.expect_peers(world.service)
+
+
+SCENARIOS = [
+    Service(), Manager(), Client("faults_cpp_client"), Client("faults_c_client"),
+    Client("faults_runtime_client"),
+    Tool("say", "--wait", "One, two, three."), Tool("say", "--json", "-f", "-", given="One, two, three.\n"),
+    Tool("silence", "--wait", "1"), Tool("stop"), Tool("lock", "--", "true"), Tool("break-lock"),
+    Tool("status"), Tool("languages"), Tool("voices", "--json"), Tool("doctor"), Tool("get"),
+    Tool("set", "speed", "SPEED"), Tool("enable", "speech"), Tool("disable", "speech"),
+    Tool("profile", "show", "kept.ini"), Tool("profile", "save", "kept.ini"),
+    Tool("profile", "load", "kept.ini"), Tool("profile", "copy", "kept.ini", "copy.ini"),
+    Tool("profile", "remove", "copy.ini"),
+]
