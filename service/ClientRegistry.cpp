@@ -16,7 +16,9 @@ public:
     CallbackDeathRecipient(ClientRegistry& registry, uint32_t pid)
         : mRegistry(&registry), mPid(pid) {}
 
-    void binderDied(const android::wp<android::IBinder>& /*who*/) override {
+    /// Without memory the service ends here, and another takes its place: a runtime that went on
+    /// would leave the lock and the texts of the dead for good.
+    void binderDied(const android::wp<android::IBinder>& /*who*/) noexcept override {
         const MutexLock lock(mMutex);
         if (mRegistry != nullptr) {
             mRegistry->died(mPid, this);
@@ -119,6 +121,11 @@ int ClientRegistry::add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICall
     if (linked == android::DEAD_OBJECT) {
         died(pid, client.deathRecipient.get());
         return TTS::STATUS_BAD_PARAMETER;
+    }
+    if (linked != android::OK && linked != android::INVALID_OPERATION) {
+        (void)remove(pid);  // nobody would hear of its death
+        const MutexLock lock(mMutex);
+        return refuse(pid, uid);
     }
     return TTS::STATUS_OK;
 }

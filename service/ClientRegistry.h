@@ -63,7 +63,8 @@ public:
     /// Registers a client. It replaces an earlier callback of the same process, and gets the events
     /// that were not sent to that one yet.
     /// @return -3, with the client forgotten, if the callback is dead already; -12, with nothing
-    ///     changed, if there are too many clients or threads.
+    ///     changed, if there are too many clients or threads; -12, with the client forgotten, if
+    ///     its death cannot be watched.
     int add(uint32_t pid, uint32_t uid, const android::sp<TTS::ICallback>& callback);
 
     /// Removes a process that unregisters. @return false if it was not registered.

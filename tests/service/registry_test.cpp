@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <new>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -65,6 +67,29 @@ TEST_F(AClientThatLeft, IsNotKnownByTheUserItHadBeforeItCameAgain) {
     visit(1, kUser + 1);
     EXPECT_FALSE(registry.isUser(1, kUser, now));
     EXPECT_TRUE(registry.isUser(1, kUser + 1, now));
+}
+
+TEST(AClientWhoseDeathCannotBeWatched, IsRefusedUntilItCan) {
+    ClientRegistry registry([](uint32_t) {}, 1000);
+    const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+    remote->answerLinksWith(android::NO_MEMORY);
+    EXPECT_EQ(STATUS_QUEUE_FULL, registry.add(1, 1000, new TTS::BpCallback(remote)));
+    EXPECT_FALSE(registry.contains(1));
+    EXPECT_TRUE(registry.isRefused(1));
+    remote->answerLinksWith(android::OK);
+    EXPECT_EQ(STATUS_OK, registry.add(1, 1000, new TTS::BpCallback(remote)));
+    EXPECT_EQ(1U, remote->links());
+}
+
+TEST(AServiceWithoutMemoryForADeath, EndsForAnotherToTakeItsPlace) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto meetDeath = [] {
+        ClientRegistry registry([](uint32_t) { throw std::bad_alloc(); }, 1000);
+        const android::sp<support::RecordingRemote> remote = new support::RecordingRemote();
+        (void)registry.add(1, 1000, new TTS::BpCallback(remote));
+        remote->die();
+    };
+    EXPECT_EXIT(meetDeath(), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST(TheRegistry, OfFewClientsKnowsManyThatItHasRefused) {
