@@ -101,7 +101,8 @@ Port::Found BinderPort::find(std::function<void()> died) {
         return {nullptr, Reach::NotTrusted, registered.peer};
     }
     const android::sp<Watch> watch = new Watch(std::move(died));
-    if (registered.binder->linkToDeath(watch, nullptr, 0) == android::DEAD_OBJECT) {
+    const android::status_t linked = registered.binder->linkToDeath(watch, nullptr, 0);
+    if (linked != android::OK && linked != android::INVALID_OPERATION) {  // refused by a local one
         return {nullptr, Reach::NoService};
     }
     mWatch = watch;
