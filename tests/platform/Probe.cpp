@@ -15,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 
 #include "tests/support/Eventually.h"
@@ -109,6 +110,8 @@ protected:
                 throw std::runtime_error("on purpose");
             case kThrowNumber:
                 throw 42;  // NOLINT: not a class, on purpose
+            case kRunOut:
+                throw std::bad_alloc();
             case kEndThread:
                 endThread();
             case kEnded:

@@ -48,6 +48,7 @@ enum Code : uint32_t {
     kThrowNumber,  ///< ends with an exception of no class
     kEndThread,    ///< ends the thread that serves it
     kEnded,        ///< -> int32 threads that kEndThread has ended
+    kRunOut,       ///< ends for lack of memory
     kHeap,         ///< -> int32 KiB of heap that the process has in use
 };
 

@@ -52,6 +52,7 @@ TEST_F(ACallAcrossProcesses, SurvivesAnExceptionInTheService) {
     Call call;
     EXPECT_EQ(android::UNKNOWN_ERROR, call.to(mNode, probe::kThrow));
     EXPECT_EQ(android::UNKNOWN_ERROR, call.to(mNode, probe::kThrowNumber));
+    EXPECT_EQ(android::NO_MEMORY, call.to(mNode, probe::kRunOut));
     EXPECT_EQ(OK, mNode->pingBinder());
 }
 

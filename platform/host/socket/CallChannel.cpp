@@ -66,12 +66,8 @@ void logLost(const Incoming& message) {
 
 status_t call(BBinder& node, Incoming& incoming, pid_t caller, Parcel* reply) {
     const Header& header = incoming.envelope.header();
-    try {
-        return serveCall(node, {caller, incoming.envelope.senderUid()}, header.code,
-                         incoming.parcel, reply, header.flags);
-    } catch (const std::bad_alloc&) {
-        return NO_MEMORY;
-    }
+    return serveCall(node, {caller, incoming.envelope.senderUid()}, header.code, incoming.parcel,
+                     reply, header.flags);
 }
 
 ConnectionServer::~ConnectionServer() {

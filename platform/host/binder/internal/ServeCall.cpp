@@ -4,6 +4,7 @@
 #include <cxxabi.h>
 
 #include <exception>
+#include <new>
 
 #include "binder/IPCThreadState.h"
 #include "support/Log.h"
@@ -51,6 +52,9 @@ __attribute__((no_sanitize("null"))) status_t serveCall(BBinder& object, const C
     status_t status = UNKNOWN_ERROR;
     try {
         status = object.transact(code, data, reply, flags);
+    } catch (const std::bad_alloc& error) {
+        status = NO_MEMORY;
+        logException(caller, code, error.what());
     } catch (const std::exception& error) {
         logException(caller, code, error.what());
 #ifdef __GLIBCXX__  // libc++ enters no handler then

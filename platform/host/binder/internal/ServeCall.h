@@ -19,8 +19,9 @@ struct Caller {
 
 /// Has `object` carry out a call from another process. Meanwhile `getCallingPid` and
 /// `getCallingUid` are `caller`'s; they are restored afterwards, so that calls may nest in a
-/// thread. An exception that leaves the implementation is logged and gives `UNKNOWN_ERROR`. `data`
-/// is empty afterwards, so that the binders in a request are released before its reply is sent.
+/// thread. An exception that leaves the implementation is logged and gives `UNKNOWN_ERROR`, one for
+/// lack of memory `NO_MEMORY`. `data` is empty afterwards, so that the binders in a request are
+/// released before its reply is sent.
 status_t serveCall(BBinder& object, const Caller& caller, uint32_t code, Parcel& data,
                    Parcel* reply, uint32_t flags);
 
