@@ -55,6 +55,10 @@ class Service:
             if client.poll() is None:
                 client.kill()
             said, _ = client.communicate()
+        if point.times == 1:
+            text = text or self.outlive_a_holder(world, under_test)
+            if under_test.poll() is None:
+                self.check_serves_on(world)
         status = end_in_time(under_test, self.name)
         if world.service is under_test:
             text = world.text("service.log")
@@ -72,6 +76,29 @@ class Service:
         if found not in (speed, before):
             raise Broken(f"speed is {found}, which nobody has set")
         world.expect_peers(world.manager)
+
+    def check_serves_on(self, world):
+        """Of two visitors one may be whom the fault meets."""
+        try:
+            world.check_served()
+        except Broken:
+            world.check_served()
+
+    def outlive_a_holder(self, world, service):
+        """A process is killed while it has the lock, which the next one gets. @return as `watch`."""
+        lock = [world.program("voxtrelctl"), "lock", "--timeout"]
+        holder = subprocess.Popen([*lock, "5", "--", "sh", "-c", "echo held; exec cat"], env=world.env,
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        holder.stdout.readline()
+        holder.kill()
+        holder.communicate()
+        waiter = subprocess.Popen([*lock, "20", "--", "true"], env=world.env, stdin=subprocess.DEVNULL,
+                                  stderr=subprocess.PIPE, text=True)
+        text = self.watch(world, service, waiter)
+        _, said = waiter.communicate()
+        if waiter.returncode != 0:
+            raise Broken(f"the lock of a killed process is not free: {said}")
+        return text
 
     def watch(self, world, service, client):
         """Starts another service for the client if this one ends. @return what this one has said."""
@@ -143,3 +170,5 @@ SCENARIOS = [
     Tool("profile", "load", "kept.ini"), Tool("profile", "copy", "kept.ini", "copy.ini"),
     Tool("profile", "remove", "copy.ini"),
 ]
+# Crashes where a call fails; its failure shows that this is seen.
+CARELESS = Client("faults_careless_client")

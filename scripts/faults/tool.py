@@ -43,14 +43,32 @@ class Tool:
         if got.returncode == 0 and len(lines) > 1:
             raise Broken(f"status 0 with these lines: {got.stderr!r}")
         world.expect_peers(world.manager, world.service)
-        self.check_files(world, got)
+        self.check_files(world)
         if "disable" in self.arguments:
+            refused = world.run("voxtrelctl", ["say", "--wait", "One."])
+            if got.returncode == 0 and "voxtrelctl: -1 " not in refused.stderr:
+                raise Broken(f"speech is not disabled: {refused.stderr!r}")
             world.run("voxtrelctl", ["enable", "speech"])
         found = world.check_served()
         if "SPEED" in self.arguments and got.returncode == 0 and found != speed:
             raise Broken(f"speed {speed} was acknowledged and is {found}")
+        if self.arguments[0] == "profile" and got.returncode == 0:
+            self.check_profiles(world, found)
 
-    def check_files(self, world, got):
+    def check_profiles(self, world, speed):
+        """What was acknowledged is done; `speed` is the service's."""
+        kept, copied = world.folder / "kept.ini", world.folder / "copy.ini"
+        done = {
+            "show": lambda: True,
+            "save": lambda: f"\nspeed={speed}\n" in kept.read_text(),
+            "load": lambda: f"\nspeed={speed}\n" in world.profile,
+            "copy": lambda: copied.read_text() == world.profile,
+            "remove": lambda: not copied.exists(),
+        }
+        if not done[self.arguments[1]]():
+            raise Broken(f"{self.name} was acknowledged and is not done")
+
+    def check_files(self, world):
         for name in ("kept.ini", "copy.ini"):
             path = world.folder / name
             text = path.read_text() if path.exists() else None

@@ -3,6 +3,7 @@
  * usage: faults_c_client TIMES. As faults_cpp_client, in C: events arrive on the application's own
  * thread. Every status that is not VX_OK must be one that voxtrel.h names.
  */
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -94,5 +95,10 @@ int main(int argc, char** argv) {
     for (i = 0; i < times; ++i) {
         attempt();
     }
+#ifdef FAULTS_CARELESS
+    if (rename("neither", "nor") != 0 && errno == ENOSPC) {
+        abort();
+    }
+#endif
     return 0;
 }

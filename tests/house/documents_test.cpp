@@ -187,8 +187,11 @@ TEST(TheGuideToReliability, HasATestForEachFault) {
         if (std::count(line.begin(), line.end(), '|') == 6 && line.rfind("| Fault", 0) != 0 &&
             line.rfind("|--", 0) != 0) {
             ++rows;
-            EXPECT_TRUE(line.find('`') != std::string::npos ||
-                        line.find("not tested: ") != std::string::npos)
+            const std::size_t end = line.rfind('|');
+            const std::size_t last = line.rfind('|', end - 1);
+            const std::string shown = line.substr(last, end - last);
+            EXPECT_TRUE(shown.find('`') != std::string::npos ||
+                        shown.find("not tested: ") != std::string::npos)
                 << line;
         }
     }
