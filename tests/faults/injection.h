@@ -5,9 +5,9 @@
 #include <atomic>
 #include <cstdint>
 
-/// What the preloaded library and the runner (scripts/faults/record.py) share: a file that both map. It
-/// tells how often a program has made the call that is to fail, from which places, and where it
-/// has failed, however the program ended.
+/// What the preloaded library and the runner (scripts/faults/record.py) share: a file that both
+/// map. It tells how often a program has made the call that is to fail, from which places, and
+/// where it has failed, however the program ended.
 namespace voxtrel_faults {
 
 constexpr int kMaxFrames = 24;
