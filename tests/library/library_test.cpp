@@ -9,9 +9,9 @@
 
 #include "client/SharedConnection.h"
 #include "client/TTSClientPrivate.h"
-#include "ipc/BnTextToSpeechFestival.h"
 #include "ipc/BpCallback.h"
 #include "ipc/BpTextToSpeechFestival.h"
+#include "tests/support/RecordingService.h"
 
 namespace {
 
@@ -29,31 +29,12 @@ struct OwnError {};
 class Remote : public android::BBinder {};
 
 /// An application's service; whoever says something to it is sorry.
-class OwnService : public TTS::BnTextToSpeechFestival {
+class OwnService : public support::RecordingService {
 public:
     int say(unsigned, unsigned, const std::string&, unsigned, float, unsigned, unsigned, unsigned,
             float, EN_VOXTREL_LANGUAGE) override {
         throw OwnError();
     }
-    int silence(unsigned, unsigned, unsigned, unsigned) override { return 0; }
-    int stopAndFlush(unsigned, unsigned) override { return 0; }
-    int setEnable(unsigned, bool) override { return 0; }
-    int setVerbosity(unsigned, int) override { return 0; }
-    int setGlobalRate(unsigned, unsigned) override { return 0; }
-    int setEnable2(unsigned, VOXTRELAPI_GCONF, bool) override { return 0; }
-    int enabled2(unsigned, VOXTRELAPI_GCONF, void*) override { return 0; }
-    int setGlobalConfig(unsigned, VOXTRELAPI_GCONF, void*) override { return 0; }
-    int globalConfig(unsigned, VOXTRELAPI_GCONF, void*) override { return 0; }
-    bool enabled() const override { return true; }
-    int verbosity() override { return 0; }
-    int globalRate() override { return 0; }
-    int factoryReset(unsigned) override { return 0; }
-    int registerCallback(unsigned, const sp<TTS::ICallback>&) override { return 0; }
-    int deregisterCallback(unsigned) override { return 0; }
-    int lock(unsigned) override { return 0; }
-    int unlock(unsigned) override { return 0; }
-    bool locked() override { return false; }
-    int getCapabilities(TTS::Capabilities&) override { return 0; }
 };
 
 class OwnCallback : public TTS::BnCallback {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A process that speaks the wire badly, on purpose, to a service manager or to a client: it alone
-// suffers.
+// A process that speaks the wire badly, on purpose, to a service manager: it alone suffers.
 #include <binder/ProcessState.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,7 +13,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -440,86 +438,6 @@ TEST_F(AHostilePeer, WhoseServiceDoesNotListenCostsTheManagerNoTime) {
     }
     EXPECT_EQ(2, quickInARow) << "the manager waits for it again";
     othersAreServed();
-}
-
-// A service manager of the test's own that answers as it likes.
-class AHostileServer : public testing::Test {
-protected:
-    void SetUp() override {
-        char folder[] = "/tmp/voxtrel-test-XXXXXX";
-        ASSERT_TRUE(mkdtemp(folder) != nullptr);
-        mPath = std::string(folder) + "/binder";
-        setenv("VOXTREL_BINDER_SOCKET", mPath.c_str(), 1);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::memcpy(address.sun_path, mPath.data(), mPath.size());
-        ASSERT_EQ(0, bind(mListener.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)));
-        ASSERT_EQ(0, listen(mListener.get(), 8));
-    }
-    void TearDown() override {
-        unlink(mPath.c_str());
-        rmdir(mPath.substr(0, mPath.rfind('/')).c_str());
-    }
-
-    enum class Then { ExpectHangUp, Leave, LeaveWithTheControl };
-
-    // Lets one call come in, answers it with these bytes, and gives its result.
-    android::status_t answerOnce(const Bytes& bytes, int fd, Then then) {
-        std::thread server([&] {
-            auto control = std::make_unique<raw::Fd>(accept(mListener.get(), nullptr, nullptr));
-            const raw::Fd calls = raw::receiveFd(control->get());
-            (void)raw::receive(calls.get());
-            if (then == Then::LeaveWithTheControl) {
-                control.reset();
-                return;
-            }
-            EXPECT_TRUE(
-                raw::send(calls.get(), bytes, fd >= 0 ? std::vector<int>{fd} : std::vector<int>{}));
-            if (then == Then::ExpectHangUp) {
-                EXPECT_TRUE(raw::hangsUp(calls.get()));
-            }
-        });
-        const sp<IBinder> manager = android::ProcessState::self()->getContextObject(nullptr);
-        android::Parcel reply;
-        const android::status_t status =
-            manager->transact(IBinder::PING_TRANSACTION, android::Parcel(), &reply);
-        EXPECT_EQ(0U, reply.dataSize());
-        server.join();
-        return status;
-    }
-
-    void expectFailure(const Bytes& bytes, int fd = -1) {
-        EXPECT_EQ(android::FAILED_TRANSACTION, answerOnce(bytes, fd, Then::ExpectHangUp));
-    }
-
-    std::string mPath;
-    raw::Fd mListener{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
-};
-
-TEST_F(AHostileServer, MakesACallFailWithAReplyThatMakesNoSense) {
-    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    expectFailure(Bytes(3));
-    expectFailure(raw::packet(words(raw::kRequest, 1)));
-    expectFailure(raw::packet(sized(words(raw::kReply), 0x7FFFFFFF)));
-    expectFailure(
-        raw::packet(sized(words(raw::kReply), 24, 1), raw::joined(Bytes(24), raw::record(0, 5))),
-        null.get());
-}
-
-TEST_F(AHostileServer, LeavesNoDescriptorBehindThatItHasNotAnnounced) {
-    const raw::Fd null(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    EXPECT_EQ(OK, answerOnce(raw::packet(words(raw::kReply)), -1, Then::Leave));
-    const int before = probe::descriptors();
-    EXPECT_EQ(OK, answerOnce(raw::packet(words(raw::kReply)), null.get(), Then::Leave));
-    EXPECT_TRUE(voxtrel_test::eventually([before] { return probe::descriptors() <= before; }));
-}
-
-TEST_F(AHostileServer, ThatGoesAwayIsDead) {
-    EXPECT_EQ(android::DEAD_OBJECT, answerOnce({}, -1, Then::LeaveWithTheControl));
-}
-
-TEST_F(AHostileServer, MayAnswerSoundly) {
-    EXPECT_EQ(OK, answerOnce(raw::packet(words(raw::kReply)), -1, Then::Leave));
 }
 
 }  // namespace

@@ -38,40 +38,38 @@ private:
     int mTimes = 0;
 };
 
-void expectToBeServedAgain(bool paused) {
-    Reactor reactor;
-    ThreadPool pool(reactor);
-    SocketPair pair = makeSocketPair();
-    const auto handler = std::make_shared<StarvedHandler>(reactor, std::move(pair.served), paused);
-    ASSERT_TRUE(reactor.add(handler));
-    pair.held.reset();
+class AHandlerWithoutMemory : public testing::TestWithParam<bool> {
+protected:
+    void add(bool paused) {
+        SocketPair pair = makeSocketPair();
+        mHandler = std::make_shared<StarvedHandler>(mReactor, std::move(pair.served), paused);
+        ASSERT_TRUE(mReactor.add(mHandler));
+        pair.held.reset();
+    }
+
+    Reactor mReactor;
+    ThreadPool mPool{mReactor};
+    std::shared_ptr<StarvedHandler> mHandler;
+};
+
+TEST_P(AHandlerWithoutMemory, IsServedAgainThoughItMayHaveBeenPaused) {
+    ASSERT_NO_FATAL_FAILURE(add(GetParam()));
     for (int times = 1; times <= 2; ++times) {
-        const std::shared_ptr<EventHandler> ready = reactor.wait(kLongMs);
-        ASSERT_EQ(handler, ready);
-        pool.serve(*ready);
-        EXPECT_EQ(times, handler->times());
+        const std::shared_ptr<EventHandler> ready = mReactor.wait(kLongMs);
+        ASSERT_EQ(mHandler, ready);
+        mPool.serve(*ready);
+        EXPECT_EQ(times, mHandler->times());
     }
 }
 
-TEST(AHandlerWithoutMemory, IsServedAgain) {
-    expectToBeServedAgain(false);
+TEST_P(AHandlerWithoutMemory, IsNotServedAgainOnceItWasRemoved) {
+    ASSERT_NO_FATAL_FAILURE(add(GetParam()));
+    ASSERT_EQ(mHandler, mReactor.wait(kLongMs));
+    mReactor.remove(*mHandler);
+    mPool.serve(*mHandler);
+    EXPECT_EQ(nullptr, mReactor.wait(0));
 }
 
-TEST(AHandlerWithoutMemory, IsServedAgainThoughItWasPaused) {
-    expectToBeServedAgain(true);
-}
-
-TEST(AHandlerThatWasRemoved, IsNotServedAgainWhenMemoryRunsOut) {
-    Reactor reactor;
-    ThreadPool pool(reactor);
-    SocketPair pair = makeSocketPair();
-    const auto handler = std::make_shared<StarvedHandler>(reactor, std::move(pair.served), false);
-    ASSERT_TRUE(reactor.add(handler));
-    pair.held.reset();
-    ASSERT_EQ(handler, reactor.wait(kLongMs));
-    reactor.remove(*handler);
-    pool.serve(*handler);
-    EXPECT_EQ(nullptr, reactor.wait(0));
-}
+INSTANTIATE_TEST_SUITE_P(Paused, AHandlerWithoutMemory, testing::Bool());
 
 }  // namespace
