@@ -19,16 +19,28 @@ namespace {
 using android::sp;
 using android::status_t;
 
+/// A service of this process, whose links to its death are refused unless a test says otherwise.
+class Linked : public android::BBinder {
+public:
+    std::atomic<status_t> answer{android::INVALID_OPERATION};
+
+    status_t linkToDeath(const sp<DeathRecipient>& /*recipient*/, void* /*cookie*/,
+                         uint32_t /*flags*/) override {
+        return answer;
+    }
+};
+
 /// Knows a service of any name, and answers the question for its owner with a status alone.
 class UnownedServices : public android::BnInterface<android::IServiceManager> {
 public:
     std::atomic<status_t> answer{android::UNKNOWN_TRANSACTION};
+    const sp<Linked> service = new Linked();
 
     sp<android::IBinder> getService(const android::String16& /*name*/) const override {
         return nullptr;
     }
     sp<android::IBinder> checkService(const android::String16& /*name*/) const override {
-        return mService;
+        return service;
     }
     status_t addService(const android::String16& /*name*/, const sp<android::IBinder>& /*service*/,
                         bool /*allowIsolated*/) override {
@@ -43,14 +55,11 @@ protected:
             case android::GET_OWNED_SERVICE_TRANSACTION:
                 return answer;
             case CHECK_SERVICE_TRANSACTION:
-                return reply->writeStrongBinder(mService);
+                return reply->writeStrongBinder(service);
             default:
                 return BnInterface::onTransact(code, data, reply, flags);
         }
     }
-
-private:
-    const sp<android::IBinder> mService = new android::BBinder();
 };
 
 class ABinderPort : public testing::Test {
@@ -85,6 +94,15 @@ TEST_F(ABinderPort, TakesTheServiceOfAManagerThatCannotTellItsOwner) {
         EXPECT_TRUE(found.service != nullptr) << answer;
         EXPECT_FALSE(found.peer.user) << answer;
     }
+}
+
+TEST_F(ABinderPort, LooksAgainForAServiceWhoseDeathItCannotWatch) {
+    for (const status_t refusal : {android::DEAD_OBJECT, android::NO_MEMORY}) {
+        manager()->service->answer = refusal;
+        EXPECT_EQ(Reach::NoService, find(BinderPort({})).reach) << refusal;
+    }
+    manager()->service->answer = android::INVALID_OPERATION;
+    EXPECT_EQ(Reach::Connected, find(BinderPort({})).reach);
 }
 
 TEST_F(ABinderPort, DoesNotTrustAServiceWhoseOwnerIsUnknown) {
