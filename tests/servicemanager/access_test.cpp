@@ -90,13 +90,15 @@ TEST_F(TheSocket, IsNotLeftBehindWhereItCannotBeGivenToTheGroup) {
     command.insert(command.end(), words.begin(), words.end());
     const Outcome outcome = ChildProcess(isRoot() ? command : words, "").finish();
     EXPECT_EQ(1, outcome.status);
-    EXPECT_NE(std::string::npos, outcome.err.find("cannot give " + socketPath() +
-                                                  " to group 12345: Operation not "
-                                                  "permitted; its members and root may\n"))
+    EXPECT_NE(
+        std::string::npos,
+        outcome.err.find("cannot give the socket to group 12345: Operation not permitted; its "
+                         "members and root may\n"))
         << outcome.err;
     EXPECT_NE(std::string::npos, outcome.err.find("cannot listen at " + socketPath() + ": "))
         << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(socketPath()));
+    EXPECT_FALSE(std::filesystem::exists(socketPath() + ".new"));
 }
 
 TEST_F(TheSocket, InAFolderThatOthersCannotEnterComesWithAWarning) {

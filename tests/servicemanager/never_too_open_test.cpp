@@ -4,7 +4,11 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/un.h>
 #include <unistd.h>
+
+#include <memory>
+#include <string>
 
 #include <binder/Binder.h>
 
@@ -22,17 +26,19 @@ struct Sight {
     gid_t group = 0;
 };
 
+Sight look(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 ? Sight{status.st_mode & 07777, status.st_gid}
+                                             : Sight{};
+}
+
 /// What the file was when a call had been made, or was about to be.
 struct Sights {
-    std::string path;
+    std::string path;  // by which it is found
+    std::string made;  // as which it was made
     Sight bound;
     Sight listening;
-
-    Sight look() const {
-        struct stat status {};
-        return lstat(path.c_str(), &status) == 0 ? Sight{status.st_mode & 07777, status.st_gid}
-                                                 : Sight{};
-    }
+    bool foundTooEarly = false;
 };
 
 Sights* gSights = nullptr;
@@ -45,14 +51,16 @@ extern "C" {
 int bind(int socket, const sockaddr* address, socklen_t length) {
     const auto result = static_cast<int>(syscall(SYS_bind, socket, address, length));
     if (gSights != nullptr) {
-        gSights->bound = gSights->look();
+        gSights->made = reinterpret_cast<const sockaddr_un*>(address)->sun_path;
+        gSights->bound = look(gSights->made);
     }
     return result;
 }
 
 int listen(int socket, int backlog) {
     if (gSights != nullptr) {
-        gSights->listening = gSights->look();
+        gSights->listening = look(gSights->made);
+        gSights->foundTooEarly = access(gSights->path.c_str(), F_OK) == 0;
     }
     return static_cast<int>(syscall(SYS_listen, socket, backlog));
 }
@@ -60,7 +68,8 @@ int listen(int socket, int backlog) {
 
 namespace {
 
-TEST(ASocketThatIsMade, IsItsUsersAloneUntilItIsWhatWasAskedForAndListensThenOnly) {
+// A service that starts as soon as the file is there would find nobody listening.
+TEST(ASocketThatIsMade, IsFoundOnceItListensAndIsWhatWasAskedForAndItsUsersAloneBefore) {
     const voxtrel_test::TempFolder folder;
     const gid_t group = geteuid() == 0 ? 54321 : getegid();
     Sights sights;
@@ -76,6 +85,27 @@ TEST(ASocketThatIsMade, IsItsUsersAloneUntilItIsWhatWasAskedForAndListensThenOnl
     EXPECT_EQ(0600U, sights.bound.mode);
     EXPECT_EQ(0620U, sights.listening.mode);
     EXPECT_EQ(group, sights.listening.group);
+    EXPECT_FALSE(sights.foundTooEarly);
+    EXPECT_EQ(0620U, look(sights.path).mode);
+    EXPECT_EQ(group, look(sights.path).group);
+    EXPECT_NE(0, access(sights.made.c_str(), F_OK));
+}
+
+std::shared_ptr<Listener> openOnce(const std::string& path) {
+    SocketRuntime runtime;
+    return Listener::open(runtime.context(), path, new android::BBinder());
+}
+
+TEST(ASocketThatIsMade, ReplacesThoseOfDeadServiceManagers) {
+    const voxtrel_test::TempFolder folder;
+    Sights sights;
+    sights.path = folder.path("binder");
+    gSights = &sights;
+    EXPECT_NE(nullptr, openOnce(sights.path));
+    ASSERT_EQ(0, link(sights.path.c_str(), sights.made.c_str()));  // it died before it was done
+    EXPECT_NE(nullptr, openOnce(sights.path));
+    gSights = nullptr;
+    EXPECT_NE(0, access(sights.made.c_str(), F_OK));
 }
 
 }  // namespace

@@ -34,6 +34,7 @@ bool fill(const std::string& path, sockaddr_un* address) {
     address->sun_family = AF_UNIX;
     if (path.size() >= sizeof(address->sun_path)) {
         logLine("the socket path is too long: %s", path.c_str());
+        errno = ENAMETOOLONG;
         return false;
     }
     std::memcpy(address->sun_path, path.data(), path.size());
@@ -70,8 +71,13 @@ bool isListenedAt(const sockaddr_un& address) {
                              errno == EAGAIN);
 }
 
-// The socket of a service manager that has died; any other file is left alone.
-bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
+// But for the socket of a service manager that has died, which is replaced; any other file is left
+// alone.
+bool isFree(const std::string& path) {
+    sockaddr_un address;
+    if (!fill(path, &address)) {
+        return false;
+    }
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) {
         return true;
@@ -84,7 +90,7 @@ bool removeOldSocket(const std::string& path, const sockaddr_un& address) {
         logLine("somebody else listens at %s, perhaps a socket unit of systemd's", path.c_str());
         return false;
     }
-    return unlink(path.c_str()) == 0;
+    return true;
 }
 
 /// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen. A link
@@ -93,7 +99,7 @@ bool grant(const std::string& path, const SocketAccess& access) {
     if (access.group.has_value() &&
         lchown(path.c_str(), static_cast<uid_t>(-1), *access.group) != 0) {
         const int error = errno;
-        logLine("cannot give %s to group %u: %s; its members and root may", path.c_str(),
+        logLine("cannot give the socket to group %u: %s; its members and root may",
                 static_cast<unsigned>(*access.group), strerrordesc_np(error));
         errno = error;
         return false;
@@ -102,17 +108,23 @@ bool grant(const std::string& path, const SocketAccess& access) {
 }
 
 /// The mode that a socket has before it is bound is the most that its file gets.
-bool bindFor(const Fd& socket, const std::string& path, const sockaddr_un& address,
-             const SocketAccess& access) {
-    if (fchmod(socket.get(), SocketAccess::kOwnerOnly) != 0 ||
-        bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        return false;
-    }
-    if (grant(path, access)) {
+bool listenFor(const Fd& socket, const std::string& path, const SocketAccess& access) {
+    sockaddr_un address;
+    return fill(path, &address) && fchmod(socket.get(), SocketAccess::kOwnerOnly) == 0 &&
+           bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
+           grant(path, access) && listen(socket.get(), kBacklog) == 0;
+}
+
+/// Whoever waits for the file may connect as soon as it is there: it gets its name only when the
+/// socket listens.
+bool listenAt(const std::string& path, const Fd& socket, const SocketAccess& access) {
+    const std::string unready = path + ".new";
+    (void)unlink(unready.c_str());  // of a service manager that died just here
+    if (listenFor(socket, unready, access) && rename(unready.c_str(), path.c_str()) == 0) {
         return true;
     }
     const int error = errno;
-    (void)unlink(path.c_str());
+    (void)unlink(unready.c_str());
     errno = error;
     return false;
 }
@@ -143,21 +155,16 @@ std::shared_ptr<Listener> added(const Context& context, std::shared_ptr<Listener
 std::shared_ptr<Listener> Listener::open(const Context& context, const std::string& path,
                                          const sp<BBinder>& manager, const SocketAccess& access) {
     makeFolderOf(path);
-    sockaddr_un address;
-    if (!fill(path, &address)) {
-        return nullptr;
-    }
     if (!folderIsTrusted(path)) {
         logLine("the folder of %s is not this user's alone", path.c_str());
         return nullptr;
     }
     Fd lock = takeLock(path);
-    if (!lock.valid() || !removeOldSocket(path, address)) {
+    if (!lock.valid() || !isFree(path)) {
         return nullptr;
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!socket.valid() || !nameSenders(socket) || !bindFor(socket, path, address, access) ||
-        listen(socket.get(), kBacklog) != 0) {
+    if (!socket.valid() || !nameSenders(socket) || !listenAt(path, socket, access)) {
         logLine("cannot listen at %s: %s", path.c_str(), strerrordesc_np(errno));
         return nullptr;
     }
