@@ -193,6 +193,7 @@ public:
     Result<GlobalSettings> settings(std::optional<Milliseconds> deadline = {});
 
     /// Changes those that are set, one after the other, and ends with the first that is refused.
+    /// @return Lost where one got lost on its way; `settings` tells what has changed.
     Result<void> change(const GlobalSettings& settings, std::optional<Milliseconds> deadline = {});
     Result<bool> isOn(Switch which, std::optional<Milliseconds> deadline = {});
     Result<void> turn(Switch which, bool on, std::optional<Milliseconds> deadline = {});

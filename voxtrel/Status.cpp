@@ -37,7 +37,7 @@ constexpr Meaning kMeanings[] = {
     {Status::TimedOut, "no answer in time: it may still be done"},
     {Status::Unresponsive,
      "the service has not answered an earlier request yet: it may be stopped; nothing was tried"},
-    {Status::Lost, "it was lost on its way: say it again"},
+    {Status::Lost, "it was lost on its way: try again"},
     {Status::Closed, "the client has ended"},
 };
 

@@ -513,7 +513,8 @@ vx_status vx_settings_get_verbosity(const vx_settings* settings, int* verbosity)
 /* Those that the service tells; the others are not set. */
 vx_status vx_get_settings(vx_client* client, int deadline_ms, vx_settings** settings);
 
-/* Changes those that are set, one after the other, and ends with the first that is refused. */
+/* Changes those that are set, one after the other, and ends with the first that is refused.
+ * VX_LOST: one got lost on its way; vx_get_settings tells what has changed. */
 vx_status vx_change_settings(vx_client* client, const vx_settings* settings, int deadline_ms);
 
 /* Puts the settings of the service back to what it was delivered with. */

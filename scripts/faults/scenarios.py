@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """What each program does while a call of its own fails."""
+import re
 import subprocess
 import time
 
@@ -11,13 +12,17 @@ from world import HANG, Broken
 class Client:
     """A program on one of the libraries. Only what the fault meets may fail."""
 
-    def __init__(self, program):
+    def __init__(self, program, changes=False):
         self.program = self.name = program
+        self.changes = changes
 
     def run(self, world, point):
         world.ensure_peers()
         times = 3
-        got = world.run(self.program, [str(times)], world.injected(self.program, point))
+        before = world.speed
+        speed = world.next_speed() if self.changes else before
+        arguments = [str(times), str(speed)] if self.changes else [str(times)]
+        got = world.run(self.program, arguments, world.injected(self.program, point))
         # The runtime says what it could not do.
         told = [line for line in got.stderr.splitlines() if not line.startswith("binder[")]
         check_lines(0, got.stderr, point)
@@ -29,7 +34,18 @@ class Client:
                 (point.times == 1 or point.must_succeed):
             raise Broken(f"only {done} of {times} times done: {got.stdout.strip()}")
         world.expect_peers(world.manager, world.service)
-        world.check_served()
+        world.speed = world.check_served()
+        if self.changes:
+            self.check_changed(got.stdout, before, speed, world.speed)
+
+    def check_changed(self, said, before, speed, found):
+        if f"changed {speed}" in said and found != speed:
+            raise Broken(f"speed {speed} was acknowledged and is {found}")
+        if found not in (before, speed):
+            raise Broken(f"speed is {found}, which nobody has set")
+        read = re.findall(r"done (\d+)", said)
+        if set(read) - {str(speed)}:
+            raise Broken(f"set to {speed}, the speed was read as {read}")
 
 
 class Service:
@@ -160,7 +176,7 @@ class Manager:
 
 
 SCENARIOS = [
-    Service(), Manager(), Client("faults_cpp_client"), Client("faults_c_client"),
+    Service(), Manager(), Client("faults_cpp_client", changes=True), Client("faults_c_client"),
     Client("faults_runtime_client"),
     Tool("say", "--wait", "One, two, three."), Tool("say", "--json", "-f", "-", given="One, two, three.\n"),
     Tool("silence", "--wait", "1"), Tool("stop"), Tool("lock", "--", "true"), Tool("break-lock"),

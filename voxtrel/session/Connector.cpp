@@ -3,8 +3,8 @@
 #include <new>
 
 #include "ipc/BnCallback.h"
-#include "ipc/TransactionCodes.h"
 #include "vocabulary/Status.h"
+#include "voxtrel/session/CheckedCall.h"
 #include "voxtrel/session/DeviceFilter.h"
 #include "voxtrel/session/Session.h"
 #include "voxtrel/session/Surroundings.h"
@@ -127,19 +127,13 @@ Port::Found Session::connect(std::uint64_t life, Offer& offer) {
 }
 
 /// Services differ in what they answer; whether the client is admitted, the capabilities tell.
-/// @return whether the request got there. The proxy does not tell, and a client whose callback is
-/// not known hears of nothing.
+/// @return whether the request got there: a client whose callback is not known hears of nothing.
 bool Session::registerWith(Service& service) {
-    const android::sp<Service> held = &service;
-    android::Parcel request;
-    android::Parcel reply;
-    request.writeInt32(static_cast<std::int32_t>(mPid));
-    request.writeStrongBinder(android::IInterface::asBinder(mCallback));
-    const android::status_t status = android::IInterface::asBinder(held)->transact(
-        TTS::transaction::kRegisterCallback.code, request, &reply,
-        TTS::transaction::kRegisterCallback.flags);
-    return status != android::FAILED_TRANSACTION && status != android::NO_MEMORY &&
-           status != android::DEAD_OBJECT;
+    const int status = callChecked(service, [this](Service& checked) {
+        (void)checked.registerCallback(mPid, mCallback);
+        return 0;
+    });
+    return status == 0;
 }
 
 void Session::noteSearch(const Port::Found& found) {

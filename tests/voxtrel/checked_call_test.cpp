@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voxtrel/session/CheckedCall.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "vocabulary/Status.h"
+#include "voxtrel/Status.h"
+
+namespace voxtrel {
+namespace {
+
+using android::sp;
+using android::status_t;
+
+/// As if in another process: its requests may get lost.
+class Remote : public android::BBinder {
+public:
+    std::vector<status_t> fates;  // of its next requests; those behind them arrive
+    std::int32_t answer = 0;
+
+    android::BBinder* localBinder() override { return nullptr; }
+
+protected:
+    status_t onTransact(uint32_t /*code*/, const android::Parcel& /*data*/, android::Parcel* reply,
+                        uint32_t /*flags*/) override {
+        if (!fates.empty()) {
+            const status_t fate = fates.front();
+            fates.erase(fates.begin());
+            if (fate != android::OK) {
+                return fate;
+            }
+        }
+        return reply->writeInt32(answer);
+    }
+};
+
+class ACheckedCall : public testing::Test {
+protected:
+    int setVerbosityTwice() {
+        return callChecked(*mService, [](TTS::ITextToSpeechFestival& service) {
+            (void)service.setVerbosity(1, 2);
+            return service.setVerbosity(1, 3);
+        });
+    }
+
+    const sp<Remote> mRemote = new Remote();
+    const sp<TTS::ITextToSpeechFestival> mService =
+        TTS::ITextToSpeechFestival::asInterface(mRemote);
+};
+
+TEST_F(ACheckedCall, IsWhatTheServiceAnswers) {
+    EXPECT_EQ(0, setVerbosityTwice());
+    mRemote->answer = TTS::STATUS_LOCKED;
+    EXPECT_EQ(TTS::STATUS_LOCKED, setVerbosityTwice());
+}
+
+TEST_F(ACheckedCall, IsNotTakenForDoneWhereOneOfItsRequestsIsLost) {
+    for (const status_t fate :
+         {android::FAILED_TRANSACTION, android::NO_MEMORY, android::UNKNOWN_TRANSACTION}) {
+        mRemote->fates = {fate};
+        EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice()) << fate;
+        mRemote->fates = {android::OK, fate};
+        EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice()) << fate;
+        EXPECT_EQ(0, setVerbosityTwice()) << "it is not told again";
+    }
+}
+
+TEST_F(ACheckedCall, TellsThatTheServiceIsDead) {
+    mRemote->fates = {android::OK, android::DEAD_OBJECT};
+    EXPECT_EQ(TTS::STATUS_NO_SERVICE, setVerbosityTwice());
+}
+
+}  // namespace
+}  // namespace voxtrel
