@@ -5,6 +5,7 @@ import subprocess
 import time
 
 from checks import check_end, check_lines, end_in_time
+from monitor import Monitor
 from tool import Tool
 from world import HANG, Broken
 
@@ -184,7 +185,7 @@ SCENARIOS = [
     Tool("set", "speed", "SPEED"), Tool("enable", "speech"), Tool("disable", "speech"),
     Tool("profile", "show", "kept.ini"), Tool("profile", "save", "kept.ini"),
     Tool("profile", "load", "kept.ini"), Tool("profile", "copy", "kept.ini", "copy.ini"),
-    Tool("profile", "remove", "copy.ini"),
+    Tool("profile", "remove", "copy.ini"), Monitor(),
 ]
 # Crashes where a call fails; its failure shows that this is seen.
 CARELESS = Client("faults_careless_client")
