@@ -16,7 +16,8 @@ using voxtrel::Diagnosis;
 using voxtrel::Reach;
 using voxtrel::Status;
 
-/// A search that is over by then shows no progress.
+/// A search that is over by then shows no progress. A service manager that was started together
+/// with the command is there by then.
 constexpr milliseconds kNoticeable(800);
 constexpr milliseconds kProgressStep(1000);
 
@@ -48,10 +49,13 @@ milliseconds until(std::chrono::steady_clock::time_point end) {
     return std::max(left, milliseconds::zero());
 }
 
-/// Nothing that may change while a command waits.
-bool isHopeless(Reach reach) {
-    return reach == Reach::NoManager || reach == Reach::ManagerNotPermitted ||
-           reach == Reach::NotTrusted || reach == Reach::NotAdmitted;
+/// Nothing that may change while a command waits, which it has done for so long.
+bool isHopeless(const Diagnosis& seen, std::chrono::nanoseconds passed) {
+    if (seen.reach == Reach::NoManager) {
+        return passed >= kNoticeable || seen.transport == "driver";
+    }
+    return seen.reach == Reach::ManagerNotPermitted || seen.reach == Reach::NotTrusted ||
+           seen.reach == Reach::NotAdmitted;
 }
 
 std::string placeOf(const Diagnosis& seen) {
@@ -187,10 +191,10 @@ void Connection::connect() {
         if (seen.reach == Reach::Connected) {
             break;
         }
-        if (isHopeless(seen.reach) || until(mEnd) <= milliseconds::zero()) {
+        const auto passed = Clock::now() - begin;
+        if (isHopeless(seen, passed) || until(mEnd) <= milliseconds::zero()) {
             fail(seen);
         }
-        const auto passed = Clock::now() - begin;
         if (passed >= kNoticeable) {
             const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed);
             mTerminal.progress(progressOf(seen, mTimeout), std::to_string(seconds.count()) + " s");
