@@ -37,6 +37,9 @@ private:
             takeCall(words);
         } else if (what == "exited") {
             takeExit(words);
+        } else if (what == "interrupted") {
+            words >> what;
+            ++mAccount.exits[what].interrupted;
         } else if (what == "left") {
             mHasLeft = true;
         } else {

@@ -16,7 +16,8 @@ struct Account {
 
     struct Exits {
         std::size_t good = 0;
-        std::size_t failed = 0;  ///< in order, with status 1
+        std::size_t failed = 0;       ///< in order, with status 1
+        std::size_t interrupted = 0;  ///< by the signal that it was sent
     };
 
     std::size_t utterances = 0;

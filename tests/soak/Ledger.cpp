@@ -50,6 +50,10 @@ void Ledger::exited(const char* name, int status) {
     write(std::string("exited ") + name + " " + std::to_string(status));
 }
 
+void Ledger::interrupted(const char* name) {
+    write(std::string("interrupted ") + name);
+}
+
 void Ledger::left() {
     write("left");
 }

@@ -43,6 +43,9 @@ public:
     /// A command of that kind ended with that exit status.
     void exited(const char* name, int status);
 
+    /// A command of that kind was sent a signal to end, and ended by it.
+    void interrupted(const char* name);
+
     /// All clients of the process have ended in order.
     void left();
 

@@ -54,9 +54,9 @@ void printUtterances(const Account& account, std::ostream& out) {
 
 void printCommands(const Account& account, std::ostream& out) {
     out << "\n";
-    row(out, "commands", {"status 0", "status 1"});
+    row(out, "commands", {"status 0", "status 1", "signalled"});
     for (const auto& [name, exits] : account.exits) {
-        row(out, "  " + name, {exits.good, exits.failed});
+        row(out, "  " + name, {exits.good, exits.failed, exits.interrupted});
     }
 }
 

@@ -26,6 +26,9 @@ constexpr milliseconds kToEndBySignal = milliseconds(100) + kBusy;
 /// What a deadline has to do with is found in the ledger; who takes longer than this hangs.
 constexpr milliseconds kToHang(60000);
 
+/// A status that tells of an end by a signal.
+constexpr int kBySignal = 128;
+
 constexpr const char* kDisable = "disable-speech";
 constexpr const char* kEnable = "enable-speech";
 
@@ -104,22 +107,29 @@ void ToolLife::act() {
 
 int ToolLife::run(const Command& command) {
     ToolRun tool(wordsOf(command), mOutput);
-    await(tool, command);
-    mLedger.exited(command.name.c_str(), tool.status());
+    const int signal = await(tool, command);
+    if (signal != 0 && tool.status() == kBySignal + signal) {
+        // Before it handles signals, or what `lock` has run, whose status it takes over.
+        mLedger.interrupted(command.name.c_str());
+    } else {
+        mLedger.exited(command.name.c_str(), tool.status());
+    }
     if (command.speaks) {
         noteSpeech();
     }
     return tool.status();
 }
 
-void ToolLife::await(ToolRun& tool, const Command& command) {
+int ToolLife::await(ToolRun& tool, const Command& command) {
     milliseconds deadline = kToEndByItself;
+    int signal = 0;
     if (command.stays) {
         if (tool.waitFor(milliseconds(upTo(6000)))) {
-            return;
+            return signal;
         }
         constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
-        tool.signal(kSignals[upTo(2)]);
+        signal = kSignals[upTo(2)];
+        tool.signal(signal);
         deadline = kToEndBySignal;
     }
     const auto begun = Heartbeat::Clock::now();
@@ -131,6 +141,7 @@ void ToolLife::await(ToolRun& tool, const Command& command) {
     const auto taken = Heartbeat::Clock::now() - begun - (mHeartbeat.missed() - missed);
     const auto beyond = duration_cast<milliseconds>(taken) - deadline;
     mLedger.called(command.name.c_str(), static_cast<long>(beyond.count()));
+    return signal;
 }
 
 void ToolLife::noteSpeech() {

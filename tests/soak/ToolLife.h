@@ -35,7 +35,9 @@ public:
 private:
     void act();
     int run(const Command& command);
-    void await(ToolRun& run, const Command& command);
+
+    /// @return the signal that it was sent to end; 0: none.
+    int await(ToolRun& run, const Command& command);
     void noteSpeech();
     unsigned upTo(unsigned most);
 

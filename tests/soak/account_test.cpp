@@ -77,6 +77,13 @@ TEST(AnAccount, TakesACommandThatFailsInOrder) {
     EXPECT_EQ(account.findings, Findings());
 }
 
+TEST(AnAccount, TakesACommandThatEndedByTheSignalThatItWasSent) {
+    const Account account = accountOf("exited lock 0\ninterrupted lock\nleft\n");
+    EXPECT_EQ(account.exits.at("lock").good, 1U);
+    EXPECT_EQ(account.exits.at("lock").interrupted, 1U);
+    EXPECT_EQ(account.findings, Findings());
+}
+
 TEST(AnAccount, FindsACommandThatCrashed) {
     const Account account = accountOf("exited status 139\nleft\n");
     EXPECT_EQ(account.findings, Findings{"1.1: status ended with status 139"});
