@@ -137,6 +137,17 @@ TEST_F(AMessageThat, TheKernelHasNoMemoryForAtThisMomentIsSentAndReceivedAllTheS
     EXPECT_EQ(Received::Message, receive(received));
 }
 
+TEST_F(AMessageThat, TheKernelHasNoMemoryForWaitsToBeReceived) {
+    Parcel sent;
+    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(sent, 8), {}));
+    Parcel received;
+    {
+        const Failing receipt(sys::Call::Receive, ENOMEM, kAttempts);
+        EXPECT_EQ(Received::Nothing, receive(received)) << "not a hang-up";
+    }
+    EXPECT_EQ(Received::Message, receive(received));
+}
+
 TEST_F(AMessageThat, NeedsAMemfdFailsWithoutOne) {
     Parcel large;
     withText(large, 200000);
@@ -176,6 +187,25 @@ TEST_F(AMessageThat, LosesItsDescriptorsIsKnownByItsHeader) {
     ASSERT_EQ(Received::OutOfDescriptors, receive(received));
     EXPECT_EQ(7U, mGot.header().code);
     EXPECT_EQ(0U, mGot.fdCount());
+}
+
+TEST_F(AMessageThat, TheKernelHasNoMemoryToReadFromItsMemfdIsKnownByItsHeader) {
+    Parcel large;
+    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    const Failing read(sys::Call::Read, ENOMEM);
+    Parcel received;
+    ASSERT_EQ(Received::OutOfMemory, receive(received));
+    EXPECT_EQ(7U, mGot.header().code);
+    EXPECT_EQ(0U, mGot.fdCount());
+    EXPECT_EQ(0U, received.dataSize());
+}
+
+TEST_F(AMessageThat, CannotBeReadFromItsMemfdIsMalformed) {
+    Parcel large;
+    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    const Failing read(sys::Call::Read, EBADF);
+    Parcel received;
+    EXPECT_EQ(Received::Malformed, receive(received)) << "it was opened for writing alone";
 }
 
 TEST(AProcessWithoutDescriptors, OpensNoSocketAndGivesNoBinderAway) {

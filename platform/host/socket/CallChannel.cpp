@@ -46,7 +46,7 @@ private:
     /// False when this socket has been closed for what came over it.
     bool serveQueue();
     bool serveOneWay(CallChannel& channel, Incoming& message);
-    After lose();
+    After drop();
     bool importBinders(Incoming& message);
     bool mayStay();
     After refuse(const char* what);
@@ -59,8 +59,11 @@ private:
     bool mStaying = false;
 };
 
-void logLost(const Incoming& message) {
-    logLimited("out of memory: call %u of process %d fails", message.envelope.header().code,
+void lose(Incoming& message, status_t status) {
+    message.parcel.freeData();
+    message.lost = status;
+    logLimited("out of %s: call %u of process %d fails",
+               status == NO_MEMORY ? "memory" : "file descriptors", message.envelope.header().code,
                static_cast<int>(message.envelope.senderPid()));
 }
 
@@ -107,10 +110,9 @@ ConnectionServer::After ConnectionServer::handle(Received received) {
         case ServerChannel::Next::Closed:
             return After::Left;
     }
-    mMessage->lost = received == Received::OutOfDescriptors;
-    if (mMessage->lost) {
-        logLimited("out of file descriptors: call %u of process %d fails", envelope.header().code,
-                   static_cast<int>(envelope.senderPid()));
+    mMessage->lost = OK;
+    if (received != Received::Message) {
+        lose(*mMessage, received == Received::OutOfMemory ? NO_MEMORY : FAILED_TRANSACTION);
     }
     Overtaking* const overtaking = mChannel->shared().overtaking.get();
     switch (envelope.header().kind) {
@@ -164,8 +166,8 @@ ConnectionServer::After ConnectionServer::overtake(Overtaking& overtaking) {
 
 // In the name of its sender. OK when there is a reply to be sent.
 status_t ConnectionServer::carryOut(Parcel* reply, Attachments* attachments) {
-    if (mMessage->lost) {
-        return FAILED_TRANSACTION;
+    if (mMessage->lost != OK) {
+        return mMessage->lost;
     }
     const pid_t caller = mMessage->envelope.senderPid();
     status_t status = call(*mChannel->node(), *mMessage, caller, reply);
@@ -201,9 +203,8 @@ bool ConnectionServer::answer(status_t status, const Parcel& reply,
 }
 
 // Done with, without a call.
-ConnectionServer::After ConnectionServer::lose() {
-    mMessage->lost = true;
-    logLost(*mMessage);
+ConnectionServer::After ConnectionServer::drop() {
+    lose(*mMessage, NO_MEMORY);
     (void)serveOneWay(*mChannel, *mMessage);
     return After::ReadOn;
 }
@@ -221,7 +222,7 @@ ConnectionServer::After ConnectionServer::enterOneWay() {
         case OneWayQueue::Entry::Full:
             return After::Left;
         case OneWayQueue::Entry::OutOfMemory:
-            return lose();
+            return drop();
         case OneWayQueue::Entry::Refused:
             break;
     }
@@ -247,7 +248,7 @@ bool ConnectionServer::serveOneWay(CallChannel& channel, Incoming& message) {
     const bool sound = importBinders(message);
     if (!sound) {
         channel.refuse("a descriptor that is no reference", envelope);
-    } else if (!message.lost) {
+    } else if (message.lost == OK) {
         Parcel unread;
         // Nobody waits for its status.
         (void)call(*channel.node(), message, gManners.ofDriver ? 0 : envelope.senderPid(), &unread);
@@ -262,16 +263,14 @@ bool ConnectionServer::serveOneWay(CallChannel& channel, Incoming& message) {
 
 bool ConnectionServer::importBinders(Incoming& message) {
     try {
-        const bool sound =
-            message.lost || mContext.translator.importBinders(message.envelope, message.parcel);
+        const bool sound = message.lost != OK ||
+                           mContext.translator.importBinders(message.envelope, message.parcel);
         if (!sound) {
             message.parcel.freeData();  // of the binders that were
         }
         return sound;
     } catch (const std::bad_alloc&) {
-        message.parcel.freeData();
-        message.lost = true;
-        logLost(message);
+        lose(message, NO_MEMORY);
         return true;
     }
 }

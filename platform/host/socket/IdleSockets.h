@@ -2,7 +2,9 @@
 #ifndef VOXTREL_SOCKET_IDLESOCKETS_H
 #define VOXTREL_SOCKET_IDLESOCKETS_H
 
-#include <vector>
+#include <array>
+#include <cstddef>
+#include <utility>
 
 #include "support/Fd.h"
 #include "utils/Mutex.h"
@@ -18,24 +20,21 @@ public:
     /// there is none.
     Fd take() PLATFORM_EXCLUDES(mLock) {
         Mutex::Autolock held(mLock);
-        if (mSockets.empty()) {
-            return Fd();
-        }
-        Fd socket = std::move(mSockets.back());
-        mSockets.pop_back();
-        return socket;
+        return mCount != 0 ? std::move(mSockets[--mCount]) : Fd();
     }
     /// Closed when there are enough.
     void giveBack(Fd socket) PLATFORM_EXCLUDES(mLock) {
         Mutex::Autolock held(mLock);
-        if (mSockets.size() < kMax) {
-            mSockets.push_back(std::move(socket));
+        if (mCount < kMax) {
+            mSockets[mCount++] = std::move(socket);
         }
     }
 
 private:
     Mutex mLock;
-    std::vector<Fd> mSockets PLATFORM_GUARDED_BY(mLock);
+    // In place: a call that has been carried out must not fail for want of memory here.
+    std::array<Fd, kMax> mSockets PLATFORM_GUARDED_BY(mLock);
+    size_t mCount PLATFORM_GUARDED_BY(mLock) = 0;
 };
 
 }  // namespace android::transport

@@ -35,16 +35,19 @@ Fd sealedCopy(const uint8_t* bytes, size_t size) {
     return memfd;
 }
 
-bool readSealed(const Fd& memfd, uint8_t* out, size_t size) {
-    const int seals = fcntl(memfd.get(), F_GET_SEALS);
+bool isSealed(const Fd& fd, size_t size) {
+    const int seals = fcntl(fd.get(), F_GET_SEALS);
     struct stat status {};
-    if (seals < 0 || (seals & kSeals) != kSeals || fstat(memfd.get(), &status) != 0 ||
-        status.st_size < 0 || static_cast<uint64_t>(status.st_size) != size) {
-        return false;
-    }
+    return seals >= 0 && (seals & kSeals) == kSeals && fstat(fd.get(), &status) == 0 &&
+           status.st_size >= 0 && static_cast<uint64_t>(status.st_size) == size;
+}
+
+bool readSealed(const Fd& memfd, uint8_t* out, size_t size) {
+    errno = 0;
     size_t done = 0;
     while (done < size) {
-        const ssize_t got = pread(memfd.get(), out + done, size - done, static_cast<off_t>(done));
+        const ssize_t got =
+            sys::read(memfd.get(), out + done, size - done, static_cast<off_t>(done));
         if (got > 0) {
             done += static_cast<size_t>(got);
         } else if (got == 0 || errno != EINTR) {

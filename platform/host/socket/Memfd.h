@@ -12,8 +12,9 @@ namespace android::transport {
 /// A memfd that holds `size` bytes and can never change again; invalid when there is no room.
 Fd sealedCopy(const uint8_t* bytes, size_t size);
 
-/// Copies exactly `size` bytes out of a memfd. False when it has another size, is not sealed
-/// against change, or is no memfd at all.
+/// Is this a memfd of exactly `size` bytes that can never change again?
+bool isSealed(const Fd& fd, size_t size);
+/// Copies these bytes out of it. False when that fails; errno says why.
 bool readSealed(const Fd& memfd, uint8_t* out, size_t size);
 
 }  // namespace android::transport

@@ -94,11 +94,16 @@ enum class Received {
     /// A sound message whose descriptors were lost, since this process may have no more: only its
     /// header is there.
     OutOfDescriptors,
+    /// A sound message whose payload there is no memory for: the same.
+    OutOfMemory,
 };
 
+/// Makes sure that the calling thread can take a message off a socket. Whoever sends what will be
+/// answered does it first: memory that runs out (`std::bad_alloc`) then leaves nothing half done.
+void prepareToReceive();
 /// Takes one message off `socket`. `parcel` must be empty; it holds the payload afterwards, its
-/// binders are not attached yet. `Nothing`: none is there (`wait` false), or the socket's own time
-/// limit passed. Small messages cost no allocation.
+/// binders are not attached yet. `Nothing`: none is there (`wait` false), the socket's own time
+/// limit passed, or the kernel has no memory to hand it over. Small messages cost no allocation.
 Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope);
 /// The same for the reply to a call, for which it waits.
 Received receiveReply(const Fd& socket, Parcel& parcel, Envelope& envelope);

@@ -22,8 +22,8 @@ class CallChannel;
 struct Incoming {
     Parcel parcel;
     Envelope envelope;
-    /// Its binders or bytes could not be received: the call fails.
-    bool lost = false;
+    /// Not `OK`: its binders or bytes could not be received, and the call fails with this.
+    status_t lost = OK;
     /// Of a one-way call in the manners of a driver.
     Overtaking::Arrival arrival;
     /// While it is queued.

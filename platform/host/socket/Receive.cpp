@@ -89,23 +89,27 @@ public:
         }
         const auto size = static_cast<size_t>(got);
         Layout layout;
-        if (size > kLargestPacket || !decode(packet, size, 0, &layout) ||
-            !mFrame.reserve(size, 0)) {
+        if (size > kLargestPacket || !decode(packet, size, 0, &layout)) {
             return Received::Malformed;
+        }
+        mEnvelope.mHeader = layout.header;
+        if (!mFrame.reserve(layout.inlinePayload)) {
+            return Received::OutOfMemory;
         }
         std::memcpy(mFrame.block() + sizeof(Header), packet + sizeof(Header), layout.inlinePayload);
         mFrame.setContents(layout.inlinePayload);
-        mEnvelope.mHeader = layout.header;
         return Received::Message;
     }
 
     Received run(const Fd& socket, bool wait) {
         mEnvelope.closeFds();
         mParts[0] = {mFrame.block(), ParcelFrame::kOwnRoom};
-        mParts[1] = {overflowRoom(), kLargestPacket};
+        mParts[1] = {overflowRoom() + ParcelFrame::kOwnRoom,
+                     kLargestPacket - ParcelFrame::kOwnRoom};
         const ssize_t got = take(socket, wait);
         if (got < 0) {
-            return errno == EAGAIN ? Received::Nothing : Received::HungUp;
+            const bool mayCome = errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
+            return mayCome ? Received::Nothing : Received::HungUp;
         }
         readControl();
         if (got == 0) {
@@ -118,11 +122,14 @@ public:
         if (lost) {
             mEnvelope.closeFds();
         }
-        if (tooMany || (mMessage.msg_flags & MSG_TRUNC) != 0 ||
-            !unpack(static_cast<size_t>(got), lost)) {
+        if (tooMany || (mMessage.msg_flags & MSG_TRUNC) != 0) {
             return Received::Malformed;
         }
-        return lost ? Received::OutOfDescriptors : Received::Message;
+        const Received received = unpack(static_cast<size_t>(got), lost);
+        if (received == Received::OutOfMemory) {
+            mEnvelope.closeFds();
+        }
+        return received;
     }
 
 private:
@@ -168,48 +175,53 @@ private:
         }
     }
 
-    // What did not fit into the parcel's own room is put behind it.
-    bool gather(size_t size) {
-        if (size > ParcelFrame::kOwnRoom) {
-            if (!mFrame.reserve(size, ParcelFrame::kOwnRoom)) {
-                return false;
-            }
-            std::memcpy(mFrame.block() + ParcelFrame::kOwnRoom, mParts[1].iov_base,
-                        size - ParcelFrame::kOwnRoom);
+    // In one piece, before there is memory for its payload: where there is none, a sound packet is
+    // told from a malformed one all the same.
+    const uint8_t* wholePacket(size_t size) {
+        if (size <= ParcelFrame::kOwnRoom) {
+            return mFrame.block();
         }
-        return true;
+        std::memcpy(overflowRoom(), mFrame.block(), ParcelFrame::kOwnRoom);
+        return overflowRoom();
     }
 
-    bool unpack(size_t size, bool lost) {
+    Received unpack(size_t size, bool lost) {
+        const uint8_t* const packet = wholePacket(size);
         Layout layout;
-        const size_t fdCount = lost ? kFdsAreLost : mEnvelope.mFdCount;
-        if (!gather(size) || !decode(mFrame.block(), size, fdCount, &layout)) {
-            return false;
+        if (!decode(packet, size, lost ? kFdsAreLost : mEnvelope.mFdCount, &layout)) {
+            return Received::Malformed;
         }
         mEnvelope.mHeader = layout.header;
         if (lost) {
-            return true;
+            return Received::OutOfDescriptors;
         }
         for (size_t i = 0; i < layout.header.objectCount; ++i) {
-            mEnvelope.mRecords[i] = recordAt(mFrame.block(), layout, i);
+            mEnvelope.mRecords[i] = recordAt(packet, layout, i);
         }
-        return fetchPayload(layout);
+        return fetchPayload(packet, layout);
     }
 
-    bool fetchPayload(const Layout& layout) {
+    Received fetchPayload(const uint8_t* packet, const Layout& layout) {
         const size_t size = layout.header.payloadSize;
-        const bool apart = (layout.header.options & kPayloadInMemfd) != 0;
+        const size_t there = layout.inlinePayload;
+        const bool apart = there < size;
         mEnvelope.mFirstFd = apart ? 1 : 0;
-        if (apart) {
-            const Fd memfd(std::exchange(mEnvelope.mFds[0], -1));
-            const size_t there = sizeof(Header) + layout.inlinePayload;
-            if (!mFrame.reserve(sizeof(Header) + size, there) ||
-                !readSealed(memfd, mFrame.block() + there, size - layout.inlinePayload)) {
-                return false;
-            }
+        const Fd memfd(apart ? std::exchange(mEnvelope.mFds[0], -1) : -1);
+        if (apart && !isSealed(memfd, size - there)) {
+            return Received::Malformed;
+        }
+        if (!mFrame.reserve(size)) {
+            return Received::OutOfMemory;
+        }
+        uint8_t* const data = mFrame.block() + sizeof(Header);
+        if (packet != mFrame.block()) {
+            std::memcpy(data, packet + sizeof(Header), there);
+        }
+        if (apart && !readSealed(memfd, data + there, size - there)) {
+            return errno == ENOMEM ? Received::OutOfMemory : Received::Malformed;
         }
         mFrame.setContents(size);
-        return true;
+        return Received::Message;
     }
 
     static constexpr size_t kControlSize =
@@ -222,6 +234,10 @@ private:
     msghdr mMessage;
     alignas(cmsghdr) char mControl[kControlSize];
 };
+
+void prepareToReceive() {
+    (void)overflowRoom();
+}
 
 Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope) {
     return Receiver(parcel, envelope).run(socket, wait);

@@ -22,6 +22,7 @@ ServerChannel::Next ServerChannel::check(Received received, const Envelope& enve
     switch (received) {
         case Received::Message:
         case Received::OutOfDescriptors:
+        case Received::OutOfMemory:
             // Else sent before SO_PASSCRED was set, or from outside of this pid namespace.
             if (envelope.senderPid() != 0) {
                 return Next::Serve;

@@ -28,7 +28,7 @@ public:
     /// Closes the channel for a message that is malformed or not allowed, with a line in the log.
     void refuse(const char* what, const Envelope& envelope);
     enum class Next {
-        Serve,   ///< there is a message, or the header of one whose descriptors are lost
+        Serve,   ///< there is a message, or the header of one whose contents are lost
         Wait,    ///< there is none
         Closed,  ///< the channel has been closed, by the peer or for what it has sent
     };

@@ -4,6 +4,8 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <new>
+
 #include "binder/BpBinder.h"
 #include "socket/BinderTranslator.h"
 #include "socket/Reactor.h"
@@ -29,6 +31,26 @@ status_t refuseAsTooLarge(const char* kind, uint32_t code, size_t size, size_t l
         "%s call %u of %zu bytes is not sent: %zu fit into one, so it has to be split (status %d)",
         kind, code, size, limit, static_cast<int>(FAILED_TRANSACTION));
     return FAILED_TRANSACTION;
+}
+
+// The reply to a call; any other message is malformed here.
+Received receiveWithBinders(BinderTranslator& translator, const Fd& socket, Parcel& reply,
+                            Envelope& envelope) {
+    const Received received = receiveReply(socket, reply, envelope);
+    const bool hasHeader = received == Received::Message ||
+                           received == Received::OutOfDescriptors ||
+                           received == Received::OutOfMemory;
+    if (hasHeader && envelope.header().kind != Kind::Reply) {
+        return Received::Malformed;
+    }
+    if (received != Received::Message) {
+        return received;
+    }
+    try {
+        return translator.importBinders(envelope, reply) ? received : Received::Malformed;
+    } catch (const std::bad_alloc&) {
+        return Received::OutOfMemory;
+    }
 }
 
 }  // namespace
@@ -93,6 +115,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (data.dataSize() > kLargestRequest) {
         return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
     }
+    prepareToReceive();
     Deadline deadline;
     Attachments attachments;
     const status_t status =
@@ -196,9 +219,8 @@ status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& da
 status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
     reply->freeData();
     Envelope envelope;
-    const Received received = transport::receiveReply(socket, *reply, envelope);
-    if (received == Received::Message && envelope.header().kind == Kind::Reply &&
-        mContext.translator.importBinders(envelope, *reply)) {
+    const Received received = receiveWithBinders(mContext.translator, socket, *reply, envelope);
+    if (received == Received::Message) {
         mMain.noteDone(envelope.header().code);
         const status_t status = envelope.header().status;
         if (status != OK) {
@@ -207,13 +229,15 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
         return status;
     }
     reply->freeData();
-    if (received == Received::OutOfDescriptors && envelope.header().kind == Kind::Reply) {
-        logLimited("out of file descriptors: the reply to a call is lost");
+    if (received == Received::OutOfDescriptors || received == Received::OutOfMemory) {
+        const bool memory = received == Received::OutOfMemory;
+        logLimited("out of %s: the reply to a call is lost",
+                   memory ? "memory" : "file descriptors");
         mMain.noteDone(envelope.header().code);
-        return FAILED_TRANSACTION;
+        return memory ? NO_MEMORY : FAILED_TRANSACTION;
     }
     *broken = true;
-    if (received == Received::HungUp) {
+    if (received == Received::HungUp || received == Received::Nothing) {
         Deadline deadline(kEndTimeoutMs);  // its process may be dying, one socket after another
         return mControl.whyClosed(deadline);
     }

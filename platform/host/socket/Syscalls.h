@@ -24,6 +24,7 @@ enum class Call {
     ReceiveDescriptors,  ///< the message comes, its descriptors are lost
     Memfd,
     Write,
+    Read,
     Timer,
     Epoll,
     EpollAdd,
@@ -90,6 +91,10 @@ inline ssize_t write(int fd, const void* bytes, size_t size) {
         return -1;
     }
     return ::write(fd, bytes, fault == kShort ? std::min<size_t>(size, 1) : size);
+}
+
+inline ssize_t read(int fd, void* room, size_t size, off_t from) {
+    return fails(Call::Read) ? -1 : ::pread(fd, room, size, from);
 }
 
 inline int makeTimer() {

@@ -29,8 +29,8 @@ public:
     static const auto& objects(const Parcel& parcel) { return parcel.mObjects; }
 
     uint8_t* block() { return mParcel.mBlock; }
-    /// Makes room for a block of `size` bytes in all; what is there so far is kept.
-    bool reserve(size_t size, size_t filled);
+    /// Makes room for `size` bytes behind the header, in an empty parcel. False without memory.
+    bool reserve(size_t size);
     /// The parcel now holds the first `size` bytes behind the header.
     void setContents(size_t size);
     /// `offset` lies behind those that are attached already. What the bytes there say does not
