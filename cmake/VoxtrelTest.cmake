@@ -9,6 +9,17 @@ function(voxtrel_test_header)
   target_precompile_headers(test_header PRIVATE <gtest/gtest.h>)
 endfunction()
 
+# voxtrel_test_part(NAME)
+#
+# A static library of test programs and nothing else: compiled as they are, it shares their header.
+function(voxtrel_test_part name)
+  if(TARGET test_header)
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_compile_options(${name} PRIVATE -fPIE)
+    target_precompile_headers(${name} REUSE_FROM test_header)
+  endif()
+endfunction()
+
 # voxtrel_test(NAME SOURCES file... [LINK target...] [LABELS label...] [TIMEOUT seconds]
 #              [TOGETHER pattern... [ALONE pattern...]] [EXCLUDE pattern...] [COST number]
 #              [BOTH_MANNERS pattern... [DEFAULT_MANNERS pattern...]])
@@ -17,7 +28,8 @@ endfunction()
 # for the quick ones that leave nothing behind in their process: TOGETHER names those, and ALONE what
 # of TOGETHER "*" is not so. They are one entry, NAME:together, and one process; scripts/lib.sh counts
 # each of them all the same. EXCLUDE leaves tests out. Patterns are those of --gtest_filter. Tests of
-# a higher COST start first: one that mostly waits, for a minute, would be the end of a run.
+# a higher COST start first, NAME:together among them: one that takes most of a minute, and waits for
+# much of it, would be the end of a run, with nothing beside it.
 #
 # Where VOXTREL_DRIVER_MANNERS is on, the tests that BOTH_MANNERS names run once more in the manners of
 # a driver (platform/README.md), as NAME:driver:..., with the label "driver". DEFAULT_MANNERS names
@@ -62,7 +74,7 @@ function(voxtrel_test name)
       COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/grouped_tests.py" run
               "${PROJECT_BINARY_DIR}/grouped-tests/${name}.journal" ${limit} "${shared}"
               ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:${name}>")
-    set_tests_properties(${name}:together PROPERTIES TIMEOUT ${late} LABELS "${TEST_LABELS}"
+    set_tests_properties(${name}:together PROPERTIES TIMEOUT ${late} COST 15 LABELS "${TEST_LABELS}"
                          ENVIRONMENT "${environment}")
   endif()
   if(NOT together STREQUAL "*")
