@@ -2,6 +2,7 @@
 // A profile between its file and a setting, with the messages that applications know.
 #include <fcntl.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -38,10 +39,9 @@ void writeLines(const File& file, std::string_view text) {
     }
 }
 
-/// @return as `ProfileReader::isCurrent`.
-bool readAll(const File& file, TtsSetting& setting) {
+/// @return false if an error hides the rest of the file. A directory opens and holds nothing.
+bool readAll(const File& file, ProfileReader& reader) {
     char piece[512];
-    ProfileReader reader(setting);
     ssize_t size = 0;
     while ((size = file.read(piece, sizeof piece)) > 0) {
         reader.take(piece, static_cast<size_t>(size));
@@ -49,7 +49,7 @@ bool readAll(const File& file, TtsSetting& setting) {
     if (size == 0) {
         reader.finish();
     }
-    return reader.isCurrent();
+    return size == 0 || errno == EISDIR;
 }
 
 }  // namespace
@@ -70,18 +70,21 @@ bool TtsSetting::serialize(const char* path) const {
 bool TtsSetting::deserialize(const char* path) {
     const std::string name = fileOf(path);
     std::printf("[TtsSetting] %s %s\n", "deserialize", name.c_str());
-    bool isCurrent = false;
+    ProfileReader reader(*this);
+    bool isWhole = false;
     {
         const File file(name, O_RDONLY);
         if (!file.isOpen()) {
             std::printf("[TtsSetting] Error while reading tts profile %s\n", name.c_str());
             return false;
         }
-        isCurrent = readAll(file, *this);
+        isWhole = readAll(file, reader);
     }
-    if (!isCurrent && name.find("voxtrel.ini") != std::string::npos) {
+    if (!reader.isCurrent() && name.find("voxtrel.ini") != std::string::npos) {
         replaceUnsetValues(*this);
-        (void)serialize(path);  // the values hold in memory whether or not they can be kept
+        if (isWhole) {              // else the file would lose what could not be read
+            (void)serialize(path);  // the values hold in memory whether or not they can be kept
+        }
     }
     return true;
 }

@@ -44,7 +44,8 @@ public:
     /// saturate. A line is held in memory whole.
     ///
     /// A profile whose path contains "voxtrel.ini" and that has no line with the current
-    /// `mVersion` is upgraded: unset values get real ones, and the file is written again.
+    /// `mVersion` is upgraded: unset values get real ones, and the file is written again; not where
+    /// an error ended the reading, since the file would lose what could not be read.
     ///
     /// @return false, after a message on standard output and with every field unchanged, if the
     ///     file cannot be opened; true otherwise, whatever is in it and whether or not an upgrade

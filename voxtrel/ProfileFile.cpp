@@ -95,9 +95,11 @@ int readAll(const TTS::File& file, TTS::ProfileReader& reader) {
     while ((size = file.read(piece, sizeof piece)) > 0) {
         reader.take(piece, static_cast<std::size_t>(size));
     }
-    const int error = size < 0 ? errno : 0;
+    if (size < 0) {
+        return errno;
+    }
     reader.finish();
-    return error;
+    return 0;
 }
 
 }  // namespace

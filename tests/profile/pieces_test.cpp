@@ -65,6 +65,21 @@ TEST_F(AFileInPieces, HasNoLineBehindOneThatCouldNotBeWritten) {
     EXPECT_EQ(1U, calls.commands.size());
 }
 
+// It was written over with what had been read before the error.
+TEST_F(AFileInPieces, KeepsWhatCouldNotBeReadOfADefaultProfile) {
+    const std::string name = folder.path("voxtrel.ini");
+    const std::string content = "speed=7\npitch=8\nvoice=2\n";
+    writeFile(name, content);
+    SystemCalls failing(name);
+    failing.manners.before = 10;
+    EXPECT_TRUE(setting.deserialize(name.c_str()));
+    EXPECT_EQ(7U, setting.mSpeed);
+    EXPECT_EQ(200.0F, setting.mPitch) << "upgraded in memory";
+    EXPECT_TRUE(failing.commands.empty());
+    failing.manners = {};
+    EXPECT_EQ(content, readFile(name));
+}
+
 TEST_F(AFileInPieces, IsReadUpToTheLastWholeLineBeforeAnError) {
     writeFile(path, "speed=7\npitch=8\nspeed=99\n");
     calls.manners.before = 23;
