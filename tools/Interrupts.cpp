@@ -6,8 +6,10 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 
 namespace voxtrelctl {
 namespace {
@@ -21,11 +23,15 @@ bool isReady(int file, short what, int timeoutMs) {
 
 /// Without one of them the thread could not be ended, and no signal would end the process.
 int opened(int file) {
-    if (file < 0) {
+    if (file >= 0) {
+        return file;
+    }
+    const int error = errno;
+    if (error == EMFILE || error == ENFILE) {
         throw std::runtime_error(
             "out of file descriptors: raise the limit (ulimit -n), or close some");
     }
-    return file;
+    throw std::system_error(error, std::generic_category(), "it cannot wait for signals");
 }
 
 [[noreturn]] void endNow(bool isQuiet) {

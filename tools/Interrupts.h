@@ -27,7 +27,7 @@ public:
     /// @return true: the signal is dealt with, and the process goes on.
     using Handler = std::function<bool(int signal)>;
 
-    /// Throws where there are no descriptors or no thread for it.
+    /// Throws where there are no descriptors, no memory or no thread for it.
     Interrupts();
     ~Interrupts();
     Interrupts(const Interrupts&) = delete;
