@@ -61,6 +61,12 @@ std::string Device::control() {
     return VOXTREL_CONTROL_PROGRAM;
 }
 
+std::string lastLine(const std::string& text) {
+    const std::size_t end = text.size() - (text.empty() ? 0 : 1);  // not the one that it ends with
+    const std::size_t before = text.substr(0, end).rfind('\n');
+    return before == std::string::npos ? text : text.substr(before + 1);
+}
+
 std::string settingOf(Device& device, const std::string& name) {
     const Outcome got = device.ctl({"get", "--json", name});
     EXPECT_EQ(got.status, 0) << got.err;

@@ -50,6 +50,10 @@ private:
     Machine mMachine;
 };
 
+/// The last line of what a command says on standard error: how it has ended. Before that, one that
+/// a slow machine keeps waiting says what for.
+std::string lastLine(const std::string& text);
+
 /// "say", "x" as the value that the service now has for a setting; fails the test on an error.
 std::string settingOf(Device& device, const std::string& name);
 

@@ -171,8 +171,9 @@ TEST(Spawning, SaysWhyTheServiceDoesNotStart) {
     writeFile(home.path("asound.conf"), "");
     const Outcome outcome = EmptyHome::spawn({"say", "Hello."})->finish();
     EXPECT_EQ(1, outcome.status);
-    EXPECT_EQ(0U, outcome.err.find("voxtrelctl: -8 service not found: voxtreld has ended: "
-                                   "voxtreld: "))
+    EXPECT_EQ(0U, lastLine(outcome.err)
+                      .find("voxtrelctl: -8 service not found: voxtreld has ended: "
+                            "voxtreld: "))
         << outcome.err;
     EXPECT_NE(std::string::npos,
               outcome.err.find(": see " + home.path("state/voxtrel/voxtreld.log\n")))

@@ -176,7 +176,7 @@ TEST_F(SeveralUsers, AreNotAdmittedWithoutAPolicy) {
         "voxtrelctl: -10 permission denied: the service does not admit this client: its user may "
         "not connect, or there are too many clients: ask whoever runs it; of voxtreld see its log "
         "and voxtreld-policy(5)\n",
-        outcome.err);
+        lastLine(outcome.err));
     const Outcome doctor = ctlAs(other, {"doctor"});
     EXPECT_EQ(1, doctor.status);
     EXPECT_NE(std::string::npos, doctor.out.find("!!  permission")) << doctor.out;
@@ -222,7 +222,8 @@ TEST_F(SeveralUsers, LeaveTheLockOfAnotherWhereTheyMayNotBreakIt) {
     if (canBeOthers()) {
         EXPECT_EQ(1, outcome.status);
         // A driver's runtime does not let the service tell which request was refused.
-        EXPECT_EQ(0U, outcome.err.find("voxtrelctl: -10 permission denied: ")) << outcome.err;
+        EXPECT_EQ(0U, lastLine(outcome.err).find("voxtrelctl: -10 permission denied: "))
+            << outcome.err;
     } else {
         EXPECT_EQ("the lock of process " + std::to_string(holder->pid()) + " is broken\n",
                   outcome.out);
