@@ -1,12 +1,19 @@
 # SPDX-License-Identifier: Apache-2.0
 """What the preloaded library (tests/faults/injection.cpp) writes of the calls of a program."""
 import os
+import pathlib
 import re
 import struct
 import subprocess
 
-PLACES_AT = 16 + 24 * 8 + 65536
-RECORD_SIZE = PLACES_AT + 16 * (1 << 20)
+HEADER = pathlib.Path(__file__).parents[2] / "tests/faults/injection.h"
+NUMBERS = {name: int(value) for name, value in re.findall(r"(k\w+) = (\d+);", HEADER.read_text())}
+HEAD = struct.Struct("<IIII")  # calls, failed, frames, reserved
+FRAME = struct.Struct("<Q")
+PLACE = struct.Struct("<8sQ")
+MAPPINGS_AT = HEAD.size + FRAME.size * NUMBERS["kMaxFrames"]
+PLACES_AT = MAPPINGS_AT + NUMBERS["kMappingsSize"]
+RECORD_SIZE = PLACES_AT + PLACE.size * NUMBERS["kMaxPlaces"]
 
 
 class Record:
@@ -17,22 +24,22 @@ class Record:
         with open(self.path, "wb") as file:
             file.truncate(RECORD_SIZE)
 
-    def _head(self):
+    def _before_places(self):
         with open(self.path, "rb") as file:
             return file.read(PLACES_AT)
 
     def calls(self):
-        return struct.unpack_from("<I", self._head())[0]
+        return HEAD.unpack_from(self._before_places())[0]
 
     def failed(self):
-        return struct.unpack_from("<I", self._head(), 4)[0]
+        return HEAD.unpack_from(self._before_places())[1]
 
     def places(self, call):
         """How often the call was made, and the n of each place that it came from."""
-        count = min(self.calls(), 1 << 20)
+        count = min(self.calls(), NUMBERS["kMaxPlaces"])
         with open(self.path, "rb") as file:
             file.seek(PLACES_AT)
-            made = struct.iter_unpack("<8sQ", file.read(16 * count))
+            made = PLACE.iter_unpack(file.read(PLACE.size * count))
         name = call.encode()[:8].ljust(8, b"\0")
         places = [place for other, place in made if other == name]
         first = {}
@@ -42,10 +49,10 @@ class Record:
 
     def stack(self):
         """Where the call was made, as lines of text."""
-        head = self._head()
-        count = struct.unpack_from("<I", head, 8)[0]
-        frames = struct.unpack_from(f"<{count}Q", head, 16)
-        text = head[16 + 24 * 8:].split(b"\0")[0].decode(errors="replace")
+        head = self._before_places()
+        count = HEAD.unpack_from(head)[2]
+        frames = struct.unpack_from(f"<{count}Q", head, HEAD.size)
+        text = head[MAPPINGS_AT:].split(b"\0")[0].decode(errors="replace")
         bases, ranges = {}, []
         for line in text.splitlines():
             found = re.match(r"([0-9a-f]+)-([0-9a-f]+) \S+ ([0-9a-f]+) \S+ \d+\s+(/\S+)", line)

@@ -63,9 +63,7 @@ class Service:
         speed = world.next_speed()
         world.start_service(world.injected(self.program, point))
         under_test = world.service
-        client = subprocess.Popen([world.program("faults_cpp_client"), "1", str(speed)], env=world.env,
-                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                                  stdin=subprocess.DEVNULL, cwd=world.folder)
+        client = world.start_client("1", str(speed))
         try:
             text = self.watch(world, under_test, client)
         finally:
@@ -147,9 +145,7 @@ class Manager:
         else:
             text = ""
         world.ensure_peers()
-        client = subprocess.Popen([world.program("faults_cpp_client"), "2"], env=world.env,
-                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                                  stdin=subprocess.DEVNULL, cwd=world.folder)
+        client = world.start_client("2")
         end = time.monotonic() + HANG
         while client.poll() is None and time.monotonic() < end:
             if world.manager is under_test and under_test.poll() is not None:

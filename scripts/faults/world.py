@@ -57,6 +57,12 @@ class World:
             return subprocess.Popen([self.program(name), *arguments], env=env, stdin=subprocess.DEVNULL,
                                     stdout=file, stderr=file, cwd=self.folder)
 
+    def start_client(self, *arguments):
+        """Beside a program that is under test."""
+        return subprocess.Popen([self.program("faults_cpp_client"), *arguments], env=self.env,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True, cwd=self.folder)
+
     def start_manager(self, env=None):
         self.manager = self.start("voxtrel-servicemanager", [], "manager.log", env or self.env)
         self.await_line(self.manager, "manager.log", "ready")

@@ -10,8 +10,10 @@
 /// where it has failed, however the program ended.
 namespace voxtrel_faults {
 
+// The runner reads these numbers here.
 constexpr int kMaxFrames = 24;
-constexpr uint32_t kMaxPlaces = 1U << 20U;
+constexpr int kMappingsSize = 65536;
+constexpr uint32_t kMaxPlaces = 1048576;
 
 struct Record {
     std::atomic<uint32_t> calls;     ///< from the beginning of main() on, in all its processes
@@ -19,7 +21,7 @@ struct Record {
     std::atomic<uint32_t> frames;    ///< of the first that was
     std::atomic<uint32_t> reserved;  ///< 0
     uint64_t stack[kMaxFrames];      ///< return addresses, innermost first
-    char mappings[65536];            ///< /proc/self/maps as it failed, as far as it fits
+    char mappings[kMappingsSize];    ///< /proc/self/maps as it failed, as far as it fits
     struct Place {
         char call[8];      ///< the first letters of its name
         uint64_t stack;    ///< a hash of the stack that it was made from
