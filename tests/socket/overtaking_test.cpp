@@ -148,7 +148,8 @@ TEST_F(ATwoWayCallToADriversNode, LeavesTheOrderOfTheOneWayCallsAsItIs) {
     constexpr int32_t kCalls = 2000;
     int overtaken = 0;
     for (int32_t number = 0; number < kCalls; ++number) {
-        ASSERT_EQ(OK, probe::note(mNode, 1, number));
+        // Where the node's process gets no processor for too long, a call is refused, and not sent.
+        ASSERT_TRUE(eventually([&] { return probe::note(mNode, 1, number) == OK; }));
         if (number % 3 == 0) {
             overtaken += notes() <= number ? 1 : 0;
         }
