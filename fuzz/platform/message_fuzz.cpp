@@ -165,7 +165,7 @@ void runAsReply(const uint8_t* data, size_t size, uint8_t choice, bool announced
     pair.served.reset();
     Parcel parcel;
     Envelope envelope;
-    const Received received = receiveReply(pair.held, parcel, envelope);
+    const Received received = receiveReply(pair.held, prepareToReceive(), parcel, envelope);
     if (received == Received::Message && runtime().importBinders(envelope, parcel)) {
         readEverything(parcel);
     }

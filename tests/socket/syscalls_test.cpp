@@ -93,7 +93,8 @@ TEST_F(AMessageThat, AnswersIsInterruptedAndReceivedAllTheSame) {
         Parcel received;
         ASSERT_EQ(OK, sendMessage(mPair.held, reply, withText(sent, size), {}));
         const Failing receiving(sys::Call::Receive, EINTR, 3);
-        EXPECT_EQ(Received::Message, receiveReply(mPair.served, received, mGot));
+        EXPECT_EQ(Received::Message,
+                  receiveReply(mPair.served, prepareToReceive(), received, mGot));
         EXPECT_EQ(size, received.dataSize());
         EXPECT_EQ(7U, mGot.header().code);
     }
@@ -110,7 +111,7 @@ TEST_F(AMessageThat, AnswersAndCannotFollowItsAnnouncementLeavesRoomForAnotherAn
     constexpr Header failed = {0, Kind::Reply, 7, FAILED_TRANSACTION, 0, 0, 0, 0};
     ASSERT_EQ(OK, sendMessage(mPair.held, failed, Parcel(), {}));
     Parcel received;
-    ASSERT_EQ(Received::Message, receiveReply(mPair.served, received, mGot));
+    ASSERT_EQ(Received::Message, receiveReply(mPair.served, prepareToReceive(), received, mGot));
     EXPECT_EQ(FAILED_TRANSACTION, mGot.header().status);
     EXPECT_EQ(0U, received.dataSize());
 }

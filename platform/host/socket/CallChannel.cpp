@@ -263,7 +263,7 @@ bool ConnectionServer::serveOneWay(CallChannel& channel, Incoming& message) {
 
 bool ConnectionServer::importBinders(Incoming& message) {
     try {
-        const bool sound = message.lost != OK ||
+        const bool sound = message.lost != OK || message.envelope.header().objectCount == 0 ||
                            mContext.translator.importBinders(message.envelope, message.parcel);
         if (!sound) {
             message.parcel.freeData();  // of the binders that were

@@ -98,15 +98,15 @@ enum class Received {
     OutOfMemory,
 };
 
-/// Makes sure that the calling thread can take a message off a socket. Whoever sends what will be
-/// answered does it first: memory that runs out (`std::bad_alloc`) then leaves nothing half done.
-void prepareToReceive();
+/// The calling thread's room for a packet. Whoever sends what will be answered asks for it first:
+/// memory that runs out (`std::bad_alloc`) then leaves nothing half done.
+uint8_t* prepareToReceive();
 /// Takes one message off `socket`. `parcel` must be empty; it holds the payload afterwards, its
 /// binders are not attached yet. `Nothing`: none is there (`wait` false), the socket's own time
 /// limit passed, or the kernel has no memory to hand it over. Small messages cost no allocation.
 Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope);
-/// The same for the reply to a call, for which it waits.
-Received receiveReply(const Fd& socket, Parcel& parcel, Envelope& envelope);
+/// The same for the reply to a call, for which it waits. `room`: what prepareToReceive has given.
+Received receiveReply(const Fd& socket, uint8_t* room, Parcel& parcel, Envelope& envelope);
 
 }  // namespace android::transport
 

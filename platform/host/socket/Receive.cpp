@@ -80,12 +80,11 @@ public:
     Receiver(Parcel& parcel, Envelope& envelope) : mFrame(parcel), mEnvelope(envelope) {}
 
     // Without the control part, which costs more than all else of receiving a small packet.
-    Received runPlain(const Fd& socket) {
-        uint8_t* const packet = overflowRoom();
+    Received runPlain(const Fd& socket, uint8_t* packet) {
         const ssize_t got = attemptToReceive(
             [&] { return sys::receive(socket.get(), packet, kLargestPacket, MSG_TRUNC); });
         if (got <= 0) {
-            return Received::HungUp;
+            return got < 0 ? whyNot() : Received::HungUp;
         }
         const auto size = static_cast<size_t>(got);
         Layout layout;
@@ -108,8 +107,7 @@ public:
                      kLargestPacket - ParcelFrame::kOwnRoom};
         const ssize_t got = take(socket, wait);
         if (got < 0) {
-            const bool mayCome = errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
-            return mayCome ? Received::Nothing : Received::HungUp;
+            return whyNot();
         }
         readControl();
         if (got == 0) {
@@ -133,6 +131,11 @@ public:
     }
 
 private:
+    static Received whyNot() {
+        const bool mayCome = errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM;
+        return mayCome ? Received::Nothing : Received::HungUp;
+    }
+
     ssize_t take(const Fd& socket, bool wait) {
         const int flags = MSG_CMSG_CLOEXEC | (wait ? 0 : MSG_DONTWAIT);
         return attemptToReceive([&] {
@@ -203,21 +206,43 @@ private:
 
     Received fetchPayload(const uint8_t* packet, const Layout& layout) {
         const size_t size = layout.header.payloadSize;
-        const size_t there = layout.inlinePayload;
-        const bool apart = there < size;
+        const bool apart = layout.inlinePayload < size;
         mEnvelope.mFirstFd = apart ? 1 : 0;
-        const Fd memfd(apart ? std::exchange(mEnvelope.mFds[0], -1) : -1);
-        if (apart && !isSealed(memfd, size - there)) {
-            return Received::Malformed;
+        if (apart) {
+            return fetchApart(packet, layout);
         }
-        if (!mFrame.reserve(size)) {
+        if (packet != mFrame.block() && !copyPayload(packet, layout)) {
             return Received::OutOfMemory;
         }
-        uint8_t* const data = mFrame.block() + sizeof(Header);
-        if (packet != mFrame.block()) {
-            std::memcpy(data, packet + sizeof(Header), there);
+        mFrame.setContents(size);
+        return Received::Message;
+    }
+
+    // The parcel's own room stays what it is where it gets another.
+    bool copyPayload(const uint8_t* packet, const Layout& layout) {
+        if (!mFrame.reserve(layout.header.payloadSize)) {
+            return false;
         }
-        if (apart && !readSealed(memfd, data + there, size - there)) {
+        if (packet != mFrame.block()) {
+            std::memcpy(mFrame.block() + sizeof(Header), packet + sizeof(Header),
+                        layout.inlinePayload);
+        }
+        return true;
+    }
+
+    // The rest of the payload is in a memfd.
+    Received fetchApart(const uint8_t* packet, const Layout& layout) {
+        const Fd memfd(std::exchange(mEnvelope.mFds[0], -1));
+        const size_t size = layout.header.payloadSize;
+        const size_t rest = size - layout.inlinePayload;
+        if (!isSealed(memfd, rest)) {
+            return Received::Malformed;
+        }
+        if (!copyPayload(packet, layout)) {
+            return Received::OutOfMemory;
+        }
+        uint8_t* const out = mFrame.block() + sizeof(Header) + layout.inlinePayload;
+        if (!readSealed(memfd, out, rest)) {
             return errno == ENOMEM ? Received::OutOfMemory : Received::Malformed;
         }
         mFrame.setContents(size);
@@ -235,17 +260,17 @@ private:
     alignas(cmsghdr) char mControl[kControlSize];
 };
 
-void prepareToReceive() {
-    (void)overflowRoom();
+uint8_t* prepareToReceive() {
+    return overflowRoom();
 }
 
 Received receiveMessage(const Fd& socket, bool wait, Parcel& parcel, Envelope& envelope) {
     return Receiver(parcel, envelope).run(socket, wait);
 }
 
-Received receiveReply(const Fd& socket, Parcel& parcel, Envelope& envelope) {
+Received receiveReply(const Fd& socket, uint8_t* room, Parcel& parcel, Envelope& envelope) {
     Receiver receiver(parcel, envelope);
-    const Received first = receiver.runPlain(socket);
+    const Received first = receiver.runPlain(socket, room);
     if (first != Received::Message || !announcesDescriptors(envelope.header())) {
         return first;
     }

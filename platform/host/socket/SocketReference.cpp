@@ -34,16 +34,17 @@ status_t refuseAsTooLarge(const char* kind, uint32_t code, size_t size, size_t l
 }
 
 // The reply to a call; any other message is malformed here.
-Received receiveWithBinders(BinderTranslator& translator, const Fd& socket, Parcel& reply,
-                            Envelope& envelope) {
-    const Received received = receiveReply(socket, reply, envelope);
-    const bool hasHeader = received == Received::Message ||
-                           received == Received::OutOfDescriptors ||
-                           received == Received::OutOfMemory;
-    if (hasHeader && envelope.header().kind != Kind::Reply) {
+Received receiveWithBinders(BinderTranslator& translator, const Fd& socket, uint8_t* room,
+                            Parcel& reply, Envelope& envelope) {
+    const Received received = receiveReply(socket, room, reply, envelope);
+    const bool isMessage = received == Received::Message;
+    if (!isMessage && received != Received::OutOfDescriptors && received != Received::OutOfMemory) {
+        return received;
+    }
+    if (envelope.header().kind != Kind::Reply) {
         return Received::Malformed;
     }
-    if (received != Received::Message) {
+    if (!isMessage || envelope.header().objectCount == 0) {
         return received;
     }
     try {
@@ -115,7 +116,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     if (data.dataSize() > kLargestRequest) {
         return refuseAsTooLarge("two-way", header.code, data.dataSize(), kLargestRequest);
     }
-    prepareToReceive();
+    uint8_t* const room = prepareToReceive();
     Deadline deadline;
     Attachments attachments;
     const status_t status =
@@ -133,7 +134,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
         PollTarget unused;
         const status_t sent = mMain.trySend(header, data, attachments, unused);
         if (sent != WOULD_BLOCK) {
-            const status_t ended = finish(sent, mMain.socket(), reply, deadline, &broken);
+            const status_t ended = finish(sent, mMain.socket(), reply, room, deadline, &broken);
             if (!broken) {
                 mMain.release();
             }
@@ -143,7 +144,7 @@ status_t SocketReference::callTwoWay(const Header& header, const Parcel& data, P
     }
     Fd socket;
     const status_t sent = sendBeside(header, data, attachments, deadline, &socket);
-    const status_t ended = finish(sent, socket, reply, deadline, &broken);
+    const status_t ended = finish(sent, socket, reply, room, deadline, &broken);
     if (!broken && socket.valid()) {
         mIdle.giveBack(std::move(socket));
     }
@@ -168,10 +169,10 @@ status_t SocketReference::sendBeside(const Header& header, const Parcel& data,
 }
 
 // `sent` is what became of sending the call. `broken`: the socket can carry no other one.
-status_t SocketReference::finish(status_t sent, const Fd& socket, Parcel* reply, Deadline& deadline,
-                                 bool* broken) {
+status_t SocketReference::finish(status_t sent, const Fd& socket, Parcel* reply, uint8_t* room,
+                                 Deadline& deadline, bool* broken) {
     if (sent == OK) {
-        return receiveReply(socket, reply, broken);
+        return receiveReply(socket, room, reply, broken);
     }
     *broken = sent == DEAD_OBJECT;
     return *broken ? mControl.whyClosed(deadline) : sent;
@@ -216,10 +217,12 @@ status_t SocketReference::callOneWayWithinBudget(Header header, const Parcel& da
     return status;
 }
 
-status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* broken) {
+status_t SocketReference::receiveReply(const Fd& socket, uint8_t* room, Parcel* reply,
+                                       bool* broken) {
     reply->freeData();
     Envelope envelope;
-    const Received received = receiveWithBinders(mContext.translator, socket, *reply, envelope);
+    const Received received =
+        receiveWithBinders(mContext.translator, socket, room, *reply, envelope);
     if (received == Received::Message) {
         mMain.noteDone(envelope.header().code);
         const status_t status = envelope.header().status;
@@ -237,13 +240,17 @@ status_t SocketReference::receiveReply(const Fd& socket, Parcel* reply, bool* br
         return memory ? NO_MEMORY : FAILED_TRANSACTION;
     }
     *broken = true;
-    if (received == Received::HungUp || received == Received::Nothing) {
+    if (received == Received::HungUp) {
         Deadline deadline(kEndTimeoutMs);  // its process may be dying, one socket after another
         return mControl.whyClosed(deadline);
     }
-    logLimited("a reply that makes no sense: its connection is closed");
     // Not closed here: other threads may be sending on it.
     (void)shutdown(socket.get(), SHUT_RDWR);
+    if (received == Received::Nothing) {
+        logLimited("the kernel has no memory for a reply: its connection is closed");
+        return NO_MEMORY;
+    }
+    logLimited("a reply that makes no sense: its connection is closed");
     return FAILED_TRANSACTION;
 }
 

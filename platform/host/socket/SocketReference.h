@@ -52,9 +52,9 @@ private:
     status_t callOneWayWithinBudget(Header header, const Parcel& data);
     status_t sendBeside(const Header& header, const Parcel& data, const Attachments& attachments,
                         Deadline& deadline, Fd* socket);
-    status_t finish(status_t sent, const Fd& socket, Parcel* reply, Deadline& deadline,
-                    bool* broken);
-    status_t receiveReply(const Fd& socket, Parcel* reply, bool* broken);
+    status_t finish(status_t sent, const Fd& socket, Parcel* reply, uint8_t* room,
+                    Deadline& deadline, bool* broken);
+    status_t receiveReply(const Fd& socket, uint8_t* room, Parcel* reply, bool* broken);
 
     const Context& mContext;
     const NodeId mId;
