@@ -7,6 +7,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -39,6 +42,7 @@ struct Sights {
     Sight bound;
     Sight listening;
     bool foundTooEarly = false;
+    std::function<void()> onListening = [] {};
 };
 
 Sights* gSights = nullptr;
@@ -61,6 +65,7 @@ int listen(int socket, int backlog) {
     if (gSights != nullptr) {
         gSights->listening = look(gSights->made);
         gSights->foundTooEarly = access(gSights->path.c_str(), F_OK) == 0;
+        gSights->onListening();
     }
     return static_cast<int>(syscall(SYS_listen, socket, backlog));
 }
@@ -106,6 +111,45 @@ TEST(ASocketThatIsMade, ReplacesThoseOfDeadServiceManagers) {
     EXPECT_NE(nullptr, openOnce(sights.path));
     gSights = nullptr;
     EXPECT_NE(0, access(sights.made.c_str(), F_OK));
+}
+
+TEST(ASocketThatIsMade, ReplacesNoOtherFileOfEitherName) {
+    const voxtrel_test::TempFolder folder;
+    const std::string path = folder.path("binder");
+    for (const std::string& taken : {path, path + ".new"}) {
+        std::ofstream(taken) << "mine";
+        EXPECT_EQ(nullptr, openOnce(path));
+        EXPECT_EQ(4U, std::filesystem::file_size(taken));
+        std::filesystem::remove(taken);
+    }
+    EXPECT_NE(nullptr, openOnce(path));
+}
+
+// As a socket unit's, which holds no lock.
+TEST(ASocketThatIsMade, ReplacesNoneThatIsMadeMeanwhile) {
+    const voxtrel_test::TempFolder folder;
+    Sights sights;
+    sights.path = folder.path("binder");
+    sights.onListening = [&sights] { std::ofstream(sights.path) << "mine"; };
+    gSights = &sights;
+    EXPECT_EQ(nullptr, openOnce(sights.path));
+    gSights = nullptr;
+    EXPECT_EQ(4U, std::filesystem::file_size(sights.path));
+    EXPECT_NE(0, access(sights.made.c_str(), F_OK));
+}
+
+TEST(ASocketThatIsMade, MayHaveAPathAsLongAsAnAddressHolds) {
+    const voxtrel_test::TempFolder folder;
+    const size_t longest = sizeof(sockaddr_un::sun_path) - 1;
+    const std::string begin = folder.path("");
+    for (const size_t length : {longest - 4, longest - 3, longest}) {
+        const std::string path = begin + std::string(length - begin.size(), 'x');
+        EXPECT_NE(nullptr, openOnce(path)) << length;
+        EXPECT_EQ(0, access(path.c_str(), F_OK)) << length;
+    }
+    const std::string path = begin + std::string(longest + 1 - begin.size(), 'y');
+    EXPECT_EQ(nullptr, openOnce(path));
+    EXPECT_NE(0, access((path + ".lock").c_str(), F_OK));
 }
 
 }  // namespace

@@ -71,9 +71,8 @@ bool isListenedAt(const sockaddr_un& address) {
                              errno == EAGAIN);
 }
 
-// But for the socket of a service manager that has died, which is replaced; any other file is left
-// alone.
-bool isFree(const std::string& path) {
+// Removes the socket of a service manager that has died; any other file is left alone.
+bool removeOldSocket(const std::string& path) {
     sockaddr_un address;
     if (!fill(path, &address)) {
         return false;
@@ -90,7 +89,7 @@ bool isFree(const std::string& path) {
         logLine("somebody else listens at %s, perhaps a socket unit of systemd's", path.c_str());
         return false;
     }
-    return true;
+    return unlink(path.c_str()) == 0;
 }
 
 /// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen. A link
@@ -108,25 +107,33 @@ bool grant(const std::string& path, const SocketAccess& access) {
 }
 
 /// The mode that a socket has before it is bound is the most that its file gets.
-bool listenFor(const Fd& socket, const std::string& path, const SocketAccess& access) {
+bool bindFor(const Fd& socket, const std::string& path) {
     sockaddr_un address;
     return fill(path, &address) && fchmod(socket.get(), SocketAccess::kOwnerOnly) == 0 &&
-           bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-           grant(path, access) && listen(socket.get(), kBacklog) == 0;
+           bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
-/// Whoever waits for the file may connect as soon as it is there: it gets its name only when the
-/// socket listens.
+/// Under another name, for whoever waits for the file may connect as soon as it is there: it gets
+/// its own when the socket listens. No name is longer than a socket's address has room for.
+std::string unreadyName(const std::string& path) {
+    const std::string name = path + ".new";
+    return name.size() < sizeof(sockaddr_un::sun_path) ? name : path;
+}
+
 bool listenAt(const std::string& path, const Fd& socket, const SocketAccess& access) {
-    const std::string unready = path + ".new";
-    (void)unlink(unready.c_str());  // of a service manager that died just here
-    if (listenFor(socket, unready, access) && rename(unready.c_str(), path.c_str()) == 0) {
-        return true;
+    const std::string unready = unreadyName(path);
+    if (!bindFor(socket, unready)) {
+        return false;
     }
+    const bool listens = grant(unready, access) && listen(socket.get(), kBacklog) == 0;
+    // A link is refused where somebody has taken the name meanwhile, and a renaming is not.
+    const bool isDone = listens && (unready == path || link(unready.c_str(), path.c_str()) == 0);
     const int error = errno;
-    (void)unlink(unready.c_str());
+    if (!isDone || unready != path) {
+        (void)unlink(unready.c_str());
+    }
     errno = error;
-    return false;
+    return isDone;
 }
 
 constexpr mode_t kMayEnter = S_IXGRP | S_IXOTH;
@@ -155,12 +162,16 @@ std::shared_ptr<Listener> added(const Context& context, std::shared_ptr<Listener
 std::shared_ptr<Listener> Listener::open(const Context& context, const std::string& path,
                                          const sp<BBinder>& manager, const SocketAccess& access) {
     makeFolderOf(path);
+    sockaddr_un address;
+    if (!fill(path, &address)) {
+        return nullptr;
+    }
     if (!folderIsTrusted(path)) {
         logLine("the folder of %s is not this user's alone", path.c_str());
         return nullptr;
     }
     Fd lock = takeLock(path);
-    if (!lock.valid() || !isFree(path)) {
+    if (!lock.valid() || !removeOldSocket(path) || !removeOldSocket(unreadyName(path))) {
         return nullptr;
     }
     Fd socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
