@@ -48,7 +48,7 @@ constexpr StatusMeaning kMeanings[] = {
     {codeOf(voxtrel::Status::Unresponsive), "the service does not answer",
      "voxtrelctl doctor says why"},
     {codeOf(voxtrel::Status::Lost), "lost on its way, or the service does not tell of it",
-     "say it again; see the service's own log, and docs/writing-a-service.md for what it must "
+     "try again; see the service's own log, and docs/writing-a-service.md for what it must "
      "tell"},
 };
 

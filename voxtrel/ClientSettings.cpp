@@ -144,7 +144,7 @@ Result<void> Client::change(const GlobalSettings& settings, std::optional<Millis
         return can.error();
     }
     const unsigned pid = mState->session->pid();
-    return mState->session->perform(
+    return mState->session->request(
         [pid, settings, can = *can](Service& service) {
             return writeAll(service, pid, settings, can);
         },
@@ -166,7 +166,7 @@ Result<bool> Client::isOn(Switch which, std::optional<Milliseconds> deadline) {
 
 Result<void> Client::turn(Switch which, bool on, std::optional<Milliseconds> deadline) {
     const unsigned pid = mState->session->pid();
-    return mState->session->perform(
+    return mState->session->request(
         [pid, which, on](Service& service) {
             return which == Switch::Speech ? service.setEnable(pid, on)
                                            : service.setEnable2(pid, keyOf(which), on);
@@ -176,7 +176,7 @@ Result<void> Client::turn(Switch which, bool on, std::optional<Milliseconds> dea
 
 Result<void> Client::resetSettings(std::optional<Milliseconds> deadline) {
     const unsigned pid = mState->session->pid();
-    return mState->session->perform([pid](Service& service) { return service.factoryReset(pid); },
+    return mState->session->request([pid](Service& service) { return service.factoryReset(pid); },
                                     mState->deadline(deadline));
 }
 

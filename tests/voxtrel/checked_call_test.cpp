@@ -57,14 +57,20 @@ TEST_F(ACheckedCall, IsWhatTheServiceAnswers) {
 }
 
 TEST_F(ACheckedCall, IsNotTakenForDoneWhereOneOfItsRequestsIsLost) {
-    for (const status_t fate :
-         {android::FAILED_TRANSACTION, android::NO_MEMORY, android::UNKNOWN_TRANSACTION}) {
+    for (const status_t fate : {android::FAILED_TRANSACTION, android::NO_MEMORY, android::TIMED_OUT,
+                                android::WOULD_BLOCK}) {
         mRemote->fates = {fate};
         EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice()) << fate;
         mRemote->fates = {android::OK, fate};
         EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice()) << fate;
         EXPECT_EQ(0, setVerbosityTwice()) << "it is not told again";
     }
+}
+
+// It got there; of a service that does not know it, the proxy reads zeros.
+TEST_F(ACheckedCall, IsNotLostWhereTheServiceDoesNotKnowARequest) {
+    mRemote->fates = {android::UNKNOWN_TRANSACTION, android::PERMISSION_DENIED};
+    EXPECT_EQ(0, setVerbosityTwice());
 }
 
 TEST_F(ACheckedCall, TellsThatTheServiceIsDead) {

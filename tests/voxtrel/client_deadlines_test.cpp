@@ -286,7 +286,7 @@ TEST_F(ClientTest, AServiceThatDiesInARequestHasNotDoneIt) {
         service.die();
         return remote.enabled() ? 1 : 0;
     };
-    EXPECT_EQ(Status::NoService, session->perform(dying, Clock::now() + kLong).status());
+    EXPECT_EQ(Status::NoService, session->request(dying, Clock::now() + kLong).status());
     session->leave(mailbox, Clock::now());
 }
 

@@ -151,7 +151,7 @@ protected:
 
     /// The session's sender gets memory so many times more, and then twice none.
     void failSender(int after) {
-        EXPECT_TRUE(session->perform(
+        EXPECT_TRUE(session->request(
             [after](Session::Service&) {
                 failAllocationsOfThisThread(after, 2);
                 return 0;
@@ -190,7 +190,7 @@ TEST_F(ASessionWithoutMemory, StopsOnceThereIsMemoryAgain) {
 
 TEST_F(ASessionWithoutMemory, TellsWhoAskedIt) {
     const auto ask = [](Session::Service&) -> int { throw std::bad_alloc(); };
-    EXPECT_THROW((void)session->perform(ask, deadline()), std::bad_alloc);
+    EXPECT_THROW((void)session->request(ask, deadline()), std::bad_alloc);
     EXPECT_TRUE(client.settings(kLong));
 }
 

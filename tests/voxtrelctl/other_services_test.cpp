@@ -214,7 +214,7 @@ std::string notKept(const std::string& detail) {
 }
 
 constexpr const char* kLost =
-    "-102 lost on its way, or the service does not tell of it: say it again; see the service's own "
+    "-102 lost on its way, or the service does not tell of it: try again; see the service's own "
     "log, and docs/writing-a-service.md for what it must tell";
 
 constexpr const char* kMuteSettings =

@@ -10,35 +10,36 @@ namespace {
 
 using android::status_t;
 
-/// Stands between a proxy and the service, and keeps what became of the last request that failed.
+/// What the runtime says of a request that it could not carry. A service that does not know one
+/// answers with other statuses; the proxy reads zeros then.
+bool isLoss(status_t status) {
+    return status == android::FAILED_TRANSACTION || status == android::NO_MEMORY ||
+           status == android::DEAD_OBJECT || status == android::TIMED_OUT ||
+           status == android::WOULD_BLOCK;
+}
+
+/// Stands between a proxy and the service, and keeps what became of the last request that was lost.
 class Recorder : public android::BBinder {
 public:
     explicit Recorder(const android::sp<android::IBinder>& service) : mService(service) {}
 
-    status_t failure() const { return mFailure; }
+    /// OK: none was.
+    status_t loss() const { return mLoss; }
 
 protected:
     status_t onTransact(std::uint32_t code, const android::Parcel& data, android::Parcel* reply,
                         std::uint32_t flags) override {
         const status_t status = mService->transact(code, data, reply, flags);
-        if (status != android::OK) {
-            mFailure = status;
+        if (isLoss(status)) {
+            mLoss = status;
         }
         return status;
     }
 
 private:
     const android::sp<android::IBinder> mService;
-    status_t mFailure = android::OK;
+    status_t mLoss = android::OK;
 };
-
-int statusOf(status_t failure, int answered) {
-    if (failure == android::OK) {
-        return answered;
-    }
-    return failure == android::DEAD_OBJECT ? TTS::STATUS_NO_SERVICE
-                                           : static_cast<int>(Status::Lost);
-}
 
 }  // namespace
 
@@ -47,13 +48,16 @@ int callChecked(TTS::ITextToSpeechFestival& service,
     const android::sp<TTS::ITextToSpeechFestival> held = &service;
     const android::sp<android::IBinder> binder = android::IInterface::asBinder(held);
     if (binder->localBinder() != nullptr) {
-        const int answered = work(service);
-        return statusOf(binder->pingBinder(), answered);
+        return work(service);
     }
     const android::sp<Recorder> recorder = new Recorder(binder);
     const android::sp<TTS::ITextToSpeechFestival> proxy = new TTS::BpTextToSpeechFestival(recorder);
     const int answered = work(*proxy);
-    return statusOf(recorder->failure(), answered);
+    if (recorder->loss() == android::OK) {
+        return answered;
+    }
+    return recorder->loss() == android::DEAD_OBJECT ? TTS::STATUS_NO_SERVICE
+                                                    : static_cast<int>(Status::Lost);
 }
 
 }  // namespace voxtrel

@@ -10,8 +10,8 @@ namespace voxtrel {
 
 /// Has `work` call the service. The service's proxy does not tell a request that was lost from one
 /// that was answered with zeros; this does.
-/// @return what `work` returns; `TTS::STATUS_NO_SERVICE` where the service is dead, and
-///         `Status::Lost` where a request did not get there, or its answer not back.
+/// @return what `work` returns; `TTS::STATUS_NO_SERVICE` where a request met a dead service, and
+///         `Status::Lost` where one did not get there, or its answer not back.
 int callChecked(TTS::ITextToSpeechFestival& service,
                 const std::function<int(TTS::ITextToSpeechFestival&)>& work);
 

@@ -98,15 +98,15 @@ public:
     /// Asks for an event, unless one that was asked for may still come, and waits for it.
     Result<void> checkEvents(Clock::time_point deadline);
 
-    /// Has `work` done on the sender's thread.
-    /// @return an Error also for a status other than 0.
-    Result<void> perform(Work work, Clock::time_point deadline);
+    /// Has `work` done on the sender's thread, by requests that have an answer.
+    /// @return an Error also for a status other than 0, and where one of the requests was lost.
+    Result<void> request(Work work, Clock::time_point deadline);
 
-    /// As `perform`, for an answer beside the status.
+    /// As `request`, for an answer beside the status.
     template <typename Answer>
     Result<Answer> ask(std::function<int(Service&, Answer&)> work, Clock::time_point deadline) {
         const auto answer = std::make_shared<Answer>();  // outlives a caller that has given up
-        const Result<void> done = perform(
+        const Result<void> done = request(
             [work = std::move(work), answer](Service& service) { return work(service, *answer); },
             deadline);
         return done ? Result<Answer>(std::move(*answer)) : Result<Answer>(done.error());
@@ -211,6 +211,9 @@ private:
     void endDropped(std::unique_lock<std::mutex>& lock, DroppedSpeech dropped);
     static Error errorOf(Answer answer, const char* refused = nullptr);
     Error lockedError() const;
+
+    /// As `request`, but a request that was lost is not told: what came of them, events tell.
+    Result<void> perform(Work work, Clock::time_point deadline);
     Fenced performFenced(std::unique_lock<std::mutex>& lock, std::function<void(Service&)> requests,
                          Clock::time_point deadline);
     Answer awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,
