@@ -49,7 +49,7 @@ milliseconds until(std::chrono::steady_clock::time_point end) {
     return std::max(left, milliseconds::zero());
 }
 
-/// Nothing that may change while a command waits, which it has done for so long.
+/// What waiting does not change, after so long of it.
 bool isHopeless(const Diagnosis& seen, std::chrono::nanoseconds passed) {
     if (seen.reach == Reach::NoManager) {
         return passed >= kNoticeable || seen.transport == "driver";
