@@ -28,7 +28,7 @@ class Monitor:
         if point.must_succeed and status != 0:
             raise Broken(f"without a fault: {text}")
         world.expect_peers(world.manager, world.service)
-        world.check_served()
+        world.speed = world.check_served()
 
     def change_until_heard(self, world, monitor):
         """It hears of nothing before it is connected, and of one change less if that one is lost.

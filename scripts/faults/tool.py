@@ -28,7 +28,7 @@ class Tool:
 
     def run(self, world, point):
         self.prepare(world)
-        speed = world.next_speed()
+        speed = world.next_speed() if "SPEED" in self.arguments else world.speed
         arguments = [{"SPEED": str(speed)}.get(word, word) for word in self.arguments]
         limit = [] if "copy" in arguments or "remove" in arguments or "show" in arguments \
             else ["--timeout", "5"]
@@ -49,7 +49,7 @@ class Tool:
             if got.returncode == 0 and "voxtrelctl: -1 " not in refused.stderr:
                 raise Broken(f"speech is not disabled: {refused.stderr!r}")
             world.run("voxtrelctl", ["enable", "speech"])
-        found = world.check_served()
+        found = world.speed = world.check_served()
         if "SPEED" in self.arguments and got.returncode == 0 and found != speed:
             raise Broken(f"speed {speed} was acknowledged and is {found}")
         if self.arguments[0] == "profile" and got.returncode == 0:

@@ -29,6 +29,10 @@ constexpr milliseconds kToHang(60000);
 /// A status that tells of an end by a signal.
 constexpr int kBySignal = 128;
 
+/// Until then a command may not handle signals yet.
+constexpr milliseconds kToBegin(1000);
+
+constexpr const char* kLock = "lock";
 constexpr const char* kDisable = "disable-speech";
 constexpr const char* kEnable = "enable-speech";
 
@@ -48,7 +52,7 @@ std::vector<ToolLife::Command> commandsWith(const std::string& profiles) {
         {"say-slowly", soon("say", {"--json", "--speed", "80", "One, two, three."}), true, true},
         {"silence", soon("silence", {"30"})},
         {"stop", soon("stop")},
-        {"lock", soon("lock", {"--", "true"}), true},
+        {kLock, soon(kLock, {"--", "true"}), true},
         {"break-lock", soon("break-lock")},
         {"status", soon("status", {"--json"})},
         {"languages", soon("languages")},
@@ -109,7 +113,6 @@ int ToolLife::run(const Command& command) {
     ToolRun tool(wordsOf(command), mOutput);
     const int signal = await(tool, command);
     if (signal != 0 && tool.status() == kBySignal + signal) {
-        // Before it handles signals, or what `lock` has run, whose status it takes over.
         mLedger.interrupted(command.name.c_str());
     } else {
         mLedger.exited(command.name.c_str(), tool.status());
@@ -122,14 +125,16 @@ int ToolLife::run(const Command& command) {
 
 int ToolLife::await(ToolRun& tool, const Command& command) {
     milliseconds deadline = kToEndByItself;
-    int signal = 0;
+    int signal = 0;  // ends a command that does not handle it yet, or what `lock` runs
     if (command.stays) {
-        if (tool.waitFor(milliseconds(upTo(6000)))) {
-            return signal;
+        const milliseconds before(upTo(6000));
+        if (tool.waitFor(before)) {
+            return 0;
         }
         constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
-        signal = kSignals[upTo(2)];
-        tool.signal(signal);
+        const int sent = kSignals[upTo(2)];
+        tool.signal(sent);
+        signal = before < kToBegin || command.name == kLock ? sent : 0;
         deadline = kToEndBySignal;
     }
     const auto begun = Heartbeat::Clock::now();

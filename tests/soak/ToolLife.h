@@ -36,7 +36,7 @@ private:
     void act();
     int run(const Command& command);
 
-    /// @return the signal that it was sent to end; 0: none.
+    /// @return the signal that it may end by; 0: none.
     int await(ToolRun& run, const Command& command);
     void noteSpeech();
     unsigned upTo(unsigned most);
