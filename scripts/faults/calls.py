@@ -16,6 +16,7 @@ CALLS = {
     "fsync": ["EIO"],
     "fdatasync": ["EIO"],
     "ftruncate": ["ENOSPC"],
+    "link": ["ENOSPC"],
     "rename": ["ENOSPC"],
     "unlink": ["EIO"],
     "mkdir": ["ENOSPC"],

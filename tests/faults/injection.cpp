@@ -293,6 +293,7 @@ VOXTREL_FAULT_POINT(void*, mmap, MAP_FAILED,
 VOXTREL_FAULT_POINT(int, fsync, -1, (int file), (file))
 VOXTREL_FAULT_POINT(int, fdatasync, -1, (int file), (file))
 VOXTREL_FAULT_POINT(int, ftruncate, -1, (int file, off_t size), (file, size))
+VOXTREL_FAULT_POINT(int, link, -1, (const char* from, const char* to), (from, to))
 VOXTREL_FAULT_POINT(int, rename, -1, (const char* from, const char* to), (from, to))
 VOXTREL_FAULT_POINT(int, mkdir, -1, (const char* path, mode_t mode), (path, mode))
 VOXTREL_FAULT_POINT(int, unlink, -1, (const char* path), (path))

@@ -89,7 +89,12 @@ bool removeOldSocket(const std::string& path) {
         logLine("somebody else listens at %s, perhaps a socket unit of systemd's", path.c_str());
         return false;
     }
-    return unlink(path.c_str()) == 0;
+    if (unlink(path.c_str()) != 0) {
+        logLine("cannot remove %s, of a service manager that has died: %s", path.c_str(),
+                strerrordesc_np(errno));
+        return false;
+    }
+    return true;
 }
 
 /// Opens the file as far as it is to be. Nobody can connect yet: the socket does not listen. A link
