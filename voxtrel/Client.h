@@ -190,12 +190,13 @@ public:
     /// What the service can do.
     Result<Features> features(std::optional<Milliseconds> deadline = {});
 
-    /// What the service tells of its settings; the others are not set. This, and what follows, may
-    /// be Lost on its way.
+    /// What the service tells of its settings; the others are not set. From here to
+    /// `resetSettings`:
+    /// @return Lost where the request, or the answer to it, got lost on its way.
     Result<GlobalSettings> settings(std::optional<Milliseconds> deadline = {});
 
     /// Changes those that are set, one after the other, and ends with the first that is refused.
-    /// @return Lost where one got lost on its way: those behind it are changed all the same, and
+    /// @return Lost where one got lost on its way: those behind it may be changed all the same, and
     ///         `settings` tells which.
     Result<void> change(const GlobalSettings& settings, std::optional<Milliseconds> deadline = {});
     Result<bool> isOn(Switch which, std::optional<Milliseconds> deadline = {});

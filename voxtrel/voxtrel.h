@@ -514,8 +514,8 @@ vx_status vx_settings_get_verbosity(const vx_settings* settings, int* verbosity)
 vx_status vx_get_settings(vx_client* client, int deadline_ms, vx_settings** settings);
 
 /* Changes those that are set, one after the other, and ends with the first that is refused.
- * VX_LOST: one got lost on its way; those behind it are changed all the same, and vx_get_settings
- * tells which. */
+ * VX_LOST: one got lost on its way; those behind it may be changed all the same, and
+ * vx_get_settings tells which. */
 vx_status vx_change_settings(vx_client* client, const vx_settings* settings, int deadline_ms);
 
 /* Puts the settings of the service back to what it was delivered with. */

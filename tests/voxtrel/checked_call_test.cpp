@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <vector>
 
 #include "vocabulary/Status.h"
@@ -39,12 +40,15 @@ protected:
 class ACheckedCall : public testing::Test {
 protected:
     int setVerbosityTwice() {
-        return callChecked(*mService, [](TTS::ITextToSpeechFestival& service) {
+        const CheckedCall call = callChecked(*mService, [](TTS::ITextToSpeechFestival& service) {
             (void)service.setVerbosity(1, 2);
             return service.setVerbosity(1, 3);
         });
+        mIsLost = call.isLost();
+        return call.status();
     }
 
+    bool mIsLost = false;  // the latest
     const sp<Remote> mRemote = new Remote();
     const sp<TTS::ITextToSpeechFestival> mService =
         TTS::ITextToSpeechFestival::asInterface(mRemote);
@@ -63,19 +67,28 @@ TEST_F(ACheckedCall, IsNotTakenForDoneWhereOneOfItsRequestsIsLost) {
         EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice()) << fate;
         mRemote->fates = {android::OK, fate};
         EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice()) << fate;
+        EXPECT_TRUE(mIsLost) << fate;
         EXPECT_EQ(0, setVerbosityTwice()) << "it is not told again";
     }
 }
 
-// It got there; of a service that does not know it, the proxy reads zeros.
-TEST_F(ACheckedCall, IsNotLostWhereTheServiceDoesNotKnowARequest) {
-    mRemote->fates = {android::UNKNOWN_TRANSACTION, android::PERMISSION_DENIED};
-    EXPECT_EQ(0, setVerbosityTwice());
+TEST_F(ACheckedCall, IsNotTakenForDoneWhereTheServiceDoesNotServeIt) {
+    const std::map<status_t, int> statuses = {
+        {android::UNKNOWN_TRANSACTION, TTS::STATUS_NOT_SUPPORTED},
+        {android::PERMISSION_DENIED, TTS::STATUS_PERMISSION_DENIED},
+        {android::BAD_VALUE, static_cast<int>(Status::Lost)},
+    };
+    for (const auto& [fate, status] : statuses) {
+        mRemote->fates = {fate};
+        EXPECT_EQ(status, setVerbosityTwice()) << fate;
+        EXPECT_FALSE(mIsLost) << fate;
+    }
 }
 
 TEST_F(ACheckedCall, TellsThatTheServiceIsDead) {
     mRemote->fates = {android::OK, android::DEAD_OBJECT};
     EXPECT_EQ(TTS::STATUS_NO_SERVICE, setVerbosityTwice());
+    EXPECT_TRUE(mIsLost);
 }
 
 }  // namespace

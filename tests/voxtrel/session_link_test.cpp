@@ -42,9 +42,10 @@ private:
 /// The first registrations get lost.
 class LossyRemote : public FakeRemote {
 public:
-    LossyRemote(std::shared_ptr<FakeState> service, int& lost)
+    LossyRemote(std::shared_ptr<FakeState> service, std::atomic<int>& lost)
         : FakeRemote(std::move(service), kFirstLife), mLost(lost) {}
 
+    android::BBinder* localBinder() override { return nullptr; }
     android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
                                  uint32_t flags) override {
         if (code == TTS::transaction::kRegisterCallback.code && mLost > 0) {
@@ -55,12 +56,13 @@ public:
     }
 
 private:
-    int& mLost;
+    std::atomic<int>& mLost;
 };
 
 class LossyPort : public Port {
 public:
-    explicit LossyPort(std::shared_ptr<FakeState> service) : mService(std::move(service)) {}
+    LossyPort(std::shared_ptr<FakeState> service, std::atomic<int>& lost)
+        : mService(std::move(service)), mLost(lost) {}
 
     Found find(std::function<void()> /*died*/) override {
         return {new LossyRemote(mService, mLost)};
@@ -68,18 +70,21 @@ public:
 
 private:
     const std::shared_ptr<FakeState> mService;
-    int mLost = 3;  // touched by the connector alone
+    std::atomic<int>& mLost;
 };
 
 TEST(ARegistrationThatIsLost, IsMadeAgain) {
     const auto service = std::make_shared<FakeState>();
     const auto client = std::make_shared<Mailbox>(true);
     std::weak_ptr<Session> place;
+    std::atomic<int> lost{3};
     const std::shared_ptr<Session> session = Session::joinAt(
-        place, [&] { return std::make_shared<Session>(std::make_unique<LossyPort>(service)); },
+        place,
+        [&] { return std::make_shared<Session>(std::make_unique<LossyPort>(service, lost)); },
         client);
     ASSERT_TRUE(session->waitUntilConnected(Session::Clock::now() + kLong));
     EXPECT_TRUE(session->checkEvents(Session::Clock::now() + kLong)) << "it hears of nothing";
+    EXPECT_EQ(0, lost);
     session->leave(client, Session::Clock::now() + kLong);
     service->end();
 }

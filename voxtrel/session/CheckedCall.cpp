@@ -10,54 +10,72 @@ namespace {
 
 using android::status_t;
 
-/// What the runtime says of a request that it could not carry. A service that does not know one
-/// answers with other statuses; the proxy reads zeros then.
-bool isLoss(status_t status) {
-    return status == android::FAILED_TRANSACTION || status == android::NO_MEMORY ||
-           status == android::DEAD_OBJECT || status == android::TIMED_OUT ||
-           status == android::WOULD_BLOCK;
-}
-
-/// Stands between a proxy and the service, and keeps what became of the last request that was lost.
+/// Stands between a proxy and the service, and keeps the status of the last request that failed.
 class Recorder : public android::BBinder {
 public:
     explicit Recorder(const android::sp<android::IBinder>& service) : mService(service) {}
 
-    /// OK: none was.
-    status_t loss() const { return mLoss; }
+    status_t failure() const { return mFailure; }
 
 protected:
     status_t onTransact(std::uint32_t code, const android::Parcel& data, android::Parcel* reply,
                         std::uint32_t flags) override {
         const status_t status = mService->transact(code, data, reply, flags);
-        if (isLoss(status)) {
-            mLoss = status;
+        if (status != android::OK) {
+            mFailure = status;
         }
         return status;
     }
 
 private:
     const android::sp<android::IBinder> mService;
-    status_t mLoss = android::OK;
+    status_t mFailure = android::OK;
 };
+
+android::sp<android::IBinder> binderOf(TTS::ITextToSpeechFestival& service) {
+    const android::sp<TTS::ITextToSpeechFestival> held = &service;
+    return android::IInterface::asBinder(held);
+}
 
 }  // namespace
 
-int callChecked(TTS::ITextToSpeechFestival& service,
-                const std::function<int(TTS::ITextToSpeechFestival&)>& work) {
-    const android::sp<TTS::ITextToSpeechFestival> held = &service;
-    const android::sp<android::IBinder> binder = android::IInterface::asBinder(held);
+bool CheckedCall::isLost() const {
+    return failure == android::FAILED_TRANSACTION || failure == android::NO_MEMORY ||
+           failure == android::DEAD_OBJECT || failure == android::TIMED_OUT ||
+           failure == android::WOULD_BLOCK;
+}
+
+int CheckedCall::status() const {
+    switch (failure) {
+        case android::OK:
+            return answered;
+        case android::DEAD_OBJECT:
+            return TTS::STATUS_NO_SERVICE;
+        case android::PERMISSION_DENIED:
+            return TTS::STATUS_PERMISSION_DENIED;
+        case android::UNKNOWN_TRANSACTION:
+            return TTS::STATUS_NOT_SUPPORTED;
+        default:
+            return static_cast<int>(Status::Lost);
+    }
+}
+
+CheckedCall callChecked(TTS::ITextToSpeechFestival& service,
+                        const std::function<int(TTS::ITextToSpeechFestival&)>& work) {
+    const android::sp<android::IBinder> binder = binderOf(service);
     if (binder->localBinder() != nullptr) {
-        return work(service);
+        const int answered = work(service);
+        return {answered, answered == 0 ? binder->pingBinder() : android::OK};
     }
     const android::sp<Recorder> recorder = new Recorder(binder);
     const android::sp<TTS::ITextToSpeechFestival> proxy = new TTS::BpTextToSpeechFestival(recorder);
     const int answered = work(*proxy);
-    if (recorder->loss() == android::OK) {
-        return answered;
-    }
-    return recorder->loss() == android::DEAD_OBJECT ? TTS::STATUS_NO_SERVICE
-                                                    : static_cast<int>(Status::Lost);
+    return {answered, recorder->failure()};
+}
+
+int lifeOf(TTS::ITextToSpeechFestival& service) {
+    return binderOf(service)->pingBinder() == android::DEAD_OBJECT ? TTS::STATUS_NO_SERVICE
+                                                                   : TTS::STATUS_OK;
 }
 
 }  // namespace voxtrel

@@ -8,12 +8,26 @@
 
 namespace voxtrel {
 
-/// Has `work` call the service. The service's proxy does not tell a request that was lost from one
-/// that was answered with zeros; this does.
-/// @return what `work` returns; `TTS::STATUS_NO_SERVICE` where a request met a dead service, and
-///         `Status::Lost` where one did not get there, or its answer not back.
-int callChecked(TTS::ITextToSpeechFestival& service,
-                const std::function<int(TTS::ITextToSpeechFestival&)>& work);
+/// What became of requests that have an answer. The service's proxy does not tell one that failed
+/// from one that was answered with zeros.
+struct CheckedCall {
+    int answered = 0;                         ///< as the proxy tells
+    android::status_t failure = android::OK;  ///< of the last request that failed
+
+    /// The runtime could not carry a request, or the answer to it.
+    bool isLost() const;
+
+    /// What was answered; `Status::Lost`, `TTS::STATUS_NO_SERVICE` where a request met a dead
+    /// service, or why the service did not serve one.
+    int status() const;
+};
+
+/// Has `work` call the service.
+CheckedCall callChecked(TTS::ITextToSpeechFestival& service,
+                        const std::function<int(TTS::ITextToSpeechFestival&)>& work);
+
+/// Behind requests without an answer. @return `TTS::STATUS_NO_SERVICE` where the service is dead.
+int lifeOf(TTS::ITextToSpeechFestival& service);
 
 }  // namespace voxtrel
 

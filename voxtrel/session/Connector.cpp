@@ -129,11 +129,9 @@ Port::Found Session::connect(std::uint64_t life, Offer& offer) {
 /// Services differ in what they answer; whether the client is admitted, the capabilities tell.
 /// @return whether the request got there: a client whose callback is not known hears of nothing.
 bool Session::registerWith(Service& service) {
-    const int status = callChecked(service, [this](Service& checked) {
-        (void)checked.registerCallback(mPid, mCallback);
-        return 0;
-    });
-    return status == 0;
+    const CheckedCall call = callChecked(
+        service, [this](Service& checked) { return checked.registerCallback(mPid, mCallback); });
+    return !call.isLost();
 }
 
 void Session::noteSearch(const Port::Found& found) {
@@ -265,6 +263,9 @@ Diagnosis Session::diagnose(std::unique_lock<std::mutex>& lock) const {
         seen.reach = mIsStuck || isSilent ? Reach::ServiceSilent : Reach::Connected;
     } else if (seen.reach == Reach::Connected) {
         seen.reach = reachOfStage(seen);
+        if (seen.reach == Reach::NoManager && seen.transport == "socket") {
+            seen.reach = Reach::NoService;  // it has come since the last search
+        }
     }
     return seen;
 }

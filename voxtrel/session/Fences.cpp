@@ -2,6 +2,7 @@
 // Requests of a session whose effect only an event about a later request proves.
 #include "vocabulary/Events.h"
 #include "vocabulary/Status.h"
+#include "voxtrel/session/CheckedCall.h"
 #include "voxtrel/session/Session.h"
 #include "voxtrel/session/Wire.h"
 
@@ -55,7 +56,7 @@ Session::Fenced Session::performFenced(std::unique_lock<std::mutex>& lock,
     Work work = [pid = mPid, fence, requests = std::move(requests)](Service& service) {
         requests(service);
         (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-        return 0;  // what comes of them, events tell
+        return lifeOf(service);  // what else comes of them, events tell
     };
     mFences[fence] = Answer::None;
     lock.unlock();

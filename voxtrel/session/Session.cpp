@@ -23,12 +23,6 @@ constexpr std::chrono::milliseconds kToRefuse(200);
 /// A call that takes longer does not answer, whatever the deadline of whoever waits for it.
 constexpr std::chrono::milliseconds kPrompt(100);
 
-/// What a dead service answers reads as zeros.
-bool isDead(TTS::ITextToSpeechFestival& service) {
-    const android::sp<TTS::ITextToSpeechFestival> held = &service;
-    return android::IInterface::asBinder(held)->pingBinder() == android::DEAD_OBJECT;
-}
-
 /// The service may still speak what an earlier session of this process has left it, and tells the
 /// process: the numbers of the next one begin elsewhere.
 std::shared_ptr<Session> newSessionOfProcess(
@@ -242,7 +236,7 @@ Result<Features> Session::features(Clock::time_point deadline) {
 
 Result<void> Session::request(Work work, Clock::time_point deadline) {
     return perform(
-        [work = std::move(work)](Service& service) { return callChecked(service, work); },
+        [work = std::move(work)](Service& service) { return callChecked(service, work).status(); },
         deadline);
 }
 
@@ -255,10 +249,7 @@ Result<void> Session::perform(Work work, Clock::time_point deadline) {
         return unavailable(lock);
     }
     const auto call = std::make_shared<Call>();
-    call->work = [work = std::move(work)](Service& service) {
-        const int status = work(service);
-        return status == 0 && isDead(service) ? TTS::STATUS_NO_SERVICE : status;
-    };
+    call->work = std::move(work);
     mCalls.push_back(call);
     mToSend.notify_one();
     if (!mChanged.wait_until(lock, deadline, [&] { return call->isDone; })) {

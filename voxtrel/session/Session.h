@@ -212,7 +212,7 @@ private:
     static Error errorOf(Answer answer, const char* refused = nullptr);
     Error lockedError() const;
 
-    /// As `request`, but a request that was lost is not told: what came of them, events tell.
+    /// As `request`, but it does not tell of a request that was lost: events do.
     Result<void> perform(Work work, Clock::time_point deadline);
     Fenced performFenced(std::unique_lock<std::mutex>& lock, std::function<void(Service&)> requests,
                          Clock::time_point deadline);

@@ -2,6 +2,7 @@
 // The lock of a session.
 #include "vocabulary/Events.h"
 #include "vocabulary/Status.h"
+#include "voxtrel/session/CheckedCall.h"
 #include "voxtrel/session/Session.h"
 #include "voxtrel/session/Wire.h"
 
@@ -27,7 +28,7 @@ Result<std::uint64_t> Session::lock(const Mailbox& client, Clock::time_point dea
     const auto take = [pid = mPid, fence](Service& service) {
         (void)service.lock(pid);
         (void)service.silence(pid, fence, wire::kEndlessPause, WireSettings::kNotSet);
-        return 0;
+        return lifeOf(service);
     };
     Result<void> sent;
     try {
