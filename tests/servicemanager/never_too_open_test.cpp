@@ -125,6 +125,23 @@ TEST(ASocketThatIsMade, ReplacesNoOtherFileOfEitherName) {
     EXPECT_NE(nullptr, openOnce(path));
 }
 
+TEST(ASocketThatIsMade, ReplacesNoOtherSocketThatIsInUse) {
+    const voxtrel_test::TempFolder folder;
+    const std::string path = folder.path("binder");
+    for (const std::string& taken : {path, path + ".new"}) {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        taken.copy(address.sun_path, sizeof(address.sun_path) - 1);
+        const android::transport::Fd other(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(0,
+                  bind(other.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address));
+        ASSERT_EQ(0, listen(other.get(), 1));
+        EXPECT_EQ(nullptr, openOnce(path));
+        EXPECT_EQ(0, access(taken.c_str(), F_OK));
+        std::filesystem::remove(taken);
+    }
+}
+
 // As a socket unit's, which holds no lock.
 TEST(ASocketThatIsMade, ReplacesNoneThatIsMadeMeanwhile) {
     const voxtrel_test::TempFolder folder;

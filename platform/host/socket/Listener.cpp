@@ -64,11 +64,14 @@ Fd takeLock(const std::string& path) {
     return lock;
 }
 
-bool isListenedAt(const sockaddr_un& address) {
+/// What a connection fails with: 0 where somebody takes it. Nobody has a socket any more that
+/// refuses.
+int errorOfConnecting(const sockaddr_un& address) {
     const Fd probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    return probe.valid() && (connect(probe.get(), reinterpret_cast<const sockaddr*>(&address),
-                                     sizeof(address)) == 0 ||
-                             errno == EAGAIN);
+    const bool connects =
+        probe.valid() &&
+        connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    return connects ? 0 : errno;
 }
 
 // Removes the socket of a service manager that has died; any other file is left alone.
@@ -85,11 +88,17 @@ bool removeOldSocket(const std::string& path) {
         logLine("%s is there already, and is no socket", path.c_str());
         return false;
     }
-    if (isListenedAt(address)) {
+    const int error = errorOfConnecting(address);
+    if (error == 0 || error == EAGAIN || error == EPROTOTYPE) {
         logLine("somebody else listens at %s, perhaps a socket unit of systemd's", path.c_str());
         return false;
     }
-    if (unlink(path.c_str()) != 0) {
+    if (error != ECONNREFUSED && error != ENOENT) {
+        logLine("cannot tell whether somebody listens at %s: %s", path.c_str(),
+                strerrordesc_np(error));
+        return false;
+    }
+    if (unlink(path.c_str()) != 0 && errno != ENOENT) {
         logLine("cannot remove %s, of a service manager that has died: %s", path.c_str(),
                 strerrordesc_np(errno));
         return false;
@@ -119,7 +128,7 @@ bool bindFor(const Fd& socket, const std::string& path) {
 }
 
 /// Under another name, for whoever waits for the file may connect as soon as it is there: it gets
-/// its own when the socket listens. No name is longer than a socket's address has room for.
+/// its own when the socket listens. A path that leaves no room for another name is there at once.
 std::string unreadyName(const std::string& path) {
     const std::string name = path + ".new";
     return name.size() < sizeof(sockaddr_un::sun_path) ? name : path;
