@@ -73,7 +73,7 @@ class Service:
         if point.times == 1:
             text = text or self.outlive_a_holder(world, under_test)
             if under_test.poll() is None:
-                text = self.check_serves_on(world, under_test) or text
+                text = self.check_serves_on(world, point, under_test) or text
         status = end_in_time(under_test, self.name)
         if world.service is under_test:
             text = world.text("service.log")
@@ -92,12 +92,14 @@ class Service:
             raise Broken(f"speed is {found}, which nobody has set")
         world.expect_peers(world.manager)
 
-    def check_serves_on(self, world, service):
+    def check_serves_on(self, world, point, service):
         """Of two visitors one may be whom the fault meets. @return as `watch`."""
         text = ""
         try:
             world.check_served()
         except Broken:
+            if point.must_succeed:
+                raise
             if service.poll() is not None:
                 text = world.text("service.log")
                 world.start_service()

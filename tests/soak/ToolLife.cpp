@@ -30,7 +30,7 @@ constexpr milliseconds kToHang(60000);
 constexpr int kBySignal = 128;
 
 /// Until then a command may not handle signals yet.
-constexpr milliseconds kToBegin(1000);
+constexpr milliseconds kToBegin(3000);
 
 constexpr const char* kLock = "lock";
 constexpr const char* kDisable = "disable-speech";

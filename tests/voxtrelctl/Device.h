@@ -30,7 +30,6 @@ public:
 
     void killService();
     void killServiceManager();
-    void startServiceManager() { mMachine.startManager(); }
 
     /// Runs voxtrelctl to its end.
     Outcome ctl(const Words& arguments, const std::string& input = "");

@@ -103,31 +103,14 @@ TEST(WithoutAServiceManager, EveryCommandSaysSoSoonWithThePathThatItTried) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(60));
 }
 
-TEST(WithoutAServiceManager, ACommandWaitsForOneThatIsStartedTogetherWithIt) {
+// As one of a script that starts service manager, service and command in three lines.
+TEST(WithoutAServiceManager, ACommandWaitsForOneThatMayStillBeStarting) {
     Device device;
     device.killServiceManager();
     const auto begin = std::chrono::steady_clock::now();
     const Outcome outcome = device.ctl({"stop"});
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(800));
     EXPECT_NE(outcome.err.find(saysThatThereIsNoManager(device)), std::string::npos) << outcome.err;
-}
-
-// As from a script that starts service manager, service and command in three lines.
-TEST(AServiceManagerThatComesLate, IsFoundByACommandThatWasStartedWithIt) {
-    bool wasInTime = false;
-    for (int attempt = 0; !wasInTime && attempt < 20; ++attempt) {
-        Device device;
-        device.killServiceManager();
-        const auto begin = std::chrono::steady_clock::now();
-        const auto waiting = device.start({"say", "--wait", "late"});
-        device.startServiceManager();
-        // Where the machine took longer to start it, the command's end says nothing.
-        wasInTime = std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(600);
-        device.startService({"--sink", "none"});
-        const Outcome outcome = waiting->finish();
-        EXPECT_TRUE(!wasInTime || outcome.status == 0) << outcome.err;
-    }
-    EXPECT_TRUE(wasInTime);
 }
 
 TEST(AServiceThatComesLate, IsFoundByACommandThatWaits) {

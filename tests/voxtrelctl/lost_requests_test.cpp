@@ -19,7 +19,7 @@ namespace {
 constexpr size_t kPiece = 1024;
 
 constexpr const char* kLost =
-    "voxtrelctl: -102 lost on its way, or the service does not tell of it: say it again; see the "
+    "voxtrelctl: -102 lost on its way, or the service does not tell of it: try again; see the "
     "service's own log, and docs/writing-a-service.md for what it must tell\n";
 
 /// So many texts of a piece each.
