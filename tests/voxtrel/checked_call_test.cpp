@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "vocabulary/Status.h"
 #include "voxtrel/Status.h"
+#include "voxtrel/testing/FakeRemote.h"
 
 namespace voxtrel {
 namespace {
@@ -37,7 +39,7 @@ protected:
     }
 };
 
-class ACheckedCall : public testing::Test {
+class ACheckedCall : public ::testing::Test {
 protected:
     int setVerbosityTwice() {
         const CheckedCall call = callChecked(*mService, [](TTS::ITextToSpeechFestival& service) {
@@ -89,6 +91,38 @@ TEST_F(ACheckedCall, TellsThatTheServiceIsDead) {
     mRemote->fates = {android::OK, android::DEAD_OBJECT};
     EXPECT_EQ(TTS::STATUS_NO_SERVICE, setVerbosityTwice());
     EXPECT_TRUE(mIsLost);
+    mRemote->fates = {android::DEAD_OBJECT, android::OK};
+    EXPECT_EQ(TTS::STATUS_NO_SERVICE, setVerbosityTwice()) << "whoever answers is another one";
+}
+
+TEST_F(ACheckedCall, IsNotTakenForDoneWhereARequestWithoutAnAnswerIsLost) {
+    const auto unlock = [](TTS::ITextToSpeechFestival& service) { return service.unlock(1); };
+    mRemote->fates = {android::FAILED_TRANSACTION};
+    EXPECT_EQ(static_cast<int>(Status::Lost), callChecked(*mService, unlock).status());
+    EXPECT_EQ(0, callChecked(*mService, unlock).status());
+}
+
+/// In this process, where the service itself is called.
+class LocalService : public testing::FakeRemote {
+public:
+    LocalService() : FakeRemote(std::make_shared<testing::FakeState>(), 1) {}
+
+    int setVerbosity(unsigned /*pid*/, int /*verbosity*/) override { return answer; }
+    status_t pingBinder() override { return life; }
+
+    int answer = 0;
+    status_t life = android::OK;
+};
+
+TEST(ACheckedCallInOneProcess, IsWhatTheServiceAnswersWhileItLives) {
+    const sp<LocalService> service = new LocalService();
+    const auto change = [](TTS::ITextToSpeechFestival& it) { return it.setVerbosity(1, 2); };
+    EXPECT_EQ(0, callChecked(*service, change).status());
+    service->answer = TTS::STATUS_LOCKED;
+    EXPECT_EQ(TTS::STATUS_LOCKED, callChecked(*service, change).status());
+    service->answer = 0;
+    service->life = android::DEAD_OBJECT;
+    EXPECT_EQ(TTS::STATUS_NO_SERVICE, callChecked(*service, change).status());
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 // Why there is no connection, while the service is looked for again and again.
 #include <memory>
 
-#include "ipc/TransactionCodes.h"
 #include "tests/voxtrel/ClientTest.h"
+#include "tests/voxtrel/LossyWay.h"
 #include "voxtrel/session/Session.h"
 #include "voxtrel/testing/FakeRemote.h"
 
@@ -39,52 +39,19 @@ private:
     const std::shared_ptr<FakeState> mService;
 };
 
-/// The first registrations get lost.
-class LossyRemote : public FakeRemote {
-public:
-    LossyRemote(std::shared_ptr<FakeState> service, std::atomic<int>& lost)
-        : FakeRemote(std::move(service), kFirstLife), mLost(lost) {}
-
-    android::BBinder* localBinder() override { return nullptr; }
-    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
-                                 uint32_t flags) override {
-        if (code == TTS::transaction::kRegisterCallback.code && mLost > 0) {
-            --mLost;
-            return android::FAILED_TRANSACTION;
-        }
-        return FakeRemote::onTransact(code, data, reply, flags);
-    }
-
-private:
-    std::atomic<int>& mLost;
-};
-
-class LossyPort : public Port {
-public:
-    LossyPort(std::shared_ptr<FakeState> service, std::atomic<int>& lost)
-        : mService(std::move(service)), mLost(lost) {}
-
-    Found find(std::function<void()> /*died*/) override {
-        return {new LossyRemote(mService, mLost)};
-    }
-
-private:
-    const std::shared_ptr<FakeState> mService;
-    std::atomic<int>& mLost;
-};
-
 TEST(ARegistrationThatIsLost, IsMadeAgain) {
     const auto service = std::make_shared<FakeState>();
     const auto client = std::make_shared<Mailbox>(true);
     std::weak_ptr<Session> place;
-    std::atomic<int> lost{3};
+    Losses losses;
+    losses.lose(TTS::transaction::kRegisterCallback, 3);
     const std::shared_ptr<Session> session = Session::joinAt(
         place,
-        [&] { return std::make_shared<Session>(std::make_unique<LossyPort>(service, lost)); },
+        [&] { return std::make_shared<Session>(std::make_unique<LossyPort>(service, losses)); },
         client);
     ASSERT_TRUE(session->waitUntilConnected(Session::Clock::now() + kLong));
     EXPECT_TRUE(session->checkEvents(Session::Clock::now() + kLong)) << "it hears of nothing";
-    EXPECT_EQ(0, lost);
+    EXPECT_TRUE(losses.areOver());
     session->leave(client, Session::Clock::now() + kLong);
     service->end();
 }

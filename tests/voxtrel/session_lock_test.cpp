@@ -2,74 +2,18 @@
 // A lock of which something gets lost on its way.
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <algorithm>
 #include <memory>
 
-#include "ipc/BnCallback.h"
 #include "tests/voxtrel/ClientTest.h"
-#include "vocabulary/Events.h"
+#include "tests/voxtrel/LossyWay.h"
 #include "voxtrel/session/Session.h"
-#include "voxtrel/testing/FakeRemote.h"
 
 namespace {
 
 using namespace voxtrel;
 using namespace voxtrel_test;
-using voxtrel::testing::FakeRemote;
 using voxtrel::testing::FakeState;
-
-/// What never reaches the service, or never comes from it.
-struct Losses {
-    std::atomic<bool> locks{false};
-    std::atomic<bool> unlocks{false};
-    std::atomic<bool> newsOfLocks{false};
-};
-
-class LossyCallback : public TTS::BnCallback {
-public:
-    LossyCallback(android::sp<TTS::ICallback> client, const Losses& losses)
-        : mClient(std::move(client)), mLosses(losses) {}
-
-    bool notify(unsigned event, unsigned second, unsigned third) override {
-        const bool isLost =
-            mLosses.newsOfLocks && event == TTS::EVENT_STATE && second == TTS::STATE_LOCK;
-        return isLost || mClient->notify(event, second, third);
-    }
-
-private:
-    const android::sp<TTS::ICallback> mClient;
-    const Losses& mLosses;
-};
-
-class LossyRemote : public FakeRemote {
-public:
-    LossyRemote(std::shared_ptr<FakeState> service, const Losses& losses)
-        : FakeRemote(std::move(service), kFirstLife), mLosses(losses) {}
-
-    int lock(unsigned pid) override { return mLosses.locks ? 0 : FakeRemote::lock(pid); }
-    int unlock(unsigned pid) override { return mLosses.unlocks ? 0 : FakeRemote::unlock(pid); }
-    int registerCallback(unsigned pid, const android::sp<TTS::ICallback>& client) override {
-        return FakeRemote::registerCallback(pid, new LossyCallback(client, mLosses));
-    }
-
-private:
-    static constexpr std::uint64_t kFirstLife = 1;
-    const Losses& mLosses;
-};
-
-class LossyPort : public Port {
-public:
-    LossyPort(std::shared_ptr<FakeState> service, const Losses& losses)
-        : mService(std::move(service)), mLosses(losses) {}
-
-    Found find(std::function<void()> /*died*/) override {
-        return {new LossyRemote(mService, mLosses)};
-    }
-
-private:
-    const std::shared_ptr<FakeState> mService;
-    const Losses& mLosses;
-};
 
 class ALockOnALossyWay : public ::testing::Test {
 protected:
@@ -79,6 +23,10 @@ protected:
     }
 
     static Session::Clock::time_point deadline() { return Session::Clock::now() + kLong; }
+    bool isAsked(const std::string& what) const {
+        const std::vector<std::string> requests = service->requests();
+        return std::find(requests.begin(), requests.end(), what) != requests.end();
+    }
     Status lock() { return session->lock(*client, deadline()).status(); }
 
     Losses losses;
@@ -92,21 +40,29 @@ protected:
 };
 
 TEST_F(ALockOnALossyWay, IsLostWithItsRequestAndNobodyElses) {
-    losses.locks = true;
+    losses.lose(TTS::transaction::kLock);
     EXPECT_EQ(Status::Lost, lock());
-    losses.locks = false;
+    losses.end();
     EXPECT_EQ(Status::Ok, lock());
 }
 
 TEST_F(ALockOnALossyWay, IsGivenBackWhenTheNewsOfItIsLost) {
-    losses.newsOfLocks = true;
+    losses.loseNewsOfLocks();
     EXPECT_EQ(Status::Lost, lock());
-    losses.newsOfLocks = false;
+    losses.end();
     EXPECT_EQ(Status::Ok, lock()) << "the service has not kept it for us";
 }
 
+TEST_F(ALockOnALossyWay, IsGivenBackWhenTheFenceBehindItIsLost) {
+    losses.lose(TTS::transaction::kSilence, 1);
+    EXPECT_EQ(Status::TimedOut, session->lock(*client, Session::Clock::now() + 300ms).status());
+    EXPECT_TRUE(eventually([&] { return isAsked("unlock"); })) << "the service keeps it for us";
+    EXPECT_TRUE(losses.areOver());
+    EXPECT_EQ(Status::Ok, lock());
+}
+
 TEST_F(ALockOnALossyWay, IsTakenAgainThoughItCouldNotBeGivenBack) {
-    losses.unlocks = true;
+    losses.lose(TTS::transaction::kUnlock);
     const Result<std::uint64_t> first = session->lock(*client, deadline());
     ASSERT_TRUE(first);
     session->unlock(*first);
@@ -114,7 +70,7 @@ TEST_F(ALockOnALossyWay, IsTakenAgainThoughItCouldNotBeGivenBack) {
 }
 
 TEST_F(ALockOnALossyWay, IsAnothersThoughTheNewsOfThatIsLost) {
-    losses.newsOfLocks = true;
+    losses.loseNewsOfLocks();
     service->setHolder(4711);
     EXPECT_EQ(Status::Locked, lock());
 }

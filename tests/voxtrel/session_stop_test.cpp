@@ -1,47 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // A request to drop speech that gets lost on its way.
-#include <atomic>
 #include <memory>
 
 #include "tests/voxtrel/ClientTest.h"
+#include "tests/voxtrel/LossyWay.h"
 #include "voxtrel/session/Session.h"
-#include "voxtrel/testing/FakeRemote.h"
 
 namespace {
 
 using namespace voxtrel;
 using namespace voxtrel_test;
-using voxtrel::testing::FakeRemote;
 using voxtrel::testing::FakeState;
-
-constexpr std::uint64_t kFirstLife = 1;
-
-class LossyRemote : public FakeRemote {
-public:
-    LossyRemote(std::shared_ptr<FakeState> service, const std::atomic<bool>& isLossy)
-        : FakeRemote(std::move(service), kFirstLife), mIsLossy(isLossy) {}
-
-    int stopAndFlush(unsigned pid, unsigned what) override {
-        return mIsLossy ? 0 : FakeRemote::stopAndFlush(pid, what);
-    }
-
-private:
-    const std::atomic<bool>& mIsLossy;
-};
-
-class LossyPort : public Port {
-public:
-    LossyPort(std::shared_ptr<FakeState> service, const std::atomic<bool>& isLossy)
-        : mService(std::move(service)), mIsLossy(isLossy) {}
-
-    Found find(std::function<void()> /*died*/) override {
-        return {new LossyRemote(mService, mIsLossy)};
-    }
-
-private:
-    const std::shared_ptr<FakeState> mService;
-    const std::atomic<bool>& mIsLossy;
-};
 
 class ALostRequestToStop : public ::testing::Test {
 protected:
@@ -70,25 +39,42 @@ protected:
         return Utterance(speech->state);
     }
 
-    std::atomic<bool> isLossy{false};
+    Losses losses;
     Notes notes;
     const std::shared_ptr<FakeState> service = std::make_shared<FakeState>();
     const std::shared_ptr<Mailbox> client = std::make_shared<Mailbox>(true);
     std::weak_ptr<Session> place;
     const std::shared_ptr<Session> session = Session::joinAt(
         place,
-        [this] { return std::make_shared<Session>(std::make_unique<LossyPort>(service, isLossy)); },
+        [this] { return std::make_shared<Session>(std::make_unique<LossyPort>(service, losses)); },
         client);
 };
 
 TEST_F(ALostRequestToStop, IsNoSuccessForWhoSilencesEverybody) {
     const Utterance sounding = speakOn();
-    isLossy = true;
+    losses.lose(TTS::transaction::kStopAndFlush);
     EXPECT_EQ(Status::Lost, session->stopEverybody(client, after(Milliseconds(300))).status());
     EXPECT_TRUE(sounding.outcome().isPending());
-    isLossy = false;
+    losses.end();
     EXPECT_EQ(Status::Ok, session->stopEverybody(client, after(kLong)).status());
     EXPECT_EQ("stopped by client", textOf(sounding.outcome())) << "at once";
+}
+
+TEST_F(ALostRequestToStop, IsNotTheReasonOfALaterStop) {
+    const Utterance sounding = speakOn();
+    losses.lose(TTS::transaction::kStopAndFlush, 1);
+    EXPECT_EQ(Status::Lost, session->stopEverybody(client, after(Milliseconds(300))).status());
+    service->stopByAnother();
+    EXPECT_TRUE(eventually([&] { return !sounding.outcome().isPending(); }));
+    EXPECT_EQ("stopped by somebody", textOf(sounding.outcome()));
+}
+
+TEST_F(ALostRequestToStop, HasDroppedTheSpeechWhereOnlyTheFenceBehindItIsLost) {
+    const Utterance sounding = speakOn();
+    losses.lose(TTS::transaction::kSilence, 1);
+    EXPECT_EQ(Status::TimedOut, session->stopEverybody(client, after(Milliseconds(300))).status());
+    EXPECT_TRUE(eventually([&] { return !sounding.outcome().isPending(); }));
+    EXPECT_EQ("stopped by client", textOf(sounding.outcome()));
 }
 
 }  // namespace
