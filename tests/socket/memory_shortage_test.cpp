@@ -7,10 +7,12 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <new>
 #include <string>
 #include <thread>
 
+#include "socket/Syscalls.h"
 #include "tests/platform/ProbeTest.h"
 
 extern "C" void* __libc_realloc(void* old, size_t size);
@@ -63,6 +65,7 @@ void operator delete[](void* memory, std::size_t) noexcept {
 namespace {
 
 using android::BBinder;
+using android::FAILED_TRANSACTION;
 using android::IBinder;
 using android::NO_MEMORY;
 using android::OK;
@@ -70,6 +73,7 @@ using android::Parcel;
 using android::sp;
 using android::status_t;
 using probe::Call;
+namespace sys = android::transport::sys;
 using voxtrel_test::ChildProcess;
 using voxtrel_test::eventually;
 
@@ -218,6 +222,34 @@ TEST_F(AProcessWithoutMemory, FailsInACallWhoseReplyBringsABinderAndMakesTheNext
     EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kLiving) == 0; }));
     EXPECT_EQ(connections, probe::descriptors()) << "the connection is kept";
     EXPECT_EQ(OK, made.to(mNode, probe::kMake));
+}
+
+/// While it lives the kernel has no memory for what this process receives.
+class NoMemoryToReceive {
+public:
+    NoMemoryToReceive() { sys::gFault = &failToReceive; }
+    ~NoMemoryToReceive() { sys::gFault = nullptr; }
+    NoMemoryToReceive(const NoMemoryToReceive&) = delete;
+    NoMemoryToReceive& operator=(const NoMemoryToReceive&) = delete;
+
+private:
+    static int failToReceive(sys::Call call) { return call == sys::Call::Receive ? ENOMEM : 0; }
+};
+
+TEST_F(AProcessWithoutMemory, FailsInACallForWhoseReplyTheKernelHasNoneAndMakesTheNext) {
+    const int connections = probe::descriptors();
+    for (int times = 0; times < 3; ++times) {
+        {
+            const NoMemoryToReceive none;
+            EXPECT_EQ(NO_MEMORY, mNode->pingBinder());
+        }
+        EXPECT_EQ(OK, mNode->pingBinder());
+    }
+    EXPECT_LE(probe::descriptors(), connections + 1) << "those sockets are closed";
+    EXPECT_EQ(FAILED_TRANSACTION, probe::note(mNode, 1, mNotes))
+        << "its socket was closed with the first reply";
+    EXPECT_EQ(OK, probe::note(mNode, 1, mNotes++));
+    EXPECT_TRUE(eventually([this] { return probe::ask(mNode, probe::kNotes) == mNotes; }));
 }
 
 TEST_F(AProcessWithoutMemory, MakesNoCallWhoseReplyItCouldNotTake) {

@@ -24,6 +24,7 @@ using android::FAILED_TRANSACTION;
 using android::OK;
 using android::Parcel;
 using android::sp;
+using android::status_t;
 using namespace android::transport;
 
 // Faults are a plain function: what it answers stands here.
@@ -67,6 +68,12 @@ constexpr Header kRequest = {0, Kind::Request, 7, 0, 0, 0, 0, 0};
 
 class AMessageThat : public testing::Test {
 protected:
+    /// More than goes without a memfd.
+    status_t sendLarge() const {
+        Parcel large;
+        return sendMessage(mPair.held, kRequest, withText(large, 200000), {});
+    }
+
     Received receive(Parcel& parcel) { return receiveMessage(mPair.served, false, parcel, mGot); }
 
     const SocketPair mPair = makeSocketPair();
@@ -175,14 +182,12 @@ TEST_F(AMessageThat, IsWrittenInPiecesArrivesWhole) {
 }
 
 TEST_F(AMessageThat, FindsNoRoomInTheMemfdFails) {
-    Parcel large;
     const Failing full(sys::Call::Write, ENOSPC);
-    EXPECT_EQ(FAILED_TRANSACTION, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    EXPECT_EQ(FAILED_TRANSACTION, sendLarge());
 }
 
 TEST_F(AMessageThat, LosesItsDescriptorsIsKnownByItsHeader) {
-    Parcel large;
-    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    ASSERT_EQ(OK, sendLarge());
     const Failing lost(sys::Call::ReceiveDescriptors, EMFILE);
     Parcel received;
     ASSERT_EQ(Received::OutOfDescriptors, receive(received));
@@ -191,8 +196,7 @@ TEST_F(AMessageThat, LosesItsDescriptorsIsKnownByItsHeader) {
 }
 
 TEST_F(AMessageThat, TheKernelHasNoMemoryToReadFromItsMemfdIsKnownByItsHeader) {
-    Parcel large;
-    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    ASSERT_EQ(OK, sendLarge());
     const Failing read(sys::Call::Read, ENOMEM);
     Parcel received;
     ASSERT_EQ(Received::OutOfMemory, receive(received));
@@ -202,8 +206,7 @@ TEST_F(AMessageThat, TheKernelHasNoMemoryToReadFromItsMemfdIsKnownByItsHeader) {
 }
 
 TEST_F(AMessageThat, CannotBeReadFromItsMemfdIsMalformed) {
-    Parcel large;
-    ASSERT_EQ(OK, sendMessage(mPair.held, kRequest, withText(large, 200000), {}));
+    ASSERT_EQ(OK, sendLarge());
     const Failing read(sys::Call::Read, EBADF);
     Parcel received;
     EXPECT_EQ(Received::Malformed, receive(received)) << "it was opened for writing alone";

@@ -195,8 +195,8 @@ status_t SocketReference::callOneWay(const Header& header, const Parcel& data) {
         status = mControl.whyClosed(deadline);
         if (status != DEAD_OBJECT) {
             logLimited(
-                "a connection was refused by the process that it leads to: a one-way call fails, "
-                "and those before it may be lost");
+                "a connection has been closed, here or by the process that it leads to: a one-way "
+                "call fails, and those before it may be lost");
         }
     }
     return status;
