@@ -180,7 +180,7 @@ std::vector<SpeechQueue::Dropped> SpeechQueue::takeDropped() {
         return each.pid != sounding;
     };
     const auto kept = std::stable_partition(mDropped.begin(), mDropped.end(), isOthers);
-    const std::vector<Dropped> taken(mDropped.begin(), kept);
+    std::vector<Dropped> taken(mDropped.begin(), kept);
     mDropped.erase(mDropped.begin(), kept);
     for (const Dropped& each : taken) {
         --mShares[each.pid].dropped;

@@ -126,11 +126,12 @@ private:
 std::string lastLineOf(const std::string& path, std::streamoff begin, const std::string& name) {
     std::ifstream log(path);
     log.seekg(begin);
+    const std::string begins = name + ": ";
     std::string last;
     std::string own;
     for (std::string line; std::getline(log, line);) {
         last = line.empty() ? last : line;
-        own = line.find(name + ": ") == 0 ? line : own;
+        own = line.find(begins) == 0 ? line : own;
     }
     return own.empty() ? last : own;
 }

@@ -72,7 +72,9 @@ DroppedSpeech SpeechQueue::dropWaiting(const Mailbox& by) {
 DroppedSpeech SpeechQueue::close(const Mailbox& client) {
     const bool owed = mOwesFlush;
     const auto closeOwn = [&](const std::shared_ptr<Speech>& place) {
-        const std::shared_ptr<Speech> speech = place;  // the place is emptied meanwhile
+        // The place is emptied meanwhile.
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+        const std::shared_ptr<Speech> speech = place;
         if (speech != nullptr && speech->client.get() == &client) {
             end(speech, {Kind::Lost, Status::Closed, speech->heard});
         }

@@ -15,19 +15,19 @@ constexpr unsigned kVoices = 2;
 
 struct Rule {
     VOXTRELAPI_GCONF key;
-    const char* name;
     bool isReal;
+    const char* name;
     double least;
     double most;
 };
 
 constexpr Rule kRules[] = {
-    {GCONF_SPEED, "speed", false, 80, 900},
-    {GCONF_PITCH, "pitch", true, 0, 400},
-    {GCONF_VOICE, "voice", false, 0, kVoices},
-    {GCONF_VOLUME, "volume", true, 0, 100},
-    {GCONF_BG_VOLUME, "media-volume", false, 0, 100},
-    {GCONF_TTS_VOLUME, "speech-volume", false, 0, 100},
+    {GCONF_SPEED, false, "speed", 80, 900},
+    {GCONF_PITCH, true, "pitch", 0, 400},
+    {GCONF_VOICE, false, "voice", 0, kVoices},
+    {GCONF_VOLUME, true, "volume", 0, 100},
+    {GCONF_BG_VOLUME, false, "media-volume", 0, 100},
+    {GCONF_TTS_VOLUME, false, "speech-volume", 0, 100},
 };
 
 const Rule* ruleOf(VOXTRELAPI_GCONF key) {
