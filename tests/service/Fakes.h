@@ -125,7 +125,12 @@ public:
         note("begin " + std::to_string(pid) + " " + std::to_string(id));
         return !mRefusesBegin;
     }
-    bool write(const int16_t* samples, size_t count, const Cancel& /*cancel*/) override {
+    bool write(const int16_t* samples, size_t count, const Cancel& cancel) override {
+        if (mMonitor.read([&] { return mBlocks; })) {
+            mMonitor.change([&] { mIsBlocked = true; });
+            EXPECT_TRUE(cancel.sleepUntil(std::chrono::steady_clock::now() + kTimeout));
+            return true;
+        }
         mMonitor.change([&] { mSamples.insert(mSamples.end(), samples, samples + count); });
         return !mRefusesWrite;
     }
@@ -146,6 +151,13 @@ public:
         return mMonitor.waitFor(
             [&] { return mCalls.size() > 1 && mCalls[mCalls.size() - 2].rfind(begin, 0) == 0; });
     }
+    /// It takes no sample and does not fail, like a card that has stopped.
+    void block(bool block) {
+        mMonitor.change([&] { mBlocks = block; });
+    }
+    bool waitUntilBlocked() const {
+        return mMonitor.waitFor([&] { return mIsBlocked; });
+    }
     void refuseBegin(bool refuse) { mRefusesBegin = refuse; }
     void refuseWrite(bool refuse) { mRefusesWrite = refuse; }
 
@@ -157,6 +169,8 @@ private:
     Monitor mMonitor;
     std::vector<int16_t> mSamples;
     std::vector<std::string> mCalls;
+    bool mBlocks = false;
+    bool mIsBlocked = false;
     bool mRefusesBegin = false;
     bool mRefusesWrite = false;
 };

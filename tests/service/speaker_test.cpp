@@ -228,6 +228,33 @@ TEST_F(ASpeaker, StopsAnUtteranceWhoseSamplesAreNotTaken) {
         {{1, EVENT_STARTED, 1, 0}, {1, EVENT_WORD, 1, 0}, {1, EVENT_STOPPED, 1, kAudioFailed}});
 }
 
+TEST_F(ASpeaker, DropsAnUtteranceWhoseSinkTakesNothingAndDoesNotFail) {
+    sink.block(true);
+    say(1, 1, "unheard");
+    say(2, 2, "heard");
+    start();
+    ASSERT_TRUE(sink.waitUntilBlocked());
+    EXPECT_TRUE(listener.told().empty()) << "it waits for as long as the sink does";
+    sink.block(false);
+    queue.drop(1, STATUS_OK);
+    expectTold({{1, EVENT_STARTED, 1, 0},
+                {1, EVENT_WORD, 1, 0},
+                {1, EVENT_STOPPED, 1, 0},
+                {2, EVENT_STARTED, 2, 0},
+                {2, EVENT_WORD, 2, 0},
+                {2, EVENT_FINISHED, 2, 0}});
+}
+
+TEST_F(ASpeaker, IsEndedWhileItsSinkTakesNothing) {
+    sink.block(true);
+    say(1, 1, "unheard");
+    start();
+    ASSERT_TRUE(sink.waitUntilBlocked());
+    stop();
+    EXPECT_EQ(listener.told().back(),
+              (Told{1, EVENT_STOPPED, 1, static_cast<uint32_t>(STATUS_SHUTDOWN)}));
+}
+
 TEST_F(ASpeaker, TellsTheMarksOfAMarkedUpTextBetweenItsWords) {
     say(7, 42, "<speak>one <mark name='a'/>two<mark name='b'/></speak>");
     start();
