@@ -200,13 +200,14 @@ TEST(TheGuideToReliability, HasATestForEachFault) {
 
 TEST(TheSources, GoByNoClockThatCanJump) {
     static const std::regex clock(
-        R"re(system_clock|high_resolution_clock|CLOCK_REALTIME|gettimeofday|\btime\((nullptr|NULL|0)\))re");
+        R"re(system_clock|high_resolution_clock|CLOCK_REALTIME|gettimeofday|\btime\((nullptr|NULL|0)\))re"
+        R"re(|\btime\.(time|localtime|gmtime)|\bdatetime\b)re");  // those of Python
     std::size_t seen = 0;
-    for (const char* folder :
-         {"vocabulary", "ipc", "profile", "client", "platform", "service", "voxtrel", "tools"}) {
+    for (const char* folder : {"vocabulary", "ipc", "profile", "client", "platform", "service",
+                               "voxtrel", "tools", "bridges", "python"}) {
         for (const auto& entry : fs::recursive_directory_iterator(root() / folder)) {
             const fs::path kind = entry.path().extension();
-            if (kind == ".cpp" || kind == ".h") {
+            if (kind == ".cpp" || kind == ".h" || kind == ".py") {
                 ++seen;
                 EXPECT_FALSE(std::regex_search(house::read(entry.path()), clock)) << entry.path();
             }
