@@ -17,15 +17,6 @@ tidy() {
 }
 export -f tidy
 
-# latest_first FOLDER...: their sources; a header counts as the source of its name
-latest_first() {
-    {
-        git diff --name-only HEAD -- "$@"
-        git log --format= --name-only -- "$@"
-        git ls-files -- "$@"
-    } | sed -n 's/\.h$/.cpp/; /\.cpp$/p' | awk '!seen[$0]++ && system("test -f \"" $0 "\"") == 0'
-}
-
 seconds=
 if [ "${1:-}" = --within ]; then
     seconds=${2:?SECONDS}
@@ -33,7 +24,7 @@ if [ "${1:-}" = --within ]; then
 fi
 folders=("$@")
 if [ ${#folders[@]} -eq 0 ]; then folders=("${SHIPPED[@]}"); fi
-mapfile -t files < <(latest_first "${folders[@]}")
+mapfile -t files < <(scripts/lint_sources.py "${folders[@]}")
 if [ ${#files[@]} -eq 0 ]; then
     echo "lint: there are no sources in ${folders[*]}" >&2
     exit 2
@@ -46,6 +37,10 @@ printf '%s\0' "${files[@]}" | xargs -0 -P "$(jobs_here)" -n 1 bash -c 'tidy "$1"
     awk -v total="${#files[@]}" '{ print NR, total; fflush() }' | show_progress "clang-tidy"
 if [ -s "$FINDINGS" ]; then
     cat "$FINDINGS"
+    exit 1
+fi
+if [ ! -s build/lint/read ]; then
+    echo "lint: the time was over before any of ${#files[@]} sources was read" >&2
     exit 1
 fi
 say "clang-tidy: clean ($(wc -l <build/lint/read) of ${#files[@]} sources)"
