@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # voxtrel_fuzz(NAME SOURCES file... ROOMS room... [LINK target...] [SEEDS folder] [GOLDEN])
 #
 # One libFuzzer target of the object libraries voxtrel_ROOM; name it ..._fuzz. SEEDS, what GOLDEN makes

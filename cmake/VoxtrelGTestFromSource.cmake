@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian ships GoogleTest built for the PC and its own standard library only, but with its sources: a
 # build for another one compiles them.
 add_library(gtest STATIC "${VOXTREL_GTEST_SOURCE_DIR}/src/gtest-all.cc")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What keeps a fault from being used, for the builds that people run. A build of the tests looks for
 # faults instead: it is not optimised, which fortified functions need, or has sanitizers, which see less
 # through them.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What a stranger gets: the shared object, its headers, a CMake package and a pkg-config file; on a PC
 # the stand-in of the platform beside them, in folders of its own. The tree may be moved as a whole.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What an application gets that speaks through voxtrel/: the shared object, the public headers, a CMake
 # package and a pkg-config file. It needs neither the headers of the client library and the platform nor
 # a link line with them: the linker finds both beside the shared object or in the system's folders.

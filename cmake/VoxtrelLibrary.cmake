@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The four rooms as the one shared object that applications and the service link.
 add_library(voxtrel-client SHARED)
 add_library(voxtrel::client ALIAS voxtrel-client)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What a user may switch, and the flags that our own code (and only our own code) is built with.
 set(VOXTREL_PLATFORM "host" CACHE STRING
     "host: build the PC stand-in of the platform; system: use the device's own")

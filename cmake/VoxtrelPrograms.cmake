@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Whether the reference service and the command line are built. A PC has their packages or says what
 # to install; a device's sysroot often has none of them, and the library needs none.
 set(VOXTREL_BUILD_PROGRAMS "AUTO" CACHE STRING

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The standard headers are most of the work on a source of ours, so all of them share these compiled.
 # Presets without precompiled headers show what a source forgets to include.
 file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/standard_header.cpp" CONTENT "")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The device's own binder runtime and TTS common library, named by the user or found in the sysroot.
 # docs/porting.md is the way through it.
 set(VOXTREL_PLATFORM_INCLUDE_DIRS "" CACHE PATH

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # GoogleTest's header is half of the work on a test's source, so all programs share it compiled.
 function(voxtrel_test_header)
   file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/test_header.cpp" CONTENT "")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Whether the tests can be built. A PC has their packages or says what to install; a device's sysroot
 # often has none of them, and the library needs none.
 set(VOXTREL_GTEST_SOURCE_DIR "/usr/src/googletest/googletest" CACHE PATH

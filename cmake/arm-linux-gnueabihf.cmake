@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian's cross compiler for 32-bit ARM with hardware floating point; tests run under qemu-user.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The cross compiler, with the libraries that the programs use: those of the emulated ARM board's packages,
 # which scripts/board/packages.sh unpacks.
 include("${CMAKE_CURRENT_LIST_DIR}/arm-linux-gnueabihf.cmake")

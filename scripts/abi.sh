@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: abi.sh [compare|accept]. Builds both libraries with all that is known of their types, for a 64-bit
 # PC and for 32-bit ARM, and hands them to abi_compare.sh.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: abi_compare.sh compare|accept ARCHITECTURE SHARED_OBJECT...
 # Compares what applications are compiled against with abi/: the library's description by abidw, and
 # tables made of it. The name in abi/ is that of the shared object with its major version, so that a new

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: bare.sh. What a newcomer does on a bare Debian, in roots that hold minbase, git and a clean
 # clone of HEAD: speak, run some steps of the tests, install the packages. Ends with
 # 'N passed, N failed'.

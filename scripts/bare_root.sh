@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Bare Debian roots, sourced by bare.sh: made from this machine's own package sources, entered with
 # processes, mounts and a /tmp of their own.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: bench.sh BUILD_DIR [PROGRAM]. Runs one benchmark program or all, each pinned to processor 0:
 # a wake across processors costs several times one on the same, and would hide all else.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: coverage.sh. Line and branch coverage of the library by its unit tests; fails below 100% of
 # lines. Branches that only an exception takes are not counted.
 set -euo pipefail

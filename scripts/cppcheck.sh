@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Says what cppcheck finds in what ships; scripts/cppcheck.supp has what it takes for a fault and is none.
 set -euo pipefail
 cd "$(dirname "$0")/.."

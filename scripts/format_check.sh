@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Says which of our sources are not in the project's form; changes nothing.
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: fuzz.sh BUILD_DIR SECONDS [TARGET...]. Runs fuzz targets, or all, for that long each, as many
 # side by side as there are processors; finds are kept beside them. Closes with a table. A find fails,
 # and so does a target that has not run at all.

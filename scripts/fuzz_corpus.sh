@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: fuzz_corpus.sh BUILD_DIR [TARGET...]. Takes what the fuzz targets, or these, have found
 # interesting into the tree: of all inputs the few that together reach as much, as
 # fuzz/corpus/TARGET.tar.gz, which has the same bytes for the same inputs. Closes with a table.

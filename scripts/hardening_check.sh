@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: hardening_check.sh [--where-built] FILE...
 # Says of these programs and shared objects which lack what cmake/VoxtrelHardening.cmake promises, as far
 # as it can be read from them. --where-built: they are not installed, and find their libraries in the build.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034 # what it sets is for those who source it
 # Shared by ./dev and the scripts behind it; sourced, never run. The caller stands in the root.
 

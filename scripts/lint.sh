@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: lint.sh [--within SECONDS] [FOLDER...]. The form of the sources, then clang-tidy over what ships
 # (library, stand-in, programs), or over the sources in these folders, tests included. --within SECONDS:
 # clang-tidy alone, over those first that changed last, and after so long no other is begun.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/package.sh [VERSION]
 # Builds the Debian packages in a copy of the sources, and from the same objects a tarball whose
 # programs and build files work wherever it is unpacked. Behind `./dev package`.

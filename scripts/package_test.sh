@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/package_test.sh ROOT PACKAGES NEWER
 # Tries the Debian packages of the folder PACKAGES, and the upgrade to those of the folder NEWER, in
 # ROOT: the folder of a bare Debian system in which apt works and /proc is mounted. Needs root. Ends

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/porting.sh BUILD_DIR COMPILER C_COMPILER
 # Runs the commands of docs/porting.md, as they stand there, against the platform of BUILD_DIR, a build
 # with VOXTREL_PLATFORM=host, installed as if it were a device's. Builds and runs applications of the

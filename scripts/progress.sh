@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Progress of long work, sourced by lib.sh: one line that moves at a terminal, a few plain ones in a log.
 
 PROGRESS_STEP=20 # percent between two lines of a log

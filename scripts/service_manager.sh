@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Sourced by what runs programs beside a service manager of its own: a private folder, the service
 # manager of the folder $programs in it, and the end of both with the script. $service is the process
 # that the script starts there itself, if any.

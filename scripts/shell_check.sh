@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Says what shellcheck finds in our scripts; its remarks on style are left out.
 set -euo pipefail
 cd "$(dirname "$0")/.."

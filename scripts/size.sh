@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: size.sh. Builds the client library as it ships, for a 64-bit PC and for 32-bit ARM; prints how
 # large it is without its symbols for debuggers, how much it exports, and what takes the room. Fails
 # where a figure is above what bench/size.txt accepts.

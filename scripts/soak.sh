@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: soak.sh BUILD_DIR [MINUTES] [SEED]. Runs the soak in both manners of the stand-in, one after
 # the other, each for so long.
 set -euo pipefail

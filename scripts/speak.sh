@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/speak.sh BUILD-FOLDER "TEXT" [-o FILE.wav] [--lang CODE]
 # Starts a service of its own in a private folder, speaks TEXT through it into a WAV file, shows the
 # events, and stops everything again. Behind `./dev speak`.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: test.sh [--only STEP[,STEP...]] [--without STEP[,STEP...]]. Everything that must hold before a
 # change lands, or some steps of it. Ends with 'N passed, N failed'.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: wav_level.sh FILE.wav. Says how long and how loud a WAV file of 16-bit samples is; fails
 # when nothing in it can be heard.
 set -euo pipefail

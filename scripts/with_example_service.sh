@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/with_example_service.sh PROGRAMS SERVICE
 # Runs the program SERVICE, which is examples/service, beside a service manager of the folder PROGRAMS,
 # and fails unless voxtrelctl is content with it and it prints what voxtrelctl says.

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/with_restarted_service.sh PROGRAMS COMMAND [ARGUMENT...]
 # Runs COMMAND beside a service manager and a speech service of the folder PROGRAMS, kills the service
 # when sound is heard, and starts another one. Prints what COMMAND prints; its status is COMMAND's.

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: scripts/with_service.sh PROGRAMS COMMAND [ARGUMENT...]
 # Runs COMMAND beside a service manager and a speech service of the folder PROGRAMS, which speak into
 # a private folder, and fails unless COMMAND succeeds, the service ends in order and sound was made.

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: apart.sh FILTER PROGRAM... On a board: runs each test of GoogleTest that FILTER selects in a
 # process of its own, which may take $TEST_SECONDS (default: 60).
 filter=$1

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: board.sh [--over sockets|driver]... [--cpus N] [x86|arm]... Tests on emulated boards, all of them
 # beside each other, over the transport over sockets, the one over the kernel's binder driver, or both. A
 # board has one processor and a clock of its own (machine.sh), or with --cpus N as many and the time of this

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What differs between the emulated boards; sourced.
 
 BOARDS=(x86 arm)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Checks of a script that runs on a board; sourced there. Each is named beforehand, so that none is
 # missing unnoticed.
 

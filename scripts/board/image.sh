@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The file system that a board boots with, sourced. Files lie in it where they lie here, so that the paths
 # which programs were compiled with hold there.
 

@@ -1,4 +1,5 @@
 #!/bin/busybox sh
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=dash
 # The first process of an emulated board: makes it a system, runs /board/list and turns it off.
 /bin/busybox --install -s /bin

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The emulated machine, sourced.
 
 # run_machine SECONDS: boots the board's image and prints its console until it turns itself off.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The packages of a board, sourced: fetched by an apt of their own, whose architecture need not be this
 # machine's, and unpacked. Nothing of them is installed.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What a board's list consists of; sourced there.
 
 # add_module NAME [PARAMETER...]

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: platform_check.sh. Whether the library can rely on the runtime that the board has, row for row.
 . "$(dirname "$0")/checks.sh"
 export VOXTREL_BINDER_SOCKET="$work/binder"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What of a build tree goes on a board, sourced.
 
 # built_program BUILD NAME

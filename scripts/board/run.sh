@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: run.sh [OPTION...] x86|arm PROGRAM [ARGUMENT...]
 # Boots an emulated board with PROGRAM of a build tree, and runs it there as root, with the kernel's binder
 # driver at /dev/binder. Prints what it prints; the exit status is its own. The options:
@@ -20,7 +21,7 @@ source scripts/lib.sh
 for subject in boards packages image machine; do source "scripts/board/$subject.sh"; done
 
 usage() {
-    sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0" >&2
+    sed -n '3,/^[^#]/s/^# \{0,1\}//p' "$0" >&2
     exit 2
 }
 

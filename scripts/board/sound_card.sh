@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: sound_card.sh add|remove. On a board: the kernel's loopback card, of one stream each way. Its end
 # is that of a card that is unplugged; it comes when no program has it open any more.
 set -e

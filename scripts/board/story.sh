@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # usage: story.sh FILE.wav. What happens on a device in a day: the service speaks, clients share it, some
 # are killed, and the service is killed and comes back. What is said at the end goes into FILE.wav.
 . "$(dirname "$0")/checks.sh"

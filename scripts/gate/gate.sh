@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: gate.sh [--accept]. Builds what bench/gate.txt has figures of, counts what each operation needs
 # outside of the kernel, and compares: see compare.py. What was measured stays in build/gate.txt.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: abi_changes.sh SOURCE_DIR TABLE COMPILER
 # The comparison of interfaces sees what breaks programs: in a table of ours, and from the compiler's words on
 # to abidiff's in a small library that is changed in each of these ways. What comes anew breaks nothing.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: add_as_subproject.sh SOURCE_DIR COMPILER
 # Another project adds this one as a subdirectory and links the client library: it gets the libraries
 # and neither programs nor tests, and what it installs is its own, also when it asks for the programs.

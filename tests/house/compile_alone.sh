@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: compile_alone.sh COMPILER ROOT "FOLDER..." PLATFORM_DIR...
 # The folders compile with nothing but the root and a platform on the include path: no define, no
 # generated header, whatever build system a device uses.

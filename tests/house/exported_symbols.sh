@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: exported_symbols.sh SHARED_OBJECT
 # What the shared object exports is what its installed headers declare, with the type information of its
 # classes and of the platform's templates made for them; none of the library's own helpers, and nothing

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: fuzz_runs.sh SOURCE_DIR
 # The table of `./dev fuzz` passes targets that have run, and no others.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: grouped_tests.sh SOURCE_DIR SAMPLE
 # Tests that share a process are counted one by one, however that process ends.
 set -euo pipefail

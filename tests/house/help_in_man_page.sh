@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: help_in_man_page.sh PROGRAM PAGE
 # The options of a man page, in its section OPTIONS, are those that the program's help lists.
 set -euo pipefail

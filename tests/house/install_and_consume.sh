@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: install_and_consume.sh BUILD_DIR SOURCE_DIR COMPILER C_COMPILER
 # A stranger's use of what is installed: the example, built with CMake's package and with pkg-config
 # against a tree that was moved after the installation. Each of them speaks, and each of the example

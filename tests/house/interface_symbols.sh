@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: interface_symbols.sh LIBVOXTREL LIBVOXTREL_TESTING HEADERS
 # The interface for applications and the double for their tests export each function that their C
 # headers in the folder HEADERS declare, and the classes of their C++ headers, all with a version;

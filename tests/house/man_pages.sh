@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: man_pages.sh SOURCE_DIR
 # Each program, and the policy, has a man page, in which neither formatter finds anything amiss.
 set -euo pipefail

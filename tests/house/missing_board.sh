@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: missing_board.sh SOURCE_DIR
 # `./dev build board_arm` where no board has been fetched says how to get one.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: use_interface.sh PREFIX LIBRARIES PROGRAMS SOURCE_DIR COMPILER C_COMPILER
 # An application's use of what is installed in PREFIX, its libraries in LIBRARIES: each public header
 # compiles alone without a header of the platform, in C++17 or C89; the examples build with CMake's

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: whole_interface.sh SHARED_OBJECT SOURCE_DIR "FOLDER..." OBJECT_FILE...
 # The shared object exports everything that its installed headers, those of the folders, declare and do not
 # define, with the types and the tables of virtual functions that go with it: what the object files define

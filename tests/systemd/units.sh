@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: units.sh BUILD_DIR PREFIX SUBJECT
 # Installs the programs into a folder of its own and looks at the units as if it were the root.
 set -euo pipefail
