@@ -192,7 +192,8 @@ public:
 
     /// What the service tells of its settings; the others are not set. From here to
     /// `resetSettings`:
-    /// @return Lost where the request, or the answer to it, got lost on its way.
+    /// @return Lost where the request, or the answer to it, got lost on its way; NotSupported where
+    /// the service does not know it, by which a setting of these is not set.
     Result<GlobalSettings> settings(std::optional<Milliseconds> deadline = {});
 
     /// Changes those that are set, one after the other, and ends with the first that is refused.

@@ -7,6 +7,7 @@
 #include "vocabulary/Status.h"
 #include "voxtrel/Client.h"
 #include "voxtrel/ClientState.h"
+#include "voxtrel/session/CheckedCall.h"
 #include "voxtrel/session/DeviceFilter.h"
 
 namespace voxtrel {
@@ -37,37 +38,75 @@ VOXTRELAPI_GCONF keyOf(Switch which) {
     }
 }
 
-template <typename Number>
-void read(Service& service, unsigned pid, VOXTRELAPI_GCONF key, std::optional<Number>& out) {
-    auto number = static_cast<Number>(kNotSet);
-    if (service.globalConfig(pid, key, &number) == 0 && number != static_cast<Number>(kNotSet)) {
-        out = number;
-    }
-}
+/// Reads that service; what it does not serve, or does not tell, stays unset.
+class Reader {
+public:
+    Reader(Service& service, unsigned pid) : mService(service), mPid(pid) {}
 
-std::optional<EN_VOXTREL_LANGUAGE> readLanguage(Service& service, unsigned pid) {
-    LanguageCode code = {};
-    const int status = service.globalConfig(pid, GCONF_LANGUAGE, code.data());
-    code.back() = '\0';
-    return status == 0 ? languageOf(code.data()) : std::nullopt;
-}
+    std::optional<EN_VOXTREL_LANGUAGE> language() {
+        LanguageCode code = {};
+        const bool isTold =
+            read([&](Service& it) { return it.globalConfig(mPid, GCONF_LANGUAGE, code.data()); });
+        code.back() = '\0';
+        return isTold ? languageOf(code.data()) : std::nullopt;
+    }
+
+    template <typename Number>
+    void read(VOXTRELAPI_GCONF key, std::optional<Number>& out) {
+        auto number = static_cast<Number>(kNotSet);
+        const bool isTold = read([&](Service& it) { return it.globalConfig(mPid, key, &number); });
+        if (isTold && number != static_cast<Number>(kNotSet)) {
+            out = number;
+        }
+    }
+
+    /// By a request whose answer is the value.
+    std::optional<int> number(int (Service::*request)()) {
+        int number = 0;
+        const bool isTold = read([&](Service& it) {
+            number = (it.*request)();
+            return 0;
+        });
+        return isTold ? std::optional<int>(number) : std::nullopt;
+    }
+
+    /// Of the requests that were lost; 0: none was.
+    int loss() const { return mLoss; }
+
+private:
+    bool read(const Session::Work& request) {
+        const CheckedCall call = callChecked(mService, request);
+        mLoss = call.isLost() ? call.status() : mLoss;
+        return call.status() == 0;
+    }
+
+    Service& mService;
+    const unsigned mPid;
+    int mLoss = 0;
+};
 
 int readAll(Service& service, unsigned pid, GlobalSettings& out) {
-    if (const auto language = readLanguage(service, pid)) {
+    Reader reader(service, pid);
+    if (const auto language = reader.language()) {
         out.language = tagOf(*language);
     }
-    read(service, pid, GCONF_VOICE, out.voice);
-    read(service, pid, GCONF_SPEED, out.speed);
-    read(service, pid, GCONF_PITCH, out.pitch);
-    read(service, pid, GCONF_VOLUME, out.volume);
-    read(service, pid, GCONF_TTS_VOLUME, out.speechVolume);
-    read(service, pid, GCONF_BG_VOLUME, out.mediaVolume);
-    out.verbosity = service.verbosity();
-    const int rate = service.globalRate();
-    if (rate >= 0 && static_cast<std::uint32_t>(rate) != kNotSet) {
-        out.rate = static_cast<std::uint32_t>(rate);
+    reader.read(GCONF_VOICE, out.voice);
+    reader.read(GCONF_SPEED, out.speed);
+    reader.read(GCONF_PITCH, out.pitch);
+    reader.read(GCONF_VOLUME, out.volume);
+    reader.read(GCONF_TTS_VOLUME, out.speechVolume);
+    reader.read(GCONF_BG_VOLUME, out.mediaVolume);
+    out.verbosity = reader.number(&Service::verbosity);
+    const std::optional<int> rate = reader.number(&Service::globalRate);
+    if (rate && *rate >= 0 && static_cast<std::uint32_t>(*rate) != kNotSet) {
+        out.rate = static_cast<std::uint32_t>(*rate);
     }
-    return 0;
+    return reader.loss();
+}
+
+/// @return as `CheckedCall::status`.
+int ask(Service& service, const Session::Work& request) {
+    return callChecked(service, request).status();
 }
 
 int writeLanguage(Service& service, unsigned pid, EN_VOXTREL_LANGUAGE language,
@@ -79,28 +118,32 @@ int writeLanguage(Service& service, unsigned pid, EN_VOXTREL_LANGUAGE language,
     LanguageCode code = {};
     const std::string text = TTS::langId2Str(language);
     std::memcpy(code.data(), text.data(), text.size());
-    return service.setGlobalConfig(pid, GCONF_LANGUAGE, code.data());
+    return ask(service,
+               [&](Service& it) { return it.setGlobalConfig(pid, GCONF_LANGUAGE, code.data()); });
 }
 
 /// Voices are numbered in the language that the service has by then.
 int checkVoice(Service& service, unsigned pid, std::uint32_t voice, const TTS::Capabilities& can) {
-    const auto language = readLanguage(service, pid);
+    Reader reader(service, pid);
+    const auto language = reader.language();
     return language && isVoiceTakenAway(can, *language, voice) ? TTS::STATUS_NOT_SUPPORTED
-                                                               : TTS::STATUS_OK;
+                                                               : reader.loss();
 }
 
 /// Some services answer 0 to a rate that they do not take.
 int writeRate(Service& service, unsigned pid, std::uint32_t rate, const TTS::Capabilities& can) {
     const bool isTaken = can.speedSupported && rate >= can.speedMin && rate <= can.speedMax;
-    return isTaken ? service.setGlobalRate(pid, rate) : TTS::STATUS_BAD_PARAMETER;
+    return isTaken ? ask(service, [=](Service& it) { return it.setGlobalRate(pid, rate); })
+                   : TTS::STATUS_BAD_PARAMETER;
 }
 
 int writeAll(Service& service, unsigned pid, const GlobalSettings& settings,
              const TTS::Capabilities& can) {
     int status = 0;
-    const auto write = [&](VOXTRELAPI_GCONF key, auto value) {
+    const auto writeNumber = [&](VOXTRELAPI_GCONF key, auto value) {
         if (status == 0 && value) {
-            status = service.setGlobalConfig(pid, key, &*value);
+            status =
+                ask(service, [&](Service& it) { return it.setGlobalConfig(pid, key, &*value); });
         }
     };
     if (settings.language) {
@@ -109,17 +152,18 @@ int writeAll(Service& service, unsigned pid, const GlobalSettings& settings,
     if (status == 0 && settings.voice) {
         status = checkVoice(service, pid, *settings.voice, can);
     }
-    write(GCONF_VOICE, settings.voice);
-    write(GCONF_SPEED, settings.speed);
+    writeNumber(GCONF_VOICE, settings.voice);
+    writeNumber(GCONF_SPEED, settings.speed);
     if (status == 0 && settings.rate) {
         status = writeRate(service, pid, *settings.rate, can);
     }
-    write(GCONF_PITCH, settings.pitch);
-    write(GCONF_VOLUME, settings.volume);
-    write(GCONF_TTS_VOLUME, settings.speechVolume);
-    write(GCONF_BG_VOLUME, settings.mediaVolume);
+    writeNumber(GCONF_PITCH, settings.pitch);
+    writeNumber(GCONF_VOLUME, settings.volume);
+    writeNumber(GCONF_TTS_VOLUME, settings.speechVolume);
+    writeNumber(GCONF_BG_VOLUME, settings.mediaVolume);
     if (status == 0 && settings.verbosity) {
-        status = service.setVerbosity(pid, *settings.verbosity);
+        status =
+            ask(service, [&](Service& it) { return it.setVerbosity(pid, *settings.verbosity); });
     }
     return status;
 }
@@ -144,7 +188,7 @@ Result<void> Client::change(const GlobalSettings& settings, std::optional<Millis
         return can.error();
     }
     const unsigned pid = mState->session->pid();
-    return mState->session->request(
+    return mState->session->perform(
         [pid, settings, can = *can](Service& service) {
             return writeAll(service, pid, settings, can);
         },
@@ -155,11 +199,13 @@ Result<bool> Client::isOn(Switch which, std::optional<Milliseconds> deadline) {
     const unsigned pid = mState->session->pid();
     return mState->session->ask<bool>(
         [pid, which](Service& service, bool& on) {
-            if (which == Switch::Speech) {
-                on = service.enabled();
+            return ask(service, [&](Service& it) {
+                if (which != Switch::Speech) {
+                    return it.enabled2(pid, keyOf(which), &on);
+                }
+                on = it.enabled();
                 return 0;
-            }
-            return service.enabled2(pid, keyOf(which), &on);
+            });
         },
         mState->deadline(deadline));
 }

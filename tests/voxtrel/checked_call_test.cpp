@@ -78,12 +78,22 @@ TEST_F(ACheckedCall, IsNotTakenForDoneWhereTheServiceDoesNotServeIt) {
     const std::map<status_t, int> statuses = {
         {android::UNKNOWN_TRANSACTION, TTS::STATUS_NOT_SUPPORTED},
         {android::PERMISSION_DENIED, TTS::STATUS_PERMISSION_DENIED},
-        {android::BAD_VALUE, static_cast<int>(Status::Lost)},
+        {android::BAD_VALUE, TTS::STATUS_NOT_SUPPORTED},
     };
     for (const auto& [fate, status] : statuses) {
         mRemote->fates = {fate};
         EXPECT_EQ(status, setVerbosityTwice()) << fate;
         EXPECT_FALSE(mIsLost) << fate;
+    }
+}
+
+TEST_F(ACheckedCall, IsLostWhateverElseIsNotServed) {
+    for (const status_t refusal : {android::UNKNOWN_TRANSACTION, android::PERMISSION_DENIED}) {
+        mRemote->fates = {android::FAILED_TRANSACTION, refusal};
+        EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice());
+        mRemote->fates = {refusal, android::FAILED_TRANSACTION};
+        EXPECT_EQ(static_cast<int>(Status::Lost), setVerbosityTwice());
+        EXPECT_TRUE(mIsLost);
     }
 }
 

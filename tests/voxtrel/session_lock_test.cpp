@@ -55,7 +55,7 @@ TEST_F(ALockOnALossyWay, IsGivenBackWhenTheNewsOfItIsLost) {
 
 TEST_F(ALockOnALossyWay, IsGivenBackWhenTheFenceBehindItIsLost) {
     losses.lose(TTS::transaction::kSilence, 1);
-    EXPECT_EQ(Status::TimedOut, session->lock(*client, Session::Clock::now() + 300ms).status());
+    EXPECT_EQ(Status::TimedOut, session->lock(*client, Session::Clock::now() + 1s).status());
     EXPECT_TRUE(eventually([&] { return isAsked("unlock"); })) << "the service keeps it for us";
     EXPECT_TRUE(losses.areOver());
     EXPECT_EQ(Status::Ok, lock());

@@ -53,7 +53,7 @@ protected:
 TEST_F(ALostRequestToStop, IsNoSuccessForWhoSilencesEverybody) {
     const Utterance sounding = speakOn();
     losses.lose(TTS::transaction::kStopAndFlush);
-    EXPECT_EQ(Status::Lost, session->stopEverybody(client, after(Milliseconds(300))).status());
+    EXPECT_EQ(Status::Lost, session->stopEverybody(client, after(Milliseconds(1000))).status());
     EXPECT_TRUE(sounding.outcome().isPending());
     losses.end();
     EXPECT_EQ(Status::Ok, session->stopEverybody(client, after(kLong)).status());
@@ -63,7 +63,7 @@ TEST_F(ALostRequestToStop, IsNoSuccessForWhoSilencesEverybody) {
 TEST_F(ALostRequestToStop, IsNotTheReasonOfALaterStop) {
     const Utterance sounding = speakOn();
     losses.lose(TTS::transaction::kStopAndFlush, 1);
-    EXPECT_EQ(Status::Lost, session->stopEverybody(client, after(Milliseconds(300))).status());
+    EXPECT_EQ(Status::Lost, session->stopEverybody(client, after(Milliseconds(1000))).status());
     service->stopByAnother();
     EXPECT_TRUE(eventually([&] { return !sounding.outcome().isPending(); }));
     EXPECT_EQ("stopped by somebody", textOf(sounding.outcome()));
@@ -72,7 +72,7 @@ TEST_F(ALostRequestToStop, IsNotTheReasonOfALaterStop) {
 TEST_F(ALostRequestToStop, HasDroppedTheSpeechWhereOnlyTheFenceBehindItIsLost) {
     const Utterance sounding = speakOn();
     losses.lose(TTS::transaction::kSilence, 1);
-    EXPECT_EQ(Status::TimedOut, session->stopEverybody(client, after(Milliseconds(300))).status());
+    EXPECT_EQ(Status::TimedOut, session->stopEverybody(client, after(Milliseconds(1000))).status());
     EXPECT_TRUE(eventually([&] { return !sounding.outcome().isPending(); }));
     EXPECT_EQ("stopped by client", textOf(sounding.outcome()));
 }

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // A service that answers 0 to everything and sends no event. Words say what it fills in all the
 // same: "ready", and "enabled", which is speech. "slow" answers each request after 300 ms, "dies"
-// ends when it is asked what it can do.
+// ends when it is asked what it can do; a number is the code of a transaction that it does not
+// know.
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -26,7 +29,9 @@ public:
         if (isSlow) {
             std::this_thread::sleep_for(std::chrono::milliseconds(300));
         }
-        return support::RecordingService::onTransact(code, data, reply, flags);
+        return unknown.count(code) != 0
+                   ? android::UNKNOWN_TRANSACTION
+                   : support::RecordingService::onTransact(code, data, reply, flags);
     }
 
     int getCapabilities(TTS::Capabilities& out) override {
@@ -38,6 +43,7 @@ public:
 
     bool isSlow = false;
     bool isDying = false;
+    std::set<uint32_t> unknown;
 
 private:
     std::mutex mMutex;
@@ -52,6 +58,9 @@ int main(int argc, char** argv) {
         service->isEnabled = service->isEnabled || word == "enabled";
         service->isSlow = service->isSlow || word == "slow";
         service->isDying = service->isDying || word == "dies";
+        if (const unsigned long code = std::strtoul(argv[n], nullptr, 10); code != 0) {
+            service->unknown.insert(static_cast<uint32_t>(code));
+        }
         if (word == "ready") {
             service->capabilities.ready = service->capabilities.permitted = true;
             service->capabilities.languages.assign(5, false);

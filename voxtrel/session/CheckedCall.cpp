@@ -10,26 +10,31 @@ namespace {
 
 using android::status_t;
 
-/// Stands between a proxy and the service, and keeps the status of the last request that failed.
+bool tellsOfLoss(status_t status) {
+    return status == android::FAILED_TRANSACTION || status == android::NO_MEMORY ||
+           status == android::DEAD_OBJECT || status == android::TIMED_OUT ||
+           status == android::WOULD_BLOCK;
+}
+
+/// Stands between a proxy and the service, and notes the requests that fail.
 class Recorder : public android::BBinder {
 public:
-    explicit Recorder(const android::sp<android::IBinder>& service) : mService(service) {}
-
-    status_t failure() const { return mFailure; }
+    Recorder(const android::sp<android::IBinder>& service, CheckedCall& call)
+        : mService(service), mCall(call) {}
 
 protected:
     status_t onTransact(std::uint32_t code, const android::Parcel& data, android::Parcel* reply,
                         std::uint32_t flags) override {
         const status_t status = mService->transact(code, data, reply, flags);
         if (status != android::OK) {
-            mFailure = status;
+            (tellsOfLoss(status) ? mCall.loss : mCall.refusal) = status;
         }
         return status;
     }
 
 private:
     const android::sp<android::IBinder> mService;
-    status_t mFailure = android::OK;
+    CheckedCall& mCall;
 };
 
 android::sp<android::IBinder> binderOf(TTS::ITextToSpeechFestival& service) {
@@ -39,38 +44,31 @@ android::sp<android::IBinder> binderOf(TTS::ITextToSpeechFestival& service) {
 
 }  // namespace
 
-bool CheckedCall::isLost() const {
-    return failure == android::FAILED_TRANSACTION || failure == android::NO_MEMORY ||
-           failure == android::DEAD_OBJECT || failure == android::TIMED_OUT ||
-           failure == android::WOULD_BLOCK;
-}
-
 int CheckedCall::status() const {
-    switch (failure) {
-        case android::OK:
-            return answered;
-        case android::DEAD_OBJECT:
-            return TTS::STATUS_NO_SERVICE;
-        case android::PERMISSION_DENIED:
-            return TTS::STATUS_PERMISSION_DENIED;
-        case android::UNKNOWN_TRANSACTION:
-            return TTS::STATUS_NOT_SUPPORTED;
-        default:
-            return static_cast<int>(Status::Lost);
+    if (isLost()) {
+        return loss == android::DEAD_OBJECT ? TTS::STATUS_NO_SERVICE
+                                            : static_cast<int>(Status::Lost);
     }
+    if (refusal != android::OK) {
+        return refusal == android::PERMISSION_DENIED ? TTS::STATUS_PERMISSION_DENIED
+                                                     : TTS::STATUS_NOT_SUPPORTED;
+    }
+    return answered;
 }
 
 CheckedCall callChecked(TTS::ITextToSpeechFestival& service,
                         const std::function<int(TTS::ITextToSpeechFestival&)>& work) {
     const android::sp<android::IBinder> binder = binderOf(service);
+    CheckedCall call;
     if (binder->localBinder() != nullptr) {
-        const int answered = work(service);
-        return {answered, answered == 0 ? binder->pingBinder() : android::OK};
+        call.answered = work(service);
+        call.loss = call.answered == 0 ? binder->pingBinder() : android::OK;
+        return call;
     }
-    const android::sp<Recorder> recorder = new Recorder(binder);
+    const android::sp<Recorder> recorder = new Recorder(binder, call);
     const android::sp<TTS::ITextToSpeechFestival> proxy = new TTS::BpTextToSpeechFestival(recorder);
-    const int answered = work(*proxy);
-    return {answered, recorder->failure()};
+    call.answered = work(*proxy);
+    return call;
 }
 
 int lifeOf(TTS::ITextToSpeechFestival& service) {

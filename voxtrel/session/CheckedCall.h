@@ -11,14 +11,14 @@ namespace voxtrel {
 /// What became of requests that have an answer. The service's proxy does not tell one that failed
 /// from one that was answered with zeros.
 struct CheckedCall {
-    int answered = 0;                         ///< as the proxy tells
-    android::status_t failure = android::OK;  ///< of the last request that failed
+    int answered = 0;                      ///< as the proxy tells
+    android::status_t loss = android::OK;  ///< why the runtime did not carry a request, or answer
+    android::status_t refusal = android::OK;  ///< why the service did not serve one
 
-    /// The runtime could not carry a request, or the answer to it.
-    bool isLost() const;
+    bool isLost() const { return loss != android::OK; }
 
-    /// What was answered; `Status::Lost`, `TTS::STATUS_NO_SERVICE` where a request met a dead
-    /// service, or why the service did not serve one.
+    /// `Status::Lost`, or `TTS::STATUS_NO_SERVICE` where a request met a dead service; else why the
+    /// service did not serve a request; else what was answered.
     int status() const;
 };
 

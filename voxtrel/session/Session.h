@@ -99,14 +99,18 @@ public:
     Result<void> checkEvents(Clock::time_point deadline);
 
     /// Has `work` done on the sender's thread, by requests that have an answer.
-    /// @return an Error also for a status other than 0, and where one of the requests was lost.
+    /// @return an Error also for a status other than 0, and where one of the requests was lost or
+    /// is not served.
     Result<void> request(Work work, Clock::time_point deadline);
 
-    /// As `request`, for an answer beside the status.
+    /// As `request`, for a work that looks itself what becomes of its requests.
+    Result<void> perform(Work work, Clock::time_point deadline);
+
+    /// As `perform`, for an answer beside the status.
     template <typename Answer>
     Result<Answer> ask(std::function<int(Service&, Answer&)> work, Clock::time_point deadline) {
         const auto answer = std::make_shared<Answer>();  // outlives a caller that has given up
-        const Result<void> done = request(
+        const Result<void> done = perform(
             [work = std::move(work), answer](Service& service) { return work(service, *answer); },
             deadline);
         return done ? Result<Answer>(std::move(*answer)) : Result<Answer>(done.error());
@@ -212,8 +216,6 @@ private:
     static Error errorOf(Answer answer, const char* refused = nullptr);
     Error lockedError() const;
 
-    /// As `request`, but it does not tell of a request that was lost: events do.
-    Result<void> perform(Work work, Clock::time_point deadline);
     Fenced performFenced(std::unique_lock<std::mutex>& lock, std::function<void(Service&)> requests,
                          Clock::time_point deadline);
     Answer awaitFence(std::unique_lock<std::mutex>& lock, std::uint32_t fence,

@@ -95,11 +95,13 @@ Result<LockState> Session::lockState(Clock::time_point deadline) {
     constexpr auto kNoSwitch = static_cast<VOXTRELAPI_GCONF>(15);
     const Result<LockState> state = ask<LockState>(
         [pid = mPid](Service& service, LockState& out) {
-            const int status = service.setEnable2(pid, kNoSwitch, false);
+            const CheckedCall call = callChecked(
+                service, [pid](Service& it) { return it.setEnable2(pid, kNoSwitch, false); });
+            const int status = call.status();
             out = status == TTS::STATUS_LOCKED          ? LockState::HeldByAnother
                   : status == TTS::STATUS_BAD_PARAMETER ? LockState::Free
                                                         : LockState::Unknown;
-            return 0;
+            return call.isLost() ? status : 0;
         },
         deadline);
     const std::lock_guard<std::mutex> guard(mMutex);
