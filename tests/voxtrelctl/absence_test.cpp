@@ -4,7 +4,11 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
+#include "tests/support/Eventually.h"
 #include "tests/voxtrelctl/Device.h"
 
 using namespace voxtrel_test;
@@ -111,6 +115,38 @@ TEST(WithoutAServiceManager, ACommandWaitsForOneThatMayStillBeStarting) {
     const Outcome outcome = device.ctl({"stop"});
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(800));
     EXPECT_NE(outcome.err.find(saysThatThereIsNoManager(device)), std::string::npos) << outcome.err;
+}
+
+/// Two threads, the one that searches among them, which rest: it has looked in vain.
+bool hasLooked(pid_t command) {
+    int resting = 0;
+    for (const auto& thread :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(command) + "/task")) {
+        std::ifstream status(thread.path() / "status");
+        const std::string text{std::istreambuf_iterator<char>(status), {}};
+        resting += text.find("\nState:\tS") != std::string::npos ? 1 : 0;
+    }
+    return resting > 1;
+}
+
+// The name of one that runs comes back, so that no time goes by with its start.
+TEST(AServiceManagerThatComesLate, IsFoundByACommandThatSearches) {
+    Device device;
+    device.startService({"--sink", "none"});
+    const std::string name = device.path("binder");
+    const auto comesInTime = [&] {
+        std::filesystem::rename(name, name + ".away");
+        const auto begin = std::chrono::steady_clock::now();
+        const auto searching = device.start({"stop"});
+        EXPECT_TRUE(eventually([&] { return hasLooked(searching->pid()); }));
+        std::filesystem::rename(name + ".away", name);
+        const auto passed = std::chrono::steady_clock::now() - begin;
+        const Outcome outcome = searching->finish();
+        const bool isInTime = passed < std::chrono::milliseconds(400);
+        EXPECT_TRUE(!isInTime || outcome.status == 0) << outcome.err;
+        return isInTime;
+    };
+    EXPECT_TRUE(eventually(comesInTime)) << "the machine is too busy for a command's 0.8 s";
 }
 
 TEST(AServiceThatComesLate, IsFoundByACommandThatWaits) {
