@@ -38,10 +38,12 @@ CALLS = {
     "pipe2": ["EMFILE"],
     "dup2": ["EBUSY"],
     "fork": ["EAGAIN"],
+    "posix_spawnp": ["EAGAIN"],
     "pthread_create": ["EAGAIN"],
     "sigtimedwait": ["EINTR"],
 }
-# The clock of the day, which jumps an hour each time that it is read: nothing may notice.
+# The clock of the day, which jumps an hour each time that it is read: nothing may notice. There is a
+# point for it only where somebody reads it.
 JUMPS = "clock"
 # These are tried once more with every call from the n-th on failing: a disk that stays full, ...
 LASTING = {"write": "ENOSPC", "open": "EMFILE", "socketpair": "EMFILE", "pthread_create": "EAGAIN",

@@ -19,6 +19,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
+#include <spawn.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
@@ -27,6 +28,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/timerfd.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -144,6 +146,11 @@ bool fails(const char* call) {
     return due;
 }
 
+/// There and back.
+time_t jump() {
+    return gPlan.record->failed % 2 == 0 ? kJump : -kJump;
+}
+
 /// Of what write() and read() are called with, files and pipes alone run out of room or break; and
 /// standard error not at all, or nobody could say what has happened.
 bool isStored(int file) {
@@ -201,9 +208,26 @@ int clock_gettime(clockid_t clock, timespec* now) {
     static auto* const real = following<int(clockid_t, timespec*)>("clock_gettime");
     const int result = real(clock, now);
     if (result == 0 && clock == CLOCK_REALTIME && fails("clock")) {
-        now->tv_sec += gPlan.record->failed % 2 == 0 ? kJump : -kJump;
+        now->tv_sec += jump();
     }
     return result;
+}
+
+int gettimeofday(timeval* now, void* zone) noexcept {
+    static auto* const real = following<int(timeval*, void*)>("gettimeofday");
+    const int result = real(now, zone);
+    if (result == 0 && fails("clock")) {
+        now->tv_sec += jump();
+    }
+    return result;
+}
+time_t time(time_t* place) noexcept {
+    static auto* const real = following<time_t(time_t*)>("time");
+    const time_t now = real(nullptr) + (fails("clock") ? jump() : 0);
+    if (place != nullptr) {
+        *place = now;
+    }
+    return now;
 }
 
 void* malloc(size_t size) {
@@ -263,6 +287,15 @@ ssize_t pwrite(int file, const void* data, size_t size, off_t offset) {
 ssize_t pread(int file, void* data, size_t size, off_t offset) {
     static auto* const real = following<ssize_t(int, void*, size_t, off_t)>("pread");
     return isStored(file) && fails("read") ? -1 : real(file, data, size, offset);
+}
+int posix_spawnp(pid_t* process, const char* program, const posix_spawn_file_actions_t* actions,
+                 const posix_spawnattr_t* attributes, char* const* words,
+                 char* const* environment) {
+    static auto* const real =
+        following<int(pid_t*, const char*, const posix_spawn_file_actions_t*,
+                      const posix_spawnattr_t*, char* const*, char* const*)>("posix_spawnp");
+    return fails("posix_spawnp") ? gPlan.error
+                                 : real(process, program, actions, attributes, words, environment);
 }
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* argument) {
