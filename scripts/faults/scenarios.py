@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """What each program does while a call of its own fails."""
 import re
+import shutil
 import subprocess
 import time
+import wave
 
 from checks import check_end, check_lines, end_in_time
 from monitor import Monitor
@@ -52,16 +54,23 @@ class Client:
 class Service:
     """voxtreld: from its start, through a client's life, to its end."""
 
-    program = name = "voxtreld"
+    program = "voxtreld"
+
+    def __init__(self, sink="none"):
+        self.name = self.program if sink == "none" else f"{self.program} {sink}"
+        self.sink = sink
 
     def run(self, world, point):
+        sound = world.folder / "sound"
+        shutil.rmtree(sound, ignore_errors=True)
+        sound.mkdir()
         if world.manager is None or world.manager.poll() is not None:
             world.start_manager()
         if world.service is not None and world.service.poll() is None:
             end_in_time(world.service, "the service before")
         before = world.speed
         speed = world.next_speed()
-        world.start_service(world.injected(self.program, point))
+        world.start_service(world.injected(self.program, point), self.sink)
         under_test = world.service
         client = world.start_client("1", str(speed))
         try:
@@ -70,6 +79,8 @@ class Service:
             if client.poll() is None:
                 client.kill()
             said, _ = client.communicate()
+        if "done" in said and world.service is under_test and self.sink != "none":
+            check_sound(sound)
         if point.times == 1:
             text = text or self.outlive_a_holder(world, under_test)
             if under_test.poll() is None:
@@ -136,6 +147,22 @@ class Service:
         return text
 
 
+def check_sound(folder):
+    """Of an utterance that has finished all is in its file, also while the service goes on."""
+    files = sorted(folder.rglob("*.wav"))
+    if not files:
+        raise Broken("an utterance has finished, and there is no sound file")
+    try:
+        with wave.open(str(files[0])) as file:
+            described, least = file.getnframes(), file.getframerate() // 10
+    except (wave.Error, EOFError) as error:
+        raise Broken(f"an utterance has finished, and its sound file is broken: {error}") from None
+    held = (files[0].stat().st_size - 44) // 2
+    if described != held or described < least:
+        raise Broken(f"an utterance has finished, and its sound file tells of {described} samples and "
+                     f"has {held}")
+
+
 class Manager:
     """voxtrel-servicemanager: a service registers, clients come and go."""
 
@@ -180,7 +207,7 @@ class Manager:
 
 
 SCENARIOS = [
-    Service(), Manager(), Client("faults_cpp_client", changes=True), Client("faults_c_client"),
+    Service(), Service("wav:sound/all.wav"), Service("wavdir:sound/each"), Manager(), Client("faults_cpp_client", changes=True), Client("faults_c_client"),
     Client("faults_runtime_client"),
     Tool("say", "--wait", "One, two, three."), Tool("say", "--json", "-f", "-", given="One, two, three.\n"),
     Tool("silence", "--wait", "1"), Tool("stop"), Tool("lock", "--", "true"), Tool("break-lock"),

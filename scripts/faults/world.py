@@ -67,9 +67,9 @@ class World:
         self.manager = self.start("voxtrel-servicemanager", [], "manager.log", env or self.env)
         self.await_line(self.manager, "manager.log", "ready")
 
-    def start_service(self, env=None):
+    def start_service(self, env=None, sink="none"):
         self.service = self.start(
-            "voxtreld", ["--profile", str(self.folder / "voxtrel.ini"), "--sink", "none"],
+            "voxtreld", ["--profile", str(self.folder / "voxtrel.ini"), "--sink", sink],
             "service.log", env or self.env)
 
     def await_line(self, process, log, word):
