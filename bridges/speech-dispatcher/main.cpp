@@ -9,6 +9,7 @@
 #include <exception>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 
 #include "bridges/speech-dispatcher/Lines.h"
 #include "bridges/speech-dispatcher/Module.h"
@@ -64,7 +65,10 @@ bool readInput(Lines& lines) {
     if (size > 0) {
         lines.add({buffer, static_cast<std::size_t>(size)});
     }
-    return size > 0 || (size < 0 && errno == EINTR);
+    if (size < 0 && errno != EINTR) {
+        throw std::system_error(errno, std::generic_category(), "cannot read commands");
+    }
+    return size != 0;
 }
 
 void takeLines(Lines& lines, Protocol& protocol, Module& module, Log& log) {
@@ -86,7 +90,7 @@ void serve(Module& module, Protocol& protocol, const VoxtrelService& service, Lo
         pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {service.fd(), POLLIN, 0}};
         const nfds_t count = isInside ? 1 : 2;
         if (poll(sources, count, isInside ? -1 : timeoutOf(module)) < 0 && errno != EINTR) {
-            return;
+            throw std::system_error(errno, std::generic_category(), "cannot wait for commands");
         }
         if (sources[0].revents != 0 && !readInput(lines)) {
             return;

@@ -7,6 +7,7 @@ import time
 import wave
 
 from checks import check_end, check_lines, end_in_time
+from module import Module
 from monitor import Monitor
 from tool import Tool
 from world import HANG, Broken
@@ -215,7 +216,7 @@ SCENARIOS = [
     Tool("set", "speed", "SPEED"), Tool("enable", "speech"), Tool("disable", "speech"),
     Tool("profile", "show", "kept.ini"), Tool("profile", "save", "kept.ini"),
     Tool("profile", "load", "kept.ini"), Tool("profile", "copy", "kept.ini", "copy.ini"),
-    Tool("profile", "remove", "copy.ini"), Monitor(),
+    Tool("profile", "remove", "copy.ini"), Monitor(), Module(),
 ]
 # Crashes where a call fails; its failure shows that this is seen.
 CARELESS = Client("faults_careless_client")

@@ -42,6 +42,7 @@ class World:
     def program(self, name):
         return str(self.build / {
             "voxtreld": "service", "voxtrel-servicemanager": "platform/host", "voxtrelctl": "tools",
+            "sd_voxtrel": "bridges/speech-dispatcher",
         }.get(name, "tests/faults") / name)
 
     def injected(self, name, point):
