@@ -15,6 +15,7 @@ import platform
 import re
 import subprocess
 import sys
+import time
 
 import report_page
 
@@ -63,10 +64,27 @@ def command_of(name, build):
     return ["taskset", "-c", processor, str(found[0])] if found else None
 
 
+def state_of_sources():
+    """The commit that is measured, "+" behind it where the sources differ from it."""
+    said = subprocess.run(["git", "-C", str(ROOT), "describe", "--always", "--abbrev=7", "--dirty=+",
+                           "--exclude=*"], check=False, capture_output=True, text=True)
+    return said.stdout.strip() or "unknown"
+
+
+def await_quiet():
+    """Until what went before, such as a build, weighs no more in the load average, or for 3 minutes."""
+    limit = 0.25 * os.cpu_count()
+    end = time.monotonic() + 180
+    while os.getloadavg()[0] > limit and time.monotonic() < end:
+        print(f"waiting for a quiet machine: load average {os.getloadavg()[0]:.2f}", flush=True)
+        time.sleep(15)
+
+
 def measure(name, command):
     """What one program prints for us; None when it failed. Shows all that it prints."""
     run = {
         "day": datetime.datetime.now(datetime.timezone.utc).strftime("%Y-%m-%d"),
+        "commit": state_of_sources(),
         "load": f"{os.getloadavg()[0]:.2f}",
         "lines": [],
     }
@@ -94,6 +112,7 @@ def run(build, names):
     if unknown:
         print(f"report: there is no {' and no '.join(unknown)}", file=sys.stderr)
         return 2
+    await_quiet()
     for number, name in enumerate(chosen, 1):
         print(f"\n== {name} ({number} of {len(chosen)})", flush=True)
         command = command_of(name, build)

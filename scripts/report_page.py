@@ -59,7 +59,8 @@ def section(bench, table, run):
     output = parse(run["lines"])
     title = table["page"][bench]
     text = [f"## {title}", "",
-            f"`./dev bench {bench}`, {run['day']}; load average at its start: {run['load']}."]
+            f"`./dev bench {bench}`, {run['day']}, at {run['commit']}; load average at its start: "
+            f"{run['load']}."]
     rows = [row(name, output["figure"][name], table[name])
             for name in table.sections()
             if table[name].get("of") == bench and name in output["figure"]]
