@@ -8,9 +8,7 @@ of materials in SPDX's JSON, in the documents of the tree. It lists
 - each package whose shared objects are loaded, those of the other folders and of Debian, with what these
   load in their turn;
 - each package whose headers were compiled in, as the build in the folder BUILD (ninja) knows: of some
-  libraries that is all there is;
-- the others of the folders that it depends on (debian/control), and the interpreter of a module: of headers
-  and modules that is all there is.
+  libraries that is all there is.
 
 The time is $SOURCE_DATE_EPOCH, so that the same build gives the same bytes.
 """
@@ -55,21 +53,6 @@ def elf_files(folder: Path) -> list[Path]:
 
 def entries(path: Path, kind: str) -> list[str]:
     return re.findall(rf"\({kind}\).*\[(.*)\]", output("readelf", "-W", "--dynamic", str(path)))
-
-
-class Control:
-    """What debian/control says of a package of ours."""
-
-    text = Path("debian/control").read_text(encoding="utf-8")
-
-    def __init__(self, name: str) -> None:
-        found = re.search(rf"^Package: {re.escape(name)}\n(?:.+\n)+", self.text, re.M)
-        if found is None:
-            sys.exit(f"sbom: debian/control has no package {name}")
-        self.is_for_all = "\nArchitecture: all\n" in found[0]
-        depends = re.search(r"^Depends:.*\n(?: .*\n)*", found[0], re.M)
-        self.depends = re.findall(r"[:,]\s*([a-z0-9.+-]+)", depends[0]) if depends else []
-        self.is_module = "${python3:Depends}" in found[0]
 
 
 class Debian:
@@ -176,12 +159,10 @@ def described(package: Package) -> dict[str, object]:
     }
 
 
-def document(package: Package, bill: Bill, needed: set[Package]) -> str:
-    needed = needed - bill.loaded - {package}
-    others = sorted((bill.loaded | bill.compiled | needed) - {package})
+def document(package: Package, bill: Bill) -> str:
+    others = sorted((bill.loaded | bill.compiled) - {package})
     relations = [("SPDXRef-DOCUMENT", "DESCRIBES", number(package))]
     relations += [(number(package), "DYNAMIC_LINK", number(other)) for other in sorted(bill.loaded - {package})]
-    relations += [(number(package), "DEPENDS_ON", number(other)) for other in sorted(needed)]
     relations += [(number(other), "BUILD_DEPENDENCY_OF", number(package)) for other in sorted(bill.compiled)]
     content = {
         "packages": [described(each) for each in (package, *others)],
@@ -207,24 +188,19 @@ def main(build_folder: str, version: str, *trees: str) -> None:
     debian, build = Debian(), Build(build_folder)
     packages = {}
     for name, folder in (tree.split("=", 1) for tree in trees):
-        architecture = "all" if Control(name).is_for_all else debian.architecture
-        packages[Path(folder)] = Package(name, version, architecture, True)
+        packages[Path(folder)] = Package(name, version, debian.architecture, True)
     ours: Ours = {}
     for tree, package in packages.items():
         for path in elf_files(tree):
             for name in entries(path, "SONAME"):
                 ours[name] = (package, path)
     for tree, package in packages.items():
-        control = Control(package.name)
-        needed = {other for other in packages.values() if other.name in control.depends}
-        if control.is_module:
-            needed.add(debian.package("python3"))
         prefix = tree / "usr" if (tree / "usr").is_dir() else tree
         folder = prefix / "share/doc" / package.name
         folder.mkdir(parents=True, exist_ok=True)
         # The name has the architecture: libraries of several may be installed beside each other.
         bill = folder / f"{package.name}_{package.architecture}.spdx.json"
-        bill.write_text(document(package, Bill(tree, ours, debian, build), needed), encoding="utf-8")
+        bill.write_text(document(package, Bill(tree, ours, debian, build)), encoding="utf-8")
         bill.chmod(0o644)
 
 

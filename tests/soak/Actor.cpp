@@ -10,9 +10,6 @@ namespace {
 /// Long enough to see that a request was lost, which takes three fences.
 constexpr std::chrono::seconds kToBeCalm(180);
 
-/// Who has been connected holds a connection to the service manager.
-constexpr std::chrono::seconds kToConnect(20);
-
 std::string repeated(const std::string& text, unsigned times) {
     std::string all;
     for (unsigned n = 0; n < times; ++n) {
@@ -51,15 +48,10 @@ bool Actor::becomeCalm() {
     mSpeaker->stop();
     const bool isCalm = mSpeaker->waitForAll(kToBeCalm);
     mSpeaker->dispatch();
-    mSpeaker->readSettings(kToConnect);
-    drop();
     return isCalm;
 }
 
 void Actor::doSomething() {
-    if (mSpeaker == nullptr) {
-        renew();
-    }
     call("dispatch", Milliseconds(0), [&] { mSpeaker->dispatch(); });
     call("unlock", Milliseconds(0), [&] { mSpeaker->unlock(); });
     const unsigned choice = upTo(99);

@@ -33,8 +33,7 @@ public:
     /// Until it is told to end. Called on: its own thread.
     void act();
 
-    /// Is silent until no utterance is open, and does nothing until `proceed`. Then it has
-    /// no client: what a session keeps ready, such as idle sockets, differs by chance.
+    /// Is silent until no utterance is open, and does nothing until `proceed`.
     /// @return false when an utterance has no outcome in time.
     bool becomeCalm();
     void proceed() { mIsCalm = false; }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/soak/Figures.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,53 +14,34 @@ long descriptorsIn(const std::string& folder) {
     return none ? 0 : static_cast<long>(std::distance(begin(entries), end(entries)));
 }
 
-/// With what of it the kernel has moved to a disk.
-long ownKib(const std::string& path) {
-    std::ifstream sums(path);
-    long total = 0;
-    for (std::string word; sums >> word;) {
-        long kib = 0;
-        if ((word == "Private_Dirty:" || word == "Swap:") && sums >> kib) {
-            total += kib;
-        }
+long residentKib(const std::string& path) {
+    std::ifstream status(path);
+    std::string word;
+    while (status >> word && word != "VmRSS:") {
     }
-    return total;
+    long kib = 0;
+    status >> kib;
+    return kib;
 }
 
-long leastTaken(long one, long other) {
-    return one == 0 || other == 0 ? std::max(one, other) : std::min(one, other);
-}
-
-bool isBeyond(long end, long warm, long unit) {
-    const long twentieth = 20 * unit;
-    return end > warm + (warm + twentieth - 1) / twentieth * unit;
+long withATwentieth(long number) {
+    return number + number / 20;
 }
 
 }  // namespace
 
 Figures figuresOf(pid_t process) {
     const std::string folder = "/proc/" + std::to_string(process);
-    return {descriptorsIn(folder + "/fd"), ownKib(folder + "/smaps_rollup")};
+    return {descriptorsIn(folder + "/fd"), residentKib(folder + "/status")};
 }
 
-Figures leastOf(const Figures& one, const Figures& other) {
-    return {leastTaken(one.descriptors, other.descriptors),
-            leastTaken(one.memoryKib, other.memoryKib)};
+Figures maxAfter(const Figures& warm) {
+    return {withATwentieth(warm.descriptors) + kSpareDescriptors,
+            withATwentieth(warm.memoryKib) + kSpareKib};
 }
 
-double growthInPercent(long warm, long end) {
-    constexpr double kAll = 100;
-    return warm == 0 ? 0 : kAll * static_cast<double>(end - warm) / static_cast<double>(warm);
-}
-
-bool Growth::isMeasured() const {
-    return warm.descriptors > 0 && warm.memoryKib > 0 && end.descriptors > 0 && end.memoryKib > 0;
-}
-
-bool Growth::isGrown() const {
-    constexpr long kEightPagesKib = 32;
-    return isBeyond(end.descriptors, warm.descriptors, 1) ||
-           (isMemoryWarm && isBeyond(end.memoryKib, warm.memoryKib, kEightPagesKib));
+bool isWithin(const Figures& figures, const Figures& max) {
+    return figures.descriptors <= max.descriptors && figures.memoryKib <= max.memoryKib;
 }
 
 }  // namespace soak

@@ -8,36 +8,32 @@
 
 namespace soak {
 
-/// What a process holds while nothing is under way.
+/// What a process holds.
 struct Figures {
     long descriptors = 0;
-    long memoryKib = 0;  ///< of its own: pages that it has written and shares with nobody
-
-    bool operator==(const Figures& other) const {
-        return descriptors == other.descriptors && memoryKib == other.memoryKib;
-    }
+    long memoryKib = 0;  ///< resident
 };
 
 /// Zeros for a process that is not there.
 Figures figuresOf(pid_t process);
 
-/// The smaller of each, where both were taken: what is kept is there at each rest.
-Figures leastOf(const Figures& one, const Figures& other);
+/// A process that does the same again and again may hold no more at the end than when it was warm,
+/// but for a twentieth; and for what comes and goes: two sockets for each process with clients, of
+/// which those that have not looked for the service lately have none at the service manager; and
+/// arenas of the allocator that threads touched later.
+constexpr long kSpareDescriptors = 12;
+constexpr long kSpareKib = 2048;
 
-/// How much more there is at the end, in percent.
-double growthInPercent(long warm, long end);
+Figures maxAfter(const Figures& warm);
+bool isWithin(const Figures& figures, const Figures& max);
 
 /// One line of the table, and whether the process has grown.
 struct Growth {
     std::string process;
     Figures warm;
     Figures end;
-    bool isMemoryWarm = true;  ///< else descriptors alone are compared
 
-    bool isMeasured() const;
-
-    /// By more than a twentieth, rounded up to a whole descriptor and to eight pages.
-    bool isGrown() const;
+    bool isGrown() const { return !isWithin(end, maxAfter(warm)); }
 };
 
 }  // namespace soak

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <iomanip>
-#include <sstream>
 
 namespace soak {
 namespace {
@@ -15,11 +14,11 @@ constexpr std::size_t kOftenEnough = 20;
 
 constexpr int kNumberWidth = 10;
 
-template <typename Cell>
-void row(std::ostream& out, const std::string& name, std::initializer_list<Cell> cells) {
+template <typename Number>
+void row(std::ostream& out, const std::string& name, std::initializer_list<Number> numbers) {
     out << std::left << std::setw(kNameWidth) << name << std::right;
-    for (const Cell& cell : cells) {
-        out << std::setw(kNumberWidth) << cell;
+    for (const Number number : numbers) {
+        out << std::setw(kNumberWidth) << number;
     }
     out << "\n";
 }
@@ -61,21 +60,12 @@ void printCommands(const Account& account, std::ostream& out) {
     }
 }
 
-std::string percents(long warm, long end) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(1) << std::showpos << growthInPercent(warm, end);
-    return text.str();
-}
-
 void printGrowth(const std::vector<Growth>& growth, std::ostream& out) {
     out << "\n";
-    row(out, "held at rest", {"descr.", "at end", "%", "KiB", "at end", "%"});
-    for (const auto& [process, warm, end, isMemoryWarm] : growth) {
-        (void)isMemoryWarm;
-        row(out, process,
-            {std::to_string(warm.descriptors), std::to_string(end.descriptors),
-             percents(warm.descriptors, end.descriptors), std::to_string(warm.memoryKib),
-             std::to_string(end.memoryKib), percents(warm.memoryKib, end.memoryKib)});
+    row(out, "", {"descr.", "at end", "KiB", "at end"});
+    for (const Growth& each : growth) {
+        row(out, each.process,
+            {each.warm.descriptors, each.end.descriptors, each.warm.memoryKib, each.end.memoryKib});
     }
 }
 
@@ -83,9 +73,7 @@ std::vector<std::string> findingsOf(const Soak::Result& result) {
     std::vector<std::string> all = result.findings;
     all.insert(all.end(), result.account.findings.begin(), result.account.findings.end());
     for (const Growth& each : result.growth) {
-        if (!each.isMeasured()) {
-            all.push_back(each.process + " could not be measured");
-        } else if (each.isGrown()) {
+        if (each.isGrown()) {
             all.push_back(each.process + " holds more than at first");
         }
     }

@@ -21,27 +21,29 @@ constexpr const char* kKinds[] = {
 
 /// How long what a process lets go of may take, on a busy machine.
 constexpr std::chrono::seconds kToLetGo(20);
-constexpr milliseconds kBetweenLooks(50);
+constexpr milliseconds kBetweenLooks(100);
 
-/// Looks at all of them. @return whether one holds less than ever.
-bool look(const std::vector<pid_t>& processes, std::vector<Figures>& least) {
-    const std::vector<Figures> before = least;
-    for (std::size_t n = 0; n < processes.size(); ++n) {
-        least[n] = leastOf(least[n], figuresOf(processes[n]));
-    }
-    return least != before;
-}
-
-/// What each holds once nothing more is let go of: what goes on behind a client's end is not kept.
-std::vector<Figures> settled(const std::vector<pid_t>& processes) {
-    constexpr int kEnough = 15;
-    const auto end = Plan::Clock::now() + kToLetGo;
-    std::vector<Figures> least(processes.size());
-    for (int same = 0; same < kEnough && Plan::Clock::now() < end; ++same) {
-        same = look(processes, least) ? 0 : same;
+/// The least of several looks: what goes on behind a client's end is not what a process holds.
+Figures settled(pid_t process) {
+    constexpr int kLooks = 15;
+    Figures least = figuresOf(process);
+    for (int n = 1; n < kLooks; ++n) {
         std::this_thread::sleep_for(kBetweenLooks);
+        const Figures now = figuresOf(process);
+        least.descriptors = std::min(least.descriptors, now.descriptors);
+        least.memoryKib = std::min(least.memoryKib, now.memoryKib);
     }
     return least;
+}
+
+/// Looks until it holds no more than that, or long enough.
+Figures settledWithin(pid_t process, const Figures& most) {
+    const auto end = Plan::Clock::now() + kToLetGo;
+    Figures now = settled(process);
+    while (!isWithin(now, most) && Plan::Clock::now() < end) {
+        now = settled(process);
+    }
+    return now;
 }
 
 }  // namespace
@@ -83,19 +85,25 @@ Member::Words Soak::clientCommand(std::size_t client, unsigned life) {
 Soak::Result Soak::run() {
     const auto begun = Clock::now();
     const auto at = [&](int percent) { return begun + mLength * percent / 100; };
-    const Members steady = {mClients[0].get(), mClients[1].get()};
-    const Members all = {steady[0], steady[1], &mService, &mManager};
     start();
-    disturbUntil(at(30), true);
-    if (!isShort()) {
-        restUntil(at(40), true, &Growth::warm, steady);
+    disturbUntil(at(15), true);
+    calm();
+    for (std::size_t n = 0; n < kSteady; ++n) {
+        measure(*mClients[n]);
     }
-    disturbUntil(at(55), true);
-    startServersAnew();
+    proceed();
+    disturbUntil(at(60), true);
+    repairAll();
     disturbUntil(at(70), false);
-    restUntil(at(80), false, &Growth::warm, isShort() ? all : Members{&mService, &mManager});
-    disturbUntil(at(90), false);
-    restUntil(at(100), false, &Growth::end, all);
+    calm();
+    measure(mService);
+    measure(mManager);
+    proceed();
+    disturbUntil(at(100), false);
+    calm();
+    for (const Member* member : {mClients[0].get(), mClients[1].get(), &mService, &mManager}) {
+        compare(*member);
+    }
     end();
     collect();
     return mResult;
@@ -105,11 +113,6 @@ void Soak::start() {
     setenv("PYTHONPATH", VOXTREL_PYTHON_FOLDER, 1);
     setenv("PYTHONDONTWRITEBYTECODE", "1", 1);
     setenv("VOXTREL_LIBRARY", VOXTREL_LIBRARY, 1);
-    // How many arenas there are, and how much is free in each, is chance: there is one, which gives
-    // back what is free at its end.
-    setenv("MALLOC_ARENA_MAX", "1", 1);
-    setenv("MALLOC_TRIM_THRESHOLD_", "65536", 1);
-    setenv("MALLOC_MMAP_THRESHOLD_", "65536", 1);
     std::filesystem::create_directory(mFolder + "/ledgers");
     std::filesystem::create_directory(mFolder + "/tools");
     mManager.start();
@@ -200,73 +203,35 @@ void Soak::repairAll() {
     mRepairs.doUntil(Clock::time_point::max());
 }
 
-/// Both have been new for as long, and whoever is connected has come back to both.
-void Soak::startServersAnew() {
-    repairAll();
-    mService.kill();
-    mManager.kill();
-    mManager.start();
-    mService.start();
-}
-
 void Soak::order(const std::string& line) {
     for (const auto& client : mClients) {
         (void)client->say(line);  // who does not take it does not answer
     }
     for (const auto& client : mClients) {
-        awaitAnswer(*client, line);
-    }
-}
-
-void Soak::awaitAnswer(Member& client, const std::string& line) {
-    constexpr int kMaxMinutes = 5;
-    std::string answer;
-    for (int n = 0; n < kMaxMinutes && answer.empty(); ++n) {
-        answer = client.answer();
-        if (mService.hasLeft()) {
-            mService.start();
+        constexpr int kMaxMinutes = 5;
+        std::string answer;
+        for (int n = 0; n < kMaxMinutes && answer.empty(); ++n) {
+            answer = client->answer();
+            if (mService.hasLeft()) {
+                mService.start();
+            }
+        }
+        if (answer != line) {
+            mResult.findings.push_back(client->name() + " did not obey: " + line + ": " + answer);
         }
     }
-    if (answer != line) {
-        mResult.findings.push_back(client.name() + " did not obey: " + line + ": " + answer);
-    }
 }
 
-/// What is kept is there at each of several rests; what else there was differs.
-void Soak::restUntil(Clock::time_point end, bool mayKillServers, Figures Growth::*when,
-                     const Members& members) {
-    constexpr int kRests = 3;
-    const auto begun = Clock::now();
-    for (int n = 1; n <= kRests; ++n) {
-        disturbUntil(begun + (end - begun) * n / kRests, mayKillServers);
-        rest();
-        measure(members, when);
-        goOn();
-    }
-}
-
-void Soak::rest() {
+void Soak::calm() {
     repairAll();
     order("calm");
-    for (std::size_t n = kSteady; n < mClients.size(); ++n) {
-        mClients[n]->say("end");
-        mClients[n]->awaitEnd();
-    }
 }
 
-void Soak::goOn() {
-    for (std::size_t n = 0; n < mClients.size(); ++n) {
-        if (n < kSteady) {
-            mClients[n]->say("go");
-            awaitAnswer(*mClients[n], "go");
-        } else {
-            mClients[n]->start();
-        }
-    }
+void Soak::proceed() {
+    order("go");
 }
 
 void Soak::end() {
-    repairAll();
     order("end");
     for (const auto& client : mClients) {
         client->awaitEnd();
@@ -275,23 +240,16 @@ void Soak::end() {
     mManager.awaitEnd(SIGTERM);
 }
 
-void Soak::measure(const Members& members, Figures Growth::*when) {
-    std::vector<pid_t> processes;
-    for (const Member* member : members) {
-        processes.push_back(member->pid());
-    }
-    const std::vector<Figures> held = settled(processes);
-    for (std::size_t n = 0; n < members.size(); ++n) {
-        Figures& figures = growthOf(members[n]->name()).*when;
-        figures = leastOf(figures, held[n]);
-    }
+void Soak::measure(const Member& member) {
+    mResult.growth.push_back({member.name(), settled(member.pid()), {}});
 }
 
-Growth& Soak::growthOf(const std::string& process) {
-    std::vector<Growth>& all = mResult.growth;
-    const auto found = std::find_if(
-        all.begin(), all.end(), [&process](const Growth& each) { return each.process == process; });
-    return found != all.end() ? *found : all.emplace_back(Growth{process, {}, {}, !isShort()});
+void Soak::compare(const Member& member) {
+    for (Growth& growth : mResult.growth) {
+        if (growth.process == member.name()) {
+            growth.end = settledWithin(member.pid(), maxAfter(growth.warm));
+        }
+    }
 }
 
 void Soak::collect() {

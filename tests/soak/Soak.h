@@ -15,10 +15,9 @@
 
 namespace soak {
 
-/// A service manager, a service, and processes with clients, of which all but two of the clients'
-/// are killed, stopped and ended at random; in the last 45 % of the time neither manager nor
-/// service is killed or ended, so that what they hold can be compared. They are measured at rest:
-/// the two have no client any more, and the other processes have left.
+/// A service manager, a service, and processes with clients that never rest, of which all but two
+/// of the clients' are killed, stopped and ended at random; in the last two fifths of the time
+/// neither manager nor service is killed or ended, so that what they hold can be compared.
 class Soak {
 public:
     struct Result {
@@ -37,7 +36,6 @@ public:
 
 private:
     using Clock = Plan::Clock;
-    using Members = std::vector<const Member*>;
 
     /// Clients that live from the beginning to the end.
     static constexpr std::size_t kSteady = 2;
@@ -53,19 +51,13 @@ private:
     void supervise();
     void repairAll();
     bool isWhole() const { return mRepairs.next() == Clock::time_point::max(); }
-    void startServersAnew();
-    void restUntil(Clock::time_point end, bool mayKillServers, Figures Growth::*when,
-                   const Members& members);
-    void rest();
-    void goOn();
+    void calm();
+    void proceed();
     void end();
-    void measure(const Members& members, Figures Growth::*when);
-    /// Who has lived for a few seconds has not done all yet, and memory is not warm.
-    bool isShort() const { return mLength < std::chrono::minutes(1); }
-    Growth& growthOf(const std::string& process);
+    void measure(const Member& member);
+    void compare(const Member& member);
     void collect();
     void order(const std::string& line);
-    void awaitAnswer(Member& client, const std::string& line);
     unsigned upTo(unsigned most);
 
     const std::string mFolder;
